@@ -1,0 +1,19 @@
+# What every target of ours is compiled with. Kept in one interface target, so that flags add to what the
+# user gives and never replace it.
+add_library(tarn_compiler INTERFACE)
+target_compile_options(tarn_compiler INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+  -Wcast-align -Wformat=2 -Wnull-dereference -fno-common -fstack-protector-strong
+  $<$<BOOL:${TARN_WARNINGS_AS_ERRORS}>:-Werror>
+  # gcc 12 reports null dereferences and array bounds it cannot prove, inside the standard library.
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-null-dereference>)
+if(TARN_SANITIZE)
+  target_compile_options(tarn_compiler INTERFACE "-fsanitize=${TARN_SANITIZE}" -fno-omit-frame-pointer
+    -fno-sanitize-recover=all
+    # gcc's own warnings misfire on sanitized code.
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
+  target_link_options(tarn_compiler INTERFACE "-fsanitize=${TARN_SANITIZE}")
+elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+  target_compile_definitions(tarn_compiler INTERFACE _FORTIFY_SOURCE=2)
+endif()
+target_link_options(tarn_compiler INTERFACE LINKER:-z,relro,-z,now)

@@ -1,0 +1,21 @@
+// All of the library's interface.
+#pragma once
+
+#include "tarnconfigstore/boot_state.h"
+#include "tarnconfigstore/config_store.h"
+#include "tarnconfigstore/config_store_object.h"
+#include "tarnconfigstore/contexts.h"
+#include "tarnconfigstore/diagnostics.h"
+#include "tarnconfigstore/error_codes.h"
+#include "tarnconfigstore/exceptions.h"
+#include "tarnconfigstore/export.h"
+#include "tarnconfigstore/file.h"
+#include "tarnconfigstore/filter_spec_object.h"
+#include "tarnconfigstore/host.h"
+#include "tarnconfigstore/key_values.h"
+#include "tarnconfigstore/listing.h"
+#include "tarnconfigstore/next_boot_store.h"
+#include "tarnconfigstore/object_id.h"
+#include "tarnconfigstore/process.h"
+#include "tarnconfigstore/store_object.h"
+#include "tarnconfigstore/type_administration.h"

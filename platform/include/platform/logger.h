@@ -1,0 +1,28 @@
+// The platform's log.
+#pragma once
+
+#include <functional>
+
+namespace CSLogger {
+
+/// Priorities: 0 failures, 1 recoverable problems, 2 notable outcomes, 3 entry of writes, 4 entry of reads
+/// and fine tracing. Nothing here throws or blocks on anything but its own lock, whatever happens.
+void Log(int priority, const char* format, ...) noexcept __attribute__((format(printf, 2, 3)));
+
+/// "[code] " and the code's message template filled with the further arguments.
+void LogErrCode(int priority, int code, ...) noexcept;
+
+/// The calls that led here, at priority 4.
+void LogBacktrace() noexcept;
+
+/// False when a line of this priority would go nowhere: callers then save themselves building it.
+bool IsEnabled(int priority) noexcept;
+
+using Sink = std::function<void(int priority, const char* line)>;
+
+/// Where lines go instead of the system log; an empty function means the system log.
+void SetSink(Sink sink);
+/// Highest priority that is logged; 2 at start.
+void SetLevel(int priority) noexcept;
+
+}  // namespace CSLogger
