@@ -61,10 +61,10 @@ std::shared_ptr<SchemaObject> InstalledTypes::GetSchemaObject(const std::string&
     type = LoadedType::FromText(name, kept->text);
   }
   const std::lock_guard lock(SchemaLocks::Get().types);
-  if (type != nullptr || absent_ < kMaxAbsent) {
-    absent_ += type == nullptr ? 1 : 0;
-    types_.emplace(name, type);
+  if (type == nullptr && ++absent_ > kMaxAbsent) {
+    return type;
   }
+  types_.emplace(name, type);
   return type;
 }
 

@@ -14,25 +14,36 @@ using TarnConfigStore::JsonDoc;
 
 constexpr std::size_t kUsualSize = 256;
 
+// An object that is made with its first member. Everything is copied into it: objects keep these documents
+// for longer than the type lives.
 class LazyObject {
  public:
-  void Add(std::string_view name, const Json::Value& value) {
-    if (!document_) {
-      document_ = std::make_shared<JsonDoc>(kUsualSize);
-      document_->GetJsonValuePtr()->SetObject();
-    }
-    Json::Allocator& allocator = document_->GetAllocator();
-    Json::Value copy;
-    copy.CopyFrom(value, allocator, true);
-    document_->GetJsonValuePtr()->AddMember(Json::Copy(name, allocator), copy, allocator);
+  void AddText(std::string_view name, std::string_view text) {
+    Add(name, Json::Copy(text, Allocator()));
   }
-  void AddText(std::string_view name, std::string_view text) { Add(name, Json::Reference(text)); }
+  // The value's texts are its own, as those of parsed documents are.
+  void AddCopy(std::string_view name, const Json::Value& value) {
+    Json::Value copy;
+    copy.CopyFrom(value, Allocator());
+    Add(name, std::move(copy));
+  }
   bool Has(std::string_view name) const {
     return document_ && Json::FindMember(*document_->GetJsonValuePtr(), name) != nullptr;
   }
   std::shared_ptr<JsonDoc> Take() { return std::move(document_); }
 
  private:
+  Json::Allocator& Allocator() {
+    if (!document_) {
+      document_ = std::make_shared<JsonDoc>(kUsualSize);
+      document_->GetJsonValuePtr()->SetObject();
+    }
+    return document_->GetAllocator();
+  }
+  void Add(std::string_view name, Json::Value value) {
+    document_->GetJsonValuePtr()->AddMember(Json::Copy(name, Allocator()), value, Allocator());
+  }
+
   std::shared_ptr<JsonDoc> document_;
 };
 
@@ -84,7 +95,7 @@ std::shared_ptr<JsonDoc> MakeDefaults(const Json::Value& root, const Json::Value
         value = Json::FindMember(ResolveReference(root, property.value), Keyword::kDefault);
       }
       if (value != nullptr) {
-        defaults.Add(Json::Text(property.name), *value);
+        defaults.AddCopy(Json::Text(property.name), *value);
       }
     }
   }
