@@ -3,15 +3,15 @@
 // Thread safety: functions may be called from several threads; a TypeWriter belongs to one.
 #pragma once
 
+#include "platform/json.h"
+#include "platform/json_doc.h"
+#include "platform/schema_store.h"
+
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "platform/json.h"
-#include "platform/json_doc.h"
-#include "platform/schema_store.h"
 
 namespace TarnSchemaStore {
 class SchemaDatabase;
@@ -46,18 +46,19 @@ struct TypeFile {
   bool Good() const { return findings.empty(); }
 };
 
-/// The files that a path stands for: itself, or of a directory the "*.json" files, sorted by name. Nothing
-/// when the path cannot be read.
+/// The files that a path stands for: itself, or of a directory the "*.json" files, sorted by name.
+/// Nothing when the path cannot be read.
 std::optional<std::vector<std::string>> FilesAt(const std::string& path);
 
-/// The text of a regular file of up to 16 MiB. Nothing when it cannot be read; never waits for anybody.
+/// The text of a regular file of up to 16 MiB. Nothing when it cannot be read; never waits for
+/// anybody.
 std::optional<std::string> ReadText(const std::string& path);
 
 /// Checks a text against all the rules for type files. What is wrong is in the result's findings.
 TypeFile Check(std::string path, std::string_view text);
 
-/// Compares dot-separated numbers, a missing one counting as 0: negative, 0 or positive as `a` is older
-/// than, as old as or newer than `b`. What is no number counts as 0.
+/// Compares dot-separated numbers, a missing one counting as 0: negative, 0 or positive as `a` is
+/// older than, as old as or newer than `b`. What is no number counts as 0.
 int CompareVersions(std::string_view a, std::string_view b) noexcept;
 
 /// A type that is kept in the schema store.
@@ -67,15 +68,16 @@ struct KeptType {
   std::string text;  ///< its file, as compact JSON
 };
 
-/// All kept types, sorted by name. Raises std::runtime_error when the schema store cannot be read, with the
-/// last store error set; so do the functions and classes below when it cannot be read or written.
+/// All kept types, sorted by name. Raises std::runtime_error when the schema store cannot be read,
+/// with the last store error set; so do the functions and classes below when it cannot be read or
+/// written.
 std::vector<KeptType> ReadAll();
 
 /// One kept type, or nothing when it is not there.
 std::optional<KeptType> Read(const TarnSchemaStore::TypeName& name);
 
-/// Changes the kept types in one transaction: others write only when it is over, and see nothing of it
-/// before Commit. Without a Commit, or when one fails, everything is as it was.
+/// Changes the kept types in one transaction: others write only when it is over, and see nothing of
+/// it before Commit. Without a Commit, or when one fails, everything is as it was.
 class TypeWriter {
  public:
   /// Waits for other writers up to the wait limit of the database layer.

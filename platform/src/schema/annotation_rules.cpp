@@ -1,19 +1,25 @@
 #include "schema/annotation_rules.h"
 
-#include <array>
-
 #include "schema/annotations.h"
 #include "schema/schema_walk.h"
+
+#include <array>
 
 namespace TypeFiles {
 namespace {
 
 using namespace TarnSchemaStore;
 
-// Keywords that hold one schema, a list of schemas, or schemas by name, and that say nothing about where
-// members stand in the object: annotations below them mean nothing.
-constexpr std::array kSingles = {"additionalItems", "additionalProperties", "contains", "else", "if",
-                                 "not",             "propertyNames",        "then"};
+// Keywords that hold one schema, a list of schemas, or schemas by name, and that say nothing about
+// where members stand in the object: annotations below them mean nothing.
+constexpr std::array kSingles = {"additionalItems",
+                                 "additionalProperties",
+                                 "contains",
+                                 "else",
+                                 "if",
+                                 "not",
+                                 "propertyNames",
+                                 "then"};
 constexpr std::array kLists = {"allOf", "anyOf", "oneOf"};
 constexpr std::array kMaps = {"dependencies", "patternProperties"};
 
@@ -91,7 +97,8 @@ class AnnotationRules {
         continue;
       }
       if (place.inDefinition) {
-        Add(place, tag, "is not looked for in definitions; put it beside the \"$ref\" that leads here");
+        Add(place, tag,
+            "is not looked for in definitions; put it beside the \"$ref\" that leads here");
       } else if (place.position != Position::ROOT && place.position != Position::PROPERTY) {
         Add(place, tag, "means something at the root of the schema and in a property only");
       } else if (place.around != KIND_USER && KindOf(place.node, place.around) != place.around) {
@@ -112,8 +119,7 @@ class AnnotationRules {
           "means something only in a property of the type itself or of the objects in an array");
       return;
     }
-    const Json::Value* type =
-        Json::FindMember(ResolveReference(root_, place.node), Keyword::kType);
+    const Json::Value* type = Json::FindMember(ResolveReference(root_, place.node), Keyword::kType);
     if (type == nullptr || !type->IsString() || Json::Text(*type) != "string") {
       Add(place, Keyword::kInstanceId, "belongs to a property of \"type\": \"string\"");
     }
@@ -129,7 +135,8 @@ class AnnotationRules {
     }
     const Json::Value& element = ResolveReference(root_, place.node);
     if (place.position != Position::ELEMENT) {
-      Add(place, Keyword::kGeneratedInstanceId, "means something only in the \"items\" of an array");
+      Add(place, Keyword::kGeneratedInstanceId,
+          "means something only in the \"items\" of an array");
     } else if (!DescribesObject(element)) {
       Add(place, Keyword::kGeneratedInstanceId, "belongs to elements of \"type\": \"object\"");
     } else if (const auto member = InstanceIdMember(root_, element); !member.empty()) {
@@ -146,9 +153,10 @@ class AnnotationRules {
     }
     const unsigned kinds = KindsOfLeaves(root_, *items, KindOf(place.node, place.around));
     if ((kinds & (kinds - 1)) != 0) {
-      findings_.Add(place.pointer + "/" + Keyword::kItems,
-                    "the elements have no instance id, so all their members have to be of one kind: "
-                    "tag the array as a whole, or give the elements an instance id");
+      findings_.Add(
+          place.pointer + "/" + Keyword::kItems,
+          "the elements have no instance id, so all their members have to be of one kind: "
+          "tag the array as a whole, or give the elements an instance id");
     }
   }
 
@@ -178,9 +186,10 @@ class AnnotationRules {
       }
       if (!elsewhere && name == place.name &&
           !ElementIdMember(root_, ResolveReference(root_, property.value)).empty()) {
-        findings_.Add(below.pointer,
-                      "an array of instances cannot have the name of what it stands in: instance ids "
-                      "are found by name");
+        findings_.Add(
+            below.pointer,
+            "an array of instances cannot have the name of what it stands in: instance ids "
+            "are found by name");
       }
     }
   }
@@ -191,8 +200,8 @@ class AnnotationRules {
       VisitList(place, Keyword::kItems, *items);
     } else if (items != nullptr) {
       Visit({*items, place.pointer + "/" + Keyword::kItems,
-             place.position == Position::ELSEWHERE ? Position::ELSEWHERE : Position::ELEMENT, place.name,
-             KindOf(place.node, place.around), place.inDefinition});
+             place.position == Position::ELSEWHERE ? Position::ELSEWHERE : Position::ELEMENT,
+             place.name, KindOf(place.node, place.around), place.inDefinition});
     }
   }
 
@@ -203,8 +212,12 @@ class AnnotationRules {
     }
     for (const auto& definition : definitions->GetObject()) {
       const std::string_view name = Json::Text(definition.name);
-      Visit({definition.value, place.pointer + "/definitions/" + EscapePointerToken(name),
-             Position::DEFINITION, {}, KIND_USER, true});
+      Visit({definition.value,
+             place.pointer + "/definitions/" + EscapePointerToken(name),
+             Position::DEFINITION,
+             {},
+             KIND_USER,
+             true});
     }
   }
 

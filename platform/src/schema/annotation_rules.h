@@ -1,13 +1,14 @@
-// Whether the annotations in a type's schema stand where they mean something, and agree with each other.
+// Whether the annotations in a type's schema stand where they mean something, and agree with each
+// other.
 #pragma once
-
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "platform/json.h"
 
 #include "schema/findings.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace TypeFiles {
 

@@ -1,14 +1,14 @@
 #include "schema/default_rules.h"
 
-#include <charconv>
-#include <string>
-#include <unordered_set>
-
 #include "platform/json_doc.h"
 #include "platform/json_validator.h"
 
 #include "schema/annotations.h"
 #include "schema/schema_walk.h"
+
+#include <charconv>
+#include <string>
+#include <unordered_set>
 
 namespace TypeFiles {
 namespace {
@@ -28,7 +28,9 @@ const std::unordered_set<int>& WholeObjectRules() {
 }
 
 // A member's name that no property has.
-std::string PlaceName(std::size_t index) { return '\x01' + std::to_string(index); }
+std::string PlaceName(std::size_t index) {
+  return '\x01' + std::to_string(index);
+}
 
 void AddCopy(Json::Value& object, std::string_view name, const Json::Value& value,
              Json::Allocator& allocator) {
@@ -37,7 +39,8 @@ void AddCopy(Json::Value& object, std::string_view name, const Json::Value& valu
   object.AddMember(Json::Copy(name, allocator), copy, allocator);
 }
 
-// A schema with each default's property beside the others, so that one compilation serves them all. What
+// A schema with each default's property beside the others, so that one compilation serves them all.
+// What
 // "$ref" can name stays where it was.
 void BuildSchema(const Json::Value& schema, const std::vector<AnnotatedDefault>& defaults,
                  JsonDoc& into) {
@@ -56,7 +59,8 @@ void BuildSchema(const Json::Value& schema, const std::vector<AnnotatedDefault>&
   }
 }
 
-// A finding's field "/<place>/rest" becomes the pointer of the default that stands at the place, and the rest.
+// A finding's field "/<place>/rest" becomes the pointer of the default that stands at the place,
+// and the rest.
 void AddFinding(const Json::Value& result, const std::vector<AnnotatedDefault>& defaults,
                 Findings& findings) {
   const std::string_view field = Json::Text(result["field"]);

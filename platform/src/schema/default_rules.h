@@ -1,18 +1,19 @@
 // Whether the defaults that a type brings along fit it.
 #pragma once
 
-#include <string_view>
-#include <vector>
-
 #include "platform/json.h"
 #include "platform/type_files.h"
 
 #include "schema/annotation_rules.h"
 #include "schema/findings.h"
 
+#include <string_view>
+#include <vector>
+
 namespace TypeFiles {
 
-/// Checks the "default" of each property against the property's own schema. The schema has to be sound.
+/// Checks the "default" of each property against the property's own schema. The schema has to be
+/// sound.
 void CheckPropertyDefaults(const Json::Value& schema, const std::vector<AnnotatedDefault>& defaults,
                            Findings& findings);
 

@@ -1,8 +1,7 @@
 #include "schema/file_stamp.h"
 
-#include <sys/stat.h>
-
 #include <ctime>
+#include <sys/stat.h>
 
 namespace TarnSchemaStore {
 namespace {
@@ -14,7 +13,9 @@ std::int64_t Nanoseconds(const timespec& time) noexcept {
   return static_cast<std::int64_t>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
 }
 
-bool Near(std::int64_t a, std::int64_t b) noexcept { return a - b < kTick && b - a < kTick; }
+bool Near(std::int64_t a, std::int64_t b) noexcept {
+  return a - b < kTick && b - a < kTick;
+}
 
 }  // namespace
 

@@ -1,10 +1,9 @@
 // Noticing that a file has changed, for the price of one stat.
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
 #include <string>
+#include <sys/types.h>
 
 namespace TarnSchemaStore {
 
@@ -27,9 +26,9 @@ FileStamp StampOf(const std::string& path) noexcept;
 std::int64_t Now() noexcept;
 
 /// A file that was written just before the stamp was taken could be written again without its stamp
-/// changing, because clocks of file systems tick a few milliseconds apart. Only a stamp of which this is
-/// false speaks for what comes after it.
-/// \param taken  what Now() said before the stamp was taken
+/// changing, because clocks of file systems tick a few milliseconds apart. Only a stamp of which
+/// this is false speaks for what comes after it. \param taken  what Now() said before the stamp was
+/// taken
 bool MayHideChanges(const FileStamp& stamp, std::int64_t taken) noexcept;
 
 }  // namespace TarnSchemaStore

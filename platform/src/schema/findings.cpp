@@ -1,8 +1,8 @@
 #include "schema/findings.h"
 
-#include <algorithm>
-
 #include "platform/json_validator.h"
+
+#include <algorithm>
 
 namespace TypeFiles {
 namespace {
@@ -12,7 +12,8 @@ std::string_view TextOf(const Json::Value& result, const char* name) {
   return text != nullptr && text->IsString() ? Json::Text(*text) : std::string_view();
 }
 
-// The validator calls the root "/", which in the middle of a pointer would be a member without a name.
+// The validator calls the root "/", which in the middle of a pointer would be a member without a
+// name.
 std::string Join(std::string_view pointer, std::string_view field) {
   std::string joined(pointer);
   if (field != "/") {

@@ -1,12 +1,12 @@
 // Collecting what is wrong with a type file.
 #pragma once
 
+#include "platform/type_files.h"
+
 #include <string>
 #include <string_view>
 #include <unordered_set>
 #include <vector>
-
-#include "platform/type_files.h"
 
 namespace TypeFiles {
 

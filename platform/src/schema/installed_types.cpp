@@ -1,11 +1,11 @@
 #include "schema/installed_types.h"
 
-#include <functional>
-#include <mutex>
-
 #include "schema/loaded_type.h"
 #include "schema/schema_database.h"
 #include "schema/schema_locks.h"
+
+#include <functional>
+#include <mutex>
 
 namespace TarnSchemaStore {
 namespace {
@@ -29,7 +29,7 @@ bool InstalledTypes::Equal::operator()(const NameView& a, const TypeName& b) con
 }
 
 bool InstalledTypes::Find(const NameView& name, std::shared_ptr<SchemaObject>& type) const {
-  const std::shared_lock lock(SchemaLocks::Get().types);
+  const std::lock_guard lock(SchemaLocks::Get().types);
   const auto found = types_.find(name);
   if (found == types_.end()) {
     return false;

@@ -1,16 +1,16 @@
 // The types that a process has used so far.
 #pragma once
 
-#include <shared_mutex>
+#include "platform/schema_store.h"
+
 #include <string_view>
 #include <unordered_map>
 
-#include "platform/schema_store.h"
-
 namespace TarnSchemaStore {
 
-/// The types of the schema store as it was at one moment; a change of the store is answered with a new one of
-/// these. Each type is read on its first use, and one that is not there is remembered too.
+/// The types of the schema store as it was at one moment; a change of the store is answered with a
+/// new one of these. Each type is read on its first use, and one that is not there is remembered
+/// too.
 class InstalledTypes final : public SchemaStore, public SchemaObjectCache {
  public:
   std::vector<TypeName> GetTypes() const override;

@@ -32,8 +32,12 @@ void TypeWriter::Put(const TypeFile& file) {
                        TarnSchemaStore::ValueTypeText(shared));
 }
 
-void TypeWriter::Remove(const TarnSchemaStore::TypeName& name) { database_->RemoveType(name); }
+void TypeWriter::Remove(const TarnSchemaStore::TypeName& name) {
+  database_->RemoveType(name);
+}
 
-void TypeWriter::Commit() { database_->Commit(); }
+void TypeWriter::Commit() {
+  database_->Commit();
+}
 
 }  // namespace TypeFiles

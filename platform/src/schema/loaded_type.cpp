@@ -1,9 +1,9 @@
 #include "schema/loaded_type.h"
 
-#include <stdexcept>
-
 #include "schema/annotations.h"
 #include "schema/type_documents.h"
+
+#include <stdexcept>
 
 namespace TarnSchemaStore {
 
@@ -25,8 +25,8 @@ int ConfigTypeOf(unsigned kinds, Kind whole) {
 }
 
 [[noreturn]] void RaiseDamaged(const TypeName& name, const std::string& why) {
-  throw std::runtime_error("The schema store holds a damaged type " + name.component + "/" + name.group +
-                           "/" + name.key + ": " + why + ". Install the type again.");
+  throw std::runtime_error("The schema store holds a damaged type " + name.component + "/" +
+                           name.group + "/" + name.key + ": " + why + ". Install the type again.");
 }
 
 }  // namespace
@@ -57,16 +57,31 @@ TypeNode::~TypeNode() {
   }
 }
 
-const std::string& TypeNode::GetComponent() const { return type_.Name().component; }
-const std::string& TypeNode::GetGroup() const { return type_.Name().group; }
-const std::string& TypeNode::GetVersion() const { return type_.Version(); }
-const std::string& TypeNode::GetValueType() const { return type_.ValueType(); }
-bool TypeNode::IsBootAccessible() const { return type_.BootAccessible(); }
-bool TypeNode::IsRebootRequired() const { return type_.RebootRequired(); }
-bool TypeNode::IsConfirmedDuringUpgrade() const { return type_.ConfirmedDuringUpgrade(); }
+const std::string& TypeNode::GetComponent() const {
+  return type_.Name().component;
+}
+const std::string& TypeNode::GetGroup() const {
+  return type_.Name().group;
+}
+const std::string& TypeNode::GetVersion() const {
+  return type_.Version();
+}
+const std::string& TypeNode::GetValueType() const {
+  return type_.ValueType();
+}
+bool TypeNode::IsBootAccessible() const {
+  return type_.BootAccessible();
+}
+bool TypeNode::IsRebootRequired() const {
+  return type_.RebootRequired();
+}
+bool TypeNode::IsConfirmedDuringUpgrade() const {
+  return type_.ConfirmedDuringUpgrade();
+}
 
 const Json::Value* TypeNode::GetPropertyValueSchema(const std::string& key) const {
-  const Json::Value* property = properties_ == nullptr ? nullptr : Json::FindMember(*properties_, key);
+  const Json::Value* property =
+      properties_ == nullptr ? nullptr : Json::FindMember(*properties_, key);
   return property == nullptr ? nullptr : &ResolveReference(type_.Schema(), *property);
 }
 

@@ -1,24 +1,24 @@
 // One configuration type in memory.
 #pragma once
 
-#include <atomic>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "platform/json_doc.h"
 #include "platform/json_validator.h"
 #include "platform/schema_store.h"
 
 #include "schema/schema_walk.h"
 
+#include <atomic>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
 namespace TarnSchemaStore {
 
 class LoadedType;
 
-/// A type, or a property of one looked at as a type of its own. Lives inside its LoadedType; the handles that
-/// are given out keep that alive.
+/// A type, or a property of one looked at as a type of its own. Lives inside its LoadedType; the
+/// handles that are given out keep that alive.
 class TypeNode final : public SchemaObject {
  public:
   /// \param schema  the schema of the objects, references followed
@@ -69,8 +69,8 @@ class TypeNode final : public SchemaObject {
 /// Owns a type file's document and the nodes that look into it.
 class LoadedType : public std::enable_shared_from_this<LoadedType> {
  public:
-  /// Reads the text of a type file that was checked when it was installed. Raises std::runtime_error, naming
-  /// the type, when the text is damaged.
+  /// Reads the text of a type file that was checked when it was installed. Raises
+  /// std::runtime_error, naming the type, when the text is damaged.
   static std::shared_ptr<SchemaObject> FromText(const TypeName& name, std::string_view text);
 
   LoadedType(const LoadedType&) = delete;

@@ -6,8 +6,9 @@
 namespace TypeFiles {
 namespace {
 
-// Unknown keywords are refused, for a misspelt tag would silently make other data of a member; names that
-// begin with "x-" are free. Whether an annotation stands where it means something is not asked here.
+// Unknown keywords are refused, for a misspelt tag would silently make other data of a member;
+// names that begin with "x-" are free. Whether an annotation stands where it means something is not
+// asked here.
 constexpr const char* kText = R"json({
   "type": "object",
   "required": ["component", "group", "key", "version", "schema"],

@@ -5,7 +5,8 @@
 
 namespace TypeFiles {
 
-/// The schema that type files are judged by; compiled once. What it cannot say is said by the rules beside it.
+/// The schema that type files are judged by; compiled once. What it cannot say is said by the rules
+/// beside it.
 const Json::Value& MetaSchema();
 
 }  // namespace TypeFiles

@@ -1,14 +1,14 @@
 #include "schema/schema_database.h"
 
-#include <stdexcept>
-
 #include "platform/host_paths.h"
 #include "platform/store_error.h"
 
-#include <sqlite3.h>
-
 #include "db/last_error.h"
 #include "schema/schema_statements.h"
+
+#include <sqlite3.h>
+
+#include <stdexcept>
 
 namespace TarnSchemaStore {
 
@@ -33,7 +33,9 @@ class SchemaDatabase::Execution {
     }
     return *this;
   }
-  Execution& Bind(const TypeName& name) { return Bind(name.component).Bind(name.group).Bind(name.key); }
+  Execution& Bind(const TypeName& name) {
+    return Bind(name.component).Bind(name.group).Bind(name.key);
+  }
 
   bool Step() {
     const int status = sqlite3_step(statement_);
@@ -69,7 +71,8 @@ SchemaDatabase::SchemaDatabase(Access access)
     : file_(DBStore::internal::OpenDatabase(DBStore::internal::SchemaStoreLayout(),
                                             access == Access::WRITE)) {
   if (!file_) {
-    throw std::runtime_error("The schema store cannot be opened: " + DBStore::GetLastError().message);
+    throw std::runtime_error("The schema store cannot be opened: " +
+                             DBStore::GetLastError().message);
   }
 }
 
@@ -96,7 +99,9 @@ sqlite3_stmt* SchemaDatabase::Prepare(const char* sql) {
   return kept.get();
 }
 
-void SchemaDatabase::Run(const char* sql) { Execution(*this, sql).Step(); }
+void SchemaDatabase::Run(const char* sql) {
+  Execution(*this, sql).Step();
+}
 
 std::int64_t SchemaDatabase::ReadGeneration() {
   Execution execution(*this, Sql::kReadGeneration);
@@ -129,7 +134,9 @@ std::vector<TypeName> SchemaDatabase::ReadAllNames() {
   return names;
 }
 
-void SchemaDatabase::Begin() { Run(Sql::kBegin); }
+void SchemaDatabase::Begin() {
+  Run(Sql::kBegin);
+}
 
 void SchemaDatabase::WriteType(const TypeFiles::KeptType& type, std::string_view valueType) {
   Execution execution(*this, Sql::kWriteType);
@@ -140,6 +147,8 @@ void SchemaDatabase::RemoveType(const TypeName& name) {
   Execution(*this, Sql::kRemoveType).Bind(name).Step();
 }
 
-void SchemaDatabase::Commit() { Run(Sql::kCommit); }
+void SchemaDatabase::Commit() {
+  Run(Sql::kCommit);
+}
 
 }  // namespace TarnSchemaStore

@@ -1,6 +1,10 @@
 // The schema store's database, opened for one purpose and closed again.
 #pragma once
 
+#include "platform/type_files.h"
+
+#include "db/database_file.h"
+
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -8,17 +12,13 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/type_files.h"
-
-#include "db/database_file.h"
-
 struct sqlite3_stmt;
 
 namespace TarnSchemaStore {
 
-/// An open schema store, for one thread. Everything raises std::runtime_error when the database refuses, with
-/// the last store error set. Nobody keeps one for longer than an operation: an open database would not
-/// survive a fork, and types are read once each.
+/// An open schema store, for one thread. Everything raises std::runtime_error when the database
+/// refuses, with the last store error set. Nobody keeps one for longer than an operation: an open
+/// database would not survive a fork, and types are read once each.
 class SchemaDatabase {
  public:
   enum class Access { READ, WRITE };

@@ -1,11 +1,5 @@
 #include "platform/schema_store.h"
 
-#include <atomic>
-#include <exception>
-#include <mutex>
-#include <optional>
-#include <shared_mutex>
-
 #include "platform/host_paths.h"
 
 #include "schema/file_stamp.h"
@@ -13,10 +7,16 @@
 #include "schema/schema_database.h"
 #include "schema/schema_locks.h"
 
+#include <atomic>
+#include <exception>
+#include <mutex>
+#include <optional>
+
 namespace TarnSchemaStore {
 namespace {
 
-// The schema store's file as it was seen at one moment, and the types read from it. Never changed once made.
+// The schema store's file as it was seen at one moment, and the types read from it. Never changed
+// once made.
 struct Observation {
   unsigned rootGeneration = 0;
   std::string path;
@@ -35,7 +35,7 @@ ObservationHandle& Current() {
 }
 
 ObservationHandle LastObservation() {
-  const std::shared_lock lock(SchemaLocks::Get().current);
+  const std::lock_guard lock(SchemaLocks::Get().current);
   return Current();
 }
 
@@ -48,8 +48,8 @@ std::optional<std::int64_t> TryReadGeneration() {
   }
 }
 
-// A file with another stamp is taken for another file. With the same stamp the generation decides, as long as
-// the stamp is too fresh to be trusted.
+// A file with another stamp is taken for another file. With the same stamp the generation decides,
+// as long as the stamp is too fresh to be trusted.
 std::shared_ptr<InstalledTypes> Observe() {
   const std::lock_guard reading(SchemaLocks::Get().database);
   const ObservationHandle last = LastObservation();
@@ -88,8 +88,12 @@ std::shared_ptr<InstalledTypes> CurrentTypes() {
 
 }  // namespace
 
-std::shared_ptr<SchemaStore> SchemaStore::GetStore(bool /*flag*/) { return CurrentTypes(); }
+std::shared_ptr<SchemaStore> SchemaStore::GetStore(bool /*flag*/) {
+  return CurrentTypes();
+}
 
-std::shared_ptr<SchemaObjectCache> SchemaStore::GetCache() { return CurrentTypes(); }
+std::shared_ptr<SchemaObjectCache> SchemaStore::GetCache() {
+  return CurrentTypes();
+}
 
 }  // namespace TarnSchemaStore

@@ -1,11 +1,11 @@
 #include "schema/schema_walk.h"
 
+#include "schema/annotations.h"
+
 #include <charconv>
 #include <optional>
 #include <set>
 #include <utility>
-
-#include "schema/annotations.h"
 
 namespace TarnSchemaStore {
 
@@ -70,8 +70,8 @@ const Json::Value* FollowOnce(const Json::Value& root, std::string_view referenc
   return at;
 }
 
-// References may go round in circles through properties and items, and name one schema many times: each
-// pair of a schema and a kind is looked at once.
+// References may go round in circles through properties and items, and name one schema many times:
+// each pair of a schema and a kind is looked at once.
 class LeafKinds {
  public:
   explicit LeafKinds(const Json::Value& root) : root_(root) {}

@@ -1,16 +1,16 @@
 // Questions about the nodes of a type's schema. All accept any JSON value, sound schema or not.
 #pragma once
 
+#include "platform/json.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
 
-#include "platform/json.h"
-
 namespace TarnSchemaStore {
 
-/// What a local "$ref" ("#/definitions/name" and the like) finally names. The node itself where it has none,
-/// or one that leads nowhere or in a circle.
+/// What a local "$ref" ("#/definitions/name" and the like) finally names. The node itself where it
+/// has none, or one that leads nowhere or in a circle.
 const Json::Value& ResolveReference(const Json::Value& root, const Json::Value& node);
 
 /// The "properties" of an object's schema, or null.
@@ -25,7 +25,8 @@ bool DescribesObject(const Json::Value& schema);
 /// Name of the member that holds the instance id of an object, or an empty text.
 std::string_view InstanceIdMember(const Json::Value& root, const Json::Value& objectSchema);
 
-/// The same for the elements of an array; "cs_generated_id" where the store gives them their identifiers.
+/// The same for the elements of an array; "cs_generated_id" where the store gives them their
+/// identifiers.
 std::string_view ElementIdMember(const Json::Value& root, const Json::Value& arraySchema);
 
 /// Kinds of data, as bits.

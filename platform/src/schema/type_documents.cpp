@@ -1,10 +1,10 @@
 #include "schema/type_documents.h"
 
-#include <set>
-#include <vector>
-
 #include "schema/annotations.h"
 #include "schema/schema_walk.h"
+
+#include <set>
+#include <vector>
 
 namespace TarnSchemaStore {
 
@@ -14,8 +14,8 @@ using TarnConfigStore::JsonDoc;
 
 constexpr std::size_t kUsualSize = 256;
 
-// An object that is made with its first member. Everything is copied into it: objects keep these documents
-// for longer than the type lives.
+// An object that is made with its first member. Everything is copied into it: objects keep these
+// documents for longer than the type lives.
 class LazyObject {
  public:
   void AddText(std::string_view name, std::string_view text) {

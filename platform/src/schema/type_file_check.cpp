@@ -1,9 +1,5 @@
-#include "platform/type_files.h"
-
-#include <algorithm>
-#include <unordered_set>
-
 #include "platform/json_validator.h"
+#include "platform/type_files.h"
 
 #include "schema/annotation_rules.h"
 #include "schema/annotations.h"
@@ -11,6 +7,9 @@
 #include "schema/findings.h"
 #include "schema/meta_schema.h"
 #include "schema/version.h"
+
+#include <algorithm>
+#include <unordered_set>
 
 namespace TypeFiles {
 namespace {
@@ -54,7 +53,8 @@ void CheckHead(const Json::Value& file, TypeFile& result, Findings& findings) {
   ReadHead(file, "key", IsName, kNameRule, result.name.key, findings);
   ReadHead(
       file, "version", [](std::string_view text) { return IsVersion(text); },
-      "a version is made of numbers with dots between them, such as \"1.0\"", result.version, findings);
+      "a version is made of numbers with dots between them, such as \"1.0\"", result.version,
+      findings);
 }
 
 void CheckRoot(const Json::Value& schema, Findings& findings) {

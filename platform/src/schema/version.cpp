@@ -5,10 +5,12 @@
 namespace TypeFiles {
 namespace {
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
 
-// Takes the next number off a version, without its leading zeros: of two such texts of digits the longer is
-// the greater, and no number is too long.
+// Takes the next number off a version, without its leading zeros: of two such texts of digits the
+// longer is the greater, and no number is too long.
 std::string_view TakeNumber(std::string_view& version) {
   std::string_view number = version.substr(0, version.find('.'));
   version.remove_prefix(number.size() == version.size() ? number.size() : number.size() + 1);
