@@ -1,10 +1,9 @@
 // What a host service does with the library, through its public headers alone.
-#include <tarnconfigstore/tarnconfigstore.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
+#include <tarnconfigstore/tarnconfigstore.h>
 
 using namespace TarnConfigStore;
 
@@ -62,7 +61,8 @@ int main(int argc, char** argv) {
   Expect(store->Get(id)->GetValue("timeout", &timeout) == 1 && timeout == 9, "timeout reads back");
   Expect(store->GetRevision(id) == 1, "one write");
 
-  ExpectThrow<InvalidArgumentException>(2000, [] { ConfigStore::GetStore(" "); }, "namespace");
+  ExpectThrow<InvalidArgumentException>(
+      2000, [] { ConfigStore::GetStore(" "); }, "namespace");
   ExpectThrow<ConfigStoreException>(
       1037, [&] { store->Get(ConfigStoreObjectId("such", "no", "tarn")); }, "unknown type");
   ExpectThrow<ValidationException>(
