@@ -6,11 +6,11 @@
 
 #include "db/access_rights.h"
 #include "db/last_error.h"
+#include "db/open_databases.h"
 
 #include <climits>
 #include <sqlite3.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -32,8 +32,6 @@ constexpr const char* kConnectionSettings =
 
 // A file that is replaced while it is being opened is opened anew this often.
 constexpr int kOpenAttempts = 5;
-
-std::atomic<std::uint64_t> opens{0};
 
 std::string ErrnoText(int error) {
   return std::error_code(error, std::generic_category()).message();
@@ -192,14 +190,24 @@ void KeepJournalMode(sqlite3* database, const Layout& layout) {
   }
 }
 
-DatabaseHandle OpenOnce(const Layout& layout, const std::string& path, bool writable) {
-  const int flags = (writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) |
-                    SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE |
-                    SQLITE_OPEN_URI;
+DatabaseHandle OpenFile(const std::string& path, int flags, int& code) noexcept {
   sqlite3* database = nullptr;
-  opens.fetch_add(1, std::memory_order_relaxed);
-  int code = sqlite3_open_v2(path.c_str(), &database, flags, nullptr);
-  DatabaseHandle handle(database);
+  OpenDatabases::Enter();
+  code = sqlite3_open_v2(
+      path.c_str(), &database,
+      flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_URI,
+      nullptr);
+  if (database == nullptr) {
+    OpenDatabases::Leave();
+  }
+  return DatabaseHandle(database);
+}
+
+DatabaseHandle OpenOnce(const Layout& layout, const std::string& path, bool writable) {
+  int code = SQLITE_OK;
+  DatabaseHandle handle =
+      OpenFile(path, writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, code);
+  sqlite3* const database = handle.get();
   if (code == SQLITE_OK) {
     KeepWriteAheadLog(database);
     code = Harden(database);
@@ -224,6 +232,7 @@ DatabaseHandle OpenOnce(const Layout& layout, const std::string& path, bool writ
 
 void DatabaseCloser::operator()(sqlite3* database) const noexcept {
   sqlite3_close_v2(database);
+  OpenDatabases::Leave();
 }
 
 bool IdentifyFile(const std::string& path, FileIdentity& identity) noexcept {
@@ -268,12 +277,8 @@ DatabaseFile OpenDatabase(const Layout& layout, bool writable) {
 }
 
 int DefineDatabase(const Layout& layout, const std::string& path) noexcept {
-  sqlite3* database = nullptr;
-  int code = sqlite3_open_v2(
-      path.c_str(), &database,
-      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE,
-      nullptr);
-  const DatabaseHandle handle(database);
+  int code = SQLITE_OK;
+  const DatabaseHandle handle = OpenFile(path, SQLITE_OPEN_READWRITE, code);
   char marks[96];
   std::snprintf(marks, sizeof marks, "PRAGMA application_id=%d; PRAGMA user_version=%d; COMMIT;",
                 layout.applicationId, layout.version);
@@ -282,14 +287,10 @@ int DefineDatabase(const Layout& layout, const std::string& path) noexcept {
   for (const char* sql : {"PRAGMA synchronous=FULL; BEGIN EXCLUSIVE;", layout.definition,
                           static_cast<const char*>(marks), static_cast<const char*>(mode)}) {
     if (code == SQLITE_OK) {
-      code = sqlite3_exec(database, sql, nullptr, nullptr, nullptr);
+      code = sqlite3_exec(handle.get(), sql, nullptr, nullptr, nullptr);
     }
   }
   return code;
-}
-
-std::uint64_t CountOpens() noexcept {
-  return opens.load(std::memory_order_relaxed);
 }
 
 }  // namespace DBStore::internal

@@ -4,7 +4,6 @@
 
 #include "db/layout.h"
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <sys/types.h>
@@ -23,6 +22,9 @@ struct FileIdentity {
   uid_t owner = 0;
   gid_t group = 0;
 
+  bool IsSameFile(const FileIdentity& other) const noexcept {
+    return device == other.device && inode == other.inode;
+  }
   friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
 };
 
@@ -52,8 +54,5 @@ DatabaseFile OpenDatabase(const Layout& layout, bool writable);
 
 /// Makes a database in an empty file that nobody else knows yet. An SQLite result code.
 int DefineDatabase(const Layout& layout, const std::string& path) noexcept;
-
-/// How often the process opened a database so far.
-std::uint64_t CountOpens() noexcept;
 
 }  // namespace DBStore::internal
