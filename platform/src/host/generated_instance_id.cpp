@@ -1,0 +1,55 @@
+#include "platform/generated_instance_id.h"
+
+#include "platform/uuid.h"
+
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+
+namespace {
+
+constexpr const char* kMember = "cs_generated_id";
+
+struct Release {
+  void operator()(char* text) const noexcept { std::free(text); }
+};
+
+void GiveId(Json::Value& element, Json::Allocator& allocator) {
+  if (!element.IsObject() || Json::FindMember(element, kMember) != nullptr) {
+    return;
+  }
+  const std::unique_ptr<char, Release> id(UUID_CreateRandom());
+  if (!id) {
+    throw std::bad_alloc();
+  }
+  element.AddMember(Json::Copy(kMember, allocator), Json::Copy(id.get(), allocator), allocator);
+}
+
+}  // namespace
+
+void PopulateGeneratedInstanceId(const Json::Value& schema, Json::Value& value,
+                                 Json::Allocator& allocator) {
+  if (value.IsArray()) {
+    const Json::Value* items = Json::FindMember(schema, "items");
+    if (items == nullptr) {
+      return;
+    }
+    const bool generated = Json::IsTrue(*items, "generatedInstanceId");
+    for (Json::Value& element : value.GetArray()) {
+      if (generated) {
+        GiveId(element, allocator);
+      }
+      PopulateGeneratedInstanceId(*items, element, allocator);
+    }
+  } else if (value.IsObject()) {
+    const Json::Value* properties = Json::FindMember(schema, "properties");
+    if (properties == nullptr) {
+      return;
+    }
+    for (auto& member : value.GetObject()) {
+      if (const Json::Value* property = Json::FindMember(*properties, Json::Text(member.name))) {
+        PopulateGeneratedInstanceId(*property, member.value, allocator);
+      }
+    }
+  }
+}

