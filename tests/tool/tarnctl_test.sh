@@ -276,7 +276,6 @@ if other test -x "$tarnctl" -a -r "$types/power-policy.json"; then
   verify "set in a store of another user" $? 6 "" "current-store-1"
 fi
 chmod 640 "$stores"/*
-cp "$stores/current-store-1" "$work/kept"
 rm -f "$stores"/current-store-1-*
 head -c 8192 /dev/zero | tr '\0' x >"$stores/current-store-1"
 expect 8 "" "current-store-1" get $resolver

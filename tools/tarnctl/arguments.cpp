@@ -117,6 +117,8 @@ void AddEverything(CLI::App& app, Arguments& a) {
       ->check(CLI::Range(0, 4));
   app.set_version_flag("--version", "tarnctl " TARNCTL_VERSION);
   app.footer(kFooter);
+  app.get_formatter()->label("TEXT", "");  // what a value is shows in its name
+  app.get_formatter()->label("REQUIRED", "");
   app.require_subcommand(1);
   app.fallthrough();
   AddVerb(app, a, "init", "Make the directories and databases of the store", InitializeHost);
