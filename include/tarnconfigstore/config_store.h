@@ -1,6 +1,12 @@
 // The store of current configuration, and transactions over it.
 #pragma once
 
+#include "tarnconfigstore/config_store_object.h"
+#include "tarnconfigstore/contexts.h"
+#include "tarnconfigstore/exceptions.h"
+#include "tarnconfigstore/filter_spec_object.h"
+#include "tarnconfigstore/next_boot_store.h"
+
 #include <cstdint>
 #include <list>
 #include <memory>
@@ -8,30 +14,28 @@
 #include <utility>
 #include <vector>
 
-#include "tarnconfigstore/config_store_object.h"
-#include "tarnconfigstore/contexts.h"
-#include "tarnconfigstore/exceptions.h"
-#include "tarnconfigstore/filter_spec_object.h"
-#include "tarnconfigstore/next_boot_store.h"
-
 namespace TarnConfigStore {
 
-/// Reads and writes the host's current configuration. Held through a shared pointer; it lives, with its
-/// database connection, until the last one is gone.
+/// Reads and writes the host's current configuration. Held through a shared pointer; it lives, with
+/// its database connection, until the last one is gone.
 ///
 /// What holds for every operation:
 /// - An empty object or filter handle is logged and the call returns quietly, writing nothing.
-/// - A type that is not installed raises ConfigStoreException 1037 with the identifier's text. An instance id
-///   where the type has none, or none where it has one, raises ValidationException 2000. Both before the
-///   database is touched.
-/// - A failure of the database raises ConfigStoreException 2000; GetLastStoreError (diagnostics.h) tells what
+/// - A type that is not installed raises ConfigStoreException 1037 with the identifier's text. An
+/// instance id
+///   where the type has none, or none where it has one, raises ValidationException 2000. Both
+///   before the database is touched.
+/// - A failure of the database raises ConfigStoreException 2000; GetLastStoreError (diagnostics.h)
+/// tells what
 ///   the database said. A write that failed has written nothing.
-/// - A write joins the transaction that is open on this store, if there is one; otherwise it is durable when
+/// - A write joins the transaction that is open on this store, if there is one; otherwise it is
+/// durable when
 ///   the call returns.
-/// - Operations marked "not available yet" raise ConfigStoreException 2000 with a message that says so.
+/// - Operations marked "not available yet" raise ConfigStoreException 2000 with a message that says
+/// so.
 ///
-/// No locks are taken: a transaction belongs to the store's connection, so threads that share a store share
-/// its transaction. Threads that want transactions of their own get a store each.
+/// No locks are taken: a transaction belongs to the store's connection, so threads that share a
+/// store share its transaction. Threads that want transactions of their own get a store each.
 ///
 /// The order of the virtual operations is part of the interface.
 class TARN_CONFIG_STORE_EXPORT ConfigStore {
@@ -45,9 +49,10 @@ class TARN_CONFIG_STORE_EXPORT ConfigStore {
   /// The store of configuration that takes effect at the next boot. Not available yet.
   virtual std::shared_ptr<NextBootStore> GetNextBootStore() = 0;
 
-  /// Reads one object, all its layers merged: what automatic configuration set, over it the cached and the
-  /// vital values, over them what the user set. Returns an empty pointer when nothing is stored. While an
-  /// upgrade runs, a value that is pending for the next boot stands in for the user's.
+  /// Reads one object, all its layers merged: what automatic configuration set, over it the cached
+  /// and the vital values, over them what the user set. Returns an empty pointer when nothing is
+  /// stored. While an upgrade runs, a value that is pending for the next boot stands in for the
+  /// user's.
   virtual std::shared_ptr<ConfigStoreObject> Get(const ConfigStoreObjectId& csoId) = 0;
 
   /// The shipped default of an object. Not available yet.
@@ -60,30 +65,33 @@ class TARN_CONFIG_STORE_EXPORT ConfigStore {
   /// The ids of the stored instances of a type. Not available yet.
   virtual std::list<std::string> GetInstanceIds(const ConfigStoreObjectId& csoId) = 0;
 
-  /// Replaces the whole object. The data is cleaned of empty content, checked against the type's schema, and
-  /// divided among the row's values: vital and cached members to theirs, the rest to the user's value, or to
-  /// the automatic one in an automatic context. Values that the object gives nothing for become empty, the
-  /// other context's and the pending one included; callers that mean one of them use SetUserData and its
-  /// siblings. An object without data is logged and not written.
-  /// Raises ValidationException 1089 with every finding when the data does not fit the type; and, while the
-  /// host boots and no upgrade runs, ValidationException 2000 for user data in the EXTERNAL context of a
-  /// type that is not accessible during boot.
+  /// Replaces the whole object. The data is cleaned of empty content, checked against the type's
+  /// schema, and divided among the row's values: vital and cached members to theirs, the rest to
+  /// the user's value, or to the automatic one in an automatic context. Values that the object
+  /// gives nothing for become empty, the other context's and the pending one included; callers that
+  /// mean one of them use SetUserData and its siblings. An object without data is logged and not
+  /// written. Raises ValidationException 1089 with every finding when the data does not fit the
+  /// type; and, while the host boots and no upgrade runs, ValidationException 2000 for user data in
+  /// the EXTERNAL context of a type that is not accessible during boot.
   virtual void Set(std::shared_ptr<ConfigStoreObject> object, const USERDATA_CONTEXT& context) = 0;
 
   /// Replaces the user value, or the automatic one in an automatic context. Not available yet.
-  virtual void SetUserData(std::shared_ptr<ConfigStoreObject> object, const USERDATA_CONTEXT& context) = 0;
+  virtual void SetUserData(std::shared_ptr<ConfigStoreObject> object,
+                           const USERDATA_CONTEXT& context) = 0;
   /// Replaces the vital value. Not available yet.
   virtual void SetVitalData(std::shared_ptr<ConfigStoreObject> object) = 0;
   /// Replaces the cached value. Not available yet.
   virtual void SetCachedData(std::shared_ptr<ConfigStoreObject> object) = 0;
   /// Changes the members that the object gives and no others. Not available yet.
-  virtual void Update(std::shared_ptr<ConfigStoreObject> object, const USERDATA_CONTEXT& context) = 0;
+  virtual void Update(std::shared_ptr<ConfigStoreObject> object,
+                      const USERDATA_CONTEXT& context) = 0;
   /// Deletes one object. Not available yet.
   virtual void Delete(const ConfigStoreObjectId& csoId) = 0;
   /// Deletes the instances that a filter keeps. Not available yet.
   virtual void DeleteInstances(const std::shared_ptr<FilterSpecObject>& filter) = 0;
 
-  /// Reads the instances of a type that a filter keeps, each merged as Get does, in the order of their ids.
+  /// Reads the instances of a type that a filter keeps, each merged as Get does, in the order of
+  /// their ids.
   virtual std::vector<std::shared_ptr<ConfigStoreObject>> GetInstances(
       const std::shared_ptr<FilterSpecObject>& filter) = 0;
 
@@ -105,17 +113,18 @@ class TARN_CONFIG_STORE_EXPORT ConfigStore {
   virtual std::list<std::pair<std::string, std::int32_t>> GetInstancesRevision(
       const ConfigStoreObjectId& csoId) = 0;
 
-  /// Opens a transaction, or a level inside the one that is open: cancelling an inner level undoes that level
-  /// alone. Returns 0, or the database layer's status. ConfigStoreTransaction is the safer way.
+  /// Opens a transaction, or a level inside the one that is open: cancelling an inner level undoes
+  /// that level alone. Returns 0, or the database layer's status. ConfigStoreTransaction is the
+  /// safer way.
   virtual int BeginTransaction() = 0;
 
-  /// Commits the innermost level. Returns 0; any failure raises ConfigStoreException 2000 "Commit transaction
-  /// failed.", and the level stays open until it is cancelled.
+  /// Commits the innermost level. Returns 0; any failure raises ConfigStoreException 2000 "Commit
+  /// transaction failed.", and the level stays open until it is cancelled.
   virtual int CommitTransaction() = 0;
 
-  /// Undoes the innermost level. Returns the database layer's status. A database layer that refuses to cancel
-  /// a nested transaction (status 1) ends the process: going on would commit what was meant to be undone.
-  /// The embedded one never refuses.
+  /// Undoes the innermost level. Returns the database layer's status. A database layer that refuses
+  /// to cancel a nested transaction (status 1) ends the process: going on would commit what was
+  /// meant to be undone. The embedded one never refuses.
   virtual int CancelTransaction() noexcept = 0;
 
   /// Everything wrong with an object, without writing it. Not available yet.
@@ -139,17 +148,18 @@ class TARN_CONFIG_STORE_EXPORT ConfigStore {
 /// Leaving the scope without Commit or Cancel cancels. Used by one thread.
 class TARN_CONFIG_STORE_EXPORT ConfigStoreTransaction {
  public:
-  /// Begins a transaction on a store. The guard refers to the caller's variable, which must outlive it.
-  /// Raises ConfigStoreException 2000 "Failed to use NULL as the store" for an empty handle and "Failed to
-  /// start a transaction." when the store cannot begin one.
+  /// Begins a transaction on a store. The guard refers to the caller's variable, which must outlive
+  /// it. Raises ConfigStoreException 2000 "Failed to use NULL as the store" for an empty handle and
+  /// "Failed to start a transaction." when the store cannot begin one.
   explicit ConfigStoreTransaction(std::shared_ptr<ConfigStore>& store);
   /// Cancels, if neither Commit nor Cancel has completed.
   ~ConfigStoreTransaction();
   ConfigStoreTransaction(const ConfigStoreTransaction&) = delete;
   ConfigStoreTransaction& operator=(const ConfigStoreTransaction&) = delete;
 
-  /// Makes the changes durable and finishes the guard. Returns 0. A failure raises ConfigStoreException 2000
-  /// "Commit transaction failed."; the guard is then still active and cancels when it goes.
+  /// Makes the changes durable and finishes the guard. Returns 0. A failure raises
+  /// ConfigStoreException 2000 "Commit transaction failed."; the guard is then still active and
+  /// cancels when it goes.
   int Commit();
 
   /// Undoes the changes and finishes the guard. Returns the store's status.

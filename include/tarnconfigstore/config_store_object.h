@@ -1,23 +1,24 @@
 // A configuration object: its data, and what the store knows about it.
 #pragma once
 
+#include "tarnconfigstore/store_object.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
-
-#include "tarnconfigstore/store_object.h"
 
 namespace TarnConfigStore {
 
 class ConfigStoreObjectImpl;
 
-/// One configuration object of one type. Callers build it from an identifier or get it from a store, change
-/// it through the accessors of StoreObject, and hand it back to a store. Passed around as a shared pointer;
-/// thread safety is that of StoreObject.
+/// One configuration object of one type. Callers build it from an identifier or get it from a
+/// store, change it through the accessors of StoreObject, and hand it back to a store. Passed
+/// around as a shared pointer; thread safety is that of StoreObject.
 class TARN_CONFIG_STORE_EXPORT ConfigStoreObject : public StoreObject {
  public:
-  /// A new object without data, but for the member that carries the instance id in types that have one.
-  /// Raises ConfigStoreException 1037, with the identifier's text, when the type is not installed.
+  /// A new object without data, but for the member that carries the instance id in types that have
+  /// one. Raises ConfigStoreException 1037, with the identifier's text, when the type is not
+  /// installed.
   explicit ConfigStoreObject(const ConfigStoreObjectId& id);
 
   /// For the library's own readers.
@@ -32,8 +33,8 @@ class TARN_CONFIG_STORE_EXPORT ConfigStoreObject : public StoreObject {
   /// Number of writes; kDefaultRevision for a new object.
   std::int32_t GetRevision() const;
 
-  /// The data as compact JSON text, without the generated identifiers ("cs_generated_id") that the store
-  /// keeps inside.
+  /// The data as compact JSON text, without the generated identifiers ("cs_generated_id") that the
+  /// store keeps inside.
   std::string GetData() const;
 
   /// For the library's own use.

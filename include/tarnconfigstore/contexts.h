@@ -3,9 +3,9 @@
 
 namespace TarnConfigStore {
 
-/// The caller's statement of who writes: a person or a tool on a person's behalf (EXTERNAL), or automatic
-/// configuration. What EXTERNAL writes goes to the user value of a row, what anything else writes to the
-/// automatic value.
+/// The caller's statement of who writes: a person or a tool on a person's behalf (EXTERNAL), or
+/// automatic configuration. What EXTERNAL writes goes to the user value of a row, what anything
+/// else writes to the automatic value.
 enum USERDATA_CONTEXT : int {
   EXTERNAL = 0,
   AUTO_CONFIG = 1,

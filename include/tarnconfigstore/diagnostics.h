@@ -1,20 +1,20 @@
 // Seeing what the library logs, and what the database said.
 #pragma once
 
+#include "tarnconfigstore/export.h"
+
 #include <functional>
 #include <string>
 
-#include "tarnconfigstore/export.h"
-
 namespace TarnConfigStore {
 
-/// Receives log lines: the priority (0 failures, 1 recoverable problems, 2 notable outcomes, 3 entry of
-/// writes, 4 entry of reads and fine tracing) and the text, without a line end.
+/// Receives log lines: the priority (0 failures, 1 recoverable problems, 2 notable outcomes, 3
+/// entry of writes, 4 entry of reads and fine tracing) and the text, without a line end.
 using LogSink = std::function<void(int priority, const char* line)>;
 
-/// Sends log lines of every priority up to the level to a function instead of the system log; an empty
-/// function restores the system log. The function is called on the thread that logs, one call at a time,
-/// while the logger's lock is held: it must not log, and what it throws is dropped.
+/// Sends log lines of every priority up to the level to a function instead of the system log; an
+/// empty function restores the system log. The function is called on the thread that logs, one call
+/// at a time, while the logger's lock is held: it must not log, and what it throws is dropped.
 TARN_CONFIG_STORE_EXPORT void SetLogSink(LogSink sink);
 
 /// Highest priority that is logged; 2 at start. Lines above it cost no formatting.
@@ -35,11 +35,12 @@ enum class StoreErrorKind {
 /// The last failure of the database layer on this thread.
 struct StoreError {
   StoreErrorKind kind = StoreErrorKind::NONE;
-  int code = 0;         ///< SQLite extended result code (https://sqlite.org/rescode.html), 0 if none
+  int code = 0;  ///< SQLite extended result code (https://sqlite.org/rescode.html), 0 if none
   std::string message;  ///< what went wrong, with which file, and what mends it
 };
 
-/// Thread-local; a failing operation sets it before the exception is thrown, a succeeding one leaves it.
+/// Thread-local; a failing operation sets it before the exception is thrown, a succeeding one
+/// leaves it.
 TARN_CONFIG_STORE_EXPORT StoreError GetLastStoreError();
 TARN_CONFIG_STORE_EXPORT void ClearLastStoreError();
 

@@ -1,18 +1,18 @@
 // Every failure that the library reports is an exception of this tree.
 #pragma once
 
+#include "tarnconfigstore/error_codes.h"
+#include "tarnconfigstore/export.h"
+
 #include <exception>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "tarnconfigstore/error_codes.h"
-#include "tarnconfigstore/export.h"
-
 namespace HostCtl::Lib {
 
-/// A chain of message records that programs of the host attach to failures. The library never adds records;
-/// it only renders those that it is given.
+/// A chain of message records that programs of the host attach to failures. The library never adds
+/// records; it only renders those that it is given.
 class TARN_CONFIG_STORE_EXPORT NotaMessage {
  public:
   /// \param id      what the record is called
@@ -57,7 +57,8 @@ namespace TarnConfigStore {
 
 /// One problem found by a validation.
 struct ErrorInfo {
-  std::string field;  ///< where: an RFC 6901 JSON Pointer ("/" is the whole object), or an identifier
+  std::string
+      field;  ///< where: an RFC 6901 JSON Pointer ("/" is the whole object), or an identifier
   std::string error;  ///< what was expected and what was found
 
   friend bool operator==(const ErrorInfo& a, const ErrorInfo& b) {
@@ -65,8 +66,8 @@ struct ErrorInfo {
   }
 };
 
-/// A failure of the library. Building one logs "[code] message" at priority 0 and a backtrace, so that a
-/// failure is in the log even where the caller swallows it.
+/// A failure of the library. Building one logs "[code] message" at priority 0 and a backtrace, so
+/// that a failure is in the log even where the caller swallows it.
 class TARN_CONFIG_STORE_EXPORT ConfigStoreException : public HostCtl::Lib::HostCtlException {
  public:
   ConfigStoreException(int code, const char* message);

@@ -1,12 +1,12 @@
 // Looking at what is stored.
 #pragma once
 
+#include "tarnconfigstore/export.h"
+#include "tarnconfigstore/object_id.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include "tarnconfigstore/export.h"
-#include "tarnconfigstore/object_id.h"
 
 namespace TarnConfigStore {
 
@@ -25,9 +25,9 @@ struct StoredObject {
   bool hasPending = false;  ///< a value waits for the next boot
 };
 
-/// Everything that is stored under a prefix, sorted by component, group, key and instance id. Rows that hold
-/// no value of any kind are left out.
-/// \param prefix  fields are compared in the order component, group, key, instance id up to the first empty
+/// Everything that is stored under a prefix, sorted by component, group, key and instance id. Rows
+/// that hold no value of any kind are left out. \param prefix  fields are compared in the order
+/// component, group, key, instance id up to the first empty
 ///                one; all empty: the whole store
 /// Raises ConfigStoreException 2000 "Failed to connect to database" or "Get store rows failed.".
 TARN_CONFIG_STORE_EXPORT std::vector<StoredObject> ListStored(const ConfigStoreObjectId& prefix);

@@ -1,0 +1,33 @@
+#include "tarnconfigstore/config_store_object.h"
+
+#include "objects/config_store_object_impl.h"
+
+namespace TarnConfigStore {
+
+ConfigStoreObject::ConfigStoreObject(const ConfigStoreObjectId& id)
+    : ConfigStoreObject(std::make_shared<ConfigStoreObjectImpl>(id)) {}
+
+ConfigStoreObject::ConfigStoreObject(std::shared_ptr<ConfigStoreObjectImpl> const& implementation)
+    : StoreObject(implementation.get()), object_(implementation) {}
+
+std::string ConfigStoreObject::GetVersion() const {
+  return object_->GetVersion();
+}
+
+std::string ConfigStoreObject::GetCreationTime() const {
+  return object_->GetCreationTime();
+}
+
+std::string ConfigStoreObject::GetModifiedTime() const {
+  return object_->GetModifiedTime();
+}
+
+std::int32_t ConfigStoreObject::GetRevision() const {
+  return object_->GetRevision();
+}
+
+std::string ConfigStoreObject::GetData() const {
+  return object_->GetData();
+}
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,153 @@
+#include "objects/config_store_object_impl.h"
+
+#include "platform/config_store_document.h"
+
+#include "errors/raise.h"
+#include "objects/json_kinds.h"
+#include "objects/schema_lookup.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace TarnConfigStore {
+namespace {
+
+bool HasGeneratedInstanceId(const Json::Value& value) {
+  if (value.IsArray()) {
+    return std::any_of(value.Begin(), value.End(), HasGeneratedInstanceId);
+  }
+  return value.IsObject() &&
+         std::any_of(value.MemberBegin(), value.MemberEnd(), [](const auto& member) {
+           return Json::Text(member.name) == kGeneratedInstanceId ||
+                  HasGeneratedInstanceId(member.value);
+         });
+}
+
+std::string Serialized(const Json::Value& value, const ConfigStoreObjectId& id) {
+  std::string text;
+  if (!ConfigStoreDocument::SerializeValue(value, text)) {
+    ThrowFailure("The data holds a text that is not UTF-8 or a number that is not finite: " +
+                 id.toString());
+  }
+  return text;
+}
+
+}  // namespace
+
+ConfigStoreObjectImpl::ConfigStoreObjectImpl(const ConfigStoreObjectId& id)
+    : StoreObjectImpl(id),
+      parent_(kEmptyString, kEmptyString, kEmptyString),
+      whole_(true),
+      revision_(kDefaultRevision) {
+  const auto schema = FindSchema(id);
+  if (!schema) {
+    ThrowException<ConfigStoreException>(CS_SCHEMA_NOT_FOUND, id.toString());
+  }
+  idMap_ = schema->GetIdMap();
+  defaults_ = schema->GetDefaults();
+  SetInstanceIdFromCsoId();
+}
+
+ConfigStoreObjectImpl::ConfigStoreObjectImpl(
+    const ConfigStoreObjectId& id, const ConfigStoreObjectId& parent,
+    std::optional<unsigned long> place, std::shared_ptr<JsonDoc> const& data,
+    std::shared_ptr<TarnSchemaStore::SchemaObject> const& schema, const std::string& version,
+    const std::string& creationTime, const std::string& modifiedTime, int revision, bool whole,
+    std::shared_ptr<JsonDoc> const& idMap, std::shared_ptr<JsonDoc> const& defaults)
+    : StoreObjectImpl(id, data),
+      idMap_(idMap || !schema ? idMap : schema->GetIdMap()),
+      parent_(parent),
+      whole_(whole),
+      version_(version),
+      defaults_(defaults || !schema ? defaults : schema->GetDefaults()),
+      creationTime_(creationTime),
+      modifiedTime_(modifiedTime),
+      revision_(revision),
+      place_(place) {}
+
+const Json::Value* ConfigStoreObjectImpl::GetValuePtrDefault(const char* key,
+                                                             bool& isDefault) const {
+  isDefault = false;
+  if (const Json::Value* own = GetValuePtr(key)) {
+    return own;
+  }
+  if (!defaults_) {
+    return nullptr;
+  }
+  const Json::Value* value = Json::FindMember(*defaults_->GetJsonValuePtr(), key);
+  isDefault = value != nullptr && !value->IsNull();
+  return isDefault ? value : nullptr;
+}
+
+void ConfigStoreObjectImpl::SetInstanceIdFromCsoId() {
+  const ConfigStoreObjectId& id = GetConfigStoreObjectId();
+  if (!idMap_ || !ConfigStoreDocument::ValueExists(*idMap_->GetJsonValuePtr(), id.key.c_str())) {
+    return;
+  }
+  const Json::Value& name = (*idMap_->GetJsonValuePtr())[id.key.c_str()];
+  SetValue(name.GetString(), std::string_view(id.instanceId));
+}
+
+std::string ConfigStoreObjectImpl::GetIdMapStr() const {
+  std::string text = "{}";
+  if (idMap_) {
+    ConfigStoreDocument::SerializeValue(*idMap_->GetJsonValuePtr(), text);
+  }
+  return text;
+}
+
+std::string ConfigStoreObjectImpl::GetData() const {
+  // Hardly any object holds generated ids; the others need no copy.
+  if (!HasGeneratedInstanceId(GetRoot())) {
+    return Serialized(GetRoot(), GetConfigStoreObjectId());
+  }
+  Json::Document copy;
+  copy.CopyFrom(GetRoot(), copy.GetAllocator());
+  ClearGeneratedInstanceId(copy);
+  return Serialized(copy, GetConfigStoreObjectId());
+}
+
+std::string ConfigStoreObjectImpl::GetSerializedData() const {
+  return Serialized(GetRoot(), GetConfigStoreObjectId());
+}
+
+void ConfigStoreObjectImpl::SetValueEx(const char* key, const void* value) {
+  GetValuePtr(key);  // the key is checked before anything is allocated
+  // Copied before it is assigned: the source may be the very member that is overwritten, or hold
+  // it.
+  Json::Value copy(*static_cast<const Json::Value*>(value), GetAllocator());
+  Assign(key, std::move(copy));
+}
+
+void ClearGeneratedInstanceId(Json::Value& value) {
+  if (value.IsArray()) {
+    for (Json::Value& element : value.GetArray()) {
+      ClearGeneratedInstanceId(element);
+    }
+  } else if (value.IsObject()) {
+    const auto generated = value.FindMember(kGeneratedInstanceId);
+    if (generated != value.MemberEnd()) {
+      value.EraseMember(generated);
+    }
+    for (auto& member : value.GetObject()) {
+      ClearGeneratedInstanceId(member.value);
+    }
+  }
+}
+
+std::string GetInstanceIdFromValue(const Json::Value& value,
+                                   const TarnSchemaStore::SchemaObject& schema) {
+  const auto idMap = schema.GetIdMap();
+  const Json::Value* name =
+      idMap ? Json::FindMember(*idMap->GetJsonValuePtr(), schema.GetKey()) : nullptr;
+  if (name == nullptr) {
+    ThrowException<ConfigStoreException>(CS_INSTANCE_ID_INVALID, schema.GetKey());
+  }
+  const Json::Value* id = Json::FindMember(value, Json::Text(*name));
+  if (id == nullptr || !id->IsString()) {
+    ThrowException<ConfigStoreException>(CS_INSTANCE_ID_INVALID, std::string(Json::Text(*name)));
+  }
+  return JsonKind<std::string>::Get(*id);
+}
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,75 @@
+// The configuration object behind ConfigStoreObject.
+#pragma once
+
+#include "platform/schema_store.h"
+
+#include "objects/store_object_impl.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace TarnConfigStore {
+
+/// The member that the store adds to array elements that have no id of their own.
+inline constexpr const char* kGeneratedInstanceId = "cs_generated_id";
+
+class ConfigStoreObjectImpl : public StoreObjectImpl {
+ public:
+  /// A new object; raises ConfigStoreException 1037 when its type is not installed.
+  explicit ConfigStoreObjectImpl(const ConfigStoreObjectId& id);
+
+  /// An object from a stored row.
+  /// \param parent    the object that this one is part of; empty for a whole object
+  /// \param place     its place among that object's instances
+  /// \param schema    its type; gives the id map and the defaults where the two documents are empty
+  /// \param whole     true for a whole object
+  ConfigStoreObjectImpl(const ConfigStoreObjectId& id, const ConfigStoreObjectId& parent,
+                        std::optional<unsigned long> place, std::shared_ptr<JsonDoc> const& data,
+                        std::shared_ptr<TarnSchemaStore::SchemaObject> const& schema,
+                        const std::string& version, const std::string& creationTime,
+                        const std::string& modifiedTime, int revision, bool whole,
+                        std::shared_ptr<JsonDoc> const& idMap,
+                        std::shared_ptr<JsonDoc> const& defaults);
+
+  const Json::Value* GetValuePtrDefault(const char* key, bool& isDefault) const override;
+
+  const std::string& GetVersion() const { return version_; }
+  const std::string& GetCreationTime() const { return creationTime_; }
+  const std::string& GetModifiedTime() const { return modifiedTime_; }
+  std::int32_t GetRevision() const { return revision_; }
+
+  /// Writes the identifier's instance id into the member that carries it, in types that have one.
+  void SetInstanceIdFromCsoId();
+  /// The id map as text, "{}" when there is none.
+  std::string GetIdMapStr() const;
+  /// The data as text, without generated instance ids.
+  std::string GetData() const;
+  /// The data as text, as it is stored. Raises ConfigStoreException 2000 when it holds what JSON
+  /// cannot say.
+  std::string GetSerializedData() const;
+  /// Sets a member to a copy of a JSON value (a Json::Value), which may be part of this object.
+  void SetValueEx(const char* key, const void* value);
+
+ private:
+  std::shared_ptr<JsonDoc> idMap_;
+  ConfigStoreObjectId parent_;
+  bool whole_;
+  std::string version_;
+  std::shared_ptr<JsonDoc> defaults_;
+  std::string creationTime_;
+  std::string modifiedTime_;
+  std::int32_t revision_;
+  std::optional<unsigned long> place_;
+};
+
+/// Removes the generated instance ids at any depth.
+void ClearGeneratedInstanceId(Json::Value& value);
+
+/// The instance id in a JSON object of a type. Raises ConfigStoreException 1032 with the member's
+/// name when the member that the type names is missing or no string.
+std::string GetInstanceIdFromValue(const Json::Value& value,
+                                   const TarnSchemaStore::SchemaObject& schema);
+
+}  // namespace TarnConfigStore

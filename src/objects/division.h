@@ -1,0 +1,45 @@
+// Dividing an object's data among the value columns of its row.
+#pragma once
+
+#include "tarnconfigstore/config_store_object.h"
+#include "tarnconfigstore/contexts.h"
+
+#include "platform/json.h"
+#include "platform/schema_store.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace TarnConfigStore {
+
+/// The texts for the value columns of one row; an absent text is NULL in the table.
+struct ColumnValues {
+  std::optional<std::string> user;
+  std::optional<std::string> automatic;
+  std::optional<std::string> vital;
+  std::optional<std::string> cached;
+};
+
+/// One row to be written. The identifier is the object's own, which has to live as long.
+struct ColumnMapEntry {
+  const ConfigStoreObjectId* id;
+  ColumnValues values;
+};
+using ColumnMap = std::vector<ColumnMapEntry>;
+
+/// Divides a value of a type by the "vital" and "cached" tags of its schema, at any depth. What is
+/// not tagged goes to the user's value, or to the automatic one in an automatic context. An
+/// object's instance id goes into every part that gets anything else of it; an array of instances
+/// with members of several parts goes into each part that gets any, with all its elements in order.
+/// Merging the parts gives back the value, up to the order of members and null-valued ones. Raises
+/// ConfigStoreException 2000 when the value holds what JSON cannot say.
+ColumnValues DivideValue(const Json::Value& value, const TarnSchemaStore::SchemaObject& schema,
+                         const USERDATA_CONTEXT& context);
+
+/// The same for an object's data.
+ColumnMapEntry DivideObject(const ConfigStoreObject& object,
+                            const TarnSchemaStore::SchemaObject& schema,
+                            const USERDATA_CONTEXT& context);
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,98 @@
+#include "objects/merge.h"
+
+#include "objects/config_store_object_impl.h"
+
+#include <unordered_map>
+
+namespace TarnConfigStore {
+namespace {
+
+void MergeMembers(const Json::Value& source, Json::Value& target, SchemaNode schema,
+                  Json::Allocator& allocator) {
+  for (const auto& member : source.GetObject()) {
+    if (member.value.IsNull()) {
+      continue;
+    }
+    const std::string_view name = Json::Text(member.name);
+    if (Json::Value* existing = Json::FindMember(target, name)) {
+      MergeValue(member.value, *existing, schema.Property(name), allocator);
+    } else {
+      target.AddMember(Json::Copy(name, allocator), Json::Value(member.value, allocator),
+                       allocator);
+    }
+  }
+}
+
+const Json::Value* InstanceId(const Json::Value& element, std::string_view idMember) {
+  const Json::Value* id = Json::FindMember(element, idMember);
+  return id != nullptr && id->IsString() ? id : nullptr;
+}
+
+// Elements without an id cannot be told apart, so they are always new ones.
+void MergeInstances(const Json::Value& source, Json::Value& target, SchemaNode items,
+                    std::string_view idMember, Json::Allocator& allocator) {
+  std::unordered_map<std::string, rapidjson::SizeType> places;
+  places.reserve(target.Size() + source.Size());
+  for (rapidjson::SizeType i = 0; i < target.Size(); ++i) {
+    if (const Json::Value* id = InstanceId(target[i], idMember)) {
+      places.emplace(Json::Text(*id), i);
+    }
+  }
+  for (const Json::Value& element : source.GetArray()) {
+    const Json::Value* id = InstanceId(element, idMember);
+    const auto place = id == nullptr ? places.end() : places.find(std::string(Json::Text(*id)));
+    if (place != places.end()) {
+      MergeValue(element, target[place->second], items, allocator);
+      continue;
+    }
+    if (id != nullptr) {
+      places.emplace(Json::Text(*id), target.Size());
+    }
+    target.PushBack(Json::Value(element, allocator), allocator);
+  }
+}
+
+}  // namespace
+
+void MergeValue(const Json::Value& source, Json::Value& target, SchemaNode schema,
+                Json::Allocator& allocator) {
+  if (&source == &target) {
+    return;
+  }
+  if (source.IsObject() && target.IsObject()) {
+    MergeMembers(source, target, schema, allocator);
+    return;
+  }
+  if (source.IsArray() && target.IsArray()) {
+    const SchemaNode items = schema.Items();
+    const std::string_view idMember = items.InstanceIdMember();
+    if (!idMember.empty()) {
+      MergeInstances(source, target, items, idMember, allocator);
+      return;
+    }
+  }
+  target.CopyFrom(source, allocator);
+}
+
+std::shared_ptr<ConfigStoreObject> UpdateConfigInternal(
+    const std::shared_ptr<ConfigStoreObject>& source,
+    const std::shared_ptr<ConfigStoreObject>& target, const Json::Value& schema) {
+  if (!source || !target) {
+    return target ? target : source;
+  }
+  ConfigStoreObjectImpl& onto = *target->GetImplementation();
+  MergeValue(source->GetImplementation()->GetRoot(), onto.GetRoot(), SchemaNode(schema),
+             onto.GetAllocator());
+  return target;
+}
+
+std::shared_ptr<ConfigStoreObject> MergeConfig(const std::shared_ptr<ConfigStoreObject>& base,
+                                               const std::shared_ptr<ConfigStoreObject>& a,
+                                               const std::shared_ptr<ConfigStoreObject>& b,
+                                               const std::shared_ptr<ConfigStoreObject>& c,
+                                               const Json::Value& schema) {
+  return UpdateConfigInternal(
+      c, UpdateConfigInternal(b, UpdateConfigInternal(a, base, schema), schema), schema);
+}
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,21 @@
+// Finding the schema object of a type.
+#pragma once
+
+#include "tarnconfigstore/object_id.h"
+
+#include "platform/schema_store.h"
+
+#include <memory>
+
+namespace TarnConfigStore {
+
+/// The schema object of an identifier's type, from the schema store; empty when the type is not
+/// installed. Raises ConfigStoreException 2000 when the schema store cannot be read.
+std::shared_ptr<TarnSchemaStore::SchemaObject> FindSchema(const ConfigStoreObjectId& id);
+
+/// The same, from a cache that the caller holds.
+std::shared_ptr<TarnSchemaStore::SchemaObject> FindSchema(
+    const std::shared_ptr<TarnSchemaStore::SchemaObjectCache>& cache,
+    const ConfigStoreObjectId& id);
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,81 @@
+// The JSON object behind StoreObject.
+#pragma once
+
+#include "tarnconfigstore/object_id.h"
+
+#include "platform/json_doc.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace TarnConfigStore {
+
+/// Contracts as for StoreObject, whose operations forward to those of the same name here.
+class StoreObjectImpl {
+ public:
+  explicit StoreObjectImpl(const ConfigStoreObjectId& id);
+  /// Copies the value, if there is one, into the data.
+  StoreObjectImpl(const ConfigStoreObjectId& id, const Json::Value* value);
+  StoreObjectImpl(const StoreObjectImpl&) = delete;
+  StoreObjectImpl& operator=(const StoreObjectImpl&) = delete;
+
+  /// The value that a typed read of the key sees, or null; the filter object and plain objects know
+  /// no defaults. The order of the virtual operations is fixed.
+  virtual const Json::Value* GetValuePtrDefault(const char* key, bool& isDefault) const;
+  virtual ~StoreObjectImpl();
+
+  const ConfigStoreObjectId& GetConfigStoreObjectId() const { return id_; }
+  const Json::Value& GetRoot() const { return *document_->GetJsonValuePtr(); }
+  Json::Value& GetRoot() { return *document_->GetJsonValuePtr(); }
+  Json::Allocator& GetAllocator() { return document_->GetAllocator(); }
+  const std::shared_ptr<JsonDoc>& GetDocument() const { return document_; }
+
+  bool CheckKey(const char* key) const;
+
+  // The typed family: one template for each operation, over the kinds of value in json_kinds.h.
+  template <class T>
+  int GetValue(const char* key, T* out) const;
+  template <class T>
+  int GetValue(const char* key, std::vector<T>* out) const;
+  template <class T>
+  void SetValue(const char* key, const T& value);
+  void SetValue(const char* key, const char* value);
+  template <class T>
+  void SetValue(const char* key, const std::vector<T>& values);
+  template <class T>
+  void AppendValue(const char* key, const T& value);
+  template <class T>
+  void RemoveValue(const char* key, const T& value);
+
+  void SetValueEmptyList(const char* key);
+  void SetValueBinary(const char* key, const unsigned char* data, unsigned long length);
+  int GetValueBinary(const char* key, unsigned char** data, unsigned long* length) const;
+  static bool EncodeBinary(const unsigned char* data, unsigned long length, std::string& out);
+  static bool DecodeBinary(std::string& text, unsigned char** out, unsigned long* length);
+
+  void Remove(const char* key);
+  bool IsEmpty() const;
+  std::string GetData() const;
+  void SetData(const char* json);
+
+ protected:
+  StoreObjectImpl(const ConfigStoreObjectId& id, std::shared_ptr<JsonDoc> document);
+
+  /// The member's value; null when the member is absent or holds null. Raises "key cannot be
+  /// empty".
+  const Json::Value* GetValuePtr(const char* key) const;
+  Json::Value* GetValuePtr(const char* key);
+
+  /// Overwrites the member's value in place, or adds the member at the end.
+  void Assign(const char* key, Json::Value&& value);
+
+ private:
+  Json::Value& ListForChange(const char* key);
+
+  ConfigStoreObjectId id_;
+  std::shared_ptr<JsonDoc> document_;
+};
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,184 @@
+#include "persistence/read_current.h"
+
+#include "platform/formatted_text.h"
+#include "platform/logger.h"
+#include "platform/upgrade_context.h"
+
+#include "errors/raise.h"
+#include "objects/filter.h"
+#include "objects/merge.h"
+#include "objects/schema_lookup.h"
+#include "persistence/boot_flags.h"
+#include "persistence/connection.h"
+#include "persistence/statements.h"
+
+namespace TarnConfigStore {
+namespace {
+
+constexpr int kReadFailed = 1;
+
+// All layers of a row: what automatic configuration set, over it the cached and the vital values,
+// over them the user's.
+ObjectHandle MergeLayers(const RowMap& row, const ConfigStoreObjectId& id,
+                         const SchemaHandle& schema, const ObjectHandle& user) {
+  return MergeConfig(MakeObjectFromRow(row, "AutoConfValue", id, schema),
+                     MakeObjectFromRow(row, "CachedValue", id, schema),
+                     MakeObjectFromRow(row, "VitalValue", id, schema), user,
+                     schema->GetSchemaDocument());
+}
+
+ObjectHandle MergeUserAndAutomatic(const RowMap& row, const ConfigStoreObjectId& id,
+                                   const SchemaHandle& schema) {
+  return UpdateConfigInternal(MakeConfirmedUserObject(row, id, schema),
+                              MakeObjectFromRow(row, "AutoConfValue", id, schema),
+                              schema->GetSchemaDocument());
+}
+
+// An object for each row that holds any value, the row's instance id in its identifier.
+template <class MakeObject>
+std::vector<ObjectHandle> ObjectsOf(const RowMapList& rows, const ConfigStoreObjectId& id,
+                                    MakeObject makeObject) {
+  std::vector<ObjectHandle> objects;
+  objects.reserve(rows.size());
+  ConfigStoreObjectId instance = id;
+  for (const std::shared_ptr<RowMap>& row : rows) {
+    instance.instanceId = row->Text("Identifier");
+    if (ObjectHandle object = makeObject(*row, instance)) {
+      objects.push_back(std::move(object));
+    }
+  }
+  return objects;
+}
+
+std::vector<ObjectHandle> ListOf(ObjectHandle object) {
+  return object ? std::vector<ObjectHandle>{std::move(object)} : std::vector<ObjectHandle>();
+}
+
+}  // namespace
+
+ObjectHandle GetInternal(const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection,
+                         const SchemaHandle& schema) {
+  const RowMap row = ReadRowMap(connection, READ_TABLE_CONFIG, id);
+  if (row.Empty()) {
+    return nullptr;
+  }
+  return MergeLayers(row, id, schema, MakeUserObject(row, id, schema, GetUpgradeCtx()));
+}
+
+ObjectHandle GetCurrentConfigInternal(const ConfigStoreObjectId& id,
+                                      const DBStore::ConnectionHandle& connection,
+                                      const SchemaHandle& schema) {
+  return MergeUserAndAutomatic(ReadRowMap(connection, READ_TABLE_USER_AUTO_CONFIG, id), id, schema);
+}
+
+std::vector<ObjectHandle> GetConfigInstancesInternal(
+    const std::shared_ptr<FilterSpecObject>& filter, const DBStore::ConnectionHandle& connection,
+    const SchemaHandle& schema) {
+  const ConfigStoreObjectId& id = filter->GetConfigStoreObjectId();
+  if (!id.instanceId.empty()) {
+    return FilterConfigStoreObjects(ListOf(GetInternal(id, connection, schema)), filter);
+  }
+  const int upgradeContext = GetUpgradeCtx();
+  const RowMapList rows = ReadRowMaps(connection, GET_INSTANCES.Text(), id);
+  return FilterConfigStoreObjects(
+      ObjectsOf(rows, id,
+                [&](const RowMap& row, const ConfigStoreObjectId& instance) {
+                  return MergeLayers(row, instance, schema,
+                                     MakeUserObject(row, instance, schema, upgradeContext));
+                }),
+      filter);
+}
+
+std::vector<ObjectHandle> GetCurrentConfigInstancesInternal(
+    const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection,
+    const SchemaHandle& schema) {
+  if (!id.instanceId.empty()) {
+    return ListOf(GetCurrentConfigInternal(id, connection, schema));
+  }
+  return ObjectsOf(ReadRowMaps(connection, GET_INSTANCES.Text(), id), id,
+                   [&](const RowMap& row, const ConfigStoreObjectId& instance) {
+                     return MergeUserAndAutomatic(row, instance, schema);
+                   });
+}
+
+ObjectHandle GetConfigByBootAndContext(const ConfigStoreObjectId& id, const SchemaHandle& schema,
+                                       const USERDATA_CONTEXT& context,
+                                       const DBStore::ConnectionHandle& connection) {
+  const int upgradeContext = GetUpgradeCtx();
+  bool pendingVisible = true;
+  if (upgradeContext == 0) {
+    pendingVisible = IsBootInternal(connection);
+    if (pendingVisible) {
+      pendingVisible = context == EXTERNAL && schema->IsBootAccessible();
+    }
+  }
+  const RowMap row = ReadRowMap(connection, READ_TABLE_CONFIG, id);
+  if (context != EXTERNAL) {
+    return MakeObjectFromRow(row, "AutoConfValue", id, schema);
+  }
+  return MergeLayers(row, id, schema,
+                     pendingVisible ? MakeUserObject(row, id, schema, upgradeContext)
+                                    : MakeConfirmedUserObject(row, id, schema));
+}
+
+std::vector<ObjectHandle> GetBulkConfigInternal(const std::string& component,
+                                                const std::string& group) {
+  const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
+  const std::string_view sql = group.empty() ? READ_COMPONENT : READ_GROUP;
+  DBStore::StatementHandle statement =
+      DBStore::internal::Prepare(connection, sql, DBStore::kWaitLimit);
+  int index = 1;
+  const bool bound =
+      (group.empty() || DBStore::internal::Bind(connection, statement, index, group, false) == 0) &&
+      DBStore::internal::Bind(connection, statement, index, component, false) == 0;
+  RowMapList rows;
+  if (!bound || DBStore::ExecuteStmt(connection, statement, AppendRowMap, &rows,
+                                     DBStore::kWaitLimit) == kReadFailed) {
+    ThrowFailure("Get all keys failed");
+  }
+  statement.reset();
+
+  const auto cache = TarnSchemaStore::SchemaStore::GetCache();
+  std::vector<ObjectHandle> objects;
+  for (const std::shared_ptr<RowMap>& row : rows) {
+    const ConfigStoreObjectId id(std::string(row->Text("Name")),
+                                 group.empty() ? std::string(row->Text("ConfigGroup")) : group,
+                                 component, std::string(row->Text("Identifier")));
+    const SchemaHandle schema = FindSchema(cache, id);
+    if (!schema) {
+      CSLogger::Log(1, "Skipped, its type is not installed: %s", id.toString().c_str());
+      continue;
+    }
+    if (ObjectHandle object =
+            MergeLayers(*row, id, schema, MakeConfirmedUserObject(*row, id, schema))) {
+      objects.push_back(std::move(object));
+    }
+  }
+  return objects;
+}
+
+RowMapList GetStoreContentsInternalST(std::string_view valueExpression,
+                                      const DBStore::ConnectionHandle& connection,
+                                      bool includeUnconfirmed) {
+  const std::string sql =
+      Str_Asprintf(includeUnconfirmed ? READ_CONTENTS : READ_CONFIRMED_CONTENTS, {valueExpression});
+  const DBStore::StatementHandle statement =
+      DBStore::internal::Prepare(connection, sql, DBStore::kWaitLimit);
+  RowMapList rows;
+  if (DBStore::ExecuteStmt(connection, statement, AppendRowMap, &rows, DBStore::kWaitLimit) ==
+      kReadFailed) {
+    ThrowFailure("Get store rows failed.");
+  }
+  return rows;
+}
+
+RowMapList GetUserConfigContents(const DBStore::ConnectionHandle& connection) {
+  return GetStoreContentsInternalST("UserValue", connection, false);
+}
+
+void UpdateConfigTypeMap(ConfigTypeMap& map, const ObjectHandle& object) {
+  const ConfigStoreObjectId& id = object->GetConfigStoreObjectId();
+  map[id.key][id.instanceId] = object;
+}
+
+}  // namespace TarnConfigStore

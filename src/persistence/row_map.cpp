@@ -1,0 +1,95 @@
+#include "persistence/row_map.h"
+
+#include "errors/raise.h"
+#include "persistence/statements.h"
+
+#include <cstring>
+
+namespace TarnConfigStore {
+namespace {
+
+// Readers take every status but this one for an answer.
+constexpr int kReadFailed = 1;
+
+}  // namespace
+
+std::optional<std::string_view> RowMap::Find(std::string_view column) const {
+  for (const Column& candidate : columns_) {
+    if (Name(candidate) == column) {
+      return std::string_view(text_).substr(candidate.value, candidate.valueLength);
+    }
+  }
+  return std::nullopt;
+}
+
+void RowMap::Put(int count, const char* const* values, const char* const* names) {
+  std::size_t total = text_.size();
+  for (int i = 0; i < count; ++i) {
+    if (values[i] != nullptr) {
+      total += std::strlen(names[i]) + std::strlen(values[i]) + 1;
+    }
+  }
+  text_.reserve(total);
+  columns_.reserve(columns_.size() + static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) {
+    if (values[i] == nullptr) {
+      continue;
+    }
+    Column* column = nullptr;
+    const std::string_view name = names[i];
+    for (Column& existing : columns_) {
+      if (Name(existing) == name) {
+        column = &existing;
+      }
+    }
+    if (column == nullptr) {
+      column = &columns_.emplace_back();
+      column->name = static_cast<std::uint32_t>(text_.size());
+      column->nameLength = static_cast<std::uint32_t>(name.size());
+      text_ += name;
+    }
+    const std::string_view value = values[i];
+    column->value = static_cast<std::uint32_t>(text_.size());
+    column->valueLength = static_cast<std::uint32_t>(value.size());
+    text_ += value;
+    text_ += '\0';
+  }
+}
+
+int CollectRowMap(void* rowMap, int count, char** values, char** names) {
+  static_cast<RowMap*>(rowMap)->Put(count, values, names);
+  return 0;
+}
+
+int AppendRowMap(void* rowMapList, int count, char** values, char** names) {
+  auto row = std::make_shared<RowMap>();
+  row->Put(count, values, names);
+  static_cast<RowMapList*>(rowMapList)->push_back(std::move(row));
+  return 0;
+}
+
+RowMapList ReadRowMaps(const DBStore::ConnectionHandle& connection, std::string_view statement,
+                       const ConfigStoreObjectId& id) {
+  RowMapList rows;
+  const DBStore::StatementHandle handle =
+      TypeStatement::PrepareAndBind(connection, statement, id.key, id.group, id.component);
+  if (DBStore::ExecuteStmt(connection, handle, AppendRowMap, &rows, DBStore::kWaitLimit) ==
+      kReadFailed) {
+    ThrowFailure("Read Instances failed for: " + id.toString());
+  }
+  return rows;
+}
+
+RowMap ReadRowMap(const DBStore::ConnectionHandle& connection, const InstanceStatement& statement,
+                  const ConfigStoreObjectId& id) {
+  RowMap row;
+  const DBStore::StatementHandle handle =
+      statement.PrepareAndBind(connection, id.key, id.group, id.component, id.instanceId);
+  if (DBStore::ExecuteStmt(connection, handle, CollectRowMap, &row, DBStore::kWaitLimit) ==
+      kReadFailed) {
+    ThrowFailure("Get failed: " + id.toString());
+  }
+  return row;
+}
+
+}  // namespace TarnConfigStore

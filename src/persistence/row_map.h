@@ -1,0 +1,66 @@
+// Result rows as maps from column name to text.
+#pragma once
+
+#include "tarnconfigstore/object_id.h"
+
+#include "platform/db_store.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace TarnConfigStore {
+
+/// One result row: the columns that are not NULL. Names and values stand one after the other in one
+/// block of memory, each value ended by a NUL; rows have a dozen columns, so finding one is a walk.
+class RowMap {
+ public:
+  /// The column's text; nothing when it was NULL or is not part of the row.
+  std::optional<std::string_view> Find(std::string_view column) const;
+  /// The column's text, or an empty one.
+  std::string_view Text(std::string_view column) const { return Find(column).value_or(""); }
+  bool Empty() const { return columns_.empty(); }
+
+  /// Puts a whole row in, over what is there already.
+  void Put(int count, const char* const* values, const char* const* names);
+
+ private:
+  struct Column {
+    std::uint32_t name;
+    std::uint32_t nameLength;
+    std::uint32_t value;
+    std::uint32_t valueLength;
+  };
+  std::string_view Name(const Column& column) const {
+    return std::string_view(text_).substr(column.name, column.nameLength);
+  }
+
+  std::vector<Column> columns_;
+  std::string text_;
+};
+
+/// The rows of a result, in the database's order.
+using RowMapList = std::vector<std::shared_ptr<RowMap>>;
+
+/// Row callbacks for DBStore::ExecuteStmt. The first puts each row into a RowMap, later rows over
+/// earlier ones; the second appends each row to a RowMapList.
+int CollectRowMap(void* rowMap, int count, char** values, char** names);
+int AppendRowMap(void* rowMapList, int count, char** values, char** names);
+
+/// All rows of a statement whose three parameters are an identifier's key, group and component.
+/// Raises ConfigStoreException 2000 "Read Instances failed for: IDENTIFIER".
+RowMapList ReadRowMaps(const DBStore::ConnectionHandle& connection, std::string_view statement,
+                       const ConfigStoreObjectId& id);
+
+/// The row of a statement whose four parameters are an identifier's key, group, component and
+/// instance id; an empty map when there is none. Raises ConfigStoreException 2000 "Get failed:
+/// IDENTIFIER".
+RowMap ReadRowMap(const DBStore::ConnectionHandle& connection,
+                  const DBStore::SqlStatement<std::string_view, std::string_view, std::string_view,
+                                              std::string_view>& statement,
+                  const ConfigStoreObjectId& id);
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,60 @@
+#include "persistence/row_objects.h"
+
+#include "platform/logger.h"
+
+#include "errors/raise.h"
+#include "objects/config_store_object_impl.h"
+#include "objects/document.h"
+
+#include <cstdlib>
+
+namespace TarnConfigStore {
+namespace {
+
+const ConfigStoreObjectId& NoParent() {
+  static const ConfigStoreObjectId& none = *new ConfigStoreObjectId("", "", "");
+  return none;
+}
+
+int Number(std::string_view text) {
+  constexpr int kDecimal = 10;
+  // Values in a row map end with a NUL.
+  return text.empty() ? 0 : static_cast<int>(std::strtol(text.data(), nullptr, kDecimal));
+}
+
+}  // namespace
+
+ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
+                               const ConfigStoreObjectId& id, const SchemaHandle& schema) {
+  const auto text = row.Find(column);
+  if (!text) {
+    return nullptr;
+  }
+  auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text->size()));
+  if (const Json::ParseResult result = document->Parse(*text, Json::Duplicates::ALLOW); !result) {
+    CSLogger::Log(0, "%.*s of %s is not valid JSON at byte %zu: %s",
+                  static_cast<int>(column.size()), column.data(), id.toString().c_str(),
+                  result.offset, result.message.c_str());
+    ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);
+  }
+  return std::make_shared<ConfigStoreObject>(std::make_shared<ConfigStoreObjectImpl>(
+      id, NoParent(), std::nullopt, document, schema, std::string(row.Text("Version")),
+      std::string(row.Text("CreationTime")), std::string(row.Text("ModifiedTime")),
+      Number(row.Text("Revision")), true, nullptr, nullptr));
+}
+
+ObjectHandle MakeConfirmedUserObject(const RowMap& row, const ConfigStoreObjectId& id,
+                                     const SchemaHandle& schema) {
+  return row.Text("Success") == "1" ? MakeObjectFromRow(row, "UserValue", id, schema) : nullptr;
+}
+
+ObjectHandle MakeUserObject(const RowMap& row, const ConfigStoreObjectId& id,
+                            const SchemaHandle& schema, int upgradeContext) {
+  if (upgradeContext == 0) {
+    return MakeConfirmedUserObject(row, id, schema);
+  }
+  return MakeObjectFromRow(row, row.Find("DesiredValue") ? "DesiredValue" : "UserValue", id,
+                           schema);
+}
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,120 @@
+#include "store/config_store_impl.h"
+
+#include "errors/raise.h"
+#include "persistence/connection.h"
+#include "store/not_available.h"
+
+#include <utility>
+
+namespace TarnConfigStore {
+namespace {
+
+// The database layer's answer that it will not cancel a nested transaction.
+constexpr int kNestedCancelRefused = 1;
+
+}  // namespace
+
+ConfigStore::~ConfigStore() = default;
+
+std::shared_ptr<ConfigStore> ConfigStore::GetStore(const std::string& storeNamespace) {
+  if (storeNamespace != sGlobalNamespace) {
+    throw InvalidArgumentException(CS_GENERIC, "Invalid value for namespace.");
+  }
+  return std::make_shared<ConfigStoreImpl>(GetDBStore(DBStore::Type::CURRENT_STORE, true));
+}
+
+ConfigStoreImpl::ConfigStoreImpl(DBStore::ConnectionHandle connection)
+    : connection_(std::move(connection)) {}
+
+ConfigStoreImpl::~ConfigStoreImpl() = default;
+
+int ConfigStoreImpl::BeginTransaction() {
+  return DBStore::BeginTransaction(connection_);
+}
+
+int ConfigStoreImpl::CommitTransaction() {
+  if (DBStore::CommitTransaction(connection_) != 0) {
+    ThrowFailure("Commit transaction failed.");
+  }
+  return 0;
+}
+
+int ConfigStoreImpl::CancelTransaction() noexcept {
+  const int status = DBStore::CancelTransaction(connection_);
+  if (status == kNestedCancelRefused) {
+    // Leaves a function that does not throw, which ends the process: the outer commit would make
+    // durable what the caller meant to undo.
+    ThrowFailure("Failed to cancel nested transaction");
+  }
+  return status;
+}
+
+std::shared_ptr<NextBootStore> ConfigStoreImpl::GetNextBootStore() {
+  ThrowNotAvailable("GetNextBootStore");
+}
+
+std::shared_ptr<ConfigStoreObject> ConfigStoreImpl::GetDefaultConfig(const ConfigStoreObjectId&) {
+  ThrowNotAvailable("GetDefaultConfig");
+}
+
+std::vector<std::shared_ptr<ConfigStoreObject>> ConfigStoreImpl::GetDefaultConfigInstances(
+    const std::shared_ptr<FilterSpecObject>&) {
+  ThrowNotAvailable("GetDefaultConfigInstances");
+}
+
+std::list<std::string> ConfigStoreImpl::GetInstanceIds(const ConfigStoreObjectId&) {
+  ThrowNotAvailable("GetInstanceIds");
+}
+
+void ConfigStoreImpl::SetUserData(std::shared_ptr<ConfigStoreObject>, const USERDATA_CONTEXT&) {
+  ThrowNotAvailable("SetUserData");
+}
+
+void ConfigStoreImpl::SetVitalData(std::shared_ptr<ConfigStoreObject>) {
+  ThrowNotAvailable("SetVitalData");
+}
+
+void ConfigStoreImpl::SetCachedData(std::shared_ptr<ConfigStoreObject>) {
+  ThrowNotAvailable("SetCachedData");
+}
+
+void ConfigStoreImpl::Update(std::shared_ptr<ConfigStoreObject>, const USERDATA_CONTEXT&) {
+  ThrowNotAvailable("Update");
+}
+
+void ConfigStoreImpl::Delete(const ConfigStoreObjectId&) {
+  ThrowNotAvailable("Delete");
+}
+
+void ConfigStoreImpl::DeleteInstances(const std::shared_ptr<FilterSpecObject>&) {
+  ThrowNotAvailable("DeleteInstances");
+}
+
+void ConfigStoreImpl::SetInstances(std::vector<std::shared_ptr<ConfigStoreObject>>,
+                                   const USERDATA_CONTEXT&) {
+  ThrowNotAvailable("SetInstances");
+}
+
+void ConfigStoreImpl::SetUserDataInstances(std::vector<std::shared_ptr<ConfigStoreObject>>,
+                                           const USERDATA_CONTEXT&) {
+  ThrowNotAvailable("SetUserDataInstances");
+}
+
+void ConfigStoreImpl::SetCachedDataInstances(std::vector<std::shared_ptr<ConfigStoreObject>>) {
+  ThrowNotAvailable("SetCachedDataInstances");
+}
+
+void ConfigStoreImpl::SetVitalDataInstances(std::vector<std::shared_ptr<ConfigStoreObject>>) {
+  ThrowNotAvailable("SetVitalDataInstances");
+}
+
+std::list<std::pair<std::string, std::int32_t>> ConfigStoreImpl::GetInstancesRevision(
+    const ConfigStoreObjectId&) {
+  ThrowNotAvailable("GetInstancesRevision");
+}
+
+std::vector<ErrorInfo> ConfigStoreImpl::Validate(std::shared_ptr<ConfigStoreObject>) {
+  ThrowNotAvailable("Validate");
+}
+
+}  // namespace TarnConfigStore

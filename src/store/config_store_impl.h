@@ -1,0 +1,51 @@
+// The store of current configuration.
+#pragma once
+
+#include "tarnconfigstore/config_store.h"
+
+#include "platform/db_store.h"
+
+namespace TarnConfigStore {
+
+/// Contracts as for ConfigStore. Holds nothing but its connection: every operation goes to the
+/// database.
+class ConfigStoreImpl final : public ConfigStore {
+ public:
+  explicit ConfigStoreImpl(DBStore::ConnectionHandle connection);
+
+  std::shared_ptr<NextBootStore> GetNextBootStore() override;
+  std::shared_ptr<ConfigStoreObject> Get(const ConfigStoreObjectId& csoId) override;
+  std::shared_ptr<ConfigStoreObject> GetDefaultConfig(const ConfigStoreObjectId& csoId) override;
+  std::vector<std::shared_ptr<ConfigStoreObject>> GetDefaultConfigInstances(
+      const std::shared_ptr<FilterSpecObject>& filter) override;
+  std::list<std::string> GetInstanceIds(const ConfigStoreObjectId& csoId) override;
+  void Set(std::shared_ptr<ConfigStoreObject> object, const USERDATA_CONTEXT& context) override;
+  void SetUserData(std::shared_ptr<ConfigStoreObject> object,
+                   const USERDATA_CONTEXT& context) override;
+  void SetVitalData(std::shared_ptr<ConfigStoreObject> object) override;
+  void SetCachedData(std::shared_ptr<ConfigStoreObject> object) override;
+  void Update(std::shared_ptr<ConfigStoreObject> object, const USERDATA_CONTEXT& context) override;
+  void Delete(const ConfigStoreObjectId& csoId) override;
+  void DeleteInstances(const std::shared_ptr<FilterSpecObject>& filter) override;
+  std::vector<std::shared_ptr<ConfigStoreObject>> GetInstances(
+      const std::shared_ptr<FilterSpecObject>& filter) override;
+  void SetInstances(std::vector<std::shared_ptr<ConfigStoreObject>> objects,
+                    const USERDATA_CONTEXT& context) override;
+  void SetUserDataInstances(std::vector<std::shared_ptr<ConfigStoreObject>> objects,
+                            const USERDATA_CONTEXT& context) override;
+  void SetCachedDataInstances(std::vector<std::shared_ptr<ConfigStoreObject>> objects) override;
+  void SetVitalDataInstances(std::vector<std::shared_ptr<ConfigStoreObject>> objects) override;
+  std::int32_t GetRevision(const ConfigStoreObjectId& csoId) override;
+  std::list<std::pair<std::string, std::int32_t>> GetInstancesRevision(
+      const ConfigStoreObjectId& csoId) override;
+  int BeginTransaction() override;
+  int CommitTransaction() override;
+  int CancelTransaction() noexcept override;
+  std::vector<ErrorInfo> Validate(std::shared_ptr<ConfigStoreObject> object) override;
+  ~ConfigStoreImpl() override;
+
+ private:
+  DBStore::ConnectionHandle connection_;
+};
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,41 @@
+#include "objects/schema_lookup.h"
+#include "persistence/read_current.h"
+#include "persistence/revision.h"
+#include "store/config_store_impl.h"
+#include "store/trace.h"
+#include "validation/guards.h"
+
+namespace TarnConfigStore {
+namespace {
+
+constexpr int kRead = 4;
+
+}  // namespace
+
+std::shared_ptr<ConfigStoreObject> ConfigStoreImpl::Get(const ConfigStoreObjectId& csoId) {
+  LogStoreCall(kRead, "Get", csoId, EXTERNAL);
+  const SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoId(csoId, schema);
+  return GetInternal(csoId, connection_, schema);
+}
+
+std::vector<std::shared_ptr<ConfigStoreObject>> ConfigStoreImpl::GetInstances(
+    const std::shared_ptr<FilterSpecObject>& filter) {
+  if (IsNull(filter, "GetInstances")) {
+    return {};
+  }
+  const ConfigStoreObjectId& id = filter->GetConfigStoreObjectId();
+  LogStoreCall(kRead, "GetInstances", id, EXTERNAL);
+  const SchemaHandle schema = FindSchema(id);
+  ValidateCsoIdInstances(filter, schema);
+  return GetConfigInstancesInternal(filter, connection_, schema);
+}
+
+std::int32_t ConfigStoreImpl::GetRevision(const ConfigStoreObjectId& csoId) {
+  LogStoreCall(kRead, "GetRevision", csoId, EXTERNAL);
+  const SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoId(csoId, schema);
+  return GetRevisionInternal(csoId, connection_);
+}
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,97 @@
+#include "validation/cleanup.h"
+
+#include "platform/logger.h"
+
+#include "objects/config_store_object_impl.h"
+#include "objects/schema_node.h"
+
+#include <string>
+
+namespace TarnConfigStore {
+namespace {
+
+constexpr int kNotable = 2;
+
+bool IsEmptyContent(const Json::Value& value) {
+  return (value.IsObject() && value.ObjectEmpty()) || (value.IsArray() && value.Empty());
+}
+
+void RemoveLoneInstanceId(Json::Value& object, SchemaNode schema) {
+  const std::string_view idMember = schema.InstanceIdMember();
+  if (!idMember.empty() && object.MemberCount() == 1 &&
+      Json::Text(object.MemberBegin()->name) == idMember) {
+    CSLogger::Log(kNotable, "Erasing instance id %s, nothing else is left",
+                  std::string(idMember).c_str());
+    object.RemoveAllMembers();
+  }
+}
+
+// Answers whether anything was removed.
+bool Clean(Json::Value& value, SchemaNode schema);
+
+bool CleanMembers(Json::Value& object, SchemaNode schema) {
+  bool removed = false;
+  for (auto member = object.MemberBegin(); member != object.MemberEnd();) {
+    const SchemaNode property = schema.Property(Json::Text(member->name));
+    const bool cleaned = property.Tag() == DataPart::USER && Clean(member->value, property);
+    removed = removed || cleaned;
+    if (property.Tag() == DataPart::USER && IsEmptyContent(member->value)) {
+      CSLogger::Log(kNotable, "Erasing empty object prop %s", member->name.GetString());
+      member = object.EraseMember(member);
+      removed = true;
+    } else {
+      ++member;
+    }
+  }
+  return removed;
+}
+
+bool CleanElements(Json::Value& array, SchemaNode items) {
+  bool removed = false;
+  if (items.Tag() != DataPart::USER) {
+    return removed;
+  }
+  for (auto element = array.Begin(); element != array.End();) {
+    if (Clean(*element, items) && element->IsObject()) {
+      RemoveLoneInstanceId(*element, items);
+      removed = true;
+    }
+    if (IsEmptyContent(*element)) {
+      CSLogger::Log(kNotable, "Erasing empty array element %zu",
+                    static_cast<std::size_t>(element - array.Begin()));
+      element = array.Erase(element);
+      removed = true;
+    } else {
+      ++element;
+    }
+  }
+  return removed;
+}
+
+bool Clean(Json::Value& value, SchemaNode schema) {
+  if (value.IsObject()) {
+    return CleanMembers(value, schema);
+  }
+  return value.IsArray() && CleanElements(value, schema.Items());
+}
+
+}  // namespace
+
+void CleanupObject(const ObjectHandle& object, const SchemaHandle& schema) {
+  switch (schema->GetConfigType()) {
+    case TarnSchemaStore::CONFIG_VITAL:
+    case TarnSchemaStore::CONFIG_CACHED:
+    case TarnSchemaStore::CONFIG_VITAL_AND_CACHED:
+      return;
+    default:
+      break;
+  }
+  Json::Value& root = object->GetImplementation()->GetRoot();
+  if (root.IsObject()) {
+    const SchemaNode node(schema->GetSchemaDocument());
+    Clean(root, node);
+    RemoveLoneInstanceId(root, node);
+  }
+}
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,112 @@
+#include "validation/guards.h"
+
+#include "platform/error_messages.h"
+#include "platform/logger.h"
+#include "platform/upgrade_context.h"
+
+#include "errors/raise.h"
+
+namespace TarnConfigStore {
+namespace {
+
+constexpr const char* kInstanceIdMissing = "Non-Singleton object should contain instanceId";
+
+template <class Handle>
+bool LogIfNull(const Handle& handle, const char* name) noexcept {
+  if (handle) {
+    return false;
+  }
+  CSLogger::Log(1, "[%d] %s: %s", CS_NULL_ARGUMENT, name, ErrorMessageForId(CS_NULL_ARGUMENT));
+  return true;
+}
+
+}  // namespace
+
+void checkUserContext(bool booting, const USERDATA_CONTEXT& context) {
+  if (booting && context == EXTERNAL && GetUpgradeCtx() == 0) {
+    ThrowRefusal("API cannot be invoked with EXTERNAL context during boot");
+  }
+}
+
+void validateInstanceId(const ConfigStoreObjectId& id) {
+  if (id.instanceId.empty()) {
+    ThrowRefusal(kInstanceIdMissing);
+  }
+}
+
+void validateSingletonNonSingleton(const ConfigStoreObjectId& id, const SchemaHandle& schema) {
+  if (schema->IsNonSingleton()) {
+    validateInstanceId(id);
+  } else if (!id.instanceId.empty()) {
+    ThrowRefusal("Singleton object cannot contain instanceId");
+  }
+}
+
+void validateSingletonNonSingleton(const ObjectHandle& object, const SchemaHandle& schema) {
+  validateSingletonNonSingleton(object->GetConfigStoreObjectId(), schema);
+}
+
+void ValidateRebootRequiredConfig(const SchemaHandle& schema) {
+  if (!schema->IsRebootRequired()) {
+    ThrowRefusal(
+        "API should only be invoked for configurations tagged @rebootRequiredConfigStore.");
+  }
+}
+
+void ValidateEmptyObject(const ObjectHandle& object) {
+  if (object->IsEmpty()) {
+    ThrowRefusal(
+        "Empty object cannot be set for configurations tagged @rebootRequiredConfigStore.");
+  }
+}
+
+void ValidateKernelOptionsCsoId(const ConfigStoreObjectId& id) {
+  if (id.component != kDefaultComponent || id.group != "tkernel" || id.key != "options") {
+    ThrowRefusal("API should only be invoked for Kernel options configuration.");
+  }
+}
+
+void CheckSchema(const ConfigStoreObjectId& id, const SchemaHandle& schema) {
+  if (!schema) {
+    ThrowException<ConfigStoreException>(CS_SCHEMA_NOT_FOUND, id.toString());
+  }
+}
+
+void ValidateCsoId(const ConfigStoreObjectId& id, const SchemaHandle& schema) {
+  CheckSchema(id, schema);
+  validateSingletonNonSingleton(id, schema);
+}
+
+void ValidateCsoId(const ObjectHandle& object, const SchemaHandle& schema) {
+  ValidateCsoId(object->GetConfigStoreObjectId(), schema);
+}
+
+void ValidateCsoIdInstances(const ConfigStoreObjectId& id, const SchemaHandle& schema) {
+  CheckSchema(id, schema);
+  if (!schema->IsNonSingleton()) {
+    ThrowRefusal("API called for singleton object, non-singleton expected");
+  }
+}
+
+void ValidateCsoIdInstances(const FilterHandle& filter, const SchemaHandle& schema) {
+  ValidateCsoIdInstances(filter->GetConfigStoreObjectId(), schema);
+}
+
+bool IsNull(const ObjectHandle& object, const char* name) noexcept {
+  return LogIfNull(object, name);
+}
+
+bool IsNull(const FilterHandle& filter, const char* name) noexcept {
+  return LogIfNull(filter, name);
+}
+
+bool ObjIsEmpty(const ObjectHandle& object, const char* caller) {
+  if (!object->IsEmpty()) {
+    return false;
+  }
+  CSLogger::Log(1, "%s, Configuration object for %s is empty, will not be persisted in the db",
+                caller, object->GetConfigStoreObjectId().toString().c_str());
+  return true;
+}
+
+}  // namespace TarnConfigStore
