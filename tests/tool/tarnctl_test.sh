@@ -122,7 +122,7 @@ expect 3 "" "no object $resolver is stored" revision $resolver
 expect 3 "" "tarn" get tarn/no/type
 expect 3 "" "tarn" set tarn/no/type a=1
 expect 0 "" "" set $resolver 'servers=["10.0.0.1"]' timeout=9 lease.server=10.0.0.7
-expect 0 '={"servers":["10.0.0.1"],"timeout":9,"lease":{"server":"10.0.0.7"}}' "" get $resolver
+expect 0 '={"lease":{"server":"10.0.0.7"},"servers":["10.0.0.1"],"timeout":9}' "" get $resolver
 expect 0 "=10.0.0.7" "" get $resolver lease.server
 expect 0 '="10.0.0.7"' "" get $resolver lease.server --json
 expect 0 '=["10.0.0.1"]' "" get $resolver servers
@@ -235,7 +235,8 @@ expect 0 "" "" kv set list "-5 init"
 expect 0 "=-5init" "" kv get list
 expect 0 '="-5init"' "" --json kv get list
 expect 0 "=" "" kv get absent
-expect 0 "=[]" "<4>" --log 4 list nobody
+expect 0 "=x" "<4>" --log 4 get $values text
+expect 0 "=x" "" --log 3 get $values text
 expect 1 "" "test/tool/values" schema remove $values
 expect 0 "" "" schema remove --force $values
 expect 3 "" "values" schema remove $values
