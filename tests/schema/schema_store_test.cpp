@@ -1,5 +1,6 @@
 #include "platform/schema_store.h"
 
+#include "platform/db_store.h"
 #include "platform/db_testing.h"
 #include "platform/store_error.h"
 
@@ -194,10 +195,21 @@ TEST(SchemaStore, ThreadsShareOneObjectWhileTypesChange) {
 TEST(SchemaStore, ChildOfABusyProcessCanReadTypes) {
   const TemporaryHost host;
   KeepType("one", kAnySchema);
+  ASSERT_EQ(VersionOf("one"), "1.0");
+  // After the schema store: the handlers of a fork run in the order opposite to that of the first
+  // uses.
+  ASSERT_NE(DBStore::GetConnection(DBStore::Type::CURRENT_STORE, true), nullptr);
   std::atomic<bool> stop = false;
   std::thread reader([&] {
     while (!stop) {
       ASSERT_EQ(VersionOf("one"), "1.0");
+    }
+  });
+  std::thread writer([&] {
+    while (!stop) {
+      KeepType("other", kAnySchema);
+      // Readers get no turn beside a writer that never rests.
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
   });
   for (int i = 0; i < 20; ++i) {
@@ -212,6 +224,7 @@ TEST(SchemaStore, ChildOfABusyProcessCanReadTypes) {
   }
   stop = true;
   reader.join();
+  writer.join();
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "platform/schema_store.h"
 
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -78,7 +79,8 @@ std::vector<KeptType> ReadAll();
 std::optional<KeptType> Read(const TarnSchemaStore::TypeName& name);
 
 /// Changes the kept types in one transaction: others write only when it is over, and see nothing of
-/// it before Commit. Without a Commit, or when one fails, everything is as it was.
+/// it before Commit. Without a Commit, or when one fails, everything is as it was. A thread has one
+/// of these at a time, and calls neither Read nor ReadAll beside it.
 class TypeWriter {
  public:
   /// Waits for other writers up to the wait limit of the database layer.
@@ -94,6 +96,7 @@ class TypeWriter {
   void Commit();
 
  private:
+  std::unique_lock<std::mutex> lock_;
   std::unique_ptr<TarnSchemaStore::SchemaDatabase> database_;
 };
 

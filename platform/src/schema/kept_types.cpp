@@ -2,25 +2,30 @@
 
 #include "schema/loaded_type.h"
 #include "schema/schema_database.h"
+#include "schema/schema_locks.h"
 
 namespace TypeFiles {
 
 using TarnSchemaStore::SchemaDatabase;
+using TarnSchemaStore::SchemaLocks;
 
 std::shared_ptr<TarnSchemaStore::SchemaObject> Load(const KeptType& type) {
   return TarnSchemaStore::LoadedType::FromText(type.name, type.text);
 }
 
 std::vector<KeptType> ReadAll() {
+  const std::lock_guard lock(SchemaLocks::Get().administration);
   return SchemaDatabase(SchemaDatabase::Access::READ).ReadAllTypes();
 }
 
 std::optional<KeptType> Read(const TarnSchemaStore::TypeName& name) {
+  const std::lock_guard lock(SchemaLocks::Get().administration);
   return SchemaDatabase(SchemaDatabase::Access::READ).ReadType(name);
 }
 
 TypeWriter::TypeWriter()
-    : database_(std::make_unique<SchemaDatabase>(SchemaDatabase::Access::WRITE)) {
+    : lock_(SchemaLocks::Get().administration),
+      database_(std::make_unique<SchemaDatabase>(SchemaDatabase::Access::WRITE)) {
   database_->Begin();
 }
 

@@ -1,5 +1,7 @@
 #include "schema/schema_locks.h"
 
+#include "db/connection_pool.h"
+
 #include <pthread.h>
 
 namespace TarnSchemaStore {
@@ -7,6 +9,7 @@ namespace {
 
 void LockAll() {
   SchemaLocks& locks = SchemaLocks::Get();
+  locks.administration.lock();
   locks.database.lock();
   locks.current.lock();
   locks.types.lock();
@@ -17,6 +20,7 @@ void UnlockAll() {
   locks.types.unlock();
   locks.current.unlock();
   locks.database.unlock();
+  locks.administration.unlock();
 }
 
 }  // namespace
@@ -25,6 +29,9 @@ SchemaLocks& SchemaLocks::Get() {
   // Never destroyed: other threads may still ask for types while the process exits.
   static SchemaLocks& locks = *[] {
     auto* made = new SchemaLocks;
+    // The handlers that come last run first. Whoever holds one of these locks may be about to enter
+    // the database layer, so a fork has to wait for them before that layer closes its doors.
+    DBStore::internal::ConnectionPool::Instance();
     pthread_atfork(LockAll, UnlockAll, UnlockAll);
     return made;
   }();

@@ -6,13 +6,13 @@
 namespace TarnSchemaStore {
 
 /// Taken in the order of their declaration. A fork waits for them, so that the child never finds
-/// one held by a thread that it does not have, nor a database half open. The last two are held for
-/// a look-up only; they are plain because a lock for reading and writing cannot be released by the
-/// child of a fork.
+/// one held by a thread that it does not have, nor a database half open. They are plain because no
+/// other lock can be released by the child of a fork.
 struct SchemaLocks {
-  std::mutex database;  ///< held while the schema store is read
-  std::mutex current;   ///< guards which InstalledTypes is the current one
-  std::mutex types;     ///< guards what the InstalledTypes hold
+  std::mutex administration;  ///< held while the schema store is written, or read as a whole
+  std::mutex database;        ///< held while types are read for use
+  std::mutex current;         ///< for a look-up: guards which InstalledTypes is the current one
+  std::mutex types;           ///< for a look-up: guards what the InstalledTypes hold
 
   static SchemaLocks& Get();
 };
