@@ -1,6 +1,7 @@
 #include "tarnconfigstore/type_administration.h"
 
 #include "admin/type_folder.h"
+#include "persistence/statements.h"
 #include "support/database.h"
 #include "support/raised.h"
 
@@ -69,6 +70,16 @@ TEST_F(InstalledTypesTest, TypeWithStoredObjectsIsRemovedByForceOnly) {
   EXPECT_THAT(Count("DefaultConfig"), ElementsAre("0"));
   EXPECT_THAT(Count("Config"), ElementsAre("3"));
   EXPECT_THAT(Raised([] { RemoveType("tarn", "test", "a", true); }), StartsWith("CSE 1037 "));
+}
+
+TEST_F(InstalledTypesTest, StatementsWalkTheKeysIndex) {
+  for (const std::string_view statement :
+       {READ_DEFAULT_INSTANCES, DELETE_DEFAULT_INSTANCES, COUNT_STORED_INSTANCES}) {
+    EXPECT_THAT(
+        Database(host_).Run("EXPLAIN QUERY PLAN " + std::string(statement)),
+        ElementsAre(HasSubstr("USING PRIMARY KEY (Component=? AND ConfigGroup=? AND Name=?)")))
+        << statement;
+  }
 }
 
 }  // namespace
