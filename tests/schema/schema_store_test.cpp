@@ -4,6 +4,7 @@
 #include "platform/db_testing.h"
 #include "platform/store_error.h"
 
+#include "schema/file_stamp.h"
 #include "schema/keep_type.h"
 #include "support/temporary_host.h"
 
@@ -83,6 +84,21 @@ TEST(SchemaStore, EveryChangeIsSeenAtTheNextLook) {
     KeepType("busy", kAnySchema, std::to_string(version));
     ASSERT_EQ(VersionOf("busy"), std::to_string(version));
   }
+}
+
+TEST(SchemaStore, StampSpeaksForTheFutureOnlyWhenTheFileWasAtRest) {
+  constexpr std::int64_t kSecond = 1'000'000'000;
+  const auto stamp = [](std::int64_t modified, std::int64_t changed) {
+    return FileStamp{1, 2, 3, modified, changed};
+  };
+  const std::int64_t taken = 100 * kSecond;
+  EXPECT_FALSE(MayHideChanges(stamp(99 * kSecond, 98 * kSecond), taken));
+  EXPECT_TRUE(MayHideChanges(stamp(taken - kSecond / 20, 0), taken));
+  EXPECT_TRUE(MayHideChanges(stamp(0, taken - kSecond / 20), taken));
+  EXPECT_TRUE(MayHideChanges(stamp(taken + kSecond / 20, 0), taken));
+  // The clock was set back: a write would get a time of its own.
+  EXPECT_FALSE(MayHideChanges(stamp(200 * kSecond, 200 * kSecond), taken));
+  EXPECT_FALSE(MayHideChanges(FileStamp(), taken));
 }
 
 TEST(SchemaStore, ObjectsHandedOutOutliveAChange) {

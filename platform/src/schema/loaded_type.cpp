@@ -1,6 +1,7 @@
 #include "schema/loaded_type.h"
 
 #include "schema/annotations.h"
+#include "schema/schema_locks.h"
 #include "schema/type_documents.h"
 
 #include <stdexcept>
@@ -150,12 +151,18 @@ LoadedType::LoadedType(const TypeName& name, std::string_view text)
   bootAccessible_ = Json::IsTrue(*schema_, Keyword::kBootAccessible);
   rebootRequired_ = Json::IsTrue(*schema_, Keyword::kRebootRequired);
   confirmedDuringUpgrade_ = Json::IsTrue(*schema_, Keyword::kConfirmedDuringUpgrade);
-  registration_ = std::make_unique<JsonValidator::Registration>(*schema_);
+  {
+    const std::lock_guard lock(SchemaLocks::Get().registrations);
+    registration_ = std::make_unique<JsonValidator::Registration>(*schema_);
+  }
   root_ = std::make_unique<TypeNode>(*this, name.key, *schema_, KindOf(*schema_, KIND_USER),
                                      InstanceIdMember(*schema_, *schema_));
 }
 
-LoadedType::~LoadedType() = default;
+LoadedType::~LoadedType() {
+  const std::lock_guard lock(SchemaLocks::Get().registrations);
+  registration_.reset();
+}
 
 std::shared_ptr<SchemaObject> LoadedType::Handle(const TypeNode& node) const {
   const std::shared_ptr<const LoadedType> self = shared_from_this();

@@ -13,10 +13,12 @@ void LockAll() {
   locks.database.lock();
   locks.current.lock();
   locks.types.lock();
+  locks.registrations.lock();
 }
 
 void UnlockAll() {
   SchemaLocks& locks = SchemaLocks::Get();
+  locks.registrations.unlock();
   locks.types.unlock();
   locks.current.unlock();
   locks.database.unlock();

@@ -13,6 +13,7 @@ struct SchemaLocks {
   std::mutex database;        ///< held while types are read for use
   std::mutex current;         ///< for a look-up: guards which InstalledTypes is the current one
   std::mutex types;           ///< for a look-up: guards what the InstalledTypes hold
+  std::mutex registrations;   ///< held while the validator is told of a type that comes or goes
 
   static SchemaLocks& Get();
 };
