@@ -4,5 +4,7 @@
 #include "platform/json.h"
 
 /// Gives each element of every array whose schema's items say "generatedInstanceId": true a member
-/// "cs_generated_id" with a fresh UUID, where it has none. Elements that are no objects are left alone.
-void PopulateGeneratedInstanceId(const Json::Value& schema, Json::Value& value, Json::Allocator& allocator);
+/// "cs_generated_id" with a fresh UUID, where it has none. Elements that are no objects are left
+/// alone.
+void PopulateGeneratedInstanceId(const Json::Value& schema, Json::Value& value,
+                                 Json::Allocator& allocator);
