@@ -29,24 +29,24 @@ TEST(CheckSchema, ReportsEveryMalformedKeywordWhereItStands) {
       "required": ["x", "x", 2], "allOf": [], "items": [{"maxLength": -1}, null],
       "definitions": {"unused": {"multipleOf": 0, "uniqueItems": "yes"}},
       "dependencies": {"a": ["b", 1]}, "enum": 1, "format": 2, "patternProperties": {"(": {}}})"),
-      "/type: \"text\" is not a type; the types are array, boolean, integer, null, number, "
-      "object and string\n"
-      "/required/1: \"x\" is listed twice\n"
-      "/required/2: expected the name of a member, found 2\n"
-      "/allOf: \"allOf\" has to be an array of at least one schema, found an array\n"
-      "/dependencies/a/1: expected the name of a member, found 1\n"
-      "/enum: \"enum\" has to be an array, found 1\n"
-      "/format: \"format\" has to be a text, found 2\n"
-      "/patternProperties/(: \"(\" is not a valid pattern: missing closing parenthesis (at byte "
-      "1)\n"
+      "/type: \"text\" is not a type; the types are array, boolean, integer, null, number, object "
+      "and string\n"
       "/properties/a: expected a schema (an object, or true or false), found 1\n"
       "/properties/b/minimum: \"minimum\" has to be a number, found the text \"3\"\n"
       "/properties/b/vital: \"vital\" has to be true or false, found 1\n"
+      "/required/1: \"x\" is listed twice\n"
+      "/required/2: expected the name of a member, found 2\n"
+      "/allOf: \"allOf\" has to be an array of at least one schema, found an empty array\n"
       "/items/0/maxLength: \"maxLength\" has to be a whole number from 0, found -1\n"
       "/items/1: expected a schema (an object, or true or false), found null\n"
       "/definitions/unused/multipleOf: \"multipleOf\" has to be a number greater than 0, found 0\n"
       "/definitions/unused/uniqueItems: \"uniqueItems\" has to be true or false, found the text "
-      "\"yes\"");
+      "\"yes\"\n"
+      "/dependencies/a/1: expected the name of a member, found 1\n"
+      "/enum: \"enum\" has to be an array, found 1\n"
+      "/format: \"format\" has to be a text, found 2\n"
+      "/patternProperties/(: \"(\" is not a valid pattern: missing closing parenthesis (at byte "
+      "1)");
 }
 
 TEST(CheckSchema, ReportsReferencesThatLeadNowhereOrOutside) {
