@@ -1,5 +1,8 @@
 // What CheckSchema says of schemas.
+#include "validation/uri_resolution.h"
 #include "validator/findings_text.h"
+
+#include <utility>
 
 namespace ValidatorTest {
 namespace {
@@ -64,6 +67,41 @@ TEST(CheckSchema, ReportsReferencesThatLeadNowhereOrOutside) {
       "/properties/f/$ref: the reference \"#/required/0\" leads to something that is no schema: "
       "the text \"a\"\n"
       "/properties/g/$ref: the reference \"#/allOf/01\" leads nowhere");
+}
+
+TEST(References, FindPartsOfTheSchemaByTheirNames) {
+  constexpr std::string_view kNamed = R"({
+      "$id": "http://example.com/root.json",
+      "definitions": {
+        "a": {"$id": "#text", "type": "string"},
+        "b": {"$id": "folder/number.json", "type": "number", "definitions": {"c": {"type": "null"}},
+              "not": {"$ref": "#/definitions/c"}}},
+      "enum": [{"$id": "#hidden"}, {"x": "y", "n": 1}],
+      "properties": {"x": {"$ref": "root.json#text"}, "n": {"$ref": "/folder/number.json"}}})";
+  EXPECT_EQ(Check(kNamed), "");
+  EXPECT_EQ(FindingsOf(kNamed, R"({"x": "y", "n": 1})"), "");
+  EXPECT_EQ(Check(R"({"properties": {"a": {"$ref": "#hidden"}}, "const": {"$id": "#hidden"}})"),
+            "/properties/a/$ref: the reference \"#hidden\" leads nowhere");
+}
+
+TEST(References, AreMadeAbsolute) {
+  constexpr std::string_view kBase = "http://a/b/c/d;p?q";
+  const std::pair<std::string_view, std::string_view> cases[] = {{"g:h", "g:h"},
+                                                                 {"g", "http://a/b/c/g"},
+                                                                 {"./g/", "http://a/b/c/g/"},
+                                                                 {"/g", "http://a/g"},
+                                                                 {"//g", "http://g"},
+                                                                 {"?y", "http://a/b/c/d;p?y"},
+                                                                 {"#s", "http://a/b/c/d;p?q#s"},
+                                                                 {"", "http://a/b/c/d;p?q"},
+                                                                 {"..", "http://a/b/"},
+                                                                 {"../../../g", "http://a/g"},
+                                                                 {"g;x=1/../y", "http://a/b/c/y"}};
+  for (const auto& [reference, expected] : cases) {
+    EXPECT_EQ(JsonValidator::ResolveUri(kBase, reference), expected) << reference;
+  }
+  EXPECT_EQ(JsonValidator::ResolveUri("urn:x:y", "#s"), "urn:x:y#s");
+  EXPECT_EQ(JsonValidator::ResolveUri("item.json", "other.json#/a"), "other.json#/a");
 }
 
 TEST(CheckSchema, ReportsReferencesThatLoopInOnePlace) {
