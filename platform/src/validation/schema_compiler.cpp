@@ -56,7 +56,7 @@ void SchemaCompiler::ReadReference(Node& node, const Json::Value& reference) {
     return;
   }
   std::string fault;
-  const Json::Value* target = references_.Resolve(Json::Text(reference), fault);
+  const Json::Value* target = references_.Resolve(reference, fault);
   if (target == nullptr) {
     Fault(reference, "the reference " + Quoted(Json::Text(reference)) + " " + fault);
   } else if (!target->IsObject() && !target->IsBool()) {
