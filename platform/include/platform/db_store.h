@@ -51,8 +51,8 @@ int DetachSchemaStore(const ConnectionHandle& connection);
 
 /// Gives a statement back to its connection, reset and without bindings.
 struct SqliteStmtDeleter {
-  ConnectionHandle connection;  ///< keeps the connection alive while the statement is used
-  void* slot = nullptr;         ///< the statement's place in the connection's cache
+  mutable ConnectionHandle connection;  ///< kept alive while the statement is used, and then let go
+  void* slot = nullptr;                 ///< the statement's place in the connection's cache
   void operator()(sqlite3_stmt* statement) const noexcept;
 };
 using StatementHandle = std::unique_ptr<sqlite3_stmt, SqliteStmtDeleter>;

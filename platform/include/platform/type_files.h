@@ -1,0 +1,99 @@
+// Type files: reading and checking them, and keeping them in the schema store.
+//
+// Thread safety: functions may be called from several threads; a TypeWriter belongs to one.
+#pragma once
+
+#include "platform/json.h"
+#include "platform/json_doc.h"
+#include "platform/schema_store.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace TarnSchemaStore {
+class SchemaDatabase;
+}
+
+namespace TypeFiles {
+
+/// Something in a type file that breaks a rule.
+struct Finding {
+  std::string field;  ///< JSON Pointer into the file, "/" for the file as a whole
+  std::string error;  ///< what is wrong, and what would be right
+};
+
+/// An object that comes with a type.
+struct ShippedObject {
+  std::string instance;                ///< empty for a type without instances
+  const Json::Value* value = nullptr;  ///< lives as long as the file's document
+};
+
+/// One type file, read and checked.
+struct TypeFile {
+  std::string path;
+  TarnSchemaStore::TypeName name;  ///< as far as it could be read
+  std::string version;             ///< as far as it could be read
+  std::vector<Finding> findings;   ///< everything that is wrong, in the order of the checks
+  // Set only when nothing is wrong.
+  std::string text;  ///< the file as compact JSON, members in their order
+  std::shared_ptr<TarnConfigStore::JsonDoc> document;
+  const Json::Value* schema = nullptr;
+  std::vector<ShippedObject> shipped;  ///< in the order of the file
+
+  bool Good() const { return findings.empty(); }
+};
+
+/// The files that a path stands for: itself, or of a directory the "*.json" files, sorted by name.
+/// Nothing when the path cannot be read.
+std::optional<std::vector<std::string>> FilesAt(const std::string& path);
+
+/// The text of a regular file of up to 16 MiB. Nothing when it cannot be read; never waits for
+/// anybody.
+std::optional<std::string> ReadText(const std::string& path);
+
+/// Checks a text against all the rules for type files. What is wrong is in the result's findings.
+TypeFile Check(std::string path, std::string_view text);
+
+/// Compares dot-separated numbers, a missing one counting as 0: negative, 0 or positive as `a` is
+/// older than, as old as or newer than `b`. What is no number counts as 0.
+int CompareVersions(std::string_view a, std::string_view b) noexcept;
+
+/// A type that is kept in the schema store.
+struct KeptType {
+  TarnSchemaStore::TypeName name;
+  std::string version;
+  std::string text;  ///< its file, as compact JSON
+};
+
+/// All kept types, sorted by name. Raises std::runtime_error when the schema store cannot be read,
+/// with the last store error set; so do the functions and classes below when it cannot be read or
+/// written.
+std::vector<KeptType> ReadAll();
+
+/// One kept type, or nothing when it is not there.
+std::optional<KeptType> Read(const TarnSchemaStore::TypeName& name);
+
+/// Changes the kept types in one transaction: others write only when it is over, and see nothing of
+/// it before Commit. Without a Commit, or when one fails, everything is as it was.
+class TypeWriter {
+ public:
+  /// Waits for other writers up to the wait limit of the database layer.
+  TypeWriter();
+  TypeWriter(const TypeWriter&) = delete;
+  TypeWriter& operator=(const TypeWriter&) = delete;
+  ~TypeWriter();
+
+  std::optional<KeptType> Read(const TarnSchemaStore::TypeName& name);
+  /// Keeps a good file's type, in place of one of the same name.
+  void Put(const TypeFile& file);
+  void Remove(const TarnSchemaStore::TypeName& name);
+  void Commit();
+
+ private:
+  std::unique_ptr<TarnSchemaStore::SchemaDatabase> database_;
+};
+
+}  // namespace TypeFiles

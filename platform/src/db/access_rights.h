@@ -1,0 +1,16 @@
+// Which right a user lacks on a file, in words for an operator.
+#pragma once
+
+#include <string>
+
+namespace DBStore::internal {
+
+/// What keeps this process from reading a file: "user 1000 lacks the right to search its directory
+/// (...)". Names the right on the directory first, since without it the file cannot be looked at.
+std::string MissingReadRight(const std::string& path);
+
+/// The same for writing the file, for making SQLite's files beside it, and for file systems mounted
+/// for reading only.
+std::string MissingWriteRight(const std::string& path);
+
+}  // namespace DBStore::internal

@@ -1,0 +1,31 @@
+// A statement that a connection runs for itself.
+#pragma once
+
+#include "db/store_connection.h"
+
+namespace DBStore {
+
+/// Takes a cached statement and gives it back reset, while the connection's lock is held. False
+/// when the statement could not be prepared; the failure is then reported.
+class StoreConnection::BorrowedStatement {
+ public:
+  BorrowedStatement(StoreConnection& connection, std::string_view sql)
+      : connection_(connection), entry_(connection.TakeLocked(sql, kWaitLimit)) {}
+  ~BorrowedStatement() {
+    if (entry_ != nullptr) {
+      connection_.statements_.GiveBack(entry_);
+    }
+  }
+  BorrowedStatement(const BorrowedStatement&) = delete;
+  BorrowedStatement& operator=(const BorrowedStatement&) = delete;
+
+  explicit operator bool() const noexcept { return entry_ != nullptr; }
+  sqlite3_stmt* Get() const noexcept { return entry_->statement; }
+  const internal::CachedStatement& Entry() const noexcept { return *entry_; }
+
+ private:
+  StoreConnection& connection_;
+  internal::CachedStatement* entry_;
+};
+
+}  // namespace DBStore

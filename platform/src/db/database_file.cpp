@@ -1,0 +1,296 @@
+#include "db/database_file.h"
+
+#include "platform/db_store.h"
+#include "platform/host_paths.h"
+#include "platform/logger.h"
+
+#include "db/access_rights.h"
+#include "db/last_error.h"
+#include "db/open_databases.h"
+
+#include <climits>
+#include <sqlite3.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <string>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace DBStore::internal {
+namespace {
+
+// A log that one huge write made long shrinks to this again.
+constexpr const char* kConnectionSettings =
+    "PRAGMA synchronous=FULL;"
+    "PRAGMA journal_size_limit=4194304;";
+
+// A file that is replaced while it is being opened is opened anew this often.
+constexpr int kOpenAttempts = 5;
+
+std::string ErrnoText(int error) {
+  return std::error_code(error, std::generic_category()).message();
+}
+
+void Report(ErrorKind kind, int code, const Layout& layout, const std::string& what) {
+  ReportFailure(kind, code, std::string(layout.fixedPath) + ": " + what);
+}
+
+void ReportUnreachable(const Layout& layout, const std::string& path, int error) {
+  if (error == ENOENT || error == ENOTDIR) {
+    Report(ErrorKind::MISSING, SQLITE_CANTOPEN, layout,
+           "there is no such database; `tarnctl init` makes it, or restore it from a backup");
+  } else if (error == EACCES || error == EPERM) {
+    Report(ErrorKind::PERMISSION, SQLITE_CANTOPEN, layout, MissingReadRight(path));
+  } else {
+    Report(ErrorKind::OTHER, SQLITE_CANTOPEN, layout, "cannot be reached: " + ErrnoText(error));
+  }
+}
+
+// The directory may be reached through links that an administrator made; from there on no link is
+// followed. An empty text with errno set when there is no such directory or no way into it.
+std::string CanonicalPath(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  char directory[PATH_MAX];
+  if (realpath(path.substr(0, slash + 1).c_str(), directory) == nullptr) {
+    return std::string();
+  }
+  std::string canonical(directory);
+  if (canonical != "/") {
+    canonical += '/';
+  }
+  return canonical.append(path, slash + 1, std::string::npos);
+}
+
+// Whether it is worth giving the file to SQLite, which would take an empty file for an empty
+// database and names hardly any of these reasons.
+bool LooksLikeDatabase(const Layout& layout, const std::string& path) {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0) {
+    ReportUnreachable(layout, path, errno);
+    return false;
+  }
+  if (S_ISDIR(status.st_mode)) {
+    Report(ErrorKind::CORRUPT, SQLITE_CANTOPEN, layout,
+           "is a directory, not a database; move it away, then restore the database or run "
+           "`tarnctl init`");
+    return false;
+  }
+  if (!S_ISREG(status.st_mode)) {
+    Report(ErrorKind::CORRUPT, SQLITE_CANTOPEN, layout,
+           S_ISLNK(status.st_mode)
+               ? "is a symbolic link, which is not followed; put the database itself there"
+               : "is a special file, not a database; put the database itself there");
+    return false;
+  }
+  if (faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0) {
+    ReportUnreachable(layout, path, errno);
+    return false;
+  }
+  if (status.st_size == 0) {
+    Report(ErrorKind::CORRUPT, SQLITE_NOTADB, layout,
+           "is empty: its content was lost; restore it from a backup, or move it away and run "
+           "`tarnctl init`");
+    return false;
+  }
+  return true;
+}
+
+int ReadPragma(sqlite3* database, const char* pragma, std::string& value) {
+  sqlite3_stmt* statement = nullptr;
+  int code = sqlite3_prepare_v2(database, pragma, -1, &statement, nullptr);
+  if (code == SQLITE_OK && (code = sqlite3_step(statement)) == SQLITE_ROW) {
+    const unsigned char* text = sqlite3_column_text(statement, 0);
+    value = text == nullptr ? "" : reinterpret_cast<const char*>(text);
+    code = SQLITE_OK;
+  }
+  sqlite3_finalize(statement);
+  return code;
+}
+
+int Harden(sqlite3* database) {
+  sqlite3_busy_timeout(database, kWaitLimit);
+  int code = sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  if (code == SQLITE_OK) {
+    code = sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+  }
+  return code;
+}
+
+void KeepWriteAheadLog(sqlite3* database) {
+  int keep = 1;
+  sqlite3_file_control(database, "main", SQLITE_FCNTL_PERSIST_WAL, &keep);
+}
+
+void ReportOpenFailure(sqlite3* database, int code, const Layout& layout, const std::string& path,
+                       const char* action) {
+  if (ErrorKindOf(code) == ErrorKind::PERMISSION) {
+    // A log without its index, or neither: somebody removed them, and making them takes a writer.
+    Report(ErrorKind::PERMISSION, code, layout,
+           std::string("cannot be read before a user who may write it has opened it once: ") +
+               MissingWriteRight(path));
+    return;
+  }
+  const int error = sqlite3_system_errno(database);
+  if ((code & 0xff) == SQLITE_CANTOPEN && (error == EACCES || error == EPERM)) {
+    Report(ErrorKind::PERMISSION, code, layout, MissingReadRight(path));
+    return;
+  }
+  ReportSqliteFailure(database, code, layout.fixedPath, path, action);
+}
+
+bool HasLayout(sqlite3* database, const Layout& layout, const std::string& path) {
+  std::string application;
+  std::string version;
+  int code = ReadPragma(database, "PRAGMA application_id", application);
+  if (code == SQLITE_OK) {
+    code = ReadPragma(database, "PRAGMA user_version", version);
+  }
+  if (code != SQLITE_OK) {
+    ReportOpenFailure(database, code, layout, path, "reading it");
+    return false;
+  }
+  if (application != std::to_string(layout.applicationId)) {
+    Report(ErrorKind::CORRUPT, SQLITE_NOTADB, layout,
+           "is a database of something else (application " + application +
+               "); move it away, then restore the right one or run `tarnctl init`");
+    return false;
+  }
+  const long found = std::strtol(version.c_str(), nullptr, 10);
+  if (found > layout.version) {
+    Report(ErrorKind::NEWER, SQLITE_CANTOPEN, layout,
+           "has layout version " + version + ", this library knows up to " +
+               std::to_string(layout.version) + "; upgrade the library");
+    return false;
+  }
+  if (found < layout.version) {
+    Report(ErrorKind::CORRUPT, SQLITE_NOTADB, layout,
+           "has unknown layout version " + version + "; restore it from a backup");
+    return false;
+  }
+  return true;
+}
+
+void KeepJournalMode(sqlite3* database, const Layout& layout) {
+  std::string mode;
+  if (ReadPragma(database, "PRAGMA journal_mode", mode) != SQLITE_OK ||
+      mode == layout.journalMode) {
+    return;
+  }
+  const std::string change = std::string("PRAGMA journal_mode=") + layout.journalMode;
+  std::string changed;
+  if (ReadPragma(database, change.c_str(), changed) != SQLITE_OK || changed != layout.journalMode) {
+    CSLogger::Log(1, "%s: journal mode is %s and cannot be set to %s now", layout.fixedPath,
+                  mode.c_str(), layout.journalMode);
+  }
+}
+
+DatabaseHandle OpenFile(const std::string& path, int flags, int& code) noexcept {
+  sqlite3* database = nullptr;
+  OpenDatabases::Enter();
+  code = sqlite3_open_v2(
+      path.c_str(), &database,
+      flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_URI,
+      nullptr);
+  if (database == nullptr) {
+    OpenDatabases::Leave();
+  }
+  return DatabaseHandle(database);
+}
+
+DatabaseHandle OpenOnce(const Layout& layout, const std::string& path, bool writable) {
+  int code = SQLITE_OK;
+  DatabaseHandle handle =
+      OpenFile(path, writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, code);
+  sqlite3* const database = handle.get();
+  if (code == SQLITE_OK) {
+    KeepWriteAheadLog(database);
+    code = Harden(database);
+  }
+  if (code == SQLITE_OK) {
+    code = sqlite3_exec(database, kConnectionSettings, nullptr, nullptr, nullptr);
+  }
+  if (code != SQLITE_OK) {
+    ReportOpenFailure(database, code, layout, path, "opening it");
+    return nullptr;
+  }
+  if (!HasLayout(database, layout, path)) {
+    return nullptr;
+  }
+  if (sqlite3_db_readonly(database, "main") == 0) {
+    KeepJournalMode(database, layout);
+  }
+  return handle;
+}
+
+}  // namespace
+
+void DatabaseCloser::operator()(sqlite3* database) const noexcept {
+  sqlite3_close_v2(database);
+  OpenDatabases::Leave();
+}
+
+bool IdentifyFile(const std::string& path, FileIdentity& identity) noexcept {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0) {
+    return false;
+  }
+  identity = {status.st_dev, status.st_ino, status.st_mode, status.st_uid, status.st_gid};
+  return true;
+}
+
+DatabaseFile OpenDatabase(const Layout& layout, bool writable) {
+  DatabaseFile file;
+  file.path = HostPaths::Resolve(layout.fixedPath);
+  for (int attempt = 0; attempt < kOpenAttempts; ++attempt) {
+    const std::string path = CanonicalPath(file.path);
+    if (path.empty()) {
+      ReportUnreachable(layout, file.path, errno);
+      return file;
+    }
+    if (!LooksLikeDatabase(layout, path)) {
+      return file;
+    }
+    if (!IdentifyFile(file.path, file.identity)) {
+      ReportUnreachable(layout, file.path, errno);
+      return file;
+    }
+    DatabaseHandle handle = OpenOnce(layout, path, writable);
+    if (!handle) {
+      return file;
+    }
+    FileIdentity afterwards;
+    if (IdentifyFile(file.path, afterwards) && afterwards == file.identity) {
+      file.readOnly = sqlite3_db_readonly(handle.get(), "main") != 0;
+      file.handle = std::move(handle);
+      return file;
+    }
+  }
+  Report(ErrorKind::OTHER, SQLITE_CANTOPEN, layout,
+         "is being replaced again and again; try again later");
+  return file;
+}
+
+int DefineDatabase(const Layout& layout, const std::string& path) noexcept {
+  int code = SQLITE_OK;
+  const DatabaseHandle handle = OpenFile(path, SQLITE_OPEN_READWRITE, code);
+  char marks[96];
+  std::snprintf(marks, sizeof marks, "PRAGMA application_id=%d; PRAGMA user_version=%d; COMMIT;",
+                layout.applicationId, layout.version);
+  char mode[48];
+  std::snprintf(mode, sizeof mode, "PRAGMA journal_mode=%s", layout.journalMode);
+  for (const char* sql : {"PRAGMA synchronous=FULL; BEGIN EXCLUSIVE;", layout.definition,
+                          static_cast<const char*>(marks), static_cast<const char*>(mode)}) {
+    if (code == SQLITE_OK) {
+      code = sqlite3_exec(handle.get(), sql, nullptr, nullptr, nullptr);
+    }
+  }
+  return code;
+}
+
+}  // namespace DBStore::internal

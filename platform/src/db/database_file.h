@@ -1,0 +1,58 @@
+// Opening the platform's databases safely, and telling what is wrong with one that cannot be
+// opened.
+#pragma once
+
+#include "db/layout.h"
+
+#include <memory>
+#include <string>
+#include <sys/types.h>
+
+struct sqlite3;
+
+namespace DBStore::internal {
+
+/// What tells a file from another one that took its place or from the same one with other
+/// permissions. Taken with lstat: opening a database file by other means than SQLite would drop
+/// SQLite's locks on it.
+struct FileIdentity {
+  dev_t device = 0;
+  ino_t inode = 0;
+  mode_t mode = 0;
+  uid_t owner = 0;
+  gid_t group = 0;
+
+  bool IsSameFile(const FileIdentity& other) const noexcept {
+    return device == other.device && inode == other.inode;
+  }
+  friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
+/// False when there is no such file, or it cannot be looked at (errno tells).
+bool IdentifyFile(const std::string& path, FileIdentity& identity) noexcept;
+
+struct DatabaseCloser {
+  void operator()(sqlite3* database) const noexcept;
+};
+using DatabaseHandle = std::unique_ptr<sqlite3, DatabaseCloser>;
+
+/// An open database. Its SQLite handle takes no locks of its own: it is for one thread at a time.
+struct DatabaseFile {
+  DatabaseHandle handle;  ///< empty when it could not be opened
+  std::string path;       ///< where the file lies, the root included
+  FileIdentity identity;
+  bool readOnly = false;  ///< this user may not write it, or writing was not asked for
+
+  explicit operator bool() const noexcept { return handle != nullptr; }
+};
+
+/// Opens an existing database after its layout; never makes one. The result is empty when that
+/// fails, and the reason, with what mends it, is logged and kept as the thread's last store error.
+/// \param writable  asks for writing where this user may; a file that may only be read is opened
+/// for that
+DatabaseFile OpenDatabase(const Layout& layout, bool writable);
+
+/// Makes a database in an empty file that nobody else knows yet. An SQLite result code.
+int DefineDatabase(const Layout& layout, const std::string& path) noexcept;
+
+}  // namespace DBStore::internal

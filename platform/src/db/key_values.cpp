@@ -1,0 +1,94 @@
+// The key/value entries beside the configuration.
+#include "db/borrowed_statement.h"
+#include "db/last_error.h"
+#include "db/store_connection.h"
+#include "db/testing_hook.h"
+
+#include <sqlite3.h>
+
+namespace DBStore {
+namespace {
+
+constexpr std::string_view kRead = "SELECT Value FROM KeyValue WHERE Key = ?1";
+constexpr std::string_view kWrite =
+    "INSERT INTO KeyValue(Key, Value) VALUES(?1, ?2) "
+    "ON CONFLICT(Key) DO UPDATE SET Value = excluded.Value";
+
+int BindWhole(sqlite3_stmt* statement, int index, const std::string& text) noexcept {
+  return sqlite3_bind_text64(statement, index, text.data(), text.size(), SQLITE_STATIC,
+                             SQLITE_UTF8);
+}
+
+}  // namespace
+
+int StoreConnection::ReadKeyValue(const std::string& key, std::string* value) {
+  const std::string_view action = "reading a key/value entry";
+  const std::lock_guard<std::mutex> guard(lock_);
+  if (IsTransactionGone()) {
+    return RefuseGone(action);
+  }
+  const BorrowedStatement statement(*this, kRead);
+  if (!statement) {
+    return SQLITE_ERROR;
+  }
+  int code = BindWhole(statement.Get(), 1, key);
+  if (code == SQLITE_OK) {
+    code = sqlite3_step(statement.Get());
+  }
+  if (code == SQLITE_DONE) {
+    value->clear();
+    return SQLITE_OK;
+  }
+  if (code == SQLITE_ROW) {
+    if (const unsigned char* text = sqlite3_column_text(statement.Get(), 0)) {
+      value->assign(reinterpret_cast<const char*>(text),
+                    static_cast<std::size_t>(sqlite3_column_bytes(statement.Get(), 0)));
+      return SQLITE_OK;
+    }
+    code = SQLITE_NOMEM;
+  }
+  return Report(code, action);
+}
+
+int StoreConnection::WriteKeyValue(const std::string& key, const std::string& value) {
+  const std::lock_guard<std::mutex> guard(lock_);
+  const BorrowedStatement statement(*this, kWrite);
+  if (!statement) {
+    return SQLITE_ERROR;
+  }
+  if (const int refused = CheckWriting(statement.Entry())) {
+    return refused;
+  }
+  int code = BindWhole(statement.Get(), 1, key);
+  if (code == SQLITE_OK) {
+    code = BindWhole(statement.Get(), 2, value);
+  }
+  if (code == SQLITE_OK) {
+    code = sqlite3_step(statement.Get());
+  }
+  if (code != SQLITE_DONE) {
+    return Report(code, "writing the key/value entry " + key);
+  }
+  return SQLITE_OK;
+}
+
+int ReadKeyValue(const std::string& key, std::string* value, const ConnectionHandle& connection) {
+  StoreConnection* const usable = internal::Usable(connection);
+  if (usable == nullptr || value == nullptr) {
+    return SQLITE_MISUSE;
+  }
+  const int status = internal::AskHook(testing::Operation::READ_KEY_VALUE, key);
+  return status != 0 ? status : usable->ReadKeyValue(key, value);
+}
+
+int WriteKeyValue(const std::string& key, const std::string& value,
+                  const ConnectionHandle& connection) {
+  StoreConnection* const usable = internal::Usable(connection);
+  if (usable == nullptr) {
+    return SQLITE_MISUSE;
+  }
+  const int status = internal::AskHook(testing::Operation::WRITE_KEY_VALUE, key);
+  return status != 0 ? status : usable->WriteKeyValue(key, value);
+}
+
+}  // namespace DBStore

@@ -1,0 +1,26 @@
+// Reporting failures of the database layer: into the log, and as the thread's last store error.
+#pragma once
+
+#include "platform/store_error.h"
+
+#include <string>
+#include <string_view>
+
+struct sqlite3;
+
+namespace DBStore::internal {
+
+/// What an SQLite result code, primary or extended, comes down to.
+ErrorKind ErrorKindOf(int code) noexcept;
+
+/// Logs the message at priority 0 and keeps it as the thread's last store error.
+void ReportFailure(ErrorKind kind, int code, std::string message) noexcept;
+
+/// Reports the failure that SQLite told last on a connection, as "PATH: ACTION: what SQLite says",
+/// with the right that is missing where the file cannot be written. The action says what was tried.
+/// \param path       the database in messages
+/// \param realPath   where it lies
+void ReportSqliteFailure(sqlite3* database, int code, std::string_view path,
+                         const std::string& realPath, std::string_view action) noexcept;
+
+}  // namespace DBStore::internal

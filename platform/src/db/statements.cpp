@@ -1,0 +1,280 @@
+// Preparing, binding and running statements.
+#include "db/connection_pool.h"
+#include "db/last_error.h"
+#include "db/store_connection.h"
+#include "db/testing_hook.h"
+
+#include <sqlite3.h>
+
+#include <array>
+#include <vector>
+
+namespace DBStore {
+namespace {
+
+// The texts of one row, as the callback gets them.
+class RowTexts {
+ public:
+  explicit RowTexts(int columns) : columns_(columns) {
+    if (static_cast<std::size_t>(columns) > fixed_.size() / 2) {
+      many_.resize(static_cast<std::size_t>(columns) * 2);
+      texts_ = many_.data();
+    }
+  }
+  RowTexts(const RowTexts&) = delete;
+  RowTexts& operator=(const RowTexts&) = delete;
+
+  char** Values() noexcept { return texts_; }
+  char** Names() noexcept { return texts_ + columns_; }
+
+  void FetchNames(sqlite3_stmt* statement) noexcept {
+    for (int column = 0; column < columns_; ++column) {
+      Names()[column] = const_cast<char*>(sqlite3_column_name(statement, column));
+    }
+  }
+
+  /// False when there is no memory for a text.
+  bool FetchValues(sqlite3_stmt* statement) noexcept {
+    for (int column = 0; column < columns_; ++column) {
+      const unsigned char* text = sqlite3_column_text(statement, column);
+      if (text == nullptr && sqlite3_column_type(statement, column) != SQLITE_NULL) {
+        return false;
+      }
+      Values()[column] = const_cast<char*>(reinterpret_cast<const char*>(text));
+    }
+    return true;
+  }
+
+ private:
+  static constexpr std::size_t kUsualColumns = 32;
+  const int columns_;
+  std::array<char*, 2 * kUsualColumns> fixed_;
+  std::vector<char*> many_;
+  char** texts_ = fixed_.data();
+};
+
+internal::CachedStatement* EntryOf(const ConnectionHandle& connection,
+                                   const StatementHandle& statement) {
+  if (!statement || statement.get_deleter().connection != connection) {
+    internal::ReportFailure(ErrorKind::MISUSE, SQLITE_MISUSE,
+                            "there is no statement, or it belongs to another connection");
+    return nullptr;
+  }
+  return static_cast<internal::CachedStatement*>(statement.get_deleter().slot);
+}
+
+}  // namespace
+
+internal::CachedStatement* StoreConnection::TakeStatement(std::string_view sql, int limit) {
+  const std::lock_guard<std::mutex> guard(lock_);
+  return TakeLocked(sql, limit);
+}
+
+void StoreConnection::GiveBackStatement(internal::CachedStatement* entry) noexcept {
+  if (!IsInherited()) {
+    const std::lock_guard<std::mutex> guard(lock_);
+    statements_.GiveBack(entry);
+  }
+}
+
+int StoreConnection::BindInteger(internal::CachedStatement* entry, int index, int value) {
+  const std::lock_guard<std::mutex> guard(lock_);
+  const int code = sqlite3_bind_int(entry->statement, index, value);
+  return code == SQLITE_OK ? code : Report(code, "binding a parameter");
+}
+
+int StoreConnection::BindText(internal::CachedStatement* entry, int index, std::string_view text) {
+  const std::lock_guard<std::mutex> guard(lock_);
+  // A text of no length may have no address, which SQLite would take for NULL.
+  const int code = sqlite3_bind_text64(entry->statement, index, text.empty() ? "" : text.data(),
+                                       text.size(), SQLITE_STATIC, SQLITE_UTF8);
+  return code == SQLITE_OK ? code : Report(code, "binding a parameter");
+}
+
+int StoreConnection::BindNull(internal::CachedStatement* entry, int index) {
+  const std::lock_guard<std::mutex> guard(lock_);
+  const int code = sqlite3_bind_null(entry->statement, index);
+  return code == SQLITE_OK ? code : Report(code, "binding a parameter");
+}
+
+int StoreConnection::CheckWriting(const internal::CachedStatement& entry) {
+  if (IsTransactionGone()) {
+    return RefuseGone("running \"" + entry.text + "\"");
+  }
+  if (depth_ > 0 || sqlite3_stmt_readonly(entry.statement) != 0) {
+    return SQLITE_OK;
+  }
+  if (file_.readOnly) {
+    return RefuseReadOnly("running \"" + entry.text + "\"");
+  }
+  if (internal::ConnectionPool::Instance().ThisThreadWritesBeside(*this)) {
+    return RefuseWaitingForItself("running \"" + entry.text + "\"");
+  }
+  return SQLITE_OK;
+}
+
+int StoreConnection::Execute(internal::CachedStatement* entry, RowCallback callback, void* context,
+                             int limit) {
+  std::unique_lock<std::mutex> lock(lock_);
+  if (entry->running) {
+    internal::ReportFailure(
+        ErrorKind::MISUSE, SQLITE_MISUSE,
+        std::string(fixedPath_) + ": \"" + entry->text + "\" is running already");
+    return SQLITE_ERROR;
+  }
+  if (CheckWriting(*entry) != SQLITE_OK) {
+    return SQLITE_ERROR;
+  }
+  LimitWaiting(limit);
+
+  // Whichever way it ends, the statement holds no read lock any more and can run again.
+  class Running {
+   public:
+    Running(StoreConnection& connection, internal::CachedStatement& entry,
+            std::unique_lock<std::mutex>& lock) noexcept
+        : connection_(connection), entry_(entry), lock_(lock) {
+      entry_.running = true;
+      ++connection_.executing_;
+    }
+    ~Running() {
+      if (connection_.IsInherited()) {
+        return;  // a callback forked, and this is the child
+      }
+      if (!lock_.owns_lock()) {
+        lock_.lock();  // a callback raised an exception
+      }
+      sqlite3_reset(entry_.statement);
+      entry_.running = false;
+      --connection_.executing_;
+    }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+
+   private:
+    StoreConnection& connection_;
+    internal::CachedStatement& entry_;
+    std::unique_lock<std::mutex>& lock_;
+  };
+  const Running running(*this, *entry, lock);
+  return StepThrough(*entry, callback, context, lock);
+}
+
+int StoreConnection::StepThrough(internal::CachedStatement& entry, RowCallback callback,
+                                 void* context, std::unique_lock<std::mutex>& lock) {
+  int code = sqlite3_step(entry.statement);
+  if (code == SQLITE_ROW && callback != nullptr) {
+    const int columns = sqlite3_column_count(entry.statement);
+    RowTexts row(columns);
+    row.FetchNames(entry.statement);
+    do {
+      if (!row.FetchValues(entry.statement)) {
+        code = SQLITE_NOMEM;
+        break;
+      }
+      lock.unlock();
+      const int answer = callback(context, columns, row.Values(), row.Names());
+      if (!IsUsable()) {
+        return SQLITE_ERROR;
+      }
+      lock.lock();
+      if (answer != 0) {
+        internal::ReportFailure(ErrorKind::OTHER, SQLITE_ABORT,
+                                std::string(fixedPath_) + ": \"" + entry.text +
+                                    "\" was stopped by the receiver of its rows");
+        return SQLITE_ERROR;
+      }
+      if (IsTransactionGone()) {
+        break;
+      }
+      code = sqlite3_step(entry.statement);
+    } while (code == SQLITE_ROW);
+  }
+  while (code == SQLITE_ROW && !IsTransactionGone()) {
+    code = sqlite3_step(entry.statement);
+  }
+  if (code != SQLITE_DONE && code != SQLITE_ROW) {
+    Report(code, "running \"" + entry.text + "\"");
+    return SQLITE_ERROR;
+  }
+  if (IsTransactionGone()) {
+    RefuseGone("running \"" + entry.text + "\"");
+    return SQLITE_ERROR;
+  }
+  return SQLITE_OK;
+}
+
+void SqliteStmtDeleter::operator()(sqlite3_stmt*) const noexcept {
+  // An empty handle must not keep a connection from its pool.
+  const ConnectionHandle owner = std::move(connection);
+  owner->GiveBackStatement(static_cast<internal::CachedStatement*>(slot));
+}
+
+int ExecuteStmt(const ConnectionHandle& connection, const StatementHandle& statement,
+                RowCallback callback, void* context, int limit) {
+  StoreConnection* const usable = internal::Usable(connection);
+  if (usable == nullptr) {
+    return SQLITE_ERROR;
+  }
+  internal::CachedStatement* const entry = EntryOf(connection, statement);
+  if (entry == nullptr) {
+    return SQLITE_ERROR;
+  }
+  const int status = internal::AskHook(testing::Operation::EXECUTE, entry->text);
+  return status != 0 ? status : usable->Execute(entry, callback, context, limit);
+}
+
+namespace internal {
+
+StatementHandle Prepare(const ConnectionHandle& connection, std::string_view sql, int limit) {
+  StoreConnection* const usable = Usable(connection);
+  if (usable == nullptr || AskHook(testing::Operation::PREPARE, sql) != 0) {
+    return StatementHandle();
+  }
+  CachedStatement* const entry = usable->TakeStatement(sql, limit);
+  if (entry == nullptr) {
+    return StatementHandle();
+  }
+  return StatementHandle(entry->statement, SqliteStmtDeleter{connection, entry});
+}
+
+namespace {
+
+// The entry of a statement that may be bound to, or null.
+CachedStatement* Bindable(const ConnectionHandle& connection, const StatementHandle& statement) {
+  return Usable(connection) != nullptr ? EntryOf(connection, statement) : nullptr;
+}
+
+int Advance(int status, int& index) noexcept {
+  index += status == SQLITE_OK ? 1 : 0;
+  return status;
+}
+
+}  // namespace
+
+int Bind(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
+         int value) {
+  CachedStatement* const entry = Bindable(connection, statement);
+  return entry == nullptr ? SQLITE_MISUSE
+                          : Advance(connection->BindInteger(entry, index, value), index);
+}
+
+int Bind(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
+         std::string_view text, bool) {
+  CachedStatement* const entry = Bindable(connection, statement);
+  return entry == nullptr ? SQLITE_MISUSE
+                          : Advance(connection->BindText(entry, index, text), index);
+}
+
+int Bind(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
+         NullableSV value) {
+  CachedStatement* const entry = Bindable(connection, statement);
+  if (entry == nullptr) {
+    return SQLITE_MISUSE;
+  }
+  return Advance(value.IsNull() ? connection->BindNull(entry, index)
+                                : connection->BindText(entry, index, value.Text()),
+                 index);
+}
+
+}  // namespace internal
+}  // namespace DBStore

@@ -1,0 +1,130 @@
+// Nested transactions of a connection. SQLite sometimes rolls everything back by itself: it then
+// accepts new savepoints and plain statements as if nothing had happened, and commits them at once.
+// So the levels that are still open are refused everything but being cancelled.
+#include "db/connection_pool.h"
+#include "db/last_error.h"
+#include "db/store_connection.h"
+#include "db/testing_hook.h"
+
+#include <sqlite3.h>
+
+namespace DBStore {
+namespace {
+
+// All levels share a name: SQLite means the innermost of it.
+constexpr const char* kBeginLevel = "SAVEPOINT level";
+constexpr const char* kCommitLevel = "RELEASE level";
+constexpr const char* kUndoLevel = "ROLLBACK TO level";
+constexpr const char* kRollback = "ROLLBACK";
+
+int RefuseWithoutTransaction(const char* path, const char* action) {
+  internal::ReportFailure(ErrorKind::MISUSE, SQLITE_MISUSE,
+                          std::string(path) + ": " + action + ": no transaction was begun");
+  return SQLITE_MISUSE;
+}
+
+}  // namespace
+
+int StoreConnection::Begin() {
+  constexpr const char* kAction = "beginning a transaction";
+  const std::lock_guard<std::mutex> guard(lock_);
+  int code = SQLITE_OK;
+  if (depth_ > 0) {
+    if (IsTransactionGone()) {
+      return RefuseGone(kAction);
+    }
+    code = Run(kBeginLevel);
+  } else if (file_.readOnly) {
+    // SQLite would begin a transaction that can only read.
+    return RefuseReadOnly(kAction);
+  } else if (internal::ConnectionPool::Instance().ThisThreadWritesBeside(*this)) {
+    return RefuseWaitingForItself(kAction);
+  } else {
+    internal::ConnectionPool::Instance().WriteBegun(*this);
+    code = Run("BEGIN IMMEDIATE");
+    if (code != SQLITE_OK) {
+      internal::ConnectionPool::Instance().WriteEnded(*this);
+    }
+  }
+  if (code != SQLITE_OK) {
+    return Report(code, kAction);
+  }
+  ++depth_;
+  return SQLITE_OK;
+}
+
+int StoreConnection::Commit() {
+  constexpr const char* kAction = "committing";
+  const std::lock_guard<std::mutex> guard(lock_);
+  if (depth_ == 0) {
+    return RefuseWithoutTransaction(fixedPath_, kAction);
+  }
+  if (IsTransactionGone()) {
+    return RefuseGone(kAction);
+  }
+  const int code = Run(depth_ == 1 ? "COMMIT" : kCommitLevel);
+  if (code != SQLITE_OK) {
+    return Report(code, kAction);
+  }
+  if (--depth_ == 0) {
+    EndTransaction();
+  }
+  return SQLITE_OK;
+}
+
+int StoreConnection::Cancel() {
+  const std::lock_guard<std::mutex> guard(lock_);
+  if (depth_ == 0) {
+    return RefuseWithoutTransaction(fixedPath_, "cancelling");
+  }
+  if (!IsTransactionGone()) {
+    const bool undone = depth_ == 1
+                            ? Run(kRollback) == SQLITE_OK
+                            : Run(kUndoLevel) == SQLITE_OK && Run(kCommitLevel) == SQLITE_OK;
+    if (!undone && sqlite3_get_autocommit(file_.handle.get()) == 0) {
+      Run(kRollback);
+      lost_ = true;
+    }
+  }
+  if (--depth_ == 0) {
+    EndTransaction();
+  }
+  return SQLITE_OK;
+}
+
+void StoreConnection::EndTransaction() noexcept {
+  lost_ = false;
+  internal::ConnectionPool::Instance().WriteEnded(*this);
+  if (attached_ && attachments_ == 0) {
+    Detach();
+  }
+}
+
+int BeginTransaction(const ConnectionHandle& connection) {
+  StoreConnection* const usable = internal::Usable(connection);
+  if (usable == nullptr) {
+    return SQLITE_MISUSE;
+  }
+  const int status = internal::AskHook(testing::Operation::BEGIN);
+  return status != 0 ? status : usable->Begin();
+}
+
+int CommitTransaction(const ConnectionHandle& connection) {
+  StoreConnection* const usable = internal::Usable(connection);
+  if (usable == nullptr) {
+    return SQLITE_MISUSE;
+  }
+  const int status = internal::AskHook(testing::Operation::COMMIT);
+  return status != 0 ? status : usable->Commit();
+}
+
+int CancelTransaction(const ConnectionHandle& connection) {
+  StoreConnection* const usable = internal::Usable(connection);
+  if (usable == nullptr) {
+    return SQLITE_MISUSE;
+  }
+  const int status = internal::AskHook(testing::Operation::CANCEL);
+  return status != 0 ? status : usable->Cancel();
+}
+
+}  // namespace DBStore

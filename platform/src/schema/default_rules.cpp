@@ -1,0 +1,156 @@
+#include "schema/default_rules.h"
+
+#include "platform/json_doc.h"
+#include "platform/json_validator.h"
+
+#include "schema/annotations.h"
+#include "schema/schema_walk.h"
+
+#include <charconv>
+#include <string>
+#include <unordered_set>
+
+namespace TypeFiles {
+namespace {
+
+using TarnConfigStore::JsonDoc;
+using TarnSchemaStore::Keyword::kDefinitions;
+using TarnSchemaStore::Keyword::kProperties;
+
+constexpr std::size_t kMaxInstanceIdSize = 255;
+
+// What is asked of data that is complete.
+const std::unordered_set<int>& WholeObjectRules() {
+  static const std::unordered_set<int>& rules = *new std::unordered_set<int>{
+      JsonValidator::RULE_DECLARED_MEMBERS, JsonValidator::RULE_JSON_SCHEMA,
+      JsonValidator::RULE_INSTANCE_IDS, JsonValidator::RULE_REQUIRED};
+  return rules;
+}
+
+// A member's name that no property has.
+std::string PlaceName(std::size_t index) {
+  return '\x01' + std::to_string(index);
+}
+
+void AddCopy(Json::Value& object, std::string_view name, const Json::Value& value,
+             Json::Allocator& allocator) {
+  Json::Value copy;
+  copy.CopyFrom(value, allocator);
+  object.AddMember(Json::Copy(name, allocator), copy, allocator);
+}
+
+// A schema with each default's property beside the others, so that one compilation serves them all.
+// What
+// "$ref" can name stays where it was.
+void BuildSchema(const Json::Value& schema, const std::vector<AnnotatedDefault>& defaults,
+                 JsonDoc& into) {
+  Json::Allocator& allocator = into.GetAllocator();
+  Json::Value properties(rapidjson::kObjectType);
+  if (const Json::Value* own = TarnSchemaStore::PropertiesOf(schema)) {
+    properties.CopyFrom(*own, allocator);
+  }
+  for (std::size_t i = 0; i < defaults.size(); ++i) {
+    AddCopy(properties, PlaceName(i), *defaults[i].property, allocator);
+  }
+  Json::Value& root = into.GetJsonValuePtr()->SetObject();
+  root.AddMember(Json::Reference(kProperties), properties, allocator);
+  if (const Json::Value* definitions = Json::FindMember(schema, kDefinitions)) {
+    AddCopy(root, kDefinitions, *definitions, allocator);
+  }
+}
+
+// A finding's field "/<place>/rest" becomes the pointer of the default that stands at the place,
+// and the rest.
+void AddFinding(const Json::Value& result, const std::vector<AnnotatedDefault>& defaults,
+                Findings& findings) {
+  const std::string_view field = Json::Text(result["field"]);
+  std::size_t index = defaults.size();
+  if (field.substr(0, 2) != "/\x01") {
+    return;
+  }
+  const auto parsed = std::from_chars(field.data() + 2, field.data() + field.size(), index);
+  if (parsed.ec == std::errc() && index < defaults.size()) {
+    const std::string_view rest(parsed.ptr,
+                                static_cast<std::size_t>(field.data() + field.size() - parsed.ptr));
+    findings.Add(defaults[index].pointer + std::string(rest), Json::Text(result["error"]).data());
+  }
+}
+
+class InstanceIds {
+ public:
+  InstanceIds(std::string_view idMember, Findings& findings)
+      : idMember_(idMember), findings_(findings) {}
+
+  void Check(const std::string& pointer, std::string_view id, const Json::Value& value) {
+    const std::string place = pointer + "/instance";
+    if (!seen_.insert(std::string(id)).second) {
+      findings_.Add(place, "the file brings this instance along twice");
+    }
+    if (idMember_.empty()) {
+      if (!id.empty()) {
+        findings_.Add(place, "has to be empty: the type has no instances");
+      }
+      return;
+    }
+    if (id.empty() || id.size() > kMaxInstanceIdSize || id.find('\0') != std::string_view::npos) {
+      findings_.Add(place, "an instance id is a text of 1 to 255 bytes without NUL");
+    }
+    const Json::Value* member = Json::FindMember(value, idMember_);
+    if (member != nullptr && member->IsString() && Json::Text(*member) != id) {
+      findings_.Add(pointer + "/value/" + TarnSchemaStore::EscapePointerToken(idMember_),
+                    "differs from \"instance\": both hold the instance id");
+    }
+  }
+
+ private:
+  std::string_view idMember_;
+  Findings& findings_;
+  std::unordered_set<std::string> seen_;
+};
+
+}  // namespace
+
+void CheckPropertyDefaults(const Json::Value& schema, const std::vector<AnnotatedDefault>& defaults,
+                           Findings& findings) {
+  if (defaults.empty()) {
+    return;
+  }
+  JsonDoc builtSchema;
+  BuildSchema(schema, defaults, builtSchema);
+  JsonDoc values;
+  Json::Value& object = values.GetJsonValuePtr()->SetObject();
+  for (std::size_t i = 0; i < defaults.size(); ++i) {
+    AddCopy(object, PlaceName(i), *defaults[i].value, values.GetAllocator());
+  }
+  Json::Document results;
+  JsonValidator::Validate(*builtSchema.GetJsonValuePtr(), object, results, WholeObjectRules(),
+                          std::string());
+  for (const Json::Value& result : results.GetArray()) {
+    AddFinding(result, defaults, findings);
+  }
+}
+
+std::vector<ShippedObject> CheckShippedObjects(const Json::Value& file, const Json::Value& schema,
+                                               Findings& findings) {
+  std::vector<ShippedObject> shipped;
+  const Json::Value* defaults = Json::FindMember(file, "defaults");
+  if (defaults == nullptr || !defaults->IsArray() || defaults->Empty()) {
+    return shipped;
+  }
+  const JsonValidator::Registration compiledOnce(schema);
+  InstanceIds ids(TarnSchemaStore::InstanceIdMember(schema, schema), findings);
+  for (rapidjson::SizeType i = 0; i < defaults->Size(); ++i) {
+    const Json::Value* instance = Json::FindMember((*defaults)[i], "instance");
+    const Json::Value* value = Json::FindMember((*defaults)[i], "value");
+    if (instance == nullptr || !instance->IsString() || value == nullptr || !value->IsObject()) {
+      continue;
+    }
+    const std::string pointer = "/defaults/" + std::to_string(i);
+    ids.Check(pointer, Json::Text(*instance), *value);
+    findings.Validate(schema, *value, WholeObjectRules(), pointer + "/value");
+    shipped.push_back({std::string(Json::Text(*instance)), value});
+  }
+  return shipped;
+}
+
+}  // namespace TypeFiles

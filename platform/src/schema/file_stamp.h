@@ -1,0 +1,34 @@
+// Noticing that a file has changed, for the price of one stat.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <sys/types.h>
+
+namespace TarnSchemaStore {
+
+/// What stat tells of a file that changes when its content does; all zero when there is none.
+struct FileStamp {
+  dev_t device = 0;
+  ino_t inode = 0;
+  off_t size = 0;
+  std::int64_t modified = 0;  ///< nanoseconds since 1970
+  std::int64_t changed = 0;   ///< nanoseconds since 1970
+
+  bool Exists() const { return inode != 0; }
+  friend bool operator==(const FileStamp&, const FileStamp&) = default;
+};
+
+/// Never opens the file: closing it again would drop SQLite's locks on it.
+FileStamp StampOf(const std::string& path) noexcept;
+
+/// Nanoseconds since 1970.
+std::int64_t Now() noexcept;
+
+/// A file that was written just before the stamp was taken could be written again without its stamp
+/// changing, because clocks of file systems tick a few milliseconds apart. Only a stamp of which
+/// this is false speaks for what comes after it. \param taken  what Now() said before the stamp was
+/// taken
+bool MayHideChanges(const FileStamp& stamp, std::int64_t taken) noexcept;
+
+}  // namespace TarnSchemaStore

@@ -1,0 +1,217 @@
+#include "schema/schema_walk.h"
+
+#include "schema/annotations.h"
+
+#include <charconv>
+#include <optional>
+#include <set>
+#include <utility>
+
+namespace TarnSchemaStore {
+
+namespace {
+
+// Longer chains of references are circles.
+constexpr int kMaxReferences = 32;
+
+int HexDigit(char c) {
+  if (c >= '0' && c <= '9') {
+    return c - '0';
+  }
+  const char lower = static_cast<char>(c | 0x20);
+  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+// A token of a pointer in a URI fragment: percent-encoded first, then "~1" and "~0".
+std::string UnescapeToken(std::string_view token) {
+  std::string name;
+  name.reserve(token.size());
+  for (std::size_t i = 0; i < token.size(); ++i) {
+    if (token[i] == '%' && i + 2 < token.size() && HexDigit(token[i + 1]) >= 0 &&
+        HexDigit(token[i + 2]) >= 0) {
+      name += static_cast<char>(HexDigit(token[i + 1]) * 16 + HexDigit(token[i + 2]));
+      i += 2;
+    } else if (token[i] == '~' && i + 1 < token.size() &&
+               (token[i + 1] == '0' || token[i + 1] == '1')) {
+      name += token[i + 1] == '0' ? '~' : '/';
+      ++i;
+    } else {
+      name += token[i];
+    }
+  }
+  return name;
+}
+
+const Json::Value* Child(const Json::Value& node, std::string_view token) {
+  if (!node.IsArray()) {
+    return Json::FindMember(node, UnescapeToken(token));
+  }
+  rapidjson::SizeType index = 0;
+  const auto parsed = std::from_chars(token.data(), token.data() + token.size(), index);
+  const bool isIndex = parsed.ec == std::errc() && parsed.ptr == token.data() + token.size();
+  return isIndex && index < node.Size() ? &node[index] : nullptr;
+}
+
+const Json::Value* FollowOnce(const Json::Value& root, std::string_view reference) {
+  if (reference.empty() || reference.front() != '#') {
+    return nullptr;
+  }
+  reference.remove_prefix(1);
+  const Json::Value* at = &root;
+  while (at != nullptr && !reference.empty()) {
+    if (reference.front() != '/') {
+      return nullptr;
+    }
+    reference.remove_prefix(1);
+    const std::string_view token = reference.substr(0, reference.find('/'));
+    reference.remove_prefix(token.size());
+    at = Child(*at, token);
+  }
+  return at;
+}
+
+// References may go round in circles through properties and items, and name one schema many times:
+// each pair of a schema and a kind is looked at once.
+class LeafKinds {
+ public:
+  explicit LeafKinds(const Json::Value& root) : root_(root) {}
+
+  unsigned Of(const Json::Value& node, Kind around) {
+    const Kind kind = KindOf(node, around);
+    const Json::Value& schema = ResolveReference(root_, node);
+    if (Json::IsTrue(node, Keyword::kInstanceId) || Json::IsTrue(schema, Keyword::kInstanceId) ||
+        !seen_.emplace(&schema, kind).second) {
+      return KIND_NONE;
+    }
+    if (const Json::Value* properties = PropertiesOf(schema)) {
+      return OfMembers(schema, *properties, kind);
+    }
+    const Json::Value* items = Json::FindMember(schema, Keyword::kItems);
+    if (items != nullptr && items->IsObject()) {
+      return Of(*items, kind);
+    }
+    if (items != nullptr && items->IsArray()) {
+      unsigned kinds = KIND_NONE;
+      for (const Json::Value& item : items->GetArray()) {
+        kinds |= Of(item, kind);
+      }
+      return kinds;
+    }
+    return kind;
+  }
+
+ private:
+  unsigned OfMembers(const Json::Value& schema, const Json::Value& properties, Kind kind) {
+    unsigned kinds = KIND_NONE;
+    for (const auto& property : properties.GetObject()) {
+      kinds |= Of(property.value, kind);
+    }
+    const Json::Value* additional = Json::FindMember(schema, Keyword::kAdditionalProperties);
+    const bool open = additional != nullptr && !additional->IsFalse();
+    if (open || Json::FindMember(schema, Keyword::kPatternProperties) != nullptr) {
+      kinds |= kind;
+    }
+    return kinds;
+  }
+
+  const Json::Value& root_;
+  std::set<std::pair<const Json::Value*, Kind>> seen_;
+};
+
+}  // namespace
+
+const Json::Value& ResolveReference(const Json::Value& root, const Json::Value& node) {
+  const Json::Value* at = &node;
+  for (int i = 0; i < kMaxReferences; ++i) {
+    const Json::Value* reference = Json::FindMember(*at, Keyword::kReference);
+    if (reference == nullptr || !reference->IsString()) {
+      return *at;
+    }
+    at = FollowOnce(root, Json::Text(*reference));
+    if (at == nullptr) {
+      return node;
+    }
+  }
+  return node;
+}
+
+const Json::Value* PropertiesOf(const Json::Value& objectSchema) {
+  const Json::Value* properties = Json::FindMember(objectSchema, Keyword::kProperties);
+  return properties != nullptr && properties->IsObject() ? properties : nullptr;
+}
+
+const Json::Value* ElementsOf(const Json::Value& arraySchema) {
+  const Json::Value* items = Json::FindMember(arraySchema, Keyword::kItems);
+  return items != nullptr && items->IsObject() ? items : nullptr;
+}
+
+bool DescribesObject(const Json::Value& schema) {
+  const Json::Value* type = Json::FindMember(schema, Keyword::kType);
+  if (type == nullptr) {
+    return schema.IsObject() && ElementsOf(schema) == nullptr;
+  }
+  if (type->IsString()) {
+    return Json::Text(*type) == "object";
+  }
+  if (type->IsArray()) {
+    for (const Json::Value& one : type->GetArray()) {
+      if (one.IsString() && Json::Text(one) == "object") {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+std::string_view InstanceIdMember(const Json::Value& root, const Json::Value& objectSchema) {
+  if (const Json::Value* properties = PropertiesOf(objectSchema)) {
+    for (const auto& property : properties->GetObject()) {
+      if (Json::IsTrue(property.value, Keyword::kInstanceId) ||
+          Json::IsTrue(ResolveReference(root, property.value), Keyword::kInstanceId)) {
+        return Json::Text(property.name);
+      }
+    }
+  }
+  return {};
+}
+
+std::string_view ElementIdMember(const Json::Value& root, const Json::Value& arraySchema) {
+  const Json::Value* items = ElementsOf(arraySchema);
+  if (items == nullptr) {
+    return {};
+  }
+  const Json::Value& element = ResolveReference(root, *items);
+  if (Json::IsTrue(*items, Keyword::kGeneratedInstanceId) ||
+      Json::IsTrue(element, Keyword::kGeneratedInstanceId)) {
+    return kGeneratedIdMember;
+  }
+  return InstanceIdMember(root, element);
+}
+
+Kind KindOf(const Json::Value& node, Kind around) {
+  if (Json::IsTrue(node, Keyword::kVital)) {
+    return KIND_VITAL;
+  }
+  return Json::IsTrue(node, Keyword::kCached) ? KIND_CACHED : around;
+}
+
+unsigned KindsOfLeaves(const Json::Value& root, const Json::Value& node, Kind around) {
+  return LeafKinds(root).Of(node, around);
+}
+
+std::string EscapePointerToken(std::string_view name) {
+  std::string token;
+  token.reserve(name.size());
+  for (const char c : name) {
+    if (c == '~') {
+      token += "~0";
+    } else if (c == '/') {
+      token += "~1";
+    } else {
+      token += c;
+    }
+  }
+  return token;
+}
+
+}  // namespace TarnSchemaStore

@@ -1,0 +1,105 @@
+#include "schema/type_documents.h"
+
+#include "schema/annotations.h"
+#include "schema/schema_walk.h"
+
+#include <set>
+#include <vector>
+
+namespace TarnSchemaStore {
+
+namespace {
+
+using TarnConfigStore::JsonDoc;
+
+constexpr std::size_t kUsualSize = 256;
+
+// An object that is made with its first member. Everything is copied into it: objects keep these
+// documents for longer than the type lives.
+class LazyObject {
+ public:
+  void AddText(std::string_view name, std::string_view text) {
+    Add(name, Json::Copy(text, Allocator()));
+  }
+  // The value's texts are its own, as those of parsed documents are.
+  void AddCopy(std::string_view name, const Json::Value& value) {
+    Json::Value copy;
+    copy.CopyFrom(value, Allocator());
+    Add(name, std::move(copy));
+  }
+  bool Has(std::string_view name) const {
+    return document_ && Json::FindMember(*document_->GetJsonValuePtr(), name) != nullptr;
+  }
+  std::shared_ptr<JsonDoc> Take() { return std::move(document_); }
+
+ private:
+  Json::Allocator& Allocator() {
+    if (!document_) {
+      document_ = std::make_shared<JsonDoc>(kUsualSize);
+      document_->GetJsonValuePtr()->SetObject();
+    }
+    return document_->GetAllocator();
+  }
+  void Add(std::string_view name, Json::Value value) {
+    document_->GetJsonValuePtr()->AddMember(Json::Copy(name, Allocator()), value, Allocator());
+  }
+
+  std::shared_ptr<JsonDoc> document_;
+};
+
+}  // namespace
+
+std::shared_ptr<JsonDoc> MakeIdMap(const Json::Value& root, const Json::Value& schema,
+                                   std::string_view key, std::string_view idMember) {
+  LazyObject map;
+  if (!idMember.empty()) {
+    map.AddText(key, idMember);
+  }
+  // Level by level; schemas may contain themselves, so that each is looked at once.
+  std::vector<const Json::Value*> level = {&schema};
+  std::set<const Json::Value*> seen = {&schema};
+  for (std::size_t i = 0; i < level.size(); ++i) {
+    const Json::Value* properties = PropertiesOf(*level[i]);
+    if (properties == nullptr) {
+      continue;
+    }
+    for (const auto& property : properties->GetObject()) {
+      const Json::Value* node = &ResolveReference(root, property.value);
+      const std::string_view name = Json::Text(property.name);
+      const std::string_view member = ElementIdMember(root, *node);
+      // An entry of the key's name would make a type without instances look like one that has them.
+      if (!member.empty() && name != key && !map.Has(name)) {
+        map.AddText(name, member);
+      }
+      while (const Json::Value* items = ElementsOf(*node)) {
+        node = &ResolveReference(root, *items);
+        if (!seen.insert(node).second) {
+          break;
+        }
+        level.push_back(node);
+      }
+      if (seen.insert(node).second) {
+        level.push_back(node);
+      }
+    }
+  }
+  return map.Take();
+}
+
+std::shared_ptr<JsonDoc> MakeDefaults(const Json::Value& root, const Json::Value& schema) {
+  LazyObject defaults;
+  if (const Json::Value* properties = PropertiesOf(schema)) {
+    for (const auto& property : properties->GetObject()) {
+      const Json::Value* value = Json::FindMember(property.value, Keyword::kDefault);
+      if (value == nullptr) {
+        value = Json::FindMember(ResolveReference(root, property.value), Keyword::kDefault);
+      }
+      if (value != nullptr) {
+        defaults.AddCopy(Json::Text(property.name), *value);
+      }
+    }
+  }
+  return defaults.Take();
+}
+
+}  // namespace TarnSchemaStore

@@ -1,0 +1,45 @@
+// What a validation has found so far.
+#pragma once
+
+#include "platform/json.h"
+
+#include "validation/place.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace JsonValidator {
+
+/// The findings of one validation.
+class Findings {
+ public:
+  struct Finding {
+    std::vector<std::uint32_t> order;  ///< the position in the document, for sorting
+    std::string field;
+    std::string error;
+  };
+
+  /// Notes a fault at a place. Broken UTF-8 in the text is replaced.
+  void Add(const Place& place, std::string_view error);
+
+  bool Empty() const { return findings_.empty(); }
+
+  /// In document order, a fault found in several ways only once.
+  const std::vector<Finding>& Sorted();
+
+  /// Makes `result` the array of all findings.
+  void Write(Json::Document& result);
+
+ private:
+  std::vector<Finding> findings_;
+};
+
+/// Appends a step to a JSON Pointer, with "~" and "/" escaped and broken UTF-8 replaced.
+void AppendPointerStep(std::string& pointer, std::string_view name);
+
+/// Appends {"field", "error"} to the array `result`.
+void AppendFinding(Json::Document& result, std::string_view field, std::string_view error);
+
+}  // namespace JsonValidator

@@ -1,0 +1,86 @@
+// The rules of configuration types: which members may be given, by their tags and by their names.
+#pragma once
+
+#include "platform/json.h"
+
+#include "validation/assertion_check.h"
+#include "validation/findings.h"
+#include "validation/place.h"
+#include "validation/rule_set.h"
+#include "validation/schema_node.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory_resource>
+#include <string_view>
+#include <vector>
+
+namespace JsonValidator {
+
+/// Walks a value together with all the schemas that apply at each place of it: those that a schema
+/// refers to or takes in, the branches of "anyOf" and "oneOf" that the value fits (all when it fits
+/// none, which is a finding already), "if" and the branch that follows from it, and what the
+/// presence of a member asks for.
+///
+/// A member is declared when any of them declares it. An object is closed to other members when one
+/// of them has "properties" and does not speak of additional ones; conditions and dependencies
+/// declare members but never close an object. The rules are apart from the verdict of the schemas:
+/// a branch is not refused for them.
+class MemberRules {
+ public:
+  MemberRules(RuleSet rules, const AssertionCheck& check, Findings& findings)
+      : rules_(rules), check_(check), findings_(findings) {}
+
+  void Check(const Node& root, const Json::Value& value);
+
+ private:
+  struct Applied {
+    const Node* node;
+    bool closes;
+  };
+  /// What a member belongs to, from the tag nearest to the root.
+  enum class Part { USER, VITAL, CACHED };
+  struct InstanceIdAt {
+    std::string_view id;
+    rapidjson::SizeType index;  ///< of the element
+    std::string_view member;    ///< that holds it
+  };
+  using InstanceIds = std::vector<InstanceIdAt>;
+
+  static Part PartOf(Tags tags, Part inherited);
+
+  void Apply(const Node& node, const Json::Value& value, bool closes, std::size_t begin);
+  void ApplyBranches(const Nodes& branches, const Json::Value& value, bool closes,
+                     std::size_t begin);
+  void ApplyBeside(const Node& node, const Json::Value& value, bool closes, std::size_t begin);
+  bool ApplyMember(const ObjectRules& rules, const Json::Value::Member& member, bool closes,
+                   std::size_t begin);
+
+  // `begin` is where the schemas that apply to the value start in applied_; they end at its end.
+  void VisitObject(std::size_t begin, const Json::Value& object, const Place& place, RuleSet rules,
+                   Part part);
+  void VisitArray(std::size_t begin, const Json::Value& array, const Place& place, RuleSet rules,
+                  Part part);
+  void VisitChild(std::size_t begin, const Json::Value& value, const Place& place, RuleSet rules,
+                  Part part);
+  RuleSet CheckPart(const Json::Value& value, const Place& place, RuleSet rules, Part part,
+                    Tags reachable);
+  bool IsClosed(std::size_t begin, std::size_t end) const;
+  void NoteUnknown(std::size_t begin, std::size_t end, const Json::Value& name, const Place& place);
+
+  const Property* InstanceId(std::size_t begin) const;
+  /// The instance id of an object; nothing, with a finding, where there is no proper one.
+  std::string_view CheckInstanceId(const Property& property, const Json::Value& object,
+                                   const Place& place);
+  void CheckIdsAreUnique(InstanceIds& ids, const Json::Value& array, const Place& place);
+
+  RuleSet rules_;
+  const AssertionCheck& check_;
+  Findings& findings_;
+  std::array<std::byte, 1024> room_;
+  std::pmr::monotonic_buffer_resource memory_{room_.data(), room_.size()};
+  std::pmr::vector<Applied> applied_{&memory_};
+};
+
+}  // namespace JsonValidator

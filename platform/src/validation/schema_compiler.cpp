@@ -1,0 +1,101 @@
+#include "validation/schema_compiler.h"
+
+#include "validation/describe.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace JsonValidator {
+
+void SchemaCompiler::Run() {
+  NodeOf(schema_);
+  while (read_ < nodes_.size()) {
+    ReadSchema(nodes_[read_++]);
+  }
+}
+
+const Node* SchemaCompiler::NodeOf(const Json::Value& schema) {
+  Node*& node = known_[&schema];
+  if (node == nullptr) {
+    node = &nodes_.emplace_back();
+    node->source = &schema;
+  }
+  return node;
+}
+
+void SchemaCompiler::ReadSchema(Node& node) {
+  const Json::Value& schema = *node.source;
+  if (schema.IsBool()) {
+    node.refusesAll = schema.IsFalse();
+    return;
+  }
+  if (!schema.IsObject()) {
+    Fault(schema, "expected a schema (an object, or true or false), found " + Found(schema));
+    return;
+  }
+  const Json::Value* reference = Json::FindMember(schema, "$ref");
+  if (reference != nullptr) {
+    ReadReference(node, *reference);
+  }
+  const auto& keywords = Keywords();
+  for (const auto& member : schema.GetObject()) {
+    const Entry entry{Json::Text(member.name), member.value};
+    const auto keyword = keywords.find(entry.keyword);
+    if (keyword != keywords.end() && (reference == nullptr || keyword->second.besideReference)) {
+      keyword->second.read(*this, node, entry);
+    }
+  }
+  if (node.object) {
+    FinishRequired(*node.object);
+  }
+}
+
+void SchemaCompiler::ReadReference(Node& node, const Json::Value& reference) {
+  if (!reference.IsString()) {
+    Malformed({"$ref", reference}, "a text");
+    return;
+  }
+  std::string fault;
+  const Json::Value* target = references_.Resolve(Json::Text(reference), fault);
+  if (target == nullptr) {
+    Fault(reference, "the reference " + Quoted(Json::Text(reference)) + " " + fault);
+  } else if (!target->IsObject() && !target->IsBool()) {
+    Fault(reference, "the reference " + Quoted(Json::Text(reference)) +
+                         " leads to something that is no schema: " + Found(*target));
+  } else {
+    node.composition = std::make_unique<Composition>();
+    node.composition->reference = NodeOf(*target);
+  }
+}
+
+void SchemaCompiler::FinishRequired(ObjectRules& rules) {
+  // Required members that are declared, too, are ticked off while the members are walked.
+  constexpr std::size_t kMostBits = 64;
+  std::vector<Property> properties = rules.properties.All();
+  const auto declared = [&](std::string_view name) {
+    return std::find_if(properties.begin(), properties.end(),
+                        [&](const Property& property) { return property.name == name; });
+  };
+  std::stable_partition(rules.required.begin(), rules.required.end(),
+                        [&](std::string_view name) { return declared(name) != properties.end(); });
+  for (std::size_t i = 0; i < std::min(rules.required.size(), kMostBits); ++i) {
+    const auto property = declared(rules.required[i]);
+    if (property == properties.end()) {
+      break;
+    }
+    property->requiredBit = std::uint64_t{1} << i;
+    rules.requiredBits |= property->requiredBit;
+  }
+  rules.properties.Assign(std::move(properties));
+}
+
+void SchemaCompiler::Fault(const Json::Value& where, std::string text) {
+  faults_.push_back({&where, std::move(text)});
+}
+
+void SchemaCompiler::Malformed(const Entry& entry, std::string_view expected) {
+  Fault(entry.value, Quoted(entry.keyword) + " has to be " + std::string(expected) + ", found " +
+                         Found(entry.value));
+}
+
+}  // namespace JsonValidator

@@ -1,0 +1,46 @@
+#include "validation/schema_registry.h"
+
+namespace JsonValidator {
+
+SchemaRegistry& SchemaRegistry::Instance() {
+  static SchemaRegistry& registry = *new SchemaRegistry;
+  return registry;
+}
+
+void SchemaRegistry::Add(const Json::Value& schema) {
+  const std::unique_lock lock(mutex_);
+  std::shared_ptr<Entry>& entry = entries_[&schema];
+  if (entry) {
+    ++entry->registrations;
+  } else {
+    entry = std::make_shared<Entry>();
+  }
+}
+
+void SchemaRegistry::Remove(const Json::Value& schema) noexcept {
+  std::shared_ptr<Entry> last;  // freed after the lock is given up
+  const std::unique_lock lock(mutex_);
+  const auto entry = entries_.find(&schema);
+  if (entry != entries_.end() && --entry->second->registrations == 0) {
+    last = std::move(entry->second);
+    entries_.erase(entry);
+  }
+}
+
+std::shared_ptr<const CompiledSchema> SchemaRegistry::Find(const Json::Value& schema) {
+  std::shared_ptr<Entry> entry;
+  {
+    const std::shared_lock lock(mutex_);
+    const auto found = entries_.find(&schema);
+    if (found == entries_.end()) {
+      return nullptr;
+    }
+    entry = found->second;
+  }
+  std::call_once(entry->compiled,
+                 [&] { entry->form = std::make_unique<const CompiledSchema>(schema); });
+  const CompiledSchema* form = entry->form.get();
+  return std::shared_ptr<const CompiledSchema>(std::move(entry), form);
+}
+
+}  // namespace JsonValidator

@@ -1,0 +1,42 @@
+// The compiled schemas of the types in use.
+#pragma once
+
+#include "platform/json.h"
+
+#include "validation/compiled_schema.h"
+
+#include <memory>
+#include <mutex>
+#include <shared_mutex>
+#include <unordered_map>
+
+namespace JsonValidator {
+
+/// Compiled schemas by the address of their values, each compiled when it is first asked for. Safe
+/// from several threads: looking up takes a shared lock, and compiling one schema keeps nobody from
+/// another.
+class SchemaRegistry {
+ public:
+  /// The process's own. Never destroyed: types may still be used while the process exits.
+  static SchemaRegistry& Instance();
+
+  /// A schema may be added several times, and then stays until it is removed as often.
+  void Add(const Json::Value& schema);
+  void Remove(const Json::Value& schema) noexcept;
+
+  /// The compiled form, kept alive by the handle, or an empty pointer for a schema that was not
+  /// added.
+  std::shared_ptr<const CompiledSchema> Find(const Json::Value& schema);
+
+ private:
+  struct Entry {
+    std::once_flag compiled;
+    std::unique_ptr<const CompiledSchema> form;
+    int registrations = 1;
+  };
+
+  std::shared_mutex mutex_;
+  std::unordered_map<const Json::Value*, std::shared_ptr<Entry>> entries_;
+};
+
+}  // namespace JsonValidator

@@ -1,0 +1,22 @@
+// UTF-8 as the checks need it.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace JsonValidator::Utf8 {
+
+/// No overlong forms, no surrogates, nothing past U+10FFFF.
+bool IsValid(std::string_view text) noexcept;
+
+/// Characters (code points) of a valid text.
+std::size_t CountCharacters(std::string_view text) noexcept;
+
+/// The text with every byte that is not UTF-8 replaced by U+FFFD.
+std::string Repaired(std::string_view text);
+
+/// Length of the valid sequence that the text starts with; 0 when it starts with none.
+std::size_t SequenceLength(std::string_view text) noexcept;
+
+}  // namespace JsonValidator::Utf8

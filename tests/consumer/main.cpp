@@ -1,0 +1,89 @@
+// What a host service does with the library, through its public headers alone.
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <tarnconfigstore/tarnconfigstore.h>
+
+using namespace TarnConfigStore;
+
+namespace {
+
+void Expect(bool condition, const char* what) {
+  if (!condition) {
+    std::fprintf(stderr, "consumer: %s\n", what);
+    std::exit(1);
+  }
+}
+
+// The exception that crosses the library's border is the caller's own type.
+template <class Exception, class Call>
+void ExpectThrow(int code, Call call, const char* what) {
+  try {
+    call();
+  } catch (const Exception& exception) {
+    Expect(exception.GetErrorCode() == code, what);
+    try {
+      throw;
+    } catch (const HostCtl::Lib::HostCtlException& base) {
+      Expect(base.GetDetailedMessage() == base.what(), what);
+      return;
+    }
+  } catch (const std::exception& other) {
+    std::fprintf(stderr, "caught as another type: %s\n", other.what());
+  }
+  Expect(false, what);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Expect(argc == 3, "usage: consumer ROOT TYPES");
+  SetHostRoot(argv[1]);
+  SetLogSink([](int, const char*) {});
+  InitializeHost();
+  for (const TypeReport& report : InstallTypes({argv[2]}, {})) {
+    Expect(report.outcome == TypeOutcome::INSTALLED, report.path.c_str());
+  }
+
+  const ConfigStoreObjectId id("resolver", "network", kDefaultComponent);
+  auto store = ConfigStore::GetStore(sGlobalNamespace);
+  Expect(!store->Get(id), "nothing is stored yet");
+  {
+    ConfigStoreTransaction transaction(store);
+    auto resolver = std::make_shared<ConfigStoreObject>(id);
+    resolver->SetValue("servers", std::vector<std::string>{"10.0.0.1"});
+    resolver->SetValue("timeout", 9);
+    store->Set(resolver, EXTERNAL);
+    transaction.Commit();
+  }
+  int timeout = 0;
+  Expect(store->Get(id)->GetValue("timeout", &timeout) == 1 && timeout == 9, "timeout reads back");
+  Expect(store->GetRevision(id) == 1, "one write");
+
+  ExpectThrow<InvalidArgumentException>(
+      2000, [] { ConfigStore::GetStore(" "); }, "namespace");
+  ExpectThrow<ConfigStoreException>(
+      1037, [&] { store->Get(ConfigStoreObjectId("such", "no", "tarn")); }, "unknown type");
+  ExpectThrow<ValidationException>(
+      2000, [&] { store->Get(ConfigStoreObjectId("resolver", "network", "tarn", "x")); },
+      "instance id of a singleton");
+  ExpectThrow<ValidationException>(
+      1089,
+      [&] {
+        auto wrong = std::make_shared<ConfigStoreObject>(id);
+        wrong->SetValue("timeout", "soon");
+        store->Set(wrong, EXTERNAL);
+      },
+      "invalid object");
+  ExpectThrow<InvalidTypeException>(
+      2000,
+      [&] {
+        std::string text;
+        store->Get(id)->GetValue("timeout", &text);
+      },
+      "type mismatch");
+  Expect(store->GetRevision(id) == 1, "refused writes change nothing");
+  std::puts("consumer: ok");
+  return 0;
+}

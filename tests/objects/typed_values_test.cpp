@@ -1,0 +1,216 @@
+#include "tarnconfigstore/filter_spec_object.h"
+
+#include "support/captured_log.h"
+#include "support/raised.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+
+namespace TarnConfigStore {
+namespace {
+
+using TestSupport::CapturedLog;
+using TestSupport::Raised;
+
+// A plain object: filters have the same accessors and need no installed type.
+FilterSpecObject Object(const char* json) {
+  FilterSpecObject object(ConfigStoreObjectId("k", "g", "c"));
+  object.SetData(json);
+  return object;
+}
+
+template <class T>
+std::string Read(const FilterSpecObject& object, const char* key) {
+  T value{};
+  int origin = 0;
+  const std::string raised = Raised([&] { origin = object.GetValue(key, &value); });
+  if (raised != "nothing") {
+    return raised.substr(0, raised.find(' '));
+  }
+  if (origin == 0) {
+    return "absent";
+  }
+  if constexpr (std::is_same_v<T, std::string>) {
+    return value;
+  } else {
+    return std::to_string(value);
+  }
+}
+
+TEST(TypedValues, ReadsTakeOnlyTheirOwnKind) {
+  const CapturedLog log;
+  const FilterSpecObject object = Object(
+      R"({"t":"x","i":5,"neg":-5,"big":5000000000,"huge":18446744073709551615,"d":5.0,"e":5e2,
+          "b":true,"n":null,"l":[1],"o":{}})");
+  struct Row {
+    const char* key;
+    std::string text, i, l, d, u, us, uc, b;
+  };
+  const Row rows[] = {
+      {"t", "x", "ITE", "ITE", "ITE", "ITE", "ITE", "ITE", "ITE"},
+      {"i", "ITE", "5", "5", "ITE", "5", "5", "5", "ITE"},
+      {"neg", "ITE", "-5", "-5", "ITE", "ITE", "ITE", "ITE", "ITE"},
+      {"big", "ITE", "ITE", "5000000000", "ITE", "ITE", "ITE", "ITE", "ITE"},
+      {"huge", "ITE", "ITE", "ITE", "ITE", "ITE", "ITE", "ITE", "ITE"},
+      {"d", "ITE", "ITE", "ITE", "5.000000", "ITE", "ITE", "ITE", "ITE"},
+      {"e", "ITE", "ITE", "ITE", "500.000000", "ITE", "ITE", "ITE", "ITE"},
+      {"b", "ITE", "ITE", "ITE", "ITE", "ITE", "ITE", "ITE", "1"},
+      {"n", "absent", "absent", "absent", "absent", "absent", "absent", "absent", "absent"},
+      {"no", "absent", "absent", "absent", "absent", "absent", "absent", "absent", "absent"},
+      {"l", "ITE", "ITE", "ITE", "ITE", "ITE", "ITE", "ITE", "ITE"},
+      {"", "IAE", "IAE", "IAE", "IAE", "IAE", "IAE", "IAE", "IAE"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(Read<std::string>(object, row.key), row.text) << row.key;
+    EXPECT_EQ(Read<int>(object, row.key), row.i) << row.key;
+    EXPECT_EQ(Read<long>(object, row.key), row.l) << row.key;
+    EXPECT_EQ(Read<long long>(object, row.key), row.l) << row.key;
+    EXPECT_EQ(Read<double>(object, row.key), row.d) << row.key;
+    EXPECT_EQ(Read<unsigned int>(object, row.key), row.u) << row.key;
+    EXPECT_EQ(Read<unsigned short>(object, row.key), row.us) << row.key;
+    EXPECT_EQ(Read<unsigned char>(object, row.key), row.uc) << row.key;
+    EXPECT_EQ(Read<bool>(object, row.key), row.b) << row.key;
+  }
+  const FilterSpecObject large = Object(R"({"n":300,"m":65537})");
+  EXPECT_EQ(Read<unsigned char>(large, "n"), "44");
+  EXPECT_EQ(Read<unsigned short>(large, "m"), "1");
+}
+
+TEST(TypedValues, WritesOverwriteInPlaceOrAddAtTheEnd) {
+  const CapturedLog log;
+  FilterSpecObject object = Object(R"({"a":"old","b":[1],"c":null})");
+  object.SetValue("a", 1);
+  object.SetValue("b", "literal");
+  object.SetValue("c", true);  // a null member counts as absent, and keeps its place
+  object.SetValue("s", std::string("text"));
+  object.SetValue("v", std::string_view("cut here", 3));
+  object.SetValue("l", 5000000000L);
+  object.SetValue("ll", -5000000000LL);
+  object.SetValue("d", 2.0);
+  object.SetValue("f", 0.5F);
+  object.SetValue("u", 4294967295U);
+  object.SetValue("us", static_cast<unsigned short>(65535));
+  object.SetValue("uc", static_cast<unsigned char>(255));
+  EXPECT_EQ(object.GetData(),
+            R"({"a":1,"b":"literal","c":null,"c":true,"s":"text","v":"cut","l":5000000000,)"
+            R"("ll":-5000000000,"d":2.0,"f":0.5,"u":4294967295,"us":65535,"uc":255})");
+  EXPECT_EQ(Read<bool>(object, "c"), "absent") << "the first member of the name is the null one";
+  EXPECT_EQ(Raised([&] { object.SetValue("", 1); }), "IAE 2000 key cannot be empty");
+  EXPECT_EQ(Raised([&] { object.SetValue("a", static_cast<const char*>(nullptr)); }),
+            "IAE 2000 value cannot be null");
+}
+
+TEST(TypedValues, ListsAreOfOneKindByTheirFirstElement) {
+  const CapturedLog log;
+  const char* start = R"({"e":[],"i":[2,3,2],"s":["x","y"],"d":[1.5],"b":[true],"n":null,"t":"x"})";
+  struct Case {
+    std::function<void(FilterSpecObject&)> change;
+    const char* expected;  // what is raised, or the data of member "x" given afterwards
+    const char* member;
+  };
+  const Case cases[] = {
+      {[](auto& o) { o.AppendValue("e", 1); }, R"("e":[1])", "e"},
+      {[](auto& o) { o.AppendValue("e", "a"); }, R"("e":["a"])", "e"},
+      {[](auto& o) { o.AppendValue("i", 7LL); }, R"("i":[2,3,2,7])", "i"},
+      {[](auto& o) { o.AppendValue("s", std::string("z")); }, R"("s":["x","y","z"])", "s"},
+      {[](auto& o) { o.AppendValue("d", 2.0); }, R"("d":[1.5,2.0])", "d"},
+      {[](auto& o) { o.AppendValue("b", false); }, R"("b":[true,false])", "b"},
+      {[](auto& o) { o.AppendValue("s", 1); }, "ITE 2000 Invalid type specified for: s", ""},
+      {[](auto& o) { o.AppendValue("i", 1.0); }, "ITE 2000 Invalid type specified for: i", ""},
+      {[](auto& o) { o.AppendValue("n", 1); }, "ITE 2000 Invalid type specified for: n", ""},
+      {[](auto& o) { o.AppendValue("t", "x"); }, "ITE 2000 Invalid type specified for: t", ""},
+      {[](auto& o) { o.AppendValue("a", 1); }, "IAE 2000 Key not found: a", ""},
+      {[](auto& o) { o.RemoveValue("a", 1); }, "IAE 2000 Key not found: a", ""},
+      {[](auto& o) { o.RemoveValue("i", 2); }, R"("i":[3,2])", "i"},
+      {[](auto& o) { o.RemoveValue("i", 9); }, R"("i":[2,3,2])", "i"},
+      {[](auto& o) { o.RemoveValue("s", "y"); }, R"("s":["x"])", "s"},
+      {[](auto& o) { o.RemoveValue("b", true); }, R"("b":[])", "b"},
+      {[](auto& o) { o.SetValue("i", std::vector<int>{4}); }, R"("t":"x","i":[4])", "i"},
+      {[](auto& o) { o.SetValueEmptyList("s"); }, R"("s":[]})", "s"},
+  };
+  for (const Case& each : cases) {
+    FilterSpecObject object = Object(start);
+    const std::string raised = Raised([&] { each.change(object); });
+    if (*each.member == '\0') {
+      EXPECT_EQ(raised, each.expected);
+    } else {
+      EXPECT_EQ(raised, "nothing");
+    }
+    if (*each.member != '\0' && std::string(each.expected).find("\"t\"") == std::string::npos) {
+      EXPECT_NE(object.GetData().find(each.expected), std::string::npos)
+          << object.GetData() << " lacks " << each.expected;
+    }
+  }
+  FilterSpecObject moved = Object(start);
+  moved.SetValue("i", std::vector<int>{4});
+  EXPECT_EQ(moved.GetData(),
+            R"({"e":[],"t":"x","s":["x","y"],"d":[1.5],"b":[true],"n":null,"i":[4]})");
+}
+
+TEST(TypedValues, MixedListsAreMetWhileScanning) {
+  const CapturedLog log;
+  FilterSpecObject object = Object(R"({"i":[1,"x",2],"d":[1.5,2,"x"],"b":[true,1],"s":["a"]})");
+  std::vector<int> ints;
+  EXPECT_EQ(Raised([&] { object.GetValue("i", &ints); }),
+            "CSE 1082 JSON: data_.f.flags & kIntFlag");
+  EXPECT_EQ(ints, std::vector<int>{1}) << "what was copied before stays";
+  EXPECT_EQ(Raised([&] { object.GetValue("i", &ints); }), "IAE 2000 Output vector must be empty.");
+  EXPECT_EQ(Raised([&] { object.RemoveValue("i", 2); }), "CSE 1082 JSON: data_.f.flags & kIntFlag");
+  std::vector<double> doubles;
+  EXPECT_EQ(Raised([&] { object.GetValue("d", &doubles); }), "CSE 1082 JSON: IsNumber()");
+  EXPECT_EQ(doubles, (std::vector<double>{1.5, 2.0})) << "a double list takes integers";
+  EXPECT_EQ(Raised([&] { object.RemoveValue("d", 9.0); }), "CSE 1082 JSON: IsNumber()");
+  std::vector<std::string> texts;
+  EXPECT_EQ(object.GetValue("s", &texts), 1);
+  EXPECT_EQ(Raised([&] {
+              std::vector<bool> b;
+              object.GetValue("b", &b);
+            }),
+            "CSE 1082 JSON: IsBool()");
+  EXPECT_EQ(Raised([&] {
+              std::vector<long long> l;
+              object.GetValue("s", &l);
+            }),
+            "CSE 1082 JSON: data_.f.flags & kInt64Flag");
+}
+
+TEST(TypedValues, BinaryGoesBothWaysAsBase64) {
+  const CapturedLog log;
+  FilterSpecObject object = Object(R"({"bad":"***","number":1})");
+  const unsigned char bytes[] = {0, 255, 7};
+  EXPECT_EQ(Raised([&] { object.SetValueBinary("k", bytes, 0); }),
+            "IAE 2000 Value pointer cannot be null and length cannot be zero");
+  object.SetValueBinary("k", bytes, sizeof bytes);
+  EXPECT_EQ(Read<std::string>(object, "k"), "AP8H");
+  unsigned char* back = nullptr;
+  unsigned long length = 99;
+  EXPECT_EQ(object.GetValueBinary("absent", &back, &length), 0);
+  EXPECT_EQ(Raised([&] { object.GetValueBinary("bad", &back, &length); }),
+            "CSE 2000 Failed to decode binary value");
+  EXPECT_TRUE(back == nullptr && length == 99) << "failures leave the outputs";
+  ASSERT_EQ(object.GetValueBinary("k", &back, &length), 1);
+  const std::unique_ptr<unsigned char[]> owned(back);
+  EXPECT_TRUE(length == 3 && std::equal(bytes, bytes + 3, back));
+}
+
+TEST(TypedValues, WholeObjects) {
+  const CapturedLog log;
+  FilterSpecObject object = Object(R"({"a":1,"b":2,"c":3})");
+  object.Remove("a");
+  object.Remove("no");
+  EXPECT_EQ(object.GetData(), R"({"c":3,"b":2})") << "the last member takes the place";
+  object.SetData(nullptr);
+  EXPECT_EQ(Raised([&] { object.SetData("{"); }), "IAE 1080 The text is not valid JSON.");
+  EXPECT_EQ(Raised([&] { object.SetData(R"({"a":1,"a":2})"); }),
+            "IAE 1080 The text is not valid JSON.");
+  EXPECT_EQ(object.GetData(), R"({"c":3,"b":2})") << "kept after a failure";
+  EXPECT_FALSE(object.IsEmpty());
+  EXPECT_TRUE(Object("{}").IsEmpty());
+  FilterSpecObject list = Object("[]");
+  EXPECT_EQ(Raised([&] { (void)list.IsEmpty(); }), "CSE 1082 JSON: IsObject()");
+}
+
+}  // namespace
+}  // namespace TarnConfigStore

@@ -1,0 +1,147 @@
+#include "schema/keep_type.h"
+#include "schema/loaded_type.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace TarnSchemaStore {
+namespace {
+
+using ::testing::ElementsAre;
+using Handle = std::shared_ptr<SchemaObject>;
+
+Handle Load(const std::string& schema) {
+  return LoadedType::FromText({"tarn", "test", "sample"}, TestSupport::TypeText("sample", schema));
+}
+
+Handle LoadProperties(const std::string& properties) {
+  return Load(R"({"type":"object","properties":{)" + properties + "}}");
+}
+
+std::string Text(const std::shared_ptr<TarnConfigStore::JsonDoc>& document) {
+  std::string text = "none";
+  if (document) {
+    Json::Serialize(*document->GetJsonValuePtr(), text);
+  }
+  return text;
+}
+
+TEST(SchemaObject, KindOfATypeComesFromItsLeaves) {
+  const std::vector<std::pair<int, const char*>> types = {
+      {CONFIG_USER, R"({"type":"object"})"},
+      {CONFIG_USER, R"({"properties":{"a":{},"b":{"properties":{"c":{}}}}})"},
+      {CONFIG_VITAL, R"({"type":"object","vital":true})"},
+      {CONFIG_VITAL, R"({"vital":true,"properties":{}})"},
+      {CONFIG_VITAL, R"({"properties":{"id":{"instanceId":true},"a":{"vital":true}}})"},
+      {CONFIG_VITAL, R"({"properties":{"a":{"vital":true,"items":{"properties":{"b":{}}}}}})"},
+      {CONFIG_CACHED, R"({"cached":true,"properties":{"a":{},"id":{"instanceId":true}}})"},
+      {CONFIG_VITAL_AND_CACHED, R"({"properties":{"a":{"vital":true},"b":{"cached":true}}})"},
+      {CONFIG_MIXED, R"({"properties":{"a":{"vital":true},"b":{}}})"},
+      {CONFIG_MIXED,
+       R"({"properties":{"a":{"items":{"properties":{"b":{"cached":true},"c":{}}}}}})"},
+      {CONFIG_MIXED, R"({"properties":{"a":{"vital":true}},"patternProperties":{"^x":{}}})"},
+      {CONFIG_USER, R"({"properties":{"a":{"vital":false}}})"},
+      {CONFIG_USER, R"({"properties":{"id":{"instanceId":true}}})"},
+      {CONFIG_CACHED, R"({"properties":{"a":{"cached":true,"$ref":"#/definitions/d"}},
+                          "definitions":{"d":{"properties":{"b":{}}}}})"},
+      {CONFIG_MIXED, R"({"properties":{"a":{"$ref":"#/definitions/d"},"v":{"vital":true}},
+                         "definitions":{"d":{"properties":{"left":{"$ref":"#/definitions/d"},
+                           "right":{"$ref":"#/definitions/d"},"leaf":{}}}}})"}};
+  for (const auto& [expected, schema] : types) {
+    EXPECT_EQ(Load(schema)->GetConfigType(), expected) << schema;
+  }
+}
+
+TEST(SchemaObject, FlagsAndNamesComeFromTheRoot) {
+  const Handle type = Load(R"({"rebootRequired":true,"shared":true,"vital":true,
+                               "properties":{"b":{},"a":{}}})");
+  EXPECT_TRUE(type->IsRebootRequired());
+  EXPECT_FALSE(type->IsBootAccessible());
+  EXPECT_FALSE(type->IsConfirmedDuringUpgrade());
+  EXPECT_TRUE(type->IsVital());
+  EXPECT_FALSE(type->IsCached());
+  EXPECT_FALSE(type->IsNonSingleton());
+  EXPECT_EQ(type->GetValueType(), "tarn-shared");
+  EXPECT_EQ(type->GetVersion(), "1.0");
+  EXPECT_EQ(type->GetComponent() + "/" + type->GetGroup() + "/" + type->GetKey(),
+            "tarn/test/sample");
+  EXPECT_THAT(type->GetPropertyNames(), ElementsAre("b", "a"));
+  EXPECT_EQ(Text(type->GetIdMap()), "none");
+  EXPECT_EQ(Text(type->GetDefaults()), "none");
+}
+
+TEST(SchemaObject, IdMapNamesTheMemberOfTheTypeAndOfEachArrayOfInstances) {
+  const Handle type = LoadProperties(R"(
+      "name":{"type":"string","instanceId":true},
+      "plain":{"items":{"properties":{"x":{}}}},
+      "nics":{"items":{"properties":{"mac":{"instanceId":true},
+                                     "routes":{"items":{"properties":{"to":{"instanceId":true}}}}}}},
+      "logs":{"items":{"generatedInstanceId":true,"properties":{"text":{}}}})");
+  EXPECT_TRUE(type->IsNonSingleton());
+  EXPECT_EQ(Text(type->GetIdMap()),
+            R"({"sample":"name","nics":"mac","logs":"cs_generated_id","routes":"to"})");
+}
+
+// An object of a type without instances would otherwise be given an instance id.
+TEST(SchemaObject, ArrayNamedLikeTheTypeDoesNotGiveTheTypeInstances) {
+  const Handle type =
+      LoadProperties(R"("sample":{"items":{"properties":{"id":{"instanceId":true}}}})");
+  EXPECT_EQ(Text(type->GetIdMap()), "none");
+}
+
+TEST(SchemaObject, PropertiesAreTypesOfTheirOwnThatOutliveTheHandleToTheWhole) {
+  Handle type = LoadProperties(R"(
+      "count":{"type":"integer","default":3},
+      "lease":{"$ref":"#/properties/old"},
+      "old":{"type":"object","cached":true,"default":{},
+             "properties":{"ttl":{"default":60},"from":{"default":"pool"}}},
+      "nics":{"items":{"$ref":"#/properties/nic"}},
+      "nic":{"properties":{"mac":{"instanceId":true},"mtu":{"default":1500},
+                           "peers":{"items":{"$ref":"#/properties/nic"}}}})");
+  EXPECT_EQ(Text(type->GetDefaults()), R"({"count":3,"lease":{},"old":{}})");
+  EXPECT_EQ(type->GetPropertySchema("count"), nullptr);
+  EXPECT_EQ(type->GetPropertySchema("missing"), nullptr);
+  EXPECT_TRUE(Json::FindMember(*type->GetPropertyValueSchema("lease"), "cached")->IsTrue());
+  EXPECT_EQ(type->GetPropertyValueSchema("missing"), nullptr);
+
+  const Handle lease = type->GetPropertySchema("lease");
+  EXPECT_EQ(Text(lease->GetDefaults()), R"({"ttl":60,"from":"pool"})");
+  EXPECT_EQ(type->GetPropertySchema("old")->GetConfigType(), CONFIG_CACHED);
+  EXPECT_TRUE(type->GetPropertySchema("old")->IsCached());
+
+  const Handle nic = type->GetPropertySchema("nics");
+  EXPECT_EQ(nic, type->GetPropertySchema("nics"));
+  type.reset();
+  EXPECT_TRUE(nic->IsNonSingleton());
+  EXPECT_EQ(nic->GetKey(), "nics");
+  EXPECT_EQ(Text(nic->GetIdMap()), R"({"nics":"mac","peers":"mac"})");
+  EXPECT_EQ(Text(nic->GetPropertySchema("peers")->GetPropertySchema("peers")->GetDefaults()),
+            R"({"mtu":1500})");
+}
+
+TEST(SchemaObject, CircularAndDanglingReferencesLeadNowhere) {
+  const Handle type = LoadProperties(R"(
+      "a":{"$ref":"#/properties/b"},"b":{"$ref":"#/properties/a"},"c":{"$ref":"#/definitions/none"},
+      "d":{"$ref":"#/definitions/x~1y%7Ez"}},
+      "definitions":{"x/y~z":{"properties":{"deep":{"default":1}}})");
+  EXPECT_EQ(type->GetConfigType(), CONFIG_USER);
+  EXPECT_EQ(Text(type->GetPropertySchema("d")->GetDefaults()), R"({"deep":1})");
+}
+
+TEST(SchemaObject, DamagedDocumentIsRefusedByName) {
+  for (const char* text : {"{", "[]", R"({"version":"1"})", R"({"schema":{}})"}) {
+    try {
+      LoadedType::FromText({"tarn", "test", "sample"}, text);
+      ADD_FAILURE() << text;
+    } catch (const std::runtime_error& failure) {
+      EXPECT_THAT(failure.what(), ::testing::HasSubstr("tarn/test/sample")) << text;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace TarnSchemaStore

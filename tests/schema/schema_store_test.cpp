@@ -1,0 +1,219 @@
+#include "platform/schema_store.h"
+
+#include "platform/db_testing.h"
+#include "platform/store_error.h"
+
+#include "db/database_file.h"
+#include "schema/keep_type.h"
+#include "support/temporary_host.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace TarnSchemaStore {
+namespace {
+
+using TestSupport::KeepType;
+using TestSupport::TemporaryHost;
+
+constexpr const char* kAnySchema = R"({"type":"object"})";
+
+std::shared_ptr<SchemaObject> Get(const std::string& key) {
+  return SchemaStore::GetStore(false)->GetSchemaObject("tarn", "test", key);
+}
+
+std::string VersionOf(const std::string& key) {
+  const auto type = Get(key);
+  return type ? type->GetVersion() : "none";
+}
+
+// Until the file's time stamps are old enough to be trusted, each look reads the generation.
+void LetTheFileSettle() {
+  std::this_thread::sleep_for(std::chrono::milliseconds(150));
+}
+
+std::uint64_t OpensDuring(const std::function<void()>& action) {
+  const std::uint64_t before = DBStore::internal::CountOpens();
+  action();
+  return DBStore::internal::CountOpens() - before;
+}
+
+TEST(SchemaStore, TypeIsReadOnFirstUseAndKept) {
+  const TemporaryHost host;
+  KeepType("one", kAnySchema);
+  KeepType("two", kAnySchema);
+  LetTheFileSettle();
+  std::shared_ptr<SchemaObject> first;
+  EXPECT_EQ(OpensDuring([&] { first = Get("one"); }), 1U);
+  EXPECT_EQ(OpensDuring([&] { EXPECT_EQ(Get("one"), first); }), 0U);
+  EXPECT_EQ(SchemaStore::GetCache()->GetSchemaObject("tarn", "test", "one"), first);
+}
+
+TEST(SchemaStore, AbsentTypeIsRememberedUntilItIsInstalled) {
+  const TemporaryHost host;
+  LetTheFileSettle();
+  EXPECT_EQ(VersionOf("later"), "none");
+  EXPECT_EQ(OpensDuring([] { EXPECT_EQ(VersionOf("later"), "none"); }), 0U);
+  KeepType("later", kAnySchema);
+  EXPECT_EQ(VersionOf("later"), "1.0");
+}
+
+TEST(SchemaStore, NamesAreNotRunTogether) {
+  const TemporaryHost host;
+  KeepType("ab", kAnySchema);
+  const auto store = SchemaStore::GetStore(false);
+  EXPECT_EQ(store->GetSchemaObject("tarn", "testa", "b"), nullptr);
+  EXPECT_NE(store->GetSchemaObject("tarn", "test", "ab"), nullptr);
+}
+
+// Many changes in a row, faster than the file system's clock ticks and of one size.
+TEST(SchemaStore, EveryChangeIsSeenAtTheNextLook) {
+  const TemporaryHost host;
+  for (int version = 100; version < 200; ++version) {
+    KeepType("busy", kAnySchema, std::to_string(version));
+    ASSERT_EQ(VersionOf("busy"), std::to_string(version));
+  }
+}
+
+TEST(SchemaStore, ObjectsHandedOutOutliveAChange) {
+  const TemporaryHost host;
+  KeepType("one", R"({"properties":{"a":{"default":1}}})", "1.0");
+  const auto old = Get("one");
+  KeepType("one", kAnySchema, "2.0");
+  EXPECT_EQ(VersionOf("one"), "2.0");
+  EXPECT_EQ(old->GetVersion(), "1.0");
+  EXPECT_NE(old->GetPropertyValueSchema("a"), nullptr);
+}
+
+TEST(SchemaStore, ChangeByAnotherProcessIsSeen) {
+  const TemporaryHost host;
+  KeepType("one", kAnySchema, "1.0");
+  LetTheFileSettle();
+  EXPECT_EQ(VersionOf("one"), "1.0");
+  const pid_t child = fork();
+  if (child == 0) {
+    KeepType("one", kAnySchema, "2.0");
+    _exit(VersionOf("one") == "2.0" ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(VersionOf("one"), "2.0");
+}
+
+// A restored backup can have the same generation and size.
+TEST(SchemaStore, ReplacedFileIsSeen) {
+  const TemporaryHost host;
+  const std::string path = host.Path(HostPaths::kSchemaStore);
+  KeepType("one", kAnySchema, "1.0");
+  std::filesystem::copy_file(path, path + ".backup");
+  KeepType("one", kAnySchema, "2.0");
+  LetTheFileSettle();
+  EXPECT_EQ(VersionOf("one"), "2.0");
+  std::filesystem::rename(path + ".backup", path);
+  EXPECT_EQ(VersionOf("one"), "1.0");
+}
+
+TEST(SchemaStore, AnotherRootIsAnotherStore) {
+  const TemporaryHost host;
+  KeepType("one", kAnySchema, "1.0");
+  EXPECT_EQ(VersionOf("one"), "1.0");
+  {
+    const TemporaryHost other;
+    EXPECT_EQ(VersionOf("one"), "none");
+  }
+  EXPECT_EQ(VersionOf("one"), "1.0");
+}
+
+TEST(SchemaStore, MissingOrBrokenStoreNeverLooksEmpty) {
+  const TemporaryHost host;
+  const std::string path = host.Path(HostPaths::kSchemaStore);
+  KeepType("one", kAnySchema);
+  ASSERT_NE(Get("one"), nullptr);
+
+  const auto expectFailure = [](DBStore::ErrorKind kind) {
+    DBStore::ClearLastError();
+    const auto store = SchemaStore::GetStore(false);
+    EXPECT_THROW(store->GetSchemaObject("tarn", "test", "one"), std::runtime_error);
+    EXPECT_EQ(DBStore::GetLastError().kind, kind);
+    EXPECT_THROW(SchemaStore::GetCache()->GetTypes(), std::runtime_error);
+  };
+  std::filesystem::rename(path, path + ".away");
+  expectFailure(DBStore::ErrorKind::MISSING);
+  std::ofstream(path) << "this is no database, only a text that is long enough to be read as one";
+  expectFailure(DBStore::ErrorKind::CORRUPT);
+  std::filesystem::rename(path + ".away", path);
+  EXPECT_EQ(VersionOf("one"), "1.0");
+}
+
+TEST(SchemaStore, TypesAreListedByName) {
+  const TemporaryHost host;
+  KeepType("two", kAnySchema);
+  KeepType("one", kAnySchema);
+  const std::vector<TypeName> expected = {{"tarn", "test", "one"}, {"tarn", "test", "two"}};
+  EXPECT_EQ(SchemaStore::GetCache()->GetTypes(), expected);
+}
+
+TEST(SchemaStore, ThreadsShareOneObjectWhileTypesChange) {
+  const TemporaryHost host;
+  KeepType("one", R"({"properties":{"part":{"properties":{"a":{"default":1}}}}})", "1");
+  std::atomic<bool> stop = false;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&] {
+      while (!stop) {
+        const auto type = Get("one");
+        ASSERT_NE(type, nullptr);
+        ASSERT_NE(type->GetPropertySchema("part")->GetDefaults(), nullptr);
+        ASSERT_EQ(VersionOf("absent"), "none");
+      }
+    });
+  }
+  for (int version = 2; version < 12; ++version) {
+    KeepType("one", R"({"properties":{"part":{"properties":{"a":{"default":1}}}}})",
+             std::to_string(version));
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+  stop = true;
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(VersionOf("one"), "11");
+}
+
+// The child has none of the other threads, but a copy of every lock that they held.
+TEST(SchemaStore, ChildOfABusyProcessCanReadTypes) {
+  const TemporaryHost host;
+  KeepType("one", kAnySchema);
+  std::atomic<bool> stop = false;
+  std::thread reader([&] {
+    while (!stop) {
+      ASSERT_EQ(VersionOf("one"), "1.0");
+    }
+  });
+  for (int i = 0; i < 20; ++i) {
+    const pid_t child = fork();
+    if (child == 0) {
+      alarm(20);
+      _exit(VersionOf("one") == "1.0" ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_EQ(status, 0);
+  }
+  stop = true;
+  reader.join();
+}
+
+}  // namespace
+}  // namespace TarnSchemaStore

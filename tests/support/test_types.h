@@ -1,0 +1,69 @@
+// Types for tests, installed as any other.
+#pragma once
+
+#include "tarnconfigstore/type_administration.h"
+
+#include "support/temporary_host.h"
+
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace TestSupport {
+
+/// A plain type, tarn/test/plain: texts, numbers, a list with bounds, a default.
+inline constexpr const char* kPlainType = R"({
+  "component": "tarn", "group": "test", "key": "plain", "version": "1.0",
+  "schema": {
+    "type": "object",
+    "properties": {
+      "name": { "type": "string" },
+      "port": { "type": "integer", "minimum": 1, "maximum": 65535, "default": 22 },
+      "tags": { "type": "array", "items": { "type": "string" } },
+      "nested": { "type": "object", "properties": { "deep": { "type": "object", "properties": {
+        "leaf": { "type": "string" } } } } }
+    },
+    "required": ["name"]
+  }
+})";
+
+/// A type of all parts with instances, and instances inside it, tarn/test/switch.
+inline constexpr const char* kSwitchType = R"({
+  "component": "tarn", "group": "test", "key": "switch", "version": "2.1",
+  "schema": {
+    "type": "object",
+    "properties": {
+      "name": { "type": "string", "instanceId": true },
+      "mtu": { "type": "integer" },
+      "serial": { "type": "string", "vital": true },
+      "state": { "type": "object", "cached": true, "properties": { "up": { "type": "boolean" } } },
+      "ports": { "type": "array", "items": { "type": "object", "properties": {
+        "id": { "type": "string", "instanceId": true },
+        "vlan": { "type": "integer" },
+        "mac": { "type": "string", "vital": true },
+        "speed": { "type": "integer", "cached": true },
+        "policy": { "type": "object", "properties": {
+          "limit": { "type": "integer" }, "seen": { "type": "integer", "cached": true } } } } } },
+      "rules": { "type": "array", "items": { "type": "object", "generatedInstanceId": true,
+        "properties": { "allow": { "type": "string" }, "hits": { "type": "integer", "cached": true } } } }
+    }
+  }
+})";
+
+inline void InstallType(const TemporaryHost& host, const std::string& text) {
+  const std::string path = host.Root() + "/type.json";
+  std::ofstream(path) << text;
+  for (const auto& report : TarnConfigStore::InstallTypes({path}, {})) {
+    if (report.outcome == TarnConfigStore::TypeOutcome::INVALID) {
+      std::string errors;
+      for (const auto& error : report.errors) {
+        errors += error.field + ": " + error.error + "\n";
+      }
+      throw std::runtime_error("a type of the tests is not valid:\n" + errors);
+    }
+  }
+}
+
+}  // namespace TestSupport
