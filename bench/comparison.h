@@ -17,7 +17,8 @@ struct Comparison {
   double targetRatio = 0;  ///< of library to floor; 0 where another target is given
   double targetValue = 0;  ///< of the library, in bytes
   Unit unit = Unit::TIME;
-  int items = 1;  ///< objects that one operation handles
+  int items = 1;          ///< objects that one operation handles
+  bool ownClock = false;  ///< the bodies tell how long each iteration took
 };
 
 using Body = std::function<void(benchmark::State&)>;

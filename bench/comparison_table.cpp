@@ -23,7 +23,7 @@ std::string Readable(double value, Unit unit) {
     return "-";
   }
   if (unit == Unit::BYTES) {
-    return Formatted(value / 1e6, "MB");
+    return value < 1e4 ? Formatted(value, "B") : Formatted(value / 1e6, "MB");
   }
   if (value < 1e3) {
     return Formatted(value, "ns");

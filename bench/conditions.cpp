@@ -61,7 +61,11 @@ bool CheckConditions(Roads& roads, const std::string& root) {
   const auto setByFloor = [&] { roads.floor.Set(id, floorObject->Data(), type); };
 
   bool holds = NothingTwice("Gets", [&] { roads.library->Get(IdOf(Host::kPlain)); });
-  holds &= NothingTwice("Sets", setByLibrary);
+  {
+    TarnConfigStore::ConfigStoreTransaction transaction(roads.library);
+    holds &= NothingTwice("Sets", setByLibrary);
+    transaction.Commit();
+  }
 
   const std::uint64_t library = SyncsOf(roads, setByLibrary);
   const std::uint64_t floor = SyncsOf(roads, setByFloor);

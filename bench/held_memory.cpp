@@ -20,11 +20,14 @@ double AllocatedBytes() {
   return static_cast<double>(info.uordblks + info.hblkhd);
 }
 
-// What a thousand objects take up once everything else is in place.
+// What a thousand objects take up once everything else is in place: a first pass fills the
+// database's page cache, which is nobody's object.
 template <class Get>
 double MeasureHeld(Get get) {
   const std::string key = Host::KeyOfInstances(kObjects);
-  get(IdOf(key, InstanceId(0)));
+  for (std::size_t i = 0; i < kObjects; ++i) {
+    get(IdOf(key, InstanceId(i)));
+  }
   std::vector<decltype(get(IdOf(key)))> objects;
   objects.reserve(kObjects);
   const double before = AllocatedBytes();

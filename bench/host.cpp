@@ -126,6 +126,8 @@ void Host::InstallAllTypes() const {
 
 void Host::FillStore() const {
   FloorStore store(root_);
+  // All of it in memory, or each transaction would write the same pages again and again.
+  store.Run("PRAGMA cache_size=-65536");
   store.Run("BEGIN IMMEDIATE");
   store.Fill(IdOf(kPlain), Row(1));
   store.Fill(IdOf(kWritten), Row(1));

@@ -1,6 +1,7 @@
 #include "samples.h"
 
 #include <array>
+#include <cstdarg>
 #include <cstdio>
 
 namespace Benchmarks {
@@ -8,10 +9,12 @@ namespace {
 
 constexpr const char* kGroup = "bench";
 
-template <class... Arguments>
-std::string Format(const char* format, Arguments... arguments) {
+__attribute__((format(printf, 1, 2))) std::string Format(const char* format, ...) {
   std::array<char, 2048> buffer;
-  const int length = std::snprintf(buffer.data(), buffer.size(), format, arguments...);
+  va_list arguments;
+  va_start(arguments, format);
+  const int length = std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
+  va_end(arguments);
   return std::string(buffer.data(), static_cast<std::size_t>(length));
 }
 

@@ -73,7 +73,7 @@ void RegisterSets(Roads& roads, const std::string& root) {
         roads.floor.Run("COMMIT");
       });
   constexpr double kTargetDurable = 1.15;
-  constexpr double kSeconds = 0.3;
+  constexpr double kSeconds = 0.05;
   const Sides durable = Compare(
       {.name = "set/durable",
        .does = "the same in a transaction of its own, one fdatasync",
