@@ -18,6 +18,12 @@ std::string Formatted(double value, const char* unit) {
   return text.data();
 }
 
+std::string Plain(double value) {
+  std::array<char, 32> text;
+  std::snprintf(text.data(), text.size(), "%.2f", value);
+  return text.data();
+}
+
 std::string Readable(double value, Unit unit) {
   if (value == kNothing) {
     return "-";
@@ -34,6 +40,17 @@ std::string Readable(double value, Unit unit) {
 std::string Target(const Comparison& comparison) {
   return comparison.targetRatio > 0 ? Formatted(comparison.targetRatio, "x")
                                     : Readable(comparison.targetValue, comparison.unit);
+}
+
+double MedianOf(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+// What is measured in children takes none of this process's time.
+bool HasCpuTime(const Comparison& comparison) {
+  return comparison.unit == Unit::TIME && !comparison.ownClock;
 }
 
 const char* Verdict(const Comparison& comparison, double library, double floor) {
@@ -61,41 +78,53 @@ void ComparisonTable::ReportRuns(const std::vector<Run>& runs) {
       failed_ = true;
     } else if (run.run_type == Run::RT_Iteration) {
       const auto bytes = run.counters.find(kBytes);
-      samples_[name].push_back(bytes == run.counters.end() ? run.GetAdjustedRealTime()
-                                                           : bytes->second.value);
+      samples_[name].results.push_back(bytes == run.counters.end() ? run.GetAdjustedRealTime()
+                                                                   : bytes->second.value);
+      samples_[name].cpuTimes.push_back(run.GetAdjustedCPUTime());
     }
   }
 }
 
 double ComparisonTable::Median(const std::string& name) const {
   const auto found = samples_.find(name);
-  if (found == samples_.end()) {
-    return kNothing;
+  return found == samples_.end() ? kNothing : MedianOf(found->second.results);
+}
+
+double ComparisonTable::CpuRatio(const std::string& name) const {
+  const auto library = samples_.find(name + kLibrarySide);
+  const auto floor = samples_.find(name + kFloorSide);
+  if (library == samples_.end() || floor == samples_.end()) {
+    return NAN;
   }
-  std::vector<double> values = found->second;
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
+  return MedianOf(library->second.cpuTimes) / MedianOf(floor->second.cpuTimes);
 }
 
 void ComparisonTable::Finalize() {
-  std::printf("%-26s %11s %11s %7s %9s\n", "operation", "library", "floor", "ratio", "target");
+  PrintRatios();
+  PrintPerItem();
+  PrintSiblings();
+}
+
+void ComparisonTable::PrintRatios() const {
+  std::printf("%-26s %11s %11s %7s %7s %9s\n", "operation", "library", "floor", "ratio", "cpu",
+              "target");
   for (const Comparison& comparison : Comparisons()) {
     const double library = Median(comparison.name + kLibrarySide);
     const double floor = Median(comparison.name + kFloorSide);
     if (library == kNothing && floor == kNothing) {
       continue;
     }
-    std::printf("%-26s %11s %11s %7.2f %9s  %s\n    %s\n", comparison.name.c_str(),
+    std::printf("%-26s %11s %11s %7.2f %7s %9s  %s\n    %s\n", comparison.name.c_str(),
                 Readable(library, comparison.unit).c_str(),
                 Readable(floor, comparison.unit).c_str(), floor > 0 ? library / floor : NAN,
+                HasCpuTime(comparison) ? Plain(CpuRatio(comparison.name)).c_str() : "-",
                 Target(comparison).c_str(), Verdict(comparison, library, floor),
                 comparison.does.c_str());
   }
-  PrintPerItem();
 }
 
 void ComparisonTable::PrintPerItem() const {
+  std::printf("\n");
   for (const Comparison& comparison : Comparisons()) {
     const double library = Median(comparison.name + kLibrarySide);
     const double floor = Median(comparison.name + kFloorSide);
@@ -104,6 +133,21 @@ void ComparisonTable::PrintPerItem() const {
                   Readable(library / comparison.items, comparison.unit).c_str(),
                   Readable(floor / comparison.items, comparison.unit).c_str(), comparison.items);
     }
+  }
+}
+
+void ComparisonTable::PrintSiblings() const {
+  for (const Comparison& comparison : Comparisons()) {
+    const double library = Median(comparison.sibling + kLibrarySide);
+    const double floor = Median(comparison.sibling + kFloorSide);
+    if (library == kNothing || floor == kNothing) {
+      continue;
+    }
+    const double ratio = Median(comparison.name + kLibrarySide) / library;
+    std::printf("\n%s against %s: library %.2f, floor %.2f, target %.2f  %s\n",
+                comparison.name.c_str(), comparison.sibling.c_str(), ratio,
+                Median(comparison.name + kFloorSide) / floor, comparison.siblingRatio,
+                ratio <= comparison.siblingRatio ? "ok" : "over");
   }
 }
 

@@ -10,6 +10,8 @@
 namespace Benchmarks {
 
 /// Collects the repetitions of both sides of each comparison and prints their medians side by side.
+/// Results are real time; the ratio of processor time stands beside it, since other processes
+/// lengthen the real time of whatever takes longer than its turn.
 class ComparisonTable : public benchmark::BenchmarkReporter {
  public:
   bool ReportContext(const Context& context) override;
@@ -20,10 +22,18 @@ class ComparisonTable : public benchmark::BenchmarkReporter {
   bool HasFailures() const { return failed_; }
 
  private:
-  double Median(const std::string& name) const;
-  void PrintPerItem() const;
+  struct Samples {
+    std::vector<double> results;
+    std::vector<double> cpuTimes;
+  };
 
-  std::map<std::string, std::vector<double>> samples_;
+  double Median(const std::string& name) const;
+  double CpuRatio(const std::string& name) const;
+  void PrintRatios() const;
+  void PrintPerItem() const;
+  void PrintSiblings() const;
+
+  std::map<std::string, Samples> samples_;
   bool failed_ = false;
 };
 

@@ -61,6 +61,7 @@ double MeasureMemoryOfFloor(const std::string& root) {
 
 void RegisterHeldMemory(const std::string& root) {
   constexpr double kTarget = 1.6e6;
+  constexpr int kChildren = 3;
   const Sides sides = Compare(
       {.name = "memory/1000-objects",
        .does = "allocated bytes held by 1,000 objects of 400 bytes, read one by one",
@@ -70,7 +71,7 @@ void RegisterHeldMemory(const std::string& root) {
       [root](benchmark::State& state) { ReportChild(state, ChildTask::HELD_MEMORY_LIBRARY, root); },
       [root](benchmark::State& state) { ReportChild(state, ChildTask::HELD_MEMORY_FLOOR, root); });
   for (benchmark::internal::Benchmark* side : {sides.library, sides.floor}) {
-    side->Iterations(1);
+    side->Iterations(1)->Repetitions(kChildren);
   }
 }
 

@@ -73,15 +73,16 @@ void RegisterSets(Roads& roads, const std::string& root) {
         roads.floor.Run("COMMIT");
       });
   constexpr double kTargetDurable = 1.15;
-  constexpr double kSeconds = 0.05;
+  constexpr double kSeconds = 0.005;
+  constexpr int kRepetitions = 101;
   const Sides durable = Compare(
       {.name = "set/durable",
        .does = "the same in a transaction of its own, one fdatasync",
        .targetRatio = kTargetDurable},
       [&roads](benchmark::State& state) { SetByLibrary(roads, state); },
       [&roads, type](benchmark::State& state) { SetByFloor(roads, *type, state); });
-  durable.library->MinTime(kSeconds);
-  durable.floor->MinTime(kSeconds);
+  durable.library->MinTime(kSeconds)->Repetitions(kRepetitions);
+  durable.floor->MinTime(kSeconds)->Repetitions(kRepetitions);
 }
 
 }  // namespace Benchmarks
