@@ -3,7 +3,6 @@
 #include "platform/db_testing.h"
 #include "platform/store_error.h"
 
-#include "db/database_file.h"
 #include "schema/keep_type.h"
 #include "support/temporary_host.h"
 
@@ -43,9 +42,9 @@ void LetTheFileSettle() {
 }
 
 std::uint64_t OpensDuring(const std::function<void()>& action) {
-  const std::uint64_t before = DBStore::internal::CountOpens();
+  const std::uint64_t before = DBStore::testing::GetCounters().opens;
   action();
-  return DBStore::internal::CountOpens() - before;
+  return DBStore::testing::GetCounters().opens - before;
 }
 
 TEST(SchemaStore, TypeIsReadOnFirstUseAndKept) {

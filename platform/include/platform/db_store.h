@@ -6,6 +6,9 @@
 //
 // Thread safety: connections may be shared by threads, which then share its transaction; everything else
 // is per call.
+//
+// Forking: the child takes connections of its own; the parent's refuse it. A child that was forked in the
+// middle of a transaction or statement of any thread gets none, since it could neither close nor ignore it.
 #pragma once
 
 #include <functional>
@@ -32,8 +35,9 @@ using ConnectionHandle = std::shared_ptr<StoreConnection>;
 ConnectionHandle GetConnection(Type type, bool writable);
 
 /// Transactions nest: the outermost is BEGIN IMMEDIATE, each inner one a savepoint.
-/// Begin fails (5 busy, 8 read-only) at once or after the wait limit, and with 516 when SQLite has rolled
-/// the open levels back by itself. Commit fails with 21 when nothing was begun and 516 after such a
+/// Begin fails with 8 on a store that may only be read, with 5 after the wait limit when another writer goes
+/// on, or at once when that is this thread on another connection, and with 516 when SQLite has rolled the
+/// open levels back by itself; statements and key/value entries are then refused too. Commit fails with 21 when nothing was begun and 516 after such a
 /// roll-back; the level then stays until it is cancelled. Cancel undoes the innermost level; 21 when nothing
 /// was begun, otherwise 0.
 int BeginTransaction(const ConnectionHandle& connection);
@@ -45,7 +49,8 @@ int CancelTransaction(const ConnectionHandle& connection);
 int ReadKeyValue(const std::string& key, std::string* value, const ConnectionHandle& connection);
 int WriteKeyValue(const std::string& key, const std::string& value, const ConnectionHandle& connection);
 
-/// Makes the schema store's tables visible as "ss", and removes them again.
+/// Makes the schema store's tables visible as "ss" for reading, and removes them again when as many calls
+/// asked for it, inside a transaction at its end.
 int AttachSchemaStore(const ConnectionHandle& connection);
 int DetachSchemaStore(const ConnectionHandle& connection);
 
@@ -61,7 +66,8 @@ using StatementHandle = std::unique_ptr<sqlite3_stmt, SqliteStmtDeleter>;
 /// 0 stops the statement. What it throws passes through ExecuteStmt; the statement is reset by its handle.
 using RowCallback = int (*)(void* context, int columnCount, char** values, char** names);
 
-/// Steps a statement to its end. 0 on success, 1 on any failure.
+/// Steps a statement to its end, after which it can run again. 0 on success, 1 on any failure: a callback that
+/// stops it is one, and so is writing while this thread has a transaction open on another connection.
 int ExecuteStmt(const ConnectionHandle& connection, const StatementHandle& statement, RowCallback callback,
                 void* context, int limit);
 

@@ -1,6 +1,7 @@
 #include "schema/annotation_rules.h"
 
 #include "schema/annotations.h"
+#include "schema/meta_schema.h"
 #include "schema/schema_walk.h"
 
 #include <array>
@@ -43,6 +44,7 @@ class AnnotationRules {
     if (!place.node.IsObject()) {
       return;
     }
+    CheckKeywords(place);
     CheckFlags(place);
     CheckTags(place);
     CheckInstanceId(place);
@@ -76,6 +78,18 @@ class AnnotationRules {
 
   void Add(const Place& place, const char* annotation, const std::string& error) {
     findings_.Add(place.pointer + "/" + annotation, error);
+  }
+
+  // A misspelt tag would silently make other data of a member.
+  void CheckKeywords(const Place& place) {
+    for (const auto& member : place.node.GetObject()) {
+      const std::string_view name = Json::Text(member.name);
+      if (!IsKeyword(name) && name.substr(0, 2) != "x-") {
+        findings_.Add(place.pointer + "/" + EscapePointerToken(name),
+                      "is neither a keyword of JSON Schema draft-07 nor an annotation of types; "
+                      "members of your own begin with \"x-\"");
+      }
+    }
   }
 
   void CheckFlags(const Place& place) {

@@ -39,8 +39,6 @@ constexpr const char* kText = R"json({
     "kind": { "enum": ["array", "boolean", "integer", "null", "number", "object", "string"] },
     "node": {
       "type": ["object", "boolean"],
-      "additionalProperties": false,
-      "patternProperties": { "^x-": {} },
       "properties": {
         "$comment": { "type": "string" },
         "$id": { "type": "string" },
@@ -62,7 +60,9 @@ constexpr const char* kText = R"json({
         "dependencies": {
           "type": "object",
           "additionalProperties": {
-            "anyOf": [{ "$ref": "#/definitions/node" }, { "$ref": "#/definitions/names" }]
+            "if": { "type": "array" },
+            "then": { "$ref": "#/definitions/names" },
+            "else": { "$ref": "#/definitions/node" }
           }
         },
         "description": { "type": "string" },
@@ -76,7 +76,9 @@ constexpr const char* kText = R"json({
         "if": { "$ref": "#/definitions/node" },
         "instanceId": {},
         "items": {
-          "anyOf": [{ "$ref": "#/definitions/node" }, { "type": "array" }]
+          "if": { "type": "array" },
+          "then": { "$ref": "#/definitions/list" },
+          "else": { "$ref": "#/definitions/node" }
         },
         "maxItems": { "$ref": "#/definitions/count" },
         "maxLength": { "$ref": "#/definitions/count" },
@@ -100,10 +102,9 @@ constexpr const char* kText = R"json({
         "then": { "$ref": "#/definitions/node" },
         "title": { "type": "string" },
         "type": {
-          "anyOf": [
-            { "$ref": "#/definitions/kind" },
-            { "type": "array", "minItems": 1, "uniqueItems": true, "items": { "$ref": "#/definitions/kind" } }
-          ]
+          "if": { "type": "array" },
+          "then": { "minItems": 1, "uniqueItems": true, "items": { "$ref": "#/definitions/kind" } },
+          "else": { "$ref": "#/definitions/kind" }
         },
         "uniqueItems": { "type": "boolean" },
         "vital": {},
@@ -126,6 +127,11 @@ struct Compiled {
 };
 
 }  // namespace
+
+bool IsKeyword(std::string_view name) {
+  static const Json::Value& keywords = MetaSchema()["definitions"]["node"]["properties"];
+  return Json::FindMember(keywords, name) != nullptr;
+}
 
 const Json::Value& MetaSchema() {
   static const Compiled& compiled = *new Compiled;

@@ -3,10 +3,15 @@
 
 #include "platform/json.h"
 
+#include <string_view>
+
 namespace TypeFiles {
 
 /// The schema that type files are judged by; compiled once. What it cannot say is said by the rules
 /// beside it.
 const Json::Value& MetaSchema();
+
+/// Whether JSON Schema draft-07 or type files give this member of a schema a meaning.
+bool IsKeyword(std::string_view name);
 
 }  // namespace TypeFiles

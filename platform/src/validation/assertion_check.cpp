@@ -134,15 +134,21 @@ bool AssertionCheck::VisitText(const TextRules& rules, const Json::Value& value,
     }
   }
   if (rules.pattern) {
-    const Pattern::Result result = rules.pattern->Match(text);
-    if (result != Pattern::Result::MATCH) {
-      ok = Fail(findings, place, [&] {
-        return "the text " + Quoted(text) +
-               (result == Pattern::Result::NO_MATCH
-                    ? " does not match the pattern "
-                    : " could not be checked against the pattern ") +
-               rules.pattern->Text();
-      });
+    switch (rules.pattern->Match(text)) {
+      case Pattern::Result::MATCH:
+        break;
+      case Pattern::Result::NO_MATCH:
+        ok = Fail(findings, place, [&] {
+          return "the text " + Quoted(text) + " does not match the pattern " +
+                 rules.pattern->Text();
+        });
+        break;
+      case Pattern::Result::UNDECIDED:
+        ok = FailUndecided(findings, place, [&] {
+          return "the text " + Quoted(text) + " could not be checked against the pattern " +
+                 rules.pattern->Text();
+        });
+        break;
     }
   }
   return ok;
@@ -185,8 +191,9 @@ bool AssertionCheck::VisitArray(const ArrayRules& rules, const Json::Value& valu
       }
     }
     if (rules.contains != nullptr && (ok || findings != nullptr) &&
-        std::none_of(value.Begin(), value.End(),
-                     [&](const Json::Value& element) { return Holds(*rules.contains, element); })) {
+        std::none_of(value.Begin(), value.End(), [&](const Json::Value& element) {
+          return Holds(*rules.contains, element, place);
+        })) {
       ok = Fail(findings, place, [&] {
         return std::string("none of the elements is of the form that at least one has to have");
       });

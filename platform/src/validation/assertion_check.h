@@ -22,6 +22,8 @@ class AssertionCheck {
     bool assertions = true;     ///< all assertions but "required"
     bool required = true;       ///< members that are plainly missing
     bool textsAreSound = true;  ///< all texts of the value are known to be UTF-8
+    /// Gets what could not be checked where the schema is asked quietly, and would be hidden there.
+    Findings* undecided = nullptr;
   };
 
   explicit AssertionCheck(Scope scope) : scope_(scope) {}
@@ -33,8 +35,8 @@ class AssertionCheck {
   }
 
   /// Whether the value fits.
-  bool Holds(const Node& node, const Json::Value& value) const {
-    return Visit(node, value, Place{}, nullptr);
+  bool Holds(const Node& node, const Json::Value& value, const Place& place) const {
+    return Visit(node, value, place, nullptr);
   }
 
   /// Whether Check notes the assertions that fail.
@@ -79,6 +81,10 @@ class AssertionCheck {
     return findings == nullptr || scope_.assertions;
   }
   /// Notes a failure, in words that are only made when somebody wants them.
+  template <class Words>
+  bool FailUndecided(Findings* findings, const Place& place, const Words& words) const {
+    return Fail(findings != nullptr ? findings : scope_.undecided, place, words);
+  }
   template <class Words>
   static bool Fail(Findings* findings, const Place& place, const Words& words) {
     if (findings != nullptr) {

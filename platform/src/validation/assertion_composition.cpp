@@ -18,8 +18,8 @@ bool AssertionCheck::VisitComposition(const Composition& with, const Json::Value
       return false;
     }
   }
-  if (with.condition != nullptr) {
-    const Node* branch = Holds(*with.condition, value) ? with.consequence : with.alternative;
+  if (with.condition != nullptr && (with.consequence != nullptr || with.alternative != nullptr)) {
+    const Node* branch = Holds(*with.condition, value, place) ? with.consequence : with.alternative;
     ok = (branch == nullptr || Visit(*branch, value, place, findings)) && ok;
   }
   if (!Asserting(findings)) {
@@ -27,7 +27,7 @@ bool AssertionCheck::VisitComposition(const Composition& with, const Json::Value
   }
   ok = (with.anyOf.empty() || VisitAnyOf(with.anyOf, value, place, findings)) && ok;
   ok = (with.oneOf.empty() || VisitOneOf(with.oneOf, value, place, findings)) && ok;
-  if (with.negated != nullptr && Holds(*with.negated, value)) {
+  if (with.negated != nullptr && Holds(*with.negated, value, place)) {
     ok = Fail(findings, place, [&] { return WhyExcluded(*with.negated, value); });
   }
   return ok;
@@ -36,7 +36,7 @@ bool AssertionCheck::VisitComposition(const Composition& with, const Json::Value
 bool AssertionCheck::VisitAnyOf(const Nodes& branches, const Json::Value& value, const Place& place,
                                 Findings* findings) const {
   return std::any_of(branches.begin(), branches.end(),
-                     [&](const Node* branch) { return Holds(*branch, value); }) ||
+                     [&](const Node* branch) { return Holds(*branch, value, place); }) ||
          Fail(findings, place,
               [&] { return WhyNoBranch(branches, value, place, scope_.textsAreSound); });
 }
@@ -46,7 +46,7 @@ bool AssertionCheck::VisitOneOf(const Nodes& branches, const Json::Value& value,
   std::vector<std::string> fitting;
   std::size_t count = 0;
   for (std::size_t i = 0; i < branches.size(); ++i) {
-    if (Holds(*branches[i], value)) {
+    if (Holds(*branches[i], value, place)) {
       ++count;
       if (findings != nullptr) {
         fitting.push_back(std::to_string(i + 1));

@@ -60,13 +60,10 @@ bool AssertionCheck::VisitMember(const ObjectRules& rules, const Property* prope
       case Pattern::Result::NO_MATCH:
         break;
       case Pattern::Result::UNDECIDED:
-        ok = Asserting(findings)
-                 ? Fail(findings, place,
-                        [&] {
-                          return "the member name could not be checked against the pattern " +
-                                 pattern.pattern->Text();
-                        })
-                 : ok;
+        ok = !Asserting(findings) || FailUndecided(findings, place, [&] {
+          return "the member name could not be checked against the pattern " +
+                 pattern.pattern->Text();
+        });
         break;
     }
   }
@@ -84,9 +81,10 @@ bool AssertionCheck::VisitMember(const ObjectRules& rules, const Property* prope
 
 bool AssertionCheck::VisitName(const Node& node, const Json::Value& name, const Place& place,
                                Findings* findings) const {
-  return Holds(node, name) || Fail(findings, place, [&] {
+  return Holds(node, name, place) || Fail(findings, place, [&] {
            Findings reasons;
-           AssertionCheck({true, true, scope_.textsAreSound}).Check(node, name, place, reasons);
+           AssertionCheck({true, true, scope_.textsAreSound, nullptr})
+               .Check(node, name, place, reasons);
            return "the member name is not allowed: " +
                   (reasons.Empty() ? "it could not be checked" : reasons.Sorted().front().error);
          });

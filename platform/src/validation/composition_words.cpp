@@ -69,7 +69,7 @@ std::string WhyNoBranch(const Nodes& branches, const Json::Value& value, const P
     return allowed == 0 ? "is not allowed here"
                         : "expected " + ExpectedTypes(allowed) + ", found " + Found(value);
   }
-  const AssertionCheck check({true, true, textsAreSound});
+  const AssertionCheck check({true, true, textsAreSound, nullptr});
   std::pair<std::size_t, std::size_t> leastFaults{static_cast<std::size_t>(-1), 0};
   std::size_t closest = 0;
   Findings::Finding reason;

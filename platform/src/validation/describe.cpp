@@ -2,6 +2,7 @@
 
 #include "validation/utf8.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -41,6 +42,16 @@ std::string NumberText(const Json::Value& number) {
   return std::string(text.data(), end.ptr);
 }
 
+bool IsShallow(const Json::Value& value, int levels) {
+  const auto isShallow = [&](const Json::Value& inside) { return IsShallow(inside, levels - 1); };
+  if (value.IsArray()) {
+    return levels > 0 && std::all_of(value.Begin(), value.End(), isShallow);
+  }
+  return !value.IsObject() ||
+         (levels > 0 && std::all_of(value.MemberBegin(), value.MemberEnd(),
+                                    [&](const auto& member) { return isShallow(member.value); }));
+}
+
 }  // namespace
 
 std::string Quoted(std::string_view text) {
@@ -78,8 +89,10 @@ std::string Literal(const Json::Value& value) {
   if (value.IsString()) {
     return Quoted(Json::Text(value));
   }
+  constexpr int kMostLevels = 8;
   std::string text;
-  if ((!value.IsObject() && !value.IsArray()) || !Json::Serialize(value, text)) {
+  if ((!value.IsObject() && !value.IsArray()) || !IsShallow(value, kMostLevels) ||
+      !Json::Serialize(value, text)) {
     return Found(value);
   }
   const std::string_view shortened = Shortened(text, kLongestText);

@@ -20,12 +20,13 @@ void CheckAgainst(const CompiledSchema& schema, const Json::Value& value, RuleSe
   if (!soundness.Check(value)) {
     return;
   }
-  const AssertionCheck check(
-      {rules.Has(RULE_JSON_SCHEMA), rules.Has(RULE_REQUIRED), soundness.TextsAreSound()});
-  if (rules.Has(RULE_JSON_SCHEMA) || rules.Has(RULE_REQUIRED)) {
-    check.Check(schema.Root(), value, Place{}, findings);
+  const bool assertions = rules.Has(RULE_JSON_SCHEMA);
+  const AssertionCheck::Scope scope{assertions, rules.Has(RULE_REQUIRED), soundness.TextsAreSound(),
+                                    assertions ? &findings : nullptr};
+  if (scope.assertions || scope.required) {
+    AssertionCheck(scope).Check(schema.Root(), value, Place{}, findings);
   }
-  MemberRules(rules, check, findings).Check(schema.Root(), value);
+  MemberRules(rules, scope, findings).Check(schema.Root(), value);
 }
 
 }  // namespace
@@ -55,6 +56,12 @@ Registration::~Registration() {
 
 void CheckSchema(const Json::Value& schema, Json::Document& result) {
   result.SetArray();
+  Findings findings;
+  const bool shallow = SoundnessCheck(true, findings).Check(schema);
+  findings.Write(result);
+  if (!shallow) {
+    return;
+  }
   const CompiledSchema compiled(schema);
   for (const SchemaFault& fault : compiled.Faults()) {
     AppendFinding(result, PointerTo(schema, *fault.where), fault.text);

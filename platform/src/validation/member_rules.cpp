@@ -13,13 +13,14 @@ bool IsContainer(const Json::Value& value) {
   return value.IsObject() || value.IsArray();
 }
 
-/// Whether a rule can still find anything under a place.
+/// The rules that can still find anything under a place.
 RuleSet StillOfUse(RuleSet rules, Tags reachable) {
   const auto drop = [&](Rule rule, Tags needed) {
     if ((reachable & needed) == 0) {
       rules = rules.Without(rule);
     }
   };
+  drop(RULE_DECLARED_MEMBERS, kDeclares);
   drop(RULE_NO_VITAL_OR_CACHED, kVitalTag | kCachedTag);
   drop(RULE_NO_READ_ONLY, kReadOnlyTag);
   drop(RULE_INSTANCE_IDS, kInstanceIdTag);
@@ -29,6 +30,9 @@ RuleSet StillOfUse(RuleSet rules, Tags reachable) {
 }  // namespace
 
 void MemberRules::Check(const Node& root, const Json::Value& value) {
+  if (rules_.Empty()) {
+    return;
+  }
   Apply(root, value, true, 0);
   Tags tags = 0;
   Tags reachable = 0;
@@ -39,6 +43,9 @@ void MemberRules::Check(const Node& root, const Json::Value& value) {
   const Part part = PartOf(tags, Part::USER);
   // What the root's own tag governs is looked for in its members.
   const RuleSet rules = part == Part::USER ? StillOfUse(rules_, reachable) : rules_;
+  if (rules.Empty()) {
+    return;
+  }
   if (value.IsObject()) {
     const Property* instanceId = rules.Has(RULE_INSTANCE_IDS) ? InstanceId(0) : nullptr;
     if (instanceId != nullptr && !value.ObjectEmpty()) {
@@ -90,7 +97,7 @@ void MemberRules::ApplyBeside(const Node& node, const Json::Value& value, bool c
     if (with.condition != nullptr) {
       Apply(*with.condition, value, false, begin);
       const Node* branch =
-          check_.Holds(*with.condition, value) ? with.consequence : with.alternative;
+          check_.Holds(*with.condition, value, Place{}) ? with.consequence : with.alternative;
       if (branch != nullptr) {
         Apply(*branch, value, false, begin);
       }
@@ -109,7 +116,7 @@ void MemberRules::ApplyBranches(const Nodes& branches, const Json::Value& value,
                                 std::size_t begin) {
   bool any = false;
   for (const Node* branch : branches) {
-    if (check_.Holds(*branch, value)) {
+    if (check_.Holds(*branch, value, Place{})) {
       any = true;
       Apply(*branch, value, closes, begin);
     }
@@ -120,22 +127,25 @@ void MemberRules::ApplyBranches(const Nodes& branches, const Json::Value& value,
 }
 
 bool MemberRules::ApplyMember(const ObjectRules& rules, const Json::Value::Member& member,
-                              bool closes, std::size_t begin) {
+                              bool apply, bool closes, std::size_t begin) {
   const std::string_view name = Json::Text(member.name);
   bool declared = false;
-  if (const Property* property = rules.properties.Find(name)) {
+  const auto declare = [&](const Node& node) {
     declared = true;
-    Apply(*property->node, member.value, closes, begin);
+    if (apply) {
+      Apply(node, member.value, closes, begin);
+    }
+  };
+  if (const Property* property = rules.properties.Find(name)) {
+    declare(*property->node);
   }
   for (const PatternProperty& pattern : rules.patternProperties) {
     if (check_.IsSound(member.name) && pattern.pattern->Match(name) == Pattern::Result::MATCH) {
-      declared = true;
-      Apply(*pattern.node, member.value, closes, begin);
+      declare(*pattern.node);
     }
   }
   if (!declared && rules.additional != nullptr && !rules.additional->refusesAll) {
-    declared = true;
-    Apply(*rules.additional, member.value, closes, begin);
+    declare(*rules.additional);
   }
   return declared;
 }
@@ -144,19 +154,23 @@ void MemberRules::VisitObject(std::size_t begin, const Json::Value& object, cons
                               RuleSet rules, Part part) {
   const std::size_t end = applied_.size();
   const bool closed = rules.Has(RULE_DECLARED_MEMBERS) && IsClosed(begin, end);
+  const bool looksAtAll =
+      rules.HasAny({RULE_NO_VITAL_OR_CACHED, RULE_NO_READ_ONLY, RULE_VITAL_ONLY, RULE_CACHED_ONLY});
   std::uint32_t index = 0;
   for (const auto& member : object.GetObject()) {
     const Place memberPlace{&place, &member.name, index++};
+    const bool visit = looksAtAll || IsContainer(member.value);
     bool declared = false;
     for (std::size_t i = begin; i < end; ++i) {
       const Applied applied = applied_[i];
       if (applied.node->object) {
-        declared = ApplyMember(*applied.node->object, member, applied.closes, end) || declared;
+        declared =
+            ApplyMember(*applied.node->object, member, visit, applied.closes, end) || declared;
       }
     }
     if (!declared && closed) {
       NoteUnknown(begin, end, member.name, memberPlace);
-    } else {
+    } else if (visit) {
       VisitChild(end, member.value, memberPlace, rules, part);
     }
     applied_.resize(end);
@@ -229,7 +243,7 @@ void MemberRules::VisitChild(std::size_t begin, const Json::Value& value, const 
     reachable |= applied_[i].node->reachableTags;
   }
   if (rules.Has(RULE_NO_READ_ONLY) && (tags & kReadOnlyTag) != 0) {
-    findings_.Add(place, "is read-only");
+    findings_.Add(place, "is read-only and may not be given");
     rules = rules.Without(RULE_NO_READ_ONLY);
   }
   if ((tags & kInstanceIdTag) != 0) {
@@ -237,6 +251,9 @@ void MemberRules::VisitChild(std::size_t begin, const Json::Value& value, const 
   }
   const Part own = PartOf(tags, part);
   rules = StillOfUse(CheckPart(value, place, rules, own, reachable), reachable);
+  if (rules.Empty()) {
+    return;
+  }
   if (value.IsObject()) {
     VisitObject(begin, value, place, rules, own);
   } else if (value.IsArray()) {

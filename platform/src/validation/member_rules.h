@@ -29,8 +29,12 @@ namespace JsonValidator {
 /// a branch is not refused for them.
 class MemberRules {
  public:
-  MemberRules(RuleSet rules, const AssertionCheck& check, Findings& findings)
-      : rules_(rules), check_(check), findings_(findings) {}
+  /// \param scope  of the check of the assertions, so that nothing is said twice
+  MemberRules(RuleSet rules, AssertionCheck::Scope scope, Findings& findings)
+      : rules_(rules.Only({RULE_DECLARED_MEMBERS, RULE_NO_VITAL_OR_CACHED, RULE_NO_READ_ONLY,
+                           RULE_VITAL_ONLY, RULE_INSTANCE_IDS, RULE_CACHED_ONLY})),
+        check_({scope.assertions, scope.required, scope.textsAreSound, nullptr}),
+        findings_(findings) {}
 
   void Check(const Node& root, const Json::Value& value);
 
@@ -54,8 +58,9 @@ class MemberRules {
   void ApplyBranches(const Nodes& branches, const Json::Value& value, bool closes,
                      std::size_t begin);
   void ApplyBeside(const Node& node, const Json::Value& value, bool closes, std::size_t begin);
-  bool ApplyMember(const ObjectRules& rules, const Json::Value::Member& member, bool closes,
-                   std::size_t begin);
+  /// Whether the schema declares the member; with `apply` what it says of the member applies.
+  bool ApplyMember(const ObjectRules& rules, const Json::Value::Member& member, bool apply,
+                   bool closes, std::size_t begin);
 
   // `begin` is where the schemas that apply to the value start in applied_; they end at its end.
   void VisitObject(std::size_t begin, const Json::Value& object, const Place& place, RuleSet rules,
@@ -76,7 +81,7 @@ class MemberRules {
   void CheckIdsAreUnique(InstanceIds& ids, const Json::Value& array, const Place& place);
 
   RuleSet rules_;
-  const AssertionCheck& check_;
+  AssertionCheck check_;
   Findings& findings_;
   std::array<std::byte, 1024> room_;
   std::pmr::monotonic_buffer_resource memory_{room_.data(), room_.size()};

@@ -23,6 +23,12 @@ SignedWide WholeOf(const Json::Value& integer) {
 }
 
 int CompareToDouble(SignedWide integer, double real) {
+  constexpr double kSmall = 1e18;  // converting to 64 bits is cheap
+  if (real > -kSmall && real < kSmall) {
+    const auto whole = static_cast<std::int64_t>(real);
+    const int order = Order(integer, static_cast<SignedWide>(whole));
+    return order != 0 ? order : Order(static_cast<double>(whole), real);
+  }
   constexpr double kPastUnsigned = 18446744073709551616.0;  // 2^64
   if (real >= kPastUnsigned) {
     return -1;
@@ -30,9 +36,7 @@ int CompareToDouble(SignedWide integer, double real) {
   if (real < -kPastUnsigned) {
     return 1;
   }
-  const double whole = std::trunc(real);
-  const int order = Order(integer, static_cast<SignedWide>(whole));
-  return order != 0 ? order : Order(whole, real);
+  return Order(integer, static_cast<SignedWide>(real));  // so large a double is whole
 }
 
 /// digits * 10^exponent, without the sign.

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <new>
+#include <utility>
 
 namespace JsonValidator {
 namespace {
@@ -19,17 +20,42 @@ constexpr std::uint32_t kHeapLimitKiB = 16384;
 // PCRE2 keeps a match's working memory with the match data: what a long text needs is given back.
 constexpr std::size_t kShortText = 1024;
 
-struct MatchDataDeleter {
-  void operator()(pcre2_match_data* data) const { pcre2_match_data_free(data); }
+/// The match data of one thread, kept from one match to the next. Trivial, so that it can be used
+/// even when the thread's other objects are gone: patterns may still be matched while the process
+/// exits.
+struct KeptMatchData {
+  pcre2_match_data* data = nullptr;
+  bool threadEnds = false;
 };
-using MatchData = std::unique_ptr<pcre2_match_data, MatchDataDeleter>;
+thread_local KeptMatchData kept;
 
-MatchData NewMatchData() {
-  MatchData data(pcre2_match_data_create(1, nullptr));
-  if (!data) {
-    throw std::bad_alloc();
+struct FreeAtThreadEnd {
+  ~FreeAtThreadEnd() {
+    pcre2_match_data_free(kept.data);
+    kept = {nullptr, true};
   }
-  return data;
+  void Arm() const {}  // naming the object is what makes it
+};
+thread_local const FreeAtThreadEnd freeAtThreadEnd;
+
+pcre2_match_data* TakeMatchData() {
+  if (kept.data == nullptr) {
+    pcre2_match_data* data = pcre2_match_data_create(1, nullptr);
+    if (data == nullptr) {
+      throw std::bad_alloc();
+    }
+    return data;
+  }
+  return std::exchange(kept.data, nullptr);
+}
+
+void GiveBack(pcre2_match_data* data, bool keep) {
+  if (!keep || kept.threadEnds) {
+    pcre2_match_data_free(data);
+    return;
+  }
+  freeAtThreadEnd.Arm();
+  kept.data = data;
 }
 
 pcre2_match_context* Limits() {
@@ -68,16 +94,10 @@ Pattern::~Pattern() {
 }
 
 Pattern::Result Pattern::Match(std::string_view text) const {
-  thread_local MatchData kept;
-  MatchData& data = kept;
-  if (!data) {
-    data = NewMatchData();
-  }
+  pcre2_match_data* data = TakeMatchData();
   const int status = pcre2_match(code_, reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(), 0,
-                                 PCRE2_NO_UTF_CHECK, data.get(), Limits());
-  if (text.size() > kShortText || (status < 0 && status != PCRE2_ERROR_NOMATCH)) {
-    data.reset();
-  }
+                                 PCRE2_NO_UTF_CHECK, data, Limits());
+  GiveBack(data, text.size() <= kShortText && (status >= 0 || status == PCRE2_ERROR_NOMATCH));
   if (status >= 0) {
     return Result::MATCH;
   }

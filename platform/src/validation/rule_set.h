@@ -4,6 +4,7 @@
 #include "platform/json_validator.h"
 
 #include <cstdint>
+#include <initializer_list>
 #include <unordered_set>
 
 namespace JsonValidator {
@@ -21,9 +22,18 @@ class RuleSet {
   }
 
   bool Has(Rule rule) const { return (bits_ >> static_cast<unsigned>(rule) & 1U) != 0; }
-  bool HasAny(RuleSet others) const { return (bits_ & others.bits_) != 0; }
+  bool Empty() const { return bits_ == 0; }
 
-  RuleSet With(Rule rule) const { return RuleSet(bits_ | 1U << static_cast<unsigned>(rule)); }
+  bool HasAny(std::initializer_list<Rule> rules) const { return !Only(rules).Empty(); }
+
+  RuleSet Only(std::initializer_list<Rule> rules) const {
+    std::uint32_t bits = 0;
+    for (const Rule rule : rules) {
+      bits |= 1U << static_cast<unsigned>(rule);
+    }
+    return RuleSet(bits_ & bits);
+  }
+
   RuleSet Without(Rule rule) const { return RuleSet(bits_ & ~(1U << static_cast<unsigned>(rule))); }
 
  private:

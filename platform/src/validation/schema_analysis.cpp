@@ -89,6 +89,10 @@ void LinkTags(std::deque<Node>& nodes) {
     if (!node.object) {
       continue;
     }
+    const Node* additional = node.object->additional;
+    if (node.object->hasProperties || (additional != nullptr && additional->refusesAll)) {
+      node.reachableTags |= kDeclares;
+    }
     for (const Property& property : node.object->properties.All()) {
       if ((TagsOf(*property.node) & kInstanceIdTag) != 0) {
         node.object->instanceId = &property;

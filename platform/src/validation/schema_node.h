@@ -36,6 +36,7 @@ constexpr Tags kVitalTag = 1;
 constexpr Tags kCachedTag = 2;
 constexpr Tags kReadOnlyTag = 4;
 constexpr Tags kInstanceIdTag = 8;
+constexpr Tags kDeclares = 16;  ///< no annotation: the schema says which members an object may have
 
 struct Node;
 using Nodes = std::vector<const Node*>;

@@ -11,6 +11,23 @@ bool InRange(unsigned char byte, unsigned char low, unsigned char high) {
   return byte >= low && byte <= high;
 }
 
+/// Eight bytes at a time, as most texts are.
+bool IsAscii(std::string_view text) {
+  using Word = std::uint64_t;
+  constexpr Word kHighBits = 0x8080808080808080U;
+  Word bits = 0;
+  const char* at = text.data();
+  std::size_t rest = text.size();
+  for (Word word = 0; rest >= sizeof(word); rest -= sizeof(word), at += sizeof(word)) {
+    std::memcpy(&word, at, sizeof(word));
+    bits |= word;
+  }
+  for (; rest > 0; --rest) {
+    bits |= static_cast<unsigned char>(*at++);
+  }
+  return (bits & kHighBits) == 0;
+}
+
 }  // namespace
 
 std::size_t SequenceLength(std::string_view text) noexcept {
@@ -44,16 +61,10 @@ std::size_t SequenceLength(std::string_view text) noexcept {
 }
 
 bool IsValid(std::string_view text) noexcept {
-  constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+  if (IsAscii(text)) {
+    return true;
+  }
   while (!text.empty()) {
-    if (text.size() >= sizeof(std::uint64_t)) {
-      std::uint64_t word = 0;
-      std::memcpy(&word, text.data(), sizeof(word));
-      if ((word & kHighBits) == 0) {
-        text.remove_prefix(sizeof(word));
-        continue;
-      }
-    }
     const std::size_t length = SequenceLength(text);
     if (length == 0) {
       return false;

@@ -1,0 +1,52 @@
+// Talking to the database layer in tests.
+#pragma once
+
+#include "platform/db_store.h"
+#include "platform/store_error.h"
+
+#include <string>
+#include <string_view>
+
+namespace TestSupport {
+
+inline DBStore::ConnectionHandle Connect() {
+  return DBStore::GetConnection(DBStore::Type::CURRENT_STORE, true);
+}
+
+/// Prepares, binds the texts and runs; the status.
+template <class... Texts>
+int Execute(const DBStore::ConnectionHandle& connection, std::string_view sql,
+            const Texts&... texts) {
+  const auto statement = DBStore::internal::Prepare(connection, sql, DBStore::kWaitLimit);
+  [[maybe_unused]] int index = 1;
+  const bool bound = (... && (DBStore::internal::Bind(connection, statement, index,
+                                                      std::string_view(texts), false) == 0));
+  return bound ? DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, DBStore::kWaitLimit)
+               : -1;
+}
+
+/// Rows as "a b - c; d e f g", "-" for NULL; "failed" when the query does.
+inline std::string Query(const DBStore::ConnectionHandle& connection, std::string_view sql) {
+  std::string rows;
+  const auto statement = DBStore::internal::Prepare(connection, sql, DBStore::kWaitLimit);
+  const auto append = [](void* context, int columns, char** values, char**) {
+    std::string& text = *static_cast<std::string*>(context);
+    text += text.empty() ? "" : "; ";
+    for (int column = 0; column < columns; ++column) {
+      text += column == 0 ? "" : " ";
+      text += values[column] == nullptr ? "-" : values[column];
+    }
+    return 0;
+  };
+  return DBStore::ExecuteStmt(connection, statement, append, &rows, DBStore::kWaitLimit) == 0
+             ? rows
+             : "failed";
+}
+
+inline std::string ReadKey(const DBStore::ConnectionHandle& connection, const std::string& key) {
+  std::string value;
+  const int status = DBStore::ReadKeyValue(key, &value, connection);
+  return status == 0 ? value : "failed with " + std::to_string(status);
+}
+
+}  // namespace TestSupport

@@ -1,0 +1,159 @@
+// SQLite's locks stay behind when a process forks: what each side may still do with its
+// connections.
+#include "db/database.h"
+#include "support/child_process.h"
+#include "support/temporary_host.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace TestSupport;
+using DBStore::BeginTransaction;
+using DBStore::CommitTransaction;
+using DBStore::WriteKeyValue;
+
+// From one process to the other.
+class Signal {
+ public:
+  Signal() {
+    if (pipe(ends_) != 0) {
+      throw std::runtime_error("cannot make a pipe");
+    }
+  }
+  ~Signal() {
+    close(ends_[0]);
+    close(ends_[1]);
+  }
+  Signal(const Signal&) = delete;
+  Signal& operator=(const Signal&) = delete;
+  void Give() { EXPECT_EQ(write(ends_[1], "x", 1), 1); }
+  void Await() {
+    char byte = 0;
+    EXPECT_EQ(read(ends_[0], &byte, 1), 1);
+  }
+
+ private:
+  int ends_[2] = {-1, -1};
+};
+
+class Fork : public testing::Test {
+ protected:
+  // Writes in a transaction of its own that lasts until the other side has had time to break into
+  // it.
+  static int WriteInParts(const char* key) {
+    for (int i = 0; i < 30; ++i) {
+      const auto connection = Connect();
+      const bool written =
+          BeginTransaction(connection) == 0 &&
+          WriteKeyValue(key, std::to_string(std::stoi("0" + ReadKey(connection, key)) + 1),
+                        connection) == 0 &&
+          CommitTransaction(connection) == 0;
+      if (!written) {
+        return 1;
+      }
+    }
+    return 0;
+  }
+  static void ExpectBothSidesWrite(const std::function<int()>& child) {
+    ChildProcess process(child);
+    EXPECT_EQ(WriteInParts("n"), 0);
+    EXPECT_EQ(process.Wait(), 0);
+    const auto connection = Connect();
+    EXPECT_EQ(ReadKey(connection, "n"), "60");
+    EXPECT_EQ(Query(connection, "PRAGMA integrity_check"), "ok");
+  }
+
+  TemporaryHost host_;
+};
+
+TEST_F(Fork, WithIdleConnectionsLosesNoLock) {
+  Connect().reset();
+  ExpectBothSidesWrite([] { return WriteInParts("n"); });
+}
+
+TEST_F(Fork, ClosesAConnectionAtRestInTheChildOnly) {
+  const auto held = Connect();
+  const auto statement = DBStore::internal::Prepare(held, "SELECT 1", DBStore::kWaitLimit);
+  ASSERT_EQ(WriteKeyValue("before", "x", held), 0);
+  ExpectBothSidesWrite([&held, &statement] {
+    const bool refused = WriteKeyValue("n", "child", held) != 0 && ReadKey(held, "n") != "" &&
+                         BeginTransaction(held) != 0 && Query(held, "SELECT 1") == "failed" &&
+                         DBStore::AttachSchemaStore(held) != 0 &&
+                         DBStore::ExecuteStmt(held, statement, nullptr, nullptr, 0) == 1 &&
+                         DBStore::GetLastError().kind == DBStore::ErrorKind::MISUSE;
+    return refused ? WriteInParts("n") : 2;
+  });
+  EXPECT_EQ(ReadKey(held, "before"), "x");
+  EXPECT_EQ(DBStore::ExecuteStmt(held, statement, nullptr, nullptr, 0), 0);
+}
+
+// A child that opened its own connection beside the inherited one would hold no locks: the parent
+// would then take itself for the last user of the log and begin it anew.
+TEST_F(Fork, LeavesTheChildWithLocksOfItsOwn) {
+  auto held = Connect();
+  auto statement = DBStore::internal::Prepare(held, "SELECT 1", DBStore::kWaitLimit);
+  ASSERT_EQ(WriteKeyValue("first", "parent", held), 0);
+  Signal begun;
+  Signal reopened;
+  ChildProcess child([&] {
+    const auto own = Connect();
+    const bool written = BeginTransaction(own) == 0 && WriteKeyValue("second", "child", own) == 0;
+    begun.Give();
+    reopened.Await();
+    statement.reset();
+    held.reset();
+    return written && CommitTransaction(own) == 0 ? 0 : 1;
+  });
+  begun.Await();
+  statement.reset();
+  held.reset();
+  EXPECT_EQ(InChild([] { return 0; }), 0);  // closes what the parent has idle
+  held = Connect();
+  EXPECT_EQ(ReadKey(held, "first"), "parent");
+  reopened.Give();
+  EXPECT_EQ(child.Wait(), 0);
+  EXPECT_EQ(WriteKeyValue("third", "parent", held), 0);
+  EXPECT_EQ(Query(Connect(), "SELECT Key FROM KeyValue ORDER BY Key"), "first; second; third");
+}
+
+TEST_F(Fork, InTheMiddleOfATransactionLeavesItToTheParent) {
+  auto held = Connect();
+  ASSERT_EQ(BeginTransaction(held), 0);
+  ASSERT_EQ(WriteKeyValue("key", "parent", held), 0);
+  EXPECT_EQ(InChild([&held] {
+              const bool refused = WriteKeyValue("key", "child", held) != 0 &&
+                                   CommitTransaction(held) != 0 &&
+                                   DBStore::CancelTransaction(held) != 0 && !Connect();
+              held.reset();
+              return refused && !Connect() && InChild([] { return Connect() ? 1 : 0; }) == 0 ? 0
+                                                                                             : 1;
+            }),
+            0);
+  ASSERT_EQ(WriteKeyValue("more", "parent", held), 0);
+  ASSERT_EQ(CommitTransaction(held), 0);
+  EXPECT_EQ(Query(Connect(), "SELECT Key, Value FROM KeyValue"), "key parent; more parent");
+}
+
+TEST_F(Fork, InARowCallbackStopsTheStatementInTheChildOnly) {
+  const auto held = Connect();
+  const auto statement = DBStore::internal::Prepare(held, "SELECT 1 UNION SELECT 2 UNION SELECT 3",
+                                                    DBStore::kWaitLimit);
+  pid_t child = -1;
+  const auto forkOnce = [](void* context, int, char**, char**) {
+    pid_t& process = *static_cast<pid_t*>(context);
+    process = process < 0 ? fork() : process;
+    return 0;
+  };
+  const int status = DBStore::ExecuteStmt(held, statement, forkOnce, &child, DBStore::kWaitLimit);
+  if (child == 0) {
+    _exit(status == 1 && !Connect() ? 0 : 1);
+  }
+  int result = -1;
+  waitpid(child, &result, 0);
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(WriteKeyValue("key", "value", held), 0);
+}
+
+}  // namespace

@@ -1,0 +1,206 @@
+#include "platform/db_testing.h"
+
+#include "db/database.h"
+#include "support/temporary_host.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace TestSupport;
+using DBStore::ExecuteStmt;
+using DBStore::NullableSV;
+using DBStore::internal::Bind;
+using DBStore::internal::Prepare;
+using DBStore::testing::GetCounters;
+using DBStore::testing::Operation;
+
+constexpr int kLimit = DBStore::kWaitLimit;
+constexpr const char* kThreeRows = "SELECT 1 UNION SELECT 2 UNION SELECT 3";
+
+class Statements : public testing::Test {
+ protected:
+  ~Statements() override { DBStore::testing::SetHook(nullptr); }
+
+  TemporaryHost host_;
+  DBStore::ConnectionHandle connection_ = Connect();
+};
+
+TEST_F(Statements, AreOpenedAndPreparedOnceHoweverOftenTheyAreUsed) {
+  const auto use = [](const std::string& key) {
+    const auto connection = Connect();
+    EXPECT_EQ(DBStore::BeginTransaction(connection), 0);
+    EXPECT_EQ(DBStore::WriteKeyValue(key, "value", connection), 0);
+    EXPECT_EQ(DBStore::CommitTransaction(connection), 0);
+    EXPECT_EQ(ReadKey(connection, key), "value");
+    EXPECT_EQ(Query(connection, std::string("SELECT count(*) > 0 FROM KeyValue")), "1");
+  };
+  connection_.reset();
+  use("first");
+  const auto before = GetCounters();
+  for (int i = 0; i < 1000; ++i) {
+    use("key" + std::to_string(i % 7));
+  }
+  EXPECT_EQ(GetCounters().opens, before.opens);
+  EXPECT_EQ(GetCounters().prepares, before.prepares);
+}
+
+TEST_F(Statements, OfOneTextGoToOneUserAtATime) {
+  auto first = Prepare(connection_, kThreeRows, kLimit);
+  auto second = Prepare(connection_, kThreeRows, kLimit);
+  ASSERT_TRUE(first && second);
+  EXPECT_NE(first.get(), second.get());
+  const auto before = GetCounters();
+  first.reset();
+  second.reset();
+  first = Prepare(connection_, kThreeRows, kLimit);
+  second = Prepare(connection_, std::string(kThreeRows), kLimit);
+  EXPECT_TRUE(first && second);
+  EXPECT_EQ(GetCounters().prepares, before.prepares);
+}
+
+TEST_F(Statements, ATextAtAnAddressThatHeldAnotherIsNotMistakenForIt) {
+  std::string text = "SELECT 'one'";
+  EXPECT_EQ(Query(connection_, text), "one");
+  text.replace(8, 3, "two");
+  EXPECT_EQ(Query(connection_, text), "two");
+}
+
+TEST_F(Statements, MoreTextsThanTheCacheHoldsStillWork) {
+  const auto lent = Prepare(connection_, kThreeRows, kLimit);
+  for (int round = 0; round < 2; ++round) {
+    for (int i = 0; i < 600; ++i) {
+      ASSERT_EQ(Query(connection_, "SELECT " + std::to_string(i)), std::to_string(i));
+    }
+  }
+  EXPECT_EQ(ExecuteStmt(connection_, lent, nullptr, nullptr, kLimit), 0);
+}
+
+TEST_F(Statements, ComeBackWithoutBindingsAndKeepTheirConnectionFromOthers) {
+  auto statement = Prepare(connection_, "SELECT ?", kLimit);
+  int index = 1;
+  ASSERT_EQ(Bind(connection_, statement, index, "secret", false), 0);
+  const DBStore::StoreConnection* const bound = connection_.get();
+  connection_.reset();
+  EXPECT_NE(Connect().get(), bound);
+  statement.reset();
+  EXPECT_EQ(Query(Connect(), "SELECT ?"), "-");
+}
+
+TEST_F(Statements, BindIntegersTextsAndNull) {
+  const auto statement =
+      Prepare(connection_, "SELECT typeof(?), typeof(?), typeof(?), typeof(?), ?", kLimit);
+  int index = 1;
+  ASSERT_EQ(Bind(connection_, statement, index, 7), 0);
+  ASSERT_EQ(Bind(connection_, statement, index, std::string_view(), false), 0);
+  ASSERT_EQ(Bind(connection_, statement, index, NullableSV()), 0);
+  ASSERT_EQ(Bind(connection_, statement, index, NullableSV(std::string_view())), 0);
+  ASSERT_EQ(Bind(connection_, statement, index, NullableSV(std::string_view("x"))), 0);
+  EXPECT_EQ(index, 6);
+  EXPECT_NE(Bind(connection_, statement, index, 7), 0);
+  EXPECT_EQ(index, 6);
+
+  std::vector<std::string> row;
+  const auto collect = [](void* context, int columns, char** values, char**) {
+    static_cast<std::vector<std::string>*>(context)->assign(values, values + columns);
+    return 0;
+  };
+  ASSERT_EQ(ExecuteStmt(connection_, statement, collect, &row, kLimit), 0);
+  EXPECT_EQ(row, (std::vector<std::string>{"integer", "text", "null", "text", "x"}));
+}
+
+TEST_F(Statements, GiveNamesAndValuesOfManyColumns) {
+  std::string sql = "SELECT 0 AS c0";
+  for (int i = 1; i < 100; ++i) {
+    sql += ", " + std::to_string(i) + " AS c" + std::to_string(i);
+  }
+  const auto check = [](void*, int columns, char** values, char** names) {
+    return columns == 100 && std::string(values[99]) == "99" && std::string(names[99]) == "c99" ? 0
+                                                                                                : 1;
+  };
+  EXPECT_EQ(ExecuteStmt(connection_, Prepare(connection_, sql, kLimit), check, nullptr, kLimit), 0);
+}
+
+TEST_F(Statements, CanRunAgainAfterTheirReceiverStoppedThem) {
+  const auto statement = Prepare(connection_, kThreeRows, kLimit);
+  int rows = 0;
+  const auto stop = [](void* context, int, char**, char**) {
+    return ++*static_cast<int*>(context) == 2 ? 1 : 0;
+  };
+  const auto raise = [](void*, int, char**, char**) -> int { throw std::out_of_range("row"); };
+  const auto count = [](void* context, int, char**, char**) {
+    return ++*static_cast<int*>(context) * 0;
+  };
+  EXPECT_EQ(ExecuteStmt(connection_, statement, stop, &rows, kLimit), 1);
+  EXPECT_EQ(rows, 2);
+  EXPECT_THROW(ExecuteStmt(connection_, statement, raise, nullptr, kLimit), std::out_of_range);
+  EXPECT_EQ(ExecuteStmt(connection_, statement, count, &rows, kLimit), 0);
+  EXPECT_EQ(rows, 5);
+}
+
+TEST_F(Statements, FailWithStatusOneAndTellWhy) {
+  EXPECT_FALSE(Prepare(connection_, "SELECT * FROM Nowhere", kLimit));
+  EXPECT_NE(DBStore::GetLastError().message.find("no such table: Nowhere"), std::string::npos);
+  EXPECT_FALSE(Prepare(connection_, "SELECT 1; DELETE FROM Config", kLimit));
+  EXPECT_TRUE(Prepare(connection_, "DELETE FROM 'Config' WHERE Name=?; ", kLimit));
+  EXPECT_FALSE(Prepare(connection_, "", kLimit));
+  EXPECT_FALSE(Prepare(nullptr, kThreeRows, kLimit));
+  EXPECT_EQ(ExecuteStmt(connection_, DBStore::StatementHandle(), nullptr, nullptr, kLimit), 1);
+  EXPECT_EQ(
+      ExecuteStmt(Connect(), Prepare(connection_, kThreeRows, kLimit), nullptr, nullptr, kLimit),
+      1);
+  ASSERT_EQ(Execute(connection_, "INSERT INTO KeyValue VALUES('k', 'v')"), 0);
+  EXPECT_EQ(Execute(connection_, "INSERT INTO KeyValue VALUES('k', 'v')"), 1);
+  EXPECT_EQ(DBStore::GetLastError().code & 0xff, 19);
+}
+
+TEST_F(Statements, OfThreadsThatShareAConnectionDoNotMix) {
+  std::atomic<int> wrong{0};
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 4; ++thread) {
+    threads.emplace_back([&, thread] {
+      const std::string key = std::to_string(thread);
+      for (int i = 0; i < 50; ++i) {
+        const std::string value = key + "." + std::to_string(i);
+        DBStore::WriteKeyValue(key, value, connection_);
+        wrong += ReadKey(connection_, key) == value ? 0 : 1;
+        wrong += Query(connection_, kThreeRows) == "1; 2; 3" ? 0 : 1;
+        wrong += Connect() == connection_ ? 1 : 0;
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(Statements, AnswerWhatAHookSays) {
+  std::vector<std::string> asked;
+  Operation refused = Operation::EXECUTE;
+  DBStore::testing::SetHook([&](Operation operation, std::string_view detail) {
+    asked.emplace_back(detail);
+    return operation == refused ? 5 : 0;
+  });
+  EXPECT_EQ(Execute(connection_, "DELETE FROM KeyValue"), 5);
+  EXPECT_EQ(asked, (std::vector<std::string>{"DELETE FROM KeyValue", "DELETE FROM KeyValue"}));
+  EXPECT_EQ(DBStore::GetLastError().kind, DBStore::ErrorKind::BUSY);
+  refused = Operation::PREPARE;
+  EXPECT_FALSE(Prepare(connection_, kThreeRows, kLimit));
+  refused = Operation::GET_CONNECTION;
+  EXPECT_FALSE(Connect());
+  refused = Operation::WRITE_KEY_VALUE;
+  EXPECT_EQ(DBStore::WriteKeyValue("k", "v", connection_), 5);
+  EXPECT_EQ(ReadKey(connection_, "k"), "");
+  refused = Operation::COMMIT;
+  EXPECT_EQ(DBStore::BeginTransaction(connection_), 0);
+  EXPECT_EQ(DBStore::CommitTransaction(connection_), 5);
+  EXPECT_EQ(DBStore::CancelTransaction(connection_), 0);
+}
+
+}  // namespace

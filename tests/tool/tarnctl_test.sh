@@ -1,0 +1,288 @@
+#!/usr/bin/env bash
+# Drives tarnctl end to end in a temporary root: tarnctl_test.sh TARNCTL TYPES
+set -uo pipefail
+
+tarnctl=$1
+types=$2
+here=$(cd "$(dirname "$0")" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+chmod 755 "$work"
+export TARN_HOST_ROOT=$work/root
+stores=$TARN_HOST_ROOT/etc/kestrel/configstore
+mkdir "$TARN_HOST_ROOT"
+checks=0
+failures=0
+
+fail() {
+  failures=$((failures + 1))
+  echo "FAILED: $1" >&2
+  sed 's/^/  stdout: /' "$work/out" >&2
+  sed 's/^/  stderr: /' "$work/err" >&2
+}
+
+# matches TEXT WANTED: nothing for "", anything for "?", exactly the rest for "=...", else somewhere in it.
+# Blanks and line ends don't count.
+matches() {
+  local text wanted
+  text=$(tr -d ' \n' <"$1")
+  wanted=$(tr -d ' \n' <<<"$2")
+  case $wanted in
+    '') [ -z "$text" ] ;;
+    '?') true ;;
+    =*) [ "$text" = "${wanted#=}" ] ;;
+    *) [[ $text == *"$wanted"* ]] ;;
+  esac
+}
+
+# verify NAME EXIT-CODE WANTED-CODE OUT ERR
+verify() {
+  checks=$((checks + 1))
+  if [ "$2" -ne "$3" ]; then
+    fail "$1: exit code $2, not $3"
+  elif ! matches "$work/out" "$4"; then
+    fail "$1: standard output is not $4"
+  elif ! matches "$work/err" "$5"; then
+    fail "$1: standard error is not $5"
+  fi
+}
+
+# expect CODE OUT ERR ARGUMENTS...: standard input comes from where this is called
+expect() {
+  local wanted=$1 out=$2 err=$3
+  shift 3
+  "$tarnctl" "$@" >"$work/out" 2>"$work/err"
+  verify "tarnctl $*" $? "$wanted" "$out" "$err"
+}
+
+tree() { (cd "$TARN_HOST_ROOT" && find . | sort); }
+resolver=tarn/network/resolver
+switch=tarn/network/switches/edge/0
+values=test/tool/values
+
+# --- the command line itself
+expect 0 "=tarnctl1.0.0" "" --version
+for verb in "" init get set list revision kv "kv get" "kv set" schema \
+  "schema install" "schema check" "schema list" "schema show" "schema remove"; do
+  # shellcheck disable=SC2086
+  expect 0 "Usage: tarnctl $verb" "" $verb --help
+done
+for usage in "" "get" "nonsense" "get a/b" "get a//c" "get a/b/c/" "get a/b/c d..e" "list /" "schema" "kv get" \
+  "schema show a/b/c/d" "schema install" "set a/b/c" "revision" "--log 9 list" "list --nonsense" "update a/b/c"; do
+  # shellcheck disable=SC2086
+  expect 2 "" "?" $usage
+done
+expect 2 "" "--root takes" --root "" list
+expect 2 "" '={"code":2000,"message":"\"a/b\" is not of the form COMPONENT/GROUP/KEY[/INSTANCE]","details":[]}' --json get a/b
+
+# --- no store, whether it never was or was lost: every verb says so, and none makes one
+without_store() {
+  local before
+  before=$(tree)
+  for verb in "get $resolver" "set $resolver servers=[]" "list" "revision $resolver" "kv get K" "kv set K V" \
+    "schema list" "schema show $resolver" "schema install $types" "schema remove $resolver"; do
+    # shellcheck disable=SC2086
+    expect 1 "" "tarnctl init" $verb
+  done
+  expect 0 "valid" "" schema check "$types"
+  if [ "$(tree)" != "$before" ]; then
+    fail "files came back after the store was lost"
+  fi
+}
+without_store
+expect 0 "\"store\":\"$stores/current-store-1\"" "" init
+made=$(cd "$stores" && echo current-store-1 schema-store-1 && stat -c '%a %i' current-store-1 schema-store-1)
+expect 0 '"created":[]' "current-store-1 exists and is left as it is" init
+[ "$made" = "$(cd "$stores" && echo current-store-1 schema-store-1 && stat -c '%a %i' current-store-1 schema-store-1)" ] ||
+  fail "init changed an existing store"
+expect 0 "=[]" "" list
+expect 0 "=[]" "" schema list
+
+# --- types
+expect 0 '"type":"tarn/network/resolver","version":"1.0","outcome":"valid"' "" schema install --check "$types"
+expect 0 "=[]" "" schema list
+expect 0 '"outcome":"installed"' "" schema install "$types" "$here/types/values.json"
+expect 0 '"outcome":"unchanged"' "" schema install "$types"
+expect 0 '{"type":"tarn/network/switches","version":"3.1","instances":true,"flags":["bootAccessible"]}' "" schema list
+expect 0 '{"component":"tarn","group":"network","key":"resolver","version":"1.0"' "" schema show $resolver
+expect 3 "" "tarn" schema show tarn/no/type
+sed 's/"1.2"/"1.1"/' "$here/types/values.json" >"$work/older.json"
+expect 4 "" "older.json#/version" schema install "$work/older.json"
+expect 0 '"downgraded"' "" schema install --force "$work/older.json"
+expect 0 '"upgraded"' "" schema install "$here/types/values.json"
+sed 's/"integer"/"integral"/' "$types/network-resolver.json" >"$work/bad.json"
+expect 4 "" "bad.json#/schema/properties/timeout" schema check "$work/bad.json"
+expect 4 "" "1 of 2 type files cannot be taken; nothing was installed" schema install "$work/bad.json" "$types/power-policy.json"
+expect 4 "" '"details":[{"field":' --json schema check "$work/bad.json"
+expect 1 "" "absent.json" schema install "$work/absent.json"
+
+# --- objects
+expect 3 "" "no object $resolver is stored" get $resolver
+expect 3 "" "no object $resolver is stored" revision $resolver
+expect 3 "" "tarn" get tarn/no/type
+expect 3 "" "tarn" set tarn/no/type a=1
+expect 0 "" "" set $resolver 'servers=["10.0.0.1"]' timeout=9 lease.server=10.0.0.7
+expect 0 '={"lease":{"server":"10.0.0.7"},"servers":["10.0.0.1"],"timeout":9}' "" get $resolver
+expect 0 "=10.0.0.7" "" get $resolver lease.server
+expect 0 '="10.0.0.7"' "" get $resolver lease.server --json
+expect 0 '=["10.0.0.1"]' "" get $resolver servers
+first=$("$tarnctl" revision $resolver)
+printf '{"servers": ["10.0.0.2"]}' >"$work/data"
+expect 0 "" "" set $resolver "$work/data"
+expect 0 "=$((first + 1))" "" revision $resolver
+expect 0 '={"servers":["10.0.0.2"]}' "" get $resolver
+expect 0 "=5" "" get $resolver timeout
+expect 3 "" 'no member "lease.server"' get $resolver lease.server
+expect 0 "" "" set $resolver - <"$work/data"
+[ "$("$tarnctl" get $resolver servers)" = $'[\n  "10.0.0.2"\n]' ] || fail "JSON is not indented by two blanks"
+
+# refused data, and data that cannot be read, change nothing
+expect 4 "" "/timeout:" set $resolver 'servers=["10.0.0.3"]' timeout=99
+expect 4 "" '{"code":1089,"message":' --json set $resolver 'servers=["10.0.0.3"]' timeout=99
+expect 4 "" '"field":"/servers/0"' --json set $resolver 'servers=["nowhere"]'
+expect 4 "" "nothing was written" set $values 'list=[]'
+while IFS='|' read -r data reason; do
+  # shellcheck disable=SC2059
+  printf "$data" >"$work/refused"
+  expect 4 "" "$reason" set $resolver - <"$work/refused"
+done <<'T'
+{"servers": [}|line 1, column 14
+{"servers":["10.0.0.1"],"servers":["10.0.0.2"]}|"servers" twice
+["10.0.0.1"]|is no JSON object
+{"servers":["10.0.0.1"]}\0|NUL
+{"servers":["\xff"]}|UTF-8
+|unexpected end
+T
+expect 4 "" "deeper than 128" set $resolver - < <(printf '[%.0s' {1..3000})
+expect 1 "" "cannot read $work/absent: No such file" set $resolver "$work/absent"
+expect 1 "" '"code":1081' --json set $resolver "$work"
+expect 1 "" "standard input" set $resolver - <&-
+expect 0 "=$((first + 2))" "" revision $resolver
+
+# instances
+expect 0 "" "" set $switch ports=64 'portGroups=[{"name":"Guests","vlan":7}]'
+expect 0 '={"name":"edge/0","ports":64,"portGroups":[{"name":"Guests","vlan":7}]}' "" get $switch
+expect 0 "" "" set $switch - <<<'{"ports": 32}'
+expect 0 '"name":"edge/0"' "" get $switch
+expect 4 "" "/name: expected \"edge/0\"" set $switch name=other ports=8
+expect 4 "" "/name" set $switch - <<<'{"name":null,"ports":8}'
+expect 0 "=32" "" get $switch ports
+for wrong in "get tarn/network/switches" "get $resolver/x" "revision $resolver/x" "set $resolver/x servers=[]"; do
+  # shellcheck disable=SC2086
+  expect 4 "" "?" $wrong
+done
+
+# --- a value takes the type that the schema gives its member
+while IFS='|' read -r argument wanted; do
+  expect 0 "" "" set $values "$argument"
+  expect 0 "=$wanted" "" get $values
+done <<'T'
+text=5|{"text":"5"}
+text={"a":1}|{"text":"{\"a\":1}"}
+text=a=b|{"text":"a=b"}
+whole=-7|{"whole":-7}
+whole=-9223372036854775808|{"whole":-9223372036854775808}
+fraction=2|{"fraction":2.0}
+fraction=0.1|{"fraction":0.1}
+flag=true|{"flag":true}
+list=[1, 2]|{"list":[1,2]}
+map={"inner":"5"}|{"map":{"inner":"5"}}
+map.inner=true|{"map":{"inner":"true"}}
+map.on=true|{"map":{"on":true}}
+either=12|{"either":12}
+either=true|{"either":"true"}
+anything=[1.5]|{"anything":[1.5]}
+anything=plain words|{"anything":"plain words"}
+level=1|{"level":"1"}
+word=30|{"word":30}
+word=never|{"word":"never"}
+deep.leaf=4|{"deep":{"leaf":4}}
+T
+while IFS='|' read -r argument wanted; do
+  expect 4 "" "$wanted" set $values "$argument"
+done <<'T'
+whole=five|"whole" takes integer, not "five"
+whole=1.5|"whole" takes integer, not "1.5"
+whole=|"whole" takes integer
+whole=99999999999999999999|"whole" takes integer
+flag=yes|"flag" takes boolean, not "yes"
+fraction="1"|"fraction" takes number
+list=1,2|"list" takes array
+list.0=1|objects only
+map.on=1|/map/on: expected boolean
+whole=101|/whole:
+unknown=1|/unknown:
+T
+expect 4 "" '{"code":1030,"message":"the member \"whole\" takes integer, not \"x\"","details":[{"field":"/whole","error":"expected integer"}]}' \
+  --json set $values whole=x
+expect 2 "" "given twice" set $values whole=1 whole=2
+expect 2 "" "given as a whole" set $values anything=1 anything.a=2
+expect 2 "" "MEMBER=VALUE" set $values whole=1 "$work/data"
+expect 0 "" "" set $values text=x
+expect 0 "=never" "" get $values word
+expect 0 "=3" "" get $values deep.leaf
+expect 3 "" 'no member "whole"' get $values whole
+expect 3 "" 'no member "text.inner"' get $values text.inner
+
+# --- looking around
+expect 0 "?" "" list
+objects=$(grep -o '"object": "[^"]*"' "$work/out")
+[ "$objects" = $'"object": "tarn/network/resolver"\n"object": "tarn/network/switches/edge/0"\n"object": "test/tool/values"' ] ||
+  fail "list is not the sorted stored objects"
+expect 0 '"values":["user"]' "" list tarn/network/switches
+expect 0 "=[]" "" list tarn/net
+expect 0 "" "" kv set list "-5 init"
+expect 0 "=-5init" "" kv get list
+expect 0 '="-5init"' "" --json kv get list
+expect 0 "=" "" kv get absent
+expect 0 "=x" "<4>" --log 4 get $values text
+expect 0 "=x" "" --log 3 get $values text
+expect 1 "" "test/tool/values" schema remove $values
+expect 0 "" "" schema remove --force $values
+expect 3 "" "values" schema remove $values
+
+# --- output that goes nowhere
+"$tarnctl" list >/dev/full 2>"$work/err"
+verify "list onto a full disk" $? 1 "?" "No space left"
+"$tarnctl" list 2>"$work/err" >&-
+verify "list with standard output closed" $? 1 "?" "Bad file descriptor"
+mkfifo "$work/pipe"
+exec 3<>"$work/pipe" 4>"$work/pipe" 3<&-
+"$tarnctl" list >&4 2>"$work/err"
+verify "list into a closed pipe" $? 1 "?" "Broken pipe"
+exec 4>&-
+
+# --- busy, permission, corrupt, lost
+mkfifo "$work/statements"
+sqlite3 "$stores/current-store-1" <"$work/statements" &
+exec 5>"$work/statements"
+printf 'BEGIN IMMEDIATE;\n.shell touch %s\n' "$work/locked" >&5
+until [ -e "$work/locked" ]; do sleep 0.05; done
+expect 7 "" "?" set $resolver 'servers=["10.0.0.9"]'
+expect 7 "" "?" kv set K V
+expect 0 "=[\"10.0.0.2\"]" "" get $resolver servers
+exec 5>&-
+wait
+if [ "$(id -u)" -eq 0 ]; then
+  other() { setpriv --reuid=65534 --regid=65534 --clear-groups "$@"; }
+else
+  chmod 000 "$stores/current-store-1"
+  other() { "$@"; }
+fi
+if other test -x "$tarnctl" -a -r "$types/power-policy.json"; then
+  other "$tarnctl" get $resolver >"$work/out" 2>"$work/err"
+  verify "get of a store of another user" $? 6 "" "current-store-1"
+  chmod 644 "$stores"/*
+  other "$tarnctl" set $resolver 'servers=["10.0.0.9"]' >"$work/out" 2>"$work/err"
+  verify "set in a store of another user" $? 6 "" "current-store-1"
+fi
+chmod 640 "$stores"/*
+rm -f "$stores"/current-store-1-*
+head -c 8192 /dev/zero | tr '\0' x >"$stores/current-store-1"
+expect 8 "" "current-store-1" get $resolver
+expect 8 "" "current-store-1" set $resolver 'servers=["10.0.0.9"]'
+rm -f "$stores"/*-store-1*
+without_store
+
+echo "$checks checks, $failures failures"
+[ $failures -eq 0 ]

@@ -1,0 +1,101 @@
+#include "failure.h"
+
+#include "tarnconfigstore/diagnostics.h"
+
+#include "json_text.h"
+
+#include <cstdio>
+
+namespace tarnctl {
+namespace {
+
+using TarnConfigStore::ConfigStoreException;
+using TarnConfigStore::StoreError;
+using TarnConfigStore::StoreErrorKind;
+using TarnConfigStore::ValidationException;
+
+ExitCode ExitCodeFor(StoreErrorKind kind) {
+  switch (kind) {
+    case StoreErrorKind::PERMISSION:
+      return ExitCode::PERMISSION;
+    case StoreErrorKind::BUSY:
+      return ExitCode::BUSY;
+    case StoreErrorKind::CORRUPT:
+      return ExitCode::CORRUPT;
+    case StoreErrorKind::NONE:
+    case StoreErrorKind::MISSING:
+    case StoreErrorKind::NEWER:
+    case StoreErrorKind::MISUSE:
+    case StoreErrorKind::OTHER:
+      break;
+  }
+  return ExitCode::FAILED;
+}
+
+// What the library says names the operation that failed; only the database layer knows why, and
+// what mends it.
+void AddStoreError(Failure& failure) {
+  const StoreError error = TarnConfigStore::GetLastStoreError();
+  if (error.kind == StoreErrorKind::NONE) {
+    return;
+  }
+  failure.exitCode = ExitCodeFor(error.kind);
+  if (failure.message.find(error.message) == std::string::npos) {
+    failure.message += ": " + error.message;
+  }
+}
+
+Failure DescribeLibraryFailure(const ConfigStoreException& error) {
+  Failure failure{ExitCode::FAILED, error.GetErrorCode(), error.what(), {}};
+  switch (error.GetErrorCode()) {
+    case TarnConfigStore::CS_SCHEMA_NOT_FOUND:
+      failure.exitCode = ExitCode::NOT_FOUND;
+      break;
+    case TarnConfigStore::CS_JSON_PARSE_FAILED:
+      failure.exitCode = ExitCode::INVALID;
+      break;
+    default:
+      AddStoreError(failure);
+  }
+  return failure;
+}
+
+}  // namespace
+
+Failure DescribeCurrentException() {
+  try {
+    throw;
+  } catch (const ToolError& error) {
+    return error.GetFailure();
+  } catch (const ValidationException& error) {
+    return {ExitCode::INVALID, error.GetErrorCode(), error.what(), error.GetErrors()};
+  } catch (const ConfigStoreException& error) {
+    return DescribeLibraryFailure(error);
+  } catch (const std::exception& error) {
+    Failure failure{ExitCode::FAILED, TarnConfigStore::CS_GENERIC, error.what(), {}};
+    AddStoreError(failure);
+    return failure;
+  }
+}
+
+void Report(const Failure& failure, bool asJson) {
+  std::string text;
+  if (asJson) {
+    Json details = Json::array();
+    for (const auto& finding : failure.details) {
+      details.push_back({{"field", finding.field}, {"error", finding.error}});
+    }
+    const Json report = {
+        {"code", failure.code}, {"message", failure.message}, {"details", std::move(details)}};
+    // Messages may quote arguments, which are bytes of any kind.
+    text = report.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+  } else {
+    text = "tarnctl: " + failure.message + "\n";
+    for (const auto& finding : failure.details) {
+      text += "  " + finding.field + ": " + finding.error + "\n";
+    }
+  }
+  std::fputs(text.c_str(), stderr);
+}
+
+}  // namespace tarnctl

@@ -1,0 +1,57 @@
+// What went wrong, and how the tool says so.
+#pragma once
+
+#include "tarnconfigstore/error_codes.h"
+#include "tarnconfigstore/exceptions.h"
+
+#include <exception>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tarnctl {
+
+/// Scripts compare these: a number never changes its meaning.
+enum class ExitCode : int {
+  DONE = 0,
+  FAILED = 1,
+  USAGE = 2,
+  NOT_FOUND = 3,
+  INVALID = 4,
+  CONFLICT = 5,  // kept free for compare-and-set
+  PERMISSION = 6,
+  BUSY = 7,
+  CORRUPT = 8,
+};
+
+using Findings = std::vector<TarnConfigStore::ErrorInfo>;
+
+struct Failure {
+  ExitCode exitCode = ExitCode::FAILED;
+  int code = TarnConfigStore::CS_GENERIC;
+  std::string message;
+  Findings details;
+};
+
+/// A failure that the tool itself finds.
+class ToolError : public std::exception {
+ public:
+  ToolError(ExitCode exitCode, std::string message, int code = TarnConfigStore::CS_GENERIC,
+            Findings details = {})
+      : failure_{exitCode, code, std::move(message), std::move(details)} {}
+
+  const char* what() const noexcept override { return failure_.message.c_str(); }
+  const Failure& GetFailure() const { return failure_; }
+
+ private:
+  Failure failure_;
+};
+
+/// Describes the exception that is being handled. To be called in a catch block only; relies on the
+/// last store error having been cleared before the operation.
+Failure DescribeCurrentException();
+
+/// Writes a failure to standard error: one JSON object, or lines for people.
+void Report(const Failure& failure, bool asJson);
+
+}  // namespace tarnctl

@@ -1,0 +1,30 @@
+// The names of objects and types on the command line.
+#pragma once
+
+#include "tarnconfigstore/object_id.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tarnctl {
+
+/// "component/group/key[/instance]"; everything after the third slash is the instance id. These
+/// three raise ToolError USAGE for a text of another form.
+TarnConfigStore::ConfigStoreObjectId ParseObject(std::string_view text);
+/// "component/group/key".
+TarnConfigStore::ConfigStoreObjectId ParseType(std::string_view text);
+/// The beginning of an object's name, at a slash: "component", "component/group" and so on.
+TarnConfigStore::ConfigStoreObjectId ParsePrefix(std::string_view text);
+
+/// The text that ParseObject takes.
+std::string FormatObject(const TarnConfigStore::ConfigStoreObjectId& id);
+
+/// The names on a dotted path to a member. Raises ToolError USAGE when one of them is empty.
+using MemberPath = std::vector<std::string>;
+MemberPath ParseMember(std::string_view text);
+
+/// RFC 6901 JSON Pointer of a member.
+std::string FormatPointer(const MemberPath& path);
+
+}  // namespace tarnctl

@@ -1,0 +1,70 @@
+#include "value_kinds.h"
+
+#include <array>
+
+namespace tarnctl {
+namespace {
+
+struct KindName {
+  std::string_view name;
+  std::uint8_t bits;
+};
+
+// "number" stands before "integer", which it covers.
+constexpr std::array<KindName, 7> kKindNames = {{
+    {"number", ValueKinds::kNumber},
+    {"integer", ValueKinds::kInteger},
+    {"boolean", ValueKinds::kBoolean},
+    {"string", ValueKinds::kString},
+    {"array", ValueKinds::kArray},
+    {"object", ValueKinds::kObject},
+    {"null", ValueKinds::kNull},
+}};
+
+}  // namespace
+
+ValueKinds ValueKinds::Named(std::string_view typeName) {
+  for (const KindName& kind : kKindNames) {
+    if (kind.name == typeName) {
+      return ValueKinds(kind.bits);
+    }
+  }
+  return ValueKinds(0);
+}
+
+ValueKinds ValueKinds::Of(const Json& value) {
+  switch (value.type()) {
+    case Json::value_t::boolean:
+      return ValueKinds(kBoolean);
+    case Json::value_t::number_integer:
+    case Json::value_t::number_unsigned:
+      return ValueKinds(kInteger);
+    case Json::value_t::number_float:
+      return ValueKinds(kFraction);
+    case Json::value_t::string:
+      return ValueKinds(kString);
+    case Json::value_t::array:
+      return ValueKinds(kArray);
+    case Json::value_t::object:
+      return ValueKinds(kObject);
+    case Json::value_t::null:
+    case Json::value_t::binary:
+    case Json::value_t::discarded:
+      break;
+  }
+  return ValueKinds(kNull);
+}
+
+std::string ValueKinds::Describe() const {
+  std::string text;
+  ValueKinds rest = *this;
+  for (const KindName& kind : kKindNames) {
+    if (rest.Holds(kind.bits)) {
+      text += (text.empty() ? "" : " or ") + std::string(kind.name);
+      rest = ValueKinds(static_cast<std::uint8_t>(rest.bits_ & ~kind.bits));
+    }
+  }
+  return text.empty() ? "no value" : text;
+}
+
+}  // namespace tarnctl
