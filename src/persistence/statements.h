@@ -96,8 +96,7 @@ inline constexpr std::string_view LIST_STORED[] = {
     TARN_STORED_COLUMNS " AND Component = ?" TARN_STORED_ORDER,
     TARN_STORED_COLUMNS " AND Component = ? AND ConfigGroup = ?" TARN_STORED_ORDER,
     TARN_STORED_COLUMNS " AND Component = ? AND ConfigGroup = ? AND Name = ?" TARN_STORED_ORDER,
-    TARN_STORED_COLUMNS
-    " AND Component = ? AND ConfigGroup = ? AND Name = ? AND Identifier = ?" TARN_STORED_ORDER,
+    TARN_STORED_COLUMNS " AND Component = ? AND ConfigGroup = ? AND Name = ? AND Identifier = ?",
 };
 #undef TARN_STORED_COLUMNS
 #undef TARN_STORED_ORDER

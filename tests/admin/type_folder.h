@@ -1,14 +1,14 @@
 // Type files for a test, in a folder of their own.
 #pragma once
 
+#include "tarnconfigstore/type_administration.h"
+
+#include "support/temporary_host.h"
+
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
-
-#include "tarnconfigstore/type_administration.h"
-
-#include "support/temporary_host.h"
 
 namespace TestSupport {
 
@@ -31,7 +31,8 @@ class TypeFolder {
     std::ofstream(path_ + "/" + name) << text;
   }
 
-  /// Installs the folder; "FILE OUTCOME" for each, or "OUTCOME POINTER TEXT" where there are errors.
+  /// Installs the folder; "FILE OUTCOME" for each, or "OUTCOME POINTER TEXT" where there are
+  /// errors.
   std::vector<std::string> Install(const TarnConfigStore::InstallOptions& options = {}) const {
     return Lines(TarnConfigStore::InstallTypes({path_}, options));
   }

@@ -8,6 +8,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 chmod 755 "$work"
+[ -x "$tarnctl" ] || exit 1
 export TARN_HOST_ROOT=$work/root
 stores=$TARN_HOST_ROOT/etc/kestrel/configstore
 mkdir "$TARN_HOST_ROOT"
@@ -254,10 +255,13 @@ exec 4>&-
 
 # --- busy, permission, corrupt, lost
 mkfifo "$work/statements"
-sqlite3 "$stores/current-store-1" <"$work/statements" &
-exec 5>"$work/statements"
+exec 5<>"$work/statements"
+sqlite3 "$stores/current-store-1" <"$work/statements" 5>&- &
 printf 'BEGIN IMMEDIATE;\n.shell touch %s\n' "$work/locked" >&5
-until [ -e "$work/locked" ]; do sleep 0.05; done
+for _ in {1..200}; do
+  [ -e "$work/locked" ] && break
+  sleep 0.05
+done
 expect 7 "" "?" set $resolver 'servers=["10.0.0.9"]'
 expect 7 "" "?" kv set K V
 expect 0 "=[\"10.0.0.2\"]" "" get $resolver servers

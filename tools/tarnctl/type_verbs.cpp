@@ -1,5 +1,8 @@
 #include "type_verbs.h"
 
+#include "tarnconfigstore/config_store.h"
+#include "tarnconfigstore/file.h"
+#include "tarnconfigstore/host.h"
 #include "tarnconfigstore/type_administration.h"
 
 #include "failure.h"
@@ -73,6 +76,18 @@ Json SplitFlags(const std::string& flags) {
   return list;
 }
 
+// A host that has lost its store says so whatever it is asked, before anybody takes its types for a
+// host in good order.
+void RequireStore() {
+  TarnConfigStore::ConfigStore::GetStore(TarnConfigStore::sGlobalNamespace);
+}
+
+// Type files can be checked where there is no host at all.
+bool IsHost() {
+  constexpr const char* kSchemaStore = "/etc/kestrel/configstore/schema-store-1";
+  return TarnConfigStore::FileExists(TarnConfigStore::GetHostRoot() + kSchemaStore);
+}
+
 }  // namespace
 
 void InstallTypes(const std::vector<std::string>& paths, bool checkOnly, bool force,
@@ -86,12 +101,16 @@ void InstallTypes(const std::vector<std::string>& paths, bool checkOnly, bool fo
 }
 
 void CheckTypes(const std::vector<std::string>& paths, const Output& output) {
+  if (IsHost()) {
+    RequireStore();
+  }
   const auto reports = TarnConfigStore::CheckTypes(paths);
   RefuseInvalid(reports, "");
   Print(reports, output);
 }
 
 void ListTypes(const Output& output) {
+  RequireStore();
   Json list = Json::array();
   for (const auto& type : TarnConfigStore::ListTypes()) {
     list.push_back({{"type", FormatObject({type.key, type.group, type.component})},
@@ -104,6 +123,7 @@ void ListTypes(const Output& output) {
 
 void ShowType(const std::string& type, const Output& output) {
   const ConfigStoreObjectId id = ParseType(type);
+  RequireStore();
   output.Print(Json::parse(TarnConfigStore::GetTypeFile(id.component, id.group, id.key)));
 }
 

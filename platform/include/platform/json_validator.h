@@ -1,37 +1,46 @@
 // Checking JSON values against JSON Schema (draft-07) and the rules of configuration types.
 #pragma once
 
+#include "platform/json.h"
+
 #include <string>
 #include <unordered_set>
 
-#include "platform/json.h"
-
 namespace JsonValidator {
 
-/// What a validation checks besides the shape of the value. Callers pass sets of the numbers; numbers that
-/// are not listed are accepted and check nothing.
+/// What a validation checks. Callers pass sets of the numbers; numbers that are not listed are
+/// accepted and check nothing. Whatever the rules: texts and names are UTF-8, numbers finite,
+/// nesting at most Json::kMaxDepth.
+///
+/// A member is declared when any schema that applies to its object declares it, through references,
+/// "allOf", the branches that the object fits, and conditions. "vital" and "cached" govern
+/// everything under the place where they stand; the tag nearest to the root counts. Instance ids
+/// belong to every part of an object.
 enum Rule : int {
-  RULE_DECLARED_MEMBERS = 0,   ///< no undeclared member, and none twice
-  RULE_JSON_SCHEMA = 1,        ///< the assertions of the schema
-  RULE_NO_VITAL_OR_CACHED = 3,
+  RULE_DECLARED_MEMBERS = 0,    ///< no undeclared member, and none twice
+  RULE_JSON_SCHEMA = 1,         ///< the assertions of the schema
+  RULE_NO_VITAL_OR_CACHED = 3,  ///< but instance ids
   RULE_NO_READ_ONLY = 4,
-  RULE_VITAL_ONLY = 5,         ///< vital members and instance ids only
-  RULE_INSTANCE_IDS = 7,       ///< present, and unique in their array
-  RULE_REQUIRED = 8,           ///< "required" holds; without it, members that are plainly missing are forgiven
-  RULE_CACHED_ONLY = 9,        ///< cached members and instance ids only
+  RULE_VITAL_ONLY = 5,    ///< vital members and instance ids only
+  RULE_INSTANCE_IDS = 7,  ///< present, and unique in their array
+  RULE_REQUIRED =
+      8,  ///< "required" holds; without it, members that are plainly missing are forgiven
+  RULE_CACHED_ONLY = 9,  ///< cached members and instance ids only
 };
 
-/// Validates a value and fills `result` with an array of findings, {"field": JSON Pointer, "error": text},
-/// one for each fault, in document order; an empty array means valid.
-/// The compiled form of a schema that belongs to an installed type is kept for as long as the type lives, and
-/// found again by the schema value's address; any other schema is compiled on the spot. A schema that cannot
-/// be compiled is one finding on the root. Safe from several threads.
-/// \param context  not used
+/// Validates a value and fills `result` with an array of findings, {"field": JSON Pointer, "error":
+/// text}, one for each fault, in document order; an empty array means valid. A value of the wrong
+/// type is one fault, whatever else is asked of it, and so is one that fits none of several forms.
+/// The compiled form of a schema that belongs to an installed type is kept for as long as the type
+/// lives, and found again by the schema value's address; any other schema is compiled on the spot.
+/// A schema that cannot be compiled is one finding on the root. Safe from several threads. \param
+/// context  not used
 void Validate(const Json::Value& schema, const Json::Value& value, Json::Document& result,
               const std::unordered_set<int>& rules, const std::string& context);
 
-/// Keeps the compiled form of a schema that stays where it is for the life of the registration. Compiling
-/// waits for the first validation.
+/// Keeps the compiled form of a schema that stays as and where it is for the life of the
+/// registration and of any validation with it. Compiling waits for the first validation. A schema
+/// may be registered several times.
 class Registration {
  public:
   explicit Registration(const Json::Value& schema);
@@ -43,8 +52,10 @@ class Registration {
   const Json::Value* schema_;
 };
 
-/// Everything that keeps a schema from being compiled: findings as in Validate, `field` pointing into the
-/// schema. Empty when it is fine.
+/// Everything that keeps a schema from being used: findings as in Validate, `field` pointing into
+/// the schema. Malformed keywords, patterns that do not compile, references that lead nowhere or
+/// outside the schema (nothing is ever fetched), and references that come back to the place they
+/// stand at. Empty when it is fine.
 void CheckSchema(const Json::Value& schema, Json::Document& result);
 
 }  // namespace JsonValidator

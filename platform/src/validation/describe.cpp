@@ -75,9 +75,9 @@ std::string Found(const Json::Value& value) {
     case rapidjson::kTrueType:
       return "true";
     case rapidjson::kObjectType:
-      return "an object";
+      return value.ObjectEmpty() ? "an empty object" : "an object";
     case rapidjson::kArrayType:
-      return "an array";
+      return value.Empty() ? "an empty array" : "an array";
     case rapidjson::kStringType:
       return "the text " + Quoted(Json::Text(value));
     default:

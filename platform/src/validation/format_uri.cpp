@@ -33,17 +33,6 @@ constexpr std::string_view kUserInfo = "!$&'()*+,;=:";
 constexpr std::string_view kPath = "!$&'()*+,;=:@/";
 constexpr std::string_view kQuery = "!$&'()*+,;=:@/?";
 
-std::size_t SchemeLength(std::string_view text) {
-  const std::size_t end = text.find_first_of(":/?#");
-  if (end == std::string_view::npos || end == 0 || text[end] != ':' || !IsLetter(text.front())) {
-    return 0;
-  }
-  const bool ok = std::all_of(
-      text.begin(), text.begin() + static_cast<std::ptrdiff_t>(end),
-      [](char c) { return IsLetter(c) || IsDigit(c) || c == '+' || c == '-' || c == '.'; });
-  return ok ? end : 0;
-}
-
 bool IsIpLiteral(std::string_view text) {  // without the brackets
   if (!text.starts_with('v') && !text.starts_with('V')) {
     return IsIpv6(text);
@@ -94,6 +83,17 @@ bool IsRelativePart(std::string_view text) {
 }
 
 }  // namespace
+
+std::size_t SchemeLength(std::string_view text) {
+  const std::size_t end = text.find_first_of(":/?#");
+  if (end == std::string_view::npos || end == 0 || text[end] != ':' || !IsLetter(text.front())) {
+    return 0;
+  }
+  const bool ok = std::all_of(
+      text.begin(), text.begin() + static_cast<std::ptrdiff_t>(end),
+      [](char c) { return IsLetter(c) || IsDigit(c) || c == '+' || c == '-' || c == '.'; });
+  return ok ? end : 0;
+}
 
 bool IsUriReference(std::string_view text) {
   const std::size_t scheme = SchemeLength(text);

@@ -55,17 +55,11 @@ Registration::~Registration() {
 }
 
 void CheckSchema(const Json::Value& schema, Json::Document& result) {
-  result.SetArray();
   Findings findings;
-  const bool shallow = SoundnessCheck(true, findings).Check(schema);
+  if (SoundnessCheck(true, findings).Check(schema)) {
+    NoteFaults(CompiledSchema(schema), findings);
+  }
   findings.Write(result);
-  if (!shallow) {
-    return;
-  }
-  const CompiledSchema compiled(schema);
-  for (const SchemaFault& fault : compiled.Faults()) {
-    AppendFinding(result, PointerTo(schema, *fault.where), fault.text);
-  }
 }
 
 }  // namespace JsonValidator

@@ -1,65 +1,53 @@
 #include "validation/schema_faults.h"
 
-#include "validation/findings.h"
+#include "validation/place.h"
 
-#include <cstddef>
-#include <limits>
-#include <vector>
+#include <deque>
+#include <string_view>
+#include <unordered_map>
 
 namespace JsonValidator {
-namespace {
 
-constexpr std::size_t kNoParent = std::numeric_limits<std::size_t>::max();
-
-struct Seen {
-  const Json::Value* value;
-  std::size_t parent;
-  const Json::Value* name;  // null for an element
-  std::size_t index;
-};
-
-std::string PointerFrom(const std::vector<Seen>& seen, std::size_t at) {
-  std::vector<const Seen*> way;
-  for (; seen[at].parent != kNoParent; at = seen[at].parent) {
-    way.push_back(&seen[at]);
+void NoteFaults(const CompiledSchema& schema, Findings& findings) {
+  std::unordered_multimap<const Json::Value*, std::string_view> faults;
+  for (const SchemaFault& fault : schema.Faults()) {
+    faults.emplace(fault.where, fault.text);
   }
-  std::string pointer;
-  for (auto step = way.rbegin(); step != way.rend(); ++step) {
-    const Seen& here = **step;
-    AppendPointerStep(pointer, here.name != nullptr ? std::string(Json::Text(*here.name))
-                                                    : std::to_string(here.index));
-  }
-  return pointer.empty() ? "/" : pointer;
-}
-
-}  // namespace
-
-std::string PointerTo(const Json::Value& schema, const Json::Value& inside) {
-  std::vector<Seen> seen{{&schema, kNoParent, nullptr, 0}};
+  struct Seen {
+    const Json::Value* value;
+    Place place;
+  };
+  // Level by level and without recursion, because the schema may be of any depth; places stay where
+  // they are.
+  std::deque<Seen> seen{{&schema.Schema(), Place{}}};
   for (std::size_t i = 0; i < seen.size(); ++i) {
     const Json::Value& value = *seen[i].value;
-    if (&value == &inside) {
-      return PointerFrom(seen, i);
+    const Place& place = seen[i].place;
+    const auto here = faults.equal_range(&value);
+    for (auto fault = here.first; fault != here.second; ++fault) {
+      findings.Add(place, fault->second);
     }
+    std::uint32_t index = 0;
     if (value.IsObject()) {
       for (const auto& member : value.GetObject()) {
-        seen.push_back({&member.value, i, &member.name, 0});
+        seen.push_back({&member.value, Place{&place, &member.name, index++}});
       }
     } else if (value.IsArray()) {
-      for (rapidjson::SizeType index = 0; index < value.Size(); ++index) {
-        seen.push_back({&value[index], i, nullptr, index});
+      for (const Json::Value& element : value.GetArray()) {
+        seen.push_back({&element, Place{&place, nullptr, index++}});
       }
     }
   }
-  return "/";
 }
 
 std::string FaultsInWords(const CompiledSchema& schema) {
-  const SchemaFault& first = schema.Faults().front();
-  std::string text = "the schema of this type cannot be used: at " +
-                     PointerTo(schema.Schema(), *first.where) + ": " + first.text;
-  if (schema.Faults().size() > 1) {
-    text += " (and " + std::to_string(schema.Faults().size() - 1) + " more)";
+  Findings findings;
+  NoteFaults(schema, findings);
+  const auto& sorted = findings.Sorted();
+  std::string text = "the schema of this type cannot be used: at " + sorted.front().field + ": " +
+                     sorted.front().error;
+  if (sorted.size() > 1) {
+    text += " (and " + std::to_string(sorted.size() - 1) + " more)";
   }
   return text;
 }

@@ -1,18 +1,17 @@
 // What keeps a schema from being used, told to people.
 #pragma once
 
-#include "platform/json.h"
-
 #include "validation/compiled_schema.h"
+#include "validation/findings.h"
 
 #include <string>
 
 namespace JsonValidator {
 
-/// The JSON Pointer of a value inside a schema; "/" for the root.
-std::string PointerTo(const Json::Value& schema, const Json::Value& inside);
+/// Notes each fault of a schema at its place in the schema.
+void NoteFaults(const CompiledSchema& schema, Findings& findings);
 
-/// The faults in one sentence.
+/// The faults, of which there are some, in one sentence.
 std::string FaultsInWords(const CompiledSchema& schema);
 
 }  // namespace JsonValidator

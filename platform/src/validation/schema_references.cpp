@@ -1,11 +1,13 @@
 #include "validation/schema_references.h"
 
 #include "validation/characters.h"
+#include "validation/uri_resolution.h"
 
 #include <algorithm>
 #include <charconv>
-#include <optional>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 namespace JsonValidator {
 namespace {
@@ -58,16 +60,70 @@ const Json::Value* Follow(const Json::Value& from, std::string_view pointer) {
 
 }  // namespace
 
-const Json::Value* SchemaReferences::Resolve(std::string_view reference, std::string& fault) const {
-  const std::size_t hash = std::min(reference.find('#'), reference.size());
+void SchemaReferences::FindName(Part& part) {
+  const Json::Value* id = Json::FindMember(*part.value, "$id");
+  const Json::Value* reference = Json::FindMember(*part.value, "$ref");
+  if (reference != nullptr) {
+    bases_[reference] = part.base;
+  } else if (id != nullptr && id->IsString()) {
+    hasNames_ = true;
+    std::string name = ResolveUri(part.base, Json::Text(*id));
+    if (name.ends_with('#')) {
+      name.pop_back();
+    }
+    if (name.find('#') == std::string::npos) {
+      part.base = name;
+    }
+    named_.emplace(std::move(name), part.value);
+  }
+}
+
+void SchemaReferences::FindNames() {
+  searched_ = true;
+  std::vector<Part> parts{{&schema_, {}}};
+  while (!parts.empty()) {
+    Part part = std::move(parts.back());
+    parts.pop_back();
+    if (part.value->IsArray()) {
+      for (const Json::Value& element : part.value->GetArray()) {
+        parts.push_back({&element, part.base});
+      }
+    } else if (part.value->IsObject()) {
+      FindName(part);
+      for (const auto& member : part.value->GetObject()) {
+        // Values, not schemas.
+        if (Json::Text(member.name) != "const" && Json::Text(member.name) != "enum") {
+          parts.push_back({&member.value, part.base});
+        }
+      }
+    }
+  }
+}
+
+const Json::Value* SchemaReferences::Resolve(const Json::Value& reference, std::string& fault) {
+  if (!searched_) {
+    FindNames();
+  }
+  const std::string uri = hasNames_ ? ResolveUri(bases_[&reference], Json::Text(reference))
+                                    : std::string(Json::Text(reference));
+  const std::size_t hash = std::min(uri.find('#'), uri.size());
+  const Json::Value* document = &schema_;
   if (hash > 0) {
+    const auto named = named_.find(uri.substr(0, hash));
+    document = named != named_.end() ? named->second : nullptr;
+  }
+  if (document == nullptr) {
     fault = "leads outside the schema";
     return nullptr;
   }
-  const std::string pointer =
-      PercentDecoded(reference.substr(std::min(hash + 1, reference.size())));
-  const Json::Value* target =
-      pointer.empty() || pointer.front() == '/' ? Follow(schema_, pointer) : nullptr;
+  const std::string fragment =
+      PercentDecoded(std::string_view(uri).substr(std::min(hash + 1, uri.size())));
+  const Json::Value* target = nullptr;
+  if (fragment.empty() || fragment.front() == '/') {
+    target = Follow(*document, fragment);
+  } else if (const auto named = named_.find(uri); named != named_.end()) {
+    target = named->second;
+  }
   if (target == nullptr) {
     fault = "leads nowhere";
   }

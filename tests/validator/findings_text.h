@@ -1,0 +1,48 @@
+// What the validator finds, as lines of text.
+#pragma once
+
+#include "platform/json_validator.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+namespace ValidatorTest {
+
+using Rules = std::unordered_set<int>;
+
+/// The rules of most writes.
+inline const Rules kSetRules{0, 1, 7, 8};
+
+inline Json::Document Parsed(std::string_view text) {
+  Json::Document document;
+  const Json::ParseResult parsed = Json::Parse(text, document);
+  EXPECT_TRUE(parsed) << text << ": " << parsed.message;
+  return document;
+}
+
+/// "field: error" of each finding, separated by "\n"; "" for none.
+inline std::string Lines(const Json::Value& findings) {
+  std::string lines;
+  for (const Json::Value& finding : findings.GetArray()) {
+    lines += lines.empty() ? "" : "\n";
+    lines += std::string(finding["field"].GetString()) + ": " + finding["error"].GetString();
+  }
+  return lines;
+}
+
+inline std::string FindingsOf(const Json::Value& schema, const Json::Value& value,
+                              const Rules& rules = kSetRules) {
+  Json::Document result;
+  JsonValidator::Validate(schema, value, result, rules, "");
+  return Lines(result);
+}
+
+inline std::string FindingsOf(std::string_view schema, std::string_view value,
+                              const Rules& rules = kSetRules) {
+  return FindingsOf(Parsed(schema), Parsed(value), rules);
+}
+
+}  // namespace ValidatorTest
