@@ -96,10 +96,32 @@ inline constexpr std::string_view LIST_STORED[] = {
     TARN_STORED_COLUMNS " AND Component = ?" TARN_STORED_ORDER,
     TARN_STORED_COLUMNS " AND Component = ? AND ConfigGroup = ?" TARN_STORED_ORDER,
     TARN_STORED_COLUMNS " AND Component = ? AND ConfigGroup = ? AND Name = ?" TARN_STORED_ORDER,
-    TARN_STORED_COLUMNS
-    " AND Component = ? AND ConfigGroup = ? AND Name = ? AND Identifier = ?" TARN_STORED_ORDER,
+    TARN_STORED_COLUMNS " AND Component = ? AND ConfigGroup = ? AND Name = ? AND Identifier = ?",
 };
 #undef TARN_STORED_COLUMNS
 #undef TARN_STORED_ORDER
+
+// --- Administration of types
+// ---------------------------------------------------------------------------------
+
+/// The objects that came with a type, by instance id. Parameters: name, group, component.
+inline constexpr std::string_view READ_DEFAULT_INSTANCES =
+    "SELECT Identifier, Version, Value, VitalValue, CachedValue FROM DefaultConfig WHERE Name = ? "
+    "AND ConfigGroup = ? AND Component = ? ORDER BY Identifier";
+
+/// Parameters: name, group, component.
+inline constexpr std::string_view DELETE_DEFAULT_INSTANCES =
+    "DELETE FROM DefaultConfig WHERE Name = ? AND ConfigGroup = ? AND Component = ?";
+
+/// Parameters: identifier, name, group, component, version, user, vital and cached value.
+inline constexpr std::string_view WRITE_DEFAULT_INSTANCE =
+    "INSERT OR REPLACE INTO DefaultConfig (Identifier, Name, ConfigGroup, Component, Version, "
+    "Value, VitalValue, CachedValue) VALUES (?, ?, ?, ?, ?, ?, ?, ?)";
+
+/// How many instances of a type have a value. Parameters: name, group, component.
+inline constexpr std::string_view COUNT_STORED_INSTANCES =
+    "SELECT COUNT(*) AS Stored FROM Config WHERE Name = ? AND ConfigGroup = ? AND Component = ? "
+    "AND (UserValue NOT NULL OR AutoConfValue NOT NULL OR VitalValue NOT NULL OR CachedValue NOT "
+    "NULL OR DesiredValue NOT NULL)";
 
 }  // namespace TarnConfigStore

@@ -13,6 +13,30 @@ using DBStore::BeginTransaction;
 using DBStore::CommitTransaction;
 using DBStore::WriteKeyValue;
 
+// From one process to the other.
+class Signal {
+ public:
+  Signal() {
+    if (pipe(ends_) != 0) {
+      throw std::runtime_error("cannot make a pipe");
+    }
+  }
+  ~Signal() {
+    close(ends_[0]);
+    close(ends_[1]);
+  }
+  Signal(const Signal&) = delete;
+  Signal& operator=(const Signal&) = delete;
+  void Give() { EXPECT_EQ(write(ends_[1], "x", 1), 1); }
+  void Await() {
+    char byte = 0;
+    EXPECT_EQ(read(ends_[0], &byte, 1), 1);
+  }
+
+ private:
+  int ends_[2] = {-1, -1};
+};
+
 class Fork : public testing::Test {
  protected:
   // Writes in a transaction of its own that lasts until the other side has had time to break into
@@ -64,16 +88,33 @@ TEST_F(Fork, ClosesAConnectionAtRestInTheChildOnly) {
   EXPECT_EQ(DBStore::ExecuteStmt(held, statement, nullptr, nullptr, 0), 0);
 }
 
-TEST_F(Fork, LetsGoOfInheritedHandlesInTheChild) {
+// A child that opened its own connection beside the inherited one would hold no locks: the parent
+// would then take itself for the last user of the log and begin it anew.
+TEST_F(Fork, LeavesTheChildWithLocksOfItsOwn) {
   auto held = Connect();
   auto statement = DBStore::internal::Prepare(held, "SELECT 1", DBStore::kWaitLimit);
-  EXPECT_EQ(InChild([&] {
-              statement.reset();
-              held.reset();
-              return WriteKeyValue("key", "child", Connect());
-            }),
-            0);
-  EXPECT_EQ(ReadKey(held, "key"), "child");
+  ASSERT_EQ(WriteKeyValue("first", "parent", held), 0);
+  Signal begun;
+  Signal reopened;
+  ChildProcess child([&] {
+    const auto own = Connect();
+    const bool written = BeginTransaction(own) == 0 && WriteKeyValue("second", "child", own) == 0;
+    begun.Give();
+    reopened.Await();
+    statement.reset();
+    held.reset();
+    return written && CommitTransaction(own) == 0 ? 0 : 1;
+  });
+  begun.Await();
+  statement.reset();
+  held.reset();
+  EXPECT_EQ(InChild([] { return 0; }), 0);  // closes what the parent has idle
+  held = Connect();
+  EXPECT_EQ(ReadKey(held, "first"), "parent");
+  reopened.Give();
+  EXPECT_EQ(child.Wait(), 0);
+  EXPECT_EQ(WriteKeyValue("third", "parent", held), 0);
+  EXPECT_EQ(Query(Connect(), "SELECT Key FROM KeyValue ORDER BY Key"), "first; second; third");
 }
 
 TEST_F(Fork, InTheMiddleOfATransactionLeavesItToTheParent) {

@@ -1,3 +1,5 @@
+#include "platform/db_testing.h"
+
 #include "db/database.h"
 #include "support/child_process.h"
 #include "support/temporary_host.h"
@@ -99,9 +101,11 @@ TEST_F(Transactions, AHandleDroppedInTheMiddleIsRolledBack) {
   ASSERT_EQ(BeginTransaction(connection_), 0);
   ASSERT_EQ(BeginTransaction(connection_), 0);
   ASSERT_EQ(WriteKeyValue("lost", "", connection_), 0);
+  const auto before = DBStore::testing::GetCounters().opens;
   connection_.reset();
 
   connection_ = Connect();
+  EXPECT_EQ(DBStore::testing::GetCounters().opens, before);
   EXPECT_EQ(ReadKey(connection_, "lost"), "");
   EXPECT_EQ(CommitTransaction(connection_), kMisuse);
   EXPECT_EQ(BeginTransaction(connection_), 0);

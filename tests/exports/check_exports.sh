@@ -5,7 +5,7 @@ set -euo pipefail
 library=$1
 headers=$2
 
-exported=$(nm -DC --defined-only "$library" | cut -c20- | grep -v '^TARNCONFIGSTORE_1$')
+exported=$(nm -DC --defined-only "$library" | cut -c20- | sed 's/@@TARNCONFIGSTORE_1$//' | grep -v '^TARNCONFIGSTORE_1$')
 [ "$(wc -l <<<"$exported")" -gt 50 ] || { echo "too few names exported"; exit 1; }
 
 foreign=$(grep -Ev '^((typeinfo|typeinfo name|vtable) for )?(TarnConfigStore|HostCtl::Lib)::' <<<"$exported" || true)

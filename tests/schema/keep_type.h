@@ -3,7 +3,6 @@
 
 #include "platform/type_files.h"
 
-#include <stdexcept>
 #include <string>
 
 namespace TestSupport {
@@ -17,17 +16,8 @@ inline std::string TypeText(const std::string& key, const std::string& schema,
 
 inline void KeepType(const std::string& key, const std::string& schema,
                      const std::string& version = "1.0") {
-  TypeFiles::TypeFile file;
-  file.name = {"tarn", "test", key};
-  file.version = version;
-  file.text = TypeText(key, schema, version);
-  file.document = std::make_shared<TarnConfigStore::JsonDoc>();
-  if (!file.document->Parse(schema, Json::Duplicates::REFUSE)) {
-    throw std::invalid_argument("not JSON: " + schema);
-  }
-  file.schema = file.document->GetJsonValuePtr();
   TypeFiles::TypeWriter writer;
-  writer.Put(file);
+  writer.Put({{"tarn", "test", key}, version, TypeText(key, schema, version)});
   writer.Commit();
 }
 

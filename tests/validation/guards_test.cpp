@@ -128,7 +128,7 @@ TEST_F(Guards, TellUserDataByItsLeaves) {
 
 TEST_F(Guards, FindingsAreReportedAndLoggedOnce) {
   EXPECT_EQ(Raised([&] { ValidateSet(plain_, Object(plainId_, R"({"port":0,"tags":[1]})")); }),
-            "VE 1089 The object to be set does not fit its type. | /port | /tags/0 | /name");
+            "VE 1089 The object to be set does not fit its type. | / | /port | /tags/0");
   long findings = 0;
   for (const std::string& line : log_.Lines()) {
     findings += line.rfind("0 [1083] Validation: /", 0) == 0 ? 1 : 0;

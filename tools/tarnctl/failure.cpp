@@ -32,7 +32,8 @@ ExitCode ExitCodeFor(StoreErrorKind kind) {
   return ExitCode::FAILED;
 }
 
-// What the library says names the operation that failed; only the database layer knows why.
+// What the library says names the operation that failed; only the database layer knows why, and
+// what mends it.
 void AddStoreError(Failure& failure) {
   const StoreError error = TarnConfigStore::GetLastStoreError();
   if (error.kind == StoreErrorKind::NONE) {
@@ -41,10 +42,6 @@ void AddStoreError(Failure& failure) {
   failure.exitCode = ExitCodeFor(error.kind);
   if (failure.message.find(error.message) == std::string::npos) {
     failure.message += ": " + error.message;
-  }
-  if (error.kind == StoreErrorKind::MISSING &&
-      failure.message.find("tarnctl init") == std::string::npos) {
-    failure.message += " (`tarnctl init` makes a new one)";
   }
 }
 

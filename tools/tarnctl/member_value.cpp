@@ -29,6 +29,15 @@ std::optional<Json> ParseAs(const std::string& text, ValueKinds kinds) {
   return kinds.Holds(justText) ? std::optional<Json>(text) : std::nullopt;
 }
 
+[[noreturn]] void RaiseUnfit(const std::string& member, const std::string& text, ValueKinds kinds,
+                             std::string pointer) {
+  std::string message = "the member \"";
+  message.append(member).append("\" takes ").append(kinds.Describe());
+  message.append(", not \"").append(text).append("\"");
+  throw ToolError(ExitCode::INVALID, std::move(message), TarnConfigStore::CS_INCORRECT_TYPE,
+                  {{std::move(pointer), "expected " + kinds.Describe()}});
+}
+
 Json& Place(Json& data, const MemberPath& path, const std::string& argument) {
   Json* place = &data;
   for (const std::string& name : path) {
@@ -59,11 +68,7 @@ void AddMembers(Json& data, const std::vector<std::string>& arguments, const Typ
     const ValueKinds kinds = schema.KindsOf(path);
     std::optional<Json> value = ParseAs(text, kinds);
     if (!value) {
-      throw ToolError(
-          ExitCode::INVALID,
-          "the member \"" + member + "\" takes " + kinds.Describe() + ", not \"" + text + "\"",
-          TarnConfigStore::CS_INCORRECT_TYPE,
-          {{FormatPointer(path), "Expected " + kinds.Describe() + "."}});
+      RaiseUnfit(member, text, kinds, FormatPointer(path));
     }
     Place(data, path, argument) = std::move(*value);
   }

@@ -59,7 +59,7 @@ void KeepInstanceId(ConfigStoreObject& object, const TypeSchema& schema) {
     throw ToolError(ExitCode::INVALID, "the data is of another instance than " + instanceId,
                     TarnConfigStore::CS_GENERIC,
                     {{FormatPointer({*member}),
-                      "Expected \"" + instanceId + "\", found " + data.at(*member).dump() + "."}});
+                      "expected \"" + instanceId + "\", found " + data.at(*member).dump()}});
   }
 }
 

@@ -1,14 +1,14 @@
 // Small questions about JSON documents.
 #pragma once
 
-#include <string>
-
 #include "platform/json.h"
+
+#include <string>
 
 namespace ConfigStoreDocument {
 
-/// True exactly when the object has a member of this name, whatever its value. The JSON assertion when the
-/// value is not an object.
+/// True exactly when the object has a member of this name, whatever its value. The JSON assertion
+/// when the value is not an object.
 bool ValueExists(const Json::Value& object, const char* name);
 
 /// Deep equality; the order of an object's members does not matter, numbers compare by value.

@@ -7,12 +7,23 @@
 
 namespace DBStore::testing {
 
-enum class Operation { GET_CONNECTION, BEGIN, COMMIT, CANCEL, READ_KEY_VALUE, WRITE_KEY_VALUE, PREPARE, EXECUTE,
-                       ATTACH, DETACH };
+enum class Operation {
+  GET_CONNECTION,
+  BEGIN,
+  COMMIT,
+  CANCEL,
+  READ_KEY_VALUE,
+  WRITE_KEY_VALUE,
+  PREPARE,
+  EXECUTE,
+  ATTACH,
+  DETACH
+};
 
-/// Asked before each operation of the database layer; `detail` is the SQL text or the key, where there is
-/// one. Answering anything but 0 makes the operation fail with that status without touching the database
-/// (GetConnection and Prepare then return an empty handle). An empty function removes the hook.
+/// Asked before each operation of the database layer; `detail` is the SQL text or the key, where
+/// there is one. Answering anything but 0 makes the operation fail with that status without
+/// touching the database (GetConnection and Prepare then return an empty handle). An empty function
+/// removes the hook.
 using Hook = std::function<int(Operation operation, std::string_view detail)>;
 void SetHook(Hook hook);
 

@@ -8,5 +8,6 @@
 /// Replaces each "%N$s" (N from 1) by the N-th argument; "%%" is one "%".
 std::string Str_Asprintf(std::string_view format, const std::vector<std::string_view>& arguments);
 
-/// Replaces each "%s" in turn by the next argument, by nothing when there are no more; "%%" is one "%".
+/// Replaces each "%s" in turn by the next argument, by nothing when there are no more; "%%" is one
+/// "%".
 std::string MsgFmt_Asprintf(std::string_view format, const std::vector<std::string>& arguments);

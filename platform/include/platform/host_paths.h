@@ -7,7 +7,8 @@ namespace HostPaths {
 
 constexpr const char* kStore = "/etc/kestrel/configstore/current-store-1";
 constexpr const char* kSchemaStore = "/etc/kestrel/configstore/schema-store-1";
-constexpr const char* kNotifyAllowlist = "/usr/lib/kestrel/configmanager/notify-list/allowlist.json";
+constexpr const char* kNotifyAllowlist =
+    "/usr/lib/kestrel/configmanager/notify-list/allowlist.json";
 constexpr const char* kUpgradeContext = "/run/kestrel/upgrade-context";
 
 /// "" stands for "/". Without a call the root is TARN_HOST_ROOT, read once with secure_getenv.

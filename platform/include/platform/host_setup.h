@@ -13,7 +13,8 @@ struct Result {
   std::vector<std::string> unchanged;  ///< databases that were there already
 };
 
-/// Makes what is missing under the root: directories 0755, databases 0640. What exists is left as it is.
+/// Makes what is missing under the root: directories 0755, databases 0640. What exists is left as
+/// it is.
 Result Initialize();
 
 }  // namespace HostSetup

@@ -1,5 +1,5 @@
-// JSON, as the whole library uses it. The only header that includes RapidJSON, so that one set of switches
-// holds everywhere.
+// JSON, as the whole library uses it. The only header that includes RapidJSON, so that one set of
+// switches holds everywhere.
 #pragma once
 
 #include <cstddef>
@@ -8,12 +8,14 @@
 
 namespace Json {
 
-/// Called when a JSON value is used as something it is not. The errors floor implements it by throwing.
+/// Called when a JSON value is used as something it is not. The errors floor implements it by
+/// throwing.
 [[noreturn]] void RaiseAssertion(const char* file, int line, const char* condition);
 
 }  // namespace Json
 
-// Without this, RapidJSON marks moves noexcept and a failed assertion inside one would end the process.
+// Without this, RapidJSON marks moves noexcept and a failed assertion inside one would end the
+// process.
 #define RAPIDJSON_HAS_CXX11_NOEXCEPT 0
 #define RAPIDJSON_ASSERT(x) \
   (static_cast<bool>(x) ? static_cast<void>(0) : ::Json::RaiseAssertion(__FILE__, __LINE__, #x))
@@ -45,16 +47,17 @@ struct ParseResult {
   explicit operator bool() const { return ok; }
 };
 
-/// Parses a text into the root of a document, whose allocator then owns the value: strict UTF-8, numbers in
-/// full precision, at most kMaxDepth levels, nothing after the value. On failure the document is null.
-/// Needs no document of its own: `into` may be any document, empty or not.
+/// Parses a text into the root of a document, whose allocator then owns the value: strict UTF-8,
+/// numbers in full precision, at most kMaxDepth levels, nothing after the value. On failure the
+/// document is null. Needs no document of its own: `into` may be any document, empty or not.
 ParseResult Parse(std::string_view text, Document& into, Duplicates duplicates = Duplicates::ALLOW);
 
-/// The value as compact text. False, with an empty text, for what JSON cannot say: a string that is not
-/// UTF-8, or a number that is not finite.
+/// The value as compact text. False, with an empty text, for what JSON cannot say: a string that is
+/// not UTF-8, or a number that is not finite.
 bool Serialize(const Value& value, std::string& text);
 
-/// The member of an object, or null where the value is no object or has no such member. Never asserts.
+/// The member of an object, or null where the value is no object or has no such member. Never
+/// asserts.
 const Value* FindMember(const Value& object, std::string_view name);
 inline Value* FindMember(Value& object, std::string_view name) {
   return const_cast<Value*>(FindMember(static_cast<const Value&>(object), name));
@@ -67,7 +70,8 @@ inline std::string_view Text(const Value& string) {
   return {string.GetString(), string.GetStringLength()};
 }
 
-/// A value that refers to a text that outlives it; nothing is copied. Not for values that are copied on.
+/// A value that refers to a text that outlives it; nothing is copied. Not for values that are
+/// copied on.
 inline Value Reference(std::string_view text) {
   return Value(rapidjson::StringRef(text.data(), static_cast<rapidjson::SizeType>(text.size())));
 }

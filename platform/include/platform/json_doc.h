@@ -1,17 +1,18 @@
 // The holder of one JSON document.
 #pragma once
 
+#include "platform/json.h"
+
 #include <cstddef>
 #include <memory>
 #include <string_view>
 
-#include "platform/json.h"
-
 namespace TarnConfigStore {
 
-/// Owns one JSON value and the memory of everything in it. The first block of memory is sized to the text
-/// that the value comes from, because RapidJSON's own default of 64 KB an object is the largest waste there
-/// is in a store of small objects. Memory is given back only when the holder goes: values live as long.
+/// Owns one JSON value and the memory of everything in it. The first block of memory is sized to
+/// the text that the value comes from, because RapidJSON's own default of 64 KB an object is the
+/// largest waste there is in a store of small objects. Memory is given back only when the holder
+/// goes: values live as long.
 class JsonDoc {
  public:
   /// An empty (null) value with room for about this many bytes of values.

@@ -5,8 +5,9 @@
 
 namespace CSLogger {
 
-/// Priorities: 0 failures, 1 recoverable problems, 2 notable outcomes, 3 entry of writes, 4 entry of reads
-/// and fine tracing. Nothing here throws or blocks on anything but its own lock, whatever happens.
+/// Priorities: 0 failures, 1 recoverable problems, 2 notable outcomes, 3 entry of writes, 4 entry
+/// of reads and fine tracing. Nothing here throws or blocks on anything but its own lock, whatever
+/// happens.
 void Log(int priority, const char* format, ...) noexcept __attribute__((format(printf, 2, 3)));
 
 /// "[code] " and the code's message template filled with the further arguments.

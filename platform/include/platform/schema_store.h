@@ -1,16 +1,17 @@
 // Configuration types: their schemas, flags and defaults.
 #pragma once
 
+#include "platform/json.h"
+#include "platform/json_doc.h"
+
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "platform/json.h"
-#include "platform/json_doc.h"
-
 namespace TarnSchemaStore {
 
-/// What part of an object a type's data belongs to, from the "vital" and "cached" tags of its schema.
+/// What part of an object a type's data belongs to, from the "vital" and "cached" tags of its
+/// schema.
 enum ConfigType : int {
   CONFIG_USER = 0,
   CONFIG_VITAL = 1,
@@ -19,24 +20,24 @@ enum ConfigType : int {
   CONFIG_MIXED = 5,             ///< user members and others
 };
 
-/// One configuration type. Immutable; safe from several threads. The order of the operations is fixed: hosts
-/// bring classes of their own.
+/// One configuration type. Immutable; safe from several threads. The order of the operations is
+/// fixed: hosts bring classes of their own.
 class SchemaObject {
  public:
   virtual const std::string& GetComponent() const = 0;
   virtual const std::string& GetGroup() const = 0;
   virtual const std::string& GetKey() const = 0;
-  /// The type's JSON Schema with its annotations. Its address identifies the type to the validator for as long
-  /// as this object lives.
+  /// The type's JSON Schema with its annotations. Its address identifies the type to the validator
+  /// for as long as this object lives.
   virtual const Json::Value& GetSchemaDocument() const = 0;
-  /// The schema of a top-level property as a type of its own (for an array of objects: of its elements); empty
-  /// when there is none.
+  /// The schema of a top-level property as a type of its own (for an array of objects: of its
+  /// elements); empty when there is none.
   virtual std::shared_ptr<SchemaObject> GetPropertySchema(const std::string& key) const = 0;
   /// The schema value of a top-level property, or null.
   virtual const Json::Value* GetPropertyValueSchema(const std::string& key) const = 0;
   virtual const std::string& GetVersion() const = 0;
-  /// A JSON object: key of a type or of an array member -> name of the member that holds the instance id.
-  /// Empty pointer when neither the type nor anything in it has instances.
+  /// A JSON object: key of a type or of an array member -> name of the member that holds the
+  /// instance id. Empty pointer when neither the type nor anything in it has instances.
   virtual std::shared_ptr<TarnConfigStore::JsonDoc> GetIdMap() const = 0;
   /// A JSON object of the values that absent members read as; empty pointer when there are none.
   virtual std::shared_ptr<TarnConfigStore::JsonDoc> GetDefaults() const = 0;
@@ -75,7 +76,8 @@ class SchemaObjectCache {
   /// Names of all installed types, sorted.
   virtual std::vector<TypeName> GetTypes() const = 0;
   /// As SchemaStore::GetSchemaObject.
-  virtual std::shared_ptr<SchemaObject> GetSchemaObject(const std::string& component, const std::string& group,
+  virtual std::shared_ptr<SchemaObject> GetSchemaObject(const std::string& component,
+                                                        const std::string& group,
                                                         const std::string& key) = 0;
 
  protected:
@@ -85,13 +87,16 @@ class SchemaObjectCache {
   virtual ~SchemaObjectCache() = default;
 };
 
-/// The process's view of the installed types. Types that were installed, changed or removed by any process
-/// are seen at the next GetStore or GetCache; objects already handed out stay valid as they are.
+/// The process's view of the installed types. Types that were installed, changed or removed by any
+/// process are seen at the next GetStore or GetCache; objects already handed out stay valid as they
+/// are.
 class SchemaStore {
  public:
-  /// The type, or an empty pointer when it is not installed. Raises std::runtime_error, with the last store
-  /// error set, when the schema store cannot be read: a broken store must never look like one without types.
-  virtual std::shared_ptr<SchemaObject> GetSchemaObject(const std::string& component, const std::string& group,
+  /// The type, or an empty pointer when it is not installed. Raises std::runtime_error, with the
+  /// last store error set, when the schema store cannot be read: a broken store must never look
+  /// like one without types.
+  virtual std::shared_ptr<SchemaObject> GetSchemaObject(const std::string& component,
+                                                        const std::string& group,
                                                         const std::string& key) = 0;
 
   /// Never empty. The flag is not used.

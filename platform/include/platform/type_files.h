@@ -31,16 +31,20 @@ struct ShippedObject {
   const Json::Value* value = nullptr;  ///< lives as long as the file's document
 };
 
+/// A type as the schema store keeps it.
+struct KeptType {
+  TarnSchemaStore::TypeName name;
+  std::string version;
+  std::string text;  ///< its file as compact JSON, members in their order
+};
+
 /// One type file, read and checked.
 struct TypeFile {
   std::string path;
-  TarnSchemaStore::TypeName name;  ///< as far as it could be read
-  std::string version;             ///< as far as it could be read
-  std::vector<Finding> findings;   ///< everything that is wrong, in the order of the checks
-  // Set only when nothing is wrong.
-  std::string text;  ///< the file as compact JSON, members in their order
+  KeptType type;                  ///< name and version as far as they could be read
+  std::vector<Finding> findings;  ///< everything that is wrong, in the order of the checks
+  // Set, as the type's text is, only when nothing is wrong.
   std::shared_ptr<TarnConfigStore::JsonDoc> document;
-  const Json::Value* schema = nullptr;
   std::vector<ShippedObject> shipped;  ///< in the order of the file
 
   bool Good() const { return findings.empty(); }
@@ -61,12 +65,9 @@ TypeFile Check(std::string path, std::string_view text);
 /// older than, as old as or newer than `b`. What is no number counts as 0.
 int CompareVersions(std::string_view a, std::string_view b) noexcept;
 
-/// A type that is kept in the schema store.
-struct KeptType {
-  TarnSchemaStore::TypeName name;
-  std::string version;
-  std::string text;  ///< its file, as compact JSON
-};
+/// The type as an object of its own, whatever is installed. Raises std::runtime_error when the text
+/// is damaged.
+std::shared_ptr<TarnSchemaStore::SchemaObject> Load(const KeptType& type);
 
 /// All kept types, sorted by name. Raises std::runtime_error when the schema store cannot be read,
 /// with the last store error set; so do the functions and classes below when it cannot be read or
@@ -87,8 +88,8 @@ class TypeWriter {
   ~TypeWriter();
 
   std::optional<KeptType> Read(const TarnSchemaStore::TypeName& name);
-  /// Keeps a good file's type, in place of one of the same name.
-  void Put(const TypeFile& file);
+  /// Keeps a type, in place of one of the same name. Its text has to have been found good.
+  void Put(const KeptType& type);
   void Remove(const TarnSchemaStore::TypeName& name);
   void Commit();
 

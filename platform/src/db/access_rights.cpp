@@ -48,17 +48,17 @@ std::string MissingWriteRight(const std::string& path) {
     }
     return Lacking("write it", path, "run as its owner, or change its mode");
   }
-  const std::string directory = DirectoryOf(path);
-  if (!MayAccess(directory, W_OK)) {
-    return Lacking("make files in its directory", directory,
-                   "run as its owner, or change its mode");
-  }
   for (const char* suffix : {"-wal", "-shm", "-journal"}) {
     const std::string beside = path + suffix;
     if (!MayAccess(beside, W_OK) && errno != ENOENT) {
       return Lacking(("write the file " + std::string(suffix) + " beside it").c_str(), beside,
                      "run as its owner, or change its mode");
     }
+  }
+  const std::string directory = DirectoryOf(path);
+  if (!MayAccess(directory, W_OK)) {
+    return Lacking("make files in its directory", directory,
+                   "run as its owner, or change its mode");
   }
   return "it was opened for reading only: open the store anew";
 }

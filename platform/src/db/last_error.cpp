@@ -20,6 +20,14 @@ struct ThreadError {
   ~ThreadError() { threadEnding = true; }
 };
 
+// Never destroyed: there are callers while the process exits.
+union EmptyError {
+  LastError error;
+  constexpr EmptyError() : error() {}
+  ~EmptyError() {}
+};
+constinit const EmptyError noError;
+
 LastError* ErrorOfThread() noexcept {
   if (threadEnding) {
     return nullptr;
@@ -31,9 +39,8 @@ LastError* ErrorOfThread() noexcept {
 }  // namespace
 
 const LastError& GetLastError() noexcept {
-  static const LastError& none = *new LastError;
   const LastError* error = ErrorOfThread();
-  return error != nullptr ? *error : none;
+  return error != nullptr ? *error : noError.error;
 }
 
 void ClearLastError() noexcept {

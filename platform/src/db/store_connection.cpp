@@ -15,8 +15,6 @@
 
 namespace DBStore {
 
-using internal::ConnectionPool;
-
 StoreConnection::StoreConnection(internal::DatabaseFile file, bool writable,
                                  unsigned rootGeneration) noexcept
     : fixedPath_(internal::CurrentStoreLayout().fixedPath),

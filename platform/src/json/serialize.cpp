@@ -1,7 +1,7 @@
+#include "platform/json.h"
+
 #include <charconv>
 #include <cmath>
-
-#include "platform/json.h"
 
 namespace Json {
 namespace {

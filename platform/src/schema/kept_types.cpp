@@ -1,11 +1,15 @@
 #include "platform/type_files.h"
 
-#include "schema/annotations.h"
+#include "schema/loaded_type.h"
 #include "schema/schema_database.h"
 
 namespace TypeFiles {
 
 using TarnSchemaStore::SchemaDatabase;
+
+std::shared_ptr<TarnSchemaStore::SchemaObject> Load(const KeptType& type) {
+  return TarnSchemaStore::LoadedType::FromText(type.name, type.text);
+}
 
 std::vector<KeptType> ReadAll() {
   return SchemaDatabase(SchemaDatabase::Access::READ).ReadAllTypes();
@@ -26,10 +30,8 @@ std::optional<KeptType> TypeWriter::Read(const TarnSchemaStore::TypeName& name) 
   return database_->ReadType(name);
 }
 
-void TypeWriter::Put(const TypeFile& file) {
-  const bool shared = Json::IsTrue(*file.schema, TarnSchemaStore::Keyword::kShared);
-  database_->WriteType({file.name, file.version, file.text},
-                       TarnSchemaStore::ValueTypeText(shared));
+void TypeWriter::Put(const KeptType& type) {
+  database_->WriteType(type, Load(type)->GetValueType());
 }
 
 void TypeWriter::Remove(const TarnSchemaStore::TypeName& name) {

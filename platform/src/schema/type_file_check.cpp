@@ -48,12 +48,12 @@ void ReadHead(const Json::Value& file, const char* member, bool (*fits)(std::str
 
 void CheckHead(const Json::Value& file, TypeFile& result, Findings& findings) {
   constexpr const char* kNameRule = "a name is made of letters, digits, \"-\" and \"_\"";
-  ReadHead(file, "component", IsName, kNameRule, result.name.component, findings);
-  ReadHead(file, "group", IsName, kNameRule, result.name.group, findings);
-  ReadHead(file, "key", IsName, kNameRule, result.name.key, findings);
+  ReadHead(file, "component", IsName, kNameRule, result.type.name.component, findings);
+  ReadHead(file, "group", IsName, kNameRule, result.type.name.group, findings);
+  ReadHead(file, "key", IsName, kNameRule, result.type.name.key, findings);
   ReadHead(
       file, "version", [](std::string_view text) { return IsVersion(text); },
-      "a version is made of numbers with dots between them, such as \"1.0\"", result.version,
+      "a version is made of numbers with dots between them, such as \"1.0\"", result.type.version,
       findings);
 }
 
@@ -75,7 +75,7 @@ void CheckSchemaOf(const Json::Value& file, TypeFile& result, Findings& findings
   }
   CheckRoot(*schema, findings);
   const std::vector<AnnotatedDefault> defaults =
-      CheckAnnotations(*schema, result.name.key, findings);
+      CheckAnnotations(*schema, result.type.name.key, findings);
   Json::Document results;
   JsonValidator::CheckSchema(*schema, results);
   findings.AddNew(results, "/schema");
@@ -84,7 +84,6 @@ void CheckSchemaOf(const Json::Value& file, TypeFile& result, Findings& findings
     CheckPropertyDefaults(*schema, defaults, findings);
     result.shipped = CheckShippedObjects(file, *schema, findings);
   }
-  result.schema = schema;
 }
 
 }  // namespace
@@ -105,11 +104,10 @@ TypeFile Check(std::string path, std::string_view text) {
   CheckSchemaOf(file, result, findings);
   result.findings = findings.Take();
   if (!result.Good()) {
-    result.schema = nullptr;
     result.shipped.clear();
     return result;
   }
-  Json::Serialize(file, result.text);
+  Json::Serialize(file, result.type.text);
   result.document = std::move(document);
   return result;
 }

@@ -1,0 +1,17 @@
+// The families of operations that are measured.
+#pragma once
+
+#include "roads.h"
+
+#include <string>
+
+namespace Benchmarks {
+
+// Each registers its comparisons; the roads have to live until they have run.
+void RegisterGets(Roads& roads);
+void RegisterSets(Roads& roads, const std::string& root);
+void RegisterInstances(Roads& roads);
+void RegisterFreshProcess(const std::string& root);
+void RegisterHeldMemory(const std::string& root);
+
+}  // namespace Benchmarks

@@ -1,0 +1,40 @@
+// The table that the benchmarks end in.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace Benchmarks {
+
+/// Collects the repetitions of both sides of each comparison and prints their medians side by side.
+/// Results are real time; the ratio of processor time stands beside it, since other processes
+/// lengthen the real time of whatever takes longer than its turn.
+class ComparisonTable : public benchmark::BenchmarkReporter {
+ public:
+  bool ReportContext(const Context& context) override;
+  void ReportRuns(const std::vector<Run>& runs) override;
+  void Finalize() override;
+
+  /// True when a benchmark failed.
+  bool HasFailures() const { return failed_; }
+
+ private:
+  struct Samples {
+    std::vector<double> results;
+    std::vector<double> cpuTimes;
+  };
+
+  double Median(const std::string& name) const;
+  double CpuRatio(const std::string& name) const;
+  void PrintRatios() const;
+  void PrintPerItem() const;
+  void PrintSiblings() const;
+
+  std::map<std::string, Samples> samples_;
+  bool failed_ = false;
+};
+
+}  // namespace Benchmarks

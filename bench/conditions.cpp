@@ -1,0 +1,80 @@
+#include "conditions.h"
+
+#include "platform/db_testing.h"
+
+#include "host.h"
+#include "samples.h"
+#include "sync_count.h"
+
+#include <cstdio>
+
+namespace Benchmarks {
+namespace {
+
+constexpr int kOperations = 1000;
+
+using DBStore::testing::Counters;
+using DBStore::testing::GetCounters;
+
+template <class Operation>
+bool NothingTwice(const char* name, Operation operation) {
+  operation();
+  const Counters before = GetCounters();
+  for (int i = 0; i < kOperations; ++i) {
+    operation();
+  }
+  const Counters after = GetCounters();
+  const auto opens = static_cast<unsigned long long>(after.opens - before.opens);
+  const auto prepares = static_cast<unsigned long long>(after.prepares - before.prepares);
+  // Counters that never move would show nothing.
+  const bool alive = before.opens > 0 && before.prepares > 0;
+  const bool holds = alive && opens == 0 && prepares == 0;
+  std::printf("%d %s after the first: %llu databases opened, %llu statements prepared  %s\n",
+              kOperations, name, opens, prepares, holds ? "ok" : "FAILED");
+  return holds;
+}
+
+// Fewer than a checkpoint takes, so that each side's syncs are those of its commits.
+constexpr std::uint64_t kDurableSets = 100;
+
+template <class Operation>
+std::uint64_t SyncsOf(Roads& roads, Operation operation) {
+  roads.floor.Run("PRAGMA wal_checkpoint(TRUNCATE)");
+  // The first commit after a checkpoint starts the log anew.
+  operation();
+  const std::uint64_t before = CountSyncs();
+  for (std::uint64_t i = 0; i < kDurableSets; ++i) {
+    operation();
+  }
+  return CountSyncs() - before;
+}
+
+}  // namespace
+
+bool CheckConditions(Roads& roads, const std::string& root) {
+  const TarnConfigStore::ConfigStoreObjectId id = IdOf(Host::kWritten);
+  const auto object = std::make_shared<TarnConfigStore::ConfigStoreObject>(id);
+  object->SetData(ObjectText(1).c_str());
+  const auto setByLibrary = [&] { roads.library->Set(object, TarnConfigStore::EXTERNAL); };
+  const FloorType type(root, id);
+  const auto floorObject = roads.floor.Get(id);
+  const auto setByFloor = [&] { roads.floor.Set(id, floorObject->Data(), type); };
+
+  bool holds = NothingTwice("Gets", [&] { roads.library->Get(IdOf(Host::kPlain)); });
+  {
+    TarnConfigStore::ConfigStoreTransaction transaction(roads.library);
+    holds &= NothingTwice("Sets", setByLibrary);
+    transaction.Commit();
+  }
+
+  const std::uint64_t library = SyncsOf(roads, setByLibrary);
+  const std::uint64_t floor = SyncsOf(roads, setByFloor);
+  const bool same = library == floor && library == kDurableSets;
+  std::printf("%llu durable Sets: %llu syncs by the library, %llu by the floor  %s\n\n",
+              static_cast<unsigned long long>(kDurableSets),
+              static_cast<unsigned long long>(library), static_cast<unsigned long long>(floor),
+              same ? "ok" : "FAILED");
+  return holds && same;
+}
+
+}  // namespace Benchmarks

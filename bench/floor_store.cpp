@@ -1,0 +1,201 @@
+#include "floor_store.h"
+
+#include "platform/host_paths.h"
+
+#include "persistence/statements.h"
+#include "validation/rule_sets.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace Benchmarks {
+namespace {
+
+constexpr std::int64_t kStoreMark = 0x54435331;
+constexpr std::int64_t kSchemaStoreMark = 0x54535331;
+
+constexpr const char* kReadType =
+    "SELECT Document FROM Types WHERE Component = ? AND ConfigGroup = ? AND Name = ?";
+constexpr const char* kReadKeyValue = "SELECT Value FROM KeyValue WHERE Key = ?";
+
+// An object's empty members are not stored.
+void RemoveEmptyMembers(Json::Value& data) {
+  for (auto member = data.MemberBegin(); member != data.MemberEnd();) {
+    const Json::Value& value = member->value;
+    const bool empty =
+        (value.IsObject() && value.ObjectEmpty()) || (value.IsArray() && value.Empty());
+    member = empty ? data.EraseMember(member) : member + 1;
+  }
+}
+
+}  // namespace
+
+// Where the library's two statements have what.
+struct FloorStore::Columns {
+  int identifier;
+  int version;
+  int user;
+  int desired;
+  int automatic;
+  int vital;
+  int cached;
+  int success;
+  int creationTime;
+  int modifiedTime;
+  int revision;
+};
+
+FloorType::FloorType(const std::string& root, const TarnConfigStore::ConfigStoreObjectId& id) {
+  const FloorDatabase database(root + HostPaths::kSchemaStore, FloorDatabase::Access::READ,
+                               kSchemaStoreMark);
+  FloorStatement statement(database, kReadType);
+  statement.Bind(1, id.component);
+  statement.Bind(2, id.group);
+  statement.Bind(3, id.key);
+  if (!statement.Step()) {
+    throw std::runtime_error("floor: no such type: " + id.toString());
+  }
+  const std::string_view text = statement.Text(0);
+  file_ = std::make_unique<FloorObject>(text.size());
+  file_->Lay(text);
+  schema_ = &file_->Data()["schema"];
+  version_ = file_->Data()["version"].GetString();
+  registration_ = std::make_unique<JsonValidator::Registration>(*schema_);
+}
+
+FloorStore::FloorStore(const std::string& root)
+    : upgradeContextPath_(root + HostPaths::kUpgradeContext),
+      database_(root + HostPaths::kStore, FloorDatabase::Access::WRITE, kStoreMark),
+      getOne_(database_, TarnConfigStore::READ_TABLE_CONFIG.Text()),
+      getAll_(database_, TarnConfigStore::GET_INSTANCES.Text()),
+      getKeyValue_(database_, kReadKeyValue),
+      write_(database_, TarnConfigStore::WRITE_COMPLETE) {}
+
+std::unique_ptr<FloorObject> FloorStore::Get(const TarnConfigStore::ConfigStoreObjectId& id) {
+  constexpr Columns kColumns = {-1, 0, 2, 5, 1, 3, 4, 6, 7, 8, 9};
+  getOne_.Bind(1, id.key);
+  getOne_.Bind(2, id.group);
+  getOne_.Bind(3, id.component);
+  getOne_.Bind(4, id.instanceId);
+  std::unique_ptr<FloorObject> object;
+  if (getOne_.Step()) {
+    object = MakeObject(getOne_, kColumns, ReadUpgradeContext());
+    object->instanceId = id.instanceId;
+  }
+  getOne_.Reset();
+  return object;
+}
+
+std::vector<std::unique_ptr<FloorObject>> FloorStore::GetInstances(
+    const TarnConfigStore::ConfigStoreObjectId& id) {
+  constexpr Columns kColumns = {2, 0, 3, 7, 6, 4, 5, 1, 8, 9, 10};
+  const int upgradeContext = ReadUpgradeContext();
+  getAll_.Bind(1, id.key);
+  getAll_.Bind(2, id.group);
+  getAll_.Bind(3, id.component);
+  std::vector<std::unique_ptr<FloorObject>> objects;
+  while (getAll_.Step()) {
+    objects.push_back(MakeObject(getAll_, kColumns, upgradeContext));
+    objects.back()->instanceId = getAll_.Text(kColumns.identifier);
+  }
+  getAll_.Reset();
+  return objects;
+}
+
+void FloorStore::Set(const TarnConfigStore::ConfigStoreObjectId& id, Json::Value& data,
+                     const FloorType& type) {
+  static const std::string noContext;
+  RemoveEmptyMembers(data);
+  Json::Document findings;
+  JsonValidator::Validate(type.Schema(), data, findings, TarnConfigStore::SetRules(), noContext);
+  if (!findings.Empty()) {
+    throw std::runtime_error("floor: an object that does not fit its type: " + id.toString());
+  }
+  if (ReadIsBoot()) {
+    throw std::runtime_error("floor: the host is booting");
+  }
+  text_.Clear();
+  rapidjson::Writer<rapidjson::StringBuffer, Json::Encoding, Json::Encoding,
+                    rapidjson::CrtAllocator, rapidjson::kWriteValidateEncodingFlag>
+      writer(text_);
+  if (!data.Accept(writer)) {
+    throw std::runtime_error("floor: data that is not UTF-8: " + id.toString());
+  }
+  BindRow(id, type.Version());
+  write_.Bind(8, std::string_view(text_.GetString(), text_.GetSize()));
+  write_.Step();
+  write_.Reset();
+}
+
+void FloorStore::Fill(const TarnConfigStore::ConfigStoreObjectId& id, const RowValues& values) {
+  BindRow(id, "1.0");
+  int index = 7;
+  for (const std::string* value :
+       {&values.automatic, &values.user, &values.vital, &values.cached}) {
+    if (!value->empty()) {
+      write_.Bind(index, *value);
+    }
+    ++index;
+  }
+  write_.Step();
+  write_.Reset();
+}
+
+void FloorStore::BindRow(const TarnConfigStore::ConfigStoreObjectId& id, std::string_view version) {
+  write_.Bind(1, id.instanceId);
+  write_.Bind(2, id.key);
+  write_.Bind(3, id.group);
+  write_.Bind(4, id.component);
+  write_.Bind(5, version);
+  write_.Bind(6, 1);
+  write_.Bind(12, 0);
+}
+
+std::unique_ptr<FloorObject> FloorStore::MakeObject(const FloorStatement& row,
+                                                    const Columns& columns, int upgradeContext) {
+  int user = columns.user;
+  if (upgradeContext != 0) {
+    user = row.IsNull(columns.desired) ? columns.user : columns.desired;
+  } else if (row.Text(columns.success) != "1") {
+    user = -1;
+  }
+  std::size_t size = 0;
+  const int layers[] = {columns.automatic, columns.cached, columns.vital, user};
+  for (const int layer : layers) {
+    size += layer < 0 ? 0 : row.Text(layer).size();
+  }
+  auto object = std::make_unique<FloorObject>(size);
+  for (const int layer : layers) {
+    if (layer >= 0 && !row.IsNull(layer)) {
+      object->Lay(row.Text(layer));
+    }
+  }
+  object->version = row.Text(columns.version);
+  object->creationTime = row.Text(columns.creationTime);
+  object->modifiedTime = row.Text(columns.modifiedTime);
+  object->revision = row.Number(columns.revision);
+  return object;
+}
+
+int FloorStore::ReadUpgradeContext() const {
+  const int file = open(upgradeContextPath_.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) {
+    return 0;
+  }
+  char text[32] = {};
+  const ssize_t length = read(file, text, sizeof text - 1);
+  close(file);
+  return length <= 0 ? 0 : std::atoi(text);
+}
+
+bool FloorStore::ReadIsBoot() {
+  getKeyValue_.Bind(1, "IS_BOOT");
+  const bool boot = getKeyValue_.Step() && getKeyValue_.Text(0) == "true";
+  getKeyValue_.Reset();
+  return boot;
+}
+
+}  // namespace Benchmarks

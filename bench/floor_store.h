@@ -1,0 +1,77 @@
+// The floor: what a caller would write by hand for one store, with nothing between it and SQLite,
+// RapidJSON and the compiled validation.
+#pragma once
+
+#include "tarnconfigstore/object_id.h"
+
+#include "platform/json.h"
+#include "platform/json_validator.h"
+
+#include "floor_database.h"
+#include "floor_object.h"
+#include "samples.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Benchmarks {
+
+/// A type's schema, read from the schema store and parsed; compiled at the first validation.
+class FloorType {
+ public:
+  FloorType(const std::string& root, const TarnConfigStore::ConfigStoreObjectId& id);
+
+  const Json::Value& Schema() const { return *schema_; }
+  const std::string& Version() const { return version_; }
+
+ private:
+  std::unique_ptr<FloorObject> file_;
+  const Json::Value* schema_ = nullptr;
+  std::string version_;
+  std::unique_ptr<JsonValidator::Registration> registration_;
+};
+
+/// Reads and writes objects of any type on one open connection. Raises std::runtime_error on any
+/// failure. Used by one thread.
+class FloorStore {
+ public:
+  explicit FloorStore(const std::string& root);
+  FloorStore(const FloorStore&) = delete;
+  FloorStore& operator=(const FloorStore&) = delete;
+
+  /// Reads one object with all its layers; empty when there is none.
+  std::unique_ptr<FloorObject> Get(const TarnConfigStore::ConfigStoreObjectId& id);
+
+  /// Reads all instances of a type.
+  std::vector<std::unique_ptr<FloorObject>> GetInstances(
+      const TarnConfigStore::ConfigStoreObjectId& id);
+
+  /// Validates an object of a type without vital and cached members, and replaces its row.
+  void Set(const TarnConfigStore::ConfigStoreObjectId& id, Json::Value& data,
+           const FloorType& type);
+
+  /// Replaces a row as it is, without a look at what is in it. For filling the store.
+  void Fill(const TarnConfigStore::ConfigStoreObjectId& id, const RowValues& values);
+
+  /// BEGIN IMMEDIATE, COMMIT and the like.
+  void Run(const char* sql) { database_.Run(sql); }
+
+ private:
+  struct Columns;
+  int ReadUpgradeContext() const;
+  bool ReadIsBoot();
+  std::unique_ptr<FloorObject> MakeObject(const FloorStatement& row, const Columns& columns,
+                                          int upgradeContext);
+  void BindRow(const TarnConfigStore::ConfigStoreObjectId& id, std::string_view version);
+
+  std::string upgradeContextPath_;
+  FloorDatabase database_;
+  FloorStatement getOne_;
+  FloorStatement getAll_;
+  FloorStatement getKeyValue_;
+  FloorStatement write_;
+  rapidjson::StringBuffer text_;
+};
+
+}  // namespace Benchmarks

@@ -1,0 +1,34 @@
+#include "benchmarks.h"
+#include "comparison.h"
+#include "host.h"
+#include "samples.h"
+
+namespace Benchmarks {
+namespace {
+
+constexpr double kTarget = 1.5;
+
+void RegisterGet(Roads& roads, const char* name, const char* does, const char* key) {
+  const TarnConfigStore::ConfigStoreObjectId id = IdOf(key);
+  Compare(
+      {.name = name, .does = does, .targetRatio = kTarget},
+      [&roads, id](benchmark::State& state) {
+        Measure(state, [&] { return roads.library->Get(id); });
+      },
+      [&roads, id](benchmark::State& state) {
+        Measure(state, [&] { return roads.floor.Get(id); });
+      });
+}
+
+}  // namespace
+
+void RegisterGets(Roads& roads) {
+  RegisterGet(roads, "get/one-column",
+              "select by key, read the upgrade context, parse 400 bytes strictly, keep metadata",
+              Host::kPlain);
+  RegisterGet(roads, "get/four-columns",
+              "the same with four texts of 400 bytes together, merged member by member",
+              Host::kLayered);
+}
+
+}  // namespace Benchmarks

@@ -1,0 +1,36 @@
+// A host to measure on: a root directory of its own, with types and stored objects.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace Benchmarks {
+
+/// Makes a root under the current working directory, installs 2,000 types and fills the store; the
+/// library's host root is set to it. Raises an exception when anything fails. Removes the root when
+/// it goes.
+class Host {
+ public:
+  Host();
+  ~Host();
+  Host(const Host&) = delete;
+  Host& operator=(const Host&) = delete;
+
+  const std::string& Root() const { return root_; }
+
+  // Keys of the types.
+  static constexpr const char* kPlain = "plain";      ///< one object, one value column filled
+  static constexpr const char* kLayered = "layered";  ///< one object, all four filled
+  static constexpr const char* kWritten = "written";  ///< for the Sets
+  static constexpr const char* kRewritten = "instances-rewritten";  ///< 10,000, each ten times
+  /// A type with so many instances: 10, 1,000 or 10,000.
+  static std::string KeyOfInstances(std::size_t count);
+
+ private:
+  void InstallAllTypes() const;
+  void FillStore() const;
+
+  std::string root_;
+};
+
+}  // namespace Benchmarks

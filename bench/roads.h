@@ -1,0 +1,25 @@
+// The two roads that are compared, each with what it keeps open.
+#pragma once
+
+#include "tarnconfigstore/config_store.h"
+
+#include "floor_store.h"
+
+#include <memory>
+#include <string>
+
+namespace Benchmarks {
+
+struct Roads {
+  explicit Roads(const std::string& root)
+      : library(TarnConfigStore::ConfigStore::GetStore(TarnConfigStore::sGlobalNamespace)),
+        floor(root) {}
+
+  std::shared_ptr<TarnConfigStore::ConfigStore> library;
+  FloorStore floor;
+};
+
+/// Raises std::runtime_error unless both roads read the same objects from the store.
+void CheckSameAnswers(Roads& roads);
+
+}  // namespace Benchmarks

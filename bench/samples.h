@@ -1,0 +1,43 @@
+// The configuration types and objects that are measured.
+#pragma once
+
+#include "tarnconfigstore/object_id.h"
+
+#include <cstddef>
+#include <string>
+
+namespace Benchmarks {
+
+/// Bytes of every object's JSON text, which has ten members: texts, integers, booleans, a double
+/// and a list.
+constexpr std::size_t kObjectSize = 400;
+
+/// Texts of one row's value columns; an empty one is stored as NULL.
+struct RowValues {
+  std::string user;
+  std::string automatic;
+  std::string vital;
+  std::string cached;
+};
+
+/// How the members of a type are tagged.
+enum class TypeKind { USER, MIXED, INSTANCES };
+
+/// The type file of a type in the benchmarks' group.
+std::string TypeFile(const std::string& key, TypeKind kind);
+
+/// An object of a USER type, and of an INSTANCES type when an instance id is given. Objects of
+/// different variants differ in all members but the id, and are equally long.
+std::string ObjectText(unsigned variant, const std::string& instanceId = std::string());
+
+/// The members of ObjectText divided among all four value columns of a MIXED type; automatic and
+/// user values overlap in one member.
+RowValues DividedObject(unsigned variant);
+
+TarnConfigStore::ConfigStoreObjectId IdOf(const std::string& key,
+                                          const std::string& instanceId = std::string());
+
+/// The id of the n-th instance.
+std::string InstanceId(std::size_t number);
+
+}  // namespace Benchmarks

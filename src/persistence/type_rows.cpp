@@ -1,0 +1,87 @@
+#include "persistence/type_rows.h"
+
+#include "errors/raise.h"
+#include "persistence/row_map.h"
+#include "persistence/statements.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+
+namespace TarnConfigStore {
+namespace {
+
+bool Holds(const RowMap& row, std::string_view column, const std::optional<std::string>& value) {
+  return row.Find(column) == (value ? std::optional<std::string_view>(*value) : std::nullopt);
+}
+
+// The rows as they are read and those to be written, both in the order of their instance ids.
+bool Equal(const RowMapList& stored, const std::string& version,
+           const std::vector<DefaultRow>& rows) {
+  return std::equal(stored.begin(), stored.end(), rows.begin(), rows.end(),
+                    [&version](const std::shared_ptr<RowMap>& old, const DefaultRow& row) {
+                      return old->Text("Identifier") == row.instanceId &&
+                             old->Text("Version") == version &&
+                             Holds(*old, "Value", row.values.user) &&
+                             Holds(*old, "VitalValue", row.values.vital) &&
+                             Holds(*old, "CachedValue", row.values.cached);
+                    });
+}
+
+[[noreturn]] void Fail(const ConfigStoreObjectId& type) {
+  ThrowFailure("Write default config failed for: " + type.toString());
+}
+
+void Write(const ConfigStoreObjectId& type, const std::string& version, const DefaultRow& row,
+           const DBStore::ConnectionHandle& connection) {
+  const DBStore::StatementHandle statement =
+      DBStore::internal::Prepare(connection, WRITE_DEFAULT_INSTANCE, DBStore::kWaitLimit);
+  int index = 1;
+  const auto text = [&](std::string_view value) {
+    return DBStore::internal::Bind(connection, statement, index, value, false) == 0;
+  };
+  const auto column = [&](const std::optional<std::string>& value) {
+    return DBStore::internal::Bind(connection, statement, index,
+                                   value ? DBStore::NullableSV(*value) : DBStore::NullableSV()) ==
+           0;
+  };
+  if (!text(row.instanceId) || !text(type.key) || !text(type.group) || !text(type.component) ||
+      !text(version) || !column(row.values.user) || !column(row.values.vital) ||
+      !column(row.values.cached) ||
+      DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, DBStore::kWaitLimit) != 0) {
+    Fail(type);
+  }
+}
+
+}  // namespace
+
+void ReplaceDefaultRows(const ConfigStoreObjectId& type, const std::string& version,
+                        std::vector<DefaultRow> rows, const DBStore::ConnectionHandle& connection) {
+  std::sort(rows.begin(), rows.end(),
+            [](const DefaultRow& a, const DefaultRow& b) { return a.instanceId < b.instanceId; });
+  const RowMapList stored = ReadRowMaps(connection, READ_DEFAULT_INSTANCES, type);
+  if (Equal(stored, version, rows)) {
+    return;
+  }
+  const DBStore::StatementHandle removal = TypeStatement::PrepareAndBind(
+      connection, DELETE_DEFAULT_INSTANCES, type.key, type.group, type.component);
+  if (DBStore::ExecuteStmt(connection, removal, nullptr, nullptr, DBStore::kWaitLimit) != 0) {
+    Fail(type);
+  }
+  for (const DefaultRow& row : rows) {
+    Write(type, version, row, connection);
+  }
+}
+
+int CountStoredInstances(const ConfigStoreObjectId& type,
+                         const DBStore::ConnectionHandle& connection) {
+  const RowMapList rows = ReadRowMaps(connection, COUNT_STORED_INSTANCES, type);
+  int count = 0;
+  if (!rows.empty()) {
+    const std::string_view text = rows.front()->Text("Stored");
+    std::from_chars(text.data(), text.data() + text.size(), count);
+  }
+  return count;
+}
+
+}  // namespace TarnConfigStore

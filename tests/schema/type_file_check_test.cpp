@@ -1,0 +1,200 @@
+#include "platform/type_files.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace TypeFiles {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+// "pointer: text" of everything that is found.
+std::vector<std::string> FaultsOf(std::string_view text) {
+  std::vector<std::string> faults;
+  for (const Finding& finding : Check("type.json", text).findings) {
+    faults.push_back(finding.field + ": " + finding.error);
+  }
+  return faults;
+}
+
+std::string File(const std::string& schema, const std::string& more = "") {
+  return R"({"component":"tarn","group":"test","key":"sample","version":"1.0","schema":)" + schema +
+         more + "}";
+}
+
+std::string Properties(const std::string& properties, const std::string& more = "") {
+  return File(R"({"type":"object","properties":{)" + properties + "}" + more + "}");
+}
+
+std::string Shipped(const std::string& properties, const std::string& defaults) {
+  return File(R"({"type":"object","properties":{)" + properties + R"(},"required":["a"]})",
+              R"(,"defaults":[)" + defaults + "]");
+}
+
+TEST(TypeFileCheck, GoodFilesAreGood) {
+  const std::string files[] = {
+      File(R"({"type":"object"})"),
+      File(R"({"type":"object","vital":true,"shared":true,"properties":{"a":{"vital":true}}})",
+           R"(,"description":"all","$comment":"x")"),
+      Properties(R"("id":{"type":"string","instanceId":true},"x~y":{"x-own":1,"readOnly":true},
+                    "list":{"items":{"type":"object","generatedInstanceId":true,
+                            "properties":{"a":{"vital":true},"b":{}}}},
+                    "plain":{"cached":true,"items":{"properties":{"a":{},"b":{}}}})"),
+      Properties(R"("tree":{"$ref":"#/definitions/node","vital":true,"default":{"left":{"n":1}}})",
+                 R"(,"definitions":{"node":{"type":"object","properties":{"n":{"type":"integer",
+                    "default":3},"left":{"$ref":"#/definitions/node"}}}})"),
+      Shipped(
+          R"("a":{"type":"integer"},"id":{"type":"string","instanceId":true})",
+          R"({"instance":"x","value":{"id":"x","a":1}},{"instance":"y","value":{"a":2,"id":"y"}})"),
+  };
+  for (const std::string& file : files) {
+    EXPECT_THAT(FaultsOf(file), IsEmpty()) << file;
+  }
+}
+
+TEST(TypeFileCheck, ResultHoldsTheTypeInTheOrderOfTheFile) {
+  const TypeFile file = Check("p",
+                              " {\"version\" : \"2.10\", \"schema\":{\"type\":\"object\"},\n"
+                              "\"key\":\"k\",\"group\":\"g-1\",\"component\":\"c_C\"}");
+  EXPECT_EQ(file.type.name, (TarnSchemaStore::TypeName{"c_C", "g-1", "k"}));
+  EXPECT_EQ(file.type.text, R"({"version":"2.10","schema":{"type":"object"},"key":"k",)"
+                            R"("group":"g-1","component":"c_C"})");
+}
+
+TEST(TypeFileCheck, TextThatIsNoJsonIsOneFaultWithItsPlace) {
+  EXPECT_THAT(FaultsOf("{\n  \"a\": 1,\n  \"b\": tru\n}"),
+              ElementsAre(StartsWith("/: line 3, column ")));
+  EXPECT_THAT(FaultsOf("{\"a\":1,\"a\":2}"), ElementsAre(StartsWith("/: line 1, column ")));
+  EXPECT_THAT(FaultsOf(""), ElementsAre(StartsWith("/: line 1, column 1: ")));
+  EXPECT_THAT(FaultsOf("[]"), ElementsAre(StartsWith("/: ")));
+}
+
+TEST(TypeFileCheck, EachRuleIsReportedAtItsPlace) {
+  struct Case {
+    std::string file;
+    std::vector<std::string> faults;  // what each begins with
+  };
+  const std::string id = R"({"type":"string","instanceId":true})";
+  const Case cases[] = {
+      // The shape of the file and of the schema.
+      {R"({"component":"","group":"a.b","key":"k/","version":"1..0","schema":{"type":"object"},"x":1})",
+       {"/x: ", "/component: a name is made of", "/group: a name", "/key: a name",
+        "/version: a version is made of"}},
+      {R"({"component":"tarn"})", {"/: ", "/: ", "/: ", "/: "}},
+      {File("[]"), {"/schema: "}},
+      {File("{}"), {"/schema: objects of a type are JSON objects"}},
+      {File(R"({"type":"array"})"), {"/schema/type: objects of a type are JSON objects"}},
+      {File(R"({"type":"object","$ref":"#/definitions/a","definitions":{"a":{}}})"),
+       {"/schema/$ref: the root of the schema has to"}},
+      {Properties(R"("a":{"type":"text","minimum":"1"})"),
+       {"/schema/properties/a/type: ", "/schema/properties/a/minimum: "}},
+      {Properties(R"("a/b":{"vitl":true})"),
+       {"/schema/properties/a~1b/vitl: is neither a keyword"}},
+      {Properties(R"("a":{"pattern":"(","items":{"pattern":"["}})"),
+       {"/schema/properties/a/pattern: ", "/schema/properties/a/items/pattern: "}},
+      {Properties(R"("a":{"$ref":"#/definitions/none"},"b":{"$ref":"http://elsewhere"})"),
+       {"/schema/properties/b/$ref: ", "/schema/properties/a/$ref: "}},
+      // Flags and tags.
+      {File(R"({"type":"object","shared":false,"vital":1})"),
+       {"/schema/shared: can only be true", "/schema/vital: can only be true"}},
+      {Properties(R"("a":{"rebootRequired":true})"),
+       {"/schema/properties/a/rebootRequired: is a flag of the whole type"}},
+      {Properties(R"("a":{"vital":true,"cached":true})"),
+       {"/schema/properties/a/cached: cannot stand beside"}},
+      {File(
+           R"({"type":"object","cached":true,"properties":{"a":{"properties":{"b":{"vital":true}}}}})"),
+       {"/schema/properties/a/properties/b/vital: stands inside of what is tagged \"cached\""}},
+      {Properties(R"("a":{"items":{"vital":true}})"),
+       {"/schema/properties/a/items/vital: means something at the root"}},
+      {Properties(R"("a":{"anyOf":[{"properties":{"b":{"cached":true}}}]})"),
+       {"/schema/properties/a/anyOf/0/properties/b/cached: means something"}},
+      {Properties(R"("a":{"$ref":"#/definitions/d"})", R"(,"definitions":{"d":{"vital":true}})"),
+       {"/schema/definitions/d/vital: is not looked for in definitions"}},
+      // Instance ids.
+      {Properties(R"("a":)" + id + R"(,"b":)" + id),
+       {"/schema/properties/b/instanceId: an object has one instance id, and this one has \"a\""}},
+      {Properties(R"("a":{"type":"integer","instanceId":true})"),
+       {"/schema/properties/a/instanceId: belongs to a property of \"type\": \"string\""}},
+      {Properties(R"("a":{"type":"string","instanceId":true,"vital":true})"),
+       {"/schema/properties/a/instanceId: cannot be vital or cached"}},
+      {Properties(R"("a":{"properties":{"b":)" + id + "}}"),
+       {"/schema/properties/a/properties/b/instanceId: means something only in"}},
+      {File(R"({"type":"object","instanceId":true})"),
+       {"/schema/instanceId: means something only in"}},
+      {Properties(R"("a":{"generatedInstanceId":true})"),
+       {"/schema/properties/a/generatedInstanceId: means something only in"}},
+      {Properties(R"("a":{"items":{"type":"string","generatedInstanceId":true}})"),
+       {"/schema/properties/a/items/generatedInstanceId: belongs to elements of"}},
+      {Properties(R"("a":{"items":{"generatedInstanceId":true,"properties":{"b":)" + id + "}}}"),
+       {"/schema/properties/a/items/generatedInstanceId: cannot be had beside"}},
+      {Properties(R"("sample":{"items":{"properties":{"b":)" + id + "}}}"),
+       {"/schema/properties/sample: an array of instances cannot have the name"}},
+      {Properties(R"("a":{"items":{"properties":{"b":{"vital":true},"c":{}}}})"),
+       {"/schema/properties/a/items: the elements have no instance id"}},
+      // Defaults.
+      {Properties(R"("a":{"type":"integer","default":"1"},
+                     "b":{"default":{"c":1,"d":2},"additionalProperties":false,"properties":{"c":{
+                          "$ref":"#/definitions/t","default":3}}})",
+                  R"(,"definitions":{"t":{"type":"string"}})"),
+       {"/schema/properties/a/default: ", "/schema/properties/b/default/c: ",
+        "/schema/properties/b/default/d: ", "/schema/properties/b/properties/c/default: "}},
+      {Shipped(R"("a":{"type":"integer"})",
+               R"({"instance":"x","value":{"a":"1","z":2}},{"instance":"","value":{}},{"value":{}},
+                  {"instance":"x","value":{"a":1}})"),
+       {"/defaults/2: ", "/defaults/0/instance: has to be empty",
+        "/defaults/0/value/a: ", "/defaults/0/value/z: ", "/defaults/1/value: ",
+        "/defaults/3/instance: the file brings this instance along twice",
+        "/defaults/3/instance: has to be empty"}},
+      {Shipped(R"("a":)" + id,
+               R"({"instance":"","value":{"a":"x"}},{"instance":"y","value":{"a":"z"}},
+                  {"instance":"a\u0000b","value":{"a":"a\u0000b"}},{"instance":")" +
+                   std::string(256, 'x') + R"(","value":{"a":")" + std::string(256, 'x') +
+                   R"("}})"),
+       {"/defaults/0/instance: an instance id is a text of 1 to 255 bytes",
+        "/defaults/0/value/a: differs from \"instance\"", "/defaults/1/value/a: differs",
+        "/defaults/2/instance: an instance id", "/defaults/3/instance: an instance id"}},
+      // What is wrong in several places is all reported.
+      {R"({"component":"t n","group":"g","key":"k","version":"1","schema":{"type":"object","vital":false,
+          "properties":{"a":{"pattern":"("}}},"defaults":7})",
+       {"/defaults: ", "/component: ", "/schema/vital: ", "/schema/properties/a/pattern: "}},
+  };
+  for (const Case& each : cases) {
+    std::vector<::testing::Matcher<std::string>> expected;
+    for (const std::string& fault : each.faults) {
+      expected.push_back(StartsWith(fault));
+    }
+    EXPECT_THAT(FaultsOf(each.file), ::testing::UnorderedElementsAreArray(expected)) << each.file;
+  }
+}
+
+TEST(TypeFileCheck, VersionsAreComparedNumberByNumber) {
+  const std::vector<std::string> ascending = {"0.9",
+                                              "1",
+                                              "1.0.1",
+                                              "1.2",
+                                              "1.10",
+                                              "2.0",
+                                              "2.1.0.5",
+                                              "99999999999999999999.1",
+                                              "100000000000000000000"};
+  for (std::size_t i = 0; i < ascending.size(); ++i) {
+    for (std::size_t j = 0; j < ascending.size(); ++j) {
+      const int order = CompareVersions(ascending[i], ascending[j]);
+      EXPECT_EQ(order < 0, i < j) << ascending[i] << " " << ascending[j];
+      EXPECT_EQ(order > 0, i > j) << ascending[i] << " " << ascending[j];
+    }
+  }
+  EXPECT_EQ(CompareVersions("1", "1.0.0"), 0);
+  EXPECT_EQ(CompareVersions("1.02", "1.2"), 0);
+}
+
+}  // namespace
+}  // namespace TypeFiles
