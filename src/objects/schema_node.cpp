@@ -109,7 +109,7 @@ std::string_view SchemaNode::InstanceIdMember() const {
     }
   }
   const Json::Value* generated = Keyword("generatedInstanceId");
-  return generated != nullptr && generated->IsTrue() ? kGeneratedInstanceIdMemberMember
+  return generated != nullptr && generated->IsTrue() ? kGeneratedInstanceIdMember
                                                      : std::string_view();
 }
 

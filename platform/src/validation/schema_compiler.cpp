@@ -58,7 +58,7 @@ void SchemaCompiler::ReadSchema(Node& node) {
 // The store gives such elements an identifier, which comes back in objects that were read from it.
 // No type file declares it.
 void SchemaCompiler::DeclareGeneratedId(Node& node) {
-  static const Json::Value& schema = [] -> Json::Value& {
+  static const Json::Value& schema = []() -> Json::Value& {
     auto& document = *new Json::Document;
     document.Parse(R"({"type": "string", "instanceId": true})");
     return document;
