@@ -66,6 +66,15 @@ TEST(Composition, WhatIsOpenStaysOpen) {
             "");
 }
 
+TEST(Composition, AMemberThatTheSchemaItselfRefusesIsNamedOnce) {
+  constexpr std::string_view kClosed = R"({"allOf": [
+      {"properties": {"a": {}}, "additionalProperties": false}, {"properties": {"b": {}}}]})";
+  EXPECT_EQ(FindingsOf(kClosed, R"({"c": 1})", {0, 1}),
+            "/c: member \"c\" is not known; known members: a");
+  EXPECT_EQ(FindingsOf(kClosed, R"({"c": 1})", {0}),
+            "/c: member \"c\" is not known; known members: a, b");
+}
+
 TEST(Composition, MembersOfMembersAreTakenTogether) {
   constexpr std::string_view kTwice = R"({"allOf": [
     {"properties": {"net": {"properties": {"a": {}}}, "list": {"items": {"properties": {"x": {}}}}}},

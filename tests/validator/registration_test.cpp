@@ -32,6 +32,7 @@ TEST(Registration, LastsUntilTheLastOneGoes) {
   one.reset();
   EXPECT_NE(SchemaRegistry::Instance().Find(schema), nullptr);
   const auto held = SchemaRegistry::Instance().Find(schema);
+  ASSERT_NE(held, nullptr);
   other.reset();
   EXPECT_EQ(SchemaRegistry::Instance().Find(schema), nullptr);
   EXPECT_TRUE(held->Faults().empty());  // what is in use stays

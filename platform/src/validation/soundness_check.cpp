@@ -44,9 +44,11 @@ class SeenNames {
     if (name.empty()) {
       return 1;
     }
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(name[i]); };
+    const auto byte = [&](std::size_t i) {
+      return std::size_t{static_cast<unsigned char>(name[i])};
+    };
     const std::size_t mix =
-        name.size() * 7 + byte(0) * 31U + byte(name.size() / 2) * 3U + byte(name.size() - 1);
+        name.size() * 7 + byte(0) * 31 + byte(name.size() / 2) * 3 + byte(name.size() - 1);
     return std::uint64_t{1} << (mix % 64);
   }
 
