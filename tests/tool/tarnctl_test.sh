@@ -238,7 +238,7 @@ expect 0 '="-5init"' "" --json kv get list
 expect 0 "=" "" kv get absent
 expect 0 "=x" "<4>" --log 4 get $values text
 expect 0 "=x" "" --log 3 get $values text
-expect 1 "" "test/tool/values" schema remove $values
+expect 1 "" "values: 1." schema remove $values
 expect 0 "" "" schema remove --force $values
 expect 3 "" "values" schema remove $values
 
