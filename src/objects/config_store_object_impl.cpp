@@ -1,6 +1,7 @@
 #include "objects/config_store_object_impl.h"
 
 #include "platform/config_store_document.h"
+#include "platform/generated_instance_id.h"
 
 #include "errors/raise.h"
 #include "objects/json_kinds.h"
@@ -18,7 +19,7 @@ bool HasGeneratedInstanceId(const Json::Value& value) {
   }
   return value.IsObject() &&
          std::any_of(value.MemberBegin(), value.MemberEnd(), [](const auto& member) {
-           return Json::Text(member.name) == kGeneratedInstanceId ||
+           return Json::Text(member.name) == kGeneratedInstanceIdMember ||
                   HasGeneratedInstanceId(member.value);
          });
 }
@@ -125,7 +126,7 @@ void ClearGeneratedInstanceId(Json::Value& value) {
       ClearGeneratedInstanceId(element);
     }
   } else if (value.IsObject()) {
-    const auto generated = value.FindMember(kGeneratedInstanceId);
+    const auto generated = value.FindMember(kGeneratedInstanceIdMember);
     if (generated != value.MemberEnd()) {
       value.EraseMember(generated);
     }

@@ -12,9 +12,6 @@
 
 namespace TarnConfigStore {
 
-/// The member that the store adds to array elements that have no id of their own.
-inline constexpr const char* kGeneratedInstanceId = "cs_generated_id";
-
 class ConfigStoreObjectImpl : public StoreObjectImpl {
  public:
   /// A new object; raises ConfigStoreException 1037 when its type is not installed.

@@ -1,7 +1,8 @@
 #include "objects/schema_node.h"
 
-#include "objects/config_store_object_impl.h"
+#include "platform/generated_instance_id.h"
 
+#include <algorithm>
 #include <string>
 
 namespace TarnConfigStore {
@@ -108,7 +109,8 @@ std::string_view SchemaNode::InstanceIdMember() const {
     }
   }
   const Json::Value* generated = Keyword("generatedInstanceId");
-  return generated != nullptr && generated->IsTrue() ? kGeneratedInstanceId : std::string_view();
+  return generated != nullptr && generated->IsTrue() ? kGeneratedInstanceIdMember
+                                                     : std::string_view();
 }
 
 unsigned SchemaNode::PartsBelow(unsigned depth) const {

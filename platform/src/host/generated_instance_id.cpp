@@ -8,21 +8,19 @@
 
 namespace {
 
-constexpr const char* kMember = "cs_generated_id";
-
 struct Release {
   void operator()(char* text) const noexcept { std::free(text); }
 };
 
 void GiveId(Json::Value& element, Json::Allocator& allocator) {
-  if (!element.IsObject() || Json::FindMember(element, kMember) != nullptr) {
+  if (!element.IsObject() || Json::FindMember(element, kGeneratedInstanceIdMember) != nullptr) {
     return;
   }
   const std::unique_ptr<char, Release> id(UUID_CreateRandom());
   if (!id) {
     throw std::bad_alloc();
   }
-  element.AddMember(Json::Copy(kMember, allocator), Json::Copy(id.get(), allocator), allocator);
+  element.AddMember(Json::Copy(kGeneratedInstanceIdMember, allocator), Json::Copy(id.get(), allocator), allocator);
 }
 
 }  // namespace

@@ -34,10 +34,6 @@ constexpr const char* kType = "type";
 
 namespace TarnSchemaStore {
 
-/// The member that holds the identifiers which the store gives to elements that have none of their
-/// own.
-constexpr const char* kGeneratedIdMember = "cs_generated_id";
-
 /// What the schema store says of a type's values, in the words of other programs of the host.
 constexpr const char* ValueTypeText(bool shared) {
   return shared ? "tarn-shared" : "tarn";

@@ -1,5 +1,7 @@
 #include "schema/schema_walk.h"
 
+#include "platform/generated_instance_id.h"
+
 #include "schema/annotations.h"
 
 #include <charconv>
@@ -183,7 +185,7 @@ std::string_view ElementIdMember(const Json::Value& root, const Json::Value& arr
   const Json::Value& element = ResolveReference(root, *items);
   if (Json::IsTrue(*items, Keyword::kGeneratedInstanceId) ||
       Json::IsTrue(element, Keyword::kGeneratedInstanceId)) {
-    return kGeneratedIdMember;
+    return kGeneratedInstanceIdMember;
   }
   return InstanceIdMember(root, element);
 }

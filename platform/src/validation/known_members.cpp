@@ -1,5 +1,7 @@
 #include "validation/known_members.h"
 
+#include "platform/generated_instance_id.h"
+
 #include "validation/describe.h"
 #include "validation/schema_node.h"
 #include "validation/utf8.h"
@@ -13,7 +15,7 @@ std::string UnknownMember(std::string_view name, const std::vector<const ObjectR
   for (const ObjectRules* schema : schemas) {
     for (const Property& property : schema->properties.All()) {
       const std::string text = Utf8::Repaired(property.name);
-      if (!property.node->refusesAll &&
+      if (!property.node->refusesAll && property.name != kGeneratedInstanceIdMember &&
           std::find(known.begin(), known.end(), text) == known.end()) {
         known.push_back(text);
       }

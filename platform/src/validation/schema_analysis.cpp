@@ -1,5 +1,7 @@
 #include "validation/schema_analysis.h"
 
+#include "platform/generated_instance_id.h"
+
 #include <algorithm>
 #include <unordered_map>
 
@@ -94,7 +96,9 @@ void LinkTags(std::deque<Node>& nodes) {
       node.reachableTags |= kDeclares;
     }
     for (const Property& property : node.object->properties.All()) {
-      if ((TagsOf(*property.node) & kInstanceIdTag) != 0) {
+      // A generated id need not be there yet.
+      if ((TagsOf(*property.node) & kInstanceIdTag) != 0 &&
+          property.name != kGeneratedInstanceIdMember) {
         node.object->instanceId = &property;
         break;
       }

@@ -1,5 +1,7 @@
 #include "validation/schema_compiler.h"
 
+#include "platform/generated_instance_id.h"
+
 #include "validation/describe.h"
 
 #include <algorithm>
@@ -45,9 +47,28 @@ void SchemaCompiler::ReadSchema(Node& node) {
       keyword->second.read(*this, node, entry);
     }
   }
+  if (reference == nullptr && Json::IsTrue(schema, "generatedInstanceId")) {
+    DeclareGeneratedId(node);
+  }
   if (node.object) {
     FinishRequired(*node.object);
   }
+}
+
+// The store gives such elements an identifier, which comes back in objects that were read from it.
+// No type file declares it.
+void SchemaCompiler::DeclareGeneratedId(Node& node) {
+  static const Json::Value& schema = []() -> Json::Value& {
+    auto& document = *new Json::Document;
+    document.Parse(R"({"type": "string", "instanceId": true})");
+    return document;
+  }();
+  if (!node.object) {
+    node.object = std::make_unique<ObjectRules>();
+  }
+  std::vector<Property> properties = node.object->properties.All();
+  properties.push_back({kGeneratedInstanceIdMember, NodeOf(schema), 0});
+  node.object->properties.Assign(std::move(properties));
 }
 
 void SchemaCompiler::ReadReference(Node& node, const Json::Value& reference) {

@@ -41,6 +41,7 @@ class SchemaCompiler {
   const Node* NodeOf(const Json::Value& schema);
   void ReadSchema(Node& node);
   void ReadReference(Node& node, const Json::Value& reference);
+  void DeclareGeneratedId(Node& node);
   void FinishRequired(ObjectRules& rules);
 
   void Fault(const Json::Value& where, std::string text);
