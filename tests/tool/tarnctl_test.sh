@@ -238,9 +238,29 @@ expect 0 '="-5init"' "" --json kv get list
 expect 0 "=" "" kv get absent
 expect 0 "=x" "<4>" --log 4 get $values text
 expect 0 "=x" "" --log 3 get $values text
-expect 1 "" "test/tool/values" schema remove $values
+expect 1 "" "values: 1." schema remove $values
 expect 0 "" "" schema remove --force $values
 expect 3 "" "values" schema remove $values
+
+# --- every sample type takes an object of its kind, and gives back what was given
+while IFS='|' read -r object data; do
+  expect 0 "" "" set "$object" - <<<"$data"
+  expect 0 "=$data" "" get "$object"
+done <<'T'
+tarn/services/time|{"enabled":true,"servers":[{"address":"a.example"},{"address":"a.example","keyNumber":7}],"maximumStep":0.5}
+tarn/services/syslog|{"localSeverity":"info","targets":[{"name":"main","host":"logs","transport":"tls","severity":"error"}],"directory":"/var/log"}
+tarn/services/remoteShell|{"hostKeyFingerprint":"SHA256:47DEQpj8HBSa+/TImW+5JCeuQeRkm5NMpJWZG3hSuFU","enabled":true,"idleTimeout":600,"listenAddresses":["::1","10.0.0.1"]}
+tarn/network/firewallRules/web|{"name":"web","hits":12,"direction":"inbound","ports":[443,"8000-8099"],"sources":["10.0.0.0/8"]}
+tarn/network/interfaces/nic0|{"device":"nic0","macAddress":"02:00:00:00:00:01","addresses":[{"id":"a","family":"ipv6","address":"fe80::1","prefixLength":64}]}
+tarn/storage/adapters/hba0|{"device":"hba0","state":{"model":"x","targets":[{"id":"t0","units":[0,1]}]},"worldWideName":"5006048452a86d39","queueDepth":32}
+tarn/storage/mounts/backup|{"label":"backup","hosts":["nas"],"share":"/export","credentials":{"user":"u","keytab":"/k"}}
+tarn/security/accountPolicy|{"password":{"minimumLength":14,"maximumAgeDays":90},"lockout":{"attempts":3,"seconds":60}}
+tarn/power/policy|{"profile":"custom","custom":{"loadThreshold":0.25}}
+tarn/boot/device|{"diskId":"naa.600508b1001c","partition":5}
+tarn/system/identity|{"hardware":{"model":"m","memoryBytes":8589934592},"uuid":"01234567-89ab-cdef-0123-456789abcdef","hostName":"host1"}
+tarn/system/sensors/fan1|{"sensor":"fan1","unit":"rpm","reading":1200}
+tarn/tkernel/options|{"console":{"port":"com1","baudRate":115200},"secureBoot":true,"hyperthreading":false}
+T
 
 # --- output that goes nowhere
 "$tarnctl" list >/dev/full 2>"$work/err"
