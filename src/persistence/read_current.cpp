@@ -34,19 +34,19 @@ ObjectHandle MergeUserAndAutomatic(const RowMap& row, const ConfigStoreObjectId&
                               schema->GetSchemaDocument());
 }
 
-// An object for each row that holds any value, the row's instance id in its identifier.
+// An object for each instance of a type that holds any value, the row's instance id in its
+// identifier. Made while the rows come, so that no more than one of them is held.
 template <class MakeObject>
-std::vector<ObjectHandle> ObjectsOf(const RowMapList& rows, const ConfigStoreObjectId& id,
-                                    MakeObject makeObject) {
+std::vector<ObjectHandle> ObjectsOf(const DBStore::ConnectionHandle& connection,
+                                    const ConfigStoreObjectId& id, MakeObject makeObject) {
   std::vector<ObjectHandle> objects;
-  objects.reserve(rows.size());
   ConfigStoreObjectId instance = id;
-  for (const std::shared_ptr<RowMap>& row : rows) {
-    instance.instanceId = row->Text("Identifier");
-    if (ObjectHandle object = makeObject(*row, instance)) {
+  ForEachRow(connection, GET_INSTANCES.Text(), id, [&](const RowMap& row) {
+    instance.instanceId = row.Text("Identifier");
+    if (ObjectHandle object = makeObject(row, instance)) {
       objects.push_back(std::move(object));
     }
-  }
+  });
   return objects;
 }
 
@@ -79,9 +79,8 @@ std::vector<ObjectHandle> GetConfigInstancesInternal(
     return FilterConfigStoreObjects(ListOf(GetInternal(id, connection, schema)), filter);
   }
   const int upgradeContext = GetUpgradeCtx();
-  const RowMapList rows = ReadRowMaps(connection, GET_INSTANCES.Text(), id);
   return FilterConfigStoreObjects(
-      ObjectsOf(rows, id,
+      ObjectsOf(connection, id,
                 [&](const RowMap& row, const ConfigStoreObjectId& instance) {
                   return MergeLayers(row, instance, schema,
                                      MakeUserObject(row, instance, schema, upgradeContext));
@@ -95,10 +94,9 @@ std::vector<ObjectHandle> GetCurrentConfigInstancesInternal(
   if (!id.instanceId.empty()) {
     return ListOf(GetCurrentConfigInternal(id, connection, schema));
   }
-  return ObjectsOf(ReadRowMaps(connection, GET_INSTANCES.Text(), id), id,
-                   [&](const RowMap& row, const ConfigStoreObjectId& instance) {
-                     return MergeUserAndAutomatic(row, instance, schema);
-                   });
+  return ObjectsOf(connection, id, [&](const RowMap& row, const ConfigStoreObjectId& instance) {
+    return MergeUserAndAutomatic(row, instance, schema);
+  });
 }
 
 ObjectHandle GetConfigByBootAndContext(const ConfigStoreObjectId& id, const SchemaHandle& schema,

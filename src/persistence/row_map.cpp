@@ -11,7 +11,35 @@ namespace {
 // Readers take every status but this one for an answer.
 constexpr int kReadFailed = 1;
 
+void RunForType(const DBStore::ConnectionHandle& connection, std::string_view statement,
+                const ConfigStoreObjectId& id, DBStore::RowCallback callback, void* context) {
+  const DBStore::StatementHandle handle =
+      TypeStatement::PrepareAndBind(connection, statement, id.key, id.group, id.component);
+  if (DBStore::ExecuteStmt(connection, handle, callback, context, DBStore::kWaitLimit) ==
+      kReadFailed) {
+    ThrowFailure("Read Instances failed for: " + id.toString());
+  }
+}
+
+struct RowReceiver {
+  RowMap row;
+  const std::function<void(const RowMap&)>& receive;
+};
+
+int HandOn(void* receiver, int count, char** values, char** names) {
+  auto& to = *static_cast<RowReceiver*>(receiver);
+  to.row.Clear();
+  to.row.Put(count, values, names);
+  to.receive(to.row);
+  return 0;
+}
+
 }  // namespace
+
+void RowMap::Clear() {
+  columns_.clear();
+  text_.clear();
+}
 
 std::optional<std::string_view> RowMap::Find(std::string_view column) const {
   for (const Column& candidate : columns_) {
@@ -71,13 +99,14 @@ int AppendRowMap(void* rowMapList, int count, char** values, char** names) {
 RowMapList ReadRowMaps(const DBStore::ConnectionHandle& connection, std::string_view statement,
                        const ConfigStoreObjectId& id) {
   RowMapList rows;
-  const DBStore::StatementHandle handle =
-      TypeStatement::PrepareAndBind(connection, statement, id.key, id.group, id.component);
-  if (DBStore::ExecuteStmt(connection, handle, AppendRowMap, &rows, DBStore::kWaitLimit) ==
-      kReadFailed) {
-    ThrowFailure("Read Instances failed for: " + id.toString());
-  }
+  RunForType(connection, statement, id, AppendRowMap, &rows);
   return rows;
+}
+
+void ForEachRow(const DBStore::ConnectionHandle& connection, std::string_view statement,
+                const ConfigStoreObjectId& id, const std::function<void(const RowMap&)>& receiver) {
+  RowReceiver rows{RowMap(), receiver};
+  RunForType(connection, statement, id, HandOn, &rows);
 }
 
 RowMap ReadRowMap(const DBStore::ConnectionHandle& connection, const InstanceStatement& statement,

@@ -6,6 +6,7 @@
 #include "platform/db_store.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,6 +24,9 @@ class RowMap {
   /// The column's text, or an empty one.
   std::string_view Text(std::string_view column) const { return Find(column).value_or(""); }
   bool Empty() const { return columns_.empty(); }
+
+  /// Forgets the row, but keeps its memory for the next.
+  void Clear();
 
   /// Puts a whole row in, over what is there already.
   void Put(int count, const char* const* values, const char* const* names);
@@ -49,6 +53,11 @@ using RowMapList = std::vector<std::shared_ptr<RowMap>>;
 /// earlier ones; the second appends each row to a RowMapList.
 int CollectRowMap(void* rowMap, int count, char** values, char** names);
 int AppendRowMap(void* rowMapList, int count, char** values, char** names);
+
+/// Hands each row of such a statement on, one after the other, in memory that the next row takes
+/// over. What the receiver raises passes through. Raises as ReadRowMaps.
+void ForEachRow(const DBStore::ConnectionHandle& connection, std::string_view statement,
+                const ConfigStoreObjectId& id, const std::function<void(const RowMap&)>& receiver);
 
 /// All rows of a statement whose three parameters are an identifier's key, group and component.
 /// Raises ConfigStoreException 2000 "Read Instances failed for: IDENTIFIER".

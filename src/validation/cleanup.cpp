@@ -12,6 +12,10 @@ namespace {
 
 constexpr int kNotable = 2;
 
+bool IsContainer(const Json::Value& value) {
+  return value.IsObject() || value.IsArray();
+}
+
 bool IsEmptyContent(const Json::Value& value) {
   return (value.IsObject() && value.ObjectEmpty()) || (value.IsArray() && value.Empty());
 }
@@ -32,10 +36,14 @@ bool Clean(Json::Value& value, SchemaNode schema);
 bool CleanMembers(Json::Value& object, SchemaNode schema) {
   bool removed = false;
   for (auto member = object.MemberBegin(); member != object.MemberEnd();) {
-    const SchemaNode property = schema.Property(Json::Text(member->name));
-    const bool cleaned = property.Tag() == DataPart::USER && Clean(member->value, property);
-    removed = removed || cleaned;
-    if (property.Tag() == DataPart::USER && IsEmptyContent(member->value)) {
+    const bool empties = IsContainer(member->value);
+    const SchemaNode property = empties ? schema.Property(Json::Text(member->name)) : SchemaNode();
+    if (!empties || property.Tag() != DataPart::USER) {
+      ++member;
+      continue;
+    }
+    removed = Clean(member->value, property) || removed;
+    if (IsEmptyContent(member->value)) {
       CSLogger::Log(kNotable, "Erasing empty object prop %s", member->name.GetString());
       member = object.EraseMember(member);
       removed = true;

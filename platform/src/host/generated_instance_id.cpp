@@ -20,7 +20,8 @@ void GiveId(Json::Value& element, Json::Allocator& allocator) {
   if (!id) {
     throw std::bad_alloc();
   }
-  element.AddMember(Json::Copy(kGeneratedInstanceIdMember, allocator), Json::Copy(id.get(), allocator), allocator);
+  element.AddMember(Json::Copy(kGeneratedInstanceIdMember, allocator),
+                    Json::Copy(id.get(), allocator), allocator);
 }
 
 }  // namespace
@@ -45,6 +46,9 @@ void PopulateGeneratedInstanceId(const Json::Value& schema, Json::Value& value,
       return;
     }
     for (auto& member : value.GetObject()) {
+      if (!member.value.IsObject() && !member.value.IsArray()) {
+        continue;
+      }
       if (const Json::Value* property = Json::FindMember(*properties, Json::Text(member.name))) {
         PopulateGeneratedInstanceId(*property, member.value, allocator);
       }

@@ -97,7 +97,9 @@ void LogErrCode(int priority, int code, ...) noexcept {
   va_start(arguments, code);
   try {
     const char* message = ErrorMessageForId(static_cast<TarnConfigStore::CSErrorCodes>(code));
-    Write(priority, ("[" + std::to_string(code) + "] " + FormatList(message, arguments)).c_str());
+    std::string line = "[";
+    line.append(std::to_string(code)).append("] ").append(FormatList(message, arguments));
+    Write(priority, line.c_str());
   } catch (...) {
     // As in Log.
   }

@@ -1,7 +1,9 @@
 #include "schema/file_stamp.h"
 
 #include <ctime>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace TarnSchemaStore {
 namespace {
@@ -17,21 +19,44 @@ bool Near(std::int64_t a, std::int64_t b) noexcept {
   return a - b < kTick && b - a < kTick;
 }
 
-}  // namespace
-
-FileStamp StampOf(const std::string& path) noexcept {
-  struct stat status = {};
-  if (stat(path.c_str(), &status) != 0) {
-    return {};
-  }
+FileStamp StampFrom(const struct stat& status) noexcept {
   return {status.st_dev, status.st_ino, status.st_size, Nanoseconds(status.st_mtim),
           Nanoseconds(status.st_ctim)};
 }
 
-std::int64_t Now() noexcept {
+std::int64_t Read(clockid_t clock) noexcept {
   timespec time = {};
-  clock_gettime(CLOCK_REALTIME, &time);
+  clock_gettime(clock, &time);
   return Nanoseconds(time);
+}
+
+}  // namespace
+
+FileStamp StampOf(const std::string& path) noexcept {
+  struct stat status = {};
+  return stat(path.c_str(), &status) == 0 ? StampFrom(status) : FileStamp();
+}
+
+FileWatch::FileWatch(const std::string& path) noexcept
+    : descriptor_(open(path.c_str(), O_PATH | O_CLOEXEC)) {}
+
+FileWatch::~FileWatch() {
+  if (descriptor_ >= 0) {
+    close(descriptor_);
+  }
+}
+
+FileStamp FileWatch::Stamp() const noexcept {
+  struct stat status = {};
+  return descriptor_ >= 0 && fstat(descriptor_, &status) == 0 ? StampFrom(status) : FileStamp();
+}
+
+std::int64_t Now() noexcept {
+  return Read(CLOCK_REALTIME);
+}
+
+std::int64_t CoarseNow() noexcept {
+  return Read(CLOCK_MONOTONIC_COARSE);
 }
 
 bool MayHideChanges(const FileStamp& stamp, std::int64_t taken) noexcept {

@@ -1,4 +1,4 @@
-// Noticing that a file has changed, for the price of one stat.
+// Noticing that a file has changed, for less than the price of a stat.
 #pragma once
 
 #include <cstdint>
@@ -22,8 +22,30 @@ struct FileStamp {
 /// Never opens the file: closing it again would drop SQLite's locks on it.
 FileStamp StampOf(const std::string& path) noexcept;
 
+/// Keeps a hold on a file through which it can be asked about without looking its path up. A
+/// descriptor of the path only (O_PATH): closing it drops nobody's locks, as closing any other one
+/// would.
+class FileWatch {
+ public:
+  explicit FileWatch(const std::string& path) noexcept;
+  ~FileWatch();
+  FileWatch(const FileWatch&) = delete;
+  FileWatch& operator=(const FileWatch&) = delete;
+
+  /// The file's stamp now, wherever it lies by now: a file that was removed or replaced has another
+  /// one. All zero when there was no file.
+  FileStamp Stamp() const noexcept;
+
+ private:
+  int descriptor_;
+};
+
 /// Nanoseconds since 1970.
 std::int64_t Now() noexcept;
+
+/// Nanoseconds since some moment, on a clock that only goes forward and ticks every few
+/// milliseconds.
+std::int64_t CoarseNow() noexcept;
 
 /// A file that was written just before the stamp was taken could be written again without its stamp
 /// changing, because clocks of file systems tick a few milliseconds apart. Only a stamp of which

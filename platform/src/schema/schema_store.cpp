@@ -15,13 +15,15 @@
 namespace TarnSchemaStore {
 namespace {
 
-// The schema store's file as it was seen at one moment, and the types read from it. Never changed
-// once made.
+// The schema store's file as it was seen at one moment, and the types read from it. Not changed
+// once made, but for the note of when its path was last followed.
 struct Observation {
   unsigned rootGeneration = 0;
   std::string path;
   FileStamp stamp;
   bool settled = false;  // an equal stamp means an equal file
+  std::unique_ptr<const FileWatch> watch;
+  mutable std::atomic<std::int64_t> pathSeen = 0;  // when the path last led to the watched file
   std::optional<std::int64_t> generation;
   std::shared_ptr<InstalledTypes> types;
 };
@@ -59,7 +61,9 @@ std::shared_ptr<InstalledTypes> Observe() {
   next->path = sameRoot ? last->path : HostPaths::Resolve(HostPaths::kSchemaStore);
 
   const std::int64_t now = Now();
-  next->stamp = StampOf(next->path);
+  next->pathSeen = CoarseNow();
+  next->watch = std::make_unique<FileWatch>(next->path);
+  next->stamp = next->watch->Stamp();
   next->settled = !MayHideChanges(next->stamp, now);
   const bool sameStamp = sameRoot && last->stamp == next->stamp;
   if (sameStamp && last->settled) {
@@ -77,13 +81,30 @@ std::shared_ptr<InstalledTypes> Observe() {
   return next->types;
 }
 
+// The watched file tells at once when it is written, removed or replaced. That a directory above it
+// now leads elsewhere is seen by following its path, which costs several times as much: now and
+// then will do.
+bool IsUpToDate(const Observation& seen) {
+  constexpr std::int64_t kFollowPathEvery = 100'000'000;
+  if (!seen.settled || seen.rootGeneration != HostPaths::RootGeneration() ||
+      seen.watch->Stamp() != seen.stamp) {
+    return false;
+  }
+  const std::int64_t now = CoarseNow();
+  if (seen.stamp.Exists() &&
+      now - seen.pathSeen.load(std::memory_order_relaxed) < kFollowPathEvery) {
+    return true;
+  }
+  if (StampOf(seen.path) != seen.stamp) {
+    return false;
+  }
+  seen.pathSeen.store(now, std::memory_order_relaxed);
+  return true;
+}
+
 std::shared_ptr<InstalledTypes> CurrentTypes() {
   const ObservationHandle last = LastObservation();
-  if (last != nullptr && last->settled && last->rootGeneration == HostPaths::RootGeneration() &&
-      last->stamp == StampOf(last->path)) {
-    return last->types;
-  }
-  return Observe();
+  return last != nullptr && IsUpToDate(*last) ? last->types : Observe();
 }
 
 }  // namespace
