@@ -137,6 +137,16 @@ TEST(RulesOfWholeTypes, ATagOnTheRootGovernsEverything) {
             "");
 }
 
+TEST(RulesOfWholeTypes, GeneratedInstanceIdsMayBeGivenAndAreNotAskedFor) {
+  constexpr std::string_view kGenerated = R"({"properties": {"list": {"items": {
+      "generatedInstanceId": true, "properties": {"a": {}}}}}})";
+  EXPECT_EQ(FindingsOf(kGenerated, R"({"list": [{"a": 1}, {"cs_generated_id": "x", "a": 1}]})"),
+            "");
+  EXPECT_EQ(FindingsOf(kGenerated, R"({"list": [{"cs_generated_id": 1, "b": 1}]})"),
+            "/list/0/cs_generated_id: expected a text, found 1\n"
+            "/list/0/b: member \"b\" is not known; known members: a");
+}
+
 TEST(RulesOfWholeTypes, TagsAreFoundThroughReferences) {
   constexpr std::string_view kType2 = R"({
     "definitions": {"secret": {"type": "string", "vital": true}, "text": {"type": "string"}},
