@@ -12,48 +12,10 @@ constexpr unsigned kUserBit = 1;
 constexpr unsigned kVitalBit = 2;
 constexpr unsigned kCachedBit = 4;
 
-std::string Unescaped(std::string_view token) {
-  std::string text;
-  for (std::size_t i = 0; i < token.size(); ++i) {
-    if (token[i] == '~' && i + 1 < token.size()) {
-      text += token[++i] == '1' ? '/' : '~';
-    } else {
-      text += token[i];
-    }
-  }
-  return text;
-}
-
-// References of type files lead to a place in the same schema, "#/definitions/NAME" as a rule. The
-// installer has seen to it that none leads nowhere or round in a circle; the bound is for schemas
-// it never saw.
-const Json::Value* Resolve(const Json::Value& root, const Json::Value* node) {
-  constexpr int kMostHops = 32;
-  for (int hop = 0; node != nullptr && hop < kMostHops; ++hop) {
-    const Json::Value* reference = Json::FindMember(*node, "$ref");
-    if (reference == nullptr || !reference->IsString()) {
-      return node;
-    }
-    std::string_view pointer = Json::Text(*reference);
-    if (pointer.substr(0, 1) != "#") {
-      return nullptr;
-    }
-    pointer.remove_prefix(1);
-    node = &root;
-    while (node != nullptr && !pointer.empty()) {
-      pointer.remove_prefix(1);
-      const std::size_t end = std::min(pointer.find('/'), pointer.size());
-      node = Json::FindMember(*node, Unescaped(pointer.substr(0, end)));
-      pointer.remove_prefix(end);
-    }
-  }
-  return nullptr;
-}
-
 }  // namespace
 
 SchemaNode::SchemaNode(const Json::Value& root, const Json::Value& holder)
-    : root_(&root), holder_(&holder), node_(Resolve(root, &holder)) {}
+    : root_(&root), holder_(&holder), node_(Json::FollowReference(root, holder)) {}
 
 SchemaNode SchemaNode::Property(std::string_view name) const {
   if (node_ == nullptr) {
@@ -113,8 +75,8 @@ std::string_view SchemaNode::InstanceIdMember() const {
                                                      : std::string_view();
 }
 
-unsigned SchemaNode::PartsBelow(unsigned depth) const {
-  if (node_ == nullptr || depth > Json::kMaxDepth) {
+unsigned SchemaNode::PartsBelow(std::vector<const Json::Value*>& visited) const {
+  if (node_ == nullptr) {
     return kUserBit;
   }
   switch (Tag()) {
@@ -125,22 +87,37 @@ unsigned SchemaNode::PartsBelow(unsigned depth) const {
     case DataPart::USER:
       break;
   }
+  // Definitions may contain themselves, more than once even; what was seen adds nothing.
+  if (std::find(visited.begin(), visited.end(), node_) != visited.end()) {
+    return 0;
+  }
+  visited.push_back(node_);
   unsigned parts = 0;
+  bool leaf = true;
   const Json::Value* properties = Json::FindMember(*node_, "properties");
   if (properties != nullptr && properties->IsObject()) {
     for (const auto& property : properties->GetObject()) {
       const SchemaNode node(*root_, property.value);
-      parts |= node.IsInstanceId() ? 0U : node.PartsBelow(depth + 1);
+      if (!node.IsInstanceId()) {
+        leaf = false;
+        parts |= node.PartsBelow(visited);
+      }
     }
   }
   if (const SchemaNode items = Items()) {
-    parts |= items.PartsBelow(depth + 1);
+    leaf = false;
+    parts |= items.PartsBelow(visited);
   }
-  return parts == 0 ? kUserBit : parts;
+  return leaf ? kUserBit : parts;
+}
+
+unsigned SchemaNode::Parts() const {
+  std::vector<const Json::Value*> visited;
+  return PartsBelow(visited);
 }
 
 DataPart SchemaNode::UniformPart() const {
-  switch (PartsBelow(0)) {
+  switch (Parts()) {
     case kVitalBit:
       return DataPart::VITAL;
     case kCachedBit:
@@ -151,7 +128,7 @@ DataPart SchemaNode::UniformPart() const {
 }
 
 bool SchemaNode::IsMixed() const {
-  const unsigned parts = PartsBelow(0);
+  const unsigned parts = Parts();
   return (parts & (parts - 1)) != 0;
 }
 

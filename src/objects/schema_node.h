@@ -4,6 +4,7 @@
 #include "platform/json.h"
 
 #include <string_view>
+#include <vector>
 
 namespace TarnConfigStore {
 
@@ -47,7 +48,8 @@ class SchemaNode {
  private:
   SchemaNode(const Json::Value& root, const Json::Value& holder);
   const Json::Value* Keyword(std::string_view name) const;
-  unsigned PartsBelow(unsigned depth) const;
+  unsigned Parts() const;
+  unsigned PartsBelow(std::vector<const Json::Value*>& visited) const;
 
   const Json::Value* root_ = nullptr;
   const Json::Value* holder_ = nullptr;  // where the reference stands; tags may stand beside it

@@ -21,9 +21,11 @@ bool IsEmptyContent(const Json::Value& value) {
 }
 
 void RemoveLoneInstanceId(Json::Value& object, SchemaNode schema) {
+  if (object.MemberCount() != 1) {
+    return;
+  }
   const std::string_view idMember = schema.InstanceIdMember();
-  if (!idMember.empty() && object.MemberCount() == 1 &&
-      Json::Text(object.MemberBegin()->name) == idMember) {
+  if (Json::Text(object.MemberBegin()->name) == idMember) {
     CSLogger::Log(kNotable, "Erasing instance id %s, nothing else is left",
                   std::string(idMember).c_str());
     object.RemoveAllMembers();

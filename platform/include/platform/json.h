@@ -66,6 +66,11 @@ inline Value* FindMember(Value& object, std::string_view name) {
 /// True when the object has the member and its value is the boolean true.
 bool IsTrue(const Value& object, std::string_view name);
 
+/// The schema that a schema stands for: what its "$ref" leads to, by JSON Pointer (RFC 6901) inside
+/// the root document, or itself where it has none. Null for references that lead nowhere, outside,
+/// or round in a circle.
+const Value* FollowReference(const Value& root, const Value& schema);
+
 inline std::string_view Text(const Value& string) {
   return {string.GetString(), string.GetStringLength()};
 }

@@ -1,6 +1,7 @@
 #include "db/connection_pool.h"
 
 #include "platform/host_paths.h"
+#include "platform/logger.h"
 
 #include "db/last_error.h"
 #include "db/layout.h"
@@ -37,6 +38,9 @@ ConnectionPool& ConnectionPool::Instance() {
 ConnectionPool::ConnectionPool() {
   // Connections come back without a need for memory.
   idle_.reserve(kMaxIdle);
+  // Handlers that come last run first: the pool may log while it prepares a fork, so the logger,
+  // which closes for the fork too, has to be there before it.
+  CSLogger::IsEnabled(0);
   pthread_atfork([] { Instance().PrepareFork(); }, [] { Instance().ResumeInParent(); },
                  [] { Instance().ResumeInChild(); });
 }
@@ -121,8 +125,14 @@ void ConnectionPool::Forget(const StoreConnection* connection) noexcept {
 }
 
 void ConnectionPool::CloseIdle() noexcept {
-  const std::lock_guard<std::mutex> guard(lock_);
-  CloseIdleLocked();
+  std::vector<std::unique_ptr<StoreConnection>> idle;
+  {
+    const std::lock_guard<std::mutex> guard(lock_);
+    idle.swap(idle_);
+  }
+  for (const auto& connection : idle) {
+    connection->Close();
+  }
 }
 
 void ConnectionPool::CloseIdleLocked() noexcept {

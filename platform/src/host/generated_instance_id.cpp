@@ -24,24 +24,28 @@ void GiveId(Json::Value& element, Json::Allocator& allocator) {
                     Json::Copy(id.get(), allocator), allocator);
 }
 
-}  // namespace
-
-void PopulateGeneratedInstanceId(const Json::Value& schema, Json::Value& value,
-                                 Json::Allocator& allocator) {
+void Populate(const Json::Value& root, const Json::Value& at, Json::Value& value,
+              Json::Allocator& allocator) {
+  const Json::Value* schema = Json::FollowReference(root, at);
+  if (schema == nullptr) {
+    return;
+  }
   if (value.IsArray()) {
-    const Json::Value* items = Json::FindMember(schema, "items");
+    const Json::Value* items = Json::FindMember(*schema, "items");
     if (items == nullptr) {
       return;
     }
-    const bool generated = Json::IsTrue(*items, "generatedInstanceId");
-    for (Json::Value& element : value.GetArray()) {
+    const Json::Value* element = Json::FollowReference(root, *items);
+    const bool generated = Json::IsTrue(*items, "generatedInstanceId") ||
+                           (element != nullptr && Json::IsTrue(*element, "generatedInstanceId"));
+    for (Json::Value& each : value.GetArray()) {
       if (generated) {
-        GiveId(element, allocator);
+        GiveId(each, allocator);
       }
-      PopulateGeneratedInstanceId(*items, element, allocator);
+      Populate(root, *items, each, allocator);
     }
   } else if (value.IsObject()) {
-    const Json::Value* properties = Json::FindMember(schema, "properties");
+    const Json::Value* properties = Json::FindMember(*schema, "properties");
     if (properties == nullptr) {
       return;
     }
@@ -50,8 +54,15 @@ void PopulateGeneratedInstanceId(const Json::Value& schema, Json::Value& value,
         continue;
       }
       if (const Json::Value* property = Json::FindMember(*properties, Json::Text(member.name))) {
-        PopulateGeneratedInstanceId(*property, member.value, allocator);
+        Populate(root, *property, member.value, allocator);
       }
     }
   }
+}
+
+}  // namespace
+
+void PopulateGeneratedInstanceId(const Json::Value& schema, Json::Value& value,
+                                 Json::Allocator& allocator) {
+  Populate(schema, schema, value, allocator);
 }

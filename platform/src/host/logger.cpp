@@ -9,6 +9,7 @@
 #include <execinfo.h>
 #include <memory>
 #include <mutex>
+#include <pthread.h>
 #include <string>
 #include <syslog.h>
 #include <utility>
@@ -24,7 +25,13 @@ struct Logger {
 
 // Leaked, so that callers that run while the process exits still find it.
 Logger& TheLogger() {
-  static Logger& logger = *new Logger;
+  static Logger& logger = *[] {
+    auto* made = new Logger;
+    // The child of a fork must not find the lock held by a thread that it does not have.
+    pthread_atfork([] { TheLogger().lock.lock(); }, [] { TheLogger().lock.unlock(); },
+                   [] { TheLogger().lock.unlock(); });
+    return made;
+  }();
   return logger;
 }
 

@@ -1,6 +1,7 @@
 #include "schema/schema_locks.h"
 
 #include "db/connection_pool.h"
+#include "validation/schema_registry.h"
 
 #include <pthread.h>
 
@@ -32,8 +33,10 @@ SchemaLocks& SchemaLocks::Get() {
   static SchemaLocks& locks = *[] {
     auto* made = new SchemaLocks;
     // The handlers that come last run first. Whoever holds one of these locks may be about to enter
-    // the database layer, so a fork has to wait for them before that layer closes its doors.
+    // the database layer or the validator, so a fork has to wait for them before those close their
+    // doors.
     DBStore::internal::ConnectionPool::Instance();
+    JsonValidator::SchemaRegistry::Instance();
     pthread_atfork(LockAll, UnlockAll, UnlockAll);
     return made;
   }();

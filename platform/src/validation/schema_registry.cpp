@@ -1,14 +1,22 @@
 #include "validation/schema_registry.h"
 
+#include <pthread.h>
+
 namespace JsonValidator {
 
 SchemaRegistry& SchemaRegistry::Instance() {
-  static SchemaRegistry& registry = *new SchemaRegistry;
+  static SchemaRegistry& registry = *[] {
+    auto* made = new SchemaRegistry;
+    // The child of a fork must not find the lock held by a thread that it does not have.
+    pthread_atfork([] { Instance().mutex_.lock(); }, [] { Instance().mutex_.unlock(); },
+                   [] { Instance().mutex_.unlock(); });
+    return made;
+  }();
   return registry;
 }
 
 void SchemaRegistry::Add(const Json::Value& schema) {
-  const std::unique_lock lock(mutex_);
+  const std::lock_guard lock(mutex_);
   std::shared_ptr<Entry>& entry = entries_[&schema];
   if (entry) {
     ++entry->registrations;
@@ -19,7 +27,7 @@ void SchemaRegistry::Add(const Json::Value& schema) {
 
 void SchemaRegistry::Remove(const Json::Value& schema) noexcept {
   std::shared_ptr<Entry> last;  // freed after the lock is given up
-  const std::unique_lock lock(mutex_);
+  const std::lock_guard lock(mutex_);
   const auto entry = entries_.find(&schema);
   if (entry != entries_.end() && --entry->second->registrations == 0) {
     last = std::move(entry->second);
@@ -30,7 +38,7 @@ void SchemaRegistry::Remove(const Json::Value& schema) noexcept {
 std::shared_ptr<const CompiledSchema> SchemaRegistry::Find(const Json::Value& schema) {
   std::shared_ptr<Entry> entry;
   {
-    const std::shared_lock lock(mutex_);
+    const std::lock_guard lock(mutex_);
     const auto found = entries_.find(&schema);
     if (found == entries_.end()) {
       return nullptr;

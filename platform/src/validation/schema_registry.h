@@ -7,14 +7,13 @@
 
 #include <memory>
 #include <mutex>
-#include <shared_mutex>
 #include <unordered_map>
 
 namespace JsonValidator {
 
 /// Compiled schemas by the address of their values, each compiled when it is first asked for. Safe
-/// from several threads: looking up takes a shared lock, and compiling one schema keeps nobody from
-/// another.
+/// from several threads: the lock is held for a look-up only, and compiling one schema keeps nobody
+/// from another.
 class SchemaRegistry {
  public:
   /// The process's own. Never destroyed: types may still be used while the process exits.
@@ -35,7 +34,7 @@ class SchemaRegistry {
     int registrations = 1;
   };
 
-  std::shared_mutex mutex_;
+  std::mutex mutex_;
   std::unordered_map<const Json::Value*, std::shared_ptr<Entry>> entries_;
 };
 
