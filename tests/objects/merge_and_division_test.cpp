@@ -99,6 +99,20 @@ TEST_F(MergeAndDivision, DividesByTagsAtAnyDepth) {
   EXPECT_EQ(Parts(R"({"name":"s","ports":[]})"), R"(u={"name":"s","ports":[]} a=- v=- c=-)");
 }
 
+TEST(SchemaNodes, FollowDefinitionsThatContainThemselves) {
+  const auto schema = CreateDocumentFromString(R"({
+    "properties": { "tree": { "$ref": "#/definitions/node" }, "seen": { "cached": true },
+                    "lost": { "$ref": "#/definitions/no" }, "out": { "$ref": "http://x/y" } },
+    "definitions": { "node": { "properties": { "value": { "type": "integer" },
+      "left": { "$ref": "#/definitions/node" }, "right": { "$ref": "#/definitions/node" } } } } })");
+  const SchemaNode root(*schema->GetJsonValuePtr());
+  EXPECT_TRUE(root.IsMixed());
+  EXPECT_FALSE(root.Property("tree").IsMixed());
+  EXPECT_TRUE(root.Property("tree").Property("left").Property("right").Property("value"));
+  EXPECT_FALSE(root.Property("lost"));
+  EXPECT_FALSE(root.Property("out"));
+}
+
 // Objects that the switch type allows, made at random.
 class Generator {
  public:

@@ -46,6 +46,9 @@ TEST(QueryPlans, EveryStatementWalksTheKeysIndexUnlessItAsksForEverything) {
        "SEARCH Config USING PRIMARY KEY (Component=? AND ConfigGroup=? AND Name=? AND "
        "Identifier=?)"},
       {LIST_STORED[1], "SEARCH Config USING PRIMARY KEY (Component=?)"},
+      {LIST_STORED[2], "SEARCH Config USING PRIMARY KEY (Component=? AND ConfigGroup=?)"},
+      {LIST_STORED[3],
+       "SEARCH Config USING PRIMARY KEY (Component=? AND ConfigGroup=? AND Name=?)"},
       {LIST_STORED[4],
        "SEARCH Config USING PRIMARY KEY (Component=? AND ConfigGroup=? AND Name=? AND "
        "Identifier=?)"},

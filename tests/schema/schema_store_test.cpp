@@ -13,6 +13,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -241,6 +242,32 @@ TEST(SchemaStore, ChildOfABusyProcessCanReadTypes) {
   stop = true;
   reader.join();
   writer.join();
+}
+
+// Closing any other descriptor of a file drops the locks that the process holds on it.
+TEST(FileWatch, DropsNobodysLocksAndTellsOfReplacedFiles) {
+  const TestSupport::TemporaryHost host;
+  const std::string path = host.Path(HostPaths::kSchemaStore);
+  const int file = open(path.c_str(), O_RDWR | O_CLOEXEC);
+  struct flock lock = {};
+  lock.l_type = F_WRLCK;
+  ASSERT_EQ(fcntl(file, F_SETLK, &lock), 0);
+  { const FileWatch gone(path); }
+  const pid_t child = fork();
+  if (child == 0) {
+    _exit(fcntl(file, F_GETLK, &lock) == 0 && lock.l_type == F_WRLCK ? 0 : 1);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0) << "the lock is gone";
+  close(file);
+
+  const FileWatch watch(path);
+  const FileStamp before = watch.Stamp();
+  EXPECT_EQ(before, StampOf(path));
+  std::filesystem::copy_file(path, path + ".copy");
+  std::filesystem::rename(path + ".copy", path);
+  EXPECT_NE(watch.Stamp(), before);
 }
 
 }  // namespace
