@@ -26,6 +26,10 @@ struct TypeReport {
   std::string version;
   TypeOutcome outcome = TypeOutcome::INVALID;
   std::vector<ErrorInfo> errors;  ///< field: JSON Pointer (RFC 6901) into the file
+
+  /// Stored objects that the type, as the file describes it, no longer allows; looked for when an installed
+  /// type changes. field: "COMPONENT/GROUP/KEY[/INSTANCE]#" and the JSON Pointer into the object.
+  std::vector<ErrorInfo> misfits;
 };
 
 /// One installed type.
@@ -39,7 +43,8 @@ struct InstalledType {
 
 struct InstallOptions {
   bool checkOnly = false;  ///< check everything, write nothing
-  bool force = false;      ///< allow a version older than the installed one
+  /// Allow a version older than the installed one, and stored objects that no longer fit.
+  bool force = false;
 };
 
 /// Checks type files and installs them all, or none if one of them is bad: each file is judged
