@@ -16,9 +16,9 @@ std::shared_ptr<JsonDoc> CreateDocument() {
 }
 
 std::shared_ptr<JsonDoc> CreateDocumentFromString(std::string_view text,
-                                                  Json::Duplicates duplicates) {
+                                                  Json::Origin origin) {
   auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text.size()));
-  if (const Json::ParseResult result = document->Parse(text, duplicates); !result) {
+  if (const Json::ParseResult result = document->Parse(text, origin); !result) {
     CSLogger::Log(0, "Not valid JSON at byte %zu: %s", result.offset, result.message.c_str());
     ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);
   }
@@ -34,7 +34,7 @@ std::shared_ptr<JsonDoc> CreateDocumentFromFile(const std::string& path) {
     ThrowException<InvalidArgumentException>(CS_JSON_FILE_FAILED, path);
   }
   auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text.str().size()));
-  if (const Json::ParseResult result = document->Parse(text.str(), Json::Duplicates::REFUSE);
+  if (const Json::ParseResult result = document->Parse(text.str(), Json::Origin::OUTSIDE);
       !result) {
     CSLogger::Log(0, "%s is not valid JSON at byte %zu: %s", path.c_str(), result.offset,
                   result.message.c_str());

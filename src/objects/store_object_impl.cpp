@@ -192,7 +192,7 @@ std::string StoreObjectImpl::GetData() const {
 
 void StoreObjectImpl::SetData(const char* json) {
   if (json != nullptr) {
-    document_ = CreateDocumentFromString(json, Json::Duplicates::REFUSE);
+    document_ = CreateDocumentFromString(json, Json::Origin::OUTSIDE);
   }
 }
 

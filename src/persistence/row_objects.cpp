@@ -31,7 +31,7 @@ ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
     return nullptr;
   }
   auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text->size()));
-  if (const Json::ParseResult result = document->Parse(*text, Json::Duplicates::ALLOW); !result) {
+  if (const Json::ParseResult result = document->Parse(*text, Json::Origin::STORED); !result) {
     CSLogger::Log(0, "%.*s of %s is not valid JSON at byte %zu: %s",
                   static_cast<int>(column.size()), column.data(), id.toString().c_str(),
                   result.offset, result.message.c_str());

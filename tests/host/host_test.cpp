@@ -19,9 +19,9 @@ using TarnConfigStore::JsonDoc;
 using TestSupport::TemporaryHost;
 
 // "" when the text is taken, else where and why not.
-std::string Refusal(std::string_view text, Json::Duplicates duplicates = Json::Duplicates::REFUSE) {
+std::string Refusal(std::string_view text, Json::Origin origin = Json::Origin::OUTSIDE) {
   JsonDoc document(JsonDoc::CapacityFor(text.size()));
-  const Json::ParseResult result = document.Parse(text, duplicates);
+  const Json::ParseResult result = document.Parse(text, origin);
   if (result) {
     return "";
   }
@@ -37,7 +37,7 @@ TEST(JsonParse, IsStrict) {
   EXPECT_NE(Refusal(""), "");
   const std::string twice = R"({"a":{"b":1,"b":2}})";
   EXPECT_NE(Refusal(twice).find("member \"b\" is named twice"), std::string::npos);
-  EXPECT_EQ(Refusal(twice, Json::Duplicates::ALLOW), "");
+  EXPECT_EQ(Refusal(twice, Json::Origin::STORED), "");
   std::string many = "{";
   for (int i = 0; i < 40; ++i) {
     many += "\"m" + std::to_string(i) + "\":1,";
@@ -55,12 +55,25 @@ TEST(JsonParse, RefusesWhatWalksCannotBear) {
   EXPECT_NE(Refusal(std::string(10'000'000, '[')), "");
 }
 
+TEST(JsonParse, RefusesIntegersThatItWouldAlter) {
+  const std::string refusal = "an integer of more than 64 bits";
+  for (const char* text :
+       {"18446744073709551616", "[-9223372036854775809]", "{\"a\":123456789012345678901}"}) {
+    EXPECT_NE(Refusal(text).find(refusal), std::string::npos) << text;
+    EXPECT_EQ(Refusal(text, Json::Origin::STORED), "");
+  }
+  for (const char* text : {"1e21", "1E+21", "1e300", "123456789012345678901.5", "-9.3e18", "1e-21",
+                           "18446744073709551615", "-9223372036854775808"}) {
+    EXPECT_EQ(Refusal(text), "") << text;
+  }
+}
+
 TEST(JsonParse, KeepsEveryDigit) {
   for (const char* text :
        {"0.30000000000000004", "9007199254740993", "18446744073709551615", "-9223372036854775808",
         "1.7976931348623157e+308", "5.0", "0.1", "1e-05"}) {
     JsonDoc document;
-    ASSERT_TRUE(document.Parse(text, Json::Duplicates::REFUSE));
+    ASSERT_TRUE(document.Parse(text, Json::Origin::OUTSIDE));
     std::string back;
     ASSERT_TRUE(Json::Serialize(*document.GetJsonValuePtr(), back));
     EXPECT_EQ(back, text);
@@ -120,11 +133,11 @@ TEST(GeneratedInstanceId, IsGivenOnceAndOnlyWhereTheSchemaAsks) {
   JsonDoc schema;
   ASSERT_TRUE(schema.Parse(R"({"properties":{"rules":{"items":{"generatedInstanceId":true,
     "properties":{"more":{"items":{"generatedInstanceId":true}}}}},"plain":{"items":{}}}})",
-                           Json::Duplicates::REFUSE));
+                           Json::Origin::OUTSIDE));
   JsonDoc data;
   ASSERT_TRUE(data.Parse(
       R"({"rules":[{"more":[{}]},{"cs_generated_id":"kept"},7],"plain":[{}],"other":[{}]})",
-      Json::Duplicates::REFUSE));
+      Json::Origin::OUTSIDE));
   Json::Value& root = *data.GetJsonValuePtr();
   PopulateGeneratedInstanceId(*schema.GetJsonValuePtr(), root, data.GetAllocator());
   EXPECT_EQ(root["rules"][0]["cs_generated_id"].GetStringLength(), 36U);

@@ -35,8 +35,10 @@ using Document = rapidjson::GenericDocument<Encoding, Allocator, rapidjson::CrtA
 /// Deepest nesting that is read or checked: every walk over a value recurses.
 constexpr std::size_t kMaxDepth = 128;
 
-/// Whether an object may name a member twice. Texts from outside may not; the store's own rows may.
-enum class Duplicates { ALLOW, REFUSE };
+/// Where a text comes from. What comes from OUTSIDE may name no member twice and hold no integer of
+/// more than 64 bits, which would be altered; in the store's own rows both are read as well as can
+/// be.
+enum class Origin { STORED, OUTSIDE };
 
 /// What a parse came to.
 struct ParseResult {
@@ -50,7 +52,7 @@ struct ParseResult {
 /// Parses a text into the root of a document, whose allocator then owns the value: strict UTF-8,
 /// numbers in full precision, at most kMaxDepth levels, nothing after the value. On failure the
 /// document is null. Needs no document of its own: `into` may be any document, empty or not.
-ParseResult Parse(std::string_view text, Document& into, Duplicates duplicates = Duplicates::ALLOW);
+ParseResult Parse(std::string_view text, Document& into, Origin origin = Origin::STORED);
 
 /// The value as compact text. False, with an empty text, for what JSON cannot say: a string that is
 /// not UTF-8, or a number that is not finite.

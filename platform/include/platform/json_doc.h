@@ -25,7 +25,7 @@ class JsonDoc {
   Json::Allocator& GetAllocator() { return pool_; }
 
   /// Replaces the value by a parsed text; on failure the value is null. See Json::Parse.
-  Json::ParseResult Parse(std::string_view text, Json::Duplicates duplicates);
+  Json::ParseResult Parse(std::string_view text, Json::Origin origin);
 
   /// The room that the values of a parsed text of this length take up, as a rule.
   static std::size_t CapacityFor(std::size_t textLength) { return 2 * textLength + 64; }

@@ -27,9 +27,9 @@ JsonDoc::JsonDoc(std::size_t capacity)
     : buffer_(new char[AtLeastMinimum(capacity)]),
       pool_(buffer_.get(), AtLeastMinimum(capacity), kChunkSize, &BaseAllocator()) {}
 
-Json::ParseResult JsonDoc::Parse(std::string_view text, Json::Duplicates duplicates) {
+Json::ParseResult JsonDoc::Parse(std::string_view text, Json::Origin origin) {
   Json::Document parsed(&pool_, kParseStackSize, &BaseAllocator());
-  Json::ParseResult result = Json::Parse(text, parsed, duplicates);
+  Json::ParseResult result = Json::Parse(text, parsed, origin);
   root_.Swap(static_cast<Json::Value&>(parsed));
   return result;
 }

@@ -29,18 +29,22 @@ struct TextStream {
 };
 
 // Hands the reader's events on to the document, and stops at the depth that every walk over a value
-// can bear on a small stack.
+// can bear on a small stack, and at numbers that cannot be kept as they are.
 template <class Handler>
-class DepthGuard {
+class Guard {
  public:
-  explicit DepthGuard(Handler& handler) : handler_(handler) {}
+  Guard(Handler& handler, const TextStream& stream, Origin origin)
+      : handler_(handler), stream_(stream), origin_(origin) {}
   bool Null() { return handler_.Null(); }
   bool Bool(bool value) { return handler_.Bool(value); }
   bool Int(int value) { return handler_.Int(value); }
   bool Uint(unsigned value) { return handler_.Uint(value); }
   bool Int64(std::int64_t value) { return handler_.Int64(value); }
   bool Uint64(std::uint64_t value) { return handler_.Uint64(value); }
-  bool Double(double value) { return handler_.Double(value); }
+  bool Double(double value) {
+    tooLong_ = origin_ == Origin::OUTSIDE && IsLongInteger(value);
+    return !tooLong_ && handler_.Double(value);
+  }
   bool RawNumber(const char* text, rapidjson::SizeType length, bool copy) {
     return handler_.RawNumber(text, length, copy);
   }
@@ -50,6 +54,11 @@ class DepthGuard {
   }
   bool Key(const char* text, rapidjson::SizeType length, bool /*copy*/) {
     return handler_.Key(text, length, true);
+  }
+  /// Why it stopped.
+  std::string Reason() const {
+    return tooLong_ ? "an integer of more than 64 bits"
+                    : "nested deeper than " + std::to_string(kMaxDepth) + " levels";
   }
   bool StartObject() { return Enter() && handler_.StartObject(); }
   bool EndObject(rapidjson::SizeType count) {
@@ -65,8 +74,29 @@ class DepthGuard {
  private:
   bool Enter() { return ++depth_ <= kMaxDepth; }
 
+  // The reader makes a double of an integer that fits no other type; the text just read tells.
+  bool IsLongInteger(double value) const {
+    constexpr double kLargest = 9.2e18;  // a little less than 2^63
+    if (value < kLargest && value > -kLargest) {
+      return false;
+    }
+    const char* digit = stream_.next;
+    while (digit != stream_.begin && digit[-1] >= '0' && digit[-1] <= '9') {
+      --digit;
+    }
+    const char before = digit == stream_.begin ? '\0' : digit[-1];
+    if (before == '.' || before == 'e' || before == 'E' || before == '+') {
+      return false;
+    }
+    // A minus sign may belong to an exponent.
+    return before != '-' || digit - 1 == stream_.begin || (digit[-2] != 'e' && digit[-2] != 'E');
+  }
+
   Handler& handler_;
+  const TextStream& stream_;
+  const Origin origin_;
   std::size_t depth_ = 0;
+  bool tooLong_ = false;
 };
 
 // Few members are compared with each other; many go through a hash set.
@@ -118,24 +148,27 @@ ParseResult Failure(std::size_t offset, std::string message) {
 
 }  // namespace
 
-ParseResult Parse(std::string_view text, Document& into, Duplicates duplicates) {
+ParseResult Parse(std::string_view text, Document& into, Origin origin) {
   constexpr unsigned kFlags =
       rapidjson::kParseFullPrecisionFlag | rapidjson::kParseValidateEncodingFlag;
   TextStream stream(text);
   rapidjson::ParseResult outcome;
+  std::string stopped;
   into.SetNull();
   auto generate = [&](Document& document) {
     rapidjson::GenericReader<Encoding, Encoding, rapidjson::CrtAllocator> reader;
-    DepthGuard<Document> guard(document);
+    Guard<Document> guard(document, stream, origin);
     outcome = reader.Parse<kFlags>(stream, guard);
+    if (outcome.Code() == rapidjson::kParseErrorTermination) {
+      stopped = guard.Reason();
+    }
     return !outcome.IsError();
   };
   into.Populate(generate);
   if (outcome.IsError()) {
     into.SetNull();
     if (outcome.Code() == rapidjson::kParseErrorTermination) {
-      return Failure(outcome.Offset(),
-                     "nested deeper than " + std::to_string(kMaxDepth) + " levels");
+      return Failure(outcome.Offset(), std::move(stopped));
     }
     return Failure(outcome.Offset(), rapidjson::GetParseError_En(outcome.Code()));
   }
@@ -144,7 +177,7 @@ ParseResult Parse(std::string_view text, Document& into, Duplicates duplicates) 
     into.SetNull();
     return Failure(stream.Tell(), "a NUL byte");
   }
-  if (duplicates == Duplicates::REFUSE) {
+  if (origin == Origin::OUTSIDE) {
     if (const Value* name = FindDuplicate(into)) {
       std::string message = "member \"" + std::string(Text(*name)) + "\" is named twice";
       into.SetNull();

@@ -136,7 +136,7 @@ std::shared_ptr<SchemaObject> LoadedType::FromText(const TypeName& name, std::st
 
 LoadedType::LoadedType(const TypeName& name, std::string_view text)
     : name_(name), document_(TarnConfigStore::JsonDoc::CapacityFor(text.size())) {
-  const Json::ParseResult parsed = document_.Parse(text, Json::Duplicates::REFUSE);
+  const Json::ParseResult parsed = document_.Parse(text, Json::Origin::OUTSIDE);
   if (!parsed) {
     RaiseDamaged(name, parsed.message);
   }

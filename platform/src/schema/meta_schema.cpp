@@ -121,7 +121,7 @@ struct Compiled {
   Compiled() : registration(Parsed(document)) {}
 
   static const Json::Value& Parsed(TarnConfigStore::JsonDoc& document) {
-    document.Parse(kText, Json::Duplicates::REFUSE);
+    document.Parse(kText, Json::Origin::OUTSIDE);
     return *document.GetJsonValuePtr();
   }
 };

@@ -92,7 +92,7 @@ TypeFile Check(std::string path, std::string_view text) {
   TypeFile result;
   result.path = std::move(path);
   auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text.size()));
-  if (const auto parsed = document->Parse(text, Json::Duplicates::REFUSE); !parsed) {
+  if (const auto parsed = document->Parse(text, Json::Origin::OUTSIDE); !parsed) {
     result.findings.push_back({"/", PlaceInText(text, parsed.offset) + ": " + parsed.message});
     return result;
   }
