@@ -4,6 +4,7 @@
 #include "tarnconfigstore/listing.h"
 
 #include "failure.h"
+#include "findings.h"
 #include "input.h"
 #include "member_value.h"
 #include "object_name.h"
@@ -63,6 +64,40 @@ void KeepInstanceId(ConfigStoreObject& object, const TypeSchema& schema) {
   }
 }
 
+std::shared_ptr<ConfigStoreObject> ReadObject(const ConfigStoreObjectId& id,
+                                              const std::string& path, const TypeSchema& schema) {
+  const std::string text = ReadData(path);
+  auto object = std::make_shared<ConfigStoreObject>(id);
+  object->SetData(text.c_str());
+  KeepInstanceId(*object, schema);
+  return object;
+}
+
+std::shared_ptr<ConfigStoreObject> MakeObject(const ConfigStoreObjectId& id,
+                                              const std::vector<std::string>& members,
+                                              const TypeSchema& schema) {
+  auto object = std::make_shared<ConfigStoreObject>(id);
+  Json data = Json::parse(object->GetData());
+  AddMembers(data, members, schema);
+  object->SetData(data.dump().c_str());
+  KeepInstanceId(*object, schema);
+  return object;
+}
+
+// What keeps data from becoming an object of that name is a finding like any other.
+Findings FindFaults(const ConfigStoreObjectId& id, const std::string& path,
+                    const TypeSchema& schema) {
+  const std::shared_ptr<ConfigStore> store = OpenStore();
+  try {
+    return store->Validate(ReadObject(id, path, schema));
+  } catch (const ToolError& error) {
+    if (error.GetFailure().details.empty()) {
+      throw;
+    }
+    return error.GetFailure().details;
+  }
+}
+
 Json Describe(const TarnConfigStore::StoredObject& object) {
   Json values = Json::array();
   const std::pair<bool, const char*> kinds[] = {{object.hasUser, "user"},
@@ -107,18 +142,9 @@ void GetObject(const std::string& object, const std::string& member, const Outpu
 void SetObject(const std::string& object, const std::vector<std::string>& data) {
   const ConfigStoreObjectId id = ParseObject(object);
   const bool fromFile = data.size() == 1 && data.front().find('=') == std::string::npos;
-  const std::string text = fromFile ? ReadData(data.front()) : std::string();
-
   const TypeSchema schema(id);
-  const auto changed = std::make_shared<ConfigStoreObject>(id);
-  if (fromFile) {
-    changed->SetData(text.c_str());
-  } else {
-    Json members = Json::parse(changed->GetData());
-    AddMembers(members, data, schema);
-    changed->SetData(members.dump().c_str());
-  }
-  KeepInstanceId(*changed, schema);
+  const auto changed =
+      fromFile ? ReadObject(id, data.front(), schema) : MakeObject(id, data, schema);
 
   const std::shared_ptr<ConfigStore> store = OpenStore();
   const std::int32_t revision = store->GetRevision(id);
@@ -127,6 +153,12 @@ void SetObject(const std::string& object, const std::vector<std::string>& data) 
     throw ToolError(ExitCode::INVALID,
                     "nothing was written: without its empty members the object holds no data");
   }
+}
+
+void ValidateObject(const std::string& object, const std::string& path, const Output& output) {
+  const ConfigStoreObjectId id = ParseObject(object);
+  const TypeSchema schema(id);
+  PrintFindings(FindFaults(id, path, schema), output);
 }
 
 void ListObjects(const std::string& prefix, const Output& output) {
