@@ -127,8 +127,8 @@ class TARN_CONFIG_STORE_EXPORT ConfigStore {
   /// meant to be undone. The embedded one never refuses.
   virtual int CancelTransaction() noexcept = 0;
 
-  /// Everything wrong with an object, without writing it; empty when it could be set. A type that is not
-  /// installed and an instance id that does not belong are findings too (field "/").
+  /// Everything wrong with an object, without writing it; empty when it could be set. A type that
+  /// is not installed and an instance id that does not belong are findings too (field "/").
   virtual std::vector<ErrorInfo> Validate(std::shared_ptr<ConfigStoreObject> object) = 0;
 
   virtual ~ConfigStore();

@@ -11,7 +11,7 @@ namespace TarnConfigStore {
 
 /// What became of one type file.
 enum class TypeOutcome {
-  INVALID,     ///< the file breaks a rule; errors tells which
+  INVALID,     ///< the file breaks a rule, or stored objects no longer fit: errors and misfits tell
   VALID,       ///< checked and found good; nothing written
   INSTALLED,   ///< installed for the first time
   UPGRADED,    ///< took the place of an older version, or of an older text of the same version
@@ -27,8 +27,9 @@ struct TypeReport {
   TypeOutcome outcome = TypeOutcome::INVALID;
   std::vector<ErrorInfo> errors;  ///< field: JSON Pointer (RFC 6901) into the file
 
-  /// Stored objects that the type, as the file describes it, no longer allows; looked for when an installed
-  /// type changes. field: "COMPONENT/GROUP/KEY[/INSTANCE]#" and the JSON Pointer into the object.
+  /// Stored objects that the type, as the file describes it, no longer allows; looked for when an
+  /// installed type changes. field: "COMPONENT/GROUP/KEY[/INSTANCE]#" and the JSON Pointer into the
+  /// object.
   std::vector<ErrorInfo> misfits;
 };
 

@@ -1,5 +1,6 @@
 #include "tarnconfigstore/type_administration.h"
 
+#include "admin/misfits.h"
 #include "admin/shipped_objects.h"
 #include "admin/type_reports.h"
 #include "admin/type_store_failures.h"
@@ -39,6 +40,17 @@ void OnlyChecked(Reports& reports) {
   }
 }
 
+// Of the types that are about to change, the stored objects have a say, too.
+void JudgeStoredObjects(const Files& files, const DBStore::ConnectionHandle& connection, bool force,
+                        Reports& reports) {
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    if (reports[i].outcome != TypeOutcome::INVALID &&
+        reports[i].outcome != TypeOutcome::UNCHANGED) {
+      JudgeStoredObjects(files[i], connection, force, reports[i]);
+    }
+  }
+}
+
 void JudgeWithoutWriting(const Files& files, bool force, Reports& reports) {
   std::map<TarnSchemaStore::TypeName, TypeFiles::KeptType> installed;
   for (TypeFiles::KeptType& type : TypeFiles::ReadAll()) {
@@ -50,32 +62,12 @@ void JudgeWithoutWriting(const Files& files, bool force, Reports& reports) {
                       found == installed.end() ? std::nullopt : std::optional(found->second), force,
                       reports[i]);
   }
+  JudgeStoredObjects(files, GetDBStore(DBStore::Type::CURRENT_STORE, true), force, reports);
   OnlyChecked(reports);
 }
 
-void WriteShippedObjects(const Files& files) {
-  const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
-  RunUnderTransaction(connection, "InstallTypes", [&] {
-    for (const TypeFiles::TypeFile& file : files) {
-      ReplaceDefaultRows(IdOf(file.type.name), file.type.version, DivideShippedObjects(file),
-                         connection);
-    }
-  });
-}
-
-// The schemas are written, but not committed, before the shipped objects: the schema store is then
-// locked against other installations, so that what was judged still holds, and most of what can go
-// wrong has gone wrong before anything is committed. A failure between the two commits leaves the
-// old types with new shipped objects; installing again mends that.
-void Install(const Files& files, bool force, Reports& reports) {
-  TypeFiles::TypeWriter writer;
-  for (std::size_t i = 0; i < files.size(); ++i) {
-    JudgeInstallation(files[i], writer.Read(files[i].type.name), force, reports[i]);
-  }
-  if (AnyInvalid(reports)) {
-    OnlyChecked(reports);
-    return;
-  }
+// Answers whether anything was put.
+bool PutChangedTypes(const Files& files, const Reports& reports, TypeFiles::TypeWriter& writer) {
   bool changes = false;
   for (std::size_t i = 0; i < files.size(); ++i) {
     if (reports[i].outcome != TypeOutcome::UNCHANGED) {
@@ -83,8 +75,35 @@ void Install(const Files& files, bool force, Reports& reports) {
       changes = true;
     }
   }
-  WriteShippedObjects(files);
-  if (changes) {
+  return changes;
+}
+
+// The schemas are written, but not committed, before the shipped objects: the schema store is then
+// locked against other installations, so that what was judged still holds, and most of what can go
+// wrong has gone wrong before anything is committed. The store is locked while its objects are
+// judged, so that none is written beside that. A failure between the two commits leaves the old
+// types with new shipped objects; installing again mends that.
+void Install(const Files& files, bool force, Reports& reports) {
+  TypeFiles::TypeWriter writer;
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    JudgeInstallation(files[i], writer.Read(files[i].type.name), force, reports[i]);
+  }
+  bool changes = false;
+  const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
+  RunUnderTransaction(connection, "InstallTypes", [&] {
+    JudgeStoredObjects(files, connection, force, reports);
+    if (AnyInvalid(reports)) {
+      return;
+    }
+    changes = PutChangedTypes(files, reports, writer);
+    for (const TypeFiles::TypeFile& file : files) {
+      ReplaceDefaultRows(IdOf(file.type.name), file.type.version, DivideShippedObjects(file),
+                         connection);
+    }
+  });
+  if (AnyInvalid(reports)) {
+    OnlyChecked(reports);
+  } else if (changes) {
     writer.Commit();
   }
 }

@@ -113,8 +113,4 @@ std::list<std::pair<std::string, std::int32_t>> ConfigStoreImpl::GetInstancesRev
   ThrowNotAvailable("GetInstancesRevision");
 }
 
-std::vector<ErrorInfo> ConfigStoreImpl::Validate(std::shared_ptr<ConfigStoreObject>) {
-  ThrowNotAvailable("Validate");
-}
-
 }  // namespace TarnConfigStore

@@ -4,11 +4,13 @@
 #include "store/config_store_impl.h"
 #include "store/trace.h"
 #include "validation/guards.h"
+#include "validation/object_validation.h"
 
 namespace TarnConfigStore {
 namespace {
 
 constexpr int kRead = 4;
+constexpr int kValidate = 3;
 
 }  // namespace
 
@@ -36,6 +38,17 @@ std::int32_t ConfigStoreImpl::GetRevision(const ConfigStoreObjectId& csoId) {
   const SchemaHandle schema = FindSchema(csoId);
   ValidateCsoId(csoId, schema);
   return GetRevisionInternal(csoId, connection_);
+}
+
+std::vector<ErrorInfo> ConfigStoreImpl::Validate(std::shared_ptr<ConfigStoreObject> object) {
+  std::vector<ErrorInfo> errors;
+  if (IsNull(object, "Validate")) {
+    return errors;
+  }
+  const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
+  LogStoreCall(kValidate, "Validate", csoId, EXTERNAL);
+  ValidateCSO(FindSchema(csoId), object, errors);
+  return errors;
 }
 
 }  // namespace TarnConfigStore

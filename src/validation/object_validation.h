@@ -8,21 +8,55 @@
 #include "validation/guards.h"
 #include "validation/rule_sets.h"
 
+#include <string>
 #include <vector>
 
 namespace TarnConfigStore {
+
+/// The operation on whose behalf an object is validated.
+enum ACTION : int {
+  ACTION_DELETE = 0,
+  ACTION_SET = 1,
+  ACTION_UPDATE = 2,
+  ACTION_RESET = 3,
+};
 
 /// Adds everything that is wrong with an object's data to the list. Answers true when the list is
 /// empty. \param quiet  findings are not logged (as code 1083, priority 0)
 bool ValidateObjectData(const SchemaHandle& schema, const ObjectHandle& object,
                         const RuleSet& rules, std::vector<ErrorInfo>& errors, bool quiet);
 
+/// Checks a value against a schema, be it of a type or made for the occasion, and adds the
+/// findings.
+void ValidateValue(const Json::Value& schema, const Json::Value& value, const RuleSet& rules,
+                   std::vector<ErrorInfo>& errors, bool quiet);
+
 /// Turns a validator's result, an array of {"field", "error"}, into records. Anything else raises
 /// the JSON assertion, 1082.
 void ConvertFindings(const Json::Value& result, std::vector<ErrorInfo>& errors, bool quiet);
 
-/// Removes empty content from the object, then checks it. Raises ValidationException 1089 with
-/// every finding.
-void ValidateSet(const SchemaHandle& schema, const ObjectHandle& object);
+// Each raises ValidationException with the code named, and every finding, when the object does not
+// fit. All but the first two remove empty content from the object first.
+void ValidateCachedConfig(const SchemaHandle& schema, const ObjectHandle& object);   // 1084
+void ValidateVitalConfig(const SchemaHandle& schema, const ObjectHandle& object);    // 1086
+void ValidateUserConfig(const SchemaHandle& schema, const ObjectHandle& object);     // 1087
+void ValidatePartialConfig(const SchemaHandle& schema, const ObjectHandle& object);  // 1088
+void ValidateSet(const SchemaHandle& schema, const ObjectHandle& object);            // 1089
+void ValidateUpdate(const SchemaHandle& schema, const ObjectHandle& object);         // 1090
+
+/// A value of a file that is to be applied, against a schema; raises ValidationException 1091.
+void ValidateApplyFile(const Json::Value& value, const Json::Value& schema);
+
+/// Adds everything that is wrong with an object, its type and its identifier included, without
+/// logging it. The type decides what is checked: as a whole vital or cached configuration, or what
+/// may be set.
+void ValidateCSO(const SchemaHandle& schema, const ObjectHandle& object,
+                 std::vector<ErrorInfo>& errors);
+
+/// Validates an object as user configuration. True when it is valid, or when the action writes no
+/// data (ACTION_DELETE and ACTION_RESET); a type that is not installed is a finding whatever the
+/// action. \param unused  kept for callers that pass it
+bool validateObject(const ObjectHandle& object, ACTION action, std::vector<ErrorInfo>& errors,
+                    const std::string& unused);
 
 }  // namespace TarnConfigStore

@@ -7,8 +7,15 @@ namespace TarnConfigStore {
 
 using RuleSet = std::unordered_set<int>;
 
-/// The rules of ConfigStore::Set, of imports, and of types that are neither vital nor cached as a
-/// whole.
+/// The rules that each validation hands to the validator; what a rule asks for is said in
+/// platform/json_validator.h. Built once, never changed.
+const RuleSet& UpdateRules();
+const RuleSet& VitalRules();
+const RuleSet& CachedRules();
+const RuleSet& ApplyFileRules();
+/// Of ConfigStore::Set, of imports, and of types that are neither vital nor cached as a whole.
 const RuleSet& SetRules();
+const RuleSet& PartialRules();
+const RuleSet& UserRules();
 
 }  // namespace TarnConfigStore

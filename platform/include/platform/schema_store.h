@@ -110,4 +110,12 @@ class SchemaStore {
   virtual ~SchemaStore() = default;
 };
 
+/// Fills a document with the schema of a whole document, {component: {group: {key: object or array
+/// of instances}}}: of the types that the value names and the cache knows. A type whose value is an
+/// array is there as an array of its objects. What is not installed is not declared. Raises
+/// std::runtime_error as SchemaStore::GetSchemaObject does.
+void GenerateSchemaDocument(const Json::Value& value,
+                            const std::shared_ptr<SchemaObjectCache>& cache,
+                            TarnConfigStore::JsonDoc& document);
+
 }  // namespace TarnSchemaStore

@@ -1,0 +1,45 @@
+#include "validation/document_validation.h"
+
+#include "platform/generated_instance_id.h"
+#include "platform/schema_store.h"
+
+#include "errors/raise.h"
+#include "objects/config_store_object_impl.h"
+#include "validation/object_validation.h"
+
+#include <stdexcept>
+
+namespace TarnConfigStore {
+namespace {
+
+bool Validate(JsonDoc& document, const RuleSet& rules, std::vector<ErrorInfo>& errors) {
+  Json::Value& value = *document.GetJsonValuePtr();
+  if (!value.IsObject()) {
+    errors.push_back({"/", "INCORRECT TYPE: expected object."});
+    return false;
+  }
+  JsonDoc schema;
+  try {
+    TarnSchemaStore::GenerateSchemaDocument(value, TarnSchemaStore::SchemaStore::GetCache(),
+                                            schema);
+  } catch (const std::runtime_error& failure) {
+    // The platform knows nothing of the library's exceptions.
+    ThrowFailure(failure.what());
+  }
+  const std::size_t before = errors.size();
+  ValidateValue(*schema.GetJsonValuePtr(), value, rules, errors, false);
+  PopulateGeneratedInstanceId(*schema.GetJsonValuePtr(), value, document.GetAllocator());
+  return errors.size() == before;
+}
+
+}  // namespace
+
+bool ValidateDocument(const ObjectHandle& object, std::vector<ErrorInfo>& errors) {
+  return Validate(*object->GetImplementation()->GetDocument(), UserRules(), errors);
+}
+
+bool ValidateImportDocument(JsonDoc& document, std::vector<ErrorInfo>& errors) {
+  return Validate(document, SetRules(), errors);
+}
+
+}  // namespace TarnConfigStore
