@@ -12,6 +12,7 @@
 
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 namespace tarnctl {
 namespace {
@@ -44,32 +45,31 @@ std::string ReadData(const std::string& path) {
                   TarnConfigStore::CS_JSON_PARSE_FAILED, {{"/", reason}});
 }
 
-/// Data without the instance id gets the one of the object's name; any other is refused.
-void KeepInstanceId(ConfigStoreObject& object, const TypeSchema& schema) {
+/// Data without the instance id gets the one of the object's name; any other is the finding that is
+/// returned.
+Findings KeepInstanceId(ConfigStoreObject& object, const TypeSchema& schema) {
   const std::string& instanceId = object.GetConfigStoreObjectId().instanceId;
   const std::optional<std::string> member = schema.InstanceIdMember();
   if (!member || instanceId.empty()) {
-    return;
+    return {};
   }
   if (!object.CheckKey(member->c_str())) {
     object.SetValue(member->c_str(), instanceId);
-    return;
+    return {};
   }
   const Json data = Json::parse(object.GetData());
-  if (data.at(*member) != instanceId) {
-    throw ToolError(ExitCode::INVALID, "the data is of another instance than " + instanceId,
-                    TarnConfigStore::CS_GENERIC,
-                    {{FormatPointer({*member}),
-                      "expected \"" + instanceId + "\", found " + data.at(*member).dump()}});
+  if (data.at(*member) == instanceId) {
+    return {};
   }
+  return {{FormatPointer({*member}),
+           "expected \"" + instanceId + "\", found " + data.at(*member).dump()}};
 }
 
 std::shared_ptr<ConfigStoreObject> ReadObject(const ConfigStoreObjectId& id,
-                                              const std::string& path, const TypeSchema& schema) {
+                                              const std::string& path) {
   const std::string text = ReadData(path);
   auto object = std::make_shared<ConfigStoreObject>(id);
   object->SetData(text.c_str());
-  KeepInstanceId(*object, schema);
   return object;
 }
 
@@ -80,22 +80,25 @@ std::shared_ptr<ConfigStoreObject> MakeObject(const ConfigStoreObjectId& id,
   Json data = Json::parse(object->GetData());
   AddMembers(data, members, schema);
   object->SetData(data.dump().c_str());
-  KeepInstanceId(*object, schema);
   return object;
 }
 
-// What keeps data from becoming an object of that name is a finding like any other.
 Findings FindFaults(const ConfigStoreObjectId& id, const std::string& path,
                     const TypeSchema& schema) {
   const std::shared_ptr<ConfigStore> store = OpenStore();
+  std::shared_ptr<ConfigStoreObject> object;
   try {
-    return store->Validate(ReadObject(id, path, schema));
+    object = ReadObject(id, path);
   } catch (const ToolError& error) {
     if (error.GetFailure().details.empty()) {
       throw;
     }
-    return error.GetFailure().details;
+    return error.GetFailure().details;  // data that describes no object
   }
+  Findings findings = KeepInstanceId(*object, schema);
+  const Findings misfits = store->Validate(object);
+  findings.insert(findings.end(), misfits.begin(), misfits.end());
+  return findings;
 }
 
 Json Describe(const TarnConfigStore::StoredObject& object) {
@@ -143,8 +146,11 @@ void SetObject(const std::string& object, const std::vector<std::string>& data) 
   const ConfigStoreObjectId id = ParseObject(object);
   const bool fromFile = data.size() == 1 && data.front().find('=') == std::string::npos;
   const TypeSchema schema(id);
-  const auto changed =
-      fromFile ? ReadObject(id, data.front(), schema) : MakeObject(id, data, schema);
+  const auto changed = fromFile ? ReadObject(id, data.front()) : MakeObject(id, data, schema);
+  if (Findings findings = KeepInstanceId(*changed, schema); !findings.empty()) {
+    throw ToolError(ExitCode::INVALID, "the data is of another instance than " + id.instanceId,
+                    TarnConfigStore::CS_GENERIC, std::move(findings));
+  }
 
   const std::shared_ptr<ConfigStore> store = OpenStore();
   const std::int32_t revision = store->GetRevision(id);
