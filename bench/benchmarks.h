@@ -14,4 +14,7 @@ void RegisterInstances(Roads& roads);
 void RegisterFreshProcess(const std::string& root);
 void RegisterHeldMemory(const std::string& root);
 
+// Needs no store.
+void RegisterValidation();
+
 }  // namespace Benchmarks

@@ -1,5 +1,5 @@
-// What has to hold whatever the machine is doing: nothing is opened or prepared twice, and both
-// roads sync as often.
+// What has to hold whatever the machine is doing: nothing is opened, prepared or compiled
+// twice, and both roads sync as often.
 #pragma once
 
 #include "roads.h"

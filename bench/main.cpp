@@ -42,6 +42,7 @@ int RunAll() {
   RegisterInstances(roads);
   RegisterFreshProcess(host.Root());
   RegisterHeldMemory(host.Root());
+  RegisterValidation();
   ComparisonTable table;
   benchmark::RunSpecifiedBenchmarks(&table);
   return holds && !table.HasFailures() ? 0 : 1;

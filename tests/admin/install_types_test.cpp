@@ -1,3 +1,4 @@
+#include "tarnconfigstore/config_store.h"
 #include "tarnconfigstore/diagnostics.h"
 #include "tarnconfigstore/type_administration.h"
 
@@ -205,6 +206,50 @@ TEST(InstallTypes, ChecksNeedNoStoreAndInstallationsDo) {
   EXPECT_THAT(Raised([&] { folder.Install(); }),
               StartsWith("CSE 2000 The schema store cannot be opened"));
   EXPECT_EQ(GetLastStoreError().kind, StoreErrorKind::MISSING);
+}
+
+TEST(TypeUpgrades, NameTheStoredObjectsThatWouldNoLongerFit) {
+  const TemporaryHost host;
+  const TypeFolder folder(host);
+  const auto schema = [](const char* limit) {
+    return R"({"type":"object","properties":{"id":{"type":"string","instanceId":true},
+      "mtu":{"type":"integer","maximum":)" +
+           std::string(limit) + R"(},"old":{"type":"string"}}})";
+  };
+  folder.Write("a.json", TypeFile("link", "1", schema("9000")));
+  folder.Install();
+  auto store = ConfigStore::GetStore("");
+  for (const char* id : {"a", "b"}) {
+    auto object =
+        std::make_shared<ConfigStoreObject>(ConfigStoreObjectId("link", "test", "tarn", id));
+    object->SetValue("mtu", id[0] == 'a' ? 1500 : 9000);
+    store->Set(object, EXTERNAL);
+  }
+  const auto install = [&](bool checkOnly, bool force) {
+    InstallOptions options;
+    options.checkOnly = checkOnly;
+    options.force = force;
+    const TypeReport report = InstallTypes({folder.Path()}, options).at(0);
+    std::string text = report.outcome == TypeOutcome::INVALID    ? "invalid"
+                       : report.outcome == TypeOutcome::UPGRADED ? "upgraded"
+                                                                 : "valid";
+    for (const ErrorInfo& misfit : report.misfits) {
+      text += " | " + misfit.field + ": " + misfit.error;
+    }
+    return text;
+  };
+  folder.Write("a.json", TypeFile("link", "2", schema("1500")));
+  const std::string misfit =
+      " | tarn/test/link/b#/mtu: 1500 is the largest value allowed, found 9000";
+  EXPECT_EQ(install(true, false), "invalid" + misfit);
+  EXPECT_EQ(install(false, false), "invalid" + misfit);
+  EXPECT_EQ(ListTypes().at(0).version, "1") << "refused";
+  EXPECT_EQ(install(true, true), "valid" + misfit);
+  EXPECT_EQ(install(false, true), "upgraded" + misfit);
+  EXPECT_EQ(ListTypes().at(0).version, "2");
+  folder.Write("a.json", TypeFile("link", "3", R"({"type":"object","properties":{"mtu":{}}})"));
+  EXPECT_THAT(install(true, false),
+              HasSubstr("tarn/test/link/a#/: The object cannot have an instance id"));
 }
 
 }  // namespace

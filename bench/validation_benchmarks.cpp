@@ -1,0 +1,126 @@
+#include "platform/json_validator.h"
+
+#include "benchmarks.h"
+#include "comparison.h"
+#include "rapidjson_validator.h"
+#include "samples.h"
+#include "validation/rule_sets.h"
+#include "valijson_validator.h"
+
+#include <memory>
+#include <stdexcept>
+
+namespace Benchmarks {
+namespace {
+
+// Each is refused by all three, for a reason of its own.
+struct Fault {
+  const char* member;
+  const char* value;
+};
+constexpr Fault kFaults[] = {{"description", "7"},    {"port", "70000"},     {"priority", "-1"},
+                             {"enabled", R"("yes")"}, {"weight", "1.5"},     {"mode", R"("off")"},
+                             {"servers", "[7]"},      {"undeclared", "true"}};
+
+Json::Document Parsed(std::string_view text) {
+  Json::Document document;
+  if (const Json::ParseResult parsed = Json::Parse(text, document); !parsed) {
+    throw std::runtime_error("a sample that is no JSON: " + parsed.message);
+  }
+  return document;
+}
+
+Json::Document SchemaOf(const std::string& typeFile) {
+  Json::Document file = Parsed(typeFile);
+  Json::Document schema;
+  schema.CopyFrom(file["schema"], schema.GetAllocator());
+  return schema;
+}
+
+// The others need telling what our rules say by themselves.
+Json::Document Closed(const Json::Value& open) {
+  Json::Document schema;
+  schema.CopyFrom(open, schema.GetAllocator());
+  schema.AddMember("additionalProperties", false, schema.GetAllocator());
+  return schema;
+}
+
+Json::Document With(const Json::Value& object, const Fault& fault) {
+  Json::Document changed;
+  changed.CopyFrom(object, changed.GetAllocator());
+  changed.RemoveMember(fault.member);
+  Json::Value value;
+  value.CopyFrom(Parsed(fault.value), changed.GetAllocator());
+  changed.AddMember(Json::Reference(fault.member), value, changed.GetAllocator());
+  return changed;
+}
+
+// One object and three validators made ready for it.
+class Contest {
+ public:
+  Contest()
+      : schema_(SchemaOf(TypeFile("validated", TypeKind::USER))),
+        closed_(Closed(schema_)),
+        object_(Parsed(ObjectText(1))),
+        registration_(schema_),
+        rapidJson_(closed_),
+        valijson_(closed_) {
+    CheckSameVerdicts(object_, true);
+    for (const Fault& fault : kFaults) {
+      CheckSameVerdicts(With(object_, fault), false);
+    }
+  }
+
+  bool Library() const { return LibraryAccepts(object_); }
+  bool RapidJson() { return rapidJson_.Accepts(object_); }
+  bool Valijson() { return valijson_.Accepts(object_); }
+
+ private:
+  bool LibraryAccepts(const Json::Value& value) const {
+    static const std::string noContext;
+    Json::Document findings;
+    JsonValidator::Validate(schema_, value, findings, TarnConfigStore::SetRules(), noContext);
+    return findings.Empty();
+  }
+
+  void CheckSameVerdicts(const Json::Value& value, bool good) {
+    if (LibraryAccepts(value) != good || rapidJson_.Accepts(value) != good ||
+        valijson_.Accepts(value) != good) {
+      std::string text;
+      Json::Serialize(value, text);
+      throw std::runtime_error("validators that differ, or all err, on " + text);
+    }
+  }
+
+  Json::Document schema_;
+  Json::Document closed_;
+  Json::Document object_;
+  JsonValidator::Registration registration_;
+  RapidJsonValidator rapidJson_;
+  ValijsonValidator valijson_;
+};
+
+}  // namespace
+
+void RegisterValidation() {
+  const auto contest = std::make_shared<Contest>();
+  const Body library = [contest](benchmark::State& state) {
+    Measure(state, [&] { return contest->Library(); });
+  };
+  Compare(
+      {.name = "validate/against-rapidjson",
+       .does = "a parsed object of 400 bytes against ten members; RapidJSON's validator, compiled "
+               "once, stops at the first fault and checks no formats",
+       .targetRatio = 1.5},
+      library,
+      [contest](benchmark::State& state) { Measure(state, [&] { return contest->RapidJson(); }); });
+  Compare({.name = "validate/against-valijson",
+           .does = "the same; valijson's validator, its schema parsed once, collects faults and "
+                   "checks no formats but dates and times",
+           .targetRatio = 0.33},
+          library, [contest](benchmark::State& state) {
+            Measure(state, [&] { return contest->Valijson(); });
+          });
+}
+
+}  // namespace Benchmarks
