@@ -63,13 +63,13 @@ values=test/tool/values
 
 # --- the command line itself
 expect 0 "=tarnctl1.0.0" "" --version
-for verb in "" init get set list revision kv "kv get" "kv set" schema \
+for verb in "" init get set validate list revision kv "kv get" "kv set" schema \
   "schema install" "schema check" "schema list" "schema show" "schema remove"; do
   # shellcheck disable=SC2086
   expect 0 "Usage: tarnctl $verb" "" $verb --help
 done
 for usage in "" "get" "nonsense" "get a/b" "get a//c" "get a/b/c/" "get a/b/c d..e" "list /" "schema" "kv get" \
-  "schema show a/b/c/d" "schema install" "set a/b/c" "revision" "--log 9 list" "list --nonsense" "update a/b/c"; do
+  "schema show a/b/c/d" "schema install" "set a/b/c" "revision" "--log 9 list" "list --nonsense" "update a/b/c" "validate a/b/c"; do
   # shellcheck disable=SC2086
   expect 2 "" "?" $usage
 done
@@ -81,7 +81,7 @@ expect 2 "" '={"code":2000,"message":"\"a/b\" is not of the form COMPONENT/GROUP
 without_store() {
   local before
   before=$(tree)
-  for verb in "get $resolver" "set $resolver servers=[]" "list" "revision $resolver" "kv get K" "kv set K V" \
+  for verb in "get $resolver" "set $resolver servers=[]" "validate $resolver -" "list" "revision $resolver" "kv get K" "kv set K V" \
     "schema list" "schema show $resolver" "schema install $types" "schema remove $resolver"; do
     # shellcheck disable=SC2086
     expect 1 "" "tarnctl init" $verb
@@ -113,9 +113,11 @@ expect 4 "" "older.json#/version" schema install "$work/older.json"
 expect 0 '"downgraded"' "" schema install --force "$work/older.json"
 expect 0 '"upgraded"' "" schema install "$here/types/values.json"
 sed 's/"integer"/"integral"/' "$types/network-resolver.json" >"$work/bad.json"
-expect 4 "" "bad.json#/schema/properties/timeout" schema check "$work/bad.json"
+bad=$work/bad.json#/schema/properties/timeout
+expect 4 "$bad" "=tarnctl: 1 finding" schema check "$work/bad.json" "$types/power-policy.json"
+expect 4 "[{\"field\":\"$bad" "" --json schema check "$work/bad.json"
 expect 4 "" "1 of 2 type files cannot be taken; nothing was installed" schema install "$work/bad.json" "$types/power-policy.json"
-expect 4 "" '"details":[{"field":' --json schema check "$work/bad.json"
+expect 4 "" "\"details\":[{\"field\":\"$bad" --json schema install "$work/bad.json"
 expect 1 "" "absent.json" schema install "$work/absent.json"
 
 # --- objects
@@ -160,6 +162,52 @@ expect 1 "" "cannot read $work/absent: No such file" set $resolver "$work/absent
 expect 1 "" '"code":1081' --json set $resolver "$work"
 expect 1 "" "standard input" set $resolver - <&-
 expect 0 "=$((first + 2))" "" revision $resolver
+
+# --- everything that is wrong, without writing
+# pointers: the places that the JSON findings of the last call name
+pointers() { sed -n 's/.*"field": "\([^"]*\)".*/\1/p' "$work/out" | sort | tr '\n' ' '; }
+expect 0 "" "" set $values flag=true
+before=$(sqlite3 "$stores/current-store-1" .dump)
+while IFS='|' read -r object data places; do
+  printf '%s' "$data" >"$work/judged"
+  count=$(wc -w <<<"$places")
+  code=4 told="=tarnctl: $count finding$([ "$count" = 1 ] || echo s)"
+  [ "$count" -gt 0 ] || code=0 told=
+  expect $code "?" "" --json validate "$object" "$work/judged"
+  [ "$(pointers)" = "${places:+$places }" ] || fail "the findings on $data are not at $places"
+  findings=$(cat "$work/out")
+  expect $code "$([ $code = 0 ] || echo "${places##* }:")" "$told" validate "$object" - <"$work/judged"
+  [ "$(wc -l <"$work/out")" = "$count" ] || fail "there is not one line for each finding on $data"
+  if [ "$count" -ge 5 ]; then
+    expect 4 "" "\"details\":$findings}" --json set "$object" "$work/judged"
+    matches "$work/err" '{"code":1089,' || fail "set refuses with another code than 1089"
+  fi
+done <<T
+$values|{"text":"x","word":"never"}|
+$values|{"text":5,"whole":101,"list":[1,"x"],"map":{"on":1},"level":"3"}|/level /list/1 /map/on /text /whole
+$resolver|{"servers":["10.0.0.1"],|/
+$resolver|{"timeout":5}|/
+$switch|{"ports":32}|
+$switch|{"name":"other","ports":1}|/name /ports
+$resolver/x|{"servers":["10.0.0.1"]}|/
+tarn/network/switches|{"ports":32}|/
+T
+[ "$(sqlite3 "$stores/current-store-1" .dump)" = "$before" ] || fail "refused data or validation changed the store"
+expect 3 "" "tarn" validate tarn/no/type "$work/judged"
+expect 1 "" "No such file" validate $resolver "$work/absent"
+
+# a narrower type names the stored objects that it no longer allows, and takes their place only by force
+sed 's/"1.0"/"1.1"/; s/"maximum": 60/"maximum": 6/' "$types/network-resolver.json" >"$work/narrow.json"
+expect 0 "" "" set $resolver 'servers=["10.0.0.2"]' timeout=9
+for check in --check ""; do
+  # shellcheck disable=SC2086
+  expect 4 "" "stored objects no longer fit: --force installs all the same$resolver#/timeout:" schema install $check "$work/narrow.json"
+done
+expect 4 "" "\"field\":\"$resolver#/timeout\"" --json schema install "$work/narrow.json"
+expect 0 '"version":"1.0"' "" schema show $resolver
+expect 0 '"outcome":"upgraded"' "$resolver#/timeout:" schema install --force "$work/narrow.json"
+expect 0 '"version":"1.1"' "" schema show $resolver
+expect 0 '"outcome":"downgraded"' "" schema install --force "$types/network-resolver.json"
 
 # instances
 expect 0 "" "" set $switch ports=64 'portGroups=[{"name":"Guests","vlan":7}]'

@@ -63,9 +63,12 @@ void AddTypeVerbs(CLI::App& app, Arguments& a) {
               [&a](const Output& output) { InstallTypes(a.list, a.checkOnly, a.force, output); });
   install->add_option("PATH", a.list, "Type files, or directories of them")->required();
   install->add_flag("--check", a.checkOnly, "Check everything, install nothing");
-  install->add_flag("--force", a.force, "Allow a version older than the installed one");
-  CLI::App* check = AddVerb(*family, a, "check", "Check type files without a store",
-                            [&a](const Output& output) { CheckTypes(a.list, output); });
+  install->add_flag(
+      "--force", a.force,
+      "Allow an older version than the installed one, and stored objects that no longer fit");
+  CLI::App* check =
+      AddVerb(*family, a, "check", "Check type files without a store, and list all that is wrong",
+              [&a](const Output& output) { CheckTypes(a.list, output); });
   check->add_option("PATH", a.list, "Type files, or directories of them")->required();
   AddVerb(*family, a, "list", "List the installed types", ListTypes);
   CLI::App* show = AddVerb(*family, a, "show", "Print the type file of a type",
@@ -89,6 +92,11 @@ void AddObjectVerbs(CLI::App& app, Arguments& a) {
                   "A file of JSON, - for standard input, or MEMBER=VALUE ...: each value takes the "
                   "type that the schema gives the member, arrays and objects are JSON text")
       ->required();
+  CLI::App* validate =
+      AddVerb(app, a, "validate", "List all that is wrong with an object; write nothing",
+              [&a](const Output& output) { ValidateObject(a.name, a.detail, output); });
+  validate->add_option("OBJECT", a.name)->required();
+  validate->add_option("FILE", a.detail, "A file of JSON, or - for standard input")->required();
   CLI::App* list = AddVerb(app, a, "list", "List the stored objects",
                            [&a](const Output& output) { ListObjects(a.name, output); });
   list->add_option("PREFIX", a.name, "COMPONENT[/GROUP[/KEY[/INSTANCE]]]");

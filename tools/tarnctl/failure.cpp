@@ -2,6 +2,7 @@
 
 #include "tarnconfigstore/diagnostics.h"
 
+#include "findings.h"
 #include "json_text.h"
 
 #include <cstdio>
@@ -79,20 +80,20 @@ Failure DescribeCurrentException() {
 }
 
 void Report(const Failure& failure, bool asJson) {
+  if (failure.isTold) {
+    return;
+  }
   std::string text;
   if (asJson) {
-    Json details = Json::array();
-    for (const auto& finding : failure.details) {
-      details.push_back({{"field", finding.field}, {"error", finding.error}});
-    }
-    const Json report = {
-        {"code", failure.code}, {"message", failure.message}, {"details", std::move(details)}};
+    const Json report = {{"code", failure.code},
+                         {"message", failure.message},
+                         {"details", ListFindings(failure.details)}};
     // Messages may quote arguments, which are bytes of any kind.
     text = report.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
   } else {
     text = "tarnctl: " + failure.message + "\n";
     for (const auto& finding : failure.details) {
-      text += "  " + finding.field + ": " + finding.error + "\n";
+      text += "  " + FormatFinding(finding) + "\n";
     }
   }
   std::fputs(text.c_str(), stderr);

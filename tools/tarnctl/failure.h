@@ -31,6 +31,7 @@ struct Failure {
   int code = TarnConfigStore::CS_GENERIC;
   std::string message;
   Findings details;
+  bool isTold = false;  // by what stands on standard output: nothing more is to be reported
 };
 
 /// A failure that the tool itself finds.
@@ -39,6 +40,7 @@ class ToolError : public std::exception {
   ToolError(ExitCode exitCode, std::string message, int code = TarnConfigStore::CS_GENERIC,
             Findings details = {})
       : failure_{exitCode, code, std::move(message), std::move(details)} {}
+  explicit ToolError(Failure failure) : failure_(std::move(failure)) {}
 
   const char* what() const noexcept override { return failure_.message.c_str(); }
   const Failure& GetFailure() const { return failure_; }
@@ -51,7 +53,7 @@ class ToolError : public std::exception {
 /// last store error having been cleared before the operation.
 Failure DescribeCurrentException();
 
-/// Writes a failure to standard error: one JSON object, or lines for people.
+/// Writes a failure that is not told yet to standard error: one JSON object, or lines for people.
 void Report(const Failure& failure, bool asJson);
 
 }  // namespace tarnctl

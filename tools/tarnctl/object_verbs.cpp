@@ -4,6 +4,7 @@
 #include "tarnconfigstore/listing.h"
 
 #include "failure.h"
+#include "findings.h"
 #include "input.h"
 #include "member_value.h"
 #include "object_name.h"
@@ -11,6 +12,7 @@
 
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 namespace tarnctl {
 namespace {
@@ -43,24 +45,60 @@ std::string ReadData(const std::string& path) {
                   TarnConfigStore::CS_JSON_PARSE_FAILED, {{"/", reason}});
 }
 
-/// Data without the instance id gets the one of the object's name; any other is refused.
-void KeepInstanceId(ConfigStoreObject& object, const TypeSchema& schema) {
+/// Data without the instance id gets the one of the object's name; any other is the finding that is
+/// returned.
+Findings KeepInstanceId(ConfigStoreObject& object, const TypeSchema& schema) {
   const std::string& instanceId = object.GetConfigStoreObjectId().instanceId;
   const std::optional<std::string> member = schema.InstanceIdMember();
   if (!member || instanceId.empty()) {
-    return;
+    return {};
   }
   if (!object.CheckKey(member->c_str())) {
     object.SetValue(member->c_str(), instanceId);
-    return;
+    return {};
   }
   const Json data = Json::parse(object.GetData());
-  if (data.at(*member) != instanceId) {
-    throw ToolError(ExitCode::INVALID, "the data is of another instance than " + instanceId,
-                    TarnConfigStore::CS_GENERIC,
-                    {{FormatPointer({*member}),
-                      "expected \"" + instanceId + "\", found " + data.at(*member).dump()}});
+  if (data.at(*member) == instanceId) {
+    return {};
   }
+  return {{FormatPointer({*member}),
+           "expected \"" + instanceId + "\", found " + data.at(*member).dump()}};
+}
+
+std::shared_ptr<ConfigStoreObject> ReadObject(const ConfigStoreObjectId& id,
+                                              const std::string& path) {
+  const std::string text = ReadData(path);
+  auto object = std::make_shared<ConfigStoreObject>(id);
+  object->SetData(text.c_str());
+  return object;
+}
+
+std::shared_ptr<ConfigStoreObject> MakeObject(const ConfigStoreObjectId& id,
+                                              const std::vector<std::string>& members,
+                                              const TypeSchema& schema) {
+  auto object = std::make_shared<ConfigStoreObject>(id);
+  Json data = Json::parse(object->GetData());
+  AddMembers(data, members, schema);
+  object->SetData(data.dump().c_str());
+  return object;
+}
+
+Findings FindFaults(const ConfigStoreObjectId& id, const std::string& path,
+                    const TypeSchema& schema) {
+  const std::shared_ptr<ConfigStore> store = OpenStore();
+  std::shared_ptr<ConfigStoreObject> object;
+  try {
+    object = ReadObject(id, path);
+  } catch (const ToolError& error) {
+    if (error.GetFailure().details.empty()) {
+      throw;
+    }
+    return error.GetFailure().details;  // data that describes no object
+  }
+  Findings findings = KeepInstanceId(*object, schema);
+  const Findings misfits = store->Validate(object);
+  findings.insert(findings.end(), misfits.begin(), misfits.end());
+  return findings;
 }
 
 Json Describe(const TarnConfigStore::StoredObject& object) {
@@ -107,18 +145,12 @@ void GetObject(const std::string& object, const std::string& member, const Outpu
 void SetObject(const std::string& object, const std::vector<std::string>& data) {
   const ConfigStoreObjectId id = ParseObject(object);
   const bool fromFile = data.size() == 1 && data.front().find('=') == std::string::npos;
-  const std::string text = fromFile ? ReadData(data.front()) : std::string();
-
   const TypeSchema schema(id);
-  const auto changed = std::make_shared<ConfigStoreObject>(id);
-  if (fromFile) {
-    changed->SetData(text.c_str());
-  } else {
-    Json members = Json::parse(changed->GetData());
-    AddMembers(members, data, schema);
-    changed->SetData(members.dump().c_str());
+  const auto changed = fromFile ? ReadObject(id, data.front()) : MakeObject(id, data, schema);
+  if (Findings findings = KeepInstanceId(*changed, schema); !findings.empty()) {
+    throw ToolError(ExitCode::INVALID, "the data is of another instance than " + id.instanceId,
+                    TarnConfigStore::CS_GENERIC, std::move(findings));
   }
-  KeepInstanceId(*changed, schema);
 
   const std::shared_ptr<ConfigStore> store = OpenStore();
   const std::int32_t revision = store->GetRevision(id);
@@ -127,6 +159,12 @@ void SetObject(const std::string& object, const std::vector<std::string>& data) 
     throw ToolError(ExitCode::INVALID,
                     "nothing was written: without its empty members the object holds no data");
   }
+}
+
+void ValidateObject(const std::string& object, const std::string& path, const Output& output) {
+  const ConfigStoreObjectId id = ParseObject(object);
+  const TypeSchema schema(id);
+  PrintFindings(FindFaults(id, path, schema), output);
 }
 
 void ListObjects(const std::string& prefix, const Output& output) {

@@ -15,6 +15,10 @@ void GetObject(const std::string& object, const std::string& member, const Outpu
 /// Replaces an object by what one file ("-" for standard input) or MEMBER=VALUE arguments give.
 void SetObject(const std::string& object, const std::vector<std::string>& data);
 
+/// Prints everything that is wrong with the object that a file ("-" for standard input) holds, and
+/// writes nothing to the store. ToolError INVALID when anything is.
+void ValidateObject(const std::string& object, const std::string& path, const Output& output);
+
 /// Prints what is stored under a prefix; an empty one for everything.
 void ListObjects(const std::string& prefix, const Output& output);
 

@@ -21,6 +21,10 @@ void Output::Print(const Json& value) const {
   PrintText(value.dump(2) + "\n");
 }
 
+void Output::PrintLenient(const Json& value) const {
+  PrintText(value.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+}
+
 void Output::PrintMember(const Json& value) const {
   if (value.is_string() && !asJson_) {
     PrintText(value.get_ref<const std::string&>() + "\n");

@@ -12,8 +12,13 @@ class Output {
  public:
   explicit Output(bool asJson) : asJson_(asJson) {}
 
+  bool AsJson() const { return asJson_; }
+
   /// JSON, indented by two blanks.
   void Print(const Json& value) const;
+  /// The same for text that may be bytes of any kind, as file names are: what is no UTF-8 is
+  /// replaced.
+  void PrintLenient(const Json& value) const;
   /// A scalar bare, texts without quotes, unless JSON was asked for; anything else as Print does.
   void PrintMember(const Json& value) const;
   /// Lines as they stand.

@@ -6,9 +6,10 @@
 #include "tarnconfigstore/type_administration.h"
 
 #include "failure.h"
+#include "findings.h"
 #include "object_name.h"
 
-#include <cstddef>
+#include <algorithm>
 #include <sstream>
 
 namespace tarnctl {
@@ -36,24 +37,47 @@ const char* Name(TypeOutcome outcome) {
   return "invalid";
 }
 
-void RefuseInvalid(const std::vector<TypeReport>& reports, const char* consequence) {
-  Findings findings;
-  std::size_t invalid = 0;
+Findings ListErrors(const std::vector<TypeReport>& reports) {
+  Findings errors;
   for (const TypeReport& report : reports) {
-    if (report.outcome != TypeOutcome::INVALID) {
-      continue;
-    }
-    ++invalid;
     for (const auto& error : report.errors) {
-      findings.push_back({report.path + "#" + error.field, error.error});
+      errors.push_back({report.path + "#" + error.field, error.error});
     }
   }
-  if (invalid != 0) {
-    throw ToolError(ExitCode::INVALID,
-                    std::to_string(invalid) + " of " + std::to_string(reports.size()) +
-                        " type files cannot be taken" + consequence,
-                    TarnConfigStore::CS_GENERIC, std::move(findings));
+  return errors;
+}
+
+Findings ListMisfits(const std::vector<TypeReport>& reports) {
+  Findings misfits;
+  for (const TypeReport& report : reports) {
+    misfits.insert(misfits.end(), report.misfits.begin(), report.misfits.end());
   }
+  return misfits;
+}
+
+constexpr const char* kMisfits = "stored objects no longer fit";
+
+void RefuseInvalid(const std::vector<TypeReport>& reports, bool checkOnly) {
+  const auto invalid = std::count_if(reports.begin(), reports.end(), [](const TypeReport& report) {
+    return report.outcome == TypeOutcome::INVALID;
+  });
+  if (invalid == 0) {
+    return;
+  }
+  Findings findings = ListErrors(reports);
+  const Findings misfits = ListMisfits(reports);
+  std::string message = std::to_string(invalid) + " of " + std::to_string(reports.size()) +
+                        " type files cannot be taken";
+  if (!checkOnly) {
+    message += "; nothing was installed";
+  }
+  if (!misfits.empty()) {
+    message.append("; ").append(kMisfits);
+    message += findings.empty() ? ": --force installs all the same" : "";
+  }
+  findings.insert(findings.end(), misfits.begin(), misfits.end());
+  throw ToolError(ExitCode::INVALID, std::move(message), TarnConfigStore::CS_GENERIC,
+                  std::move(findings));
 }
 
 void Print(const std::vector<TypeReport>& reports, const Output& output) {
@@ -96,7 +120,10 @@ void InstallTypes(const std::vector<std::string>& paths, bool checkOnly, bool fo
   options.checkOnly = checkOnly;
   options.force = force;
   const auto reports = TarnConfigStore::InstallTypes(paths, options);
-  RefuseInvalid(reports, checkOnly ? "" : "; nothing was installed");
+  RefuseInvalid(reports, checkOnly);
+  if (const Findings misfits = ListMisfits(reports); !misfits.empty()) {
+    Report({ExitCode::DONE, TarnConfigStore::CS_GENERIC, kMisfits, misfits}, output.AsJson());
+  }
   Print(reports, output);
 }
 
@@ -105,8 +132,12 @@ void CheckTypes(const std::vector<std::string>& paths, const Output& output) {
     RequireStore();
   }
   const auto reports = TarnConfigStore::CheckTypes(paths);
-  RefuseInvalid(reports, "");
-  Print(reports, output);
+  const Findings errors = ListErrors(reports);
+  if (errors.empty()) {
+    Print(reports, output);
+  } else {
+    PrintFindings(errors, output);
+  }
 }
 
 void ListTypes(const Output& output) {

@@ -10,11 +10,12 @@ namespace tarnctl {
 
 /// Installs the types of files and of directories of them, or only checks whether they could be
 /// installed, and prints what became of each. ToolError INVALID, with every finding, when one of
-/// them is bad: nothing is installed then.
+/// them is bad or, unless that is forced, stored objects no longer fit: nothing is installed then.
 void InstallTypes(const std::vector<std::string>& paths, bool checkOnly, bool force,
                   const Output& output);
 
-/// The same check without a store.
+/// The same check without a store. What is wrong is the data of this verb: it prints the findings,
+/// and raises ToolError INVALID when there are any.
 void CheckTypes(const std::vector<std::string>& paths, const Output& output);
 
 void ListTypes(const Output& output);
