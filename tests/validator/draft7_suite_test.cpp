@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <map>
 #include <set>
 #include <sstream>
@@ -41,26 +42,39 @@ bool IsRight(const Json::Value& schema, const Json::Value& value, bool expected)
   return usable && result.Empty() == expected;
 }
 
-/// Puts the suite's other documents into a schema that refers to them, under the names they go by.
-void TakeInRemotes(Json::Value& schema, Json::Allocator& allocator) {
-  constexpr std::string_view kHost = "http://localhost:1234/";
-  std::string text;
-  if (!schema.IsObject() || !Json::Serialize(schema, text) ||
-      text.find(kHost) == std::string::npos) {
-    return;
-  }
+/// Puts another document into a schema, under the name that the schema refers to it by.
+void TakeIn(const std::string& name, const std::filesystem::path& file, Json::Value& schema,
+            Json::Allocator& allocator) {
+  Json::Document document;
+  ASSERT_TRUE(Json::Parse(ReadFile(file), document)) << file;
   if (!schema.HasMember("definitions")) {
     schema.AddMember("definitions", Json::Value(rapidjson::kObjectType), allocator);
   }
+  Json::Value copy(document, allocator);
+  copy.RemoveMember("$id");
+  copy.AddMember("$id", Json::Copy(name, allocator), allocator);
+  schema["definitions"].AddMember(Json::Copy(name, allocator), copy, allocator);
+}
+
+/// Answers references to the meta-schema and to the suite's remote files from local copies.
+void TakeInRemotes(Json::Value& schema, Json::Allocator& allocator) {
+  const std::string host = "http://localhost:1234/";
+  const std::string metaSchema = "http://json-schema.org/draft-07/schema#";
+  std::string text;
+  if (!schema.IsObject() || !Json::Serialize(schema, text)) {
+    return;
+  }
+  if (text.find("\"$ref\":\"" + metaSchema) != std::string::npos) {
+    TakeIn(metaSchema, DRAFT7_META_SCHEMA, schema, allocator);
+  }
+  if (text.find(host) == std::string::npos) {
+    return;
+  }
   const std::filesystem::path remotes(DRAFT7_REMOTES);
   for (const auto& file : std::filesystem::recursive_directory_iterator(remotes)) {
-    Json::Document remote;
-    if (file.is_regular_file() && Json::Parse(ReadFile(file.path()), remote)) {
-      const std::string name =
-          std::string(kHost) + file.path().lexically_relative(remotes).string();
-      Json::Value copy(remote, allocator);
-      copy.AddMember("$id", Json::Copy(name, allocator), allocator);
-      schema["definitions"].AddMember(Json::Copy(name, allocator), copy, allocator);
+    if (file.path().extension() == ".json") {
+      TakeIn(host + file.path().lexically_relative(remotes).string(), file.path(), schema,
+             allocator);
     }
   }
 }
@@ -91,8 +105,12 @@ std::map<std::string, bool> RunSuite() {
 TEST(Draft7Suite, FailsInNothingButTheListedCases) {
   const std::map<std::string, bool> results = RunSuite();
   std::set<std::string> exceptions = ReadExceptions();
-  EXPECT_GT(results.size(), 400U);
+  std::size_t mandatory = 0;
+  std::size_t held = 0;
   for (const auto& [name, right] : results) {
+    const bool optional = name.rfind("optional/", 0) == 0;
+    mandatory += optional ? 0 : 1;
+    held += !optional && right ? 1 : 0;
     const bool listed = exceptions.erase(name) > 0;
     EXPECT_TRUE(right || listed) << "fails: " << name;
     EXPECT_FALSE(right && listed) << "holds, take it off the list: " << name;
@@ -100,6 +118,8 @@ TEST(Draft7Suite, FailsInNothingButTheListedCases) {
   for (const std::string& name : exceptions) {
     ADD_FAILURE() << "no such case: " << name;
   }
+  std::cout << held << " of " << mandatory << " mandatory cases hold\n";
+  EXPECT_GT(held, 402U);
 }
 
 }  // namespace
