@@ -15,8 +15,7 @@ std::shared_ptr<JsonDoc> CreateDocument() {
   return std::make_shared<JsonDoc>();
 }
 
-std::shared_ptr<JsonDoc> CreateDocumentFromString(std::string_view text,
-                                                  Json::Origin origin) {
+std::shared_ptr<JsonDoc> CreateDocumentFromString(std::string_view text, Json::Origin origin) {
   auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text.size()));
   if (const Json::ParseResult result = document->Parse(text, origin); !result) {
     CSLogger::Log(0, "Not valid JSON at byte %zu: %s", result.offset, result.message.c_str());

@@ -14,8 +14,8 @@ std::shared_ptr<JsonDoc> CreateDocument();
 
 /// Parses a text. Raises InvalidArgumentException 1080, after logging what was wrong and at which
 /// byte, when it is not JSON; see Json::Parse for what that means.
-std::shared_ptr<JsonDoc> CreateDocumentFromString(
-    std::string_view text, Json::Origin origin = Json::Origin::STORED);
+std::shared_ptr<JsonDoc> CreateDocumentFromString(std::string_view text,
+                                                  Json::Origin origin = Json::Origin::STORED);
 
 /// Parses a file. Raises InvalidArgumentException 1081 with the path, after logging what was wrong,
 /// when it cannot be read or is not JSON.

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace TarnSchemaStore {
@@ -67,7 +68,9 @@ struct TypeName {
   std::string key;
 
   friend bool operator==(const TypeName&, const TypeName&) = default;
-  friend auto operator<=>(const TypeName&, const TypeName&) = default;
+  friend bool operator<(const TypeName& a, const TypeName& b) {
+    return std::tie(a.component, a.group, a.key) < std::tie(b.component, b.group, b.key);
+  }
 };
 
 /// All types, each read and compiled on its first use and kept.

@@ -66,6 +66,7 @@ std::string FormatList(const char* format, va_list arguments) {
   va_copy(again, arguments);
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
+  // The caller has started the list. NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
   const int length = std::vsnprintf(nullptr, 0, format, arguments);
   std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
   if (length > 0) {
