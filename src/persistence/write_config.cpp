@@ -26,7 +26,10 @@ ColumnMapEntry DivideForWriting(const ConfigStoreObject& object,
                                 const TarnSchemaStore::SchemaObject& schema,
                                 const USERDATA_CONTEXT& context) {
   ConfigStoreObjectImpl& data = *object.GetImplementation();
-  PopulateGeneratedInstanceId(schema.GetSchemaDocument(), data.GetRoot(), data.GetAllocator());
+  // A type whose arrays get generated ids has them in its id map.
+  if (schema.GetIdMap()) {
+    PopulateGeneratedInstanceId(schema.GetSchemaDocument(), data.GetRoot(), data.GetAllocator());
+  }
   return DivideObject(object, schema, context);
 }
 

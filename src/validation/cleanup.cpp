@@ -5,6 +5,7 @@
 #include "objects/config_store_object_impl.h"
 #include "objects/schema_node.h"
 
+#include <algorithm>
 #include <string>
 
 namespace TarnConfigStore {
@@ -18,6 +19,18 @@ bool IsContainer(const Json::Value& value) {
 
 bool IsEmptyContent(const Json::Value& value) {
   return (value.IsObject() && value.ObjectEmpty()) || (value.IsArray() && value.Empty());
+}
+
+// Most objects hold nothing empty; looking for it asks nothing of the schema.
+bool HoldsEmptyContent(const Json::Value& value) {
+  if (value.IsObject()) {
+    return std::any_of(value.MemberBegin(), value.MemberEnd(), [](const auto& member) {
+      return IsEmptyContent(member.value) || HoldsEmptyContent(member.value);
+    });
+  }
+  return value.IsArray() && std::any_of(value.Begin(), value.End(), [](const Json::Value& element) {
+           return IsEmptyContent(element) || HoldsEmptyContent(element);
+         });
 }
 
 void RemoveLoneInstanceId(Json::Value& object, SchemaNode schema) {
@@ -99,7 +112,9 @@ void CleanupObject(const ObjectHandle& object, const SchemaHandle& schema) {
   Json::Value& root = object->GetImplementation()->GetRoot();
   if (root.IsObject()) {
     const SchemaNode node(schema->GetSchemaDocument());
-    Clean(root, node);
+    if (HoldsEmptyContent(root)) {
+      Clean(root, node);
+    }
     RemoveLoneInstanceId(root, node);
   }
 }
