@@ -21,7 +21,8 @@ class FloorObject {
 
   /// Parses a text, as strictly as the library: UTF-8 checked, numbers in full precision. It
   /// becomes the data, or is laid over the data that is there, member by member. Raises
-  /// std::runtime_error for what is no JSON object. \param text  followed by a NUL
+  /// std::runtime_error for what is no JSON object.
+  /// \param text  followed by a NUL
   void Lay(std::string_view text);
 
   Json::Value& Data() { return data_; }

@@ -26,7 +26,8 @@ struct StoredObject {
 };
 
 /// Everything that is stored under a prefix, sorted by component, group, key and instance id. Rows
-/// that hold no value of any kind are left out. \param prefix  fields are compared in the order
+/// that hold no value of any kind are left out.
+/// \param prefix  fields are compared in the order
 /// component, group, key, instance id up to the first empty
 ///                one; all empty: the whole store
 /// Raises ConfigStoreException 2000 "Failed to connect to database" or "Get store rows failed.".

@@ -51,9 +51,12 @@ struct InstallOptions {
 /// Checks type files and installs them all, or none if one of them is bad: each file is judged
 /// against the rules for type files, every default against its schema. The types' shipped objects
 /// are written first and their schemas last, so an interrupted call can simply be run again.
-/// Running processes see the new types at their next operation. \param paths  files, or directories
-/// whose "*.json" files are taken in the order of their names \return a report for each file; when
-/// one is INVALID nothing was written Raises InvalidArgumentException 1081 for a path that cannot
+/// Running processes see the new types at their next operation.
+/// \param paths  files, or directories
+/// whose "*.json" files are taken in the order of their names
+/// \return a report for each file; when
+/// one is INVALID nothing was written.
+/// Raises InvalidArgumentException 1081 for a path that cannot
 /// be read, and ConfigStoreException 2000 for a failure of the databases, which leaves the types as
 /// they were.
 TARN_CONFIG_STORE_EXPORT std::vector<TypeReport> InstallTypes(const std::vector<std::string>& paths,

@@ -18,7 +18,8 @@ void MergeValue(const Json::Value& source, Json::Value& target, SchemaNode schem
                 Json::Allocator& allocator);
 
 /// Lays the properties of one configuration object over another and returns the result: the target,
-/// or, where the target is empty, the source. Both may be empty pointers. \param schema  the schema
+/// or, where the target is empty, the source. Both may be empty pointers.
+/// \param schema  the schema
 /// document of their type
 std::shared_ptr<ConfigStoreObject> UpdateConfigInternal(
     const std::shared_ptr<ConfigStoreObject>& source,

@@ -22,7 +22,8 @@ enum ACTION : int {
 };
 
 /// Adds everything that is wrong with an object's data to the list. Answers true when the list is
-/// empty. \param quiet  findings are not logged (as code 1083, priority 0)
+/// empty.
+/// \param quiet  findings are not logged (as code 1083, priority 0)
 bool ValidateObjectData(const SchemaHandle& schema, const ObjectHandle& object,
                         const RuleSet& rules, std::vector<ErrorInfo>& errors, bool quiet);
 
@@ -55,7 +56,8 @@ void ValidateCSO(const SchemaHandle& schema, const ObjectHandle& object,
 
 /// Validates an object as user configuration. True when it is valid, or when the action writes no
 /// data (ACTION_DELETE and ACTION_RESET); a type that is not installed is a finding whatever the
-/// action. \param unused  kept for callers that pass it
+/// action.
+/// \param unused  kept for callers that pass it
 bool validateObject(const ObjectHandle& object, ACTION action, std::vector<ErrorInfo>& errors,
                     const std::string& unused);
 

@@ -33,8 +33,8 @@ enum Rule : int {
 /// type is one fault, whatever else is asked of it, and so is one that fits none of several forms.
 /// The compiled form of a schema that belongs to an installed type is kept for as long as the type
 /// lives, and found again by the schema value's address; any other schema is compiled on the spot.
-/// A schema that cannot be compiled is one finding on the root. Safe from several threads. \param
-/// context  not used
+/// A schema that cannot be compiled is one finding on the root. Safe from several threads.
+/// \param context  not used
 void Validate(const Json::Value& schema, const Json::Value& value, Json::Document& result,
               const std::unordered_set<int>& rules, const std::string& context);
 
