@@ -5,6 +5,7 @@
 #include "tarnconfigstore/config_store.h"
 #include "tarnconfigstore/config_store_object.h"
 #include "tarnconfigstore/contexts.h"
+#include "tarnconfigstore/default_instances.h"
 #include "tarnconfigstore/diagnostics.h"
 #include "tarnconfigstore/error_codes.h"
 #include "tarnconfigstore/exceptions.h"

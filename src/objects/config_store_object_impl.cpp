@@ -52,10 +52,7 @@ ConfigStoreObjectImpl::ConfigStoreObjectImpl(const ConfigStoreObjectId& id)
       parent_(kEmptyString, kEmptyString, kEmptyString),
       whole_(true),
       revision_(kDefaultRevision) {
-  const auto schema = FindSchema(id);
-  if (!schema) {
-    ThrowException<ConfigStoreException>(CS_SCHEMA_NOT_FOUND, id.toString());
-  }
+  const auto schema = RequireSchema(id);
   idMap_ = schema->GetIdMap();
   defaults_ = schema->GetDefaults();
   schema_ = schema;

@@ -17,6 +17,14 @@ std::shared_ptr<TarnSchemaStore::SchemaObject> Find(Source& source, const Config
   }
 }
 
+std::shared_ptr<TarnSchemaStore::SchemaObject> Required(
+    std::shared_ptr<TarnSchemaStore::SchemaObject> schema, const ConfigStoreObjectId& id) {
+  if (!schema) {
+    ThrowException<ConfigStoreException>(CS_SCHEMA_NOT_FOUND, id.toString());
+  }
+  return schema;
+}
+
 }  // namespace
 
 std::shared_ptr<TarnSchemaStore::SchemaObject> FindSchema(const ConfigStoreObjectId& id) {
@@ -27,6 +35,16 @@ std::shared_ptr<TarnSchemaStore::SchemaObject> FindSchema(
     const std::shared_ptr<TarnSchemaStore::SchemaObjectCache>& cache,
     const ConfigStoreObjectId& id) {
   return Find(*cache, id);
+}
+
+std::shared_ptr<TarnSchemaStore::SchemaObject> RequireSchema(const ConfigStoreObjectId& id) {
+  return Required(FindSchema(id), id);
+}
+
+std::shared_ptr<TarnSchemaStore::SchemaObject> RequireSchema(
+    const std::shared_ptr<TarnSchemaStore::SchemaObjectCache>& cache,
+    const ConfigStoreObjectId& id) {
+  return Required(FindSchema(cache, id), id);
 }
 
 }  // namespace TarnConfigStore

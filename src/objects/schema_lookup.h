@@ -18,4 +18,11 @@ std::shared_ptr<TarnSchemaStore::SchemaObject> FindSchema(
     const std::shared_ptr<TarnSchemaStore::SchemaObjectCache>& cache,
     const ConfigStoreObjectId& id);
 
+/// The same, but a type that is not installed raises ConfigStoreException 1037 with the
+/// identifier's text.
+std::shared_ptr<TarnSchemaStore::SchemaObject> RequireSchema(const ConfigStoreObjectId& id);
+std::shared_ptr<TarnSchemaStore::SchemaObject> RequireSchema(
+    const std::shared_ptr<TarnSchemaStore::SchemaObjectCache>& cache,
+    const ConfigStoreObjectId& id);
+
 }  // namespace TarnConfigStore

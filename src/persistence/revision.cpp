@@ -11,14 +11,64 @@ namespace {
 
 constexpr int kReadFailed = 1;
 
-int TakeRevision(void* revision, int count, char** values, char** names) {
-  constexpr int kDecimal = 10;
+// The columns of a row by name; a null pointer where there is no such column or it is NULL.
+const char* Column(std::string_view name, int count, char** values, char** names) {
   for (int i = 0; i < count; ++i) {
-    if (values[i] != nullptr && std::string_view(names[i]) == "Revision") {
-      *static_cast<std::int32_t*>(revision) =
-          static_cast<std::int32_t>(std::strtol(values[i], nullptr, kDecimal));
+    if (values[i] != nullptr && names[i] == name) {
+      return values[i];
     }
   }
+  return nullptr;
+}
+
+std::int32_t Number(const char* text) {
+  constexpr int kDecimal = 10;
+  return text == nullptr ? 0 : static_cast<std::int32_t>(std::strtol(text, nullptr, kDecimal));
+}
+
+const char* OrEmpty(const char* text) {
+  return text == nullptr ? "" : text;
+}
+
+// Runs a statement over all rows of a type; each row goes to a callback that takes no state but the
+// list it adds to.
+template <class List>
+List ReadRows(const TypeStatement& statement, DBStore::RowCallback add,
+              const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection,
+              const char* failure) {
+  List list;
+  const DBStore::StatementHandle handle =
+      statement.PrepareAndBind(connection, id.key, id.group, id.component);
+  if (DBStore::ExecuteStmt(connection, handle, add, &list, DBStore::kWaitLimit) == kReadFailed) {
+    ThrowFailure(failure);
+  }
+  return list;
+}
+
+int TakeRevision(void* revision, int count, char** values, char** names) {
+  if (const char* text = Column("Revision", count, values, names)) {
+    *static_cast<std::int32_t*>(revision) = Number(text);
+  }
+  return 0;
+}
+
+int AddId(void* ids, int /*count*/, char** values, char** /*names*/) {
+  static_cast<std::list<std::string>*>(ids)->emplace_back(OrEmpty(values[0]));
+  return 0;
+}
+
+int AddRevision(void* revisions, int count, char** values, char** names) {
+  static_cast<std::list<std::pair<std::string, std::int32_t>>*>(revisions)->emplace_back(
+      OrEmpty(Column("Identifier", count, values, names)),
+      Number(Column("Revision", count, values, names)));
+  return 0;
+}
+
+int AddExisting(void* instances, int count, char** values, char** names) {
+  static_cast<ExistingInstances*>(instances)->insert_or_assign(
+      OrEmpty(Column("Identifier", count, values, names)),
+      std::pair(Number(Column("Revision", count, values, names)),
+                std::string(OrEmpty(Column("CreationTime", count, values, names)))));
   return 0;
 }
 
@@ -34,6 +84,25 @@ std::int32_t GetRevisionInternal(const ConfigStoreObjectId& id,
     ThrowFailure("GetRevision command failed");
   }
   return revision;
+}
+
+std::list<std::string> GetInstanceIdsInternal(const ConfigStoreObjectId& id,
+                                              const DBStore::ConnectionHandle& connection) {
+  return ReadRows<std::list<std::string>>(READ_INSTANCE_IDS, AddId, id, connection,
+                                          "GetInstanceIds failed");
+}
+
+std::list<std::pair<std::string, std::int32_t>> GetInstancesRevisionInternal(
+    const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection) {
+  // The text is the one of a single revision: programs look for it.
+  return ReadRows<std::list<std::pair<std::string, std::int32_t>>>(
+      READ_INSTANCE_REVISIONS, AddRevision, id, connection, "GetRevision command failed");
+}
+
+ExistingInstances ReadExistingInstances(const ConfigStoreObjectId& id,
+                                        const DBStore::ConnectionHandle& connection) {
+  return ReadRows<ExistingInstances>(READ_EXISTING_INSTANCES, AddExisting, id, connection,
+                                     "Failed to read revision from configStore.");
 }
 
 }  // namespace TarnConfigStore

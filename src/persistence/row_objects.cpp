@@ -43,6 +43,13 @@ ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
       Number(row.Text("Revision")), true, nullptr, nullptr));
 }
 
+ObjectHandle MakeObject(const std::string& text, const ConfigStoreObjectId& id,
+                        const SchemaHandle& schema) {
+  return std::make_shared<ConfigStoreObject>(std::make_shared<ConfigStoreObjectImpl>(
+      id, NoParent(), std::nullopt, CreateDocumentFromString(text), schema, kEmptyString,
+      kEmptyString, kEmptyString, kDefaultRevision, true, nullptr, nullptr));
+}
+
 ObjectHandle MakeConfirmedUserObject(const RowMap& row, const ConfigStoreObjectId& id,
                                      const SchemaHandle& schema) {
   return row.Text("Success") == "1" ? MakeObjectFromRow(row, "UserValue", id, schema) : nullptr;

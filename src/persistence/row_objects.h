@@ -8,6 +8,7 @@
 #include "persistence/row_map.h"
 
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace TarnConfigStore {
@@ -20,6 +21,11 @@ using SchemaHandle = std::shared_ptr<TarnSchemaStore::SchemaObject>;
 /// is not JSON.
 ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
                                const ConfigStoreObjectId& id, const SchemaHandle& schema);
+
+/// An object from a text that did not come from a row; it has no metadata. Raises
+/// InvalidArgumentException 1080 when the text is not JSON.
+ObjectHandle MakeObject(const std::string& text, const ConfigStoreObjectId& id,
+                        const SchemaHandle& schema);
 
 /// The user's object if the row is confirmed ("Success" is "1"), else an empty pointer.
 ObjectHandle MakeConfirmedUserObject(const RowMap& row, const ConfigStoreObjectId& id,

@@ -50,10 +50,28 @@ inline constexpr std::string_view READ_CONFIRMED_CONTENTS =
     "SELECT Name, %1$s as Value, AutoConfValue, Component, Identifier, Version, ConfigGroup, "
     "CreationTime, ModifiedTime, Revision FROM Config WHERE Success=1 AND %1$s IS NOT NULL";
 
+// --- Revisions and instance ids
+// -------------------------------------------------------------------------
+
 /// Parameters: name, group, component, identifier.
 inline constexpr InstanceStatement READ_REVISION(
     "\n   SELECT Identifier, Revision\n   FROM Config\n   WHERE Name = ? AND ConfigGroup = ? AND "
     "Component = ? AND Identifier = ?");
+
+/// Parameters: name, group, component.
+inline constexpr TypeStatement READ_INSTANCE_IDS(
+    "SELECT Identifier FROM Config\n         WHERE Name = ? AND ConfigGroup = ? AND Component = "
+    "?");
+
+/// Parameters: name, group, component.
+inline constexpr TypeStatement READ_INSTANCE_REVISIONS(
+    "SELECT Identifier, Revision\n            FROM Config\n            WHERE Name = ? AND "
+    "ConfigGroup = ? AND Component = ?");
+
+/// What a bulk write has to carry over. Parameters: name, group, component.
+inline constexpr TypeStatement READ_EXISTING_INSTANCES(
+    "\n      SELECT Identifier, Revision, CreationTime FROM Config\n      WHERE Name = ? AND "
+    "ConfigGroup = ? AND Component = ?;\n   ");
 
 // --- Reading default configuration
 // -------------------------------------------------------------------------
@@ -63,20 +81,128 @@ inline constexpr InstanceStatement GET_DEFAULT_INSTANCE(
     "SELECT Value, VitalValue, CachedValue, Identifier, Version FROM DefaultConfig WHERE Name = ? "
     "AND ConfigGroup = ? AND Component = ? AND Identifier = ?");
 
+/// Parameters: name, group, component.
+inline constexpr TypeStatement GET_DEFAULT_INSTANCES(
+    "SELECT Value, VitalValue, CachedValue, Identifier, Version FROM DefaultConfig WHERE Name = ? "
+    "AND ConfigGroup = ? AND Component = ?");
+
+/// Parameters: name, group, component, identifier.
+inline constexpr InstanceStatement GET_DEFAULT_USER_INSTANCE(
+    "SELECT Value, Identifier, Version FROM DefaultConfig WHERE Name = ? AND ConfigGroup = ? AND "
+    "Component = ? AND Identifier = ?");
+
+/// Parameters: name, group, component.
+inline constexpr TypeStatement GET_DEFAULT_USER_INSTANCES(
+    "SELECT Value, Identifier, Version FROM DefaultConfig WHERE Name = ? AND ConfigGroup = ? AND "
+    "Component = ?");
+
 // --- Writing configuration
 // ---------------------------------------------------------------------------------
 
-/// Replaces all values of a row. ?1 identifier, ?2 name, ?3 group, ?4 component, ?5 version, ?6
-/// success, ?7 automatic, ?8 user, ?9 vital, ?10 cached value; ?11 creation time and ?12 revision
-/// base of a new row.
+// A write replaces the row of a key, ?1 identifier, ?2 name, ?3 group and ?4 component, so each one
+// names what it carries over from the row that goes: by these.
+#define TARN_FROM_REPLACED_ROW(column) \
+  "(SELECT " column                    \
+  " FROM Config WHERE Identifier = ?1 AND Name = ?2 AND ConfigGroup = ?3 AND Component = ?4)"
+#define TARN_KEPT(column) "COALESCE(" TARN_FROM_REPLACED_ROW(column) ", NULL)"
+#define TARN_KEPT_SUCCESS "COALESCE(" TARN_FROM_REPLACED_ROW("Success") ", 1)"
+#define TARN_KEPT_CREATION_TIME \
+  "COALESCE(" TARN_FROM_REPLACED_ROW("CreationTime") ", (DATETIME(CURRENT_TIMESTAMP)))"
+#define TARN_NEXT_REVISION "COALESCE(" TARN_FROM_REPLACED_ROW("Revision") ", (0)) + 1"
+
+/// Replaces all values of a row. ?1 to ?4 the key, ?5 version, ?6 success, ?7 automatic, ?8 user,
+/// ?9 vital, ?10 cached value; ?11 creation time and ?12 revision base of a new row.
 inline constexpr std::string_view WRITE_COMPLETE =
     "INSERT OR REPLACE INTO Config (Identifier, Name, ConfigGroup, Component, Version, Success, "
     "AutoConfValue, UserValue, VitalValue, CachedValue, CreationTime, Revision) VALUES (?1, ?2, "
-    "?3, "
-    "?4, ?5, ?6, ?7, ?8, ?9, ?10, COALESCE((SELECT CreationTime FROM Config WHERE Identifier = ?1 "
-    "AND Name = ?2 AND ConfigGroup = ?3 AND Component = ?4), COALESCE(?11, "
-    "(DATETIME(CURRENT_TIMESTAMP)))), COALESCE((SELECT Revision FROM Config WHERE Identifier = ?1 "
-    "AND Name = ?2 AND ConfigGroup = ?3 AND Component = ?4), (?12)) + 1)";
+    "?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, COALESCE(" TARN_FROM_REPLACED_ROW("CreationTime")
+    ", COALESCE(?11, (DATETIME(CURRENT_TIMESTAMP)))), COALESCE(" TARN_FROM_REPLACED_ROW("Revision")
+    ", (?12)) + 1)";
+
+/// The user value. ?5 version, ?6 success, ?7 value. A pending value goes.
+inline constexpr std::string_view WRITE_USER =
+    "INSERT OR REPLACE INTO Config (Identifier, Name, ConfigGroup, Component, Version, Success, "
+    "UserValue, CreationTime, Revision, AutoConfValue, VitalValue, CachedValue) VALUES (?1, ?2, "
+    "?3, ?4, ?5, ?6, ?7, " TARN_KEPT_CREATION_TIME ", " TARN_NEXT_REVISION
+    ", " TARN_KEPT("AutoConfValue") ", " TARN_KEPT("VitalValue") ", " TARN_KEPT("CachedValue") ")";
+
+/// One of the other values; everything else of the row is carried over. ?5 version, ?6 value.
+inline constexpr std::string_view WRITE_CACHED =
+    "INSERT OR REPLACE INTO Config (Identifier, Name, ConfigGroup, Component, Version, "
+    "CachedValue, CreationTime, Revision, Success, DesiredValue, AutoConfValue, UserValue, "
+    "VitalValue) VALUES (?1, ?2, ?3, ?4, ?5, ?6, " TARN_KEPT_CREATION_TIME ", " TARN_NEXT_REVISION
+    ", " TARN_KEPT_SUCCESS ", " TARN_KEPT("DesiredValue") ", " TARN_KEPT(
+        "AutoConfValue") ", " TARN_KEPT("UserValue") ", " TARN_KEPT("VitalValue") ")";
+inline constexpr std::string_view WRITE_VITAL =
+    "INSERT OR REPLACE INTO Config (Identifier, Name, ConfigGroup, Component, Version, VitalValue, "
+    "CreationTime, Revision, Success, DesiredValue, AutoConfValue, UserValue, CachedValue) VALUES "
+    "(?1, ?2, ?3, ?4, ?5, ?6, " TARN_KEPT_CREATION_TIME ", " TARN_NEXT_REVISION
+    ", " TARN_KEPT_SUCCESS ", " TARN_KEPT("DesiredValue") ", " TARN_KEPT(
+        "AutoConfValue") ", " TARN_KEPT("UserValue") ", " TARN_KEPT("CachedValue") ")";
+inline constexpr std::string_view WRITE_AUTOMATIC =
+    "INSERT OR REPLACE INTO Config (Identifier, Name, ConfigGroup, Component, Version, "
+    "AutoConfValue, CreationTime, Revision, Success, DesiredValue, UserValue, VitalValue, "
+    "CachedValue) VALUES (?1, ?2, ?3, ?4, ?5, ?6, " TARN_KEPT_CREATION_TIME
+    ", " TARN_NEXT_REVISION ", " TARN_KEPT_SUCCESS ", " TARN_KEPT("DesiredValue")
+    ", " TARN_KEPT("UserValue") ", " TARN_KEPT("VitalValue") ", COALESCE((SELECT CachedValue FROM "
+    "Config WHERE Identifier = ?1 AND Name = ?2 AND Configgroup = ?3 AND Component = ?4), NULL))";
+
+/// The layers that an update in one context may change; a pending value goes. ?5 version, ?6 user
+/// value (automatic, in the last), ?7 vital, ?8 cached value. The first also confirms the row.
+inline constexpr std::string_view WRITE_CONTEXT_UPGRADE =
+    "INSERT OR REPLACE INTO Config (Name, ConfigGroup, Component, Identifier, Version, UserValue, "
+    "VitalValue, CachedValue, DesiredValue, CreationTime, Revision, AutoConfValue) VALUES (?2, ?3, "
+    "?4, ?1, ?5, ?6, ?7, ?8, NULL, " TARN_KEPT_CREATION_TIME ", " TARN_NEXT_REVISION
+    ", " TARN_KEPT("AutoConfValue") ")";
+inline constexpr std::string_view WRITE_CONTEXT_USER =
+    "INSERT OR REPLACE INTO Config (Name, ConfigGroup, Component, Identifier, Version, UserValue, "
+    "VitalValue, CachedValue, CreationTime, Revision, Success, AutoConfValue) VALUES (?2, ?3, ?4, "
+    "?1, ?5, ?6, ?7, ?8, " TARN_KEPT_CREATION_TIME ", " TARN_NEXT_REVISION ", " TARN_KEPT_SUCCESS
+    ", " TARN_KEPT("AutoConfValue") ")";
+inline constexpr std::string_view WRITE_CONTEXT_AUTOMATIC =
+    "INSERT OR REPLACE INTO Config (Name, ConfigGroup, Component, Identifier, Version, "
+    "AutoConfValue, VitalValue, CachedValue, CreationTime, Revision, Success, UserValue) VALUES "
+    "(?2, ?3, ?4, ?1, ?5, ?6, ?7, ?8, " TARN_KEPT_CREATION_TIME ", " TARN_NEXT_REVISION
+    ", " TARN_KEPT_SUCCESS ", " TARN_KEPT("UserValue") ")";
+
+#undef TARN_NEXT_REVISION
+#undef TARN_KEPT_CREATION_TIME
+#undef TARN_KEPT_SUCCESS
+#undef TARN_KEPT
+#undef TARN_FROM_REPLACED_ROW
+
+/// The same layers of a row that is there, without counting it as a write. Parameters: user value
+/// (automatic, in the last), vital, cached value, name, group, component, identifier.
+inline constexpr std::string_view UPDATE_CONTEXT_UPGRADE =
+    "UPDATE Config SET UserValue = ?, VitalValue = ?, CachedValue = ?, DesiredValue = NULL WHERE "
+    "Name = ? AND ConfigGroup = ? AND Component = ? AND Identifier = ?";
+inline constexpr std::string_view UPDATE_CONTEXT_USER =
+    "UPDATE Config SET UserValue = ?, VitalValue = ?, CachedValue = ? WHERE Name = ? AND "
+    "ConfigGroup = ? AND Component = ? AND Identifier = ?";
+inline constexpr std::string_view UPDATE_CONTEXT_AUTOMATIC =
+    "UPDATE Config SET AutoConfValue = ?, VitalValue = ?, CachedValue = ? WHERE Name = ? AND "
+    "ConfigGroup = ? AND Component = ? AND Identifier = ?";
+
+// --- Deleting configuration
+// --------------------------------------------------------------------------------
+
+/// Parameters: name, group, component, identifier.
+inline constexpr InstanceStatement DELETE_INSTANCE(
+    "DELETE FROM 'Config' WHERE Name=? and ConfigGroup=? and Component=? and Identifier=?");
+
+/// Parameters: name, group, component.
+inline constexpr TypeStatement DELETE_INSTANCES(
+    "DELETE FROM Config WHERE Name = ? AND ConfigGroup = ? AND Component = ?;");
+
+/// One value of all instances of a type; the rows stay. Parameters: name, group, component.
+inline constexpr TypeStatement DELETE_VITAL_VALUES(
+    "UPDATE Config SET VitalValue = NULL WHERE Name = ? AND ConfigGroup = ? AND Component = ?");
+inline constexpr TypeStatement DELETE_CACHED_VALUES(
+    "UPDATE Config SET CachedValue = NULL WHERE Name = ? AND ConfigGroup = ? AND Component = ?");
+inline constexpr TypeStatement DELETE_USER_VALUES(
+    "UPDATE Config SET UserValue = NULL WHERE Name = ? AND ConfigGroup = ? AND Component = ?");
+inline constexpr TypeStatement DELETE_AUTOMATIC_VALUES(
+    "UPDATE Config SET AutoConfValue = NULL WHERE Name = ? AND ConfigGroup = ? AND Component = ?");
 
 // --- Looking at what is stored
 // -----------------------------------------------------------------------------

@@ -1,6 +1,7 @@
 #include "persistence/type_rows.h"
 
 #include "errors/raise.h"
+#include "persistence/binder.h"
 #include "persistence/row_map.h"
 #include "persistence/statements.h"
 
@@ -36,19 +37,10 @@ void Write(const ConfigStoreObjectId& type, const std::string& version, const De
            const DBStore::ConnectionHandle& connection) {
   const DBStore::StatementHandle statement =
       DBStore::internal::Prepare(connection, WRITE_DEFAULT_INSTANCE, DBStore::kWaitLimit);
-  int index = 1;
-  const auto text = [&](std::string_view value) {
-    return DBStore::internal::Bind(connection, statement, index, value, false) == 0;
-  };
-  const auto column = [&](const std::optional<std::string>& value) {
-    return DBStore::internal::Bind(connection, statement, index,
-                                   value ? DBStore::NullableSV(*value) : DBStore::NullableSV()) ==
-           0;
-  };
-  if (!text(row.instanceId) || !text(type.key) || !text(type.group) || !text(type.component) ||
-      !text(version) || !column(row.values.user) || !column(row.values.vital) ||
-      !column(row.values.cached) ||
-      DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, DBStore::kWaitLimit) != 0) {
+  if (!Binder(connection, statement)
+           .Text(row.instanceId, type.key, type.group, type.component, version)
+           .Nullable(row.values.user, row.values.vital, row.values.cached)
+           .Execute()) {
     Fail(type);
   }
 }

@@ -1,83 +1,36 @@
 #include "persistence/write_config.h"
 
-#include "platform/generated_instance_id.h"
-
 #include "errors/raise.h"
-#include "objects/config_store_object_impl.h"
+#include "objects/generated_ids.h"
 #include "objects/schema_lookup.h"
+#include "persistence/binder.h"
 #include "persistence/statements.h"
-
-#include <string_view>
 
 namespace TarnConfigStore {
 namespace {
 
 constexpr int kConfirmed = 1;
 
-SchemaHandle SchemaOf(const SchemaCacheHandle& cache, const ConfigStoreObjectId& id) {
-  SchemaHandle schema = FindSchema(cache, id);
-  if (!schema) {
-    ThrowException<ConfigStoreException>(CS_SCHEMA_NOT_FOUND, id.toString());
-  }
-  return schema;
-}
-
 ColumnMapEntry DivideForWriting(const ConfigStoreObject& object,
                                 const TarnSchemaStore::SchemaObject& schema,
                                 const USERDATA_CONTEXT& context) {
-  ConfigStoreObjectImpl& data = *object.GetImplementation();
-  // A type whose arrays get generated ids has them in its id map.
-  if (schema.GetIdMap()) {
-    PopulateGeneratedInstanceId(schema.GetSchemaDocument(), data.GetRoot(), data.GetAllocator());
-  }
+  GiveGeneratedIds(object, schema);
   return DivideObject(object, schema, context);
 }
-
-DBStore::NullableSV Nullable(const std::optional<std::string>& text) {
-  return text ? DBStore::NullableSV(*text) : DBStore::NullableSV();
-}
-
-// Binds parameter after parameter and remembers whether one could not be bound.
-class Binder {
- public:
-  Binder(const DBStore::ConnectionHandle& connection, const DBStore::StatementHandle& statement)
-      : connection_(connection), statement_(statement) {}
-
-  Binder& Text(std::string_view text) {
-    failed_ |= DBStore::internal::Bind(connection_, statement_, index_, text, false) != 0;
-    return *this;
-  }
-  Binder& Number(int value) {
-    failed_ |= DBStore::internal::Bind(connection_, statement_, index_, value) != 0;
-    return *this;
-  }
-  Binder& Nullable(DBStore::NullableSV value) {
-    failed_ |= DBStore::internal::Bind(connection_, statement_, index_, value) != 0;
-    return *this;
-  }
-  bool Failed() const { return failed_; }
-
- private:
-  const DBStore::ConnectionHandle& connection_;
-  const DBStore::StatementHandle& statement_;
-  int index_ = 1;
-  bool failed_ = false;
-};
 
 void WriteRow(const ColumnMapEntry& row, const std::string& version,
               const ExistingInstances::mapped_type* existing,
               const DBStore::ConnectionHandle& connection) {
+  const ConfigStoreObjectId& id = *row.id;
   const DBStore::StatementHandle statement =
       DBStore::internal::Prepare(connection, WRITE_COMPLETE, DBStore::kWaitLimit);
-  Binder binder(connection, statement);
-  binder.Text(row.id->instanceId).Text(row.id->key).Text(row.id->group).Text(row.id->component);
-  binder.Text(version).Number(kConfirmed);
-  binder.Nullable(Nullable(row.values.automatic)).Nullable(Nullable(row.values.user));
-  binder.Nullable(Nullable(row.values.vital)).Nullable(Nullable(row.values.cached));
-  binder.Nullable(existing == nullptr ? DBStore::NullableSV() : existing->second);
-  binder.Number(existing == nullptr ? 0 : existing->first);
-  if (binder.Failed() ||
-      DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, DBStore::kWaitLimit) != 0) {
+  if (!Binder(connection, statement)
+           .Text(id.instanceId, id.key, id.group, id.component, version)
+           .Number(kConfirmed)
+           .Nullable(row.values.automatic, row.values.user, row.values.vital, row.values.cached)
+           .Nullable(existing == nullptr ? DBStore::NullableSV() : existing->second)
+           .Number(existing == nullptr ? 0 : existing->first)
+           .Execute()) {
     ThrowFailure("WriteComplete failed");
   }
 }
@@ -86,7 +39,7 @@ void WriteRow(const ColumnMapEntry& row, const std::string& version,
 
 void SetInternal(const ObjectHandle& object, const SchemaCacheHandle& schemaCache,
                  const USERDATA_CONTEXT& context, const DBStore::ConnectionHandle& connection) {
-  const SchemaHandle schema = SchemaOf(schemaCache, object->GetConfigStoreObjectId());
+  const SchemaHandle schema = RequireSchema(schemaCache, object->GetConfigStoreObjectId());
   WriteRow(DivideForWriting(*object, *schema, context), schema->GetVersion(), nullptr, connection);
 }
 
@@ -98,7 +51,7 @@ void SetInstancesInternal(const std::vector<ObjectHandle>& objects, const USERDA
   rows.reserve(objects.size());
   for (const ObjectHandle& object : objects) {
     rows.push_back(DivideForWriting(
-        *object, *SchemaOf(schemaCache, object->GetConfigStoreObjectId()), context));
+        *object, *RequireSchema(schemaCache, object->GetConfigStoreObjectId()), context));
   }
   WriteCompleteConfigInstances(rows, connection, schemaCache, existing);
 }
@@ -113,7 +66,7 @@ void WriteCompleteConfigInstances(const ColumnMap& rows,
       const auto found = existing->find(row.id->instanceId);
       known = found == existing->end() ? nullptr : &found->second;
     }
-    WriteRow(row, SchemaOf(schemaCache, *row.id)->GetVersion(), known, connection);
+    WriteRow(row, RequireSchema(schemaCache, *row.id)->GetVersion(), known, connection);
   }
 }
 

@@ -4,6 +4,7 @@
 #include "tarnconfigstore/config_store.h"
 
 #include "platform/db_store.h"
+#include "platform/schema_store.h"
 
 namespace TarnConfigStore {
 
@@ -45,6 +46,21 @@ class ConfigStoreImpl final : public ConfigStore {
   ~ConfigStoreImpl() override;
 
  private:
+  using SchemaHandle = std::shared_ptr<TarnSchemaStore::SchemaObject>;
+  using ObjectList = std::vector<std::shared_ptr<ConfigStoreObject>>;
+  using ValidateData = void (*)(const SchemaHandle&, const std::shared_ptr<ConfigStoreObject>&);
+  using DeleteValues = void (*)(const ConfigStoreObjectId&, const DBStore::ConnectionHandle&);
+  using WriteConfirmable = void (*)(const ObjectList&, const DBStore::ConnectionHandle&, bool);
+  using WriteValues = void (*)(const ObjectList&, const DBStore::ConnectionHandle&);
+
+  /// Replaces one value of all instances of the first object's type, which loses it where it is not
+  /// listed: checks everything, then deletes and writes in a transaction, then announces it.
+  /// \param writeWithFlag, write  one of them is null
+  void SetDataInstancesInternal(ObjectList objects, ValidateData validate,
+                                DeleteValues deleteExisting, WriteConfirmable writeWithFlag,
+                                WriteValues write, const SchemaHandle& schema,
+                                const char* operation);
+
   DBStore::ConnectionHandle connection_;
 };
 

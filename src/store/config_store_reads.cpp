@@ -1,5 +1,6 @@
 #include "objects/schema_lookup.h"
 #include "persistence/read_current.h"
+#include "persistence/read_default.h"
 #include "persistence/revision.h"
 #include "store/config_store_impl.h"
 #include "store/trace.h"
@@ -21,6 +22,26 @@ std::shared_ptr<ConfigStoreObject> ConfigStoreImpl::Get(const ConfigStoreObjectI
   return GetInternal(csoId, connection_, schema);
 }
 
+std::shared_ptr<ConfigStoreObject> ConfigStoreImpl::GetDefaultConfig(
+    const ConfigStoreObjectId& csoId) {
+  LogStoreCall(kRead, "GetDefaultConfig", csoId, EXTERNAL);
+  const SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoId(csoId, schema);
+  return GetDefaultConfigInternal(csoId, connection_, schema);
+}
+
+std::vector<std::shared_ptr<ConfigStoreObject>> ConfigStoreImpl::GetDefaultConfigInstances(
+    const std::shared_ptr<FilterSpecObject>& filter) {
+  if (IsNull(filter, "GetDefaultConfigInstances")) {
+    return {};
+  }
+  const ConfigStoreObjectId& id = filter->GetConfigStoreObjectId();
+  LogStoreCall(kRead, "GetDefaultConfigInstances", id, EXTERNAL);
+  const SchemaHandle schema = FindSchema(id);
+  ValidateCsoIdInstances(filter, schema);
+  return GetDefaultConfigInstancesInternal(filter, connection_, schema);
+}
+
 std::vector<std::shared_ptr<ConfigStoreObject>> ConfigStoreImpl::GetInstances(
     const std::shared_ptr<FilterSpecObject>& filter) {
   if (IsNull(filter, "GetInstances")) {
@@ -35,9 +56,21 @@ std::vector<std::shared_ptr<ConfigStoreObject>> ConfigStoreImpl::GetInstances(
 
 std::int32_t ConfigStoreImpl::GetRevision(const ConfigStoreObjectId& csoId) {
   LogStoreCall(kRead, "GetRevision", csoId, EXTERNAL);
-  const SchemaHandle schema = FindSchema(csoId);
-  ValidateCsoId(csoId, schema);
+  ValidateCsoId(csoId, FindSchema(csoId));
   return GetRevisionInternal(csoId, connection_);
+}
+
+std::list<std::string> ConfigStoreImpl::GetInstanceIds(const ConfigStoreObjectId& csoId) {
+  LogStoreCall(kRead, "GetInstanceIds", csoId, EXTERNAL);
+  ValidateCsoIdInstances(csoId, FindSchema(csoId));
+  return GetInstanceIdsInternal(csoId, connection_);
+}
+
+std::list<std::pair<std::string, std::int32_t>> ConfigStoreImpl::GetInstancesRevision(
+    const ConfigStoreObjectId& csoId) {
+  LogStoreCall(kRead, "GetInstancesRevision", csoId, EXTERNAL);
+  ValidateCsoIdInstances(csoId, FindSchema(csoId));
+  return GetInstancesRevisionInternal(csoId, connection_);
 }
 
 std::vector<ErrorInfo> ConfigStoreImpl::Validate(std::shared_ptr<ConfigStoreObject> object) {

@@ -1,8 +1,18 @@
+#include "tarnconfigstore/exceptions.h"
+
+#include "platform/logger.h"
+
+#include "notify/notification.h"
 #include "objects/schema_lookup.h"
+#include "persistence/boot_flags.h"
+#include "persistence/delete_config.h"
 #include "persistence/write_config.h"
+#include "persistence/write_values.h"
 #include "store/boot_context.h"
 #include "store/config_store_impl.h"
 #include "store/trace.h"
+#include "store/under_transaction.h"
+#include "store/update.h"
 #include "validation/guards.h"
 #include "validation/object_validation.h"
 
@@ -10,6 +20,16 @@ namespace TarnConfigStore {
 namespace {
 
 constexpr int kWrite = 3;
+
+// Deleting members takes more than leaving them out.
+bool UpdatesNothing(const ObjectHandle& object) {
+  if (!object->IsEmpty()) {
+    return false;
+  }
+  CSLogger::Log(1, "Update called with empty object for %s, deletes are not supported",
+                object->GetConfigStoreObjectId().toString().c_str());
+  return true;
+}
 
 }  // namespace
 
@@ -29,6 +49,95 @@ void ConfigStoreImpl::Set(std::shared_ptr<ConfigStoreObject> object,
     return;
   }
   SetInternal(object, schemaCache, context, connection_);
+  NotifyIfAllowlisted(csoId, connection_);
+}
+
+void ConfigStoreImpl::SetUserData(std::shared_ptr<ConfigStoreObject> object,
+                                  const USERDATA_CONTEXT& context) {
+  if (IsNull(object, "SetUserData")) {
+    return;
+  }
+  const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
+  LogStoreCall(kWrite, "SetUserData", csoId, context);
+  const SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoId(object, schema);
+  if (IsClosedDuringBoot(schema, connection_)) {
+    checkUserContext(true, context);
+  }
+  ValidateUserConfig(schema, object);
+  if (ObjIsEmpty(object, "SetUserData")) {
+    return;
+  }
+  // Unlike its siblings, this write has always been announced before it happens.
+  NotifyIfAllowlisted(csoId, connection_);
+  if (context == EXTERNAL) {
+    WriteUserConfigInstances({object}, connection_, schema->IsConfirmedDuringUpgrade());
+  } else {
+    WriteAutoConfConfigInstances({object}, connection_);
+  }
+}
+
+void ConfigStoreImpl::SetVitalData(std::shared_ptr<ConfigStoreObject> object) {
+  if (IsNull(object, "SetVitalData")) {
+    return;
+  }
+  const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
+  LogStoreCall(kWrite, "SetVitalData", csoId, EXTERNAL);
+  const SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoId(object, schema);
+  ValidateVitalConfig(schema, object);
+  if (ObjIsEmpty(object, "SetVitalData")) {
+    return;
+  }
+  WriteVitalConfigInstances({object}, connection_);
+  NotifyIfAllowlisted(csoId, connection_);
+}
+
+void ConfigStoreImpl::SetCachedData(std::shared_ptr<ConfigStoreObject> object) {
+  if (IsNull(object, "SetCachedData")) {
+    return;
+  }
+  const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
+  LogStoreCall(kWrite, "SetCachedData", csoId, EXTERNAL);
+  const SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoId(object, schema);
+  ValidateCachedConfig(schema, object);
+  if (ObjIsEmpty(object, "SetCachedData")) {
+    return;
+  }
+  WriteCachedConfigInstances({object}, connection_);
+  NotifyIfAllowlisted(csoId, connection_);
+}
+
+void ConfigStoreImpl::Update(std::shared_ptr<ConfigStoreObject> object,
+                             const USERDATA_CONTEXT& context) {
+  if (IsNull(object, "Update")) {
+    return;
+  }
+  const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
+  LogStoreCall(kWrite, "Update", csoId, context);
+  const SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoId(object, schema);
+  if (UpdatesNothing(object)) {
+    return;
+  }
+  ValidateUpdate(schema, object);
+  // Cleaning may have left nothing.
+  if (UpdatesNothing(object)) {
+    return;
+  }
+  CheckBootTimeContext(schema, object, context, connection_);
+  // What is read has to be there still when the result is written.
+  RunUnderTransaction(*this, "Update",
+                      [&] { UpdateInternal(object, schema, context, connection_); });
+  NotifyIfAllowlisted(csoId, connection_);
+}
+
+void ConfigStoreImpl::Delete(const ConfigStoreObjectId& csoId) {
+  LogStoreCall(kWrite, "Delete", csoId, EXTERNAL);
+  ValidateCsoId(csoId, FindSchema(csoId));
+  DeleteInternal(csoId, connection_);
+  NotifyIfAllowlisted(csoId, connection_);
 }
 
 }  // namespace TarnConfigStore

@@ -1,31 +1,47 @@
 #include "store/under_transaction.h"
 
-#include "tarnconfigstore/exceptions.h"
-
 #include "errors/raise.h"
 
 #include <exception>
 #include <string>
 
 namespace TarnConfigStore {
+namespace {
 
-void RunUnderTransaction(const DBStore::ConnectionHandle& connection, const char* name,
-                         const std::function<void()>& steps) {
-  if (DBStore::BeginTransaction(connection) != 0) {
+template <class Begin, class Commit, class Cancel>
+void Run(const char* name, const std::function<void()>& steps, Begin begin, Commit commit,
+         Cancel cancel) {
+  if (begin() != 0) {
     ThrowFailure(std::string("Begin Transaction failed for: ") + name);
   }
   try {
     steps();
-    if (DBStore::CommitTransaction(connection) != 0) {
+    if (commit() != 0) {
       ThrowFailure("Commit transaction failed.");
     }
   } catch (const ConfigStoreException&) {
-    DBStore::CancelTransaction(connection);
+    cancel();
     throw;
   } catch (const std::exception& failure) {
-    DBStore::CancelTransaction(connection);
+    cancel();
     ThrowFailure(std::string("Operation failed: ") + failure.what());
   }
+}
+
+}  // namespace
+
+void RunUnderTransaction(const DBStore::ConnectionHandle& connection, const char* name,
+                         const std::function<void()>& steps) {
+  Run(
+      name, steps, [&] { return DBStore::BeginTransaction(connection); },
+      [&] { return DBStore::CommitTransaction(connection); },
+      [&] { DBStore::CancelTransaction(connection); });
+}
+
+void RunUnderTransaction(ConfigStore& store, const char* name, const std::function<void()>& steps) {
+  Run(
+      name, steps, [&] { return store.BeginTransaction(); },
+      [&] { return store.CommitTransaction(); }, [&] { store.CancelTransaction(); });
 }
 
 }  // namespace TarnConfigStore

@@ -1,6 +1,8 @@
 // Running steps so that either all of them take effect or none.
 #pragma once
 
+#include "tarnconfigstore/config_store.h"
+
 #include "platform/db_store.h"
 
 #include <functional>
@@ -14,5 +16,9 @@ namespace TarnConfigStore {
 /// failed for: NAME" and cancels nothing.
 void RunUnderTransaction(const DBStore::ConnectionHandle& connection, const char* name,
                          const std::function<void()>& steps);
+
+/// The same in a transaction of a store, through the store's own operations: a database layer that
+/// refuses to cancel is fatal there.
+void RunUnderTransaction(ConfigStore& store, const char* name, const std::function<void()>& steps);
 
 }  // namespace TarnConfigStore

@@ -92,6 +92,10 @@ void ValidateUpdate(const SchemaHandle& schema, const ObjectHandle& object) {
   CleanAndRequire(schema, object, UpdateRules(), CS_UPDATE_INVALID);
 }
 
+void ValidateUpdated(const SchemaHandle& schema, const ObjectHandle& object) {
+  Require(schema, object, SetRules(), CS_UPDATE_INVALID);
+}
+
 void ValidateApplyFile(const Json::Value& value, const Json::Value& schema) {
   std::vector<ErrorInfo> errors;
   ValidateValue(schema, value, ApplyFileRules(), errors, false);

@@ -45,6 +45,10 @@ void ValidatePartialConfig(const SchemaHandle& schema, const ObjectHandle& objec
 void ValidateSet(const SchemaHandle& schema, const ObjectHandle& object);            // 1089
 void ValidateUpdate(const SchemaHandle& schema, const ObjectHandle& object);         // 1090
 
+/// What an update makes of an object, checked whole, as it is, as one that is to be set; raises
+/// ValidationException 1090.
+void ValidateUpdated(const SchemaHandle& schema, const ObjectHandle& object);
+
 /// A value of a file that is to be applied, against a schema; raises ValidationException 1091.
 void ValidateApplyFile(const Json::Value& value, const Json::Value& schema);
 

@@ -1,0 +1,87 @@
+#include "persistence/write_values.h"
+
+#include "platform/upgrade_context.h"
+
+#include "errors/raise.h"
+#include "objects/config_store_object_impl.h"
+#include "objects/generated_ids.h"
+#include "objects/same_type.h"
+#include "objects/schema_lookup.h"
+#include "persistence/binder.h"
+#include "persistence/statements.h"
+
+#include <string_view>
+
+namespace TarnConfigStore {
+namespace {
+
+// The upgrade context in which rows stay to be confirmed.
+constexpr int kUnconfirmedUpgrade = 2;
+
+// Hands each object's version and text on. A bulk write is of one type, whose schema is then looked
+// up once.
+template <class Write>
+void ForEachText(const std::vector<ObjectHandle>& objects, Write write) {
+  SchemaHandle schema;
+  const ConfigStoreObjectId* known = nullptr;
+  for (const ObjectHandle& object : objects) {
+    const ConfigStoreObjectId& id = object->GetConfigStoreObjectId();
+    if (known == nullptr || !IsSameType(*known, id)) {
+      schema = RequireSchema(id);
+      known = &id;
+    }
+    GiveGeneratedIds(*object, *schema);
+    write(id, schema->GetVersion(), object->GetImplementation()->GetSerializedData());
+  }
+}
+
+void WriteInstances(std::string_view sql, const std::vector<ObjectHandle>& objects,
+                    const DBStore::ConnectionHandle& connection) {
+  ForEachText(objects, [&](const ConfigStoreObjectId& id, const std::string& version,
+                           const std::string& text) {
+    const DBStore::StatementHandle statement =
+        DBStore::internal::Prepare(connection, sql, DBStore::kWaitLimit);
+    if (!Binder(connection, statement)
+             .Text(id.instanceId, id.key, id.group, id.component, version)
+             .Nullable(text)
+             .Execute()) {
+      ThrowFailure("Write config instances failed");
+    }
+  });
+}
+
+}  // namespace
+
+void WriteUserConfigInstances(const std::vector<ObjectHandle>& objects,
+                              const DBStore::ConnectionHandle& connection, bool confirmed) {
+  const int success = confirmed || GetUpgradeCtx() != kUnconfirmedUpgrade ? 1 : 0;
+  ForEachText(objects, [&](const ConfigStoreObjectId& id, const std::string& version,
+                           const std::string& text) {
+    const DBStore::StatementHandle statement =
+        DBStore::internal::Prepare(connection, WRITE_USER, DBStore::kWaitLimit);
+    if (!Binder(connection, statement)
+             .Text(id.instanceId, id.key, id.group, id.component, version)
+             .Number(success)
+             .Nullable(text)
+             .Execute()) {
+      ThrowFailure("Write user data failed");
+    }
+  });
+}
+
+void WriteCachedConfigInstances(const std::vector<ObjectHandle>& objects,
+                                const DBStore::ConnectionHandle& connection) {
+  WriteInstances(WRITE_CACHED, objects, connection);
+}
+
+void WriteVitalConfigInstances(const std::vector<ObjectHandle>& objects,
+                               const DBStore::ConnectionHandle& connection) {
+  WriteInstances(WRITE_VITAL, objects, connection);
+}
+
+void WriteAutoConfConfigInstances(const std::vector<ObjectHandle>& objects,
+                                  const DBStore::ConnectionHandle& connection) {
+  WriteInstances(WRITE_AUTOMATIC, objects, connection);
+}
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,45 @@
+#include "store/bulk_lists.h"
+
+#include "tarnconfigstore/exceptions.h"
+
+#include "errors/raise.h"
+#include "objects/same_type.h"
+#include "validation/guards.h"
+
+#include <string_view>
+#include <unordered_set>
+
+namespace TarnConfigStore {
+
+ConfigStoreObjectId DropEmptyHandles(ObjectList& objects, const char* operation) {
+  std::erase_if(objects, [operation](const auto& object) { return IsNull(object, operation); });
+  if (objects.empty()) {
+    ThrowException<InvalidArgumentException>(CS_NO_OBJECTS);
+  }
+  return objects.front()->GetConfigStoreObjectId();
+}
+
+void CheckInstances(
+    const ObjectList& objects, const ConfigStoreObjectId& type,
+    const std::function<void(const std::shared_ptr<ConfigStoreObject>&)>& validate) {
+  std::unordered_set<std::string_view> instances;
+  instances.reserve(objects.size());
+  for (const auto& object : objects) {
+    const ConfigStoreObjectId& id = object->GetConfigStoreObjectId();
+    if (!IsSameType(id, type)) {
+      ThrowException<InvalidArgumentException>(CS_MIXED_TYPES);
+    }
+    validateInstanceId(id);
+    if (!instances.insert(id.instanceId).second) {
+      const std::string message = "The instance is listed twice: " + id.toString();
+      throw InvalidArgumentException(CS_GENERIC, message.c_str());
+    }
+    validate(object);
+  }
+}
+
+void DropEmptyObjects(ObjectList& objects, const char* operation) {
+  std::erase_if(objects, [operation](const auto& object) { return ObjIsEmpty(object, operation); });
+}
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,28 @@
+// What the operations on several objects make sure of.
+#pragma once
+
+#include "tarnconfigstore/config_store_object.h"
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace TarnConfigStore {
+
+using ObjectList = std::vector<std::shared_ptr<ConfigStoreObject>>;
+
+/// Drops the empty handles, each logged as code 1041 under the operation's name, and returns the
+/// identifier of the first object, which names the type. Raises InvalidArgumentException 1061 when
+/// nothing is left.
+ConfigStoreObjectId DropEmptyHandles(ObjectList& objects, const char* operation);
+
+/// Checks every object, in order: it is of the type named (else InvalidArgumentException 1062), its
+/// identifier has an instance id that no object before it has (else ValidationException 2000, or
+/// InvalidArgumentException 2000 naming the id), and what `validate` raises.
+void CheckInstances(const ObjectList& objects, const ConfigStoreObjectId& type,
+                    const std::function<void(const std::shared_ptr<ConfigStoreObject>&)>& validate);
+
+/// Leaves out the objects without data, each logged; they are not written.
+void DropEmptyObjects(ObjectList& objects, const char* operation);
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,138 @@
+#include "notify/notification.h"
+#include "objects/schema_lookup.h"
+#include "persistence/delete_config.h"
+#include "persistence/read_current.h"
+#include "persistence/revision.h"
+#include "persistence/write_config.h"
+#include "persistence/write_values.h"
+#include "store/boot_context.h"
+#include "store/bulk_lists.h"
+#include "store/config_store_impl.h"
+#include "store/trace.h"
+#include "store/under_transaction.h"
+#include "validation/guards.h"
+#include "validation/object_validation.h"
+#include "validation/user_data.h"
+
+#include <utility>
+
+namespace TarnConfigStore {
+namespace {
+
+constexpr int kWrite = 3;
+
+}  // namespace
+
+void ConfigStoreImpl::DeleteInstances(const std::shared_ptr<FilterSpecObject>& filter) {
+  if (IsNull(filter, "DeleteInstances")) {
+    return;
+  }
+  const ConfigStoreObjectId& csoId = filter->GetConfigStoreObjectId();
+  LogStoreCall(kWrite, "DeleteInstances", csoId, EXTERNAL);
+  const SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoIdInstances(csoId, schema);
+  if (filter->IsEmpty()) {
+    // One statement, which needs no transaction and has never been announced.
+    if (csoId.instanceId.empty()) {
+      DeleteInstancesInternal(csoId, connection_);
+    } else {
+      DeleteInternal(csoId, connection_);
+    }
+    return;
+  }
+  RunUnderTransaction(*this, "DeleteInstances", [&] {
+    for (const ObjectHandle& object : GetConfigInstancesInternal(filter, connection_, schema)) {
+      DeleteInternal(object->GetConfigStoreObjectId(), connection_);
+    }
+  });
+  NotifyIfAllowlisted(csoId, connection_);
+}
+
+void ConfigStoreImpl::SetInstances(std::vector<std::shared_ptr<ConfigStoreObject>> objects,
+                                   const USERDATA_CONTEXT& context) {
+  ConfigStoreObjectId type = DropEmptyHandles(objects, "SetInstances");
+  LogStoreCall(kWrite, "SetInstances", type, EXTERNAL);
+  type.instanceId.clear();
+  const auto schemaCache = TarnSchemaStore::SchemaStore::GetCache();
+  const SchemaHandle schema = FindSchema(schemaCache, type);
+  ValidateCsoIdInstances(type, schema);
+  const bool closed = IsClosedDuringBoot(schema, connection_);
+  CheckInstances(objects, type, [&](const ObjectHandle& object) {
+    ValidateSet(schema, object);
+    if (closed && isUserType(object, schema)) {
+      checkUserContext(true, context);
+    }
+  });
+  DropEmptyObjects(objects, "SetInstances");
+  if (objects.empty()) {
+    return;
+  }
+  RunUnderTransaction(*this, "SetInstances", [&] {
+    const ExistingInstances existing = ReadExistingInstances(type, connection_);
+    DeleteInstancesInternal(type, connection_);
+    SetInstancesInternal(objects, context, schemaCache, connection_, existing);
+  });
+  NotifyIfAllowlisted(type, connection_);
+}
+
+void ConfigStoreImpl::SetDataInstancesInternal(ObjectList objects, ValidateData validate,
+                                               DeleteValues deleteExisting,
+                                               WriteConfirmable writeWithFlag, WriteValues write,
+                                               const SchemaHandle& schema, const char* operation) {
+  const ConfigStoreObjectId first = objects.front()->GetConfigStoreObjectId();
+  CheckInstances(objects, first, [&](const ObjectHandle& object) { validate(schema, object); });
+  DropEmptyObjects(objects, operation);
+  if (objects.empty()) {
+    return;
+  }
+  RunUnderTransaction(*this, "SetDataInstancesInternal", [&] {
+    deleteExisting(first, connection_);
+    if (writeWithFlag != nullptr) {
+      writeWithFlag(objects, connection_, schema->IsConfirmedDuringUpgrade());
+    }
+    if (write != nullptr) {
+      write(objects, connection_);
+    }
+  });
+  NotifyIfAllowlisted(first, connection_);
+}
+
+void ConfigStoreImpl::SetUserDataInstances(std::vector<std::shared_ptr<ConfigStoreObject>> objects,
+                                           const USERDATA_CONTEXT& context) {
+  const ConfigStoreObjectId first = DropEmptyHandles(objects, "SetUserDataInstances");
+  LogStoreCall(kWrite, "SetUserDataInstances", first, EXTERNAL);
+  const SchemaHandle schema = FindSchema(first);
+  ValidateCsoIdInstances(first, schema);
+  if (IsClosedDuringBoot(schema, connection_)) {
+    checkUserContext(true, context);
+  }
+  if (context == EXTERNAL) {
+    SetDataInstancesInternal(std::move(objects), ValidateUserConfig, DeleteUserConfigInstances,
+                             WriteUserConfigInstances, nullptr, schema, "SetUserDataInstances");
+  } else {
+    SetDataInstancesInternal(std::move(objects), ValidateUserConfig, DeleteAutoConfConfigInstances,
+                             nullptr, WriteAutoConfConfigInstances, schema, "SetUserDataInstances");
+  }
+}
+
+void ConfigStoreImpl::SetCachedDataInstances(
+    std::vector<std::shared_ptr<ConfigStoreObject>> objects) {
+  const ConfigStoreObjectId first = DropEmptyHandles(objects, "SetCachedDataInstances");
+  LogStoreCall(kWrite, "SetCachedDataInstances", first, EXTERNAL);
+  const SchemaHandle schema = FindSchema(first);
+  ValidateCsoIdInstances(first, schema);
+  SetDataInstancesInternal(std::move(objects), ValidateCachedConfig, DeleteCachedConfigInstances,
+                           nullptr, WriteCachedConfigInstances, schema, "SetCachedDataInstances");
+}
+
+void ConfigStoreImpl::SetVitalDataInstances(
+    std::vector<std::shared_ptr<ConfigStoreObject>> objects) {
+  const ConfigStoreObjectId first = DropEmptyHandles(objects, "SetVitalDataInstances");
+  LogStoreCall(kWrite, "SetVitalDataInstances", first, EXTERNAL);
+  const SchemaHandle schema = FindSchema(first);
+  ValidateCsoIdInstances(first, schema);
+  SetDataInstancesInternal(std::move(objects), ValidateVitalConfig, DeleteVitalConfigInstances,
+                           nullptr, WriteVitalConfigInstances, schema, "SetVitalDataInstances");
+}
+
+}  // namespace TarnConfigStore

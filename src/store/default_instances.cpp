@@ -1,0 +1,88 @@
+#include "tarnconfigstore/default_instances.h"
+
+#include "tarnconfigstore/exceptions.h"
+
+#include "platform/config_store_document.h"
+#include "platform/logger.h"
+
+#include "errors/raise.h"
+#include "objects/config_store_object_impl.h"
+#include "objects/same_type.h"
+#include "objects/schema_lookup.h"
+#include "persistence/connection.h"
+#include "persistence/read_default.h"
+#include "validation/guards.h"
+
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace TarnConfigStore {
+namespace {
+
+using Objects = std::vector<ObjectHandle>;
+
+Objects ReadShipped(const ConfigStoreObjectId& type, const Objects& objects,
+                    const char* operation) {
+  CSLogger::Log(4, "%s invoked", operation);
+  const SchemaHandle schema = FindSchema(type);
+  ValidateCsoIdInstances(type, schema);
+  for (const ObjectHandle& object : objects) {
+    if (object && !IsSameType(object->GetConfigStoreObjectId(), type)) {
+      ThrowException<InvalidArgumentException>(CS_MIXED_TYPES);
+    }
+  }
+  const auto all =
+      std::make_shared<FilterSpecObject>(ConfigStoreObjectId(type.key, type.group, type.component));
+  return GetDefaultConfigInstancesInternal(all, GetDBStore(DBStore::Type::CURRENT_STORE, true),
+                                           schema);
+}
+
+std::string_view InstanceId(const ObjectHandle& object) {
+  return object->GetConfigStoreObjectId().instanceId;
+}
+
+bool HoldsTheSame(const ObjectHandle& a, const ObjectHandle& b) {
+  const auto data = [](const ObjectHandle& object, Json::Document& copy) -> const Json::Value& {
+    copy.CopyFrom(object->GetImplementation()->GetRoot(), copy.GetAllocator());
+    ClearGeneratedInstanceId(copy);
+    return copy;
+  };
+  Json::Document copyOfA;
+  Json::Document copyOfB;
+  return ConfigStoreDocument::ValuesEqual(data(a, copyOfA), data(b, copyOfB));
+}
+
+}  // namespace
+
+void AddDefaultConfigInstances(const ConfigStoreObjectId& type, Objects& objects) {
+  const Objects shipped = ReadShipped(type, objects, "AddDefaultConfigInstances");
+  std::unordered_set<std::string_view> present;
+  for (const ObjectHandle& object : objects) {
+    if (object) {
+      present.insert(InstanceId(object));
+    }
+  }
+  for (const ObjectHandle& object : shipped) {
+    if (present.count(InstanceId(object)) == 0) {
+      objects.push_back(object);
+    }
+  }
+}
+
+void FilterDefaultConfigInstances(const ConfigStoreObjectId& type, Objects& objects) {
+  const Objects shipped = ReadShipped(type, objects, "FilterDefaultConfigInstances");
+  std::unordered_map<std::string_view, ObjectHandle> byId;
+  for (const ObjectHandle& object : shipped) {
+    byId.emplace(InstanceId(object), object);
+  }
+  std::erase_if(objects, [&](const ObjectHandle& object) {
+    if (!object) {
+      return false;
+    }
+    const auto found = byId.find(InstanceId(object));
+    return found != byId.end() && HoldsTheSame(object, found->second);
+  });
+}
+
+}  // namespace TarnConfigStore
