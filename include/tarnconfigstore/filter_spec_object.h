@@ -15,12 +15,11 @@ class FilterSpecObjectImpl;
 /// of that name; of an object only the members given are compared, of a list every element given
 /// has to be found. No data, no conditions. Thread safety is that of StoreObject.
 ///
-/// Conditions on a sub-object are a filter too: a view of the member of the filter's data, as
-/// ConfigStoreObject describes it, which adds to the conditions. Conditions on an instance of a
-/// sub-object can be written down but not filtered by: an operation that is given them raises
-/// ConfigStoreException 2000 "FilterConfigStoreObjects: Non-Singleton SubObject filtering not
-/// supported", and so for conditions on a member that, by its type, holds instances. They are kept
-/// beside the filter's data until they are deleted.
+/// Conditions on a sub-object are a filter too: a view of their place in the filter's data, as
+/// ConfigStoreObject describes it. Conditions on an instance of a sub-object can be written down but
+/// not filtered by: an operation that is given them raises ConfigStoreException 2000
+/// "FilterConfigStoreObjects: Non-Singleton SubObject filtering not supported", and so for
+/// conditions on a sub-object where the type has instances and there are objects to choose from.
 class TARN_CONFIG_STORE_EXPORT FilterSpecObject : public StoreObject {
  public:
   explicit FilterSpecObject(const ConfigStoreObjectId& id);
@@ -29,11 +28,11 @@ class TARN_CONFIG_STORE_EXPORT FilterSpecObject : public StoreObject {
   explicit FilterSpecObject(std::shared_ptr<FilterSpecObjectImpl> const& implementation);
 
   // Sub-object filters. All raise InvalidArgumentException 2000 for an empty key, and
-  // InvalidTypeException where the member of the data is neither absent, null nor an object.
+  // InvalidTypeException where the member of the data holds something else than such conditions.
 
-  /// Adds conditions on a sub-object; none yet. Raises ConfigStoreException 2000 "SubObject filter
-  /// already exists." when there are some, and the same code when the data would nest deeper than
-  /// 128 levels.
+  /// Adds conditions on a sub-object: for the time being, that it is there. Raises
+  /// ConfigStoreException 2000 "SubObject filter already exists." when there are some, and the same
+  /// code when the data would nest deeper than 128 levels.
   std::shared_ptr<FilterSpecObject> CreateSubObjectFilter(const SubObjectId& id);
 
   /// The conditions on a sub-object, or an empty pointer when there are none.

@@ -14,17 +14,6 @@
 namespace TarnConfigStore {
 namespace {
 
-bool HasGeneratedInstanceId(const Json::Value& value) {
-  if (value.IsArray()) {
-    return std::any_of(value.Begin(), value.End(), HasGeneratedInstanceId);
-  }
-  return value.IsObject() &&
-         std::any_of(value.MemberBegin(), value.MemberEnd(), [](const auto& member) {
-           return Json::Text(member.name) == kGeneratedInstanceIdMember ||
-                  HasGeneratedInstanceId(member.value);
-         });
-}
-
 std::string Serialized(const Json::Value& value, const ConfigStoreObjectId& id) {
   std::string text;
   if (!ConfigStoreDocument::SerializeValue(value, text)) {
@@ -130,6 +119,17 @@ void ConfigStoreObjectImpl::SetValueEx(const char* key, const void* value) {
   // it.
   Json::Value copy(*static_cast<const Json::Value*>(value), GetAllocator());
   Assign(key, std::move(copy));
+}
+
+bool HasGeneratedInstanceId(const Json::Value& value) {
+  if (value.IsArray()) {
+    return std::any_of(value.Begin(), value.End(), HasGeneratedInstanceId);
+  }
+  return value.IsObject() &&
+         std::any_of(value.MemberBegin(), value.MemberEnd(), [](const auto& member) {
+           return Json::Text(member.name) == kGeneratedInstanceIdMember ||
+                  HasGeneratedInstanceId(member.value);
+         });
 }
 
 void ClearGeneratedInstanceId(Json::Value& value) {

@@ -81,6 +81,9 @@ class ConfigStoreObjectImpl : public StoreObjectImpl {
   std::shared_ptr<TarnSchemaStore::SchemaObject> schema_;
 };
 
+/// True when there are generated instance ids at any depth.
+bool HasGeneratedInstanceId(const Json::Value& value);
+
 /// Removes the generated instance ids at any depth.
 void ClearGeneratedInstanceId(Json::Value& value);
 

@@ -70,7 +70,8 @@ bool ConditionsMeetInstances(const Json::Value& conditions, SchemaNode type) {
 
 void RefuseInstanceFilters(const FilterSpecObjectImpl& filter,
                            const std::vector<std::shared_ptr<ConfigStoreObject>>& objects) {
-  bool refused = filter.HasInstanceFilters();
+  // In a filter, what looks like a generated id names the instance that conditions are on.
+  bool refused = HasGeneratedInstanceId(filter.GetRoot());
   if (!refused && !objects.empty()) {
     // All objects are of one type.
     const auto& schema = objects.front()->GetImplementation()->GetSchema();

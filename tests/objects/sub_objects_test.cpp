@@ -246,7 +246,8 @@ TEST_F(SubObjectsTest, FiltersHaveConditionsOnSubObjects) {
   lease->CreateSubObjectFilter(Port("p1"))->SetValue("vlan", 1);
   EXPECT_EQ(Raised([&] { lease->CreateSubObjectFilter(Port("p1")); }),
             "CSE 2000 SubObject filter already exists.");
-  EXPECT_EQ(lease->GetSubObjectFilter(Port("p1"))->GetData(), R"({"vlan":1})");
+  int vlan = 0;
+  EXPECT_EQ(lease->GetSubObjectFilter(Port("p1"))->GetValue("vlan", &vlan), 1);
   EXPECT_EQ(Raised(kept), refused);
   lease->DeleteSubObjectFilter(Port("p1"));
   EXPECT_EQ(kept(), 1U);
@@ -259,6 +260,11 @@ TEST_F(SubObjectsTest, FiltersHaveConditionsOnSubObjects) {
   EXPECT_EQ(Raised([&] { filter->DeleteSubObjectFilter(SubObjectId("lease")); }), kGone);
   filter->CreateSubObjectFilter(SubObjectId("ports"));
   EXPECT_EQ(Raised(kept), refused) << "the type holds instances there";
+  filter->DeleteSubObjectFilter(SubObjectId("ports"));
+  filter->CreateSubObjectFilter(Port("p1"));
+  trees.clear();
+  EXPECT_EQ(Raised(kept), refused) << "whatever there is to filter";
+  EXPECT_FALSE(filter->IsEmpty()) << "empty filters stand for everything, deletes included";
 }
 
 }  // namespace
