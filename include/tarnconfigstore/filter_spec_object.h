@@ -16,7 +16,8 @@ class FilterSpecObjectImpl;
 /// has to be found. No data, no conditions. Thread safety is that of StoreObject.
 ///
 /// Conditions on a sub-object are a filter too: a view of their place in the filter's data, as
-/// ConfigStoreObject describes it. Conditions on an instance of a sub-object can be written down but
+/// ConfigStoreObject describes it, where the member "cs_generated_id" holds the id of an instance,
+/// whatever the type calls it. Conditions on an instance of a sub-object can be written down but
 /// not filtered by: an operation that is given them raises ConfigStoreException 2000
 /// "FilterConfigStoreObjects: Non-Singleton SubObject filtering not supported", and so for
 /// conditions on a sub-object where the type has instances and there are objects to choose from.
