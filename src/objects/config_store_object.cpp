@@ -30,4 +30,29 @@ std::string ConfigStoreObject::GetData() const {
   return object_->GetData();
 }
 
+std::optional<std::string> ConfigStoreObject::GetPath(const std::string& pointer) const {
+  return object_->GetPath(pointer);
+}
+
+std::shared_ptr<ConfigStoreObject> ConfigStoreObject::CreateSubObject(const SubObjectId& id) {
+  return object_->CreateSubObject(id);
+}
+
+std::shared_ptr<ConfigStoreObject> ConfigStoreObject::GetSubObject(const SubObjectId& id) {
+  return object_->GetSubObject(id);
+}
+
+std::vector<std::shared_ptr<ConfigStoreObject>> ConfigStoreObject::GetSubObjectInstances(
+    const std::string& key) {
+  return object_->GetSubObjectInstances(key);
+}
+
+void ConfigStoreObject::DeleteSubObject(const SubObjectId& id) {
+  object_->DeleteSubObject(id);
+}
+
+void ConfigStoreObject::DeleteSubObjectInstances(const std::string& key) {
+  object_->DeleteSubObjectInstances(key);
+}
+
 }  // namespace TarnConfigStore

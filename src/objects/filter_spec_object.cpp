@@ -17,4 +17,16 @@ FilterSpecObject::FilterSpecObject(const ConfigStoreObjectId& id) : FilterSpecOb
 FilterSpecObject::FilterSpecObject(std::shared_ptr<FilterSpecObjectImpl> const& implementation)
     : StoreObject(implementation.get()), filter_(implementation) {}
 
+std::shared_ptr<FilterSpecObject> FilterSpecObject::CreateSubObjectFilter(const SubObjectId& id) {
+  return filter_->CreateSubObjectFilter(id);
+}
+
+std::shared_ptr<FilterSpecObject> FilterSpecObject::GetSubObjectFilter(const SubObjectId& id) {
+  return filter_->GetSubObjectFilter(id);
+}
+
+void FilterSpecObject::DeleteSubObjectFilter(const SubObjectId& id) {
+  filter_->DeleteSubObjectFilter(id);
+}
+
 }  // namespace TarnConfigStore

@@ -1,13 +1,27 @@
 // The filter behind FilterSpecObject.
 #pragma once
 
+#include "tarnconfigstore/filter_spec_object.h"
+
 #include "objects/store_object_impl.h"
+
+#include <memory>
 
 namespace TarnConfigStore {
 
+/// Contracts as for FilterSpecObject, whose operations forward to those of the same name here.
 class FilterSpecObjectImpl : public StoreObjectImpl {
  public:
   explicit FilterSpecObjectImpl(const ConfigStoreObjectId& id) : StoreObjectImpl(id) {}
+  /// The conditions on a sub-object: a view of the data around it.
+  FilterSpecObjectImpl(const SubObjectId& id, std::unique_ptr<const SubObjectPlace> place);
+
+  std::shared_ptr<FilterSpecObject> CreateSubObjectFilter(const SubObjectId& id);
+  std::shared_ptr<FilterSpecObject> GetSubObjectFilter(const SubObjectId& id);
+  void DeleteSubObjectFilter(const SubObjectId& id);
+
+ private:
+  std::unique_ptr<const SubObjectPlace> PlaceOf(const SubObjectId& id);
 };
 
 }  // namespace TarnConfigStore
