@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Updates, layers, instances and deletes, end to end in a temporary root: instances_test.sh TARNCTL TYPES
+# shellcheck source-path=SCRIPTDIR source=support.sh
 . "$(dirname "$0")/support.sh"
 
 nics=tarn/network/interfaces

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Drives tarnctl end to end in a temporary root: tarnctl_test.sh TARNCTL TYPES
+# shellcheck source-path=SCRIPTDIR source=support.sh
 . "$(dirname "$0")/support.sh"
 
 tree() { (cd "$TARN_HOST_ROOT" && find . | sort); }
