@@ -35,20 +35,20 @@ std::optional<std::string> ConfigStoreObject::GetPath(const std::string& pointer
 }
 
 std::shared_ptr<ConfigStoreObject> ConfigStoreObject::CreateSubObject(const SubObjectId& id) {
-  return object_->CreateSubObject(id);
+  return ConfigStoreObjectImpl::CreateSubObject(object_, id);
 }
 
 std::shared_ptr<ConfigStoreObject> ConfigStoreObject::GetSubObject(const SubObjectId& id) {
-  return object_->GetSubObject(id);
+  return ConfigStoreObjectImpl::GetSubObject(object_, id);
 }
 
 std::vector<std::shared_ptr<ConfigStoreObject>> ConfigStoreObject::GetSubObjectInstances(
     const std::string& key) {
-  return object_->GetSubObjectInstances(key);
+  return ConfigStoreObjectImpl::GetSubObjectInstances(object_, key);
 }
 
 void ConfigStoreObject::DeleteSubObject(const SubObjectId& id) {
-  object_->DeleteSubObject(id);
+  ConfigStoreObjectImpl::DeleteSubObject(object_, id);
 }
 
 void ConfigStoreObject::DeleteSubObjectInstances(const std::string& key) {

@@ -107,40 +107,42 @@ ConfigStoreObjectImpl::ConfigStoreObjectImpl(const ConfigStoreObjectImpl& parent
       place_(GetPlace()->Index()),
       schema_(type) {}
 
-Object ConfigStoreObjectImpl::CreateSubObject(const SubObjectId& id) {
-  const Member member = Describe(schema_, id.key);
+Object ConfigStoreObjectImpl::CreateSubObject(const Shared& object, const SubObjectId& id) {
+  const Member member = Describe(object->schema_, id.key);
   SubObjectId named = id;
   if (named.instanceId.empty() && member.idMember == kGeneratedInstanceIdMember) {
     named.instanceId = GenerateInstanceId();
   }
   CheckInstanceId(member, named);
-  auto place = std::make_unique<SubObjectPlace>(shared_from_this(), named, member.idMember);
+  auto place = std::make_unique<SubObjectPlace>(object, named, member.idMember);
   if (place->Find() != nullptr) {
     ThrowFailure("Object already exists.");
   }
   place->Create();
-  return MakeView(*this, named, member.type, std::move(place));
+  return MakeView(*object, named, member.type, std::move(place));
 }
 
-Object ConfigStoreObjectImpl::GetSubObject(const SubObjectId& id) {
-  const Member member = DescribeOne(schema_, id);
-  auto place = std::make_unique<SubObjectPlace>(shared_from_this(), id, member.idMember);
+Object ConfigStoreObjectImpl::GetSubObject(const Shared& object, const SubObjectId& id) {
+  const Member member = DescribeOne(object->schema_, id);
+  auto place = std::make_unique<SubObjectPlace>(object, id, member.idMember);
   if (place->Find() == nullptr) {
     LogNotFound("GetSubObject", id.key);
     return nullptr;
   }
-  return MakeView(*this, id, member.type, std::move(place));
+  return MakeView(*object, id, member.type, std::move(place));
 }
 
-std::vector<Object> ConfigStoreObjectImpl::GetSubObjectInstances(const std::string& key) {
-  const Member member = DescribeInstances(schema_, key);
+std::vector<Object> ConfigStoreObjectImpl::GetSubObjectInstances(const Shared& object,
+                                                                 const std::string& key) {
+  const Member member = DescribeInstances(object->schema_, key);
   std::vector<Object> views;
-  Json::Value* list = FindInstances(GetRoot(), key);
+  Json::Value* list = FindInstances(object->GetRoot(), key);
   if (list == nullptr) {
     LogNotFound("GetSubObjectInstances", key);
     return views;
   }
   views.reserve(list->Size());
+  Json::Allocator& allocator = object->GetAllocator();
   for (rapidjson::SizeType i = 0; i < list->Size(); ++i) {
     Json::Value& element = (*list)[i];
     if (!element.IsObject()) {
@@ -148,19 +150,18 @@ std::vector<Object> ConfigStoreObjectImpl::GetSubObjectInstances(const std::stri
     }
     if (member.idMember == kGeneratedInstanceIdMember &&
         Json::FindMember(element, member.idMember) == nullptr) {
-      element.AddMember(Json::Copy(member.idMember, GetAllocator()),
-                        Json::Copy(GenerateInstanceId(), GetAllocator()), GetAllocator());
+      element.AddMember(Json::Copy(member.idMember, allocator),
+                        Json::Copy(GenerateInstanceId(), allocator), allocator);
     }
     const SubObjectId id(key, GetInstanceIdFromValue(element, *member.type));
-    views.push_back(
-        MakeView(*this, id, member.type,
-                 std::make_unique<SubObjectPlace>(shared_from_this(), id, member.idMember, i)));
+    views.push_back(MakeView(*object, id, member.type,
+                             std::make_unique<SubObjectPlace>(object, id, member.idMember, i)));
   }
   return views;
 }
 
-void ConfigStoreObjectImpl::DeleteSubObject(const SubObjectId& id) {
-  SubObjectPlace(shared_from_this(), id, DescribeOne(schema_, id).idMember).Delete();
+void ConfigStoreObjectImpl::DeleteSubObject(const Shared& object, const SubObjectId& id) {
+  SubObjectPlace(object, id, DescribeOne(object->schema_, id).idMember).Delete();
 }
 
 void ConfigStoreObjectImpl::DeleteSubObjectInstances(const std::string& key) {

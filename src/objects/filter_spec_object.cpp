@@ -18,15 +18,15 @@ FilterSpecObject::FilterSpecObject(std::shared_ptr<FilterSpecObjectImpl> const& 
     : StoreObject(implementation.get()), filter_(implementation) {}
 
 std::shared_ptr<FilterSpecObject> FilterSpecObject::CreateSubObjectFilter(const SubObjectId& id) {
-  return filter_->CreateSubObjectFilter(id);
+  return FilterSpecObjectImpl::CreateSubObjectFilter(filter_, id);
 }
 
 std::shared_ptr<FilterSpecObject> FilterSpecObject::GetSubObjectFilter(const SubObjectId& id) {
-  return filter_->GetSubObjectFilter(id);
+  return FilterSpecObjectImpl::GetSubObjectFilter(filter_, id);
 }
 
 void FilterSpecObject::DeleteSubObjectFilter(const SubObjectId& id) {
-  filter_->DeleteSubObjectFilter(id);
+  FilterSpecObjectImpl::DeleteSubObjectFilter(filter_, id);
 }
 
 }  // namespace TarnConfigStore

@@ -16,6 +16,17 @@ using Filter = std::shared_ptr<FilterSpecObject>;
 
 constexpr int kTrace = 4;
 
+// A filter knows no type, hence not the member that holds an instance id; the one for generated ids,
+// which no caller can mean, stands for it.
+std::unique_ptr<const SubObjectPlace> PlaceOf(const std::shared_ptr<FilterSpecObjectImpl>& filter,
+                                              const SubObjectId& id) {
+  if (id.key.empty()) {
+    ThrowArgument("key cannot be empty");
+  }
+  return std::make_unique<const SubObjectPlace>(
+      filter, id, id.instanceId.empty() ? "" : kGeneratedInstanceIdMember);
+}
+
 Filter MakeView(const SubObjectId& id, std::unique_ptr<const SubObjectPlace> place) {
   return std::make_shared<FilterSpecObject>(
       std::make_shared<FilterSpecObjectImpl>(id, std::move(place)));
@@ -27,8 +38,8 @@ FilterSpecObjectImpl::FilterSpecObjectImpl(const SubObjectId& id,
                                            std::unique_ptr<const SubObjectPlace> place)
     : StoreObjectImpl(id, std::move(place)) {}
 
-Filter FilterSpecObjectImpl::CreateSubObjectFilter(const SubObjectId& id) {
-  auto place = PlaceOf(id);
+Filter FilterSpecObjectImpl::CreateSubObjectFilter(const Shared& filter, const SubObjectId& id) {
+  auto place = PlaceOf(filter, id);
   if (place->Find() != nullptr) {
     ThrowFailure("SubObject filter already exists.");
   }
@@ -36,8 +47,8 @@ Filter FilterSpecObjectImpl::CreateSubObjectFilter(const SubObjectId& id) {
   return MakeView(id, std::move(place));
 }
 
-Filter FilterSpecObjectImpl::GetSubObjectFilter(const SubObjectId& id) {
-  auto place = PlaceOf(id);
+Filter FilterSpecObjectImpl::GetSubObjectFilter(const Shared& filter, const SubObjectId& id) {
+  auto place = PlaceOf(filter, id);
   if (place->Find() == nullptr) {
     CSLogger::Log(kTrace, "%s: Could not find key: %s", "GetSubObjectFilter", id.key.c_str());
     return nullptr;
@@ -45,25 +56,15 @@ Filter FilterSpecObjectImpl::GetSubObjectFilter(const SubObjectId& id) {
   return MakeView(id, std::move(place));
 }
 
-void FilterSpecObjectImpl::DeleteSubObjectFilter(const SubObjectId& id) {
-  PlaceOf(id)->Delete();
+void FilterSpecObjectImpl::DeleteSubObjectFilter(const Shared& filter, const SubObjectId& id) {
+  PlaceOf(filter, id)->Delete();
   if (id.instanceId.empty()) {
     return;
   }
   // An empty list would still be a condition.
-  if (FindInstances(GetRoot(), id.key)->Empty()) {
-    GetRoot().RemoveMember(Json::Reference(id.key));
+  if (FindInstances(filter->GetRoot(), id.key)->Empty()) {
+    filter->GetRoot().RemoveMember(Json::Reference(id.key));
   }
-}
-
-// A filter knows no type, hence not the member that holds an instance id; the one for generated ids,
-// which no caller can mean, stands for it.
-std::unique_ptr<const SubObjectPlace> FilterSpecObjectImpl::PlaceOf(const SubObjectId& id) {
-  if (id.key.empty()) {
-    ThrowArgument("key cannot be empty");
-  }
-  return std::make_unique<const SubObjectPlace>(
-      shared_from_this(), id, id.instanceId.empty() ? "" : kGeneratedInstanceIdMember);
 }
 
 }  // namespace TarnConfigStore

@@ -16,12 +16,13 @@ class FilterSpecObjectImpl : public StoreObjectImpl {
   /// The conditions on a sub-object: a view of the data around it.
   FilterSpecObjectImpl(const SubObjectId& id, std::unique_ptr<const SubObjectPlace> place);
 
-  std::shared_ptr<FilterSpecObject> CreateSubObjectFilter(const SubObjectId& id);
-  std::shared_ptr<FilterSpecObject> GetSubObjectFilter(const SubObjectId& id);
-  void DeleteSubObjectFilter(const SubObjectId& id);
-
- private:
-  std::unique_ptr<const SubObjectPlace> PlaceOf(const SubObjectId& id);
+  // Static, because what lies inside keeps the filter alive.
+  using Shared = std::shared_ptr<FilterSpecObjectImpl>;
+  static std::shared_ptr<FilterSpecObject> CreateSubObjectFilter(const Shared& filter,
+                                                                 const SubObjectId& id);
+  static std::shared_ptr<FilterSpecObject> GetSubObjectFilter(const Shared& filter,
+                                                              const SubObjectId& id);
+  static void DeleteSubObjectFilter(const Shared& filter, const SubObjectId& id);
 };
 
 }  // namespace TarnConfigStore

@@ -16,9 +16,8 @@ namespace TarnConfigStore {
 class SubObjectPlace;
 
 /// Contracts as for StoreObject, whose operations forward to those of the same name here. Either a
-/// whole object, which has a document of its own, or a view of an object within another one. Always
-/// owned by a shared pointer.
-class StoreObjectImpl : public std::enable_shared_from_this<StoreObjectImpl> {
+/// whole object, which has a document of its own, or a view of an object within another one.
+class StoreObjectImpl {
  public:
   explicit StoreObjectImpl(const ConfigStoreObjectId& id);
   /// Copies the value, if there is one, into the data.
