@@ -51,13 +51,11 @@ std::optional<std::string_view> RowMap::Find(std::string_view column) const {
 }
 
 void RowMap::Put(int count, const char* const* values, const char* const* names) {
-  std::size_t total = text_.size();
-  for (int i = 0; i < count; ++i) {
-    if (values[i] != nullptr) {
-      total += std::strlen(names[i]) + std::strlen(values[i]) + 1;
-    }
+  // As much as most rows take; longer ones make it grow.
+  constexpr std::size_t kUsualLength = 768;
+  if (text_.capacity() < kUsualLength) {
+    text_.reserve(kUsualLength);
   }
-  text_.reserve(total);
   columns_.reserve(columns_.size() + static_cast<std::size_t>(count));
   for (int i = 0; i < count; ++i) {
     if (values[i] == nullptr) {
@@ -79,8 +77,7 @@ void RowMap::Put(int count, const char* const* values, const char* const* names)
     const std::string_view value = values[i];
     column->value = static_cast<std::uint32_t>(text_.size());
     column->valueLength = static_cast<std::uint32_t>(value.size());
-    text_ += value;
-    text_ += '\0';
+    text_.append(value.data(), value.size() + 1);  // with the NUL that follows it
   }
 }
 

@@ -112,20 +112,44 @@ TEST(SchemaStore, ObjectsHandedOutOutliveAChange) {
   EXPECT_NE(old->GetPropertyValueSchema("a"), nullptr);
 }
 
+// What another process does to the schema store.
+void InAnotherProcess(const std::function<void()>& action) {
+  const pid_t child = fork();
+  if (child == 0) {
+    action();
+    _exit(0);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_EQ(status, 0);
+}
+
 TEST(SchemaStore, ChangeByAnotherProcessIsSeen) {
   const TemporaryHost host;
   KeepType("one", kAnySchema, "1.0");
   LetTheFileSettle();
   EXPECT_EQ(VersionOf("one"), "1.0");
-  const pid_t child = fork();
-  if (child == 0) {
+  InAnotherProcess([] {
     KeepType("one", kAnySchema, "2.0");
-    _exit(VersionOf("one") == "2.0" ? 0 : 1);
-  }
-  int status = -1;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
+    if (VersionOf("one") != "2.0") {
+      _exit(1);  // its own change is seen at once
+    }
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));  // some ticks of the clock
   EXPECT_EQ(VersionOf("one"), "2.0");
+}
+
+TEST(SchemaStore, ATypeThatAnotherProcessInstalledIsNeverSaidToBeMissing) {
+  const TemporaryHost host;
+  KeepType("one", kAnySchema);
+  for (int i = 0; i < 3; ++i) {
+    LetTheFileSettle();
+    const std::string key = "later" + std::to_string(i);
+    EXPECT_EQ(VersionOf("one"), "1.0");
+    EXPECT_EQ(VersionOf(key), "none");
+    InAnotherProcess([&key] { KeepType(key, kAnySchema); });
+    EXPECT_EQ(VersionOf(key), "1.0");
+  }
 }
 
 // A restored backup can have the same generation and size.

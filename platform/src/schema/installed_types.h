@@ -3,6 +3,7 @@
 
 #include "platform/schema_store.h"
 
+#include <atomic>
 #include <string_view>
 #include <unordered_map>
 
@@ -17,6 +18,9 @@ class InstalledTypes final : public SchemaStore, public SchemaObjectCache {
   std::shared_ptr<SchemaObject> GetSchemaObject(const std::string& component,
                                                 const std::string& group,
                                                 const std::string& key) override;
+
+  /// True once a type was asked for that is not there.
+  bool KnowsOfAbsentTypes() const noexcept { return absent_.load(std::memory_order_relaxed) != 0; }
 
  private:
   // Names a type without owning the texts, so that looking one up copies nothing.
@@ -41,7 +45,7 @@ class InstalledTypes final : public SchemaStore, public SchemaObjectCache {
   bool Find(const NameView& name, std::shared_ptr<SchemaObject>& type) const;
 
   std::unordered_map<TypeName, std::shared_ptr<SchemaObject>, Hash, Equal> types_;
-  std::size_t absent_ = 0;
+  std::atomic<std::size_t> absent_ = 0;
 };
 
 }  // namespace TarnSchemaStore

@@ -1,5 +1,6 @@
 #include "platform/type_files.h"
 
+#include "schema/current_types.h"
 #include "schema/loaded_type.h"
 #include "schema/schema_database.h"
 #include "schema/schema_locks.h"
@@ -45,6 +46,7 @@ void TypeWriter::Remove(const TarnSchemaStore::TypeName& name) {
 
 void TypeWriter::Commit() {
   database_->Commit();
+  TarnSchemaStore::ForgetCurrentTypes();
 }
 
 }  // namespace TypeFiles

@@ -2,6 +2,7 @@
 
 #include "platform/host_paths.h"
 
+#include "schema/current_types.h"
 #include "schema/file_stamp.h"
 #include "schema/installed_types.h"
 #include "schema/schema_database.h"
@@ -16,14 +17,15 @@ namespace TarnSchemaStore {
 namespace {
 
 // The schema store's file as it was seen at one moment, and the types read from it. Not changed
-// once made, but for the note of when its path was last followed.
+// once made, but for the notes of when it was last looked at.
 struct Observation {
   unsigned rootGeneration = 0;
   std::string path;
   FileStamp stamp;
   bool settled = false;  // an equal stamp means an equal file
   std::unique_ptr<const FileWatch> watch;
-  mutable std::atomic<std::int64_t> pathSeen = 0;  // when the path last led to the watched file
+  mutable std::atomic<std::int64_t> stampSeen = 0;  // when the watched file last had this stamp
+  mutable std::atomic<std::int64_t> pathSeen = 0;   // when the path last led to the watched file
   std::optional<std::int64_t> generation;
   std::shared_ptr<InstalledTypes> types;
 };
@@ -81,24 +83,34 @@ std::shared_ptr<InstalledTypes> Observe() {
   return next->types;
 }
 
-// The watched file tells at once when it is written, removed or replaced. That a directory above it
-// now leads elsewhere is seen by following its path, which costs several times as much: now and
-// then will do.
+// The watched file tells when it is written, removed or replaced. Asking it is a system call, as
+// dear as the rest of a look-up taken ten times, so it is asked once in a tick of the clock: what
+// this process changes itself it knows (ForgetCurrentTypes). Types that were looked for in vain are
+// asked for at every look-up, so that nobody is told that there is no such type when there is. That
+// a directory above the file now leads elsewhere is seen by following its path, which costs several
+// times as much: now and then will do.
 bool IsUpToDate(const Observation& seen) {
   constexpr std::int64_t kFollowPathEvery = 100'000'000;
-  if (!seen.settled || seen.rootGeneration != HostPaths::RootGeneration() ||
-      seen.watch->Stamp() != seen.stamp) {
+  if (!seen.settled || seen.rootGeneration != HostPaths::RootGeneration()) {
     return false;
   }
   const std::int64_t now = CoarseNow();
-  if (seen.stamp.Exists() &&
-      now - seen.pathSeen.load(std::memory_order_relaxed) < kFollowPathEvery) {
+  if (now == seen.stampSeen.load(std::memory_order_relaxed) && !seen.types->KnowsOfAbsentTypes()) {
     return true;
   }
-  if (StampOf(seen.path) != seen.stamp) {
+  if (seen.watch->Stamp() != seen.stamp) {
     return false;
   }
-  seen.pathSeen.store(now, std::memory_order_relaxed);
+  if (!seen.stamp.Exists() ||
+      now - seen.pathSeen.load(std::memory_order_relaxed) >= kFollowPathEvery) {
+    if (StampOf(seen.path) != seen.stamp) {
+      return false;
+    }
+    seen.pathSeen.store(now, std::memory_order_relaxed);
+  }
+  if (seen.stamp.Exists()) {
+    seen.stampSeen.store(now, std::memory_order_relaxed);
+  }
   return true;
 }
 
@@ -108,6 +120,11 @@ std::shared_ptr<InstalledTypes> CurrentTypes() {
 }
 
 }  // namespace
+
+void ForgetCurrentTypes() noexcept {
+  const std::lock_guard lock(SchemaLocks::Get().current);
+  Current().reset();
+}
 
 std::shared_ptr<SchemaStore> SchemaStore::GetStore(bool /*flag*/) {
   return CurrentTypes();
