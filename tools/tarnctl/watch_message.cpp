@@ -103,16 +103,16 @@ std::optional<Notification> WatchMessageReader::Next() {
     throw std::invalid_argument("does not begin with POST /api HTTP/1.1");
   }
   const std::size_t headEnd = seen.find(kHeadEnd);
+  if (std::min(headEnd, seen.size()) > kLongest) {
+    RaiseTooLong();
+  }
   if (headEnd == std::string_view::npos) {
-    if (seen.size() > kLongest) {
-      RaiseTooLong();
-    }
     return std::nullopt;
   }
   const std::size_t headLength = headEnd + kHeadEnd.size();
   const std::size_t bodyLength = FindBodyLength(
       seen.substr(kRequestLine.size(), headEnd + kLineEnd.size() - kRequestLine.size()));
-  if (headLength > kLongest || bodyLength > kLongest - headLength) {
+  if (bodyLength > kLongest || headLength + bodyLength > kLongest) {
     RaiseTooLong();
   }
   if (seen.size() - headLength < bodyLength) {
