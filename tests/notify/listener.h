@@ -1,8 +1,6 @@
 // A daemon's side of a local socket.
 #pragma once
 
-#include <cstdio>
-#include <filesystem>
 #include <poll.h>
 #include <stdexcept>
 #include <string>
@@ -11,18 +9,6 @@
 #include <unistd.h>
 
 namespace TestSupport {
-
-/// The working directory, for as long as it lives.
-class WorkingDirectory {
- public:
-  explicit WorkingDirectory(const std::string& path) : previous_(std::filesystem::current_path()) {
-    std::filesystem::current_path(path);
-  }
-  ~WorkingDirectory() { std::filesystem::current_path(previous_); }
-
- private:
-  std::filesystem::path previous_;
-};
 
 /// Listens on a path, in the place of what was there. Accepts nothing by itself.
 class Listener {

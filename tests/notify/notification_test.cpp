@@ -12,6 +12,7 @@
 #include "support/temporary_host.h"
 #include "support/test_types.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -23,6 +24,9 @@
 namespace TarnConfigStore {
 namespace {
 
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
 using TestSupport::Listener;
 
 constexpr const char* kSocket = "kslLocalSocketKeeldNotifyWisp";
@@ -32,6 +36,7 @@ constexpr const char* kSwitch = "NOTIFY_KEELD";
 class NotificationTest : public testing::Test {
  protected:
   NotificationTest() {
+    std::filesystem::current_path(host_.Root());
     std::filesystem::create_directories(std::filesystem::path(path_).parent_path());
     SetKeyValue(kSwitch, "true");
   }
@@ -45,7 +50,6 @@ class NotificationTest : public testing::Test {
   }
 
   TestSupport::TemporaryHost host_;
-  TestSupport::WorkingDirectory directory_{host_.Root()};
   const std::string path_ = host_.Path(HostPaths::kNotifyAllowlist);
   const ConfigStoreObjectId resolver_{"resolver", "network", "tarn"};
 };
@@ -128,16 +132,15 @@ TEST_F(NotificationTest, FollowsSwitchAndAllowlist) {
       NotifyIfAllowlisted({"switches", "network", "tarn", "edge/0"});
       NotifyIfAllowlisted({"options", "tkernel", "tarn"});
       EXPECT_EQ(Announced(daemon), row.announced);
-      long failures = 0;
-      for (const std::string& line : log.Lines()) {
-        failures += line.find("1 Failed to read notify list: ") == 0 &&
-                            line.find(row.failure) != std::string::npos &&
-                            line.find(". Defaulting to empty list.") != std::string::npos
-                        ? 1
-                        : 0;
+      if (*row.failure == '\0') {
+        EXPECT_THAT(log.Lines(), testing::IsEmpty());
+      } else {
+        EXPECT_THAT(log.Lines(),
+                    testing::Contains(AllOf(StartsWith("1 Failed to read notify list: "),
+                                            HasSubstr(row.failure),
+                                            EndsWith(". Defaulting to empty list.")))
+                        .Times(3));
       }
-      EXPECT_EQ(failures, *row.failure == '\0' ? 0 : 3);
-      EXPECT_EQ(log.Lines().empty(), *row.failure == '\0');
     });
   }
 }

@@ -18,6 +18,7 @@ using TestSupport::Listener;
 
 class UdsClientTest : public testing::Test {
  protected:
+  UdsClientTest() { std::filesystem::current_path(host_.Root()); }
   template <class Call>
   static std::string Failure(Call call) {
     try {
@@ -36,7 +37,6 @@ class UdsClientTest : public testing::Test {
   }
 
   TestSupport::TemporaryHost host_{TestSupport::TemporaryHost::Content::NOTHING};
-  TestSupport::WorkingDirectory directory_{host_.Root()};
 };
 
 TEST_F(UdsClientTest, ConnectsToPathNamesOfUpTo107BytesAndToNothingElse) {
@@ -102,15 +102,13 @@ TEST_F(UdsClientTest, GivesUpOnAFullBacklogWhateverSignalsCome) {
   UdsClient first("socket");
   first.Connect();
   struct sigaction action {};
-  struct sigaction previous {};
   action.sa_handler = [](int) {};
-  ::sigaction(SIGALRM, &action, &previous);
+  ::sigaction(SIGALRM, &action, nullptr);
   const itimerval often{{0, 30000}, {0, 30000}};
   const itimerval never{};
   ::setitimer(ITIMER_REAL, &often, nullptr);
   EXPECT_EQ(ConnectTo("socket"), "Failed to connect socket: Resource temporarily unavailable");
   ::setitimer(ITIMER_REAL, &never, nullptr);
-  ::sigaction(SIGALRM, &previous, nullptr);
 }
 
 }  // namespace
