@@ -18,19 +18,10 @@ namespace {
 
 using std::chrono::microseconds;
 
-constexpr std::chrono::milliseconds kTimeLimit{100};
+constexpr microseconds kTimeLimit{100000};
+constexpr microseconds kTick{1000};  // the kernel's own is no shorter
+static_assert(kTimeLimit < std::chrono::seconds(1), "a timeval holds less as microseconds");
 constexpr std::size_t kLongestName = sizeof(sockaddr_un::sun_path) - 1;
-
-// Bounds each later wait on the socket, connecting to a full backlog included: poll says nothing
-// of that one.
-bool SetTimeout(int socket, microseconds wait) {
-  wait = std::max(wait, microseconds(1));  // none at all would mean for ever
-  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(wait);
-  timeval timeout{};
-  timeout.tv_sec = seconds.count();
-  timeout.tv_usec = (wait - seconds).count();
-  return ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout) == 0;
-}
 
 }  // namespace
 
@@ -40,14 +31,28 @@ UdsClient::~UdsClient() {
   Disconnect();
 }
 
+// Bounds each later wait on the socket by the time that is left, connecting to a full backlog
+// included: poll says nothing of that one.
+bool UdsClient::LimitWaits(Clock::time_point now) {
+  const auto left = std::chrono::duration_cast<microseconds>(deadline_ - now);
+  const bool isLimited = waitLimit_ > microseconds::zero();
+  if (isLimited && left <= waitLimit_ && left + kTick > waitLimit_) {
+    return true;
+  }
+  waitLimit_ = std::max(left, microseconds(1));  // none at all would mean for ever
+  timeval timeout{};
+  timeout.tv_usec = waitLimit_.count();
+  return ::setsockopt(socket_, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout) == 0;
+}
+
 // Calls again after a signal, as long as there is time. The result is the call's: negative on
 // failure, with errno.
 template <class Call>
-auto UdsClient::CallWithinDeadline(Call call) const {
+auto UdsClient::CallWithinDeadline(Call call) {
   decltype(call()) result = -1;
   Clock::time_point now = Clock::now();
   do {
-    if (!SetTimeout(socket_, std::chrono::duration_cast<microseconds>(deadline_ - now))) {
+    if (!LimitWaits(now)) {
       return result;
     }
     result = call();
@@ -64,6 +69,7 @@ void UdsClient::Connect() {
     return;
   }
   deadline_ = Clock::now() + kTimeLimit;
+  waitLimit_ = microseconds::zero();
   socket_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (socket_ < 0) {
     throw std::runtime_error(std::string("Failed to create socket: ") + std::strerror(errno));

@@ -38,12 +38,14 @@ class UdsClient {
  private:
   using Clock = std::chrono::steady_clock;
 
+  bool LimitWaits(Clock::time_point now);
   template <class Call>
-  auto CallWithinDeadline(Call call) const;
+  auto CallWithinDeadline(Call call);
 
   std::string endpoint_;
   std::int32_t socket_ = -1;
   Clock::time_point deadline_;
+  std::chrono::microseconds waitLimit_{0};  // of the socket; zero while it has none
 };
 
 }  // namespace TarnConfigStore
