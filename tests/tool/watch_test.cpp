@@ -80,11 +80,12 @@ class WatchTest : public testing::Test {
 };
 
 TEST_F(WatchTest, ShowsWhatSetAnnouncesUntilItIsStopped) {
-  TestSupport::InstallType(host_, TestSupport::kPlainType);
+  std::ofstream("type.json") << TestSupport::kPlainType;
   const std::string allowlist = host_.Path(HostPaths::kNotifyAllowlist);
   fs::create_directories(fs::path(allowlist).parent_path());
   std::ofstream(allowlist) << R"(["tarn.test.*"])";
   ::setenv("TARN_HOST_ROOT", host_.Root().c_str(), 1);
+  ASSERT_EQ(Run({"schema", "install", "type.json"}), 0);
   ASSERT_EQ(Run({"kv", "set", "NOTIFY_KEELD", "true"}), 0);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     const pid_t watch = StartWatch();
