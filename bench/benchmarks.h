@@ -11,6 +11,7 @@ namespace Benchmarks {
 void RegisterGets(Roads& roads);
 void RegisterSets(Roads& roads, const std::string& root);
 void RegisterInstances(Roads& roads);
+void RegisterBulkWrites(Roads& roads, const std::string& root);
 void RegisterFreshProcess(const std::string& root);
 void RegisterHeldMemory(const std::string& root);
 

@@ -29,6 +29,10 @@ double Perform(ChildTask task, const std::string& root) {
       return MeasureMemoryOfLibrary();
     case ChildTask::HELD_MEMORY_FLOOR:
       return MeasureMemoryOfFloor(root);
+    case ChildTask::HELD_INSTANCES_LIBRARY:
+      return MeasureInstancesOfLibrary();
+    case ChildTask::HELD_INSTANCES_FLOOR:
+      return MeasureInstancesOfFloor(root);
   }
   throw std::runtime_error("no such task");
 }

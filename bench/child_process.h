@@ -11,6 +11,8 @@ enum class ChildTask : int {
   FIRST_GET_FLOOR,
   HELD_MEMORY_LIBRARY,
   HELD_MEMORY_FLOOR,
+  HELD_INSTANCES_LIBRARY,
+  HELD_INSTANCES_FLOOR,
 };
 
 /// Starts a child and returns the number it answers with. Raises std::runtime_error when it fails.
@@ -24,5 +26,7 @@ double MeasureFirstGetByLibrary();
 double MeasureFirstGetByFloor(const std::string& root);
 double MeasureMemoryOfLibrary();
 double MeasureMemoryOfFloor(const std::string& root);
+double MeasureInstancesOfLibrary();
+double MeasureInstancesOfFloor(const std::string& root);
 
 }  // namespace Benchmarks

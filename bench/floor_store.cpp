@@ -72,6 +72,9 @@ FloorStore::FloorStore(const std::string& root)
       getOne_(database_, TarnConfigStore::READ_TABLE_CONFIG.Text()),
       getAll_(database_, TarnConfigStore::GET_INSTANCES.Text()),
       getKeyValue_(database_, kReadKeyValue),
+      getRevision_(database_, TarnConfigStore::READ_REVISION.Text()),
+      getExisting_(database_, TarnConfigStore::READ_EXISTING_INSTANCES.Text()),
+      deleteAll_(database_, TarnConfigStore::DELETE_INSTANCES.Text()),
       write_(database_, TarnConfigStore::WRITE_COMPLETE) {}
 
 std::unique_ptr<FloorObject> FloorStore::Get(const TarnConfigStore::ConfigStoreObjectId& id) {
@@ -105,8 +108,73 @@ std::vector<std::unique_ptr<FloorObject>> FloorStore::GetInstances(
   return objects;
 }
 
+std::int64_t FloorStore::GetRevision(const TarnConfigStore::ConfigStoreObjectId& id) {
+  getRevision_.Bind(1, id.key);
+  getRevision_.Bind(2, id.group);
+  getRevision_.Bind(3, id.component);
+  getRevision_.Bind(4, id.instanceId);
+  const std::int64_t revision = getRevision_.Step() ? getRevision_.Number(1) : -1;
+  getRevision_.Reset();
+  return revision;
+}
+
 void FloorStore::Set(const TarnConfigStore::ConfigStoreObjectId& id, Json::Value& data,
                      const FloorType& type) {
+  Check(id, data, type);
+  RefuseDuringBoot();
+  BindUserValue(id, data, type);
+  write_.Bind(12, 0);
+  write_.Step();
+  write_.Reset();
+}
+
+void FloorStore::SetInstances(const TarnConfigStore::ConfigStoreObjectId& id,
+                              const std::vector<std::unique_ptr<FloorObject>>& objects,
+                              const FloorType& type) {
+  RefuseDuringBoot();
+  for (const auto& object : objects) {
+    Check(id, object->Data(), type);
+  }
+  Run("BEGIN IMMEDIATE");
+  const std::map<std::string, Existing> existing = ReadExisting(id);
+  deleteAll_.Bind(1, id.key);
+  deleteAll_.Bind(2, id.group);
+  deleteAll_.Bind(3, id.component);
+  deleteAll_.Step();
+  deleteAll_.Reset();
+  TarnConfigStore::ConfigStoreObjectId instance = id;
+  for (const auto& object : objects) {
+    instance.instanceId = object->instanceId;
+    BindUserValue(instance, object->Data(), type);
+    const auto known = existing.find(object->instanceId);
+    if (known == existing.end()) {
+      write_.Bind(12, 0);
+    } else {
+      write_.Bind(11, known->second.creationTime);
+      write_.Bind(12, known->second.revision);
+    }
+    write_.Step();
+    write_.Reset();
+  }
+  Run("COMMIT");
+}
+
+std::map<std::string, FloorStore::Existing> FloorStore::ReadExisting(
+    const TarnConfigStore::ConfigStoreObjectId& id) {
+  std::map<std::string, Existing> existing;
+  getExisting_.Bind(1, id.key);
+  getExisting_.Bind(2, id.group);
+  getExisting_.Bind(3, id.component);
+  while (getExisting_.Step()) {
+    existing.emplace(getExisting_.Text(0), Existing{static_cast<int>(getExisting_.Number(1)),
+                                                    std::string(getExisting_.Text(2))});
+  }
+  getExisting_.Reset();
+  return existing;
+}
+
+void FloorStore::Check(const TarnConfigStore::ConfigStoreObjectId& id, Json::Value& data,
+                       const FloorType& type) const {
   static const std::string noContext;
   RemoveEmptyMembers(data);
   Json::Document findings;
@@ -114,9 +182,17 @@ void FloorStore::Set(const TarnConfigStore::ConfigStoreObjectId& id, Json::Value
   if (!findings.Empty()) {
     throw std::runtime_error("floor: an object that does not fit its type: " + id.toString());
   }
+}
+
+void FloorStore::RefuseDuringBoot() {
   if (ReadIsBoot()) {
     throw std::runtime_error("floor: the host is booting");
   }
+}
+
+// All of a row but the base of its revision.
+void FloorStore::BindUserValue(const TarnConfigStore::ConfigStoreObjectId& id,
+                               const Json::Value& data, const FloorType& type) {
   text_.Clear();
   rapidjson::Writer<rapidjson::StringBuffer, Json::Encoding, Json::Encoding,
                     rapidjson::CrtAllocator, rapidjson::kWriteValidateEncodingFlag>
@@ -126,12 +202,11 @@ void FloorStore::Set(const TarnConfigStore::ConfigStoreObjectId& id, Json::Value
   }
   BindRow(id, type.Version());
   write_.Bind(8, std::string_view(text_.GetString(), text_.GetSize()));
-  write_.Step();
-  write_.Reset();
 }
 
 void FloorStore::Fill(const TarnConfigStore::ConfigStoreObjectId& id, const RowValues& values) {
   BindRow(id, "1.0");
+  write_.Bind(12, 0);
   int index = 7;
   for (const std::string* value :
        {&values.automatic, &values.user, &values.vital, &values.cached}) {
@@ -151,7 +226,6 @@ void FloorStore::BindRow(const TarnConfigStore::ConfigStoreObjectId& id, std::st
   write_.Bind(4, id.component);
   write_.Bind(5, version);
   write_.Bind(6, 1);
-  write_.Bind(12, 0);
 }
 
 std::unique_ptr<FloorObject> FloorStore::MakeObject(const FloorStatement& row,

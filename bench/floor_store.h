@@ -11,6 +11,7 @@
 #include "floor_object.h"
 #include "samples.h"
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -51,6 +52,15 @@ class FloorStore {
   void Set(const TarnConfigStore::ConfigStoreObjectId& id, Json::Value& data,
            const FloorType& type);
 
+  /// The number of writes of an object; -1 when there is no row.
+  std::int64_t GetRevision(const TarnConfigStore::ConfigStoreObjectId& id);
+
+  /// Validates all objects, and replaces all instances of a type by them in one transaction; kept
+  /// instances keep their creation time, and their revision goes on.
+  void SetInstances(const TarnConfigStore::ConfigStoreObjectId& id,
+                    const std::vector<std::unique_ptr<FloorObject>>& objects,
+                    const FloorType& type);
+
   /// Replaces a row as it is, without a look at what is in it. For filling the store.
   void Fill(const TarnConfigStore::ConfigStoreObjectId& id, const RowValues& values);
 
@@ -59,7 +69,17 @@ class FloorStore {
 
  private:
   struct Columns;
+  struct Existing {
+    int revision;
+    std::string creationTime;
+  };
   int ReadUpgradeContext() const;
+  void Check(const TarnConfigStore::ConfigStoreObjectId& id, Json::Value& data,
+             const FloorType& type) const;
+  void RefuseDuringBoot();
+  void BindUserValue(const TarnConfigStore::ConfigStoreObjectId& id, const Json::Value& data,
+                     const FloorType& type);
+  std::map<std::string, Existing> ReadExisting(const TarnConfigStore::ConfigStoreObjectId& id);
   bool ReadIsBoot();
   std::unique_ptr<FloorObject> MakeObject(const FloorStatement& row, const Columns& columns,
                                           int upgradeContext);
@@ -70,6 +90,9 @@ class FloorStore {
   FloorStatement getOne_;
   FloorStatement getAll_;
   FloorStatement getKeyValue_;
+  FloorStatement getRevision_;
+  FloorStatement getExisting_;
+  FloorStatement deleteAll_;
   FloorStatement write_;
   rapidjson::StringBuffer text_;
 };

@@ -29,6 +29,18 @@ void RegisterGets(Roads& roads) {
   RegisterGet(roads, "get/four-columns",
               "the same with four texts of 400 bytes together, merged member by member",
               Host::kLayered);
+  constexpr double kRevisionTarget = 1.25;
+  const TarnConfigStore::ConfigStoreObjectId id = IdOf(Host::kPlain);
+  Compare(
+      {.name = "revision",
+       .does = "select by key, read one number",
+       .targetRatio = kRevisionTarget},
+      [&roads, id](benchmark::State& state) {
+        Measure(state, [&] { return roads.library->GetRevision(id); });
+      },
+      [&roads, id](benchmark::State& state) {
+        Measure(state, [&] { return roads.floor.GetRevision(id); });
+      });
 }
 
 }  // namespace Benchmarks

@@ -14,27 +14,32 @@ namespace Benchmarks {
 namespace {
 
 constexpr std::size_t kObjects = 1000;
+constexpr std::size_t kInstances = 10000;
 
 double AllocatedBytes() {
   const struct mallinfo2 info = mallinfo2();
   return static_cast<double>(info.uordblks + info.hblkhd);
 }
 
-// What a thousand objects take up once everything else is in place: a first pass fills the
-// database's page cache, which is nobody's object.
+// What is held once everything else is in place: a first pass fills the database's page cache, which
+// is nobody's object.
+template <class Read>
+double MeasureHeld(Read read) {
+  read();
+  const double before = AllocatedBytes();
+  const auto held = read();
+  return AllocatedBytes() - before;
+}
+
 template <class Get>
-double MeasureHeld(Get get) {
+auto GetOneByOne(Get get) {
   const std::string key = Host::KeyOfInstances(kObjects);
-  for (std::size_t i = 0; i < kObjects; ++i) {
-    get(IdOf(key, InstanceId(i)));
-  }
   std::vector<decltype(get(IdOf(key)))> objects;
   objects.reserve(kObjects);
-  const double before = AllocatedBytes();
   for (std::size_t i = 0; i < kObjects; ++i) {
     objects.push_back(get(IdOf(key, InstanceId(i))));
   }
-  return AllocatedBytes() - before;
+  return objects;
 }
 
 void ReportChild(benchmark::State& state, ChildTask task, const std::string& root) {
@@ -51,12 +56,24 @@ void ReportChild(benchmark::State& state, ChildTask task, const std::string& roo
 
 double MeasureMemoryOfLibrary() {
   const auto store = TarnConfigStore::ConfigStore::GetStore(TarnConfigStore::sGlobalNamespace);
-  return MeasureHeld([&](const auto& id) { return store->Get(id); });
+  return MeasureHeld([&] { return GetOneByOne([&](const auto& id) { return store->Get(id); }); });
 }
 
 double MeasureMemoryOfFloor(const std::string& root) {
   FloorStore store(root);
-  return MeasureHeld([&](const auto& id) { return store.Get(id); });
+  return MeasureHeld([&] { return GetOneByOne([&](const auto& id) { return store.Get(id); }); });
+}
+
+double MeasureInstancesOfLibrary() {
+  const auto store = TarnConfigStore::ConfigStore::GetStore(TarnConfigStore::sGlobalNamespace);
+  const auto all =
+      std::make_shared<TarnConfigStore::FilterSpecObject>(IdOf(Host::KeyOfInstances(kInstances)));
+  return MeasureHeld([&] { return store->GetInstances(all); });
+}
+
+double MeasureInstancesOfFloor(const std::string& root) {
+  FloorStore store(root);
+  return MeasureHeld([&] { return store.GetInstances(IdOf(Host::KeyOfInstances(kInstances))); });
 }
 
 void RegisterHeldMemory(const std::string& root) {
@@ -70,7 +87,22 @@ void RegisterHeldMemory(const std::string& root) {
        .items = 1000},
       [root](benchmark::State& state) { ReportChild(state, ChildTask::HELD_MEMORY_LIBRARY, root); },
       [root](benchmark::State& state) { ReportChild(state, ChildTask::HELD_MEMORY_FLOOR, root); });
-  for (benchmark::internal::Benchmark* side : {sides.library, sides.floor}) {
+  constexpr double kTimesTheirText = 4;
+  const Sides instances = Compare(
+      {.name = "memory/10000-instances",
+       .does = "allocated bytes held by 10,000 instances, read at once; at most four times their "
+               "JSON text",
+       .targetValue = kTimesTheirText * static_cast<double>(kInstances * kObjectSize),
+       .unit = Unit::BYTES,
+       .items = 10000},
+      [root](benchmark::State& state) {
+        ReportChild(state, ChildTask::HELD_INSTANCES_LIBRARY, root);
+      },
+      [root](benchmark::State& state) {
+        ReportChild(state, ChildTask::HELD_INSTANCES_FLOOR, root);
+      });
+  for (benchmark::internal::Benchmark* side :
+       {sides.library, sides.floor, instances.library, instances.floor}) {
     side->Iterations(1)->Repetitions(kChildren);
   }
 }

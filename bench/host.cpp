@@ -79,6 +79,10 @@ std::string Host::KeyOfInstances(std::size_t count) {
   return "instances-" + std::to_string(count);
 }
 
+std::string Host::KeyOfWrittenInstances(std::size_t count) {
+  return "written-instances-" + std::to_string(count);
+}
+
 Host::Host() : root_(MakeRoot()) {
   try {
     TarnConfigStore::SetHostRoot(root_);
@@ -111,6 +115,7 @@ void Host::InstallAllTypes() const {
   write(kRewritten, TypeKind::INSTANCES);
   for (const std::size_t count : kInstanceCounts) {
     write(KeyOfInstances(count), TypeKind::INSTANCES);
+    write(KeyOfWrittenInstances(count), TypeKind::INSTANCES);
   }
   while (written < kTypes) {
     write("other-" + std::to_string(written), TypeKind::USER);
@@ -134,6 +139,7 @@ void Host::FillStore() const {
   store.Fill(IdOf(kLayered), DividedObject(1));
   for (const std::size_t count : kInstanceCounts) {
     FillInstances(store, KeyOfInstances(count), count);
+    FillInstances(store, KeyOfWrittenInstances(count), count);
   }
   FillInstances(store, kRewritten, kRewrittenCount);
   store.Run("COMMIT");

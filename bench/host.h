@@ -25,6 +25,8 @@ class Host {
   static constexpr const char* kRewritten = "instances-rewritten";  ///< 10,000, each ten times
   /// A type with so many instances: 10, 1,000 or 10,000.
   static std::string KeyOfInstances(std::size_t count);
+  /// The same, for the writes.
+  static std::string KeyOfWrittenInstances(std::size_t count);
 
  private:
   void InstallAllTypes() const;

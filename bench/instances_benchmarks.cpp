@@ -3,6 +3,8 @@
 #include "host.h"
 #include "samples.h"
 
+#include <stdexcept>
+
 namespace Benchmarks {
 namespace {
 
@@ -27,6 +29,34 @@ void RegisterRead(Roads& roads, const std::string& key, Comparison comparison) {
   sides.floor->Repetitions(RepetitionsFor(comparison.items));
 }
 
+void RegisterFiltered(Roads& roads) {
+  constexpr int kCount = 1000;
+  constexpr double kTarget = 1.1;
+  const TarnConfigStore::ConfigStoreObjectId id = IdOf(Host::KeyOfInstances(kCount));
+  const Sides sides = Compare(
+      {.name = "instances/1000-keep-one",
+       .does = "the library with a filter that keeps one, against the library without it",
+       .targetRatio = kTarget,
+       .items = kCount},
+      [&roads, id](benchmark::State& state) {
+        const auto filter = std::make_shared<TarnConfigStore::FilterSpecObject>(id);
+        filter->SetValue("id", InstanceId(kCount / 2));
+        Measure(state, [&] {
+          auto kept = roads.library->GetInstances(filter);
+          if (kept.size() != 1) {
+            throw std::runtime_error("the filter does not keep one");
+          }
+          return kept;
+        });
+      },
+      [&roads, id](benchmark::State& state) {
+        const auto all = std::make_shared<TarnConfigStore::FilterSpecObject>(id);
+        Measure(state, [&] { return roads.library->GetInstances(all); });
+      });
+  sides.library->Repetitions(RepetitionsFor(kCount));
+  sides.floor->Repetitions(RepetitionsFor(kCount));
+}
+
 }  // namespace
 
 void RegisterInstances(Roads& roads) {
@@ -43,6 +73,7 @@ void RegisterInstances(Roads& roads) {
                 .items = 10000,
                 .sibling = "instances/10000",
                 .siblingRatio = 1.6});
+  RegisterFiltered(roads);
 }
 
 }  // namespace Benchmarks

@@ -40,6 +40,7 @@ int RunAll() {
   RegisterGets(roads);
   RegisterSets(roads, host.Root());
   RegisterInstances(roads);
+  RegisterBulkWrites(roads, host.Root());
   RegisterFreshProcess(host.Root());
   RegisterHeldMemory(host.Root());
   RegisterValidation();

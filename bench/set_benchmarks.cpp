@@ -52,6 +52,38 @@ void SetByFloor(Roads& roads, const FloorType& type, benchmark::State& state) {
   });
 }
 
+// Changes one member of an object, read and written whole on the one side.
+void RegisterUpdate(Roads& roads) {
+  constexpr double kTarget = 1.3;
+  Compare(
+      {.name = "update/one-member",
+       .does = "Update of one member, against Get, one member set, and Set; both by the library in "
+               "a transaction",
+       .targetRatio = kTarget},
+      [&roads](benchmark::State& state) {
+        TarnConfigStore::ConfigStoreTransaction transaction(roads.library);
+        const auto change = std::make_shared<ConfigStoreObject>(IdOf(Host::kWritten));
+        int port = 0;
+        Measure(state, [&] {
+          change->SetValue("port", 1 + ++port % 2);
+          roads.library->Update(change, TarnConfigStore::EXTERNAL);
+          return port;
+        });
+        transaction.Commit();
+      },
+      [&roads](benchmark::State& state) {
+        TarnConfigStore::ConfigStoreTransaction transaction(roads.library);
+        int port = 0;
+        Measure(state, [&] {
+          const auto object = roads.library->Get(IdOf(Host::kWritten));
+          object->SetValue("port", 1 + ++port % 2);
+          roads.library->Set(object, TarnConfigStore::EXTERNAL);
+          return port;
+        });
+        transaction.Commit();
+      });
+}
+
 }  // namespace
 
 void RegisterSets(Roads& roads, const std::string& root) {
@@ -83,6 +115,7 @@ void RegisterSets(Roads& roads, const std::string& root) {
       [&roads, type](benchmark::State& state) { SetByFloor(roads, *type, state); });
   durable.library->MinTime(kSeconds)->Repetitions(kRepetitions);
   durable.floor->MinTime(kSeconds)->Repetitions(kRepetitions);
+  RegisterUpdate(roads);
 }
 
 }  // namespace Benchmarks

@@ -30,4 +30,29 @@ std::string ConfigStoreObject::GetData() const {
   return object_->GetData();
 }
 
+std::optional<std::string> ConfigStoreObject::GetPath(const std::string& pointer) const {
+  return object_->GetPath(pointer);
+}
+
+std::shared_ptr<ConfigStoreObject> ConfigStoreObject::CreateSubObject(const SubObjectId& id) {
+  return ConfigStoreObjectImpl::CreateSubObject(object_, id);
+}
+
+std::shared_ptr<ConfigStoreObject> ConfigStoreObject::GetSubObject(const SubObjectId& id) {
+  return ConfigStoreObjectImpl::GetSubObject(object_, id);
+}
+
+std::vector<std::shared_ptr<ConfigStoreObject>> ConfigStoreObject::GetSubObjectInstances(
+    const std::string& key) {
+  return ConfigStoreObjectImpl::GetSubObjectInstances(object_, key);
+}
+
+void ConfigStoreObject::DeleteSubObject(const SubObjectId& id) {
+  ConfigStoreObjectImpl::DeleteSubObject(object_, id);
+}
+
+void ConfigStoreObject::DeleteSubObjectInstances(const std::string& key) {
+  object_->DeleteSubObjectInstances(key);
+}
+
 }  // namespace TarnConfigStore

@@ -5,6 +5,7 @@
 
 #include "errors/raise.h"
 #include "objects/json_kinds.h"
+#include "objects/json_path.h"
 #include "objects/schema_lookup.h"
 
 #include <algorithm>
@@ -13,17 +14,6 @@
 namespace TarnConfigStore {
 namespace {
 
-bool HasGeneratedInstanceId(const Json::Value& value) {
-  if (value.IsArray()) {
-    return std::any_of(value.Begin(), value.End(), HasGeneratedInstanceId);
-  }
-  return value.IsObject() &&
-         std::any_of(value.MemberBegin(), value.MemberEnd(), [](const auto& member) {
-           return Json::Text(member.name) == kGeneratedInstanceIdMember ||
-                  HasGeneratedInstanceId(member.value);
-         });
-}
-
 std::string Serialized(const Json::Value& value, const ConfigStoreObjectId& id) {
   std::string text;
   if (!ConfigStoreDocument::SerializeValue(value, text)) {
@@ -31,6 +21,17 @@ std::string Serialized(const Json::Value& value, const ConfigStoreObjectId& id) 
                  id.toString());
   }
   return text;
+}
+
+// Hardly any object holds generated ids; the others need no copy.
+std::string SerializedForCallers(const Json::Value& value, const ConfigStoreObjectId& id) {
+  if (!HasGeneratedInstanceId(value)) {
+    return Serialized(value, id);
+  }
+  Json::Document copy;
+  copy.CopyFrom(value, copy.GetAllocator());
+  ClearGeneratedInstanceId(copy);
+  return Serialized(copy, id);
 }
 
 }  // namespace
@@ -43,6 +44,7 @@ ConfigStoreObjectImpl::ConfigStoreObjectImpl(const ConfigStoreObjectId& id)
   const auto schema = RequireSchema(id);
   idMap_ = schema->GetIdMap();
   defaults_ = schema->GetDefaults();
+  schema_ = schema;
   SetInstanceIdFromCsoId();
 }
 
@@ -61,7 +63,8 @@ ConfigStoreObjectImpl::ConfigStoreObjectImpl(
       creationTime_(creationTime),
       modifiedTime_(modifiedTime),
       revision_(revision),
-      place_(place) {}
+      place_(place),
+      schema_(schema) {}
 
 const Json::Value* ConfigStoreObjectImpl::GetValuePtrDefault(const char* key,
                                                              bool& isDefault) const {
@@ -95,14 +98,15 @@ std::string ConfigStoreObjectImpl::GetIdMapStr() const {
 }
 
 std::string ConfigStoreObjectImpl::GetData() const {
-  // Hardly any object holds generated ids; the others need no copy.
-  if (!HasGeneratedInstanceId(GetRoot())) {
-    return Serialized(GetRoot(), GetConfigStoreObjectId());
+  return SerializedForCallers(GetRoot(), GetConfigStoreObjectId());
+}
+
+std::optional<std::string> ConfigStoreObjectImpl::GetPath(const std::string& pointer) const {
+  const Json::Value* value = FindPath(GetRoot(), pointer);
+  if (value == nullptr || value->IsNull()) {
+    return std::nullopt;
   }
-  Json::Document copy;
-  copy.CopyFrom(GetRoot(), copy.GetAllocator());
-  ClearGeneratedInstanceId(copy);
-  return Serialized(copy, GetConfigStoreObjectId());
+  return SerializedForCallers(*value, GetConfigStoreObjectId());
 }
 
 std::string ConfigStoreObjectImpl::GetSerializedData() const {
@@ -115,6 +119,17 @@ void ConfigStoreObjectImpl::SetValueEx(const char* key, const void* value) {
   // it.
   Json::Value copy(*static_cast<const Json::Value*>(value), GetAllocator());
   Assign(key, std::move(copy));
+}
+
+bool HasGeneratedInstanceId(const Json::Value& value) {
+  if (value.IsArray()) {
+    return std::any_of(value.Begin(), value.End(), HasGeneratedInstanceId);
+  }
+  return value.IsObject() &&
+         std::any_of(value.MemberBegin(), value.MemberEnd(), [](const auto& member) {
+           return Json::Text(member.name) == kGeneratedInstanceIdMember ||
+                  HasGeneratedInstanceId(member.value);
+         });
 }
 
 void ClearGeneratedInstanceId(Json::Value& value) {
@@ -133,17 +148,22 @@ void ClearGeneratedInstanceId(Json::Value& value) {
   }
 }
 
-std::string GetInstanceIdFromValue(const Json::Value& value,
-                                   const TarnSchemaStore::SchemaObject& schema) {
+std::string InstanceIdMember(const TarnSchemaStore::SchemaObject& schema) {
   const auto idMap = schema.GetIdMap();
   const Json::Value* name =
       idMap ? Json::FindMember(*idMap->GetJsonValuePtr(), schema.GetKey()) : nullptr;
   if (name == nullptr) {
     ThrowException<ConfigStoreException>(CS_INSTANCE_ID_INVALID, schema.GetKey());
   }
-  const Json::Value* id = Json::FindMember(value, Json::Text(*name));
+  return std::string(Json::Text(*name));
+}
+
+std::string GetInstanceIdFromValue(const Json::Value& value,
+                                   const TarnSchemaStore::SchemaObject& schema) {
+  const std::string member = InstanceIdMember(schema);
+  const Json::Value* id = Json::FindMember(value, member);
   if (id == nullptr || !id->IsString()) {
-    ThrowException<ConfigStoreException>(CS_INSTANCE_ID_INVALID, std::string(Json::Text(*name)));
+    ThrowException<ConfigStoreException>(CS_INSTANCE_ID_INVALID, member);
   }
   return JsonKind<std::string>::Get(*id);
 }

@@ -1,6 +1,8 @@
 // The configuration object behind ConfigStoreObject.
 #pragma once
 
+#include "tarnconfigstore/config_store_object.h"
+
 #include "platform/schema_store.h"
 
 #include "objects/store_object_impl.h"
@@ -9,9 +11,11 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace TarnConfigStore {
 
+/// Contracts as for ConfigStoreObject, whose operations forward to those of the same name here.
 class ConfigStoreObjectImpl : public StoreObjectImpl {
  public:
   /// A new object; raises ConfigStoreException 1037 when its type is not installed.
@@ -30,12 +34,33 @@ class ConfigStoreObjectImpl : public StoreObjectImpl {
                         std::shared_ptr<JsonDoc> const& idMap,
                         std::shared_ptr<JsonDoc> const& defaults);
 
+  /// A view of an object within another one. What the store knows about the parent holds for it.
+  /// \param type  its type, never empty
+  ConfigStoreObjectImpl(const ConfigStoreObjectImpl& parent, const SubObjectId& id,
+                        const std::shared_ptr<TarnSchemaStore::SchemaObject>& type,
+                        std::unique_ptr<const SubObjectPlace> place);
+
   const Json::Value* GetValuePtrDefault(const char* key, bool& isDefault) const override;
+
+  // Static, because what lies inside keeps the object alive: every object is 16 bytes smaller than if
+  // it knew who shares it.
+  using Shared = std::shared_ptr<ConfigStoreObjectImpl>;
+  static std::shared_ptr<ConfigStoreObject> CreateSubObject(const Shared& object,
+                                                            const SubObjectId& id);
+  static std::shared_ptr<ConfigStoreObject> GetSubObject(const Shared& object,
+                                                         const SubObjectId& id);
+  static std::vector<std::shared_ptr<ConfigStoreObject>> GetSubObjectInstances(
+      const Shared& object, const std::string& key);
+  static void DeleteSubObject(const Shared& object, const SubObjectId& id);
+  void DeleteSubObjectInstances(const std::string& key);
+  std::optional<std::string> GetPath(const std::string& pointer) const;
 
   const std::string& GetVersion() const { return version_; }
   const std::string& GetCreationTime() const { return creationTime_; }
   const std::string& GetModifiedTime() const { return modifiedTime_; }
   std::int32_t GetRevision() const { return revision_; }
+  /// Its type; empty where the object was made without.
+  const std::shared_ptr<TarnSchemaStore::SchemaObject>& GetSchema() const { return schema_; }
 
   /// Writes the identifier's instance id into the member that carries it, in types that have one.
   void SetInstanceIdFromCsoId();
@@ -59,10 +84,18 @@ class ConfigStoreObjectImpl : public StoreObjectImpl {
   std::string modifiedTime_;
   std::int32_t revision_;
   std::optional<unsigned long> place_;
+  std::shared_ptr<TarnSchemaStore::SchemaObject> schema_;
 };
+
+/// True when there are generated instance ids at any depth.
+bool HasGeneratedInstanceId(const Json::Value& value);
 
 /// Removes the generated instance ids at any depth.
 void ClearGeneratedInstanceId(Json::Value& value);
+
+/// Name of the member that holds the instance id of a type's objects. Raises ConfigStoreException
+/// 1032 with the type's key when the type names none.
+std::string InstanceIdMember(const TarnSchemaStore::SchemaObject& schema);
 
 /// The instance id in a JSON object of a type. Raises ConfigStoreException 1032 with the member's
 /// name when the member that the type names is missing or no string.

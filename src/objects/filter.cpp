@@ -3,8 +3,10 @@
 #include "platform/config_store_document.h"
 #include "platform/logger.h"
 
+#include "errors/raise.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/filter_spec_object_impl.h"
+#include "objects/schema_node.h"
 
 #include <algorithm>
 
@@ -29,21 +31,57 @@ bool IsSubset(const Json::Value& condition, const Json::Value& value) {
   return ConfigStoreDocument::ValuesEqual(condition, value);
 }
 
-bool Keeps(const FilterSpecObjectImpl& filter, const ConfigStoreObjectImpl& object) {
+// The lines are built only when somebody logs them: a filter passes by thousands of objects.
+bool Keeps(const FilterSpecObjectImpl& filter, const ConfigStoreObjectImpl& object, bool traced) {
   const ConfigStoreObjectId& wanted = filter.GetConfigStoreObjectId();
   const ConfigStoreObjectId& id = object.GetConfigStoreObjectId();
   if (!wanted.instanceId.empty() && wanted.instanceId != id.instanceId) {
-    CSLogger::Log(kTrace, "obj is not subset, instanceId %s did not match", id.instanceId.c_str());
+    if (traced) {
+      CSLogger::Log(kTrace, "obj is not subset, instanceId %s did not match",
+                    id.instanceId.c_str());
+    }
     return false;
   }
+  const Json::Value& data = object.GetRoot();
   for (const auto& member : filter.GetRoot().GetObject()) {
-    const Json::Value* value = Json::FindMember(object.GetRoot(), Json::Text(member.name));
+    const Json::Value* value = Json::FindMember(data, Json::Text(member.name));
     if (value == nullptr || !IsSubset(member.value, *value)) {
-      CSLogger::Log(kTrace, "obj is not susbset, key %s did not match", member.name.GetString());
+      if (traced) {
+        CSLogger::Log(kTrace, "obj is not susbset, key %s did not match", member.name.GetString());
+      }
       return false;
     }
   }
   return true;
+}
+
+// Conditions of one sub-object, on a member that holds several.
+bool ConditionsMeetInstances(const Json::Value& conditions, SchemaNode type) {
+  return conditions.IsObject() &&
+         std::any_of(conditions.MemberBegin(), conditions.MemberEnd(), [&](const auto& member) {
+           if (!member.value.IsObject()) {
+             return false;
+           }
+           const SchemaNode property = type.Property(Json::Text(member.name));
+           return !property.Items().InstanceIdMember().empty() ||
+                  ConditionsMeetInstances(member.value, property);
+         });
+}
+
+void RefuseInstanceFilters(const FilterSpecObjectImpl& filter,
+                           const std::vector<std::shared_ptr<ConfigStoreObject>>& objects) {
+  // In a filter, what looks like a generated id names the instance that conditions are on.
+  bool refused = HasGeneratedInstanceId(filter.GetRoot());
+  if (!refused && !objects.empty()) {
+    // All objects are of one type.
+    const auto& schema = objects.front()->GetImplementation()->GetSchema();
+    refused = schema &&
+              ConditionsMeetInstances(filter.GetRoot(), SchemaNode(schema->GetSchemaDocument()));
+  }
+  if (refused) {
+    ThrowFailure(
+        Format("%s: Non-Singleton SubObject filtering not supported", "FilterConfigStoreObjects"));
+  }
 }
 
 }  // namespace
@@ -52,8 +90,11 @@ std::vector<std::shared_ptr<ConfigStoreObject>> FilterConfigStoreObjects(
     std::vector<std::shared_ptr<ConfigStoreObject>> objects,
     const std::shared_ptr<FilterSpecObject>& filter) {
   if (filter) {
+    const FilterSpecObjectImpl& conditions = *filter->GetImplementation();
+    RefuseInstanceFilters(conditions, objects);
+    const bool traced = CSLogger::IsEnabled(kTrace);
     std::erase_if(objects, [&](const std::shared_ptr<ConfigStoreObject>& object) {
-      return !Keeps(*filter->GetImplementation(), *object->GetImplementation());
+      return !Keeps(conditions, *object->GetImplementation(), traced);
     });
   }
   return objects;

@@ -10,7 +10,10 @@
 namespace TarnConfigStore {
 
 /// Keeps the objects that the filter's data is a subset of (see FilterSpecObject), in their order;
-/// the first mismatch of each other one is logged. An empty filter handle keeps all.
+/// the first mismatch of each other one is logged. An empty filter handle keeps all. The objects
+/// are of one type. Raises ConfigStoreException 2000 "FilterConfigStoreObjects: Non-Singleton
+/// SubObject filtering not supported" when the filter has conditions on an instance of a
+/// sub-object, or on an object where that type has instances.
 std::vector<std::shared_ptr<ConfigStoreObject>> FilterConfigStoreObjects(
     std::vector<std::shared_ptr<ConfigStoreObject>> objects,
     const std::shared_ptr<FilterSpecObject>& filter);

@@ -17,4 +17,16 @@ FilterSpecObject::FilterSpecObject(const ConfigStoreObjectId& id) : FilterSpecOb
 FilterSpecObject::FilterSpecObject(std::shared_ptr<FilterSpecObjectImpl> const& implementation)
     : StoreObject(implementation.get()), filter_(implementation) {}
 
+std::shared_ptr<FilterSpecObject> FilterSpecObject::CreateSubObjectFilter(const SubObjectId& id) {
+  return FilterSpecObjectImpl::CreateSubObjectFilter(filter_, id);
+}
+
+std::shared_ptr<FilterSpecObject> FilterSpecObject::GetSubObjectFilter(const SubObjectId& id) {
+  return FilterSpecObjectImpl::GetSubObjectFilter(filter_, id);
+}
+
+void FilterSpecObject::DeleteSubObjectFilter(const SubObjectId& id) {
+  FilterSpecObjectImpl::DeleteSubObjectFilter(filter_, id);
+}
+
 }  // namespace TarnConfigStore

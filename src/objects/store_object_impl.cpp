@@ -3,22 +3,15 @@
 #include "platform/config_store_document.h"
 
 #include "errors/raise.h"
+#include "objects/argument_errors.h"
 #include "objects/document.h"
 #include "objects/json_kinds.h"
+#include "objects/sub_object_place.h"
 
 #include <utility>
 
 namespace TarnConfigStore {
 namespace {
-
-[[noreturn]] void ThrowArgument(const std::string& message) {
-  throw InvalidArgumentException(CS_GENERIC, message.c_str());
-}
-
-[[noreturn]] void ThrowInvalidType(const char* key) {
-  throw InvalidTypeException(CS_GENERIC,
-                             (std::string("Invalid type specified for: ") + key).c_str());
-}
 
 // What reads return: the value's origin.
 constexpr int kAbsent = 0;
@@ -41,11 +34,29 @@ StoreObjectImpl::StoreObjectImpl(const ConfigStoreObjectId& id, const Json::Valu
 StoreObjectImpl::StoreObjectImpl(const ConfigStoreObjectId& id, std::shared_ptr<JsonDoc> document)
     : id_(id), document_(std::move(document)) {}
 
+StoreObjectImpl::StoreObjectImpl(const SubObjectId& id, std::unique_ptr<const SubObjectPlace> place)
+    : id_(id.key, kEmptyString, kEmptyString, id.instanceId), view_(std::move(place)) {}
+
 StoreObjectImpl::~StoreObjectImpl() = default;
 
 const Json::Value* StoreObjectImpl::GetValuePtrDefault(const char* key, bool& isDefault) const {
   isDefault = false;
   return GetValuePtr(key);
+}
+
+Json::Value& StoreObjectImpl::ViewedRoot() const {
+  if (!view_) {
+    ThrowFailure("The object was made without data: " + id_.toString());
+  }
+  return view_->Get();
+}
+
+Json::Allocator& StoreObjectImpl::GetAllocator() {
+  return view_ ? view_->GetAllocator() : document_->GetAllocator();
+}
+
+std::size_t StoreObjectImpl::Depth() const {
+  return view_ ? view_->Depth() : 0;
 }
 
 bool StoreObjectImpl::CheckKey(const char* key) const {
@@ -191,7 +202,12 @@ std::string StoreObjectImpl::GetData() const {
 }
 
 void StoreObjectImpl::SetData(const char* json) {
-  if (json != nullptr) {
+  if (json == nullptr) {
+    return;
+  }
+  if (view_) {
+    view_->SetData(json);
+  } else {
     document_ = CreateDocumentFromString(json, Json::Origin::OUTSIDE);
   }
 }

@@ -5,6 +5,7 @@
 
 #include "platform/json_doc.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -12,7 +13,10 @@
 
 namespace TarnConfigStore {
 
-/// Contracts as for StoreObject, whose operations forward to those of the same name here.
+class SubObjectPlace;
+
+/// Contracts as for StoreObject, whose operations forward to those of the same name here. Either a
+/// whole object, which has a document of its own, or a view of an object within another one.
 class StoreObjectImpl {
  public:
   explicit StoreObjectImpl(const ConfigStoreObjectId& id);
@@ -27,10 +31,16 @@ class StoreObjectImpl {
   virtual ~StoreObjectImpl();
 
   const ConfigStoreObjectId& GetConfigStoreObjectId() const { return id_; }
-  const Json::Value& GetRoot() const { return *document_->GetJsonValuePtr(); }
-  Json::Value& GetRoot() { return *document_->GetJsonValuePtr(); }
-  Json::Allocator& GetAllocator() { return document_->GetAllocator(); }
-  const std::shared_ptr<JsonDoc>& GetDocument() const { return document_; }
+  /// The data. A view looks its place up each time, and raises ConfigStoreException 2000 when it is
+  /// gone.
+  const Json::Value& GetRoot() const {
+    return document_ ? *document_->GetJsonValuePtr() : ViewedRoot();
+  }
+  Json::Value& GetRoot() { return document_ ? *document_->GetJsonValuePtr() : ViewedRoot(); }
+  /// Where everything in the data is allocated.
+  Json::Allocator& GetAllocator();
+  /// Levels of nesting around the data; 0 for a whole object.
+  std::size_t Depth() const;
 
   bool CheckKey(const char* key) const;
 
@@ -62,6 +72,12 @@ class StoreObjectImpl {
 
  protected:
   StoreObjectImpl(const ConfigStoreObjectId& id, std::shared_ptr<JsonDoc> document);
+  /// A view. Its identifier has key and instance id only, so that no store takes it for a whole
+  /// object.
+  StoreObjectImpl(const SubObjectId& id, std::unique_ptr<const SubObjectPlace> place);
+
+  /// Empty for a whole object.
+  const SubObjectPlace* GetPlace() const { return view_.get(); }
 
   /// The member's value; null when the member is absent or holds null. Raises "key cannot be
   /// empty".
@@ -72,10 +88,12 @@ class StoreObjectImpl {
   void Assign(const char* key, Json::Value&& value);
 
  private:
+  Json::Value& ViewedRoot() const;
   Json::Value& ListForChange(const char* key);
 
   ConfigStoreObjectId id_;
-  std::shared_ptr<JsonDoc> document_;
+  std::shared_ptr<JsonDoc> document_;  // empty for a view
+  std::unique_ptr<const SubObjectPlace> view_;
 };
 
 }  // namespace TarnConfigStore

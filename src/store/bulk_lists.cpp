@@ -2,6 +2,8 @@
 
 #include "tarnconfigstore/exceptions.h"
 
+#include "platform/logger.h"
+
 #include "errors/raise.h"
 #include "objects/same_type.h"
 #include "validation/guards.h"
@@ -34,7 +36,13 @@ void CheckInstances(
       const std::string message = "The instance is listed twice: " + id.toString();
       throw InvalidArgumentException(CS_GENERIC, message.c_str());
     }
-    validate(object);
+    try {
+      validate(object);
+    } catch (const ValidationException&) {
+      // The findings name members only.
+      CSLogger::Log(0, "Refused: %s", id.toString().c_str());
+      throw;
+    }
   }
 }
 

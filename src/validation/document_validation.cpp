@@ -12,8 +12,8 @@
 namespace TarnConfigStore {
 namespace {
 
-bool Validate(JsonDoc& document, const RuleSet& rules, std::vector<ErrorInfo>& errors) {
-  Json::Value& value = *document.GetJsonValuePtr();
+bool Validate(Json::Value& value, Json::Allocator& allocator, const RuleSet& rules,
+              std::vector<ErrorInfo>& errors) {
   if (!value.IsObject()) {
     errors.push_back({"/", "INCORRECT TYPE: expected object."});
     return false;
@@ -28,18 +28,19 @@ bool Validate(JsonDoc& document, const RuleSet& rules, std::vector<ErrorInfo>& e
   }
   const std::size_t before = errors.size();
   ValidateValue(*schema.GetJsonValuePtr(), value, rules, errors, false);
-  PopulateGeneratedInstanceId(*schema.GetJsonValuePtr(), value, document.GetAllocator());
+  PopulateGeneratedInstanceId(*schema.GetJsonValuePtr(), value, allocator);
   return errors.size() == before;
 }
 
 }  // namespace
 
 bool ValidateDocument(const ObjectHandle& object, std::vector<ErrorInfo>& errors) {
-  return Validate(*object->GetImplementation()->GetDocument(), UserRules(), errors);
+  StoreObjectImpl& data = *object->GetImplementation();
+  return Validate(data.GetRoot(), data.GetAllocator(), UserRules(), errors);
 }
 
 bool ValidateImportDocument(JsonDoc& document, std::vector<ErrorInfo>& errors) {
-  return Validate(document, SetRules(), errors);
+  return Validate(*document.GetJsonValuePtr(), document.GetAllocator(), SetRules(), errors);
 }
 
 }  // namespace TarnConfigStore

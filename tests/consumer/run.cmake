@@ -1,14 +1,25 @@
-# Installs the build, builds the consumer project against it with find_package and pkg-config, and runs it.
+# Installs the build, builds the consumer project and the examples against it with find_package, and runs them;
+# what the examples print is compared with what they say they print. pkg-config has to find the installation, too.
 # Variables: BUILD_DIR, SOURCE_DIR, WORK_DIR, LIBDIR, GENERATOR
 file(REMOVE_RECURSE "${WORK_DIR}")
 set(prefix "${WORK_DIR}/prefix")
+set(types "${prefix}/share/tarnconfigstore/types")
 function(run)
   execute_process(COMMAND ${ARGV} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
+function(build project)
+  run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}/${project}" -B "${WORK_DIR}/${project}" -G "${GENERATOR}"
+    "-DCMAKE_PREFIX_PATH=${prefix}")
+  run("${CMAKE_COMMAND}" --build "${WORK_DIR}/${project}")
+endfunction()
 run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${prefix}")
-run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}/tests/consumer" -B "${WORK_DIR}/build" -G "${GENERATOR}"
-  "-DCMAKE_PREFIX_PATH=${prefix}")
-run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build")
-run("${WORK_DIR}/build/consumer" "${WORK_DIR}/root" "${prefix}/share/tarnconfigstore/types")
+
+build(tests/consumer)
+run("${WORK_DIR}/tests/consumer/consumer" "${WORK_DIR}/root" "${types}")
+
+build(examples)
+run("${WORK_DIR}/examples/switches" "${types}" OUTPUT_FILE "${WORK_DIR}/switches.printed")
+run(diff -u "${SOURCE_DIR}/examples/switches.expected" "${WORK_DIR}/switches.printed")
+
 set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIBDIR}/pkgconfig")
 run(pkg-config --exists --print-errors "tarnconfigstore >= 1.0")

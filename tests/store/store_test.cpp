@@ -4,10 +4,7 @@
 
 #include "platform/db_testing.h"
 
-#include "support/captured_log.h"
-#include "support/database.h"
-#include "support/raised.h"
-#include "support/test_types.h"
+#include "support/store_fixture.h"
 
 #include <gtest/gtest.h>
 
@@ -21,31 +18,7 @@ namespace {
 
 using TestSupport::Raised;
 
-class Store : public ::testing::Test {
- protected:
-  Store() : database_(host_) {
-    InstallType(host_, TestSupport::kPlainType);
-    InstallType(host_, TestSupport::kSwitchType);
-    store_ = ConfigStore::GetStore("");
-  }
-  ~Store() override { DBStore::testing::SetHook({}); }
-  static std::shared_ptr<ConfigStoreObject> Object(const ConfigStoreObjectId& id,
-                                                   const char* json) {
-    auto object = std::make_shared<ConfigStoreObject>(id);
-    object->SetData(json);
-    return object;
-  }
-  void Set(const ConfigStoreObjectId& id, const char* json, USERDATA_CONTEXT context = EXTERNAL) {
-    store_->Set(Object(id, json), context);
-  }
-
-  TestSupport::TemporaryHost host_;
-  TestSupport::Database database_;
-  TestSupport::CapturedLog log_;
-  ConfigStoreObjectId plain_{"plain", "test", "tarn"};
-  ConfigStoreObjectId switch_{"switch", "test", "tarn", "s1"};
-  std::shared_ptr<ConfigStore> store_;
-};
+class Store : public TestSupport::StoreFixture {};
 
 TEST_F(Store, SetsAndGetsWithRevisionsThatCountWrites) {
   EXPECT_EQ(store_->Get(plain_), nullptr);
@@ -157,9 +130,7 @@ TEST_F(Store, BootKeepsOtherThanAutomaticConfigurationOut) {
   InstallType(host_, R"({"component":"tarn","group":"test","key":"open","version":"1",
     "schema":{"type":"object","bootAccessible":true,"properties":{"x":{"type":"integer"}}}})");
   EXPECT_EQ(Raised([&] { Set({"open", "test", "tarn"}, R"({"x":1})"); }), "nothing");
-  const std::filesystem::path file = host_.Path(HostPaths::kUpgradeContext);
-  std::filesystem::create_directories(file.parent_path());
-  std::ofstream(file) << "1";
+  SetUpgradeContext("1");
   EXPECT_EQ(Raised([&] { Set(plain_, R"({"name":"a"})"); }), "nothing");
 }
 

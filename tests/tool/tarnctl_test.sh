@@ -1,75 +1,23 @@
 #!/usr/bin/env bash
 # Drives tarnctl end to end in a temporary root: tarnctl_test.sh TARNCTL TYPES
-set -uo pipefail
-
-tarnctl=$1
-types=$2
-here=$(cd "$(dirname "$0")" && pwd)
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-chmod 755 "$work"
-[ -x "$tarnctl" ] || exit 1
-export TARN_HOST_ROOT=$work/root
-stores=$TARN_HOST_ROOT/etc/kestrel/configstore
-mkdir "$TARN_HOST_ROOT"
-checks=0
-failures=0
-
-fail() {
-  failures=$((failures + 1))
-  echo "FAILED: $1" >&2
-  sed 's/^/  stdout: /' "$work/out" >&2
-  sed 's/^/  stderr: /' "$work/err" >&2
-}
-
-# matches TEXT WANTED: nothing for "", anything for "?", exactly the rest for "=...", else somewhere in it.
-# Blanks and line ends don't count.
-matches() {
-  local text wanted
-  text=$(tr -d ' \n' <"$1")
-  wanted=$(tr -d ' \n' <<<"$2")
-  case $wanted in
-    '') [ -z "$text" ] ;;
-    '?') true ;;
-    =*) [ "$text" = "${wanted#=}" ] ;;
-    *) [[ $text == *"$wanted"* ]] ;;
-  esac
-}
-
-# verify NAME EXIT-CODE WANTED-CODE OUT ERR
-verify() {
-  checks=$((checks + 1))
-  if [ "$2" -ne "$3" ]; then
-    fail "$1: exit code $2, not $3"
-  elif ! matches "$work/out" "$4"; then
-    fail "$1: standard output is not $4"
-  elif ! matches "$work/err" "$5"; then
-    fail "$1: standard error is not $5"
-  fi
-}
-
-# expect CODE OUT ERR ARGUMENTS...: standard input comes from where this is called
-expect() {
-  local wanted=$1 out=$2 err=$3
-  shift 3
-  "$tarnctl" "$@" >"$work/out" 2>"$work/err"
-  verify "tarnctl $*" $? "$wanted" "$out" "$err"
-}
+# shellcheck source-path=SCRIPTDIR source=support.sh
+. "$(dirname "$0")/support.sh"
 
 tree() { (cd "$TARN_HOST_ROOT" && find . | sort); }
 resolver=tarn/network/resolver
-switch=tarn/network/switches/edge/0
+switches=tarn/network/switches
+switch=$switches/edge/0
 values=test/tool/values
 
 # --- the command line itself
 expect 0 "=tarnctl1.0.0" "" --version
-for verb in "" init get set validate list revision kv "kv get" "kv set" schema \
+for verb in "" init get set update delete validate list revision kv "kv get" "kv set" schema \
   "schema install" "schema check" "schema list" "schema show" "schema remove"; do
   # shellcheck disable=SC2086
   expect 0 "Usage: tarnctl $verb" "" $verb --help
 done
 for usage in "" "get" "nonsense" "get a/b" "get a//c" "get a/b/c/" "get a/b/c d..e" "list /" "schema" "kv get" \
-  "schema show a/b/c/d" "schema install" "set a/b/c" "revision" "--log 9 list" "list --nonsense" "update a/b/c" "validate a/b/c"; do
+  "schema show a/b/c/d" "schema install" "set a/b/c" "revision" "--log 9 list" "list --nonsense" "update a/b/c" "delete a/b" "validate a/b/c"; do
   # shellcheck disable=SC2086
   expect 2 "" "?" $usage
 done
@@ -81,7 +29,8 @@ expect 2 "" '={"code":2000,"message":"\"a/b\" is not of the form COMPONENT/GROUP
 without_store() {
   local before
   before=$(tree)
-  for verb in "get $resolver" "set $resolver servers=[]" "validate $resolver -" "list" "revision $resolver" "kv get K" "kv set K V" \
+  for verb in "get $resolver" "get $switches --all-instances" "set $resolver servers=[]" "update $resolver timeout=9" \
+    "delete $resolver" "delete $switches --where ports=8" "validate $resolver -" "list" "revision $resolver" "kv get K" "kv set K V" \
     "schema list" "schema show $resolver" "schema install $types" "schema remove $resolver"; do
     # shellcheck disable=SC2086
     expect 1 "" "tarnctl init" $verb
@@ -357,5 +306,4 @@ expect 8 "" "current-store-1" set $resolver 'servers=["10.0.0.9"]'
 rm -f "$stores"/current-store-1*
 without_store 1
 
-echo "$checks checks, $failures failures"
-[ $failures -eq 0 ]
+finish

@@ -3,12 +3,14 @@
 #include "tarnconfigstore/diagnostics.h"
 #include "tarnconfigstore/host.h"
 
+#include "delete_verbs.h"
 #include "failure.h"
 #include "host_verbs.h"
-#include "object_verbs.h"
 #include "output.h"
+#include "read_verbs.h"
 #include "type_verbs.h"
 #include "watch.h"
+#include "write_verbs.h"
 
 #include <CLI/CLI.hpp>
 
@@ -39,6 +41,11 @@ struct Arguments {
   std::string name;    // object, type, prefix or key
   std::string detail;  // member or value
   std::vector<std::string> list;
+  std::vector<std::string> conditions;
+  bool allInstances = false;
+  bool shipped = false;
+  bool automatic = false;
+  Layer layer = Layer::WHOLE;
   bool checkOnly = false;
   bool force = false;
   std::string socket = kNotificationSocket;
@@ -85,18 +92,88 @@ void AddTypeVerbs(CLI::App& app, Arguments& a) {
   remove->add_flag("--force", a.force, "Even if objects of the type are stored; they stay");
 }
 
-void AddObjectVerbs(CLI::App& app, Arguments& a) {
-  CLI::App* get = AddVerb(app, a, "get", "Print an object, or one member of it",
-                          [&a](const Output& output) { GetObject(a.name, a.detail, output); });
-  get->add_option("OBJECT", a.name)->required();
-  get->add_option("MEMBER", a.detail, "A dotted path, through objects only");
-  CLI::App* set = AddVerb(app, a, "set", "Replace an object by what is given",
-                          [&a](const Output&) { SetObject(a.name, a.list); });
-  set->add_option("OBJECT", a.name)->required();
-  set->add_option("DATA", a.list,
+void AddData(CLI::App& verb, Arguments& a) {
+  verb.add_option("OBJECT", a.name)->required();
+  verb.add_option("DATA", a.list,
                   "A file of JSON, - for standard input, or MEMBER=VALUE ...: each value takes the "
                   "type that the schema gives the member, arrays and objects are JSON text")
       ->required();
+}
+
+// With either of them a verb is about the instances of a type.
+void AddInstances(CLI::App& verb, Arguments& a) {
+  verb.add_option("OBJECT", a.name, "A TYPE with --all-instances or --where")->required();
+  verb.add_flag("--all-instances", a.allInstances, "All instances of a type");
+  verb.add_option("--where", a.conditions,
+                  "The instances of a type whose stored member has this value; can be repeated")
+      ->type_name("MEMBER=VALUE")
+      ->allow_extra_args(false);
+}
+
+bool MeansInstances(const Arguments& a) {
+  return a.allInstances || !a.conditions.empty();
+}
+
+void AddGet(CLI::App& app, Arguments& a) {
+  CLI::App* get = AddVerb(app, a, "get", "Print an object, a member of it, or instances",
+                          [&a](const Output& output) {
+                            const Source source = a.shipped ? Source::SHIPPED : Source::STORED;
+                            if (MeansInstances(a)) {
+                              GetInstances(a.name, a.conditions, source, output);
+                            } else {
+                              GetObject(a.name, a.detail, source, output);
+                            }
+                          });
+  AddInstances(*get, a);
+  get->add_option("MEMBER", a.detail, "A dotted path, through objects only")
+      ->excludes("--all-instances")
+      ->excludes("--where");
+  get->add_flag("--default", a.shipped, "What the type came with, not what is stored");
+}
+
+void AddSet(CLI::App& app, Arguments& a) {
+  CLI::App* set = AddVerb(app, a, "set", "Replace an object, or one layer, by what is given",
+                          [&a](const Output&) { SetObject(a.name, a.list, a.layer); });
+  AddData(*set, a);
+  CLI::App* layers = set->add_option_group("Layers", "Replace one layer and keep the others");
+  layers->require_option(0, 1);
+  const auto add = [&](const char* flag, Layer layer, const char* help) {
+    layers->add_flag_callback(
+        flag, [&a, layer] { a.layer = layer; }, help);
+  };
+  add("--user", Layer::USER, "Replace what the user set");
+  add("--auto", Layer::AUTOMATIC, "Replace what automatic configuration set");
+  add("--vital", Layer::VITAL, "Replace what the system must keep");
+  add("--cached", Layer::CACHED, "Replace what the system remembers");
+}
+
+void AddUpdate(CLI::App& app, Arguments& a) {
+  CLI::App* update =
+      AddVerb(app, a, "update", "Change what is given, and keep the rest", [&a](const Output&) {
+        UpdateObject(a.name, a.list,
+                     a.automatic ? TarnConfigStore::AUTO_CONFIG : TarnConfigStore::EXTERNAL);
+      });
+  AddData(*update, a);
+  update->add_flag("--auto", a.automatic, "On behalf of automatic configuration");
+}
+
+void AddDelete(CLI::App& app, Arguments& a) {
+  CLI::App* remove =
+      AddVerb(app, a, "delete", "Delete an object, or instances", [&a](const Output&) {
+        if (MeansInstances(a)) {
+          DeleteInstances(a.name, a.conditions);
+        } else {
+          DeleteObject(a.name);
+        }
+      });
+  AddInstances(*remove, a);
+}
+
+void AddObjectVerbs(CLI::App& app, Arguments& a) {
+  AddGet(app, a);
+  AddSet(app, a);
+  AddUpdate(app, a);
+  AddDelete(app, a);
   CLI::App* validate =
       AddVerb(app, a, "validate", "List all that is wrong with an object; write nothing",
               [&a](const Output& output) { ValidateObject(a.name, a.detail, output); });

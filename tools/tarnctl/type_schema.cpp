@@ -28,6 +28,13 @@ const Json* FindMember(const Json& value, const std::string& name) {
 
 }  // namespace
 
+// One of the schemas that may apply at a place. Conditions and dependencies declare members, but do
+// not close the object to others.
+struct TypeSchema::Part {
+  const Json* schema;
+  bool closes;
+};
+
 TypeSchema::TypeSchema(const TarnConfigStore::ConfigStoreObjectId& type)
     : typeFile_(Json::parse(TarnConfigStore::GetTypeFile(type.component, type.group, type.key))),
       root_(&typeFile_.at("schema")) {}
@@ -109,6 +116,80 @@ ValueKinds TypeSchema::Kinds(const Json& schema, int depth) const {
     }
   }
   return kinds;
+}
+
+void TypeSchema::CollectParts(const Json& schema, bool closes, int depth,
+                              std::vector<Part>& parts) const {
+  const Json& resolved = Resolve(schema);
+  if (depth >= kMaximumDepth || !resolved.is_object()) {
+    return;
+  }
+  parts.push_back({&resolved, closes});
+  for (const char* keyword : {"allOf", "anyOf", "oneOf"}) {
+    if (const Json* list = FindArray(resolved, keyword)) {
+      for (const Json& part : *list) {
+        CollectParts(part, closes, depth + 1, parts);
+      }
+    }
+  }
+  for (const char* keyword : {"if", "then", "else"}) {
+    if (const Json* part = FindObject(resolved, keyword)) {
+      CollectParts(*part, false, depth + 1, parts);
+    }
+  }
+  if (const Json* dependencies = FindObject(resolved, "dependencies")) {
+    for (const Json& part : *dependencies) {
+      CollectParts(part, false, depth + 1, parts);
+    }
+  }
+}
+
+bool TypeSchema::MayHave(const Json& schema, const std::string& name) const {
+  std::vector<Part> parts;
+  CollectParts(schema, true, 0, parts);
+  bool isClosed = false;
+  for (const Part& part : parts) {
+    const Json* properties = FindObject(*part.schema, "properties");
+    const auto additional = part.schema->find("additionalProperties");
+    const bool isSilent = additional == part.schema->end();
+    if ((properties != nullptr && properties->contains(name)) ||
+        part.schema->contains("patternProperties") || (!isSilent && *additional != false)) {
+      return true;
+    }
+    isClosed = isClosed || (part.closes && (properties != nullptr || !isSilent));
+  }
+  return !isClosed;
+}
+
+const Json& TypeSchema::Items(const Json& schema) const {
+  static const Json anything = Json::object();
+  const Json* items = FindObject(Resolve(schema), "items");
+  return items != nullptr ? *items : anything;
+}
+
+void TypeSchema::FindUndeclared(const Json& data, const Json& schema, MemberPath& place,
+                                Findings& findings) const {
+  if (!data.is_structured()) {
+    return;
+  }
+  for (const auto& [name, value] : data.items()) {
+    place.push_back(name);  // of an element: its index
+    if (data.is_array()) {
+      FindUndeclared(value, Items(schema), place, findings);
+    } else if (MayHave(schema, name)) {
+      FindUndeclared(value, Property(schema, name), place, findings);
+    } else {
+      findings.push_back({FormatPointer(place), "no such member"});
+    }
+    place.pop_back();
+  }
+}
+
+Findings TypeSchema::FindUndeclared(const Json& data) const {
+  MemberPath place;
+  Findings findings;
+  FindUndeclared(data, *root_, place, findings);
+  return findings;
 }
 
 std::optional<std::string> TypeSchema::InstanceIdMember() const {

@@ -3,12 +3,14 @@
 
 #include "tarnconfigstore/object_id.h"
 
+#include "failure.h"
 #include "json_text.h"
 #include "object_name.h"
 #include "value_kinds.h"
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tarnctl {
 
@@ -31,12 +33,22 @@ class TypeSchema {
   /// when there is neither. The result points into the data or into this schema.
   const Json* Read(const Json& data, const MemberPath& path) const;
 
+  /// A finding for each member of the data that the schema has no place for, whichever of its
+  /// branches applied.
+  Findings FindUndeclared(const Json& data) const;
+
  private:
   const Json& Resolve(const Json& schema) const;
   const Json* FindProperty(const Json& schema, const std::string& name, int depth) const;
   const Json& Property(const Json& schema, const std::string& name) const;
   const Json* Default(const Json& schema) const;
   ValueKinds Kinds(const Json& schema, int depth) const;
+  struct Part;
+  void CollectParts(const Json& schema, bool closes, int depth, std::vector<Part>& parts) const;
+  bool MayHave(const Json& schema, const std::string& name) const;
+  const Json& Items(const Json& schema) const;
+  void FindUndeclared(const Json& data, const Json& schema, MemberPath& place,
+                      Findings& findings) const;
 
   Json typeFile_;
   const Json* root_;

@@ -99,8 +99,9 @@ namespace internal {
 /// failure.
 StatementHandle Prepare(const ConnectionHandle& connection, std::string_view sql, int limit);
 
-/// Each binds at `index` and, on success, advances it by one. Texts are not copied: they have to
-/// live until the statement has run. An empty text is bound as an empty text. The flag is not used.
+/// Each sets the parameter at `index` and, on success, advances it by one; the engine gets it when
+/// the statement runs. Texts are not copied: they have to live until then. An empty text is bound as
+/// an empty text. The flag is not used.
 int Bind(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
          int value);
 int Bind(const ConnectionHandle& connection, const StatementHandle& statement, int& index,

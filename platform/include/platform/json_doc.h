@@ -27,8 +27,9 @@ class JsonDoc {
   /// Replaces the value by a parsed text; on failure the value is null. See Json::Parse.
   Json::ParseResult Parse(std::string_view text, Json::Origin origin);
 
-  /// The room that the values of a parsed text of this length take up, as a rule.
-  static std::size_t CapacityFor(std::size_t textLength) { return 2 * textLength + 64; }
+  /// The room that the values of a parsed text of this length take up, as a rule, and the memory's
+  /// own header.
+  static std::size_t CapacityFor(std::size_t textLength) { return 2 * textLength + 24; }
 
  private:
   std::unique_ptr<char[]> buffer_;

@@ -14,6 +14,11 @@ bool HasText(const CachedStatement& entry, std::string_view text) noexcept {
 
 }  // namespace
 
+CachedStatement::CachedStatement(sqlite3_stmt* prepared, std::string_view sql)
+    : statement(prepared),
+      text(sql),
+      parameters(static_cast<std::size_t>(sqlite3_bind_parameter_count(prepared))) {}
+
 std::size_t StatementCache::HintOf(std::string_view text) noexcept {
   // Most texts are constants: where one lies tells it from the others without looking at it.
   const auto address = reinterpret_cast<std::uintptr_t>(text.data());
@@ -47,20 +52,18 @@ CachedStatement* StatementCache::Add(std::string_view text, sqlite3_stmt* statem
     if (entries_.size() >= kCapacity) {
       DropLeastRecentlyUsed();
     }
-    auto entry = std::make_unique<CachedStatement>();
-    entry->text = text;
-    entries_.push_back(std::move(entry));
+    entries_.push_back(std::make_unique<CachedStatement>(statement, text));
   } catch (...) {
     sqlite3_finalize(statement);
     throw;
   }
-  entries_.back()->statement = statement;
   return Lend(entries_.back().get(), text);
 }
 
 void StatementCache::GiveBack(CachedStatement* entry) noexcept {
   sqlite3_reset(entry->statement);
   sqlite3_clear_bindings(entry->statement);
+  entry->parameters.Clear();
   entry->taken = false;
   entry->running = false;
 }

@@ -1,6 +1,8 @@
 // The prepared statements of one connection.
 #pragma once
 
+#include "db/parameters.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -14,10 +16,14 @@ struct sqlite3_stmt;
 namespace DBStore::internal {
 
 struct CachedStatement {
-  sqlite3_stmt* statement = nullptr;
+  CachedStatement(sqlite3_stmt* prepared, std::string_view sql);
+
+  sqlite3_stmt* statement;
   std::string text;
-  bool taken = false;    ///< somebody uses it
-  bool running = false;  ///< it is being stepped through
+  Parameters parameters;
+  std::vector<std::string> columns;  ///< names of the result's columns, once it had a row
+  bool taken = false;                ///< somebody uses it
+  bool running = false;              ///< it is being stepped through
   std::uint64_t lastUse = 0;
 };
 

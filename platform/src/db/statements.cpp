@@ -27,9 +27,18 @@ class RowTexts {
   char** Values() noexcept { return texts_; }
   char** Names() noexcept { return texts_ + columns_; }
 
-  void FetchNames(sqlite3_stmt* statement) noexcept {
-    for (int column = 0; column < columns_; ++column) {
-      Names()[column] = const_cast<char*>(sqlite3_column_name(statement, column));
+  /// The names are asked for once in a statement's life.
+  void FetchNames(internal::CachedStatement& entry) {
+    if (entry.columns.size() != static_cast<std::size_t>(columns_)) {
+      entry.columns.clear();
+      for (int column = 0; column < columns_; ++column) {
+        const char* name = sqlite3_column_name(entry.statement, column);
+        entry.columns.emplace_back(name == nullptr ? "" : name);
+      }
+    }
+    char** next = Names();
+    for (std::string& name : entry.columns) {
+      *next++ = name.data();
     }
   }
 
@@ -77,26 +86,6 @@ void StoreConnection::GiveBackStatement(internal::CachedStatement* entry) noexce
   }
 }
 
-int StoreConnection::BindInteger(internal::CachedStatement* entry, int index, int value) {
-  const std::lock_guard<std::mutex> guard(lock_);
-  const int code = sqlite3_bind_int(entry->statement, index, value);
-  return code == SQLITE_OK ? code : Report(code, "binding a parameter");
-}
-
-int StoreConnection::BindText(internal::CachedStatement* entry, int index, std::string_view text) {
-  const std::lock_guard<std::mutex> guard(lock_);
-  // A text of no length may have no address, which SQLite would take for NULL.
-  const int code = sqlite3_bind_text64(entry->statement, index, text.empty() ? "" : text.data(),
-                                       text.size(), SQLITE_STATIC, SQLITE_UTF8);
-  return code == SQLITE_OK ? code : Report(code, "binding a parameter");
-}
-
-int StoreConnection::BindNull(internal::CachedStatement* entry, int index) {
-  const std::lock_guard<std::mutex> guard(lock_);
-  const int code = sqlite3_bind_null(entry->statement, index);
-  return code == SQLITE_OK ? code : Report(code, "binding a parameter");
-}
-
 int StoreConnection::CheckWriting(const internal::CachedStatement& entry) {
   if (IsTransactionGone()) {
     return RefuseGone("running \"" + entry.text + "\"");
@@ -126,6 +115,10 @@ int StoreConnection::Execute(internal::CachedStatement* entry, RowCallback callb
     return SQLITE_ERROR;
   }
   LimitWaiting(limit);
+  if (const int code = entry->parameters.Bind(entry->statement); code != SQLITE_OK) {
+    Report(code, "binding the parameters of \"" + entry->text + "\"");
+    return SQLITE_ERROR;
+  }
 
   // Whichever way it ends, the statement holds no read lock any more and can run again.
   class Running {
@@ -165,7 +158,7 @@ int StoreConnection::StepThrough(internal::CachedStatement& entry, RowCallback c
   if (code == SQLITE_ROW && callback != nullptr) {
     const int columns = sqlite3_column_count(entry.statement);
     RowTexts row(columns);
-    row.FetchNames(entry.statement);
+    row.FetchNames(entry);
     do {
       if (!row.FetchValues(entry.statement)) {
         code = SQLITE_NOMEM;
@@ -239,41 +232,43 @@ StatementHandle Prepare(const ConnectionHandle& connection, std::string_view sql
 
 namespace {
 
-// The entry of a statement that may be bound to, or null.
-CachedStatement* Bindable(const ConnectionHandle& connection, const StatementHandle& statement) {
-  return Usable(connection) != nullptr ? EntryOf(connection, statement) : nullptr;
-}
-
-int Advance(int status, int& index) noexcept {
-  index += status == SQLITE_OK ? 1 : 0;
-  return status;
+// Sets a parameter of a statement that may be bound to.
+template <class SetParameter>
+int Set(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
+        SetParameter set) {
+  CachedStatement* const entry =
+      Usable(connection) != nullptr ? EntryOf(connection, statement) : nullptr;
+  if (entry == nullptr) {
+    return SQLITE_MISUSE;
+  }
+  if (!set(entry->parameters)) {
+    ReportFailure(ErrorKind::MISUSE, SQLITE_RANGE,
+                  "\"" + entry->text + "\" has no parameter " + std::to_string(index));
+    return SQLITE_RANGE;
+  }
+  ++index;
+  return SQLITE_OK;
 }
 
 }  // namespace
 
 int Bind(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
          int value) {
-  CachedStatement* const entry = Bindable(connection, statement);
-  return entry == nullptr ? SQLITE_MISUSE
-                          : Advance(connection->BindInteger(entry, index, value), index);
+  return Set(connection, statement, index,
+             [&](Parameters& parameters) { return parameters.SetInteger(index, value); });
 }
 
 int Bind(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
          std::string_view text, bool) {
-  CachedStatement* const entry = Bindable(connection, statement);
-  return entry == nullptr ? SQLITE_MISUSE
-                          : Advance(connection->BindText(entry, index, text), index);
+  return Set(connection, statement, index,
+             [&](Parameters& parameters) { return parameters.SetText(index, text); });
 }
 
 int Bind(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
          NullableSV value) {
-  CachedStatement* const entry = Bindable(connection, statement);
-  if (entry == nullptr) {
-    return SQLITE_MISUSE;
-  }
-  return Advance(value.IsNull() ? connection->BindNull(entry, index)
-                                : connection->BindText(entry, index, value.Text()),
-                 index);
+  return Set(connection, statement, index, [&](Parameters& parameters) {
+    return value.IsNull() ? parameters.SetNull(index) : parameters.SetText(index, value.Text());
+  });
 }
 
 }  // namespace internal

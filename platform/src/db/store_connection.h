@@ -38,9 +38,6 @@ class StoreConnection {
   /// Null on failure.
   internal::CachedStatement* TakeStatement(std::string_view sql, int limit);
   void GiveBackStatement(internal::CachedStatement* entry) noexcept;
-  int BindInteger(internal::CachedStatement* entry, int index, int value);
-  int BindText(internal::CachedStatement* entry, int index, std::string_view text);
-  int BindNull(internal::CachedStatement* entry, int index);
   int Execute(internal::CachedStatement* entry, RowCallback callback, void* context, int limit);
 
   int ReadKeyValue(const std::string& key, std::string* value);

@@ -1,0 +1,271 @@
+#include "tarnconfigstore/config_store_object.h"
+#include "tarnconfigstore/filter_spec_object.h"
+
+#include "objects/config_store_object_impl.h"
+#include "objects/document.h"
+#include "objects/filter.h"
+#include "support/captured_log.h"
+#include "support/raised.h"
+#include "support/test_types.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace TarnConfigStore {
+namespace {
+
+using TestSupport::Raised;
+using Object = std::shared_ptr<ConfigStoreObject>;
+
+constexpr const char* kGone = "CSE 2000 Subobject does not exists.";
+constexpr const char* kInstanceGone = "CSE 2000 Subobject instance does not exists.";
+constexpr const char* kTreeType = R"({
+  "component": "tarn", "group": "test", "key": "tree", "version": "1.0",
+  "schema": { "type": "object", "properties": {
+    "name": { "type": "string" },
+    "lease": { "type": "object", "properties": { "ttl": { "type": "integer", "default": 60 },
+      "from": { "type": "object", "properties": { "host": { "type": "string" } } } } },
+    "ports": { "type": "array", "items": { "$ref": "#/definitions/port" } },
+    "rules": { "type": "array", "items": { "type": "object", "generatedInstanceId": true,
+      "properties": { "allow": { "type": "string" } } } },
+    "plain": { "type": "array", "items": { "type": "object", "properties": { "x": {} } } } },
+    "definitions": { "port": { "type": "object", "properties": {
+      "id": { "type": "string", "instanceId": true }, "vlan": { "type": "integer", "default": 1 },
+      "ports": { "type": "array", "items": { "$ref": "#/definitions/port" } } } } } }
+})";
+
+SubObjectId Port(const std::string& id) {
+  return SubObjectId("ports", id);
+}
+
+std::string Ports(int first, int last) {
+  std::string text;
+  for (int i = first; i != last; i += first < last ? 1 : -1) {
+    text += (text.empty() ? R"({"id":"p)" : R"(,{"id":"p)") + std::to_string(i) + R"(","vlan":)" +
+            std::to_string(i) + "}";
+  }
+  return R"({"ports":[)" + text + "]}";
+}
+
+int Vlan(const Object& port) {
+  int vlan = -1;
+  port->GetValue("vlan", &vlan);
+  return vlan;
+}
+
+class SubObjectsTest : public ::testing::Test {
+ protected:
+  SubObjectsTest() {
+    InstallType(host_, kTreeType);
+    tree_ = std::make_shared<ConfigStoreObject>(id_);
+  }
+  TestSupport::TemporaryHost host_;
+  TestSupport::CapturedLog log_;
+  ConfigStoreObjectId id_{"tree", "test", "tarn"};
+  Object tree_;
+};
+
+TEST_F(SubObjectsTest, ViewFollowsItsPlaceWhateverBecomesOfTheParent) {
+  const Object port = tree_->CreateSubObject(Port("p7"));
+  const Object inner = port->CreateSubObject(Port("in"));
+  EXPECT_EQ(Vlan(inner), 1) << "the default of its own type";
+  inner->SetValue("vlan", 70);
+  constexpr int kMany = 10000;
+  for (int i = 100; i < 100 + kMany; ++i) {
+    tree_->CreateSubObject(Port("p" + std::to_string(i)))->SetValue("vlan", i);
+  }
+  EXPECT_EQ(Vlan(inner), 70);
+  EXPECT_EQ(port->GetData(), R"({"id":"p7","ports":[{"id":"in","vlan":70}]})");
+  const auto all = tree_->GetSubObjectInstances("ports");
+  ASSERT_EQ(all.size(), kMany + 1);
+  EXPECT_EQ(Vlan(all[kMany]), 99 + kMany);
+
+  tree_->SetData(Ports(20, 5).c_str());
+  EXPECT_EQ(Vlan(port), 7) << "reordered";
+  EXPECT_EQ(Raised([&] { Vlan(inner); }), kInstanceGone);
+  tree_->DeleteSubObject(Port("p12"));
+  tree_->DeleteSubObject(Port("p20"));
+  port->SetValue("vlan", 77);
+  EXPECT_EQ(tree_->GetPath("/ports/11"), R"({"id":"p7","vlan":77})");
+  EXPECT_EQ(tree_->GetPath("/ports/10/id"), R"("p8")") << "the others keep their order";
+
+  const Object deep = port->CreateSubObject(Port("a"))->CreateSubObject(Port("b"));
+  tree_.reset();
+  deep->SetValue("vlan", 5);
+  EXPECT_EQ(port->GetPath("/ports/0/ports/0/vlan"), "5") << "views keep what they look into";
+}
+
+TEST_F(SubObjectsTest, ViewsSayWhenTheirPlaceIsGoneAndLiveAgainWithIt) {
+  const Object lease = tree_->CreateSubObject(SubObjectId("lease"));
+  const Object from = lease->CreateSubObject(SubObjectId("from"));
+  const Object port = tree_->CreateSubObject(Port("p1"));
+  tree_->SetData(R"({"lease":null,"ports":{}})");
+  EXPECT_EQ(Raised([&] { from->SetValue("host", "h"); }), kGone);
+  EXPECT_EQ(Raised([&] { lease->SetData("{}"); }), kGone);
+  EXPECT_EQ(Raised([&] { lease->IsEmpty(); }), kGone);
+  EXPECT_EQ(Raised([&] { port->GetData(); }), "ITE 2000 Invalid type specified for: ports");
+  EXPECT_EQ(tree_->GetSubObject(SubObjectId("lease")), nullptr);
+  EXPECT_EQ(log_.Count("4 GetSubObject: Could not find key: lease"), 1);
+
+  tree_->SetData(R"({"name":"n","lease":null,"ports":[{"id":"p1"}]})");
+  tree_->CreateSubObject(SubObjectId("lease"));
+  lease->SetValue("ttl", 5);
+  EXPECT_EQ(tree_->GetData(), R"({"name":"n","lease":{"ttl":5},"ports":[{"id":"p1"}]})")
+      << "null gives way to the new object";
+  port->SetValue("id", "p2");
+  EXPECT_EQ(Raised([&] { port->Remove("vlan"); }), kInstanceGone);
+  tree_->DeleteSubObjectInstances("ports");
+  tree_->DeleteSubObjectInstances("ports");
+  tree_->DeleteSubObject(SubObjectId("lease"));
+  EXPECT_EQ(tree_->GetData(), R"({"name":"n"})");
+  EXPECT_TRUE(tree_->GetSubObjectInstances("ports").empty());
+}
+
+TEST_F(SubObjectsTest, ViewIsAnObjectOfItsOwnTypeThatNoStoreTakes) {
+  tree_ = std::make_shared<ConfigStoreObject>(std::make_shared<ConfigStoreObjectImpl>(
+      id_, id_, std::nullopt, CreateDocumentFromString(Ports(0, 3)),
+      tree_->GetImplementation()->GetSchema(), "1.0", "then", "now", 4, true, nullptr, nullptr));
+  const Object port = tree_->GetSubObjectInstances("ports")[2];
+  EXPECT_EQ(port->GetConfigStoreObjectId().toString(), "comp  grp  key ports id p2");
+  EXPECT_EQ(port->GetVersion() + port->GetCreationTime() + port->GetModifiedTime(), "1.0thennow");
+  EXPECT_EQ(port->GetRevision(), 4);
+  EXPECT_EQ(port->GetImplementation()->GetIdMapStr(), R"({"ports":"id"})");
+  int ttl = 0;
+  EXPECT_EQ(tree_->CreateSubObject(SubObjectId("lease"))->GetValue("ttl", &ttl), 2);
+  EXPECT_EQ(ttl, 60);
+}
+
+TEST_F(SubObjectsTest, GeneratedIdsNameInstancesAndStayHidden) {
+  const Object first = tree_->CreateSubObject(SubObjectId("rules"));
+  first->SetValue("allow", "a");
+  const std::string id = first->GetConfigStoreObjectId().instanceId;
+  EXPECT_EQ(id.size(), 36U);
+  first->SetData(first->GetData().c_str());
+  EXPECT_EQ(tree_->GetSubObject(SubObjectId("rules", id))->GetData(), R"({"allow":"a"})");
+  EXPECT_EQ(tree_->GetPath("/rules"), R"([{"allow":"a"}])");
+  EXPECT_EQ(tree_->GetPath("/rules/0/cs_generated_id"), std::nullopt);
+
+  tree_->SetData(R"({"rules":[{"allow":"b"},{"allow":"c"}]})");
+  const auto rules = tree_->GetSubObjectInstances("rules");
+  tree_->DeleteSubObject(SubObjectId("rules", rules[0]->GetConfigStoreObjectId().instanceId));
+  EXPECT_EQ(rules[1]->GetData(), R"({"allow":"c"})");
+}
+
+TEST_F(SubObjectsTest, NewDataOfAViewStayInTheirPlace) {
+  const Object port = tree_->CreateSubObject(Port("p1"));
+  port->SetData(R"({"vlan":3})");
+  EXPECT_EQ(tree_->GetData(), R"({"ports":[{"vlan":3,"id":"p1"}]})");
+  EXPECT_EQ(Raised([&] { port->SetData(R"({"id":"p2"})"); }),
+            "IAE 2000 The data name another instance than key ports id p1");
+  EXPECT_EQ(Raised([&] { port->SetData("[1]"); }), "ITE 2000 Invalid type specified for: ports");
+  EXPECT_EQ(Raised([&] { port->SetData("{"); }).substr(0, 8), "IAE 1080");
+  std::string nested = "1";
+  for (int level = 0; level < 127; ++level) {
+    nested = R"({"a":)" + nested + "}";
+  }
+  EXPECT_EQ(Raised([&] { port->SetData(nested.c_str()); }).substr(0, 8), "IAE 1080")
+      << "too deep where it stands";
+  EXPECT_EQ(tree_->GetData(), R"({"ports":[{"vlan":3,"id":"p1"}]})");
+  Object at = port;
+  EXPECT_EQ(Raised([&] {
+              for (;;) {
+                at = at->CreateSubObject(Port("deeper"));
+              }
+            }),
+            "CSE 2000 Nested too deep: ports");
+  tree_->SetData(tree_->GetData().c_str());
+}
+
+TEST_F(SubObjectsTest, RefusesWhatTheTypeDoesNotKnow) {
+  tree_->SetData(R"({"lease":5,"ports":[{"id":"p1"},{"id":7}],"plain":[{"x":1}]})");
+  const auto create = [&](const char* key, const char* id) {
+    return Raised([&] { tree_->CreateSubObject(SubObjectId(key, id)); });
+  };
+  EXPECT_EQ(create("", ""), "IAE 2000 key cannot be empty");
+  EXPECT_EQ(create("ports", "p1"), "CSE 2000 Object already exists.");
+  EXPECT_EQ(create("ports", ""),
+            "IAE 2000 Non-Singleton sub-object should contain instanceId: ports");
+  EXPECT_EQ(create("lease", "x"), "IAE 2000 Singleton sub-object cannot contain instanceId: lease");
+  EXPECT_EQ(create("lease", ""), "ITE 2000 Invalid type specified for: lease");
+  EXPECT_EQ(create("plain", ""), "ITE 2000 Invalid type specified for: plain");
+  EXPECT_EQ(create("name", ""), "CSE 2000 The type knows no sub-object of this key: name");
+  EXPECT_EQ(log_.Count("0 Schema object not found for key: name"), 1);
+  EXPECT_EQ(Raised([&] { tree_->GetSubObjectInstances("plain"); }),
+            "CSE 2000 Schema error:Expected array type");
+  EXPECT_EQ(Raised([&] { tree_->GetSubObjectInstances("ports"); }),
+            "CSE 1032 Member id does not hold an instance id.");
+  EXPECT_EQ(Raised([&] { tree_->DeleteSubObject(Port("p2")); }), kInstanceGone);
+  ConfigStoreObject untyped(std::make_shared<ConfigStoreObjectImpl>(
+      id_, id_, std::nullopt, CreateDocumentFromString("{}"), nullptr, "", "", "", 0, true, nullptr,
+      nullptr));
+  EXPECT_EQ(Raised([&] { untyped.GetSubObject(SubObjectId("lease")); }),
+            "CSE 2000 The object was made without its type: lease");
+  EXPECT_EQ(log_.Count("0 Schema object is null."), 1);
+}
+
+TEST_F(SubObjectsTest, PathsLeadIntoTheData) {
+  tree_->SetData(R"({"a/b":{"~":[1,{"x":null}]},"":"empty","m~1":true,"0":"zero"})");
+  const auto at = [&](const char* pointer) { return tree_->GetPath(pointer).value_or("nothing"); };
+  EXPECT_EQ(at(""), tree_->GetData());
+  EXPECT_EQ(at("/a~1b/~0"), R"([1,{"x":null}])");
+  EXPECT_EQ(at("/a~1b/~0/0"), "1");
+  EXPECT_EQ(at("/"), R"("empty")");
+  EXPECT_EQ(at("/m~01"), "true") << "unescaped once";
+  EXPECT_EQ(at("/0"), R"("zero")");
+  for (const char* nowhere : {"/a", "/a~1b/~0/2", "/a~1b/~0/-", "/a~1b/~0/00", "/a~1b/~0/",
+                              "/a~1b/~0/1/x", "/0/0", "/a~1b/~0/4294967296"}) {
+    EXPECT_EQ(at(nowhere), "nothing") << nowhere;
+  }
+  for (const char* wrong : {"a", "/~", "/a~2", "/~~0"}) {
+    EXPECT_EQ(Raised([&] { at(wrong); }), std::string("IAE 2000 Not a JSON Pointer: ") + wrong);
+  }
+}
+
+TEST_F(SubObjectsTest, FiltersHaveConditionsOnSubObjects) {
+  std::vector<Object> trees;
+  for (const char* data : {R"({"lease":{"ttl":1,"from":{"host":"a"}}})",
+                           R"({"lease":{"ttl":2,"from":{"host":"a"}}})", R"({"ports":[]})"}) {
+    trees.push_back(std::make_shared<ConfigStoreObject>(id_));
+    trees.back()->SetData(data);
+  }
+  const auto filter = std::make_shared<FilterSpecObject>(id_);
+  const auto kept = [&] { return FilterConfigStoreObjects(trees, filter).size(); };
+  const auto lease = filter->CreateSubObjectFilter(SubObjectId("lease"));
+  const auto from = lease->CreateSubObjectFilter(SubObjectId("from"));
+  EXPECT_EQ(kept(), 2U);
+  filter->GetSubObjectFilter(SubObjectId("lease"))->SetValue("ttl", 1);
+  from->SetValue("host", "a");
+  EXPECT_EQ(filter->GetData(), R"({"lease":{"from":{"host":"a"},"ttl":1}})");
+  EXPECT_EQ(kept(), 1U);
+  EXPECT_EQ(log_.Count("4 obj is not susbset, key lease did not match"), 3);
+  EXPECT_EQ(Raised([&] { filter->CreateSubObjectFilter(SubObjectId("lease")); }),
+            "CSE 2000 SubObject filter already exists.");
+
+  const char* refused =
+      "CSE 2000 FilterConfigStoreObjects: Non-Singleton SubObject filtering not supported";
+  lease->CreateSubObjectFilter(Port("p1"))->SetValue("vlan", 1);
+  EXPECT_EQ(Raised([&] { lease->CreateSubObjectFilter(Port("p1")); }),
+            "CSE 2000 SubObject filter already exists.");
+  int vlan = 0;
+  EXPECT_EQ(lease->GetSubObjectFilter(Port("p1"))->GetValue("vlan", &vlan), 1);
+  EXPECT_EQ(Raised(kept), refused);
+  lease->DeleteSubObjectFilter(Port("p1"));
+  EXPECT_EQ(kept(), 1U);
+  EXPECT_EQ(Raised([&] { lease->DeleteSubObjectFilter(Port("p1")); }), kInstanceGone);
+  from->CreateSubObjectFilter(Port("p1"));
+  filter->DeleteSubObjectFilter(SubObjectId("lease"));
+  EXPECT_EQ(kept(), 3U) << "with the conditions go those inside";
+  EXPECT_EQ(Raised([&] { from->GetSubObjectFilter(Port("p1")); }), kGone);
+  EXPECT_EQ(filter->GetSubObjectFilter(SubObjectId("lease")), nullptr);
+  EXPECT_EQ(Raised([&] { filter->DeleteSubObjectFilter(SubObjectId("lease")); }), kGone);
+  filter->CreateSubObjectFilter(SubObjectId("ports"));
+  EXPECT_EQ(Raised(kept), refused) << "the type holds instances there";
+  filter->DeleteSubObjectFilter(SubObjectId("ports"));
+  filter->CreateSubObjectFilter(Port("p1"));
+  trees.clear();
+  EXPECT_EQ(Raised(kept), refused) << "whatever there is to filter";
+  EXPECT_FALSE(filter->IsEmpty()) << "empty filters stand for everything, deletes included";
+}
+
+}  // namespace
+}  // namespace TarnConfigStore

@@ -1,0 +1,16 @@
+#include "store_access.h"
+
+#include "failure.h"
+#include "object_name.h"
+
+namespace tarnctl {
+
+std::shared_ptr<TarnConfigStore::ConfigStore> OpenStore() {
+  return TarnConfigStore::ConfigStore::GetStore(TarnConfigStore::sGlobalNamespace);
+}
+
+void RaiseNotStored(const TarnConfigStore::ConfigStoreObjectId& id) {
+  throw ToolError(ExitCode::NOT_FOUND, "no object " + FormatObject(id) + " is stored");
+}
+
+}  // namespace tarnctl
