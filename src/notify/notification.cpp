@@ -1,8 +1,86 @@
 #include "notify/notification.h"
 
-namespace TarnConfigStore {
+#include "tarnconfigstore/exceptions.h"
 
-void NotifyIfAllowlisted(const ConfigStoreObjectId& /*id*/,
-                         const DBStore::ConnectionHandle& /*connection*/) noexcept {}
+#include "platform/logger.h"
+
+#include "notify/allowlist.h"
+#include "notify/notification_message.h"
+#include "notify/uds_client.h"
+#include "persistence/connection.h"
+
+#include <exception>
+#include <string>
+#include <unistd.h>
+
+namespace TarnConfigStore {
+namespace {
+
+constexpr const char* kSwitch = "NOTIFY_KEELD";
+constexpr const char* kEndpoint = "kslLocalSocketKeeldNotifyWisp";
+
+// "COMPONENT.GROUP.LAST", in one piece of memory.
+std::string DottedName(const ConfigStoreObjectId& id, const std::string& last) {
+  std::string name;
+  name.reserve(id.component.size() + id.group.size() + last.size() + 2);
+  name.append(id.component).append(1, '.').append(id.group).append(1, '.').append(last);
+  return name;
+}
+
+bool IsAllowlisted(const ConfigStoreObjectId& id, const std::string& typeName) {
+  try {
+    const NotifyAllowlist& allowlist = GetNotifyAllowlist();
+    return allowlist.contains(typeName) || allowlist.contains(DottedName(id, "*"));
+  } catch (const ConfigStoreException& error) {
+    CSLogger::Log(1, "Failed to read notify list: %s. Defaulting to empty list.", error.what());
+    return false;
+  }
+}
+
+void Announce(const ConfigStoreObjectId& id, const std::string& typeName) {
+  try {
+    const std::string message = MakeNotificationMessage(typeName, getpid());
+    UdsClient client(kEndpoint);
+    client.Connect();
+    client.Send(message);
+  } catch (const std::exception& error) {
+    CSLogger::Log(2, "Error while sending notification for config object '%s' to KeelD: %s",
+                  id.toString().c_str(), error.what());
+  }
+}
+
+}  // namespace
+
+bool IsKeeldNotificationEnabled(const DBStore::ConnectionHandle& connection) {
+  std::string value;
+  return DBStore::ReadKeyValue(kSwitch, &value, connection) == 0 && value == "true";
+}
+
+bool IsKeeldNotificationEnabled() {
+  return IsKeeldNotificationEnabled(GetDBStore(DBStore::Type::CURRENT_STORE, false));
+}
+
+void NotifyIfAllowlisted(const ConfigStoreObjectId& id,
+                         const DBStore::ConnectionHandle& connection) noexcept {
+  try {
+    if (!IsKeeldNotificationEnabled(connection)) {
+      return;
+    }
+    const std::string typeName = DottedName(id, id.key);
+    if (IsAllowlisted(id, typeName)) {
+      Announce(id, typeName);
+    }
+  } catch (...) {
+    // The change is made: not even running out of memory over the telling may look like a failure.
+  }
+}
+
+void NotifyIfAllowlisted(const ConfigStoreObjectId& id) noexcept {
+  try {
+    NotifyIfAllowlisted(id, GetDBStore(DBStore::Type::CURRENT_STORE, false));
+  } catch (...) {
+    // As above.
+  }
+}
 
 }  // namespace TarnConfigStore

@@ -7,10 +7,21 @@
 
 namespace TarnConfigStore {
 
-/// Announces a change of an object to the management daemon, if it asked for it. Never throws, and
-/// no failure of it ever reaches the caller. Nobody is told of anything yet.
+/// Announces a change of an object to the management daemon, when notification is switched on and
+/// the object's type or group is on the allowlist. While it is switched off this costs the reading
+/// of one key/value entry. A daemon that hangs holds the caller up for 100 ms at most.
+/// Never throws, and no failure of it ever reaches the caller: an allowlist that cannot be read is
+/// logged at priority 1, a daemon that cannot be reached at priority 2. Thread-safe.
 /// \param connection  the store's, on which the switch is read
 void NotifyIfAllowlisted(const ConfigStoreObjectId& id,
                          const DBStore::ConnectionHandle& connection) noexcept;
+/// The same for callers that hold no connection.
+void NotifyIfAllowlisted(const ConfigStoreObjectId& id) noexcept;
+
+/// True exactly when the entry "NOTIFY_KEELD" holds "true"; an entry that cannot be read counts as
+/// off.
+bool IsKeeldNotificationEnabled(const DBStore::ConnectionHandle& connection);
+/// The same for callers that hold no connection.
+bool IsKeeldNotificationEnabled();
 
 }  // namespace TarnConfigStore

@@ -12,7 +12,7 @@ values=test/tool/values
 # --- the command line itself
 expect 0 "=tarnctl1.0.0" "" --version
 for verb in "" init get set update delete validate list revision kv "kv get" "kv set" schema \
-  "schema install" "schema check" "schema list" "schema show" "schema remove"; do
+  "schema install" "schema check" "schema list" "schema show" "schema remove" watch; do
   # shellcheck disable=SC2086
   expect 0 "Usage: tarnctl $verb" "" $verb --help
 done

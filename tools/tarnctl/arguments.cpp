@@ -9,12 +9,15 @@
 #include "output.h"
 #include "read_verbs.h"
 #include "type_verbs.h"
+#include "watch.h"
 #include "write_verbs.h"
 
 #include <CLI/CLI.hpp>
 
+#include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -45,6 +48,8 @@ struct Arguments {
   Layer layer = Layer::WHOLE;
   bool checkOnly = false;
   bool force = false;
+  std::string socket = kNotificationSocket;
+  std::optional<std::uint64_t> count;
 
   Verb verb;
 };
@@ -193,6 +198,16 @@ void AddEntryVerbs(CLI::App& app, Arguments& a) {
   set->add_option("VALUE", a.detail)->required();
 }
 
+void AddWatchVerb(CLI::App& app, Arguments& a) {
+  CLI::App* watch = AddVerb(
+      app, a, "watch", "Print the notifications of changes as they arrive, one line of JSON each",
+      [&a](const Output& output) { WatchNotifications(a.socket, a.count, output); });
+  watch->add_option("--socket", a.socket, "Listen there instead")->type_name("PATH");
+  watch->add_option("--count", a.count, "End after so many")
+      ->type_name("N")
+      ->check(CLI::Range(std::uint64_t{1}, std::numeric_limits<std::uint64_t>::max()));
+}
+
 void AddEverything(CLI::App& app, Arguments& a) {
   app.add_flag("--json", a.asJson, "Print everything as JSON, errors too");
   app.add_option("--root", a.root, "Directory that the host's paths are resolved under")
@@ -210,6 +225,7 @@ void AddEverything(CLI::App& app, Arguments& a) {
   AddTypeVerbs(app, a);
   AddObjectVerbs(app, a);
   AddEntryVerbs(app, a);
+  AddWatchVerb(app, a);
 }
 
 // Known before the arguments are understood, so that a usage error is JSON too.

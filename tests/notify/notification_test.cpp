@@ -1,0 +1,257 @@
+#include "notify/notification.h"
+
+#include "tarnconfigstore/config_store.h"
+#include "tarnconfigstore/key_values.h"
+
+#include "platform/db_testing.h"
+
+#include "notify/allowlist.h"
+#include "notify/listener.h"
+#include "support/captured_log.h"
+#include "support/child_process.h"
+#include "support/temporary_host.h"
+#include "support/test_types.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <sys/stat.h>
+#include <thread>
+
+namespace TarnConfigStore {
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+using TestSupport::Listener;
+
+constexpr const char* kSocket = "kslLocalSocketKeeldNotifyWisp";
+constexpr const char* kSwitch = "NOTIFY_KEELD";
+
+// The allowlist is the process's for good: whatever reads one runs in a child.
+class NotificationTest : public testing::Test {
+ protected:
+  NotificationTest() {
+    std::filesystem::current_path(host_.Root());
+    std::filesystem::create_directories(std::filesystem::path(path_).parent_path());
+    SetKeyValue(kSwitch, "true");
+  }
+  void Allow(const std::string& text) const { std::ofstream(path_) << text; }
+  static void InChild(const std::function<void()>& test) {
+    const int status = TestSupport::InChild([&test] {
+      test();
+      return HasFailure() ? 1 : 0;
+    });
+    EXPECT_EQ(status, 0);
+  }
+
+  TestSupport::TemporaryHost host_;
+  const std::string path_ = host_.Path(HostPaths::kNotifyAllowlist);
+  const ConfigStoreObjectId resolver_{"resolver", "network", "tarn"};
+};
+
+// The names in the messages that wait at a socket, each with a blank.
+std::string Announced(const Listener& listener) {
+  std::string names;
+  for (std::string message = listener.Receive(); !message.empty(); message = listener.Receive()) {
+    const std::size_t start = message.find("identifiers\":[\"") + 15;
+    names += message.substr(start, message.find("\"]", start) - start) + " ";
+  }
+  return names;
+}
+
+long OpenSockets() {
+  const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+  return std::count_if(begin(descriptors), end(descriptors),
+                       [](const auto& descriptor) { return is_socket(status(descriptor)); });
+}
+
+TEST_F(NotificationTest, SendsOneMessageToTheByte) {
+  const auto message = [](const std::string& name) {
+    const std::string body =
+        R"({"method":"invoke","id":"9","params":{"serviceId":"com.kestrel.keeld.notifier",)"
+        R"("operationId":"notify","input":{"STRUCTURE":{"operation-input":{"identifiers":[")" +
+        name + R"("],"cartel_id":)" + std::to_string(getpid()) +
+        R"(}}},"ctx":{"securityCtx":{"schemeId":)"
+        R"("com.kestrel.rpc.scheme.no_authentication"}}},"jsonrpc":"2.0"})";
+    return "POST /api HTTP/1.1\r\nContent-Length: " + std::to_string(body.size()) +
+           "\r\nContent-Type: application/json\r\n\r\n" + body;
+  };
+  Allow(R"(["tarn.network.switches", "tarn.tkernel.*"])");
+  InChild([&] {
+    const Listener daemon(kSocket);
+    NotifyIfAllowlisted({"switches", "network", "tarn", "edge/0"});
+    EXPECT_EQ(daemon.Receive(), message("tarn.network.switches"));
+    NotifyIfAllowlisted({"op\"tions\xC3\xA9", "tkernel", "tarn"});
+    EXPECT_EQ(daemon.Receive(), message("tarn.tkernel.op\"tions\xC3\xA9"));
+  });
+}
+
+TEST_F(NotificationTest, FollowsSwitchAndAllowlist) {
+  constexpr const char* kAll = R"(["tarn.network.resolver", "tarn.tkernel.*", "a.b.c"])";
+  const struct {
+    const char* flag;
+    const char* allowlist;
+    const char* announced;
+    const char* failure = "";
+  } cases[] = {
+      {"true", kAll, "tarn.network.resolver tarn.tkernel.options "},
+      {"true", R"(["tarn.network.*", "tarn.network.*"])",
+       "tarn.network.resolver tarn.network.switches "},
+      {"true", R"(["tarn.*", "*", "tarn", "tarn.network", "network.resolver", "tarn..*"])", ""},
+      {"true", R"(["tarn.network.switches.edge/0", "tarn.network.res*", "TARN.tkernel.*"])", ""},
+      {"true", "[]", ""},
+      {"TRUE", kAll, ""},
+      {"true ", kAll, ""},
+      {"", "no JSON", ""},
+      {"true", "MISSING", "",
+       "Notification allowlist /usr/lib/kestrel/configmanager/notify-list/allowlist.json missing."},
+      {"true", "DIRECTORY", "", "allowlist.json"},
+      {"true", "", "", "allowlist.json"},
+      {"true", "[\"tarn.network.resolver\",", "", "allowlist.json"},
+      {"true", R"({"tarn.network.resolver": true})", "", "IsArray()"},
+      {"true", R"(["tarn.network.resolver", 5])", "", "IsString()"},
+  };
+  for (const auto& row : cases) {
+    SCOPED_TRACE(std::string(row.flag) + " " + row.allowlist);
+    std::filesystem::remove(path_);
+    SetKeyValue(kSwitch, row.flag);
+    if (row.allowlist == std::string("DIRECTORY")) {
+      std::filesystem::create_directory(path_);
+    } else if (row.allowlist != std::string("MISSING")) {
+      Allow(row.allowlist);
+    }
+    InChild([&] {
+      const Listener daemon(kSocket);
+      TestSupport::CapturedLog log;
+      NotifyIfAllowlisted(resolver_);
+      NotifyIfAllowlisted({"switches", "network", "tarn", "edge/0"});
+      NotifyIfAllowlisted({"options", "tkernel", "tarn"});
+      EXPECT_EQ(Announced(daemon), row.announced);
+      if (*row.failure == '\0') {
+        EXPECT_THAT(log.Lines(), testing::IsEmpty());
+      } else {
+        EXPECT_THAT(log.Lines(),
+                    testing::Contains(AllOf(StartsWith("1 Failed to read notify list: "),
+                                            HasSubstr(row.failure),
+                                            EndsWith(". Defaulting to empty list.")))
+                        .Times(3));
+      }
+    });
+  }
+}
+
+TEST_F(NotificationTest, ThreadsShareAFirstReadThatIsTriedAgainUntilItSucceedsAndNeverAfter) {
+  constexpr int kThreads = 16;
+  const std::string name = "tarn.network.resolver ";
+  InChild([&] {
+    const Listener daemon(kSocket);
+    int failures = 0;  // under the lock of the log
+    CSLogger::SetSink([&](int priority, const char*) {
+      if (priority == 1 && ++failures == 3) {
+        Allow(R"(["tarn.network.resolver"])");
+      }
+    });
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+      threads.emplace_back([&] { NotifyIfAllowlisted(resolver_); });
+    }
+    for (std::thread& thread : threads) {
+      thread.join();
+    }
+    CSLogger::SetSink(nullptr);
+    EXPECT_GE(failures, 3);
+    EXPECT_EQ(Announced(daemon).size(), (kThreads - static_cast<unsigned>(failures)) * name.size());
+    Allow("no JSON any more");
+    NotifyIfAllowlisted(resolver_);
+    EXPECT_EQ(Announced(daemon), name);
+  });
+}
+
+TEST_F(NotificationTest, AForkWaitsForTheReaderOfTheAllowlist) {
+  InChild([&] {
+    ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
+    // Detached: a child that is told of threads that it does not have is blamed for not joining them.
+    std::thread([] { GetNotifyAllowlist(); }).detach();
+    const int pipe = ::open(path_.c_str(), O_WRONLY | O_CLOEXEC);  // once it reads
+    std::thread([pipe] {
+      ::usleep(50000);
+      EXPECT_EQ(::write(pipe, "[]", 2), 2);
+      ::close(pipe);
+    }).detach();
+    EXPECT_EQ(0, TestSupport::InChild([] {
+                ::alarm(10);
+                return static_cast<int>(GetNotifyAllowlist().size());
+              }));
+  });
+}
+
+TEST_F(NotificationTest, NoStateOfTheDaemonIsFeltByTheStore) {
+  const std::string error =
+      "2 Error while sending notification for config object 'comp tarn grp test key plain' to "
+      "KeelD: Failed to connect socket: ";
+  const ConfigStoreObjectId plain{"plain", "test", "tarn"};
+  std::int32_t revision = 0;
+  // A committed change; returns what was logged of failures.
+  const auto change = [&] {
+    TestSupport::CapturedLog log;
+    auto store = ConfigStore::GetStore(sGlobalNamespace);
+    auto object = std::make_shared<ConfigStoreObject>(plain);
+    object->SetValue("name", std::to_string(revision));
+    ConfigStoreTransaction transaction(store);
+    store->Set(object, EXTERNAL);
+    transaction.Commit();
+    EXPECT_EQ(ConfigStore::GetStore(sGlobalNamespace)->GetRevision(plain), ++revision);
+    std::string told;
+    for (const std::string& line : log.Lines()) {
+      told += line[0] < '3' ? line : "";
+    }
+    return told;
+  };
+  Allow(R"(["tarn.test.plain"])");
+  InChild([&] {
+    TestSupport::InstallType(host_, TestSupport::kPlainType);
+    const long before = OpenSockets();
+    EXPECT_EQ(change(), error + "No such file or directory");
+    std::ofstream(kSocket) << "a plain file";
+    EXPECT_EQ(change(), error + "Connection refused");
+    {
+      const Listener hanging(kSocket, 0);
+      EXPECT_EQ(change(), "");
+      EXPECT_EQ(change(), error + "Resource temporarily unavailable");
+    }
+    EXPECT_EQ(change(), error + "Connection refused");
+    EXPECT_EQ(OpenSockets(), before);
+
+    const Listener back(kSocket);
+    EXPECT_EQ(change(), "");
+    EXPECT_EQ(Announced(back), "tarn.test.plain ");
+    DBStore::testing::SetHook(
+        [](auto, std::string_view detail) { return detail == kSwitch ? 1 : 0; });
+    EXPECT_EQ(change(), "0 refused by a test: NOTIFY_KEELD");
+    DBStore::testing::SetHook(nullptr);
+    EXPECT_EQ(Announced(back), "");
+  });
+}
+
+TEST_F(NotificationTest, SwitchedOffItCostsOneReadOnTheConnectionAtHand) {
+  SetKeyValue(kSwitch, "false");
+  const auto connection = DBStore::GetConnection(DBStore::Type::CURRENT_STORE, true);
+  int operations = 0;
+  DBStore::testing::SetHook([&](DBStore::testing::Operation operation, std::string_view) {
+    ++operations;
+    return operation == DBStore::testing::Operation::READ_KEY_VALUE ? 0 : 1;
+  });
+  NotifyIfAllowlisted(resolver_, connection);
+  EXPECT_EQ(operations, 1);
+  NotifyIfAllowlisted(resolver_);  // there is no connection to be had
+  EXPECT_EQ(operations, 2);
+  DBStore::testing::SetHook(nullptr);
+}
+
+}  // namespace
+}  // namespace TarnConfigStore
