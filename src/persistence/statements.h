@@ -187,7 +187,7 @@ inline constexpr std::string_view UPDATE_CONTEXT_AUTOMATIC =
 // --------------------------------------------------------------------------------
 
 /// Parameters: name, group, component, identifier.
-inline constexpr InstanceStatement DELETE_INSTANCE(
+inline constexpr InstanceStatement DELETE_ROW(
     "DELETE FROM 'Config' WHERE Name=? and ConfigGroup=? and Component=? and Identifier=?");
 
 /// Parameters: name, group, component.
