@@ -4,6 +4,8 @@
 #include "tarnconfigstore/config_store.h"
 
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace tarnctl {
 
@@ -12,5 +14,9 @@ std::shared_ptr<TarnConfigStore::ConfigStore> OpenStore();
 
 /// Raises ToolError NOT_FOUND "no object ... is stored".
 [[noreturn]] void RaiseNotStored(const TarnConfigStore::ConfigStoreObjectId& id);
+
+/// Raises ToolError NOT_FOUND for a type none of whose stored instances meets the conditions.
+[[noreturn]] void RaiseNoInstances(const TarnConfigStore::ConfigStoreObjectId& type,
+                                   const std::vector<std::string>& conditions);
 
 }  // namespace tarnctl

@@ -8,9 +8,9 @@
 #include "failure.h"
 #include "findings.h"
 #include "object_name.h"
+#include "type_flags.h"
 
 #include <algorithm>
-#include <sstream>
 
 namespace tarnctl {
 namespace {
@@ -89,15 +89,6 @@ void Print(const std::vector<TypeReport>& reports, const Output& output) {
                     {"outcome", Name(report.outcome)}});
   }
   output.Print(list);
-}
-
-Json SplitFlags(const std::string& flags) {
-  Json list = Json::array();
-  std::istringstream words(flags);
-  for (std::string flag; words >> flag;) {
-    list.push_back(flag);
-  }
-  return list;
 }
 
 // A host that has lost its store says so whatever it is asked, before anybody takes its types for a
