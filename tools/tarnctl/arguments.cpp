@@ -3,6 +3,7 @@
 #include "tarnconfigstore/diagnostics.h"
 #include "tarnconfigstore/host.h"
 
+#include "boot_arguments.h"
 #include "failure.h"
 #include "host_verbs.h"
 #include "object_arguments.h"
@@ -88,6 +89,9 @@ void AddEverything(CLI::App& app, Arguments& a) {
   AddVerb(app, a, "init", "Make the directories and databases of the store", InitializeHost);
   AddTypeVerbs(app, a);
   AddObjectVerbs(app, a);
+  AddNextBootVerbs(app, a);
+  AddBootVerbs(app, a);
+  AddKernelOptionVerbs(app, a);
   AddEntryVerbs(app, a);
   AddWatchVerb(app, a);
 }

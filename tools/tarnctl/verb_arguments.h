@@ -32,6 +32,8 @@ struct Arguments {
   Layer layer = Layer::WHOLE;
   bool checkOnly = false;
   bool force = false;
+  bool rest = false;
+  bool everything = false;
   std::string socket = kNotificationSocket;
   std::optional<std::uint64_t> count;
 
