@@ -30,7 +30,7 @@ void AddStagedDelete(CLI::App& family, Arguments& a) {
         }
       });
   AddInstances(*remove, a);
-  remove->footer("Instances are chosen among those stored; those that are only staged stay so.");
+  AddNote(*remove, "Instances are chosen among those stored; those that are only staged stay so.");
 }
 
 void AddVerdict(CLI::App& family, Arguments& a, const char* name, const char* help,
@@ -63,9 +63,7 @@ void AddNextBootVerbs(CLI::App& app, Arguments& a) {
       AddVerb(*family, a, "reset", "Take back everything that is staged for an object's type",
               [&a](const Output&) { ResetStaged(a.name); });
   AddObject(*reset, a);
-  reset->footer(
-      "What is staged for other instances of the type is taken back as well, whichever the OBJECT "
-      "names.");
+  AddNote(*reset, "All records of the type are cleared, those of other instances than OBJECT too.");
   CLI::App* list = AddVerb(*family, a, "list", "List the staged changes",
                            [&a](const Output& output) { ListStagedChanges(a.name, output); });
   list->add_option("PREFIX", a.name, "COMPONENT[/GROUP[/KEY[/INSTANCE]]]");
@@ -95,6 +93,7 @@ void AddKernelOptionVerbs(CLI::App& app, Arguments& a) {
   CLI::App* set = AddVerb(*family, a, "set", "Replace the options; boot accept puts them in force",
                           [&a](const Output&) { SetKernelOptions(a.list); });
   AddData(*set, a);
+  AddNote(*set, "Vital members are in force at once, and gone at once where DATA has none.");
 }
 
 }  // namespace tarnctl

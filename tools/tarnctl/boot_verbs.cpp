@@ -137,6 +137,7 @@ void SayHowMany(std::size_t count, BootVerdict verdict) {
 }  // namespace
 
 void ShowBootStatus(const Output& output) {
+  RequireStore();
   const bool booting = TarnConfigStore::IsBoot();
   Json bootInfo = BootInfoOrNull(output);
   Json obstacle = StagingObstacle();
@@ -151,6 +152,7 @@ void ShowBootStatus(const Output& output) {
 }
 
 void ShowBootInfo(const Output& output) {
+  RequireStore();
   output.PrintMember(TarnConfigStore::GetBootInfo());
 }
 

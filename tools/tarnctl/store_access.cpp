@@ -9,6 +9,10 @@ std::shared_ptr<TarnConfigStore::ConfigStore> OpenStore() {
   return TarnConfigStore::ConfigStore::GetStore(TarnConfigStore::sGlobalNamespace);
 }
 
+void RequireStore() {
+  OpenStore();
+}
+
 void RaiseNotStored(const TarnConfigStore::ConfigStoreObjectId& id) {
   throw ToolError(ExitCode::NOT_FOUND, "no object " + FormatObject(id) + " is stored");
 }

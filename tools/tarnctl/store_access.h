@@ -12,6 +12,10 @@ namespace tarnctl {
 /// Opens the store; raises what ConfigStore::GetStore raises.
 std::shared_ptr<TarnConfigStore::ConfigStore> OpenStore();
 
+/// A host that has lost its store says so whatever it is asked, before anybody takes what it has for a
+/// host in good order. Raises what GetStore raises, which tells more than other operations do.
+void RequireStore();
+
 /// Raises ToolError NOT_FOUND "no object ... is stored".
 [[noreturn]] void RaiseNotStored(const TarnConfigStore::ConfigStoreObjectId& id);
 

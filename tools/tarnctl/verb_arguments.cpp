@@ -11,6 +11,10 @@ CLI::App* AddVerb(CLI::App& parent, Arguments& arguments, const char* name, cons
   return app;
 }
 
+void AddNote(CLI::App& verb, const std::string& note) {
+  verb.footer(note + "\n\n" + verb.get_footer());
+}
+
 CLI::App* AddFamily(CLI::App& parent, const char* name, const char* help) {
   CLI::App* app = parent.add_subcommand(name, help);
   app->require_subcommand(1);

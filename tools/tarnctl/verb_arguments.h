@@ -44,6 +44,9 @@ struct Arguments {
 CLI::App* AddVerb(CLI::App& parent, Arguments& arguments, const char* name, const char* help,
                   Verb verb);
 
+/// Says more in a verb's help, before what stands in everyone's.
+void AddNote(CLI::App& verb, const std::string& note);
+
 /// Adds a verb that only stands before others.
 CLI::App* AddFamily(CLI::App& parent, const char* name, const char* help);
 
