@@ -118,10 +118,16 @@ TEST_F(Applying, KeepsStagedWhatNoLongerFits) {
 }
 
 TEST_F(Applying, AFailureAnywhereLeavesTheStoreAsItWas) {
+  const auto look = [&] { return State(); };
   StageThree();
   EXPECT_GE(FailEachStep(
-                "apply", [] { ApplyNextBootConfig({}); }, [&] { return State(); }),
-            16);
+                "all", [] { ApplyNextBootConfig({}); }, look),
+            13);
+  StageThree();
+  Stage(Many("empty"), "", "'SET'");
+  EXPECT_GE(FailEachStep(
+                "the rest", [] { ApplyNextBootConfig({.applyRest = true}); }, look),
+            17);
   StageThree();
   const ConfigStoreTransaction transaction(store_);
   EXPECT_EQ(Raised([] { ApplyNextBootConfig({}); }),
@@ -147,27 +153,31 @@ TEST(ApplyingKilled, LeavesAllOrNothing) {
         INSERT INTO DesiredUserConfig
           VALUES ('tarn','test','many-switch','s1','1','{"name":"s1","mtu":9}',NULL,NULL,'SET'),
                  ('tarn','test','many-switch','s2','1',NULL,NULL,NULL,'DELETE_INSTANCE'),
-                 ('tarn','test','other','','1',NULL,NULL,NULL,'DELETE'))");
+                 ('tarn','test','other','','1',NULL,NULL,NULL,'DELETE'),
+                 ('tarn','test','unfit','','1',NULL,NULL,NULL,'SET'))");
     return look();
   };
   const std::string before = stage();
   const std::string after =
-      "tarn/test/many-switch/s1 u={\"name\":\"s1\",\"mtu\":9} d=- a=- v=- c=- ok=1 rev=2\n| ";
+      "tarn/test/many-switch/s1 u={\"name\":\"s1\",\"mtu\":9} d=- a=- v=- c=- ok=1 rev=2\n| "
+      "tarn/test/unfit/ SET "
+      "u=- v=- c=- 1";
+  const auto applied = [] { return ApplyNextBootConfig({.applyRest = true}).applied.size(); };
   constexpr int kKilled = 1000 + SIGKILL;
   int kills = 0;
   for (int status = kKilled; status == kKilled;) {
     ASSERT_EQ(stage(), before);
-    status = TestSupport::InChild([kills] {
+    status = TestSupport::InChild([&] {
       int countdown = kills;
       DBStore::testing::SetHook([&countdown](DBStore::testing::Operation, std::string_view) {
         return countdown-- == 0 ? kill(getpid(), SIGKILL) : 0;
       });
-      return ApplyNextBootConfig({}).applied.size() == 3 ? 0 : 1;
+      return applied() == 3 ? 0 : 1;
     });
     if (status == kKilled) {
       ++kills;
       ASSERT_EQ(look(), before) << kills;
-      EXPECT_EQ(ApplyNextBootConfig({}).applied.size(), 3U) << kills;
+      EXPECT_EQ(applied(), 3U) << kills;
     } else {
       EXPECT_EQ(status, 0);
     }
