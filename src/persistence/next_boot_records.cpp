@@ -167,4 +167,12 @@ void RemoveStagedChange(const ConfigStoreObjectId& id,
       id, connection);
 }
 
+void RemoveStagedChanges(const DBStore::ConnectionHandle& connection) {
+  const DBStore::StatementHandle statement =
+      DBStore::internal::Prepare(connection, UNSTAGE_ALL, DBStore::kWaitLimit);
+  if (DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, DBStore::kWaitLimit) != 0) {
+    ThrowFailure("Failed to clear RebootRequired config");
+  }
+}
+
 }  // namespace TarnConfigStore

@@ -67,8 +67,9 @@ RowMapList ReadStagedChanges(const DBStore::ConnectionHandle& connection);
 /// What such a row does. A text that is none of the three raises ConfigStoreException 2000.
 NextBootAction ActionFromRow(const RowMap& row);
 
-/// Removes a staged change, which has been applied. "Failed to clear RebootRequired config for
-/// csoId: IDENTIFIER".
+/// Remove one staged change, or all, once they are applied. "Failed to clear RebootRequired config
+/// for csoId: IDENTIFIER" and "Failed to clear RebootRequired config".
 void RemoveStagedChange(const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection);
+void RemoveStagedChanges(const DBStore::ConnectionHandle& connection);
 
 }  // namespace TarnConfigStore

@@ -234,6 +234,9 @@ inline constexpr InstanceStatement UNSTAGE_INSTANCE(
     "DELETE FROM DesiredUserConfig WHERE Name = ? AND ConfigGroup = ? AND Component = ? AND "
     "Identifier = ?");
 
+/// All of them at once.
+inline constexpr std::string_view UNSTAGE_ALL = "DELETE FROM DesiredUserConfig";
+
 /// Staged content. Parameters: name, group, component, identifier.
 inline constexpr InstanceStatement READ_STAGED_INSTANCE(
     "SELECT Version, Value as UserValue, VitalValue, CachedValue FROM DesiredUserConfig WHERE "

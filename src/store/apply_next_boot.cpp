@@ -104,7 +104,17 @@ void Apply(const Change& change, const DBStore::ConnectionHandle& connection) {
       DeleteInternal(change.id, connection);
       break;
   }
-  RemoveStagedChange(change.id, connection);
+}
+
+// What was applied is staged no longer.
+void Unstage(const ApplyResult& result, const DBStore::ConnectionHandle& connection) {
+  if (result.staged.empty()) {
+    RemoveStagedChanges(connection);
+    return;
+  }
+  for (const AppliedChange& change : result.applied) {
+    RemoveStagedChange(change.id, connection);
+  }
 }
 
 }  // namespace
@@ -127,6 +137,7 @@ ApplyResult ApplyNextBootConfig(const ApplyOptions& options) {
         result.staged.push_back({std::move(change.id), change.action, std::move(change.findings)});
       }
     }
+    Unstage(result, connection);
   });
   CSLogger::Log(2, "ApplyNextBootConfig: %zu applied, %zu stay staged", result.applied.size(),
                 result.staged.size());

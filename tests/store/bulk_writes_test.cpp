@@ -154,27 +154,7 @@ TEST_F(BulkWrites, AFailureAnywhereLeavesTheStoreAsItWas) {
   };
   for (const auto& [name, operation] : operations) {
     PutThree();
-    const std::string before = database_.Rows();
-    int failures = 0;
-    for (bool failed = true; failed; ++failures) {
-      failed = false;
-      int countdown = failures;
-      DBStore::testing::SetHook([&](Operation asked, std::string_view) {
-        const bool counts = asked == Operation::BEGIN || asked == Operation::PREPARE ||
-                            asked == Operation::EXECUTE || asked == Operation::COMMIT;
-        failed = failed || (counts && countdown-- == 0);
-        return counts && countdown == -1 && failed ? 1 : 0;
-      });
-      const std::string raised = Raised(operation);
-      DBStore::testing::SetHook({});
-      if (failed) {
-        EXPECT_EQ(raised.substr(0, 8), "CSE 2000") << name << " " << failures << ": " << raised;
-        EXPECT_EQ(database_.Rows(), before) << name << " " << failures;
-      } else {
-        EXPECT_EQ(raised, "nothing") << name;
-        EXPECT_NE(database_.Rows(), before) << name;
-      }
-    }
+    const int failures = FailEachStep(name, operation, [&] { return database_.Rows(); });
     EXPECT_GE(failures, 4) << name << ": begin, statements and commit have failed in turn";
   }
 }
