@@ -28,8 +28,6 @@ namespace TarnConfigStore {
 ///   tells what the database said. A write that failed has written nothing.
 /// - A write joins the transaction that is open on this store, if there is one; otherwise it is
 ///   durable when the call returns.
-/// - Operations marked "not available yet" raise ConfigStoreException 2000 with a message that says
-///   so.
 ///
 /// No locks are taken: a transaction belongs to the store's connection, so threads that share a
 /// store share its transaction. Threads that want transactions of their own get a store each.
@@ -43,7 +41,10 @@ class TARN_CONFIG_STORE_EXPORT ConfigStore {
   /// ConfigStoreException 2000 "Failed to connect to database" when the store cannot be opened.
   static std::shared_ptr<ConfigStore> GetStore(const std::string& storeNamespace);
 
-  /// The store of configuration that takes effect at the next boot. Not available yet.
+  /// A new store of configuration that takes effect at the next boot, on this store's connection.
+  /// Raises ValidationException 2000 "NextBootStore is not supported during the upgrade or boot
+  /// phase" while an upgrade runs or the host boots; a next-boot store that is there already stays
+  /// of use then.
   virtual std::shared_ptr<NextBootStore> GetNextBootStore() = 0;
 
   /// Reads one object, all its layers merged: what automatic configuration set, over it the cached

@@ -1,6 +1,7 @@
 // All of the library's interface.
 #pragma once
 
+#include "tarnconfigstore/apply_next_boot.h"
 #include "tarnconfigstore/boot_state.h"
 #include "tarnconfigstore/config_store.h"
 #include "tarnconfigstore/config_store_object.h"
@@ -13,6 +14,7 @@
 #include "tarnconfigstore/file.h"
 #include "tarnconfigstore/filter_spec_object.h"
 #include "tarnconfigstore/host.h"
+#include "tarnconfigstore/kernel_options.h"
 #include "tarnconfigstore/key_values.h"
 #include "tarnconfigstore/listing.h"
 #include "tarnconfigstore/next_boot_store.h"

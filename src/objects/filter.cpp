@@ -15,22 +15,6 @@ namespace {
 
 constexpr int kTrace = 4;
 
-bool IsSubset(const Json::Value& condition, const Json::Value& value) {
-  if (condition.IsObject() && value.IsObject()) {
-    return std::all_of(condition.MemberBegin(), condition.MemberEnd(), [&](const auto& member) {
-      const Json::Value* found = Json::FindMember(value, Json::Text(member.name));
-      return found != nullptr && IsSubset(member.value, *found);
-    });
-  }
-  if (condition.IsArray() && value.IsArray()) {
-    return std::all_of(condition.Begin(), condition.End(), [&](const Json::Value& wanted) {
-      return std::any_of(value.Begin(), value.End(),
-                         [&](const Json::Value& element) { return IsSubset(wanted, element); });
-    });
-  }
-  return ConfigStoreDocument::ValuesEqual(condition, value);
-}
-
 // The lines are built only when somebody logs them: a filter passes by thousands of objects.
 bool Keeps(const FilterSpecObjectImpl& filter, const ConfigStoreObjectImpl& object, bool traced) {
   const ConfigStoreObjectId& wanted = filter.GetConfigStoreObjectId();
@@ -85,6 +69,22 @@ void RefuseInstanceFilters(const FilterSpecObjectImpl& filter,
 }
 
 }  // namespace
+
+bool IsSubset(const Json::Value& part, const Json::Value& value) {
+  if (part.IsObject() && value.IsObject()) {
+    return std::all_of(part.MemberBegin(), part.MemberEnd(), [&](const auto& member) {
+      const Json::Value* found = Json::FindMember(value, Json::Text(member.name));
+      return found != nullptr && IsSubset(member.value, *found);
+    });
+  }
+  if (part.IsArray() && value.IsArray()) {
+    return std::all_of(part.Begin(), part.End(), [&](const Json::Value& wanted) {
+      return std::any_of(value.Begin(), value.End(),
+                         [&](const Json::Value& element) { return IsSubset(wanted, element); });
+    });
+  }
+  return ConfigStoreDocument::ValuesEqual(part, value);
+}
 
 std::vector<std::shared_ptr<ConfigStoreObject>> FilterConfigStoreObjects(
     std::vector<std::shared_ptr<ConfigStoreObject>> objects,

@@ -4,10 +4,16 @@
 #include "tarnconfigstore/config_store_object.h"
 #include "tarnconfigstore/filter_spec_object.h"
 
+#include "platform/json.h"
+
 #include <memory>
 #include <vector>
 
 namespace TarnConfigStore {
+
+/// True when one value is part of another: of an object the members given are in the other, of an
+/// array each element is part of one of the other's; everything else is equal.
+bool IsSubset(const Json::Value& part, const Json::Value& value);
 
 /// Keeps the objects that the filter's data is a subset of (see FilterSpecObject), in their order;
 /// the first mismatch of each other one is logged. An empty filter handle keeps all. The objects

@@ -2,21 +2,70 @@
 
 #include "tarnconfigstore/boot_state.h"
 
+#include "platform/json.h"
+
 #include "errors/raise.h"
 
-namespace TarnConfigStore {
+#include <string>
 
-bool IsBootInternal(const DBStore::ConnectionHandle& connection) {
-  static const std::string key = "IS_BOOT";
+namespace TarnConfigStore {
+namespace {
+
+// What "BOOT_MODE" holds, besides "0", to which the boot process goes back.
+constexpr const char* kModeRemediated = "1";
+constexpr const char* kModeChangesStaged = "4";
+
+const std::string& BootMode() {
+  static const std::string& key = *new std::string("BOOT_MODE");
+  return key;
+}
+
+std::string ReadFlag(const std::string& key, const DBStore::ConnectionHandle& connection) {
   std::string value;
   if (DBStore::ReadKeyValue(key, &value, connection) != 0) {
     ThrowFailure("Failed to read value from database.");
   }
-  return value == "true";
+  return value;
+}
+
+}  // namespace
+
+bool IsBootInternal(const DBStore::ConnectionHandle& connection) {
+  static const std::string& key = *new std::string("IS_BOOT");
+  return ReadFlag(key, connection) == "true";
 }
 
 bool IsBoot() {
   return IsBootInternal(DBStore::GetConnection(DBStore::Type::CURRENT_STORE, true));
+}
+
+int GetBootInfo() {
+  std::string text;
+  Json::Document info;
+  if (DBStore::ReadKeyValue("BOOT_INFO", &text,
+                            DBStore::GetConnection(DBStore::Type::CURRENT_STORE, true)) != 0 ||
+      !Json::Parse(text, info)) {
+    ThrowFailure("Failed to read BOOT_INFO database.");
+  }
+  // What is no object, or no integer, raises the JSON assertion.
+  const auto type = info.FindMember("type");
+  return type == info.MemberEnd() ? 0 : type->value.GetInt();
+}
+
+bool IsRemediatedInternal(const DBStore::ConnectionHandle& connection) {
+  return ReadFlag(BootMode(), connection) == kModeRemediated;
+}
+
+void RequireNoRemediation(const DBStore::ConnectionHandle& connection) {
+  if (IsRemediatedInternal(connection)) {
+    ThrowFailure("Tarn host is being remediated by ORC, cannot set next-boot configuration.");
+  }
+}
+
+void AnnounceStagedChanges(const DBStore::ConnectionHandle& connection) {
+  if (DBStore::WriteKeyValue(BootMode(), kModeChangesStaged, connection) != 0) {
+    ThrowFailure("Failed to write BootMode to database.");
+  }
 }
 
 }  // namespace TarnConfigStore

@@ -1,12 +1,24 @@
-// The key/value entries that tell of the host's boot, read on a connection that the caller holds.
+// The key/value entries that tell of the host's boot, read and written on a connection that the
+// caller holds, and so in its transaction. All raise ConfigStoreException 2000, also for an empty
+// handle.
 #pragma once
 
 #include "platform/db_store.h"
 
 namespace TarnConfigStore {
 
-/// True exactly while "IS_BOOT" holds "true". Raises ConfigStoreException 2000 "Failed to read
-/// value from database.", also for an empty handle.
+/// True exactly while "IS_BOOT" holds "true". Raises "Failed to read value from database.".
 bool IsBootInternal(const DBStore::ConnectionHandle& connection);
+
+/// True exactly while "BOOT_MODE" holds "1": the remote remediation service mends the host, and owns
+/// what its next boot finds. Raises "Failed to read value from database.".
+bool IsRemediatedInternal(const DBStore::ConnectionHandle& connection);
+
+/// Raises "Tarn host is being remediated by ORC, cannot set next-boot configuration." while it is.
+void RequireNoRemediation(const DBStore::ConnectionHandle& connection);
+
+/// Tells the boot process by "BOOT_MODE" that changes are staged. Raises "Failed to write BootMode
+/// to database.".
+void AnnounceStagedChanges(const DBStore::ConnectionHandle& connection);
 
 }  // namespace TarnConfigStore

@@ -17,8 +17,8 @@ bool RunsForType(const TypeStatement& statement, const ConfigStoreObjectId& id,
 }  // namespace
 
 void DeleteInternal(const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection) {
-  if (!Runs(connection, DELETE_INSTANCE.PrepareAndBind(connection, id.key, id.group, id.component,
-                                                       id.instanceId))) {
+  if (!Runs(connection,
+            DELETE_ROW.PrepareAndBind(connection, id.key, id.group, id.component, id.instanceId))) {
     ThrowFailure("Delete failed: " + id.toString());
   }
 }

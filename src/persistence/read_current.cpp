@@ -34,26 +34,6 @@ ObjectHandle MergeUserAndAutomatic(const RowMap& row, const ConfigStoreObjectId&
                               schema->GetSchemaDocument());
 }
 
-// An object for each instance of a type that holds any value, the row's instance id in its
-// identifier. Made while the rows come, so that no more than one of them is held.
-template <class MakeObject>
-std::vector<ObjectHandle> ObjectsOf(const DBStore::ConnectionHandle& connection,
-                                    const ConfigStoreObjectId& id, MakeObject makeObject) {
-  std::vector<ObjectHandle> objects;
-  ConfigStoreObjectId instance = id;
-  ForEachRow(connection, GET_INSTANCES.Text(), id, [&](const RowMap& row) {
-    instance.instanceId = row.Text("Identifier");
-    if (ObjectHandle object = makeObject(row, instance)) {
-      objects.push_back(std::move(object));
-    }
-  });
-  return objects;
-}
-
-std::vector<ObjectHandle> ListOf(ObjectHandle object) {
-  return object ? std::vector<ObjectHandle>{std::move(object)} : std::vector<ObjectHandle>();
-}
-
 }  // namespace
 
 ObjectHandle GetInternal(const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection,
@@ -80,11 +60,11 @@ std::vector<ObjectHandle> GetConfigInstancesInternal(
   }
   const int upgradeContext = GetUpgradeCtx();
   return FilterConfigStoreObjects(
-      ObjectsOf(connection, id,
-                [&](const RowMap& row, const ConfigStoreObjectId& instance) {
-                  return MergeLayers(row, instance, schema,
-                                     MakeUserObject(row, instance, schema, upgradeContext));
-                }),
+      ObjectsOfType(connection, GET_INSTANCES.Text(), id,
+                    [&](const RowMap& row, const ConfigStoreObjectId& instance) {
+                      return MergeLayers(row, instance, schema,
+                                         MakeUserObject(row, instance, schema, upgradeContext));
+                    }),
       filter);
 }
 
@@ -94,9 +74,10 @@ std::vector<ObjectHandle> GetCurrentConfigInstancesInternal(
   if (!id.instanceId.empty()) {
     return ListOf(GetCurrentConfigInternal(id, connection, schema));
   }
-  return ObjectsOf(connection, id, [&](const RowMap& row, const ConfigStoreObjectId& instance) {
-    return MergeUserAndAutomatic(row, instance, schema);
-  });
+  return ObjectsOfType(connection, GET_INSTANCES.Text(), id,
+                       [&](const RowMap& row, const ConfigStoreObjectId& instance) {
+                         return MergeUserAndAutomatic(row, instance, schema);
+                       });
 }
 
 ObjectHandle GetConfigByBootAndContext(const ConfigStoreObjectId& id, const SchemaHandle& schema,

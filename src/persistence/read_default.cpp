@@ -4,7 +4,6 @@
 
 #include "errors/raise.h"
 #include "objects/filter.h"
-#include "objects/merge.h"
 #include "persistence/statements.h"
 
 #include <utility>
@@ -13,13 +12,6 @@ namespace TarnConfigStore {
 namespace {
 
 constexpr int kReadFailed = 1;
-
-ObjectHandle MergeParts(const RowMap& row, const ConfigStoreObjectId& id,
-                        const SchemaHandle& schema) {
-  return MergeConfig(nullptr, MakeObjectFromRow(row, "CachedValue", id, schema),
-                     MakeObjectFromRow(row, "VitalValue", id, schema),
-                     MakeObjectFromRow(row, "Value", id, schema), schema->GetSchemaDocument());
-}
 
 ObjectHandle Found(ObjectHandle object, const ConfigStoreObjectId& id) {
   if (!object) {
@@ -64,7 +56,8 @@ std::vector<ObjectHandle> ObjectsOf(const RowMapList& rows, const ConfigStoreObj
 ObjectHandle GetDefaultConfigInternal(const ConfigStoreObjectId& id,
                                       const DBStore::ConnectionHandle& connection,
                                       const SchemaHandle& schema) {
-  return Found(MergeParts(ReadRowMap(connection, GET_DEFAULT_INSTANCE, id), id, schema), id);
+  return Found(MergeParts(ReadRowMap(connection, GET_DEFAULT_INSTANCE, id), "Value", id, schema),
+               id);
 }
 
 ObjectHandle GetDefaultUserConfigInternal(const ConfigStoreObjectId& id,
@@ -81,7 +74,7 @@ std::vector<ObjectHandle> GetDefaultConfigInstancesInternal(
   return FilterConfigStoreObjects(
       ObjectsOf(ReadDefaults(GET_DEFAULT_INSTANCE, GET_DEFAULT_INSTANCES, id, connection), id,
                 [&](const RowMap& row, const ConfigStoreObjectId& instance) {
-                  return MergeParts(row, instance, schema);
+                  return MergeParts(row, "Value", instance, schema);
                 }),
       filter);
 }

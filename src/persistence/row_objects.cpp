@@ -5,8 +5,10 @@
 #include "errors/raise.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/document.h"
+#include "objects/merge.h"
 
 #include <cstdlib>
+#include <utility>
 
 namespace TarnConfigStore {
 namespace {
@@ -62,6 +64,37 @@ ObjectHandle MakeUserObject(const RowMap& row, const ConfigStoreObjectId& id,
   }
   return MakeObjectFromRow(row, row.Find("DesiredValue") ? "DesiredValue" : "UserValue", id,
                            schema);
+}
+
+ObjectHandle MergeParts(const RowMap& row, std::string_view userColumn,
+                        const ConfigStoreObjectId& id, const SchemaHandle& schema) {
+  return MergeConfig(nullptr, MakeObjectFromRow(row, "CachedValue", id, schema),
+                     MakeObjectFromRow(row, "VitalValue", id, schema),
+                     MakeObjectFromRow(row, userColumn, id, schema), schema->GetSchemaDocument());
+}
+
+std::vector<ObjectHandle> ObjectsOfType(
+    const DBStore::ConnectionHandle& connection, std::string_view statement,
+    const ConfigStoreObjectId& type,
+    const std::function<ObjectHandle(const RowMap&, const ConfigStoreObjectId&)>& make) {
+  std::vector<ObjectHandle> objects;
+  ConfigStoreObjectId instance = type;
+  ForEachRow(connection, statement, type, [&](const RowMap& row) {
+    instance.instanceId = row.Text("Identifier");
+    if (ObjectHandle object = make(row, instance)) {
+      objects.push_back(std::move(object));
+    }
+  });
+  return objects;
+}
+
+std::vector<ObjectHandle> ListOf(ObjectHandle object) {
+  return object ? std::vector<ObjectHandle>{std::move(object)} : std::vector<ObjectHandle>();
+}
+
+ConfigStoreObjectId IdFromRow(const RowMap& row) {
+  const auto text = [&row](std::string_view column) { return std::string(row.Text(column)); };
+  return {text("Name"), text("ConfigGroup"), text("Component"), text("Identifier")};
 }
 
 }  // namespace TarnConfigStore

@@ -7,9 +7,11 @@
 
 #include "persistence/row_map.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace TarnConfigStore {
 
@@ -36,5 +38,24 @@ ObjectHandle MakeConfirmedUserObject(const RowMap& row, const ConfigStoreObjectI
 /// \param upgradeContext  what GetUpgradeCtx answered; asked once an operation, not once a row
 ObjectHandle MakeUserObject(const RowMap& row, const ConfigStoreObjectId& id,
                             const SchemaHandle& schema, int upgradeContext);
+
+/// The cached, the vital and, from the column named, the user's value of a row, merged; an empty
+/// pointer when there is none of them. Raises as MakeObjectFromRow.
+ObjectHandle MergeParts(const RowMap& row, std::string_view userColumn,
+                        const ConfigStoreObjectId& id, const SchemaHandle& schema);
+
+/// An object for each row of a type that `make` gives one for, which gets the row and the type's
+/// identifier with the row's "Identifier" in it. Made while the rows come, so that no more than one
+/// of them is held. Raises as ForEachRow.
+std::vector<ObjectHandle> ObjectsOfType(
+    const DBStore::ConnectionHandle& connection, std::string_view statement,
+    const ConfigStoreObjectId& type,
+    const std::function<ObjectHandle(const RowMap&, const ConfigStoreObjectId&)>& make);
+
+/// A list of one object, or of none for an empty pointer.
+std::vector<ObjectHandle> ListOf(ObjectHandle object);
+
+/// The identifier in a row that has all four columns of the key.
+ConfigStoreObjectId IdFromRow(const RowMap& row);
 
 }  // namespace TarnConfigStore

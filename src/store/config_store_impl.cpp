@@ -1,8 +1,11 @@
 #include "store/config_store_impl.h"
 
+#include "platform/upgrade_context.h"
+
 #include "errors/raise.h"
+#include "persistence/boot_flags.h"
 #include "persistence/connection.h"
-#include "store/not_available.h"
+#include "store/next_boot_store_impl.h"
 
 #include <utility>
 
@@ -50,7 +53,10 @@ int ConfigStoreImpl::CancelTransaction() noexcept {
 }
 
 std::shared_ptr<NextBootStore> ConfigStoreImpl::GetNextBootStore() {
-  ThrowNotAvailable("GetNextBootStore");
+  if (GetUpgradeCtx() != 0 || IsBootInternal(connection_)) {
+    ThrowRefusal("NextBootStore is not supported during the upgrade or boot phase");
+  }
+  return std::make_shared<NextBootStoreImpl>(connection_);
 }
 
 }  // namespace TarnConfigStore

@@ -1,11 +1,32 @@
 #include "store/next_boot_store_impl.h"
 
-#include "store/not_available.h"
+#include "tarnconfigstore/contexts.h"
+
+#include "objects/schema_lookup.h"
+#include "persistence/next_boot_records.h"
+#include "store/bulk_lists.h"
+#include "store/trace.h"
 #include "store/under_transaction.h"
+#include "validation/guards.h"
+#include "validation/object_validation.h"
 
 #include <utility>
 
 namespace TarnConfigStore {
+namespace {
+
+// Reads too are of note here.
+void Trace(const char* operation, const ConfigStoreObjectId& id) {
+  constexpr int kPriority = 3;
+  LogStoreCall(kPriority, operation, id, EXTERNAL);
+}
+
+void ValidateContent(const SchemaHandle& schema, const ObjectHandle& object) {
+  ValidateSet(schema, object);
+  ValidateEmptyObject(object);
+}
+
+}  // namespace
 
 NextBootStoreImpl::NextBootStoreImpl(DBStore::ConnectionHandle connection)
     : connection_(std::move(connection)) {}
@@ -30,33 +51,78 @@ TARN_EXECUTE_UNDER_TRANSACTION(std::vector<std::shared_ptr<ConfigStoreObject>>)
 TARN_EXECUTE_UNDER_TRANSACTION(std::shared_ptr<FilterSpecObject>)
 #undef TARN_EXECUTE_UNDER_TRANSACTION
 
-std::shared_ptr<ConfigStoreObject> NextBootStoreImpl::Get(const ConfigStoreObjectId&) {
-  ThrowNotAvailable("NextBootStore::Get");
+std::shared_ptr<ConfigStoreObject> NextBootStoreImpl::Get(const ConfigStoreObjectId& csoId) {
+  Trace("Get", csoId);
+  const SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoId(csoId, schema);
+  ValidateRebootRequiredConfig(schema);
+  return GetRebootRequiredConfigInternal(csoId, schema, connection_);
 }
 
-void NextBootStoreImpl::Set(std::shared_ptr<ConfigStoreObject>) {
-  ThrowNotAvailable("NextBootStore::Set");
+void NextBootStoreImpl::Set(std::shared_ptr<ConfigStoreObject> object) {
+  if (IsNull(object, "Set")) {
+    return;
+  }
+  const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
+  Trace("Set", csoId);
+  const SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoId(object, schema);
+  ValidateRebootRequiredConfig(schema);
+  ValidateContent(schema, object);
+  ExecuteUnderTransaction(object, schema, SetRebootRequiredConfigInternal);
 }
 
-void NextBootStoreImpl::Delete(const ConfigStoreObjectId&) {
-  ThrowNotAvailable("NextBootStore::Delete");
+void NextBootStoreImpl::Delete(const ConfigStoreObjectId& csoId) {
+  Trace("Delete", csoId);
+  const SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoId(csoId, schema);
+  ValidateRebootRequiredConfig(schema);
+  ExecuteUnderTransaction(csoId, schema, DeleteRebootRequiredConfigInternal);
 }
 
-void NextBootStoreImpl::Reset(const ConfigStoreObjectId&) {
-  ThrowNotAvailable("NextBootStore::Reset");
+void NextBootStoreImpl::Reset(const ConfigStoreObjectId& csoId) {
+  Trace("Reset", csoId);
+  const SchemaHandle schema = FindSchema(csoId);
+  // All of the type is taken back, so the instance id does not matter.
+  CheckSchema(csoId, schema);
+  ValidateRebootRequiredConfig(schema);
+  ExecuteUnderTransaction(csoId, schema, ClearRebootRequiredConfigInstances);
 }
 
-void NextBootStoreImpl::SetInstances(std::vector<std::shared_ptr<ConfigStoreObject>>) {
-  ThrowNotAvailable("NextBootStore::SetInstances");
+void NextBootStoreImpl::SetInstances(std::vector<std::shared_ptr<ConfigStoreObject>> objects) {
+  const ConfigStoreObjectId first = DropEmptyHandles(objects, "SetInstances");
+  Trace("SetInstances", first);
+  const SchemaHandle schema = FindSchema(first);
+  ValidateCsoIdInstances(first, schema);
+  ValidateRebootRequiredConfig(schema);
+  CheckInstances(objects, first,
+                 [&schema](const ObjectHandle& object) { ValidateContent(schema, object); });
+  ExecuteUnderTransaction(objects, schema, SetRebootRequiredConfigInstancesInternal);
 }
 
 std::vector<std::shared_ptr<ConfigStoreObject>> NextBootStoreImpl::GetInstances(
-    const std::shared_ptr<FilterSpecObject>&) {
-  ThrowNotAvailable("NextBootStore::GetInstances");
+    const std::shared_ptr<FilterSpecObject>& filter) {
+  if (IsNull(filter, "GetInstances")) {
+    return {};
+  }
+  const ConfigStoreObjectId& csoId = filter->GetConfigStoreObjectId();
+  Trace("GetInstances", csoId);
+  const SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoIdInstances(filter, schema);
+  ValidateRebootRequiredConfig(schema);
+  return GetRebootRequiredConfigInstancesInternal(filter, schema, connection_);
 }
 
-void NextBootStoreImpl::DeleteInstances(const std::shared_ptr<FilterSpecObject>&) {
-  ThrowNotAvailable("NextBootStore::DeleteInstances");
+void NextBootStoreImpl::DeleteInstances(const std::shared_ptr<FilterSpecObject>& filter) {
+  if (IsNull(filter, "DeleteInstances")) {
+    return;
+  }
+  const ConfigStoreObjectId& csoId = filter->GetConfigStoreObjectId();
+  Trace("DeleteInstances", csoId);
+  const SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoIdInstances(filter, schema);
+  ValidateRebootRequiredConfig(schema);
+  ExecuteUnderTransaction(filter, schema, DeleteRebootRequiredConfigInstancesInternal);
 }
 
 }  // namespace TarnConfigStore

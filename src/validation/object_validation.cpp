@@ -104,17 +104,27 @@ void ValidateApplyFile(const Json::Value& value, const Json::Value& schema) {
   }
 }
 
+bool ValidateIdentity(const SchemaHandle& schema, const ConfigStoreObjectId& id,
+                      std::vector<ErrorInfo>& errors) {
+  const auto refuse = [&](CSErrorCodes code) {
+    AppendErrorInfo("/", code, errors, "/" + id.component + "/" + id.group + "/" + id.key);
+    return false;
+  };
+  if (!schema) {
+    return refuse(CS_SCHEMA_NOT_FOUND);
+  }
+  if (schema->IsNonSingleton() && id.instanceId.empty()) {
+    return refuse(CS_SUBOBJECT_NOT_FOUND);
+  }
+  if (!schema->IsNonSingleton() && !id.instanceId.empty()) {
+    return refuse(CS_SUBOBJECT_INSTANCE_NOT_FOUND);
+  }
+  return true;
+}
+
 void ValidateCSO(const SchemaHandle& schema, const ObjectHandle& object,
                  std::vector<ErrorInfo>& errors) {
-  const ConfigStoreObjectId& id = object->GetConfigStoreObjectId();
-  const std::string path = "/" + id.component + "/" + id.group + "/" + id.key;
-  if (!schema) {
-    AppendErrorInfo("/", CS_SCHEMA_NOT_FOUND, errors, path);
-  } else if (schema->IsNonSingleton() && id.instanceId.empty()) {
-    AppendErrorInfo("/", CS_SUBOBJECT_NOT_FOUND, errors, path);
-  } else if (!schema->IsNonSingleton() && !id.instanceId.empty()) {
-    AppendErrorInfo("/", CS_SUBOBJECT_INSTANCE_NOT_FOUND, errors, path);
-  } else {
+  if (ValidateIdentity(schema, object->GetConfigStoreObjectId(), errors)) {
     ValidateObjectData(schema, object, RulesOfType(schema->GetSchemaDocument()), errors, true);
   }
 }

@@ -52,6 +52,11 @@ void ValidateUpdated(const SchemaHandle& schema, const ObjectHandle& object);
 /// A value of a file that is to be applied, against a schema; raises ValidationException 1091.
 void ValidateApplyFile(const Json::Value& value, const Json::Value& schema);
 
+/// Adds what is wrong with an object's type and identifier: that the type is not installed, or has
+/// instances and the identifier no instance id, or the other way round. Answers true when nothing is.
+bool ValidateIdentity(const SchemaHandle& schema, const ConfigStoreObjectId& id,
+                      std::vector<ErrorInfo>& errors);
+
 /// Adds everything that is wrong with an object, its type and its identifier included, without
 /// logging it. The type decides what is checked: as a whole vital or cached configuration, or what
 /// may be set.

@@ -11,8 +11,6 @@ using DBStore::testing::Operation;
 using TestSupport::Raised;
 using Objects = std::vector<std::shared_ptr<ConfigStoreObject>>;
 
-constexpr const char* kWholeTable = "SELECT * FROM Config";
-
 class BulkWrites : public TestSupport::StoreFixture {
  protected:
   // s1 to s3, each with something in every value.
@@ -156,27 +154,8 @@ TEST_F(BulkWrites, AFailureAnywhereLeavesTheStoreAsItWas) {
   };
   for (const auto& [name, operation] : operations) {
     PutThree();
-    const auto before = database_.Run(kWholeTable);
-    int failures = 0;
-    for (bool failed = true; failed; ++failures) {
-      failed = false;
-      int countdown = failures;
-      DBStore::testing::SetHook([&](Operation asked, std::string_view) {
-        const bool counts = asked == Operation::BEGIN || asked == Operation::PREPARE ||
-                            asked == Operation::EXECUTE || asked == Operation::COMMIT;
-        failed = failed || (counts && countdown-- == 0);
-        return counts && countdown == -1 && failed ? 1 : 0;
-      });
-      const std::string raised = Raised(operation);
-      DBStore::testing::SetHook({});
-      if (failed) {
-        EXPECT_EQ(raised.substr(0, 8), "CSE 2000") << name << " " << failures << ": " << raised;
-        EXPECT_EQ(database_.Run(kWholeTable), before) << name << " " << failures;
-      } else {
-        EXPECT_EQ(raised, "nothing") << name;
-        EXPECT_NE(database_.Run(kWholeTable), before) << name;
-      }
-    }
+    const int failures =
+        FailEachStep(name, operation, [&] { return database_.Lines("SELECT * FROM Config"); });
     EXPECT_GE(failures, 4) << name << ": begin, statements and commit have failed in turn";
   }
 }

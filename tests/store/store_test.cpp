@@ -166,10 +166,5 @@ TEST_F(Store, ALostStoreIsAnErrorAndNeverAnEmptyOne) {
   EXPECT_FALSE(std::filesystem::exists(path));
 }
 
-TEST_F(Store, OperationsWhoseTurnHasNotComeSaySo) {
-  EXPECT_EQ(Raised([&] { (void)store_->GetNextBootStore(); }),
-            "CSE 2000 GetNextBootStore is not available yet");
-}
-
 }  // namespace
 }  // namespace TarnConfigStore

@@ -14,6 +14,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -51,6 +52,39 @@ class StoreFixture : public ::testing::Test {
     const std::filesystem::path file = host_.Path(HostPaths::kUpgradeContext);
     std::filesystem::create_directories(file.parent_path());
     std::ofstream(file, std::ios::trunc) << text;
+  }
+
+  /// Makes everything that an operation asks of the database to write by fail, one thing after the
+  /// other, and at last nothing. What `look` sees is as it was after each failure, and another after
+  /// the success. Answers how often it failed.
+  static int FailEachStep(const char* name, const std::function<void()>& operation,
+                          const std::function<std::string()>& look) {
+    using DBStore::testing::Operation;
+    const std::string before = look();
+    int failures = 0;
+    for (bool failed = true; failed;) {
+      failed = false;
+      int countdown = failures;
+      DBStore::testing::SetHook([&](Operation asked, std::string_view detail) {
+        const bool counts = asked == Operation::BEGIN || asked == Operation::PREPARE ||
+                            asked == Operation::EXECUTE || asked == Operation::COMMIT ||
+                            detail == "BOOT_MODE";
+        const bool fails = counts && countdown-- == 0;
+        failed = failed || fails;
+        return fails ? 1 : 0;
+      });
+      const std::string raised = Raised(operation);
+      DBStore::testing::SetHook({});
+      if (failed) {
+        EXPECT_EQ(raised.substr(0, 8), "CSE 2000") << name << " " << failures << ": " << raised;
+        EXPECT_EQ(look(), before) << name << " " << failures;
+        ++failures;
+      } else {
+        EXPECT_EQ(raised, "nothing") << name;
+        EXPECT_NE(look(), before) << name;
+      }
+    }
+    return failures;
   }
 
   TemporaryHost host_;

@@ -52,6 +52,16 @@ inline constexpr const char* kSwitchType = R"({
   }
 })";
 
+/// A type under another key, whose changes wait for the next boot.
+inline std::string Staged(std::string type, const std::string& key) {
+  const auto replace = [&type](const std::string& old, const std::string& text) {
+    type.replace(type.find(old), old.size(), text);
+  };
+  replace(R"("key": ")", R"("key": ")" + key + "-");
+  replace(R"("schema": {)", R"("schema": { "rebootRequired": true,)");
+  return type;
+}
+
 inline void InstallType(const TemporaryHost& host, const std::string& text) {
   const std::string path = host.Root() + "/type.json";
   std::ofstream(path) << text;

@@ -1,0 +1,26 @@
+// Confirming or dropping what was pending, after the boot.
+#pragma once
+
+#include "platform/db_store.h"
+
+#include "persistence/row_objects.h"
+
+namespace TarnConfigStore {
+
+// Neither counts as a write of a row. Both raise ConfigStoreException 2000 with the text named.
+
+/// Makes the pending values of an instance or, without an instance id, of all rows of a type
+/// current, and confirms the rows; or drops the pending values, and leaves the rest. Without a row
+/// nothing is done. "SetBootStatus: Failed to mark success status for given csoId." or
+/// "DeleteDesiredValue: Failed to delete DesiredValue for given csoId.".
+void SetBootStatusInternal(const ConfigStoreObjectId& id, bool status,
+                           const DBStore::ConnectionHandle& connection);
+
+/// Lays an object's data over the row's user value, drops the pending value and confirms the row.
+/// The caller holds the transaction: what is read has to be there still when it is written. "desired
+/// config is empty" when nothing is pending, "partial config being restored is not part of desired
+/// config", "Get failed: IDENTIFIER", or as SetBootStatusInternal.
+void SetPartialBootStatusInternal(const ObjectHandle& object, const SchemaHandle& schema,
+                                  const DBStore::ConnectionHandle& connection);
+
+}  // namespace TarnConfigStore

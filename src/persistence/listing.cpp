@@ -1,0 +1,96 @@
+#include "tarnconfigstore/listing.h"
+
+#include "errors/raise.h"
+#include "persistence/connection.h"
+#include "persistence/next_boot_records.h"
+#include "persistence/row_objects.h"
+#include "persistence/statements.h"
+
+#include <cstdlib>
+#include <string_view>
+
+namespace TarnConfigStore {
+namespace {
+
+constexpr int kReadFailed = 1;
+
+bool IsSet(const RowMap& row, std::string_view column) {
+  return row.Text(column) == "1";
+}
+
+std::vector<std::string_view> PrefixOf(const ConfigStoreObjectId& id) {
+  std::vector<std::string_view> prefix;
+  for (const std::string* field : {&id.component, &id.group, &id.key, &id.instanceId}) {
+    if (field->empty()) {
+      break;
+    }
+    prefix.push_back(*field);
+  }
+  return prefix;
+}
+
+// Rows under a prefix, by the statement for as many fields as it names.
+template <std::size_t count>
+RowMapList ReadUnder(const ConfigStoreObjectId& prefix,
+                     const std::string_view (&statements)[count]) {
+  const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
+  const std::vector<std::string_view> fields = PrefixOf(prefix);
+  const DBStore::StatementHandle statement =
+      DBStore::internal::Prepare(connection, statements[fields.size()], DBStore::kWaitLimit);
+  int index = 1;
+  bool bound = true;
+  for (const std::string_view field : fields) {
+    bound = bound && DBStore::internal::Bind(connection, statement, index, field, false) == 0;
+  }
+  RowMapList rows;
+  if (!bound || DBStore::ExecuteStmt(connection, statement, AppendRowMap, &rows,
+                                     DBStore::kWaitLimit) == kReadFailed) {
+    ThrowFailure("Get store rows failed.");
+  }
+  return rows;
+}
+
+StoredObject StoredFromRow(const RowMap& row) {
+  constexpr int kDecimal = 10;
+  const auto text = [&row](std::string_view column) { return std::string(row.Text(column)); };
+  return {IdFromRow(row),
+          text("Version"),
+          text("CreationTime"),
+          text("ModifiedTime"),
+          static_cast<std::int32_t>(std::strtol(text("Revision").c_str(), nullptr, kDecimal)),
+          IsSet(row, "Success"),
+          IsSet(row, "HasUser"),
+          IsSet(row, "HasAutomatic"),
+          IsSet(row, "HasVital"),
+          IsSet(row, "HasCached"),
+          IsSet(row, "HasPending")};
+}
+
+StagedChange StagedFromRow(const RowMap& row) {
+  return {IdFromRow(row),        std::string(row.Text("Version")), ActionFromRow(row),
+          IsSet(row, "HasUser"), IsSet(row, "HasVital"),           IsSet(row, "HasCached")};
+}
+
+}  // namespace
+
+std::vector<StoredObject> ListStored(const ConfigStoreObjectId& prefix) {
+  const RowMapList rows = ReadUnder(prefix, LIST_STORED);
+  std::vector<StoredObject> objects;
+  objects.reserve(rows.size());
+  for (const std::shared_ptr<RowMap>& row : rows) {
+    objects.push_back(StoredFromRow(*row));
+  }
+  return objects;
+}
+
+std::vector<StagedChange> ListStaged(const ConfigStoreObjectId& prefix) {
+  const RowMapList rows = ReadUnder(prefix, LIST_STAGED);
+  std::vector<StagedChange> changes;
+  changes.reserve(rows.size());
+  for (const std::shared_ptr<RowMap>& row : rows) {
+    changes.push_back(StagedFromRow(*row));
+  }
+  return changes;
+}
+
+}  // namespace TarnConfigStore

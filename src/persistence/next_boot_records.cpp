@@ -1,0 +1,178 @@
+#include "persistence/next_boot_records.h"
+
+#include "errors/raise.h"
+#include "objects/division.h"
+#include "objects/filter.h"
+#include "objects/generated_ids.h"
+#include "persistence/binder.h"
+#include "persistence/boot_flags.h"
+#include "persistence/read_current.h"
+#include "persistence/statements.h"
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace TarnConfigStore {
+namespace {
+
+constexpr int kReadFailed = 1;
+
+constexpr std::pair<NextBootAction, std::string_view> kActions[] = {
+    {NextBootAction::SET, "SET"},
+    {NextBootAction::DELETE, "DELETE"},
+    {NextBootAction::DELETE_INSTANCE, "DELETE_INSTANCE"},
+};
+
+std::string_view TextOf(NextBootAction action) {
+  for (const auto& [known, text] : kActions) {
+    if (known == action) {
+      return text;
+    }
+  }
+  return {};
+}
+
+void StageContent(const std::vector<ObjectHandle>& objects,
+                  const TarnSchemaStore::SchemaObject& schema,
+                  const DBStore::ConnectionHandle& connection) {
+  const DBStore::StatementHandle statement =
+      DBStore::internal::Prepare(connection, STAGE_SET, DBStore::kWaitLimit);
+  for (const ObjectHandle& object : objects) {
+    GiveGeneratedIds(*object, schema);
+    const auto& [id, values] = DivideObject(*object, schema, EXTERNAL);
+    if (!Binder(connection, statement)
+             .Text(id->instanceId, id->key, id->group, id->component, schema.GetVersion())
+             .Nullable(values.user, values.vital, values.cached)
+             .Text(TextOf(NextBootAction::SET))
+             .Execute()) {
+      ThrowFailure("Failed to update reboot-required configuraition.");
+    }
+  }
+}
+
+void StageDeletion(const ConfigStoreObjectId& id, const TarnSchemaStore::SchemaObject& schema,
+                   const DBStore::ConnectionHandle& connection) {
+  const NextBootAction action =
+      schema.IsNonSingleton() ? NextBootAction::DELETE_INSTANCE : NextBootAction::DELETE;
+  const DBStore::StatementHandle statement =
+      DBStore::internal::Prepare(connection, STAGE_DELETE, DBStore::kWaitLimit);
+  if (!Binder(connection, statement)
+           .Text(id.instanceId, id.key, id.group, id.component, schema.GetVersion(), TextOf(action))
+           .Execute()) {
+    ThrowFailure("Failed to delete reboot-required configuraition.");
+  }
+}
+
+void Run(const DBStore::StatementHandle& statement, const ConfigStoreObjectId& id,
+         const DBStore::ConnectionHandle& connection) {
+  if (DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, DBStore::kWaitLimit) != 0) {
+    ThrowFailure("Failed to clear RebootRequired config for csoId: " + id.toString());
+  }
+}
+
+void TakeBack(const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection) {
+  Run(UNSTAGE_TYPE.PrepareAndBind(connection, id.key, id.group, id.component), id, connection);
+}
+
+}  // namespace
+
+void SetRebootRequiredConfigInternal(const ObjectHandle& object, const SchemaHandle& schema,
+                                     const DBStore::ConnectionHandle& connection) {
+  RequireNoRemediation(connection);
+  StageContent({object}, *schema, connection);
+  AnnounceStagedChanges(connection);
+}
+
+void SetRebootRequiredConfigInstancesInternal(const std::vector<ObjectHandle>& objects,
+                                              const SchemaHandle& schema,
+                                              const DBStore::ConnectionHandle& connection) {
+  RequireNoRemediation(connection);
+  TakeBack(objects.front()->GetConfigStoreObjectId(), connection);
+  StageContent(objects, *schema, connection);
+  AnnounceStagedChanges(connection);
+}
+
+void ClearRebootRequiredConfigInstances(const ConfigStoreObjectId& id,
+                                        const SchemaHandle& /*schema*/,
+                                        const DBStore::ConnectionHandle& connection) {
+  RequireNoRemediation(connection);
+  TakeBack(id, connection);
+}
+
+void DeleteRebootRequiredConfigInternal(const ConfigStoreObjectId& id, const SchemaHandle& schema,
+                                        const DBStore::ConnectionHandle& connection) {
+  RequireNoRemediation(connection);
+  StageDeletion(id, *schema, connection);
+  AnnounceStagedChanges(connection);
+}
+
+void DeleteRebootRequiredConfigInstancesInternal(const std::shared_ptr<FilterSpecObject>& filter,
+                                                 const SchemaHandle& schema,
+                                                 const DBStore::ConnectionHandle& connection) {
+  RequireNoRemediation(connection);
+  for (const ObjectHandle& object : GetConfigInstancesInternal(filter, connection, schema)) {
+    StageDeletion(object->GetConfigStoreObjectId(), *schema, connection);
+  }
+  AnnounceStagedChanges(connection);
+}
+
+ObjectHandle GetRebootRequiredConfigInternal(const ConfigStoreObjectId& id,
+                                             const SchemaHandle& schema,
+                                             const DBStore::ConnectionHandle& connection) {
+  return MergeParts(ReadRowMap(connection, READ_STAGED_INSTANCE, id), "UserValue", id, schema);
+}
+
+std::vector<ObjectHandle> GetRebootRequiredConfigInstancesInternal(
+    const std::shared_ptr<FilterSpecObject>& filter, const SchemaHandle& schema,
+    const DBStore::ConnectionHandle& connection) {
+  const ConfigStoreObjectId& id = filter->GetConfigStoreObjectId();
+  if (!id.instanceId.empty()) {
+    return FilterConfigStoreObjects(ListOf(GetRebootRequiredConfigInternal(id, schema, connection)),
+                                    filter);
+  }
+  return FilterConfigStoreObjects(
+      ObjectsOfType(connection, READ_STAGED_INSTANCES.Text(), id,
+                    [&schema](const RowMap& row, const ConfigStoreObjectId& instance) {
+                      return MergeParts(row, "UserValue", instance, schema);
+                    }),
+      filter);
+}
+
+RowMapList ReadStagedChanges(const DBStore::ConnectionHandle& connection) {
+  const DBStore::StatementHandle statement =
+      DBStore::internal::Prepare(connection, READ_STAGED, DBStore::kWaitLimit);
+  RowMapList rows;
+  if (DBStore::ExecuteStmt(connection, statement, AppendRowMap, &rows, DBStore::kWaitLimit) ==
+      kReadFailed) {
+    ThrowFailure("Get store rows failed.");
+  }
+  return rows;
+}
+
+NextBootAction ActionFromRow(const RowMap& row) {
+  const std::string_view text = row.Text("BootAction");
+  for (const auto& [action, known] : kActions) {
+    if (known == text) {
+      return action;
+    }
+  }
+  ThrowFailure("Unknown action for the next boot: " + std::string(text) + ", for " +
+               IdFromRow(row).toString());
+}
+
+void RemoveStagedChange(const ConfigStoreObjectId& id,
+                        const DBStore::ConnectionHandle& connection) {
+  Run(UNSTAGE_INSTANCE.PrepareAndBind(connection, id.key, id.group, id.component, id.instanceId),
+      id, connection);
+}
+
+void RemoveStagedChanges(const DBStore::ConnectionHandle& connection) {
+  const DBStore::StatementHandle statement =
+      DBStore::internal::Prepare(connection, UNSTAGE_ALL, DBStore::kWaitLimit);
+  if (DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, DBStore::kWaitLimit) != 0) {
+    ThrowFailure("Failed to clear RebootRequired config");
+  }
+}
+
+}  // namespace TarnConfigStore

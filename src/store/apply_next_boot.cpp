@@ -1,0 +1,147 @@
+#include "tarnconfigstore/apply_next_boot.h"
+
+#include "platform/logger.h"
+
+#include "objects/same_type.h"
+#include "objects/schema_lookup.h"
+#include "persistence/boot_flags.h"
+#include "persistence/connection.h"
+#include "persistence/delete_config.h"
+#include "persistence/next_boot_records.h"
+#include "persistence/write_by_context.h"
+#include "store/under_transaction.h"
+#include "validation/object_validation.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace TarnConfigStore {
+namespace {
+
+// A staged change on its way.
+struct Change {
+  const RowMap* row;
+  ConfigStoreObjectId id;
+  NextBootAction action;
+  SchemaHandle schema;  // of content, when its type is installed
+  std::vector<ErrorInfo> findings;
+};
+
+// Changes of one type follow each other, so that each is looked up once.
+class Types {
+ public:
+  const SchemaHandle& Of(const ConfigStoreObjectId& id) {
+    if (!known_ || !IsSameType(*known_, id)) {
+      schema_ = FindSchema(cache_, id);
+      known_ = id;
+    }
+    return schema_;
+  }
+
+ private:
+  std::shared_ptr<TarnSchemaStore::SchemaObjectCache> cache_ =
+      TarnSchemaStore::SchemaStore::GetCache();
+  std::optional<ConfigStoreObjectId> known_;
+  SchemaHandle schema_;
+};
+
+// Everything that keeps content from becoming current, judged as one object that is to be set.
+void JudgeContent(Change& change) {
+  if (!ValidateIdentity(change.schema, change.id, change.findings)) {
+    return;
+  }
+  try {
+    const ObjectHandle object = MergeParts(*change.row, "UserValue", change.id, change.schema);
+    if (object) {
+      ValidateObjectData(change.schema, object, SetRules(), change.findings, true);
+    } else {
+      change.findings.push_back({"/", "The change has no content."});
+    }
+  } catch (const InvalidArgumentException& notJson) {
+    change.findings.push_back({"/", notJson.what()});
+  }
+}
+
+std::vector<Change> Judge(const RowMapList& rows) {
+  std::vector<Change> changes;
+  changes.reserve(rows.size());
+  Types types;
+  for (const std::shared_ptr<RowMap>& row : rows) {
+    Change& change =
+        changes.emplace_back(Change{row.get(), IdFromRow(*row), ActionFromRow(*row), {}, {}});
+    if (change.action == NextBootAction::SET) {
+      change.schema = types.Of(change.id);
+      JudgeContent(change);
+    }
+    for (const ErrorInfo& finding : change.findings) {
+      CSLogger::Log(1, "Cannot be applied, %s: %s: %s", change.id.toString().c_str(),
+                    finding.field.c_str(), finding.error.c_str());
+    }
+  }
+  return changes;
+}
+
+std::optional<std::string> Text(const RowMap& row, std::string_view column) {
+  const auto text = row.Find(column);
+  return text ? std::optional<std::string>(*text) : std::nullopt;
+}
+
+void Apply(const Change& change, const DBStore::ConnectionHandle& connection) {
+  switch (change.action) {
+    case NextBootAction::SET:
+      // The context that also confirms the row.
+      WriteLayersByContext(change.id,
+                           {Text(*change.row, "UserValue"), std::nullopt,
+                            Text(*change.row, "VitalValue"), Text(*change.row, "CachedValue")},
+                           change.schema->GetVersion(), UPDATE_DURING_UPGRADE, connection);
+      break;
+    case NextBootAction::DELETE:
+      DeleteInstancesInternal(change.id, connection);
+      break;
+    case NextBootAction::DELETE_INSTANCE:
+      DeleteInternal(change.id, connection);
+      break;
+  }
+}
+
+// What was applied is staged no longer.
+void Unstage(const ApplyResult& result, const DBStore::ConnectionHandle& connection) {
+  if (result.staged.empty()) {
+    RemoveStagedChanges(connection);
+    return;
+  }
+  for (const AppliedChange& change : result.applied) {
+    RemoveStagedChange(change.id, connection);
+  }
+}
+
+}  // namespace
+
+ApplyResult ApplyNextBootConfig(const ApplyOptions& options) {
+  CSLogger::Log(3, "%s invoked", "ApplyNextBootConfig");
+  const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
+  ApplyResult result;
+  RunUnderTransaction(connection, "ApplyNextBootConfig", [&] {
+    RequireNoRemediation(connection);
+    const RowMapList rows = ReadStagedChanges(connection);
+    std::vector<Change> changes = Judge(rows);
+    const auto fits = [](const Change& change) { return change.findings.empty(); };
+    const bool applies = options.applyRest || std::all_of(changes.begin(), changes.end(), fits);
+    for (Change& change : changes) {
+      if (applies && fits(change)) {
+        Apply(change, connection);
+        result.applied.push_back({std::move(change.id), change.action});
+      } else {
+        result.staged.push_back({std::move(change.id), change.action, std::move(change.findings)});
+      }
+    }
+    Unstage(result, connection);
+  });
+  CSLogger::Log(2, "ApplyNextBootConfig: %zu applied, %zu stay staged", result.applied.size(),
+                result.staged.size());
+  return result;
+}
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,69 @@
+#include "tarnconfigstore/boot_state.h"
+
+#include "platform/logger.h"
+
+#include "objects/schema_lookup.h"
+#include "persistence/boot_status.h"
+#include "persistence/connection.h"
+#include "persistence/desired_view.h"
+#include "store/under_transaction.h"
+#include "validation/guards.h"
+#include "validation/object_validation.h"
+
+namespace TarnConfigStore {
+namespace {
+
+constexpr int kRead = 4;
+
+DBStore::ConnectionHandle Connect() {
+  return GetDBStore(DBStore::Type::CURRENT_STORE, true);
+}
+
+}  // namespace
+
+void SetBootStatus(const ConfigStoreObjectId& csoId, bool status) {
+  SetBootStatusInternal(csoId, status, Connect());
+}
+
+void SetPartialBootStatus(std::shared_ptr<ConfigStoreObject> object) {
+  if (IsNull(object, "SetPartialBootStatus")) {
+    return;
+  }
+  const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
+  const SchemaHandle schema = FindSchema(csoId);
+  CheckSchema(csoId, schema);
+  ValidatePartialConfig(schema, object);
+  if (ObjIsEmpty(object, "SetPartialBootStatus")) {
+    return;
+  }
+  const DBStore::ConnectionHandle connection = Connect();
+  RunUnderTransaction(connection, "SetPartialBootStatus",
+                      [&] { SetPartialBootStatusInternal(object, schema, connection); });
+}
+
+std::shared_ptr<ConfigStoreObject> GetDesiredUserConfig(const ConfigStoreObjectId& csoId,
+                                                        FLAG flag) {
+  CSLogger::Log(kRead, "%s invoked", "GetDesiredUserConfig");
+  const SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoId(csoId, schema);
+  return GetDesiredInternal(csoId, Connect(), schema, flag);
+}
+
+std::vector<std::shared_ptr<ConfigStoreObject>> GetDesiredUserConfigInstances(
+    const ConfigStoreObjectId& csoId, FLAG flag) {
+  CSLogger::Log(kRead, "%s invoked", "GetDesiredUserConfigInstances");
+  const SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoIdInstances(csoId, schema);
+  return GetDesiredUserConfigInstancesInternal(csoId, Connect(), schema, flag);
+}
+
+std::string GetSchemaVersion(const ConfigStoreObjectId& csoId) {
+  const SchemaHandle schema = FindSchema(csoId);
+  if (!schema) {
+    CSLogger::Log(0, "%s: Schema object not found", "GetSchemaVersion");
+    return {};
+  }
+  return schema->GetVersion();
+}
+
+}  // namespace TarnConfigStore

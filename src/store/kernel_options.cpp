@@ -1,0 +1,50 @@
+#include "tarnconfigstore/kernel_options.h"
+
+#include "tarnconfigstore/contexts.h"
+
+#include "objects/schema_lookup.h"
+#include "persistence/connection.h"
+#include "persistence/kernel_options.h"
+#include "store/trace.h"
+#include "store/under_transaction.h"
+#include "validation/guards.h"
+#include "validation/object_validation.h"
+
+namespace TarnConfigStore {
+namespace {
+
+constexpr int kRead = 4;
+constexpr int kWrite = 3;
+
+SchemaHandle CheckedSchema(const ConfigStoreObjectId& csoId) {
+  ValidateKernelOptionsCsoId(csoId);
+  SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoId(csoId, schema);
+  return schema;
+}
+
+}  // namespace
+
+std::shared_ptr<ConfigStoreObject> GetKernelOptions(const ConfigStoreObjectId& csoId) {
+  LogStoreCall(kRead, "GetKernelOptions", csoId, EXTERNAL);
+  const SchemaHandle schema = CheckedSchema(csoId);
+  return GetKernelOptionsInternal(csoId, GetDBStore(DBStore::Type::CURRENT_STORE, true), schema);
+}
+
+void SetKernelOptions(std::shared_ptr<ConfigStoreObject> object) {
+  if (IsNull(object, "SetKernelOptions")) {
+    return;
+  }
+  const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
+  LogStoreCall(kWrite, "SetKernelOptions", csoId, EXTERNAL);
+  const SchemaHandle schema = CheckedSchema(csoId);
+  ValidateSet(schema, object);
+  if (ObjIsEmpty(object, "SetKernelOptions")) {
+    return;
+  }
+  const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
+  RunUnderTransaction(connection, "SetKernelOptions",
+                      [&] { SetKernelOptionsInternal(object, schema, connection); });
+}
+
+}  // namespace TarnConfigStore

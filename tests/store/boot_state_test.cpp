@@ -1,0 +1,188 @@
+#include "tarnconfigstore/boot_state.h"
+
+#include "tarnconfigstore/diagnostics.h"
+
+#include "persistence/connection.h"
+#include "persistence/desired_view.h"
+#include "support/next_boot_fixture.h"
+
+namespace TarnConfigStore {
+namespace {
+
+using TestSupport::Raised;
+
+class BootState : public TestSupport::NextBootFixture {
+ protected:
+  // The row of an instance without what is the same in all tests.
+  std::string Row(const std::string& instance) {
+    for (const std::string& row :
+         database_.Run("SELECT ifnull(json_extract(UserValue, '$.mtu'), '-'), "
+                       "ifnull(json_extract(DesiredValue, '$.mtu'), '-'), Success, Revision, "
+                       "iif(ModifiedTime > '2020-01-02', 'touched', 'left') FROM Config WHERE "
+                       "Identifier = '" +
+                       instance + "'")) {
+      return row;
+    }
+    return "";
+  }
+  void PutPending() {
+    PutRow("s1", R"("mtu":1)", R"("mtu":2)", "", "", 1);
+    PutRow("s2", R"("mtu":1)", "", "", "", 0);
+    PutRow("s3", R"("mtu":1)", R"("mtu":2)", "", "", 0);
+    PutRow("s4", R"("mtu":1)", "", "", "", 1);
+  }
+};
+
+TEST_F(BootState, BootInfoIsItsTypeOrSaysWhatIsWrong) {
+  const auto info = [](const std::string& text) {
+    SetKeyValue("BOOT_INFO", text);
+    int type = -1;
+    const std::string raised = Raised([&] { type = GetBootInfo(); });
+    return raised == "nothing" ? std::to_string(type) : raised.substr(0, 47);
+  };
+  const std::string unreadable = "CSE 2000 Failed to read BOOT_INFO database.";
+  EXPECT_EQ(Raised([] { GetBootInfo(); }), unreadable) << "there is no entry";
+  EXPECT_EQ(info("{}"), "0");
+  EXPECT_EQ(info(R"({"type":2,"more":[]})"), "2");
+  EXPECT_EQ(info(R"({"type":-3})"), "-3");
+  for (const char* broken : {"", "{", "text", R"({"type":2} x)", "{\"type\":\"\xff\"}"}) {
+    EXPECT_EQ(info(broken), unreadable) << broken;
+  }
+  for (const char* other : {"[]", "2", "null", R"({"type":"2"})", R"({"type":2.0})",
+                            R"({"type":null})", R"({"type":4294967296})"}) {
+    EXPECT_EQ(info(other).substr(0, 8), "CSE 1082") << other;
+  }
+  DBStore::testing::SetHook([](DBStore::testing::Operation, std::string_view key) {
+    return key == "BOOT_INFO" ? 10 : 0;
+  });
+  EXPECT_EQ(Raised([] { GetBootInfo(); }), unreadable);
+}
+
+TEST_F(BootState, StatusConfirmsOrDropsWhatIsPending) {
+  PutPending();
+  SetBootStatus(Many("s1"), true);
+  EXPECT_EQ(Row("s1"), "2 - 1 7 touched");
+  EXPECT_EQ(Row("s3"), "1 2 0 7 left") << "another instance";
+  SetBootStatus(Many(""), true);
+  EXPECT_EQ(Row("s2") + "|" + Row("s3") + "|" + Row("s4"),
+            "1 - 1 7 touched|2 - 1 7 touched|1 - 1 7 left");
+  PutPending();
+  SetBootStatus(Many("s1"), false);
+  EXPECT_EQ(Row("s1") + "|" + Row("s3"), "1 - 1 7 touched|1 2 0 7 left");
+  SetBootStatus(Many(""), false);
+  EXPECT_EQ(Row("s2") + "|" + Row("s3"), "1 - 0 7 left|1 - 0 7 touched");
+
+  Set(one_, R"({"name":"a"})");
+  database_.Run(R"(UPDATE Config SET DesiredValue = '{"name":"b"}' WHERE Name = 'one-plain')");
+  SetBootStatus(one_, true);
+  EXPECT_EQ(Data(store_->Get(one_)), R"({"name":"b"})");
+  SetBootStatus({"such", "no", "tarn"}, true);
+
+  const ConfigStoreTransaction transaction(store_);
+  EXPECT_EQ(Raised([&] { SetBootStatus(one_, true); }),
+            "CSE 2000 SetBootStatus: Failed to mark success status for given csoId.");
+  EXPECT_NE(GetLastStoreError().message.find("transaction"), std::string::npos);
+  EXPECT_EQ(Raised([&] { SetBootStatus(one_, false); }),
+            "CSE 2000 DeleteDesiredValue: Failed to delete DesiredValue for given csoId.");
+}
+
+TEST_F(BootState, APartIsConfirmedAndTheRestDropped) {
+  const auto restore = [](const ObjectHandle& object) { SetPartialBootStatus(object); };
+  PutRow("s1", R"("mtu":1,"ports":[{"id":"p1","vlan":1}])",
+         R"("mtu":2,"ports":[{"id":"p1","vlan":2},{"id":"p2","vlan":3}])", "", "", 0);
+  const std::string before = State();
+  EXPECT_EQ(Raised([&] { restore(ManyObject("s1", R"("mtu":3)")); }),
+            "CSE 2000 partial config being restored is not part of desired config");
+  EXPECT_EQ(Raised([&] { restore(ManyObject("s9", R"("mtu":3)")); }),
+            "CSE 2000 desired config is empty");
+  EXPECT_EQ(Raised([&] { restore(ManyObject("s1", R"("serial":"x")")); }).substr(0, 7), "VE 1088");
+  restore(nullptr);
+  restore(Object(Many("s1"), R"({"name":"s1"})"));
+  EXPECT_EQ(State(), before);
+  const auto part = ManyObject("s1", R"("ports":[{"id":"p2","vlan":3}])");
+  EXPECT_GE(FailEachStep(
+                "partial", [&] { restore(part); }, [&] { return State(); }),
+            6);
+  EXPECT_EQ(
+      database_.Rows(),
+      R"(tarn/test/many-switch/s1 u={"name":"s1","mtu":1,"ports":[{"id":"p1","vlan":1},{"id":"p2","vlan":3}]} )"
+      "d=- a=- v=- c=- ok=1 rev=7");
+}
+
+// Who sees which value of a row: user's 1, pending 2, automatic 3.
+TEST_F(BootState, EachReaderSeesItsValue) {
+  struct Case {
+    const char* instance;
+    const char* user;
+    const char* desired;
+    int success;
+    const char* seen;  // Get outside and inside an upgrade, desired user only, desired with all
+  };
+  const std::string automatic = R"("mtu":3)";
+  const std::string vital = R"("serial":"x")";
+  const Case cases[] = {
+      {"confirmed", R"("mtu":1)", "", 1, "1x 1x none -x"},
+      {"pending", R"("mtu":1)", R"("mtu":2)", 1, "1x 2x 2 2x"},
+      {"unconfirmed", R"("mtu":1)", "", 0, "3x 1x 1 1x"},
+      {"both", R"("mtu":1)", R"("mtu":2)", 0, "3x 2x 1 1x"},
+      {"neither", "", "", 1, "3x 3x none -x"},
+  };
+  const auto sketch = [](const ObjectHandle& object) {
+    int mtu = 0;
+    std::string serial;
+    if (!object) {
+      return std::string("none");
+    }
+    const bool has = object->GetValue("mtu", &mtu) != 0;
+    object->GetValue("serial", &serial);
+    return (has ? std::to_string(mtu) : "-") + serial;
+  };
+  std::string users;
+  std::string all;
+  for (const Case& c : cases) {
+    PutRow(c.instance, c.user, c.desired, automatic, vital, c.success);
+    const ConfigStoreObjectId id = Many(c.instance);
+    SetUpgradeContext("0");
+    std::string seen = sketch(store_->Get(id));
+    SetUpgradeContext("1");
+    seen += " " + sketch(store_->Get(id));
+    SetUpgradeContext("0");
+    seen += " " + sketch(GetDesiredUserConfig(id, DESIRED_USER_ONLY)) + " " +
+            sketch(GetDesiredUserConfig(id, DESIRED_WITH_VITAL_AND_CACHED));
+    EXPECT_EQ(seen, c.seen) << c.instance;
+  }
+  database_.Run("UPDATE Config SET VitalValue = NULL WHERE Identifier = 'neither'");
+  EXPECT_EQ(sketch(GetDesiredUserConfig(Many("neither"), DESIRED_WITH_VITAL_AND_CACHED)), "none");
+  const auto list = [&](FLAG flag) {
+    std::string text;
+    for (const auto& object : GetDesiredUserConfigInstances(Many("any"), flag)) {
+      EXPECT_EQ(object->GetRevision(), 7);
+      text += object->GetConfigStoreObjectId().instanceId + ":" + sketch(object) + " ";
+    }
+    return text;
+  };
+  EXPECT_EQ(list(DESIRED_USER_ONLY), "both:1 pending:2 unconfirmed:1 ");
+  EXPECT_EQ(list(DESIRED_WITH_VITAL_AND_CACHED), "both:1x confirmed:-x pending:2x unconfirmed:1x ");
+  EXPECT_EQ(GetDesiredUserConfigContents(GetDBStore(DBStore::Type::CURRENT_STORE, true)).size(),
+            3U);
+}
+
+TEST_F(BootState, ReadsCheckTheirTypeAndReportFailures) {
+  EXPECT_EQ(GetSchemaVersion(Many("")) + " " + GetSchemaVersion(plain_), "2.1 1.0");
+  EXPECT_EQ(GetSchemaVersion({"such", "no", "tarn"}), "");
+  EXPECT_EQ(log_.Count("0 GetSchemaVersion: Schema object not found"), 1);
+  EXPECT_EQ(Raised([&] { GetDesiredUserConfig(Many(""), DESIRED_USER_ONLY); }),
+            "VE 2000 Non-Singleton object should contain instanceId");
+  EXPECT_EQ(Raised([&] { GetDesiredUserConfigInstances(one_, DESIRED_USER_ONLY); }),
+            "VE 2000 API called for singleton object, non-singleton expected");
+  DBStore::testing::SetHook([](DBStore::testing::Operation asked, std::string_view) {
+    return asked == DBStore::testing::Operation::EXECUTE ? 1 : 0;
+  });
+  EXPECT_EQ(Raised([&] { GetDesiredUserConfig(Many("s1"), DESIRED_USER_ONLY); }),
+            "CSE 2000 Get failed: " + Many("s1").toString());
+  EXPECT_EQ(Raised([&] { GetDesiredUserConfigInstances(Many(""), DESIRED_USER_ONLY); }),
+            "CSE 2000 Read Instances failed for: " + Many("").toString());
+}
+
+}  // namespace
+}  // namespace TarnConfigStore

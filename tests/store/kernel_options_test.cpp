@@ -1,0 +1,75 @@
+#include "tarnconfigstore/kernel_options.h"
+
+#include "tarnconfigstore/boot_state.h"
+
+#include "support/next_boot_fixture.h"
+
+namespace TarnConfigStore {
+namespace {
+
+using TestSupport::Raised;
+
+class KernelOptions : public TestSupport::NextBootFixture {
+ protected:
+  KernelOptions() {
+    InstallType(host_, R"({"component":"tarn","group":"tkernel","key":"options","version":"1.0",
+      "schema":{"type":"object","rebootRequired":true,"properties":{
+        "cpus":{"type":"integer"},"console":{"type":"string","vital":true}}}})");
+  }
+  std::string Row() {
+    return database_.Rows().substr(std::string("tarn/tkernel/options/ ").size());
+  }
+  ConfigStoreObjectId id_{"options", "tkernel", "tarn"};
+};
+
+TEST_F(KernelOptions, WaitInTheRowUntilTheBootIsConfirmed) {
+  EXPECT_EQ(Data(GetKernelOptions(id_)), "none");
+  Set(id_, R"({"cpus":1,"console":"a"})");
+  EXPECT_EQ(Data(GetKernelOptions(id_)), R"({"console":"a","cpus":1})");
+  const auto wanted = Object(id_, R"({"cpus":2,"console":"b"})");
+  EXPECT_GE(FailEachStep(
+                "set", [&] { SetKernelOptions(wanted); }, [&] { return State(); }),
+            4);
+  EXPECT_EQ(Row(), R"(u={"cpus":1} d={"cpus":2} a=- v={"console":"b"} c=- ok=1 rev=2)");
+  EXPECT_EQ(Data(GetKernelOptions(id_)), R"({"console":"b","cpus":2})");
+  EXPECT_EQ(Data(store_->Get(id_)), R"({"console":"b","cpus":1})");
+  SetBootStatus(id_, true);
+  EXPECT_EQ(Row(), R"(u={"cpus":2} d=- a=- v={"console":"b"} c=- ok=1 rev=2)");
+  SetKernelOptions(nullptr);
+  SetKernelOptions(Object(id_, "{}"));
+  EXPECT_EQ(store_->GetRevision(id_), 2);
+}
+
+TEST_F(KernelOptions, ComeFromWhatIsStagedWhileTheHostIsRemediated) {
+  const auto staged = Object(id_, R"({"cpus":8,"console":"s"})");
+  nextBoot_->Set(staged);
+  EXPECT_EQ(Data(GetKernelOptions(id_)), "none");
+  SetKeyValue("BOOT_MODE", "1");
+  EXPECT_EQ(Data(GetKernelOptions(id_)), R"({"cpus":8})") << "vital options are the current row's";
+  Set(id_, R"({"cpus":1,"console":"a"})");
+  EXPECT_EQ(Data(GetKernelOptions(id_)), R"({"console":"a","cpus":8})");
+  EXPECT_EQ(GetKernelOptions(id_)->GetVersion(), "1.0");
+  database_.Run("DELETE FROM DesiredUserConfig");
+  EXPECT_EQ(Data(GetKernelOptions(id_)), R"({"console":"a"})");
+  DBStore::testing::SetHook([](DBStore::testing::Operation, std::string_view detail) {
+    return detail == "BOOT_MODE" ? 10 : 0;
+  });
+  EXPECT_EQ(Raised([&] { GetKernelOptions(id_); }), "CSE 2000 Failed to read value from database.");
+}
+
+TEST_F(KernelOptions, AreOneObjectOfOneType) {
+  const std::string other = "VE 2000 API should only be invoked for Kernel options configuration.";
+  EXPECT_EQ(Raised([&] { GetKernelOptions(plain_); }), other);
+  EXPECT_EQ(Raised([&] { SetKernelOptions(Object(plain_, R"({"name":"a"})")); }), other);
+  EXPECT_EQ(Raised([] {
+              GetKernelOptions({"options", "tkernel", "tarn", "x"});
+            }),
+            "VE 2000 Singleton object cannot contain instanceId");
+  EXPECT_EQ(Raised([&] { SetKernelOptions(Object(id_, R"({"cpus":"x"})")); }).substr(0, 7),
+            "VE 1089");
+  RemoveType("tarn", "tkernel", "options", false);
+  EXPECT_EQ(Raised([&] { GetKernelOptions(id_); }).substr(0, 8), "CSE 1037");
+}
+
+}  // namespace
+}  // namespace TarnConfigStore

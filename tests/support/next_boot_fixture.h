@@ -1,0 +1,61 @@
+// A store with types that wait for the next boot.
+#pragma once
+
+#include "tarnconfigstore/apply_next_boot.h"
+#include "tarnconfigstore/key_values.h"
+#include "tarnconfigstore/listing.h"
+
+#include "support/store_fixture.h"
+
+#include <string>
+
+namespace TestSupport {
+
+/// The plain type and the switch type again, staged: "one", without instances, and "many".
+class NextBootFixture : public StoreFixture {
+ protected:
+  NextBootFixture() {
+    InstallType(host_, Staged(kPlainType, "one"));
+    InstallType(host_, Staged(kSwitchType, "many"));
+    nextBoot_ = store_->GetNextBootStore();
+  }
+
+  static TarnConfigStore::ConfigStoreObjectId Many(const std::string& instance) {
+    return {"many-switch", "test", "tarn", instance};
+  }
+  static ObjectHandle ManyObject(const std::string& instance, const std::string& members) {
+    return Object(Many(instance), (R"({"name":")" + instance + "\"," + members + "}").c_str());
+  }
+  /// A row of "many"; texts are members of its object, an empty one makes a NULL.
+  void PutRow(const std::string& instance, const std::string& user, const std::string& desired,
+              const std::string& automatic, const std::string& vital, int success) {
+    const auto value = [&](const std::string& members) {
+      return members.empty() ? std::string("NULL")
+                             : R"('{"name":")" + instance + "\"," + members + "}'";
+    };
+    database_.Run(
+        "INSERT OR REPLACE INTO Config (Component, ConfigGroup, Name, Identifier, Version, "
+        "UserValue, DesiredValue, AutoConfValue, VitalValue, Success, CreationTime, ModifiedTime, "
+        "Revision) VALUES ('tarn','test','many-switch','" +
+        instance + "','1'," + value(user) + "," + value(desired) + "," + value(automatic) + "," +
+        value(vital) + "," + std::to_string(success) +
+        ",'2020-01-01 00:00:00','2020-01-01 00:00:00',7)");
+  }
+  /// Both tables and the mode, the common part of the names left out.
+  std::string State() {
+    std::string text = database_.Rows() + "\n| " + database_.Staged() + "\n| " +
+                       TarnConfigStore::GetKeyValue("BOOT_MODE");
+    for (std::size_t at; (at = text.find("tarn/test/")) != std::string::npos;) {
+      text.erase(at, 10);
+    }
+    return text;
+  }
+  static std::string Data(const ObjectHandle& object) {
+    return object ? object->GetData() : "none";
+  }
+
+  TarnConfigStore::ConfigStoreObjectId one_{"one-plain", "test", "tarn"};
+  std::shared_ptr<TarnConfigStore::NextBootStore> nextBoot_;
+};
+
+}  // namespace TestSupport
