@@ -156,6 +156,7 @@ TEST_F(NextBoot, AFailureAnywhereLeavesTheStoreAsItWas) {
   for (const auto& [name, write] : Writes()) {
     PutSome();
     EXPECT_GE(FailEachStep(name, write, [&] { return State(); }), 5) << name;
+    EXPECT_EQ(GetKeyValue("BOOT_MODE"), name == std::string("Reset") ? "0" : "4") << name;
   }
 }
 
