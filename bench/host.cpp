@@ -3,6 +3,8 @@
 #include "tarnconfigstore/host.h"
 #include "tarnconfigstore/type_administration.h"
 
+#include "platform/host_paths.h"
+
 #include "floor_store.h"
 #include "samples.h"
 
@@ -87,6 +89,7 @@ Host::Host() : root_(MakeRoot()) {
   try {
     TarnConfigStore::SetHostRoot(root_);
     TarnConfigStore::InitializeHost();
+    WriteAllowlist();
     InstallAllTypes();
     FillStore();
   } catch (...) {
@@ -98,6 +101,13 @@ Host::Host() : root_(MakeRoot()) {
 Host::~Host() {
   std::error_code ignored;
   std::filesystem::remove_all(root_, ignored);
+}
+
+// What the management daemon is told of: one of the types.
+void Host::WriteAllowlist() const {
+  const std::filesystem::path path = root_ + HostPaths::kNotifyAllowlist;
+  std::filesystem::create_directories(path.parent_path());
+  std::ofstream(path) << "[\"tarn.bench." << kWritten << "\"]";
 }
 
 void Host::InstallAllTypes() const {

@@ -29,6 +29,7 @@ class Host {
   static std::string KeyOfWrittenInstances(std::size_t count);
 
  private:
+  void WriteAllowlist() const;
   void InstallAllTypes() const;
   void FillStore() const;
 

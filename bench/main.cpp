@@ -41,6 +41,7 @@ int RunAll() {
   RegisterSets(roads, host.Root());
   RegisterInstances(roads);
   RegisterBulkWrites(roads, host.Root());
+  RegisterNotifications(roads);
   RegisterFreshProcess(host.Root());
   RegisterHeldMemory(host.Root());
   RegisterValidation();

@@ -11,6 +11,8 @@ using DBStore::testing::Operation;
 using TestSupport::Raised;
 using Objects = std::vector<std::shared_ptr<ConfigStoreObject>>;
 
+constexpr const char* kWholeTable = "SELECT * FROM Config";
+
 class BulkWrites : public TestSupport::StoreFixture {
  protected:
   // s1 to s3, each with something in every value.
@@ -154,7 +156,15 @@ TEST_F(BulkWrites, AFailureAnywhereLeavesTheStoreAsItWas) {
   };
   for (const auto& [name, operation] : operations) {
     PutThree();
-    const int failures = FailEachStep(name, operation, [&] { return database_.Rows(); });
+    const int failures = FailEachStep(name, operation, [&] {
+      std::string table;
+      for (const std::string& row : database_.Run(kWholeTable)) {
+        table += row +
+                 "
+                 ";
+      }
+      return table;
+    });
     EXPECT_GE(failures, 4) << name << ": begin, statements and commit have failed in turn";
   }
 }
