@@ -84,6 +84,16 @@ int main(int argc, char** argv) {
       },
       "type mismatch");
   Expect(store->GetRevision(id) == 1, "refused writes change nothing");
+
+  const ConfigStoreObjectId options("options", "tkernel", kDefaultComponent);
+  auto staged = std::make_shared<ConfigStoreObject>(options);
+  staged->SetValue("maximumCpus", 4);
+  store->GetNextBootStore()->Set(staged);
+  Expect(ListStaged(options).size() == 1 && !store->Get(options), "staged and not current");
+  Expect(ApplyNextBootConfig({}).applied.size() == 1, "applied at boot");
+  SetBootStatus(options, true);
+  int cpus = 0;
+  Expect(GetKernelOptions(options)->GetValue("maximumCpus", &cpus) == 1 && cpus == 4, "in force");
   std::puts("consumer: ok");
   return 0;
 }

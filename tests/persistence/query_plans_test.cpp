@@ -86,7 +86,7 @@ TEST(QueryPlans, EveryStatementWalksTheKeysIndexUnlessItAsksForEverything) {
               std::string::npos)
         << remediated;
   }
-  for (const std::string_view write : {STAGE_SET, STAGE_DELETE}) {
+  for (const std::string_view write : {STAGE_SET, STAGE_DELETE, UNSTAGE_ALL}) {
     EXPECT_EQ(Plan(database, std::string(write)), "") << "reads nothing";
   }
 }

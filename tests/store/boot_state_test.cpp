@@ -15,15 +15,13 @@ class BootState : public TestSupport::NextBootFixture {
  protected:
   // The row of an instance without what is the same in all tests.
   std::string Row(const std::string& instance) {
-    for (const std::string& row :
-         database_.Run("SELECT ifnull(json_extract(UserValue, '$.mtu'), '-'), "
-                       "ifnull(json_extract(DesiredValue, '$.mtu'), '-'), Success, Revision, "
-                       "iif(ModifiedTime > '2020-01-02', 'touched', 'left') FROM Config WHERE "
-                       "Identifier = '" +
-                       instance + "'")) {
-      return row;
-    }
-    return "";
+    return database_
+        .Run(
+            "SELECT ifnull(json_extract(UserValue, '$.mtu'), '-'), "
+            "ifnull(json_extract(DesiredValue, '$.mtu'), '-'), Success, Revision, "
+            "iif(ModifiedTime > '2020-01-02', 'touched', 'left') FROM Config WHERE Identifier = '" +
+            instance + "'")
+        .at(0);
   }
   void PutPending() {
     PutRow("s1", R"("mtu":1)", R"("mtu":2)", "", "", 1);
@@ -87,21 +85,23 @@ TEST_F(BootState, StatusConfirmsOrDropsWhatIsPending) {
 }
 
 TEST_F(BootState, APartIsConfirmedAndTheRestDropped) {
-  const auto restore = [](const ObjectHandle& object) { SetPartialBootStatus(object); };
+  const auto restored = [](const ObjectHandle& part) {
+    return Raised([&] { SetPartialBootStatus(part); });
+  };
   PutRow("s1", R"("mtu":1,"ports":[{"id":"p1","vlan":1}])",
          R"("mtu":2,"ports":[{"id":"p1","vlan":2},{"id":"p2","vlan":3}])", "", "", 0);
   const std::string before = State();
-  EXPECT_EQ(Raised([&] { restore(ManyObject("s1", R"("mtu":3)")); }),
+  EXPECT_EQ(restored(Mtu("s1", 3)),
             "CSE 2000 partial config being restored is not part of desired config");
-  EXPECT_EQ(Raised([&] { restore(ManyObject("s9", R"("mtu":3)")); }),
-            "CSE 2000 desired config is empty");
-  EXPECT_EQ(Raised([&] { restore(ManyObject("s1", R"("serial":"x")")); }).substr(0, 7), "VE 1088");
-  restore(nullptr);
-  restore(Object(Many("s1"), R"({"name":"s1"})"));
+  EXPECT_EQ(restored(Mtu("s9", 3)), "CSE 2000 desired config is empty");
+  EXPECT_EQ(restored(ManyObject("s1", R"("serial":"x")")).substr(0, 7), "VE 1088");
+  EXPECT_EQ(restored(nullptr), "nothing");
+  EXPECT_EQ(restored(Object(Many("s1"), R"({"name":"s1"})")), "nothing");
   EXPECT_EQ(State(), before);
   const auto part = ManyObject("s1", R"("ports":[{"id":"p2","vlan":3}])");
+  const auto look = [&] { return State(); };
   EXPECT_GE(FailEachStep(
-                "partial", [&] { restore(part); }, [&] { return State(); }),
+                "partial", [&] { SetPartialBootStatus(part); }, look),
             6);
   EXPECT_EQ(
       database_.Rows(),
@@ -137,8 +137,6 @@ TEST_F(BootState, EachReaderSeesItsValue) {
     object->GetValue("serial", &serial);
     return (has ? std::to_string(mtu) : "-") + serial;
   };
-  std::string users;
-  std::string all;
   for (const Case& c : cases) {
     PutRow(c.instance, c.user, c.desired, automatic, vital, c.success);
     const ConfigStoreObjectId id = Many(c.instance);

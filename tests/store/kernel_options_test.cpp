@@ -27,9 +27,8 @@ TEST_F(KernelOptions, WaitInTheRowUntilTheBootIsConfirmed) {
   Set(id_, R"({"cpus":1,"console":"a"})");
   EXPECT_EQ(Data(GetKernelOptions(id_)), R"({"console":"a","cpus":1})");
   const auto wanted = Object(id_, R"({"cpus":2,"console":"b"})");
-  EXPECT_GE(FailEachStep(
-                "set", [&] { SetKernelOptions(wanted); }, [&] { return State(); }),
-            4);
+  const auto set = [&] { SetKernelOptions(wanted); };
+  EXPECT_GE(FailEachStep("set", set, [&] { return State(); }), 4);
   EXPECT_EQ(Row(), R"(u={"cpus":1} d={"cpus":2} a=- v={"console":"b"} c=- ok=1 rev=2)");
   EXPECT_EQ(Data(GetKernelOptions(id_)), R"({"console":"b","cpus":2})");
   EXPECT_EQ(Data(store_->Get(id_)), R"({"console":"b","cpus":1})");

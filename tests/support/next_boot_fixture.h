@@ -26,6 +26,13 @@ class NextBootFixture : public StoreFixture {
   static ObjectHandle ManyObject(const std::string& instance, const std::string& members) {
     return Object(Many(instance), (R"({"name":")" + instance + "\"," + members + "}").c_str());
   }
+  static ObjectHandle Mtu(const std::string& instance, int mtu) {
+    return ManyObject(instance, "\"mtu\":" + std::to_string(mtu));
+  }
+  static std::shared_ptr<TarnConfigStore::FilterSpecObject> Filter(
+      const TarnConfigStore::ConfigStoreObjectId& id) {
+    return std::make_shared<TarnConfigStore::FilterSpecObject>(id);
+  }
   /// A row of "many"; texts are members of its object, an empty one makes a NULL.
   void PutRow(const std::string& instance, const std::string& user, const std::string& desired,
               const std::string& automatic, const std::string& vital, int success) {
