@@ -12,6 +12,8 @@ void RegisterGets(Roads& roads);
 void RegisterSets(Roads& roads, const std::string& root);
 void RegisterInstances(Roads& roads);
 void RegisterBulkWrites(Roads& roads, const std::string& root);
+void RegisterNotifications(Roads& roads);
+void RegisterStagedChanges(Roads& roads);
 void RegisterFreshProcess(const std::string& root);
 void RegisterHeldMemory(const std::string& root);
 

@@ -1,13 +1,19 @@
 #include "conditions.h"
 
+#include "tarnconfigstore/key_values.h"
+
 #include "platform/db_testing.h"
 
+#include "daemon.h"
 #include "host.h"
 #include "samples.h"
 #include "sync_count.h"
 #include "validation/compiled_schema.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
+#include <thread>
 
 namespace Benchmarks {
 namespace {
@@ -56,6 +62,31 @@ std::uint64_t SyncsOf(Roads& roads, Operation operation) {
   return CountSyncs() - before;
 }
 
+// A daemon that accepts and never reads has to leave every write whole and nearly as fast.
+template <class Operation>
+bool NobodyWaits(Operation operation) {
+  using Clock = std::chrono::steady_clock;
+  using Milliseconds = std::chrono::duration<double, std::milli>;
+  constexpr double kLongest = 100;
+  const Daemon daemon(Daemon::Manner::ACCEPTS_ONLY);
+  TarnConfigStore::SetKeyValue("NOTIFY_KEELD", "true");
+  double longest = 0;
+  for (int i = 0; i < kOperations; ++i) {
+    const Clock::time_point start = Clock::now();
+    operation();
+    longest = std::max(longest, Milliseconds(Clock::now() - start).count());
+  }
+  TarnConfigStore::SetKeyValue("NOTIFY_KEELD", "false");
+  // It was told of every one of them, if it has caught up.
+  for (int i = 0; i < kOperations && daemon.Accepted() < kOperations; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  const bool holds = longest <= kLongest && daemon.Accepted() == kOperations;
+  std::printf("%d Sets with a daemon that accepts and never reads: the longest took %.1f ms  %s\n",
+              kOperations, longest, holds ? "ok" : "FAILED");
+  return holds;
+}
+
 }  // namespace
 
 bool CheckConditions(Roads& roads, const std::string& root) {
@@ -76,6 +107,7 @@ bool CheckConditions(Roads& roads, const std::string& root) {
 
   const std::uint64_t library = SyncsOf(roads, setByLibrary);
   const std::uint64_t floor = SyncsOf(roads, setByFloor);
+  holds &= NobodyWaits(setByLibrary);
   const bool same = library == floor && library == kDurableSets;
   std::printf("%llu durable Sets: %llu syncs by the library, %llu by the floor  %s\n\n",
               static_cast<unsigned long long>(kDurableSets),

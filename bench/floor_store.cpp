@@ -126,6 +126,7 @@ void FloorStore::Set(const TarnConfigStore::ConfigStoreObjectId& id, Json::Value
   write_.Bind(12, 0);
   write_.Step();
   write_.Reset();
+  RefuseToNotify();
 }
 
 void FloorStore::SetInstances(const TarnConfigStore::ConfigStoreObjectId& id,
@@ -157,6 +158,7 @@ void FloorStore::SetInstances(const TarnConfigStore::ConfigStoreObjectId& id,
     write_.Reset();
   }
   Run("COMMIT");
+  RefuseToNotify();
 }
 
 std::map<std::string, FloorStore::Existing> FloorStore::ReadExisting(
@@ -185,8 +187,14 @@ void FloorStore::Check(const TarnConfigStore::ConfigStoreObjectId& id, Json::Val
 }
 
 void FloorStore::RefuseDuringBoot() {
-  if (ReadIsBoot()) {
+  if (ReadKeyValue("IS_BOOT") == "true") {
     throw std::runtime_error("floor: the host is booting");
+  }
+}
+
+void FloorStore::RefuseToNotify() {
+  if (ReadKeyValue("NOTIFY_KEELD") == "true") {
+    throw std::runtime_error("floor: notification is switched on");
   }
 }
 
@@ -265,11 +273,14 @@ int FloorStore::ReadUpgradeContext() const {
   return length <= 0 ? 0 : std::atoi(text);
 }
 
-bool FloorStore::ReadIsBoot() {
-  getKeyValue_.Bind(1, "IS_BOOT");
-  const bool boot = getKeyValue_.Step() && getKeyValue_.Text(0) == "true";
+std::string FloorStore::ReadKeyValue(std::string_view key) {
+  getKeyValue_.Bind(1, key);
+  std::string value;
+  if (getKeyValue_.Step()) {
+    value = getKeyValue_.Text(0);
+  }
   getKeyValue_.Reset();
-  return boot;
+  return value;
 }
 
 }  // namespace Benchmarks

@@ -61,6 +61,9 @@ class FloorStore {
                     const std::vector<std::unique_ptr<FloorObject>>& objects,
                     const FloorType& type);
 
+  /// An entry's text; empty when there is none.
+  std::string ReadKeyValue(std::string_view key);
+
   /// Replaces a row as it is, without a look at what is in it. For filling the store.
   void Fill(const TarnConfigStore::ConfigStoreObjectId& id, const RowValues& values);
 
@@ -77,10 +80,10 @@ class FloorStore {
   void Check(const TarnConfigStore::ConfigStoreObjectId& id, Json::Value& data,
              const FloorType& type) const;
   void RefuseDuringBoot();
+  void RefuseToNotify();
   void BindUserValue(const TarnConfigStore::ConfigStoreObjectId& id, const Json::Value& data,
                      const FloorType& type);
   std::map<std::string, Existing> ReadExisting(const TarnConfigStore::ConfigStoreObjectId& id);
-  bool ReadIsBoot();
   std::unique_ptr<FloorObject> MakeObject(const FloorStatement& row, const Columns& columns,
                                           int upgradeContext);
   void BindRow(const TarnConfigStore::ConfigStoreObjectId& id, std::string_view version);

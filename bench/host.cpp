@@ -3,6 +3,8 @@
 #include "tarnconfigstore/host.h"
 #include "tarnconfigstore/type_administration.h"
 
+#include "platform/host_paths.h"
+
 #include "floor_store.h"
 #include "samples.h"
 
@@ -87,6 +89,7 @@ Host::Host() : root_(MakeRoot()) {
   try {
     TarnConfigStore::SetHostRoot(root_);
     TarnConfigStore::InitializeHost();
+    WriteAllowlist();
     InstallAllTypes();
     FillStore();
   } catch (...) {
@@ -100,12 +103,19 @@ Host::~Host() {
   std::filesystem::remove_all(root_, ignored);
 }
 
+// What the management daemon is told of: one of the types.
+void Host::WriteAllowlist() const {
+  const std::filesystem::path path = root_ + HostPaths::kNotifyAllowlist;
+  std::filesystem::create_directories(path.parent_path());
+  std::ofstream(path) << "[\"tarn.bench." << kWritten << "\"]";
+}
+
 void Host::InstallAllTypes() const {
   const std::filesystem::path directory = std::filesystem::path(root_) / "types";
   std::filesystem::create_directory(directory);
   std::size_t written = 0;
-  const auto write = [&](const std::string& key, TypeKind kind) {
-    std::ofstream(directory / (key + ".json")) << TypeFile(key, kind);
+  const auto write = [&](const std::string& key, TypeKind kind, Effect effect = Effect::AT_ONCE) {
+    std::ofstream(directory / (key + ".json")) << TypeFile(key, kind, effect);
     ++written;
   };
   for (const char* key : {kPlain, kWritten}) {
@@ -113,6 +123,8 @@ void Host::InstallAllTypes() const {
   }
   write(kLayered, TypeKind::MIXED);
   write(kRewritten, TypeKind::INSTANCES);
+  write(kStaged, TypeKind::USER, Effect::AT_BOOT);
+  write(kStagedInstances, TypeKind::INSTANCES, Effect::AT_BOOT);
   for (const std::size_t count : kInstanceCounts) {
     write(KeyOfInstances(count), TypeKind::INSTANCES);
     write(KeyOfWrittenInstances(count), TypeKind::INSTANCES);

@@ -41,6 +41,8 @@ int RunAll() {
   RegisterSets(roads, host.Root());
   RegisterInstances(roads);
   RegisterBulkWrites(roads, host.Root());
+  RegisterNotifications(roads);
+  RegisterStagedChanges(roads);
   RegisterFreshProcess(host.Root());
   RegisterHeldMemory(host.Root());
   RegisterValidation();

@@ -137,7 +137,8 @@ void ConnectionPool::CloseIdle() noexcept {
 
 void ConnectionPool::CloseIdleLocked() noexcept {
   for (const auto& connection : idle_) {
-    connection->Close();
+    // Nobody else holds it, and its lock is never asked for under ours.
+    connection->CloseUnshared();
   }
   idle_.clear();
 }
@@ -174,7 +175,7 @@ bool ConnectionPool::LeaveInheritanceBehind() {
   if (inheritance_ && !forkedMidway_) {
     for (StoreConnection* connection : inUse_) {
       if (connection->IsInherited()) {
-        connection->CloseInherited();
+        connection->CloseUnshared();
       }
     }
     std::erase_if(inUse_,

@@ -152,10 +152,10 @@ bool StoreConnection::IsCurrent() const noexcept {
 void StoreConnection::Close() noexcept {
   // Under the lock: a fork in the middle of it has to notice.
   const std::lock_guard<std::mutex> guard(lock_);
-  CloseInherited();
+  CloseUnshared();
 }
 
-void StoreConnection::CloseInherited() noexcept {
+void StoreConnection::CloseUnshared() noexcept {
   statements_.Clear();
   file_.handle.reset();
 }

@@ -65,7 +65,8 @@ class StoreConnection {
   void PauseForFork() noexcept;
   void ResumeAfterFork() noexcept;
   bool WasAtRest() const noexcept { return atRest_; }
-  void CloseInherited() noexcept;
+  /// Without the lock: nobody else can be using it.
+  void CloseUnshared() noexcept;
 
  private:
   class BorrowedStatement;
