@@ -305,9 +305,10 @@ fi
 if other test -x "$tarnctl" -a -r "$types/power-policy.json"; then
   other "$tarnctl" get $resolver >"$work/out" 2>"$work/err"
   verify "get of a store of another user" $? 6 "" "current-store-1"
+  chmod 640 "$stores"/*
   "$tarnctl" list >/dev/null
-  chmod 644 "$stores"/*
-  for verb in "set $resolver servers=[\"10.0.0.9\"]" "next-boot set tarn/tkernel/options maximumCpus=9" "boot apply" \
+  chmod 444 "$stores"/*
+  for verb in "set tarn/power/policy profile=custom" "next-boot set tarn/tkernel/options maximumCpus=9" "boot apply" \
     "boot accept tarn/tkernel/options" "kernel-options set maximumCpus=9"; do
     # shellcheck disable=SC2086
     other "$tarnctl" $verb >"$work/out" 2>"$work/err"
