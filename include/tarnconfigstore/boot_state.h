@@ -28,6 +28,11 @@ TARN_CONFIG_STORE_EXPORT bool IsBoot();
 /// is no object or the member no integer (of 32 bits).
 TARN_CONFIG_STORE_EXPORT int GetBootInfo();
 
+/// What the host says about its upgrade, a number: 0 while none runs, 2 in the part of one that leaves
+/// what is written to be confirmed afterwards. Reads a file of the host's at each call; one that is
+/// not there, or holds no number (which is logged), means 0.
+TARN_CONFIG_STORE_EXPORT int GetUpgradeContext();
+
 /// Tells the store that the host runs with the pending values of a type, or that it does not.
 /// \param csoId   one instance or, without an instance id, every row of the type. Neither has to be
 /// there, and the type need not be installed

@@ -22,7 +22,8 @@ const std::string& BootMode() {
 
 std::string ReadFlag(const std::string& key, const DBStore::ConnectionHandle& connection) {
   std::string value;
-  if (DBStore::ReadKeyValue(key, &value, connection) != 0) {
+  // Without a connection, the last store error says why there is none.
+  if (!connection || DBStore::ReadKeyValue(key, &value, connection) != 0) {
     ThrowFailure("Failed to read value from database.");
   }
   return value;
@@ -40,10 +41,10 @@ bool IsBoot() {
 }
 
 int GetBootInfo() {
+  const auto connection = DBStore::GetConnection(DBStore::Type::CURRENT_STORE, true);
   std::string text;
   Json::Document info;
-  if (DBStore::ReadKeyValue("BOOT_INFO", &text,
-                            DBStore::GetConnection(DBStore::Type::CURRENT_STORE, true)) != 0 ||
+  if (!connection || DBStore::ReadKeyValue("BOOT_INFO", &text, connection) != 0 ||
       !Json::Parse(text, info)) {
     ThrowFailure("Failed to read BOOT_INFO database.");
   }

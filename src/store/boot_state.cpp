@@ -1,6 +1,7 @@
 #include "tarnconfigstore/boot_state.h"
 
 #include "platform/logger.h"
+#include "platform/upgrade_context.h"
 
 #include "objects/schema_lookup.h"
 #include "persistence/boot_status.h"
@@ -20,6 +21,10 @@ DBStore::ConnectionHandle Connect() {
 }
 
 }  // namespace
+
+int GetUpgradeContext() {
+  return GetUpgradeCtx();
+}
 
 void SetBootStatus(const ConfigStoreObjectId& csoId, bool status) {
   SetBootStatusInternal(csoId, status, Connect());

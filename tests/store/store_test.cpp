@@ -1,3 +1,4 @@
+#include "tarnconfigstore/boot_state.h"
 #include "tarnconfigstore/config_store.h"
 #include "tarnconfigstore/diagnostics.h"
 #include "tarnconfigstore/key_values.h"
@@ -163,6 +164,9 @@ TEST_F(Store, ALostStoreIsAnErrorAndNeverAnEmptyOne) {
   ClearLastStoreError();
   EXPECT_EQ(Raised([] { ConfigStore::GetStore(""); }), "CSE 2000 Failed to connect to database");
   EXPECT_EQ(GetLastStoreError().kind, StoreErrorKind::MISSING);
+  ClearLastStoreError();
+  EXPECT_EQ(Raised([] { (void)IsBoot(); }), "CSE 2000 Failed to read value from database.");
+  EXPECT_EQ(GetLastStoreError().kind, StoreErrorKind::MISSING) << "and not that there is no handle";
   EXPECT_FALSE(std::filesystem::exists(path));
 }
 

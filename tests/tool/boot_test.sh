@@ -106,16 +106,16 @@ closed() {
   expect 0 "$3" "" boot status
 }
 "$tarnctl" kv set BOOT_MODE 1
-closed 1 "Tarn host is being remediated by ORC, cannot set next-boot configuration." '"bootMode":"1","canStage":false,"obstacle":"the host is being remediated"'
+closed 1 "Tarn host is being remediated by ORC, cannot set next-boot configuration." '"bootMode":"1","upgradeContext":0,"canStage":false,"obstacle":"the host is being remediated"'
 refused 1 "Tarn host is being remediated" boot apply
 expect 0 '={"hyperthreading":false}' "" next-boot get $options
 expect 0 '={"hyperthreading":false}' "" kernel-options get
 "$tarnctl" kv set BOOT_MODE 4
 boots true
-closed 4 "not supported during the upgrade or boot phase" '"booting":true,"bootInfo":null,"bootMode":"4","canStage":false,"obstacle":"NextBootStore is not'
+closed 4 "not supported during the upgrade or boot phase" '"booting":true,"bootInfo":null,"bootMode":"4","upgradeContext":0,"canStage":false,"obstacle":"NextBootStore is not'
 boots false
 upgrades 1
-closed 4 "not supported during the upgrade or boot phase" '"booting":false,"bootInfo":null,"bootMode":"4","canStage":false,"obstacle":"NextBootStore is not'
+closed 4 "not supported during the upgrade or boot phase" '"booting":false,"bootInfo":null,"bootMode":"4","upgradeContext":1,"canStage":false,"obstacle":"NextBootStore is not'
 upgrades 0
 
 # --- the boot makes what is staged current, all of it or nothing, and once

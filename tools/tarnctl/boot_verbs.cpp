@@ -144,6 +144,7 @@ void ShowBootStatus(const Output& output) {
   output.Print({{"booting", booting},
                 {"bootInfo", std::move(bootInfo)},
                 {"bootMode", EntryOrNull(kBootMode)},
+                {"upgradeContext", TarnConfigStore::GetUpgradeContext()},
                 {"canStage", obstacle.is_null()},
                 {"obstacle", std::move(obstacle)},
                 {"staged", DescribeStaged(ParsePrefixIfGiven(""))},
