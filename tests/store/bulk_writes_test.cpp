@@ -159,9 +159,7 @@ TEST_F(BulkWrites, AFailureAnywhereLeavesTheStoreAsItWas) {
     const int failures = FailEachStep(name, operation, [&] {
       std::string table;
       for (const std::string& row : database_.Run(kWholeTable)) {
-        table += row +
-                 "
-                 ";
+        table += row + "\n";
       }
       return table;
     });
