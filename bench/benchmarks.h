@@ -13,6 +13,7 @@ void RegisterSets(Roads& roads, const std::string& root);
 void RegisterInstances(Roads& roads);
 void RegisterBulkWrites(Roads& roads, const std::string& root);
 void RegisterNotifications(Roads& roads);
+void RegisterStagedChanges(Roads& roads);
 void RegisterFreshProcess(const std::string& root);
 void RegisterHeldMemory(const std::string& root);
 

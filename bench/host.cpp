@@ -114,8 +114,8 @@ void Host::InstallAllTypes() const {
   const std::filesystem::path directory = std::filesystem::path(root_) / "types";
   std::filesystem::create_directory(directory);
   std::size_t written = 0;
-  const auto write = [&](const std::string& key, TypeKind kind) {
-    std::ofstream(directory / (key + ".json")) << TypeFile(key, kind);
+  const auto write = [&](const std::string& key, TypeKind kind, Effect effect = Effect::AT_ONCE) {
+    std::ofstream(directory / (key + ".json")) << TypeFile(key, kind, effect);
     ++written;
   };
   for (const char* key : {kPlain, kWritten}) {
@@ -123,6 +123,8 @@ void Host::InstallAllTypes() const {
   }
   write(kLayered, TypeKind::MIXED);
   write(kRewritten, TypeKind::INSTANCES);
+  write(kStaged, TypeKind::USER, Effect::AT_BOOT);
+  write(kStagedInstances, TypeKind::INSTANCES, Effect::AT_BOOT);
   for (const std::size_t count : kInstanceCounts) {
     write(KeyOfInstances(count), TypeKind::INSTANCES);
     write(KeyOfWrittenInstances(count), TypeKind::INSTANCES);

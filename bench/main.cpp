@@ -42,6 +42,7 @@ int RunAll() {
   RegisterInstances(roads);
   RegisterBulkWrites(roads, host.Root());
   RegisterNotifications(roads);
+  RegisterStagedChanges(roads);
   RegisterFreshProcess(host.Root());
   RegisterHeldMemory(host.Root());
   RegisterValidation();

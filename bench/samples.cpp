@@ -33,14 +33,14 @@ std::string Padded(const std::string& before, const std::string& after) {
 
 }  // namespace
 
-std::string TypeFile(const std::string& key, TypeKind kind) {
+std::string TypeFile(const std::string& key, TypeKind kind, Effect effect) {
   const bool mixed = kind == TypeKind::MIXED;
   const std::string name = kind == TypeKind::INSTANCES
                                ? R"("id": {"type": "string", "instanceId": true, "maxLength": 64})"
                                : R"("host": {"type": "string", "maxLength": 64})";
   return Format(
       R"({"component": "tarn", "group": "%s", "key": "%s", "version": "1.0", "schema": {
-  "type": "object", "properties": {
+  "type": "object"%s, "properties": {
     %s,
     "description": {"type": "string", "maxLength": 1024},
     "address": {"type": "string", "format": "ipv4"%s},
@@ -52,9 +52,9 @@ std::string TypeFile(const std::string& key, TypeKind kind) {
     "mode": {"type": "string", "enum": ["active", "standby", "failover"]},
     "servers": {"type": "array", "maxItems": 16, "items": {"type": "string", "format": "ipv4"}}
   }, "required": ["description"]}})",
-      kGroup, key.c_str(), name.c_str(), mixed ? R"(, "vital": true)" : "",
-      mixed ? R"(, "vital": true)" : "", mixed ? R"(, "cached": true)" : "",
-      mixed ? R"(, "cached": true)" : "");
+      kGroup, key.c_str(), effect == Effect::AT_BOOT ? R"(, "rebootRequired": true)" : "",
+      name.c_str(), mixed ? R"(, "vital": true)" : "", mixed ? R"(, "vital": true)" : "",
+      mixed ? R"(, "cached": true)" : "", mixed ? R"(, "cached": true)" : "");
 }
 
 std::string ObjectText(unsigned variant, const std::string& instanceId) {

@@ -23,8 +23,11 @@ struct RowValues {
 /// How the members of a type are tagged.
 enum class TypeKind { USER, MIXED, INSTANCES };
 
+/// When changes of a type take effect.
+enum class Effect { AT_ONCE, AT_BOOT };
+
 /// The type file of a type in the benchmarks' group.
-std::string TypeFile(const std::string& key, TypeKind kind);
+std::string TypeFile(const std::string& key, TypeKind kind, Effect effect = Effect::AT_ONCE);
 
 /// An object of a USER type, and of an INSTANCES type when an instance id is given. Objects of
 /// different variants differ in all members but the id, and are equally long.

@@ -11,8 +11,6 @@ using DBStore::testing::Operation;
 using TestSupport::Raised;
 using Objects = std::vector<std::shared_ptr<ConfigStoreObject>>;
 
-constexpr const char* kWholeTable = "SELECT * FROM Config";
-
 class BulkWrites : public TestSupport::StoreFixture {
  protected:
   // s1 to s3, each with something in every value.
@@ -156,13 +154,8 @@ TEST_F(BulkWrites, AFailureAnywhereLeavesTheStoreAsItWas) {
   };
   for (const auto& [name, operation] : operations) {
     PutThree();
-    const int failures = FailEachStep(name, operation, [&] {
-      std::string table;
-      for (const std::string& row : database_.Run(kWholeTable)) {
-        table += row + "\n";
-      }
-      return table;
-    });
+    const int failures =
+        FailEachStep(name, operation, [&] { return database_.Lines("SELECT * FROM Config"); });
     EXPECT_GE(failures, 4) << name << ": begin, statements and commit have failed in turn";
   }
 }

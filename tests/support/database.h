@@ -62,7 +62,7 @@ class Database {
         "ifnull(CachedValue, '-'), Version FROM DesiredUserConfig");
   }
 
- private:
+  /// The result of a statement, a line for each row.
   std::string Lines(const std::string& sql) {
     std::string text;
     for (const std::string& row : Run(sql)) {
@@ -71,6 +71,7 @@ class Database {
     return text;
   }
 
+ private:
   sqlite3* database_ = nullptr;
 };
 

@@ -6,7 +6,6 @@
 nics=tarn/network/interfaces
 switches=tarn/network/switches
 resolver=tarn/network/resolver
-store=$stores/current-store-1
 
 # row INSTANCE WANTED: the instance's row of network interfaces, rendered as one line
 row() {
@@ -14,15 +13,6 @@ row() {
     ifnull(VitalValue, '-') || ' c=' || ifnull(CachedValue, '-') || ' rev=' || Revision
     FROM Config WHERE Name = 'interfaces' AND Identifier = '$1'" >"$work/out" 2>"$work/err"
   verify "the row of $1" $? 0 "=$2" ""
-}
-
-# refused CODE ERR ARGUMENTS...: a call that must leave the store as it is, byte for byte
-refused() {
-  local code=$1 err=$2 before
-  shift 2
-  before=$(sqlite3 "$store" .dump)
-  expect "$code" "" "$err" "$@"
-  [ "$(sqlite3 "$store" .dump)" = "$before" ] || fail "tarnctl $* changed the store"
 }
 
 "$tarnctl" init >/dev/null

@@ -12,6 +12,7 @@ chmod 755 "$work"
 [ -x "$tarnctl" ] || exit 1
 export TARN_HOST_ROOT=$work/root
 stores=$TARN_HOST_ROOT/etc/kestrel/configstore
+store=$stores/current-store-1
 mkdir "$TARN_HOST_ROOT"
 checks=0
 failures=0
@@ -55,6 +56,15 @@ expect() {
   shift 3
   "$tarnctl" "$@" >"$work/out" 2>"$work/err"
   verify "tarnctl $*" $? "$wanted" "$out" "$err"
+}
+
+# refused CODE ERR ARGUMENTS...: a call that must leave the store as it is, byte for byte
+refused() {
+  local code=$1 err=$2 before
+  shift 2
+  before=$(sqlite3 "$store" .dump)
+  expect "$code" "" "$err" "$@"
+  [ "$(sqlite3 "$store" .dump)" = "$before" ] || fail "tarnctl $* changed the store"
 }
 
 finish() {

@@ -12,12 +12,17 @@ values=test/tool/values
 # --- the command line itself
 expect 0 "=tarnctl1.0.0" "" --version
 for verb in "" init get set update delete validate list revision kv "kv get" "kv set" schema \
-  "schema install" "schema check" "schema list" "schema show" "schema remove" watch; do
+  "schema install" "schema check" "schema list" "schema show" "schema remove" watch next-boot "next-boot get" "next-boot set" \
+  "next-boot delete" "next-boot reset" "next-boot list" boot "boot status" "boot info" "boot apply" "boot accept" "boot reject" \
+  kernel-options "kernel-options get" "kernel-options set"; do
   # shellcheck disable=SC2086
   expect 0 "Usage: tarnctl $verb" "" $verb --help
 done
 for usage in "" "get" "nonsense" "get a/b" "get a//c" "get a/b/c/" "get a/b/c d..e" "list /" "schema" "kv get" \
-  "schema show a/b/c/d" "schema install" "set a/b/c" "revision" "--log 9 list" "list --nonsense" "update a/b/c" "delete a/b" "validate a/b/c"; do
+  "schema show a/b/c/d" "schema install" "set a/b/c" "revision" "--log 9 list" "list --nonsense" "update a/b/c" "delete a/b" "validate a/b/c" \
+  "next-boot" "next-boot get a/b" "next-boot get a/b/c d..e" "next-boot get a/b/c/d --all-instances" "next-boot set a/b/c" "next-boot delete" \
+  "next-boot reset a/b" "next-boot list /" "boot" "boot apply it" "boot accept" "boot reject a/b" "boot accept --all a/b/c" "kernel-options" \
+  "kernel-options get d..e" "kernel-options set"; do
   # shellcheck disable=SC2086
   expect 2 "" "?" $usage
 done
@@ -31,7 +36,9 @@ without_store() {
   before=$(tree)
   for verb in "get $resolver" "get $switches --all-instances" "set $resolver servers=[]" "update $resolver timeout=9" \
     "delete $resolver" "delete $switches --where ports=8" "validate $resolver -" "list" "revision $resolver" "kv get K" "kv set K V" \
-    "schema list" "schema show $resolver" "schema install $types" "schema remove $resolver"; do
+    "schema list" "schema show $resolver" "schema install $types" "schema remove $resolver" "next-boot get $resolver" \
+    "next-boot set $resolver timeout=9" "next-boot delete $switches --all-instances" "next-boot reset $resolver" "next-boot list" "boot status" \
+    "boot info" "boot apply" "boot accept --all" "boot reject $resolver" "kernel-options get" "kernel-options set maximumCpus=9"; do
     # shellcheck disable=SC2086
     expect 1 "" "tarnctl init" $verb
   done
@@ -282,6 +289,10 @@ for _ in {1..200}; do
 done
 expect 7 "" "?" set $resolver 'servers=["10.0.0.9"]'
 expect 7 "" "?" kv set K V
+expect 7 "" "?" next-boot set tarn/tkernel/options maximumCpus=9
+expect 7 "" "?" boot apply
+expect 7 "" "?" kernel-options set maximumCpus=9
+expect 0 '"canStage":true' "" boot status
 expect 0 "=[\"10.0.0.2\"]" "" get $resolver servers
 exec 5>&-
 wait
@@ -294,9 +305,17 @@ fi
 if other test -x "$tarnctl" -a -r "$types/power-policy.json"; then
   other "$tarnctl" get $resolver >"$work/out" 2>"$work/err"
   verify "get of a store of another user" $? 6 "" "current-store-1"
-  chmod 644 "$stores"/*
-  other "$tarnctl" set $resolver 'servers=["10.0.0.9"]' >"$work/out" 2>"$work/err"
-  verify "set in a store of another user" $? 6 "" "current-store-1"
+  chmod 640 "$stores"/*
+  "$tarnctl" list >/dev/null
+  chmod 444 "$stores"/*
+  for verb in "set tarn/power/policy profile=custom" "next-boot set tarn/tkernel/options maximumCpus=9" "boot apply" \
+    "boot accept tarn/tkernel/options" "kernel-options set maximumCpus=9"; do
+    # shellcheck disable=SC2086
+    other "$tarnctl" $verb >"$work/out" 2>"$work/err"
+    verify "$verb in a store of another user" $? 6 "" "current-store-1"
+  done
+  other "$tarnctl" boot status >"$work/out" 2>"$work/err"
+  verify "boot status of a store that can only be read" $? 0 '"canStage":true' ""
 fi
 chmod 640 "$stores"/*
 rm -f "$stores"/current-store-1-*

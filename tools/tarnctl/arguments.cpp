@@ -3,25 +3,22 @@
 #include "tarnconfigstore/diagnostics.h"
 #include "tarnconfigstore/host.h"
 
-#include "delete_verbs.h"
+#include "boot_arguments.h"
 #include "failure.h"
 #include "host_verbs.h"
+#include "object_arguments.h"
 #include "output.h"
-#include "read_verbs.h"
 #include "type_verbs.h"
+#include "verb_arguments.h"
 #include "watch.h"
-#include "write_verbs.h"
 
 #include <CLI/CLI.hpp>
 
 #include <cstdint>
 #include <cstdio>
-#include <functional>
 #include <limits>
-#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace tarnctl {
 namespace {
@@ -30,43 +27,6 @@ constexpr const char* kFooter =
     "An OBJECT is COMPONENT/GROUP/KEY[/INSTANCE], a TYPE the same without an instance.\n"
     "Exit codes: 0 done, 1 failed, 2 usage, 3 not found, 4 invalid, 6 permission, 7 busy, 8 "
     "corrupt.";
-
-using Verb = std::function<void(const Output&)>;
-
-struct Arguments {
-  bool asJson = false;
-  std::optional<std::string> root;
-  std::optional<int> logLevel;
-
-  std::string name;    // object, type, prefix or key
-  std::string detail;  // member or value
-  std::vector<std::string> list;
-  std::vector<std::string> conditions;
-  bool allInstances = false;
-  bool shipped = false;
-  bool automatic = false;
-  Layer layer = Layer::WHOLE;
-  bool checkOnly = false;
-  bool force = false;
-  std::string socket = kNotificationSocket;
-  std::optional<std::uint64_t> count;
-
-  Verb verb;
-};
-
-// Verbs run after parsing, so that what they raise is never taken for a usage error.
-CLI::App* AddVerb(CLI::App& parent, Arguments& arguments, const char* name, const char* help,
-                  Verb verb) {
-  CLI::App* app = parent.add_subcommand(name, help);
-  app->callback([&arguments, verb = std::move(verb)] { arguments.verb = verb; });
-  return app;
-}
-
-CLI::App* AddFamily(CLI::App& parent, const char* name, const char* help) {
-  CLI::App* app = parent.add_subcommand(name, help);
-  app->require_subcommand(1);
-  return app;
-}
 
 void AddTypeVerbs(CLI::App& app, Arguments& a) {
   CLI::App* family = AddFamily(app, "schema", "Install, show and remove configuration types");
@@ -90,101 +50,6 @@ void AddTypeVerbs(CLI::App& app, Arguments& a) {
                              [&a](const Output&) { RemoveType(a.name, a.force); });
   remove->add_option("TYPE", a.name)->required();
   remove->add_flag("--force", a.force, "Even if objects of the type are stored; they stay");
-}
-
-void AddData(CLI::App& verb, Arguments& a) {
-  verb.add_option("OBJECT", a.name)->required();
-  verb.add_option("DATA", a.list,
-                  "A file of JSON, - for standard input, or MEMBER=VALUE ...: each value takes the "
-                  "type that the schema gives the member, arrays and objects are JSON text")
-      ->required();
-}
-
-// With either of them a verb is about the instances of a type.
-void AddInstances(CLI::App& verb, Arguments& a) {
-  verb.add_option("OBJECT", a.name, "A TYPE with --all-instances or --where")->required();
-  verb.add_flag("--all-instances", a.allInstances, "All instances of a type");
-  verb.add_option("--where", a.conditions,
-                  "The instances of a type whose stored member has this value; can be repeated")
-      ->type_name("MEMBER=VALUE")
-      ->allow_extra_args(false);
-}
-
-bool MeansInstances(const Arguments& a) {
-  return a.allInstances || !a.conditions.empty();
-}
-
-void AddGet(CLI::App& app, Arguments& a) {
-  CLI::App* get = AddVerb(app, a, "get", "Print an object, a member of it, or instances",
-                          [&a](const Output& output) {
-                            const Source source = a.shipped ? Source::SHIPPED : Source::STORED;
-                            if (MeansInstances(a)) {
-                              GetInstances(a.name, a.conditions, source, output);
-                            } else {
-                              GetObject(a.name, a.detail, source, output);
-                            }
-                          });
-  AddInstances(*get, a);
-  get->add_option("MEMBER", a.detail, "A dotted path, through objects only")
-      ->excludes("--all-instances")
-      ->excludes("--where");
-  get->add_flag("--default", a.shipped, "What the type came with, not what is stored");
-}
-
-void AddSet(CLI::App& app, Arguments& a) {
-  CLI::App* set = AddVerb(app, a, "set", "Replace an object, or one layer, by what is given",
-                          [&a](const Output&) { SetObject(a.name, a.list, a.layer); });
-  AddData(*set, a);
-  CLI::App* layers = set->add_option_group("Layers", "Replace one layer and keep the others");
-  layers->require_option(0, 1);
-  const auto add = [&](const char* flag, Layer layer, const char* help) {
-    layers->add_flag_callback(
-        flag, [&a, layer] { a.layer = layer; }, help);
-  };
-  add("--user", Layer::USER, "Replace what the user set");
-  add("--auto", Layer::AUTOMATIC, "Replace what automatic configuration set");
-  add("--vital", Layer::VITAL, "Replace what the system must keep");
-  add("--cached", Layer::CACHED, "Replace what the system remembers");
-}
-
-void AddUpdate(CLI::App& app, Arguments& a) {
-  CLI::App* update =
-      AddVerb(app, a, "update", "Change what is given, and keep the rest", [&a](const Output&) {
-        UpdateObject(a.name, a.list,
-                     a.automatic ? TarnConfigStore::AUTO_CONFIG : TarnConfigStore::EXTERNAL);
-      });
-  AddData(*update, a);
-  update->add_flag("--auto", a.automatic, "On behalf of automatic configuration");
-}
-
-void AddDelete(CLI::App& app, Arguments& a) {
-  CLI::App* remove =
-      AddVerb(app, a, "delete", "Delete an object, or instances", [&a](const Output&) {
-        if (MeansInstances(a)) {
-          DeleteInstances(a.name, a.conditions);
-        } else {
-          DeleteObject(a.name);
-        }
-      });
-  AddInstances(*remove, a);
-}
-
-void AddObjectVerbs(CLI::App& app, Arguments& a) {
-  AddGet(app, a);
-  AddSet(app, a);
-  AddUpdate(app, a);
-  AddDelete(app, a);
-  CLI::App* validate =
-      AddVerb(app, a, "validate", "List all that is wrong with an object; write nothing",
-              [&a](const Output& output) { ValidateObject(a.name, a.detail, output); });
-  validate->add_option("OBJECT", a.name)->required();
-  validate->add_option("FILE", a.detail, "A file of JSON, or - for standard input")->required();
-  CLI::App* list = AddVerb(app, a, "list", "List the stored objects",
-                           [&a](const Output& output) { ListObjects(a.name, output); });
-  list->add_option("PREFIX", a.name, "COMPONENT[/GROUP[/KEY[/INSTANCE]]]");
-  CLI::App* revision = AddVerb(app, a, "revision", "Print the number of writes of an object",
-                               [&a](const Output& output) { ShowRevision(a.name, output); });
-  revision->add_option("OBJECT", a.name)->required();
 }
 
 void AddEntryVerbs(CLI::App& app, Arguments& a) {
@@ -224,6 +89,9 @@ void AddEverything(CLI::App& app, Arguments& a) {
   AddVerb(app, a, "init", "Make the directories and databases of the store", InitializeHost);
   AddTypeVerbs(app, a);
   AddObjectVerbs(app, a);
+  AddNextBootVerbs(app, a);
+  AddBootVerbs(app, a);
+  AddKernelOptionVerbs(app, a);
   AddEntryVerbs(app, a);
   AddWatchVerb(app, a);
 }

@@ -1,6 +1,5 @@
 #include "delete_verbs.h"
 
-#include "failure.h"
 #include "instance_filter.h"
 #include "object_name.h"
 #include "store_access.h"
@@ -39,9 +38,7 @@ void DeleteInstances(const std::string& type, const std::vector<std::string>& co
   const auto filter = MakeFilter(id, conditions);
   const std::size_t count = CountInstances(*store, filter);
   if (count == 0) {
-    throw ToolError(ExitCode::NOT_FOUND,
-                    "no instance of " + FormatObject(id) +
-                        (conditions.empty() ? " is stored" : " meets these conditions"));
+    RaiseNoInstances(id, conditions);
   }
   store->DeleteInstances(filter);
   std::fprintf(stderr, "tarnctl: %zu %s of %s deleted\n", count,

@@ -52,6 +52,10 @@ ConfigStoreObjectId ParsePrefix(std::string_view text) {
   return Parse(text, 1, 4, "COMPONENT[/GROUP[/KEY[/INSTANCE]]]");
 }
 
+ConfigStoreObjectId ParsePrefixIfGiven(std::string_view text) {
+  return text.empty() ? ConfigStoreObjectId("", "", "") : ParsePrefix(text);
+}
+
 std::string FormatObject(const ConfigStoreObjectId& id) {
   std::string text = id.component + "/" + id.group + "/" + id.key;
   if (!id.instanceId.empty()) {
@@ -68,6 +72,18 @@ MemberPath ParseMember(std::string_view text) {
     }
   }
   return path;
+}
+
+MemberPath ParseMemberIfGiven(std::string_view text) {
+  return text.empty() ? MemberPath() : ParseMember(text);
+}
+
+std::string FormatMember(const MemberPath& path) {
+  std::string text;
+  for (const std::string& name : path) {
+    text += (text.empty() ? "" : ".") + name;
+  }
+  return text;
 }
 
 std::string FormatPointer(const MemberPath& path) {

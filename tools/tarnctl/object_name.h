@@ -17,12 +17,21 @@ TarnConfigStore::ConfigStoreObjectId ParseType(std::string_view text);
 /// The beginning of an object's name, at a slash: "component", "component/group" and so on.
 TarnConfigStore::ConfigStoreObjectId ParsePrefix(std::string_view text);
 
+/// The same, and for an empty text the prefix of everything.
+TarnConfigStore::ConfigStoreObjectId ParsePrefixIfGiven(std::string_view text);
+
 /// The text that ParseObject takes.
 std::string FormatObject(const TarnConfigStore::ConfigStoreObjectId& id);
 
 /// The names on a dotted path to a member. Raises ToolError USAGE when one of them is empty.
 using MemberPath = std::vector<std::string>;
 MemberPath ParseMember(std::string_view text);
+
+/// The same, and for an empty text the empty path, which means the whole object.
+MemberPath ParseMemberIfGiven(std::string_view text);
+
+/// The text that ParseMember takes.
+std::string FormatMember(const MemberPath& path);
 
 /// RFC 6901 JSON Pointer of a member.
 std::string FormatPointer(const MemberPath& path);

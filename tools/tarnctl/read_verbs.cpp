@@ -2,14 +2,14 @@
 
 #include "tarnconfigstore/listing.h"
 
+#include "descriptions.h"
 #include "failure.h"
 #include "instance_filter.h"
 #include "object_name.h"
+#include "object_output.h"
 #include "store_access.h"
-#include "type_schema.h"
 
 #include <memory>
-#include <utility>
 
 namespace tarnctl {
 namespace {
@@ -31,42 +31,13 @@ std::shared_ptr<ConfigStoreObject> Read(const ConfigStoreObjectId& id, Source so
   RaiseNotStored(id);
 }
 
-Json Describe(const TarnConfigStore::StoredObject& object) {
-  Json values = Json::array();
-  const std::pair<bool, const char*> kinds[] = {{object.hasUser, "user"},
-                                                {object.hasAutomatic, "automatic"},
-                                                {object.hasVital, "vital"},
-                                                {object.hasCached, "cached"},
-                                                {object.hasPending, "pending"}};
-  for (const auto& [present, name] : kinds) {
-    if (present) {
-      values.push_back(name);
-    }
-  }
-  return {{"object", FormatObject(object.id)},   {"version", object.version},
-          {"revision", object.revision},         {"creationTime", object.creationTime},
-          {"modifiedTime", object.modifiedTime}, {"confirmed", object.confirmed},
-          {"values", std::move(values)}};
-}
-
 }  // namespace
 
 void GetObject(const std::string& object, const std::string& member, Source source,
                const Output& output) {
   const ConfigStoreObjectId id = ParseObject(object);
-  const MemberPath path = member.empty() ? MemberPath() : ParseMember(member);
-  const Json data = Json::parse(Read(id, source)->GetData());
-  if (path.empty()) {
-    output.Print(data);
-    return;
-  }
-  const TypeSchema schema(id);
-  const Json* value = schema.Read(data, path);
-  if (value == nullptr) {
-    throw ToolError(ExitCode::NOT_FOUND,
-                    "the object " + FormatObject(id) + " has no member \"" + member + "\"");
-  }
-  output.PrintMember(*value);
+  const MemberPath path = ParseMemberIfGiven(member);
+  PrintObject(*Read(id, source), path, output);
 }
 
 void GetInstances(const std::string& type, const std::vector<std::string>& conditions,
@@ -74,19 +45,14 @@ void GetInstances(const std::string& type, const std::vector<std::string>& condi
   const ConfigStoreObjectId id = ParseType(type);
   const auto store = OpenStore();
   const auto filter = MakeFilter(id, conditions);
-  Json list = Json::array();
-  for (const auto& object : source == Source::SHIPPED ? store->GetDefaultConfigInstances(filter)
-                                                      : store->GetInstances(filter)) {
-    list.push_back(Json::parse(object->GetData()));
-  }
-  output.Print(list);
+  PrintObjects(source == Source::SHIPPED ? store->GetDefaultConfigInstances(filter)
+                                         : store->GetInstances(filter),
+               output);
 }
 
 void ListObjects(const std::string& prefix, const Output& output) {
-  const ConfigStoreObjectId id =
-      prefix.empty() ? ConfigStoreObjectId("", "", "") : ParsePrefix(prefix);
   Json list = Json::array();
-  for (const auto& object : TarnConfigStore::ListStored(id)) {
+  for (const auto& object : TarnConfigStore::ListStored(ParsePrefixIfGiven(prefix))) {
     list.push_back(Describe(object));
   }
   output.Print(list);

@@ -1,6 +1,5 @@
 #include "type_verbs.h"
 
-#include "tarnconfigstore/config_store.h"
 #include "tarnconfigstore/file.h"
 #include "tarnconfigstore/host.h"
 #include "tarnconfigstore/type_administration.h"
@@ -8,9 +7,10 @@
 #include "failure.h"
 #include "findings.h"
 #include "object_name.h"
+#include "store_access.h"
+#include "type_flags.h"
 
 #include <algorithm>
-#include <sstream>
 
 namespace tarnctl {
 namespace {
@@ -89,21 +89,6 @@ void Print(const std::vector<TypeReport>& reports, const Output& output) {
                     {"outcome", Name(report.outcome)}});
   }
   output.Print(list);
-}
-
-Json SplitFlags(const std::string& flags) {
-  Json list = Json::array();
-  std::istringstream words(flags);
-  for (std::string flag; words >> flag;) {
-    list.push_back(flag);
-  }
-  return list;
-}
-
-// A host that has lost its store says so whatever it is asked, before anybody takes its types for a
-// host in good order.
-void RequireStore() {
-  TarnConfigStore::ConfigStore::GetStore(TarnConfigStore::sGlobalNamespace);
 }
 
 // Type files can be checked where there is no host at all.

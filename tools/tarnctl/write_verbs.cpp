@@ -4,6 +4,7 @@
 #include "given_object.h"
 #include "object_name.h"
 #include "store_access.h"
+#include "write_object.h"
 
 #include <memory>
 
@@ -13,22 +14,6 @@ namespace {
 using TarnConfigStore::ConfigStore;
 using TarnConfigStore::ConfigStoreObject;
 using TarnConfigStore::ConfigStoreObjectId;
-
-/// Makes the object and writes it by `write(store, object)`.
-template <class Write>
-void WriteObject(const std::string& object, const std::vector<std::string>& data, Write write) {
-  const ConfigStoreObjectId id = ParseObject(object);
-  const TypeSchema schema(id);
-  const auto given = MakeObject(id, data, schema);
-  const auto store = OpenStore();
-  const std::int32_t revision = store->GetRevision(id);
-  write(*store, given);
-  // The library writes nothing, and says nothing, when cleaning leaves nothing to write.
-  if (store->GetRevision(id) == revision) {
-    throw ToolError(ExitCode::INVALID,
-                    "nothing was written: without its empty members the object holds no data");
-  }
-}
 
 void SetLayer(ConfigStore& store, const std::shared_ptr<ConfigStoreObject>& object, Layer layer) {
   switch (layer) {
@@ -66,13 +51,13 @@ Findings FindFaults(const ConfigStoreObjectId& id, const std::string& path,
 }  // namespace
 
 void SetObject(const std::string& object, const std::vector<std::string>& data, Layer layer) {
-  WriteObject(object, data,
+  WriteObject(ParseObject(object), data,
               [layer](ConfigStore& store, const auto& given) { SetLayer(store, given, layer); });
 }
 
 void UpdateObject(const std::string& object, const std::vector<std::string>& data,
                   TarnConfigStore::USERDATA_CONTEXT context) {
-  WriteObject(object, data,
+  WriteObject(ParseObject(object), data,
               [context](ConfigStore& store, const auto& given) { store.Update(given, context); });
 }
 
