@@ -2,6 +2,8 @@
 
 #include "tarnconfigstore/host.h"
 
+#include "daemon.h"
+
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -33,6 +35,9 @@ double Perform(ChildTask task, const std::string& root) {
       return MeasureInstancesOfLibrary();
     case ChildTask::HELD_INSTANCES_FLOOR:
       return MeasureInstancesOfFloor(root);
+    case ChildTask::DAEMON_THAT_READS:
+    case ChildTask::DAEMON_THAT_ACCEPTS:
+      ServeAsDaemon(task == ChildTask::DAEMON_THAT_READS);
   }
   throw std::runtime_error("no such task");
 }
@@ -53,7 +58,7 @@ std::string ReadAll(int file) {
 
 }  // namespace
 
-double MeasureInChild(ChildTask task, const std::string& root) {
+Child StartChild(ChildTask task, const std::string& root) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) {
     throw std::runtime_error("cannot make a pipe");
@@ -70,13 +75,19 @@ double MeasureInChild(ChildTask task, const std::string& root) {
   const int failure = posix_spawn(&child, program.c_str(), &actions, nullptr, arguments, environ);
   posix_spawn_file_actions_destroy(&actions);
   close(ends[1]);
-  const std::string answer = failure == 0 ? ReadAll(ends[0]) : std::string();
-  close(ends[0]);
   if (failure != 0) {
+    close(ends[0]);
     throw std::runtime_error("cannot start a child");
   }
+  return {child, ends[0]};
+}
+
+double MeasureInChild(ChildTask task, const std::string& root) {
+  const Child child = StartChild(task, root);
+  const std::string answer = ReadAll(child.output);
+  close(child.output);
   int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  while (waitpid(child.process, &status, 0) < 0 && errno == EINTR) {
   }
   if (status != 0 || answer.empty()) {
     throw std::runtime_error("a child failed");

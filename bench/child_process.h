@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <sys/types.h>
 
 namespace Benchmarks {
 
@@ -13,7 +14,18 @@ enum class ChildTask : int {
   HELD_MEMORY_FLOOR,
   HELD_INSTANCES_LIBRARY,
   HELD_INSTANCES_FLOOR,
+  DAEMON_THAT_READS,    ///< serves until it is ended
+  DAEMON_THAT_ACCEPTS,  ///< the same
 };
+
+/// A child, and the end of the pipe that its standard output goes to.
+struct Child {
+  pid_t process;
+  int output;
+};
+
+/// Starts a child; the caller closes the pipe and waits for it. Raises std::runtime_error.
+Child StartChild(ChildTask task, const std::string& root);
 
 /// Starts a child and returns the number it answers with. Raises std::runtime_error when it fails.
 double MeasureInChild(ChildTask task, const std::string& root);

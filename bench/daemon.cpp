@@ -2,19 +2,25 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <poll.h>
 #include <stdexcept>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace Benchmarks {
 namespace {
 
+constexpr const char* kEndpoint = "kslLocalSocketKeeldNotifyWisp";
+
 sockaddr_un Address() {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
-  Daemon::Endpoint().copy(address.sun_path, sizeof address.sun_path - 1);
+  std::string(kEndpoint).copy(address.sun_path, sizeof address.sun_path - 1);
   return address;
 }
 
@@ -27,6 +33,24 @@ void AllowManyDescriptors() {
   }
 }
 
+void Report() {
+  if (write(STDOUT_FILENO, ".", 1) != 1) {
+    std::_Exit(1);  // the parent has gone
+  }
+}
+
+int Listen() {
+  constexpr int kBacklog = 128;
+  const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const sockaddr_un address = Address();
+  unlink(kEndpoint);
+  if (bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+      listen(listener, kBacklog) != 0) {
+    std::_Exit(1);
+  }
+  return listener;
+}
+
 void ReadToTheEnd(int sender) {
   std::array<char, 4096> block;
   while (read(sender, block.data(), block.size()) > 0) {
@@ -35,51 +59,59 @@ void ReadToTheEnd(int sender) {
 
 }  // namespace
 
-const std::string& Daemon::Endpoint() {
-  static const std::string name = "kslLocalSocketKeeldNotifyWisp";
-  return name;
+void ServeAsDaemon(bool reads) {
+  AllowManyDescriptors();
+  const int listener = Listen();
+  Report();
+  for (;;) {
+    const int sender = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+    if (sender < 0) {
+      continue;
+    }
+    if (reads) {
+      ReadToTheEnd(sender);
+      close(sender);
+    } else {
+      Report();
+    }
+  }
 }
 
-Daemon::Daemon(Manner manner) : socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-  constexpr int kBacklog = 128;
-  AllowManyDescriptors();
-  unlink(Endpoint().c_str());
-  const sockaddr_un address = Address();
-  if (bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-      listen(socket_, kBacklog) != 0) {
-    close(socket_);
-    throw std::runtime_error("cannot listen on " + Endpoint());
+Daemon::Daemon(Manner manner)
+    : child_(StartChild(
+          manner == Manner::READS ? ChildTask::DAEMON_THAT_READS : ChildTask::DAEMON_THAT_ACCEPTS,
+          {})) {
+  if (!ReadReports(1)) {
+    throw std::runtime_error("the daemon does not listen");
   }
-  thread_ = std::thread([this, manner] { Serve(manner); });
 }
 
 Daemon::~Daemon() {
-  shutdown(socket_, SHUT_RDWR);  // wakes the thread
-  thread_.join();
-  close(socket_);
-  unlink(Endpoint().c_str());
-  for (const int sender : senders_) {
-    close(sender);
+  kill(child_.process, SIGKILL);
+  while (waitpid(child_.process, nullptr, 0) < 0 && errno == EINTR) {
   }
+  close(child_.output);
+  unlink(kEndpoint);
 }
 
-void Daemon::Serve(Manner manner) {
-  for (;;) {
-    const int sender = accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC);
-    if (sender < 0) {
-      if (errno == EINTR) {
-        continue;
-      }
-      return;
+bool Daemon::HasAccepted(int senders) {
+  return ReadReports(senders);
+}
+
+bool Daemon::ReadReports(int count) {
+  constexpr int kMilliseconds = 1000;
+  std::array<char, 4096> reports;
+  for (int seen = 0; seen < count;) {
+    pollfd output{child_.output, POLLIN, 0};
+    const ssize_t length = poll(&output, 1, kMilliseconds) == 1
+                               ? read(child_.output, reports.data(), reports.size())
+                               : 0;
+    if (length <= 0) {
+      return false;
     }
-    ++accepted_;
-    if (manner == Manner::ACCEPTS_ONLY) {
-      senders_.push_back(sender);
-    } else {
-      ReadToTheEnd(sender);
-      close(sender);
-    }
+    seen += static_cast<int>(length);
   }
+  return true;
 }
 
 void SendBare(const std::string& message) {

@@ -1,15 +1,14 @@
 // The management daemon, as far as a sender meets it.
 #pragma once
 
-#include <atomic>
+#include "child_process.h"
+
 #include <string>
-#include <thread>
-#include <vector>
 
 namespace Benchmarks {
 
-/// Listens on the notification socket in the current directory, on a thread of its own, until it is
-/// destroyed. Raises std::runtime_error when it cannot.
+/// Listens on the notification socket in the current directory, in a process of its own as the
+/// daemon is, until it is destroyed. Raises std::runtime_error when it cannot.
 class Daemon {
  public:
   enum class Manner { READS, ACCEPTS_ONLY };
@@ -19,20 +18,19 @@ class Daemon {
   Daemon(const Daemon&) = delete;
   Daemon& operator=(const Daemon&) = delete;
 
-  /// How many senders it has accepted so far.
-  int Accepted() const { return accepted_; }
-
-  /// The socket's name, relative to the current directory.
-  static const std::string& Endpoint();
+  /// Waits until one that only accepts has accepted so many senders, for a second at most. False
+  /// when it has not.
+  bool HasAccepted(int senders);
 
  private:
-  void Serve(Manner manner);
+  bool ReadReports(int count);
 
-  int socket_;
-  std::atomic<int> accepted_ = 0;
-  std::vector<int> senders_;  // held open by one that only accepts
-  std::thread thread_;
+  Child child_;
 };
+
+/// What the process does: tells by a byte on standard output that it listens and, where it only
+/// accepts, by another one of each sender, whom it keeps waiting.
+[[noreturn]] void ServeAsDaemon(bool reads);
 
 /// Sends a message to the daemon with nothing in between: socket, connect, send, close. Raises
 /// std::runtime_error on any failure.
