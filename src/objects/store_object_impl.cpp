@@ -212,6 +212,7 @@ void StoreObjectImpl::SetData(const char* json) {
   }
 }
 
+// The argument is a type. NOLINTNEXTLINE(bugprone-macro-parentheses)
 #define TARN_SCALAR_READ(T) template int StoreObjectImpl::GetValue(const char*, T*) const;
 #define TARN_SCALAR_WRITE(T) template void StoreObjectImpl::SetValue(const char*, const T&);
 #define TARN_LIST(T)                                                           \

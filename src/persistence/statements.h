@@ -362,6 +362,7 @@ inline constexpr std::string_view LIST_STORED[] = {
   "HasUser, VitalValue NOT NULL AS HasVital, CachedValue NOT NULL AS HasCached FROM "        \
   "DesiredUserConfig"
 inline constexpr std::string_view LIST_STAGED[] = {
+    // Texts that belong together. NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     TARN_STAGED_COLUMNS TARN_STORED_ORDER,
     TARN_STAGED_COLUMNS " WHERE Component = ?" TARN_STORED_ORDER,
     TARN_STAGED_COLUMNS " WHERE Component = ? AND ConfigGroup = ?" TARN_STORED_ORDER,

@@ -203,7 +203,7 @@ ParseResult Parse(std::string_view text, Document& into, Origin origin) {
     return ParseStream<UnwatchedTextStream>(text, into, origin);
   }
   // The place inside a number tells an integer from a fraction.
-  const ParseResult result = ParseStream<TextStream>(text, into, origin);
+  ParseResult result = ParseStream<TextStream>(text, into, origin);
   if (const Value* name = result ? FindDuplicate(into) : nullptr) {
     std::string message = "member \"" + std::string(Text(*name)) + "\" is named twice";
     into.SetNull();
