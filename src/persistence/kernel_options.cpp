@@ -9,12 +9,6 @@
 #include "persistence/statements.h"
 
 namespace TarnConfigStore {
-namespace {
-
-constexpr int kReadFailed = 1;
-
-}  // namespace
-
 void SetKernelOptionsInternal(const ObjectHandle& object, const SchemaHandle& schema,
                               const DBStore::ConnectionHandle& connection) {
   GiveGeneratedIds(*object, *schema);
@@ -38,10 +32,8 @@ ObjectHandle GetKernelOptionsInternal(const ConfigStoreObjectId& id,
       IsRemediatedInternal(connection) ? READ_REMEDIATED_KERNEL_OPTIONS : READ_KERNEL_OPTIONS,
       DBStore::kWaitLimit);
   RowMap row;
-  if (DBStore::ExecuteStmt(connection, statement, CollectRowMap, &row, DBStore::kWaitLimit) ==
-      kReadFailed) {
-    ThrowFailure("Get failed: " + id.toString());
-  }
+  RunReading(connection, statement, CollectRowMap, &row,
+             [&id] { return "Get failed: " + id.toString(); });
   return UpdateConfigInternal(MakeObjectFromRow(row, "Value", id, schema),
                               MakeObjectFromRow(row, "VitalValue", id, schema),
                               schema->GetSchemaDocument());

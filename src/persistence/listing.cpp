@@ -12,8 +12,6 @@
 namespace TarnConfigStore {
 namespace {
 
-constexpr int kReadFailed = 1;
-
 bool IsSet(const RowMap& row, std::string_view column) {
   return row.Text(column) == "1";
 }
@@ -42,12 +40,11 @@ RowMapList ReadUnder(const ConfigStoreObjectId& prefix,
   for (const std::string_view field : fields) {
     bound = bound && DBStore::internal::Bind(connection, statement, index, field, false) == 0;
   }
-  RowMapList rows;
-  if (!bound || DBStore::ExecuteStmt(connection, statement, AppendRowMap, &rows,
-                                     DBStore::kWaitLimit) == kReadFailed) {
-    ThrowFailure("Get store rows failed.");
+  constexpr const char* kFailure = "Get store rows failed.";
+  if (!bound) {
+    ThrowFailure(kFailure);
   }
-  return rows;
+  return ReadRows(connection, statement, kFailure);
 }
 
 StoredObject StoredFromRow(const RowMap& row) {

@@ -16,8 +16,6 @@
 namespace TarnConfigStore {
 namespace {
 
-constexpr int kReadFailed = 1;
-
 constexpr std::pair<NextBootAction, std::string_view> kActions[] = {
     {NextBootAction::SET, "SET"},
     {NextBootAction::DELETE, "DELETE"},
@@ -142,12 +140,7 @@ std::vector<ObjectHandle> GetRebootRequiredConfigInstancesInternal(
 RowMapList ReadStagedChanges(const DBStore::ConnectionHandle& connection) {
   const DBStore::StatementHandle statement =
       DBStore::internal::Prepare(connection, READ_STAGED, DBStore::kWaitLimit);
-  RowMapList rows;
-  if (DBStore::ExecuteStmt(connection, statement, AppendRowMap, &rows, DBStore::kWaitLimit) ==
-      kReadFailed) {
-    ThrowFailure("Get store rows failed.");
-  }
-  return rows;
+  return ReadRows(connection, statement, "Get store rows failed.");
 }
 
 NextBootAction ActionFromRow(const RowMap& row) {

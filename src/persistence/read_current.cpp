@@ -15,8 +15,6 @@
 namespace TarnConfigStore {
 namespace {
 
-constexpr int kReadFailed = 1;
-
 // All layers of a row: what automatic configuration set, over it the cached and the vital values,
 // over them the user's.
 ObjectHandle MergeLayers(const RowMap& row, const ConfigStoreObjectId& id,
@@ -110,11 +108,11 @@ std::vector<ObjectHandle> GetBulkConfigInternal(const std::string& component,
   const bool bound =
       (group.empty() || DBStore::internal::Bind(connection, statement, index, group, false) == 0) &&
       DBStore::internal::Bind(connection, statement, index, component, false) == 0;
-  RowMapList rows;
-  if (!bound || DBStore::ExecuteStmt(connection, statement, AppendRowMap, &rows,
-                                     DBStore::kWaitLimit) == kReadFailed) {
-    ThrowFailure("Get all keys failed");
+  constexpr const char* kFailure = "Get all keys failed";
+  if (!bound) {
+    ThrowFailure(kFailure);
   }
+  const RowMapList rows = ReadRows(connection, statement, kFailure);
   statement.reset();
 
   const auto cache = TarnSchemaStore::SchemaStore::GetCache();
@@ -143,12 +141,7 @@ RowMapList GetStoreContentsInternalST(std::string_view valueExpression,
       Str_Asprintf(includeUnconfirmed ? READ_CONTENTS : READ_CONFIRMED_CONTENTS, {valueExpression});
   const DBStore::StatementHandle statement =
       DBStore::internal::Prepare(connection, sql, DBStore::kWaitLimit);
-  RowMapList rows;
-  if (DBStore::ExecuteStmt(connection, statement, AppendRowMap, &rows, DBStore::kWaitLimit) ==
-      kReadFailed) {
-    ThrowFailure("Get store rows failed.");
-  }
-  return rows;
+  return ReadRows(connection, statement, "Get store rows failed.");
 }
 
 RowMapList GetUserConfigContents(const DBStore::ConnectionHandle& connection) {

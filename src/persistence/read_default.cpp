@@ -2,7 +2,6 @@
 
 #include "platform/logger.h"
 
-#include "errors/raise.h"
 #include "objects/filter.h"
 #include "persistence/statements.h"
 
@@ -10,8 +9,6 @@
 
 namespace TarnConfigStore {
 namespace {
-
-constexpr int kReadFailed = 1;
 
 ObjectHandle Found(ObjectHandle object, const ConfigStoreObjectId& id) {
   if (!object) {
@@ -28,12 +25,7 @@ RowMapList ReadDefaults(const InstanceStatement& one, const TypeStatement& all,
       id.instanceId.empty()
           ? all.PrepareAndBind(connection, id.key, id.group, id.component)
           : one.PrepareAndBind(connection, id.key, id.group, id.component, id.instanceId);
-  RowMapList rows;
-  if (DBStore::ExecuteStmt(connection, statement, AppendRowMap, &rows, DBStore::kWaitLimit) ==
-      kReadFailed) {
-    ThrowFailure("Get store rows failed.");
-  }
-  return rows;
+  return ReadRows(connection, statement, "Get store rows failed.");
 }
 
 // An object for each row that gives one, the row's instance id in its identifier.

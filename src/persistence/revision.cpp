@@ -1,6 +1,6 @@
 #include "persistence/revision.h"
 
-#include "errors/raise.h"
+#include "persistence/row_map.h"
 #include "persistence/statements.h"
 
 #include <cstdlib>
@@ -8,8 +8,6 @@
 
 namespace TarnConfigStore {
 namespace {
-
-constexpr int kReadFailed = 1;
 
 // The columns of a row by name; a null pointer where there is no such column or it is NULL.
 const char* Column(std::string_view name, int count, char** values, char** names) {
@@ -39,9 +37,7 @@ List ReadRows(const TypeStatement& statement, DBStore::RowCallback add,
   List list;
   const DBStore::StatementHandle handle =
       statement.PrepareAndBind(connection, id.key, id.group, id.component);
-  if (DBStore::ExecuteStmt(connection, handle, add, &list, DBStore::kWaitLimit) == kReadFailed) {
-    ThrowFailure(failure);
-  }
+  RunReading(connection, handle, add, &list, [failure] { return failure; });
   return list;
 }
 
@@ -79,10 +75,8 @@ std::int32_t GetRevisionInternal(const ConfigStoreObjectId& id,
   std::int32_t revision = kDefaultRevision;
   const DBStore::StatementHandle statement =
       READ_REVISION.PrepareAndBind(connection, id.key, id.group, id.component, id.instanceId);
-  if (DBStore::ExecuteStmt(connection, statement, TakeRevision, &revision, DBStore::kWaitLimit) ==
-      kReadFailed) {
-    ThrowFailure("GetRevision command failed");
-  }
+  RunReading(connection, statement, TakeRevision, &revision,
+             [] { return "GetRevision command failed"; });
   return revision;
 }
 

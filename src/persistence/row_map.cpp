@@ -1,6 +1,5 @@
 #include "persistence/row_map.h"
 
-#include "errors/raise.h"
 #include "persistence/statements.h"
 
 #include <cstring>
@@ -8,17 +7,12 @@
 namespace TarnConfigStore {
 namespace {
 
-// Readers take every status but this one for an answer.
-constexpr int kReadFailed = 1;
-
 void RunForType(const DBStore::ConnectionHandle& connection, std::string_view statement,
                 const ConfigStoreObjectId& id, DBStore::RowCallback callback, void* context) {
   const DBStore::StatementHandle handle =
       TypeStatement::PrepareAndBind(connection, statement, id.key, id.group, id.component);
-  if (DBStore::ExecuteStmt(connection, handle, callback, context, DBStore::kWaitLimit) ==
-      kReadFailed) {
-    ThrowFailure("Read Instances failed for: " + id.toString());
-  }
+  RunReading(connection, handle, callback, context,
+             [&id] { return "Read Instances failed for: " + id.toString(); });
 }
 
 struct RowReceiver {
@@ -93,6 +87,13 @@ int AppendRowMap(void* rowMapList, int count, char** values, char** names) {
   return 0;
 }
 
+RowMapList ReadRows(const DBStore::ConnectionHandle& connection,
+                    const DBStore::StatementHandle& statement, const char* failure) {
+  RowMapList rows;
+  RunReading(connection, statement, AppendRowMap, &rows, [failure] { return failure; });
+  return rows;
+}
+
 RowMapList ReadRowMaps(const DBStore::ConnectionHandle& connection, std::string_view statement,
                        const ConfigStoreObjectId& id) {
   RowMapList rows;
@@ -111,10 +112,8 @@ RowMap ReadRowMap(const DBStore::ConnectionHandle& connection, const InstanceSta
   RowMap row;
   const DBStore::StatementHandle handle =
       statement.PrepareAndBind(connection, id.key, id.group, id.component, id.instanceId);
-  if (DBStore::ExecuteStmt(connection, handle, CollectRowMap, &row, DBStore::kWaitLimit) ==
-      kReadFailed) {
-    ThrowFailure("Get failed: " + id.toString());
-  }
+  RunReading(connection, handle, CollectRowMap, &row,
+             [&id] { return "Get failed: " + id.toString(); });
   return row;
 }
 

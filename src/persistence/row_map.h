@@ -5,6 +5,8 @@
 
 #include "platform/db_store.h"
 
+#include "errors/raise.h"
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -53,6 +55,23 @@ using RowMapList = std::vector<std::shared_ptr<RowMap>>;
 /// earlier ones; the second appends each row to a RowMapList.
 int CollectRowMap(void* rowMap, int count, char** values, char** names);
 int AppendRowMap(void* rowMapList, int count, char** values, char** names);
+
+/// Runs a statement that reads, bound as it is. Readers take every status but 1 for an answer; that
+/// one raises ConfigStoreException 2000 with the text that `failure` makes.
+template <class MakeText>
+void RunReading(const DBStore::ConnectionHandle& connection,
+                const DBStore::StatementHandle& statement, DBStore::RowCallback callback,
+                void* context, MakeText failure) {
+  constexpr int kReadFailed = 1;
+  if (DBStore::ExecuteStmt(connection, statement, callback, context, DBStore::kWaitLimit) ==
+      kReadFailed) {
+    ThrowFailure(failure());
+  }
+}
+
+/// All rows of such a statement; the failure's text as it is.
+RowMapList ReadRows(const DBStore::ConnectionHandle& connection,
+                    const DBStore::StatementHandle& statement, const char* failure);
 
 /// Hands each row of such a statement on, one after the other, in memory that the next row takes
 /// over. What the receiver raises passes through. Raises as ReadRowMaps.

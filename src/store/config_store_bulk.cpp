@@ -115,24 +115,27 @@ void ConfigStoreImpl::SetUserDataInstances(std::vector<std::shared_ptr<ConfigSto
   }
 }
 
-void ConfigStoreImpl::SetCachedDataInstances(
-    std::vector<std::shared_ptr<ConfigStoreObject>> objects) {
-  const ConfigStoreObjectId first = DropEmptyHandles(objects, "SetCachedDataInstances");
-  LogStoreCall(kWrite, "SetCachedDataInstances", first, EXTERNAL);
+void ConfigStoreImpl::SetPartInstances(ObjectList objects, ValidateData validate,
+                                       DeleteValues deleteExisting, WriteValues write,
+                                       const char* operation) {
+  const ConfigStoreObjectId first = DropEmptyHandles(objects, operation);
+  LogStoreCall(kWrite, operation, first, EXTERNAL);
   const SchemaHandle schema = FindSchema(first);
   ValidateCsoIdInstances(first, schema);
-  SetDataInstancesInternal(std::move(objects), ValidateCachedConfig, DeleteCachedConfigInstances,
-                           nullptr, WriteCachedConfigInstances, schema, "SetCachedDataInstances");
+  SetDataInstancesInternal(std::move(objects), validate, deleteExisting, nullptr, write, schema,
+                           operation);
+}
+
+void ConfigStoreImpl::SetCachedDataInstances(
+    std::vector<std::shared_ptr<ConfigStoreObject>> objects) {
+  SetPartInstances(std::move(objects), ValidateCachedConfig, DeleteCachedConfigInstances,
+                   WriteCachedConfigInstances, "SetCachedDataInstances");
 }
 
 void ConfigStoreImpl::SetVitalDataInstances(
     std::vector<std::shared_ptr<ConfigStoreObject>> objects) {
-  const ConfigStoreObjectId first = DropEmptyHandles(objects, "SetVitalDataInstances");
-  LogStoreCall(kWrite, "SetVitalDataInstances", first, EXTERNAL);
-  const SchemaHandle schema = FindSchema(first);
-  ValidateCsoIdInstances(first, schema);
-  SetDataInstancesInternal(std::move(objects), ValidateVitalConfig, DeleteVitalConfigInstances,
-                           nullptr, WriteVitalConfigInstances, schema, "SetVitalDataInstances");
+  SetPartInstances(std::move(objects), ValidateVitalConfig, DeleteVitalConfigInstances,
+                   WriteVitalConfigInstances, "SetVitalDataInstances");
 }
 
 }  // namespace TarnConfigStore

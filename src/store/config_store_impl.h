@@ -61,6 +61,12 @@ class ConfigStoreImpl final : public ConfigStore {
                                 WriteValues write, const SchemaHandle& schema,
                                 const char* operation);
 
+  // The steps of SetVitalData and SetCachedData, and of their bulk siblings.
+  void SetPart(const std::shared_ptr<ConfigStoreObject>& object, ValidateData validate,
+               WriteValues write, const char* operation);
+  void SetPartInstances(ObjectList objects, ValidateData validate, DeleteValues deleteExisting,
+                        WriteValues write, const char* operation);
+
   DBStore::ConnectionHandle connection_;
 };
 

@@ -77,36 +77,29 @@ void ConfigStoreImpl::SetUserData(std::shared_ptr<ConfigStoreObject> object,
   }
 }
 
-void ConfigStoreImpl::SetVitalData(std::shared_ptr<ConfigStoreObject> object) {
-  if (IsNull(object, "SetVitalData")) {
+void ConfigStoreImpl::SetPart(const std::shared_ptr<ConfigStoreObject>& object,
+                              ValidateData validate, WriteValues write, const char* operation) {
+  if (IsNull(object, operation)) {
     return;
   }
   const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
-  LogStoreCall(kWrite, "SetVitalData", csoId, EXTERNAL);
+  LogStoreCall(kWrite, operation, csoId, EXTERNAL);
   const SchemaHandle schema = FindSchema(csoId);
   ValidateCsoId(object, schema);
-  ValidateVitalConfig(schema, object);
-  if (ObjIsEmpty(object, "SetVitalData")) {
+  validate(schema, object);
+  if (ObjIsEmpty(object, operation)) {
     return;
   }
-  WriteVitalConfigInstances({object}, connection_);
+  write({object}, connection_);
   NotifyIfAllowlisted(csoId, connection_);
 }
 
+void ConfigStoreImpl::SetVitalData(std::shared_ptr<ConfigStoreObject> object) {
+  SetPart(object, ValidateVitalConfig, WriteVitalConfigInstances, "SetVitalData");
+}
+
 void ConfigStoreImpl::SetCachedData(std::shared_ptr<ConfigStoreObject> object) {
-  if (IsNull(object, "SetCachedData")) {
-    return;
-  }
-  const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
-  LogStoreCall(kWrite, "SetCachedData", csoId, EXTERNAL);
-  const SchemaHandle schema = FindSchema(csoId);
-  ValidateCsoId(object, schema);
-  ValidateCachedConfig(schema, object);
-  if (ObjIsEmpty(object, "SetCachedData")) {
-    return;
-  }
-  WriteCachedConfigInstances({object}, connection_);
-  NotifyIfAllowlisted(csoId, connection_);
+  SetPart(object, ValidateCachedConfig, WriteCachedConfigInstances, "SetCachedData");
 }
 
 void ConfigStoreImpl::Update(std::shared_ptr<ConfigStoreObject> object,

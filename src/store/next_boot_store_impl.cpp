@@ -21,6 +21,22 @@ void Trace(const char* operation, const ConfigStoreObjectId& id) {
   LogStoreCall(kPriority, operation, id, EXTERNAL);
 }
 
+// The type of an object that can be staged.
+SchemaHandle StageableType(const ConfigStoreObjectId& csoId) {
+  SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoId(csoId, schema);
+  ValidateRebootRequiredConfig(schema);
+  return schema;
+}
+
+// The same for one whose instances are meant.
+SchemaHandle StageableTypeWithInstances(const ConfigStoreObjectId& csoId) {
+  SchemaHandle schema = FindSchema(csoId);
+  ValidateCsoIdInstances(csoId, schema);
+  ValidateRebootRequiredConfig(schema);
+  return schema;
+}
+
 void ValidateContent(const SchemaHandle& schema, const ObjectHandle& object) {
   ValidateSet(schema, object);
   ValidateEmptyObject(object);
@@ -53,9 +69,7 @@ TARN_EXECUTE_UNDER_TRANSACTION(std::shared_ptr<FilterSpecObject>)
 
 std::shared_ptr<ConfigStoreObject> NextBootStoreImpl::Get(const ConfigStoreObjectId& csoId) {
   Trace("Get", csoId);
-  const SchemaHandle schema = FindSchema(csoId);
-  ValidateCsoId(csoId, schema);
-  ValidateRebootRequiredConfig(schema);
+  const SchemaHandle schema = StageableType(csoId);
   return GetRebootRequiredConfigInternal(csoId, schema, connection_);
 }
 
@@ -65,18 +79,14 @@ void NextBootStoreImpl::Set(std::shared_ptr<ConfigStoreObject> object) {
   }
   const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
   Trace("Set", csoId);
-  const SchemaHandle schema = FindSchema(csoId);
-  ValidateCsoId(object, schema);
-  ValidateRebootRequiredConfig(schema);
+  const SchemaHandle schema = StageableType(csoId);
   ValidateContent(schema, object);
   ExecuteUnderTransaction(object, schema, SetRebootRequiredConfigInternal);
 }
 
 void NextBootStoreImpl::Delete(const ConfigStoreObjectId& csoId) {
   Trace("Delete", csoId);
-  const SchemaHandle schema = FindSchema(csoId);
-  ValidateCsoId(csoId, schema);
-  ValidateRebootRequiredConfig(schema);
+  const SchemaHandle schema = StageableType(csoId);
   ExecuteUnderTransaction(csoId, schema, DeleteRebootRequiredConfigInternal);
 }
 
@@ -92,9 +102,7 @@ void NextBootStoreImpl::Reset(const ConfigStoreObjectId& csoId) {
 void NextBootStoreImpl::SetInstances(std::vector<std::shared_ptr<ConfigStoreObject>> objects) {
   const ConfigStoreObjectId first = DropEmptyHandles(objects, "SetInstances");
   Trace("SetInstances", first);
-  const SchemaHandle schema = FindSchema(first);
-  ValidateCsoIdInstances(first, schema);
-  ValidateRebootRequiredConfig(schema);
+  const SchemaHandle schema = StageableTypeWithInstances(first);
   CheckInstances(objects, first,
                  [&schema](const ObjectHandle& object) { ValidateContent(schema, object); });
   ExecuteUnderTransaction(objects, schema, SetRebootRequiredConfigInstancesInternal);
@@ -107,9 +115,7 @@ std::vector<std::shared_ptr<ConfigStoreObject>> NextBootStoreImpl::GetInstances(
   }
   const ConfigStoreObjectId& csoId = filter->GetConfigStoreObjectId();
   Trace("GetInstances", csoId);
-  const SchemaHandle schema = FindSchema(csoId);
-  ValidateCsoIdInstances(filter, schema);
-  ValidateRebootRequiredConfig(schema);
+  const SchemaHandle schema = StageableTypeWithInstances(csoId);
   return GetRebootRequiredConfigInstancesInternal(filter, schema, connection_);
 }
 
@@ -119,9 +125,7 @@ void NextBootStoreImpl::DeleteInstances(const std::shared_ptr<FilterSpecObject>&
   }
   const ConfigStoreObjectId& csoId = filter->GetConfigStoreObjectId();
   Trace("DeleteInstances", csoId);
-  const SchemaHandle schema = FindSchema(csoId);
-  ValidateCsoIdInstances(filter, schema);
-  ValidateRebootRequiredConfig(schema);
+  const SchemaHandle schema = StageableTypeWithInstances(csoId);
   ExecuteUnderTransaction(filter, schema, DeleteRebootRequiredConfigInstancesInternal);
 }
 

@@ -137,7 +137,6 @@ void SayHowMany(std::size_t count, BootVerdict verdict) {
 }  // namespace
 
 void ShowBootStatus(const Output& output) {
-  RequireStore();
   const bool booting = TarnConfigStore::IsBoot();
   Json bootInfo = BootInfoOrNull(output);
   Json obstacle = StagingObstacle();
@@ -153,7 +152,6 @@ void ShowBootStatus(const Output& output) {
 }
 
 void ShowBootInfo(const Output& output) {
-  RequireStore();
   output.PrintMember(TarnConfigStore::GetBootInfo());
 }
 
