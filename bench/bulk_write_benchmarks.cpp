@@ -1,6 +1,6 @@
 #include "benchmarks.h"
 #include "comparison.h"
-#include "host.h"
+#include "measured_host.h"
 #include "samples.h"
 
 #include <array>

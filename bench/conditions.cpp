@@ -5,10 +5,10 @@
 #include "platform/db_testing.h"
 
 #include "daemon.h"
-#include "host.h"
+#include "json_schema/compiled_schema.h"
+#include "measured_host.h"
 #include "samples.h"
 #include "sync_count.h"
-#include "validation/compiled_schema.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,7 +1,7 @@
 // An object as hand-written code would keep it.
 #pragma once
 
-#include "platform/json.h"
+#include "json/json.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -4,11 +4,11 @@
 
 #include "tarnconfigstore/object_id.h"
 
-#include "platform/json.h"
 #include "platform/json_validator.h"
 
 #include "floor_database.h"
 #include "floor_object.h"
+#include "json/json.h"
 #include "samples.h"
 
 #include <map>

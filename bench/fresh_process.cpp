@@ -4,7 +4,7 @@
 #include "child_process.h"
 #include "comparison.h"
 #include "floor_store.h"
-#include "host.h"
+#include "measured_host.h"
 #include "samples.h"
 
 #include <chrono>

@@ -4,7 +4,7 @@
 #include "child_process.h"
 #include "comparison_table.h"
 #include "conditions.h"
-#include "host.h"
+#include "measured_host.h"
 #include "roads.h"
 
 #include <benchmark/benchmark.h>

@@ -3,7 +3,7 @@
 #include "benchmarks.h"
 #include "comparison.h"
 #include "daemon.h"
-#include "host.h"
+#include "measured_host.h"
 #include "notify/notification.h"
 #include "notify/notification_message.h"
 #include "persistence/connection.h"

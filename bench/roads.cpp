@@ -1,6 +1,6 @@
 #include "roads.h"
 
-#include "host.h"
+#include "measured_host.h"
 #include "samples.h"
 
 #include <stdexcept>

@@ -1,7 +1,7 @@
 // valijson's own validator, to be measured against.
 #pragma once
 
-#include "platform/json.h"
+#include "json/json.h"
 
 #include <memory>
 

@@ -16,7 +16,7 @@ std::vector<DefaultRow> DivideShippedObjects(const TypeFiles::TypeFile& file) {
     Json::Value& value = *data.GetJsonValuePtr();
     value.CopyFrom(*object.value, data.GetAllocator());
     // The parts of such elements are put together again by these.
-    PopulateGeneratedInstanceId(type->GetSchemaDocument(), value, data.GetAllocator());
+    PopulateGeneratedInstanceId(type->GetSchemaPlace(), value, data.GetAllocator());
     rows.push_back({object.instance, DivideValue(value, *type, EXTERNAL)});
   }
   return rows;

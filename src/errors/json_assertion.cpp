@@ -1,15 +1,20 @@
 #include "tarnconfigstore/exceptions.h"
 
-#include "platform/json.h"
+#include "json/json.h"
 
 #include <string>
 
-namespace Json {
+namespace TarnConfigStore {
+namespace {
 
-void RaiseAssertion(const char* file, int line, const char* condition) {
+void Throw(const char* file, int line, const char* condition) {
   const std::string message =
       "JSON error:\"" + std::string(file) + "\":" + std::to_string(line) + ": " + condition;
-  throw TarnConfigStore::ConfigStoreException(TarnConfigStore::CS_JSON_ASSERTION, message.c_str());
+  throw ConfigStoreException(CS_JSON_ASSERTION, message.c_str());
 }
 
-}  // namespace Json
+// Set when the library is loaded, so that the ground floor need not know who stands on it.
+[[maybe_unused]] const bool hookIsSet = (Json::SetAssertionHook(Throw), true);
+
+}  // namespace
+}  // namespace TarnConfigStore

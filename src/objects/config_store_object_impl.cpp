@@ -127,7 +127,7 @@ bool HasGeneratedInstanceId(const Json::Value& value) {
   }
   return value.IsObject() &&
          std::any_of(value.MemberBegin(), value.MemberEnd(), [](const auto& member) {
-           return Json::Text(member.name) == kGeneratedInstanceIdMember ||
+           return Json::Text(member.name) == Json::kGeneratedInstanceId ||
                   HasGeneratedInstanceId(member.value);
          });
 }
@@ -138,7 +138,7 @@ void ClearGeneratedInstanceId(Json::Value& value) {
       ClearGeneratedInstanceId(element);
     }
   } else if (value.IsObject()) {
-    const auto generated = value.FindMember(kGeneratedInstanceIdMember);
+    const auto generated = value.FindMember(Json::kGeneratedInstanceId);
     if (generated != value.MemberEnd()) {
       value.EraseMember(generated);
     }

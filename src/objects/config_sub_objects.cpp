@@ -110,7 +110,7 @@ ConfigStoreObjectImpl::ConfigStoreObjectImpl(const ConfigStoreObjectImpl& parent
 Object ConfigStoreObjectImpl::CreateSubObject(const Shared& object, const SubObjectId& id) {
   const Member member = Describe(object->schema_, id.key);
   SubObjectId named = id;
-  if (named.instanceId.empty() && member.idMember == kGeneratedInstanceIdMember) {
+  if (named.instanceId.empty() && member.idMember == Json::kGeneratedInstanceId) {
     named.instanceId = GenerateInstanceId();
   }
   CheckInstanceId(member, named);
@@ -148,7 +148,7 @@ std::vector<Object> ConfigStoreObjectImpl::GetSubObjectInstances(const Shared& o
     if (!element.IsObject()) {
       ThrowInvalidType(key);
     }
-    if (member.idMember == kGeneratedInstanceIdMember &&
+    if (member.idMember == Json::kGeneratedInstanceId &&
         Json::FindMember(element, member.idMember) == nullptr) {
       element.AddMember(Json::Copy(member.idMember, allocator),
                         Json::Copy(GenerateInstanceId(), allocator), allocator);

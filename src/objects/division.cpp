@@ -1,8 +1,8 @@
 #include "objects/division.h"
 
 #include "errors/raise.h"
+#include "json/type_schema_view.h"
 #include "objects/config_store_object_impl.h"
-#include "objects/schema_node.h"
 
 #include <array>
 #include <utility>
@@ -12,41 +12,48 @@ namespace {
 
 constexpr std::size_t kParts = 3;
 
-// A value for each part that gets something; indexed by DataPart.
+// A value for each part that gets something.
 using Parts = std::array<std::optional<Json::Value>, kParts>;
 
-std::size_t Index(DataPart part) {
-  return static_cast<std::size_t>(part);
+std::size_t Index(Json::Kind part) {
+  switch (part) {
+    case Json::Kind::VITAL:
+      return 1;
+    case Json::Kind::CACHED:
+      return 2;
+    case Json::Kind::USER:
+      break;
+  }
+  return 0;
 }
 
 class Divider {
  public:
   explicit Divider(Json::Allocator& allocator) : allocator_(allocator) {}
 
-  Parts Divide(const Json::Value& value, SchemaNode schema) {
-    const DataPart tag = schema.Tag();
-    if (tag != DataPart::USER || !(value.IsObject() || value.IsArray()) || !schema.IsMixed()) {
-      return Whole(value, tag != DataPart::USER ? tag : schema.UniformPart());
+  Parts Divide(const Json::Value& value, Json::SchemaPlace place) {
+    if (!(value.IsObject() || value.IsArray()) || !place.IsMixed()) {
+      return Whole(value, place.WholeKind());
     }
-    return value.IsObject() ? DivideObject(value, schema) : DivideArray(value, schema.Items());
+    return value.IsObject() ? DivideObject(value, place) : DivideArray(value, place);
   }
 
  private:
-  Parts Whole(const Json::Value& value, DataPart part) {
+  Parts Whole(const Json::Value& value, Json::Kind part) {
     Parts parts;
     parts[Index(part)].emplace(value, allocator_);
     return parts;
   }
 
-  Parts DivideObject(const Json::Value& object, SchemaNode schema) {
-    const std::string_view idMember = schema.InstanceIdMember();
+  Parts DivideObject(const Json::Value& object, Json::SchemaPlace place) {
+    const std::string_view idMember = place.InstanceIdMember();
     const Json::Value* id = idMember.empty() ? nullptr : Json::FindMember(object, idMember);
     Parts parts;
     for (const auto& member : object.GetObject()) {
       if (&member.value == id) {
         continue;
       }
-      Parts ofMember = Divide(member.value, schema.Property(Json::Text(member.name)));
+      Parts ofMember = Divide(member.value, place.Property(Json::Text(member.name)));
       for (std::size_t i = 0; i < kParts; ++i) {
         if (ofMember[i]) {
           AddMember(parts[i], member.name, std::move(*ofMember[i]), id, idMember);
@@ -55,7 +62,7 @@ class Divider {
     }
     // Nothing but the id, or nothing at all.
     if (!parts[0] && !parts[1] && !parts[2]) {
-      return Whole(object, DataPart::USER);
+      return Whole(object, place.OwnKind());
     }
     return parts;
   }
@@ -73,11 +80,12 @@ class Divider {
     part->AddMember(Json::Value(name, allocator_), std::move(value), allocator_);
   }
 
-  Parts DivideArray(const Json::Value& array, SchemaNode items) {
+  Parts DivideArray(const Json::Value& array, Json::SchemaPlace place) {
+    const Json::SchemaPlace items = place.Items();
     const std::string_view idMember = items.InstanceIdMember();
     // Without ids the parts' elements could not be put together again.
-    if (idMember.empty()) {
-      return Whole(array, DataPart::USER);
+    if (idMember.empty() || array.Empty()) {
+      return Whole(array, place.OwnKind());
     }
     std::vector<Parts> elements;
     elements.reserve(array.Size());
@@ -88,16 +96,13 @@ class Divider {
         wanted[i] = wanted[i] || elements.back()[i];
       }
     }
-    if (elements.empty()) {
-      return Whole(array, DataPart::USER);
-    }
     Parts parts;
     for (std::size_t i = 0; i < kParts; ++i) {
       if (wanted[i]) {
         parts[i].emplace(rapidjson::kArrayType);
-        for (rapidjson::SizeType place = 0; place < array.Size(); ++place) {
-          std::optional<Json::Value>& element = elements[place][i];
-          parts[i]->PushBack(element ? std::move(*element) : IdAlone(array[place], idMember),
+        for (rapidjson::SizeType at = 0; at < array.Size(); ++at) {
+          std::optional<Json::Value>& element = elements[at][i];
+          parts[i]->PushBack(element ? std::move(*element) : IdAlone(array[at], idMember),
                              allocator_);
         }
       }
@@ -130,31 +135,25 @@ ColumnValues DivideValue(const Json::Value& value, const TarnSchemaStore::Schema
                          const USERDATA_CONTEXT& context) {
   ColumnValues columns;
   std::optional<std::string>& untagged = context == EXTERNAL ? columns.user : columns.automatic;
+  const Json::SchemaPlace root = schema.GetSchemaPlace();
   // Most types belong to one part as a whole, and nothing needs to be taken apart.
-  switch (schema.GetConfigType()) {
-    case TarnSchemaStore::CONFIG_USER:
-      untagged = Serialized(value);
-      return columns;
-    case TarnSchemaStore::CONFIG_VITAL:
-      columns.vital = Serialized(value);
-      return columns;
-    case TarnSchemaStore::CONFIG_CACHED:
-      columns.cached = Serialized(value);
-      return columns;
-    default:
-      break;
+  if (!root.IsMixed()) {
+    const Json::Kind kind = root.WholeKind();
+    (kind == Json::Kind::VITAL    ? columns.vital
+     : kind == Json::Kind::CACHED ? columns.cached
+                                  : untagged) = Serialized(value);
+    return columns;
   }
   Json::Document scratch;
-  const Parts parts =
-      Divider(scratch.GetAllocator()).Divide(value, SchemaNode(schema.GetSchemaDocument()));
-  const auto put = [&parts](DataPart part, std::optional<std::string>& column) {
+  const Parts parts = Divider(scratch.GetAllocator()).Divide(value, root);
+  const auto put = [&parts](Json::Kind part, std::optional<std::string>& column) {
     if (const std::optional<Json::Value>& of = parts[Index(part)]) {
       column = Serialized(*of);
     }
   };
-  put(DataPart::USER, untagged);
-  put(DataPart::VITAL, columns.vital);
-  put(DataPart::CACHED, columns.cached);
+  put(Json::Kind::USER, untagged);
+  put(Json::Kind::VITAL, columns.vital);
+  put(Json::Kind::CACHED, columns.cached);
   return columns;
 }
 

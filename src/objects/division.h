@@ -4,8 +4,9 @@
 #include "tarnconfigstore/config_store_object.h"
 #include "tarnconfigstore/contexts.h"
 
-#include "platform/json.h"
 #include "platform/schema_store.h"
+
+#include "json/json.h"
 
 #include <optional>
 #include <string>
@@ -28,10 +29,12 @@ struct ColumnMapEntry {
 };
 using ColumnMap = std::vector<ColumnMapEntry>;
 
-/// Divides a value of a type by the "vital" and "cached" tags of its schema, at any depth. What is
-/// not tagged goes to the user's value, or to the automatic one in an automatic context. An
-/// object's instance id goes into every part that gets anything else of it; an array of instances
-/// with members of several parts goes into each part that gets any, with all its elements in order.
+/// Divides a value of a type by the "vital" and "cached" tags of its schema, at any depth
+/// (Json::SchemaPlace tells what belongs where). What is not tagged goes to the user's value, or to
+/// the automatic one in an automatic context. An object's instance id goes into every part that
+/// gets anything else of it; an array of instances with members of several parts goes into each
+/// part that gets any, with all its elements in order. What is empty, or holds nothing but ids,
+/// goes to the part of the place where it stands.
 /// Merging the parts gives back the value, up to the order of members and null-valued ones. Raises
 /// ConfigStoreException 2000 when the value holds what JSON cannot say.
 ColumnValues DivideValue(const Json::Value& value, const TarnSchemaStore::SchemaObject& schema,

@@ -1,7 +1,7 @@
 // Making the documents that objects hold their data in.
 #pragma once
 
-#include "platform/json_doc.h"
+#include "json/json_doc.h"
 
 #include <memory>
 #include <string>

@@ -4,9 +4,9 @@
 #include "platform/logger.h"
 
 #include "errors/raise.h"
+#include "json/type_schema_view.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/filter_spec_object_impl.h"
-#include "objects/schema_node.h"
 
 #include <algorithm>
 
@@ -40,13 +40,13 @@ bool Keeps(const FilterSpecObjectImpl& filter, const ConfigStoreObjectImpl& obje
 }
 
 // Conditions of one sub-object, on a member that holds several.
-bool ConditionsMeetInstances(const Json::Value& conditions, SchemaNode type) {
+bool ConditionsMeetInstances(const Json::Value& conditions, Json::SchemaPlace type) {
   return conditions.IsObject() &&
          std::any_of(conditions.MemberBegin(), conditions.MemberEnd(), [&](const auto& member) {
            if (!member.value.IsObject()) {
              return false;
            }
-           const SchemaNode property = type.Property(Json::Text(member.name));
+           const Json::SchemaPlace property = type.Property(Json::Text(member.name));
            return !property.Items().InstanceIdMember().empty() ||
                   ConditionsMeetInstances(member.value, property);
          });
@@ -59,8 +59,7 @@ void RefuseInstanceFilters(const FilterSpecObjectImpl& filter,
   if (!refused && !objects.empty()) {
     // All objects are of one type.
     const auto& schema = objects.front()->GetImplementation()->GetSchema();
-    refused = schema &&
-              ConditionsMeetInstances(filter.GetRoot(), SchemaNode(schema->GetSchemaDocument()));
+    refused = schema && ConditionsMeetInstances(filter.GetRoot(), schema->GetSchemaPlace());
   }
   if (refused) {
     ThrowFailure(

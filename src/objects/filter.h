@@ -4,7 +4,7 @@
 #include "tarnconfigstore/config_store_object.h"
 #include "tarnconfigstore/filter_spec_object.h"
 
-#include "platform/json.h"
+#include "json/json.h"
 
 #include <memory>
 #include <vector>

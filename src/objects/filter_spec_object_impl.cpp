@@ -24,7 +24,7 @@ std::unique_ptr<const SubObjectPlace> PlaceOf(const std::shared_ptr<FilterSpecOb
     ThrowArgument("key cannot be empty");
   }
   return std::make_unique<const SubObjectPlace>(
-      filter, id, id.instanceId.empty() ? "" : kGeneratedInstanceIdMember);
+      filter, id, id.instanceId.empty() ? "" : Json::kGeneratedInstanceId);
 }
 
 Filter MakeView(const SubObjectId& id, std::unique_ptr<const SubObjectPlace> place) {

@@ -11,7 +11,7 @@ void GiveGeneratedIds(const ConfigStoreObject& object,
   // A type whose arrays get generated ids has them in its id map.
   if (schema.GetIdMap()) {
     ConfigStoreObjectImpl& data = *object.GetImplementation();
-    PopulateGeneratedInstanceId(schema.GetSchemaDocument(), data.GetRoot(), data.GetAllocator());
+    PopulateGeneratedInstanceId(schema.GetSchemaPlace(), data.GetRoot(), data.GetAllocator());
   }
 }
 

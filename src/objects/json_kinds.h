@@ -1,7 +1,7 @@
 // The kinds of value that callers read and write, and the JSON values that stand for them.
 #pragma once
 
-#include "platform/json.h"
+#include "json/json.h"
 
 #include <string>
 #include <string_view>

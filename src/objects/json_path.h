@@ -1,7 +1,7 @@
 // Finding a value by its JSON Pointer.
 #pragma once
 
-#include "platform/json.h"
+#include "json/json.h"
 
 #include <string>
 

@@ -7,7 +7,7 @@
 namespace TarnConfigStore {
 namespace {
 
-void MergeMembers(const Json::Value& source, Json::Value& target, SchemaNode schema,
+void MergeMembers(const Json::Value& source, Json::Value& target, Json::SchemaPlace schema,
                   Json::Allocator& allocator) {
   for (const auto& member : source.GetObject()) {
     if (member.value.IsNull()) {
@@ -29,7 +29,7 @@ const Json::Value* InstanceId(const Json::Value& element, std::string_view idMem
 }
 
 // Elements without an id cannot be told apart, so they are always new ones.
-void MergeInstances(const Json::Value& source, Json::Value& target, SchemaNode items,
+void MergeInstances(const Json::Value& source, Json::Value& target, Json::SchemaPlace items,
                     std::string_view idMember, Json::Allocator& allocator) {
   std::unordered_map<std::string, rapidjson::SizeType> places;
   places.reserve(target.Size() + source.Size());
@@ -54,7 +54,7 @@ void MergeInstances(const Json::Value& source, Json::Value& target, SchemaNode i
 
 }  // namespace
 
-void MergeValue(const Json::Value& source, Json::Value& target, SchemaNode schema,
+void MergeValue(const Json::Value& source, Json::Value& target, Json::SchemaPlace schema,
                 Json::Allocator& allocator) {
   if (&source == &target) {
     return;
@@ -64,7 +64,7 @@ void MergeValue(const Json::Value& source, Json::Value& target, SchemaNode schem
     return;
   }
   if (source.IsArray() && target.IsArray()) {
-    const SchemaNode items = schema.Items();
+    const Json::SchemaPlace items = schema.Items();
     const std::string_view idMember = items.InstanceIdMember();
     if (!idMember.empty()) {
       MergeInstances(source, target, items, idMember, allocator);
@@ -76,13 +76,12 @@ void MergeValue(const Json::Value& source, Json::Value& target, SchemaNode schem
 
 std::shared_ptr<ConfigStoreObject> UpdateConfigInternal(
     const std::shared_ptr<ConfigStoreObject>& source,
-    const std::shared_ptr<ConfigStoreObject>& target, const Json::Value& schema) {
+    const std::shared_ptr<ConfigStoreObject>& target, Json::SchemaPlace schema) {
   if (!source || !target) {
     return target ? target : source;
   }
   ConfigStoreObjectImpl& onto = *target->GetImplementation();
-  MergeValue(source->GetImplementation()->GetRoot(), onto.GetRoot(), SchemaNode(schema),
-             onto.GetAllocator());
+  MergeValue(source->GetImplementation()->GetRoot(), onto.GetRoot(), schema, onto.GetAllocator());
   return target;
 }
 
@@ -90,7 +89,7 @@ std::shared_ptr<ConfigStoreObject> MergeConfig(const std::shared_ptr<ConfigStore
                                                const std::shared_ptr<ConfigStoreObject>& a,
                                                const std::shared_ptr<ConfigStoreObject>& b,
                                                const std::shared_ptr<ConfigStoreObject>& c,
-                                               const Json::Value& schema) {
+                                               Json::SchemaPlace schema) {
   return UpdateConfigInternal(
       c, UpdateConfigInternal(b, UpdateConfigInternal(a, base, schema), schema), schema);
 }

@@ -3,9 +3,8 @@
 
 #include "tarnconfigstore/config_store_object.h"
 
-#include "platform/json.h"
-
-#include "objects/schema_node.h"
+#include "json/json.h"
+#include "json/type_schema_view.h"
 
 #include <memory>
 
@@ -14,16 +13,15 @@ namespace TarnConfigStore {
 /// Lays a source value over a target: objects merge member by member; arrays whose elements have
 /// instance ids merge by id, new elements following in the source's order; everything else is
 /// replaced by the source's. A null-valued member adds nothing.
-void MergeValue(const Json::Value& source, Json::Value& target, SchemaNode schema,
+void MergeValue(const Json::Value& source, Json::Value& target, Json::SchemaPlace schema,
                 Json::Allocator& allocator);
 
 /// Lays the properties of one configuration object over another and returns the result: the target,
 /// or, where the target is empty, the source. Both may be empty pointers.
-/// \param schema  the schema
-/// document of their type
+/// \param schema  what their type says of the whole object
 std::shared_ptr<ConfigStoreObject> UpdateConfigInternal(
     const std::shared_ptr<ConfigStoreObject>& source,
-    const std::shared_ptr<ConfigStoreObject>& target, const Json::Value& schema);
+    const std::shared_ptr<ConfigStoreObject>& target, Json::SchemaPlace schema);
 
 /// Lays a, then b, then c over the base. Layers may be empty pointers; the first that is not is the
 /// base.
@@ -31,6 +29,6 @@ std::shared_ptr<ConfigStoreObject> MergeConfig(const std::shared_ptr<ConfigStore
                                                const std::shared_ptr<ConfigStoreObject>& a,
                                                const std::shared_ptr<ConfigStoreObject>& b,
                                                const std::shared_ptr<ConfigStoreObject>& c,
-                                               const Json::Value& schema);
+                                               Json::SchemaPlace schema);
 
 }  // namespace TarnConfigStore

@@ -3,7 +3,7 @@
 
 #include "tarnconfigstore/object_id.h"
 
-#include "platform/json_doc.h"
+#include "json/json_doc.h"
 
 #include <cstddef>
 #include <memory>

@@ -3,7 +3,7 @@
 
 #include "tarnconfigstore/object_id.h"
 
-#include "platform/json.h"
+#include "json/json.h"
 
 #include <atomic>
 #include <cstddef>

@@ -2,9 +2,8 @@
 
 #include "tarnconfigstore/boot_state.h"
 
-#include "platform/json.h"
-
 #include "errors/raise.h"
+#include "json/json.h"
 
 #include <string>
 

@@ -53,7 +53,7 @@ void SetPartialBootStatusInternal(const ObjectHandle& object, const SchemaHandle
   GiveGeneratedIds(*object, *schema);
   const std::string user =
       UpdateConfigInternal(object, MakeObjectFromRow(row, "UserValue", id, schema),
-                           schema->GetSchemaDocument())
+                           schema->GetSchemaPlace())
           ->GetImplementation()
           ->GetSerializedData();
   const DBStore::StatementHandle statement =

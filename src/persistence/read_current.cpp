@@ -22,14 +22,14 @@ ObjectHandle MergeLayers(const RowMap& row, const ConfigStoreObjectId& id,
   return MergeConfig(MakeObjectFromRow(row, "AutoConfValue", id, schema),
                      MakeObjectFromRow(row, "CachedValue", id, schema),
                      MakeObjectFromRow(row, "VitalValue", id, schema), user,
-                     schema->GetSchemaDocument());
+                     schema->GetSchemaPlace());
 }
 
 ObjectHandle MergeUserAndAutomatic(const RowMap& row, const ConfigStoreObjectId& id,
                                    const SchemaHandle& schema) {
   return UpdateConfigInternal(MakeConfirmedUserObject(row, id, schema),
                               MakeObjectFromRow(row, "AutoConfValue", id, schema),
-                              schema->GetSchemaDocument());
+                              schema->GetSchemaPlace());
 }
 
 }  // namespace

@@ -70,7 +70,7 @@ ObjectHandle MergeParts(const RowMap& row, std::string_view userColumn,
                         const ConfigStoreObjectId& id, const SchemaHandle& schema) {
   return MergeConfig(nullptr, MakeObjectFromRow(row, "CachedValue", id, schema),
                      MakeObjectFromRow(row, "VitalValue", id, schema),
-                     MakeObjectFromRow(row, userColumn, id, schema), schema->GetSchemaDocument());
+                     MakeObjectFromRow(row, userColumn, id, schema), schema->GetSchemaPlace());
 }
 
 std::vector<ObjectHandle> ObjectsOfType(

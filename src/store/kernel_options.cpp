@@ -4,7 +4,7 @@
 
 #include "objects/schema_lookup.h"
 #include "persistence/connection.h"
-#include "persistence/kernel_options.h"
+#include "persistence/kernel_option_rows.h"
 #include "store/trace.h"
 #include "store/under_transaction.h"
 #include "validation/guards.h"

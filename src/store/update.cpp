@@ -36,8 +36,8 @@ class Layer {
       object_ = MakeObject(*change, id, schema);
       text_ = *change;
     } else {
-      object_ = UpdateConfigInternal(MakeObject(*change, id, schema), object_,
-                                     schema->GetSchemaDocument());
+      object_ =
+          UpdateConfigInternal(MakeObject(*change, id, schema), object_, schema->GetSchemaPlace());
       text_ = object_->GetImplementation()->GetSerializedData();
     }
   }
@@ -64,7 +64,7 @@ void UpdateInternal(const ObjectHandle& object, const SchemaHandle& schema,
   Layer user(row, "UserValue", changes.user, id, schema);
 
   const ObjectHandle result = MergeConfig(automatic.Object(), cached.Object(), vital.Object(),
-                                          user.Object(), schema->GetSchemaDocument());
+                                          user.Object(), schema->GetSchemaPlace());
   ValidateUpdated(schema, result);
   WriteLayersByContext(id, {user.Text(), automatic.Text(), vital.Text(), cached.Text()},
                        schema->GetVersion(), UpdateContextOf(context), connection);

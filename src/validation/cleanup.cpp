@@ -2,8 +2,8 @@
 
 #include "platform/logger.h"
 
+#include "json/type_schema_view.h"
 #include "objects/config_store_object_impl.h"
-#include "objects/schema_node.h"
 
 #include <algorithm>
 #include <string>
@@ -33,7 +33,7 @@ bool HoldsEmptyContent(const Json::Value& value) {
          });
 }
 
-void RemoveLoneInstanceId(Json::Value& object, SchemaNode schema) {
+void RemoveLoneInstanceId(Json::Value& object, Json::SchemaPlace schema) {
   if (object.MemberCount() != 1) {
     return;
   }
@@ -46,14 +46,15 @@ void RemoveLoneInstanceId(Json::Value& object, SchemaNode schema) {
 }
 
 // Answers whether anything was removed.
-bool Clean(Json::Value& value, SchemaNode schema);
+bool Clean(Json::Value& value, Json::SchemaPlace schema);
 
-bool CleanMembers(Json::Value& object, SchemaNode schema) {
+bool CleanMembers(Json::Value& object, Json::SchemaPlace schema) {
   bool removed = false;
   for (auto member = object.MemberBegin(); member != object.MemberEnd();) {
     const bool empties = IsContainer(member->value);
-    const SchemaNode property = empties ? schema.Property(Json::Text(member->name)) : SchemaNode();
-    if (!empties || property.Tag() != DataPart::USER) {
+    const Json::SchemaPlace property =
+        empties ? schema.Property(Json::Text(member->name)) : Json::SchemaPlace();
+    if (!empties || property.OwnKind() != Json::Kind::USER) {
       ++member;
       continue;
     }
@@ -69,9 +70,9 @@ bool CleanMembers(Json::Value& object, SchemaNode schema) {
   return removed;
 }
 
-bool CleanElements(Json::Value& array, SchemaNode items) {
+bool CleanElements(Json::Value& array, Json::SchemaPlace items) {
   bool removed = false;
-  if (items.Tag() != DataPart::USER) {
+  if (items.OwnKind() != Json::Kind::USER) {
     return removed;
   }
   for (auto element = array.Begin(); element != array.End();) {
@@ -91,7 +92,7 @@ bool CleanElements(Json::Value& array, SchemaNode items) {
   return removed;
 }
 
-bool Clean(Json::Value& value, SchemaNode schema) {
+bool Clean(Json::Value& value, Json::SchemaPlace schema) {
   if (value.IsObject()) {
     return CleanMembers(value, schema);
   }
@@ -111,7 +112,7 @@ void CleanupObject(const ObjectHandle& object, const SchemaHandle& schema) {
   }
   Json::Value& root = object->GetImplementation()->GetRoot();
   if (root.IsObject()) {
-    const SchemaNode node(schema->GetSchemaDocument());
+    const Json::SchemaPlace node = schema->GetSchemaPlace();
     if (HoldsEmptyContent(root)) {
       Clean(root, node);
     }

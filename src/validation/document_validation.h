@@ -3,8 +3,7 @@
 
 #include "tarnconfigstore/exceptions.h"
 
-#include "platform/json_doc.h"
-
+#include "json/json_doc.h"
 #include "validation/guards.h"
 
 #include <vector>

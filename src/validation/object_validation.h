@@ -3,8 +3,7 @@
 
 #include "tarnconfigstore/exceptions.h"
 
-#include "platform/json.h"
-
+#include "json/json.h"
 #include "validation/guards.h"
 #include "validation/rule_sets.h"
 

@@ -1,14 +1,14 @@
 #include "validation/user_data.h"
 
+#include "json/type_schema_view.h"
 #include "objects/config_store_object_impl.h"
-#include "objects/schema_node.h"
 
 #include <algorithm>
 
 namespace TarnConfigStore {
 namespace {
 
-bool IsUserData(const Json::Value& value, SchemaNode schema) {
+bool IsUserData(const Json::Value& value, Json::SchemaPlace schema) {
   if (schema.MentionsTag()) {
     return false;
   }
@@ -28,8 +28,7 @@ bool IsUserData(const Json::Value& value, SchemaNode schema) {
 }  // namespace
 
 bool isUserType(const ObjectHandle& object, const SchemaHandle& schema) {
-  return IsUserData(object->GetImplementation()->GetRoot(),
-                    SchemaNode(schema->GetSchemaDocument()));
+  return IsUserData(object->GetImplementation()->GetRoot(), schema->GetSchemaPlace());
 }
 
 }  // namespace TarnConfigStore

@@ -1,6 +1,5 @@
-#include "platform/json.h"
-
 #include "errors/raise.h"
+#include "json/json.h"
 #include "support/captured_log.h"
 #include "support/raised.h"
 

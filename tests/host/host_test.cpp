@@ -1,9 +1,9 @@
 #include "platform/base64.h"
 #include "platform/formatted_text.h"
 #include "platform/generated_instance_id.h"
-#include "platform/json_doc.h"
 #include "platform/upgrade_context.h"
 
+#include "json/json_doc.h"
 #include "support/captured_log.h"
 #include "support/temporary_host.h"
 

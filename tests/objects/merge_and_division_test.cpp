@@ -34,7 +34,7 @@ class MergeAndDivision : public ::testing::Test {
                      const std::optional<std::string>& b,
                      const std::optional<std::string>& c) const {
     const auto merged =
-        MergeConfig(Layer(base), Layer(a), Layer(b), Layer(c), schema_->GetSchemaDocument());
+        MergeConfig(Layer(base), Layer(a), Layer(b), Layer(c), schema_->GetSchemaPlace());
     return merged ? merged->GetImplementation()->GetSerializedData() : "none";
   }
   std::string Parts(const char* json, USERDATA_CONTEXT context = EXTERNAL) const {
@@ -99,20 +99,6 @@ TEST_F(MergeAndDivision, DividesByTagsAtAnyDepth) {
   EXPECT_EQ(Parts(R"({"name":"s","ports":[]})"), R"(u={"name":"s","ports":[]} a=- v=- c=-)");
 }
 
-TEST(SchemaNodes, FollowDefinitionsThatContainThemselves) {
-  const auto schema = CreateDocumentFromString(R"({
-    "properties": { "tree": { "$ref": "#/definitions/node" }, "seen": { "cached": true },
-                    "lost": { "$ref": "#/definitions/no" }, "out": { "$ref": "http://x/y" } },
-    "definitions": { "node": { "properties": { "value": { "type": "integer" },
-      "left": { "$ref": "#/definitions/node" }, "right": { "$ref": "#/definitions/node" } } } } })");
-  const SchemaNode root(*schema->GetJsonValuePtr());
-  EXPECT_TRUE(root.IsMixed());
-  EXPECT_FALSE(root.Property("tree").IsMixed());
-  EXPECT_TRUE(root.Property("tree").Property("left").Property("right").Property("value"));
-  EXPECT_FALSE(root.Property("lost"));
-  EXPECT_FALSE(root.Property("out"));
-}
-
 // Objects that the switch type allows, made at random.
 class Generator {
  public:
@@ -164,7 +150,7 @@ TEST_F(MergeAndDivision, MergingThePartsGivesBackTheObject) {
     const USERDATA_CONTEXT context = round % 2 == 0 ? EXTERNAL : AUTO_CONFIG;
     const ColumnValues parts = DivideValue(value, *schema_, context);
     const auto merged = MergeConfig(Layer(parts.automatic), Layer(parts.cached), Layer(parts.vital),
-                                    Layer(parts.user), schema_->GetSchemaDocument());
+                                    Layer(parts.user), schema_->GetSchemaPlace());
     ASSERT_TRUE(merged) << json;
     ASSERT_TRUE(ConfigStoreDocument::ValuesEqual(merged->GetImplementation()->GetRoot(), value))
         << "seed " << seed << "\n"

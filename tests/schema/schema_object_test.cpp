@@ -126,7 +126,7 @@ TEST(SchemaObject, PropertiesAreTypesOfTheirOwnThatOutliveTheHandleToTheWhole) {
 TEST(SchemaObject, CircularAndDanglingReferencesLeadNowhere) {
   const Handle type = LoadProperties(R"(
       "a":{"$ref":"#/properties/b"},"b":{"$ref":"#/properties/a"},"c":{"$ref":"#/definitions/none"},
-      "d":{"$ref":"#/definitions/x~1y%7Ez"}},
+      "d":{"$ref":"#/definitions/x~1y%7E0z"}},
       "definitions":{"x/y~z":{"properties":{"deep":{"default":1}}})");
   EXPECT_EQ(type->GetConfigType(), CONFIG_USER);
   EXPECT_EQ(Text(type->GetPropertySchema("d")->GetDefaults()), R"({"deep":1})");

@@ -1,7 +1,7 @@
 // Small questions about JSON documents.
 #pragma once
 
-#include "platform/json.h"
+#include "json/json.h"
 
 #include <string>
 

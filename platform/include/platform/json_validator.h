@@ -1,7 +1,8 @@
 // Checking JSON values against JSON Schema (draft-07) and the rules of configuration types.
 #pragma once
 
-#include "platform/json.h"
+#include "json/json.h"
+#include "json/type_schema_view.h"
 
 #include <string>
 #include <unordered_set>
@@ -13,9 +14,10 @@ namespace JsonValidator {
 /// nesting at most Json::kMaxDepth.
 ///
 /// A member is declared when any schema that applies to its object declares it, through references,
-/// "allOf", the branches that the object fits, and conditions. "vital" and "cached" govern
-/// everything under the place where they stand; the tag nearest to the root counts. Instance ids
-/// belong to every part of an object.
+/// "allOf", the branches that the object fits, and conditions. What is vital, cached and the user's
+/// is as Json::SchemaPlace tells, and so is what holds an instance id; ids belong to every part of
+/// an object. A value that is written alone is one that dividing an object could have put there: an
+/// empty object or list, or a list of nothing but ids, belongs to the part of its place.
 enum Rule : int {
   RULE_DECLARED_MEMBERS = 0,    ///< no undeclared member, and none twice
   RULE_JSON_SCHEMA = 1,         ///< the assertions of the schema
@@ -38,12 +40,12 @@ enum Rule : int {
 void Validate(const Json::Value& schema, const Json::Value& value, Json::Document& result,
               const std::unordered_set<int>& rules, const std::string& context);
 
-/// Keeps the compiled form of a schema that stays as and where it is for the life of the
-/// registration and of any validation with it. Compiling waits for the first validation. A schema
-/// may be registered several times.
+/// Keeps the compiled form of a schema for the life of the registration: the view, and the schema,
+/// have to live as long, and as long as any validation with it. Compiling waits for the first
+/// validation. A schema may be registered several times, with the same view.
 class Registration {
  public:
-  explicit Registration(const Json::Value& schema);
+  explicit Registration(const Json::TypeSchemaView& view);
   ~Registration();
   Registration(const Registration&) = delete;
   Registration& operator=(const Registration&) = delete;

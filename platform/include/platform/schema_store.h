@@ -1,8 +1,9 @@
 // Configuration types: their schemas, flags and defaults.
 #pragma once
 
-#include "platform/json.h"
-#include "platform/json_doc.h"
+#include "json/json.h"
+#include "json/json_doc.h"
+#include "json/type_schema_view.h"
 
 #include <memory>
 #include <string>
@@ -53,6 +54,9 @@ class SchemaObject {
   virtual bool IsConfirmedDuringUpgrade() const = 0;
   /// Names of the top-level properties, in the schema's order.
   virtual const std::vector<std::string>& GetPropertyNames() const = 0;
+  /// What the schema says of each place in the objects: the root of a Json::TypeSchemaView that
+  /// lives as long as this object.
+  virtual Json::SchemaPlace GetSchemaPlace() const = 0;
 
  protected:
   SchemaObject() = default;

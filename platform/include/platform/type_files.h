@@ -3,9 +3,10 @@
 // Thread safety: functions may be called from several threads; a TypeWriter belongs to one.
 #pragma once
 
-#include "platform/json.h"
-#include "platform/json_doc.h"
 #include "platform/schema_store.h"
+
+#include "json/json.h"
+#include "json/json_doc.h"
 
 #include <memory>
 #include <mutex>

@@ -1,28 +1,21 @@
 #include "schema/annotation_rules.h"
 
-#include "schema/annotations.h"
+#include "json/pointer.h"
+#include "json/schema_keywords.h"
+#include "json/subschemas.h"
 #include "schema/meta_schema.h"
-#include "schema/schema_walk.h"
 
 #include <array>
+#include <set>
 
 namespace TypeFiles {
 namespace {
 
-using namespace TarnSchemaStore;
+namespace Keyword = Json::Keyword;
+using Json::Kind;
 
-// Keywords that hold one schema, a list of schemas, or schemas by name, and that say nothing about
-// where members stand in the object: annotations below them mean nothing.
-constexpr std::array kSingles = {"additionalItems",
-                                 "additionalProperties",
-                                 "contains",
-                                 "else",
-                                 "if",
-                                 "not",
-                                 "propertyNames",
-                                 "then"};
-constexpr std::array kLists = {"allOf", "anyOf", "oneOf"};
-constexpr std::array kMaps = {"dependencies", "patternProperties"};
+constexpr std::array kAnnotations = {Keyword::kVital, Keyword::kCached, Keyword::kInstanceId,
+                                     Keyword::kGeneratedInstanceId};
 
 enum class Position { ROOT, PROPERTY, ELEMENT, DEFINITION, ELSEWHERE };
 
@@ -31,14 +24,15 @@ struct Place {
   std::string pointer;
   Position position;
   std::string_view name;      // of the property, of the array for an element, or the type's key
-  Kind around = KIND_USER;    // the kind of what the node stands in
+  Kind around = Kind::USER;   // the kind of what the node stands in
   bool inDefinition = false;  // reached through "$ref" only
   bool mayBeId = false;       // a property of an object that can have an instance id
 };
 
 class AnnotationRules {
  public:
-  AnnotationRules(const Json::Value& root, Findings& findings) : root_(root), findings_(findings) {}
+  AnnotationRules(const Json::TypeSchemaView& type, Findings& findings)
+      : type_(type), findings_(findings) {}
 
   void Visit(const Place& place) {
     if (!place.node.IsObject()) {
@@ -49,15 +43,13 @@ class AnnotationRules {
     CheckTags(place);
     CheckInstanceId(place);
     CheckGeneratedId(place);
+    CheckReference(place);
     CheckArray(place);
     const Json::Value* value = Json::FindMember(place.node, Keyword::kDefault);
     if (value != nullptr && place.position == Position::PROPERTY) {
       defaults_.push_back({place.pointer + "/" + Keyword::kDefault, &place.node, value});
     }
-    VisitProperties(place);
-    VisitItems(place);
-    VisitDefinitions(place);
-    VisitElsewhere(place);
+    VisitBelow(place);
   }
 
   std::vector<AnnotatedDefault> TakeDefaults() { return std::move(defaults_); }
@@ -85,7 +77,7 @@ class AnnotationRules {
     for (const auto& member : place.node.GetObject()) {
       const std::string_view name = Json::Text(member.name);
       if (!IsKeyword(name) && name.substr(0, 2) != "x-") {
-        findings_.Add(place.pointer + "/" + EscapePointerToken(name),
+        findings_.Add(Below(place, name),
                       "is neither a keyword of JSON Schema draft-07 nor an annotation of types; "
                       "members of your own begin with \"x-\"");
       }
@@ -115,10 +107,10 @@ class AnnotationRules {
             "is not looked for in definitions; put it beside the \"$ref\" that leads here");
       } else if (place.position != Position::ROOT && place.position != Position::PROPERTY) {
         Add(place, tag, "means something at the root of the schema and in a property only");
-      } else if (place.around != KIND_USER && KindOf(place.node, place.around) != place.around) {
+      } else if (place.around != Kind::USER && At(place).OwnKind() != place.around) {
         Add(place, tag,
             std::string("stands inside of what is tagged \"") +
-                (place.around == KIND_VITAL ? Keyword::kVital : Keyword::kCached) +
+                (place.around == Kind::VITAL ? Keyword::kVital : Keyword::kCached) +
                 "\", and data is of one kind");
       }
     }
@@ -133,7 +125,7 @@ class AnnotationRules {
           "means something only in a property of the type itself or of the objects in an array");
       return;
     }
-    const Json::Value* type = Json::FindMember(ResolveReference(root_, place.node), Keyword::kType);
+    const Json::Value* type = Json::FindMember(*At(place).Schema(), Keyword::kType);
     if (type == nullptr || !type->IsString() || Json::Text(*type) != "string") {
       Add(place, Keyword::kInstanceId, "belongs to a property of \"type\": \"string\"");
     }
@@ -147,141 +139,150 @@ class AnnotationRules {
     if (!Has(place, Keyword::kGeneratedInstanceId)) {
       return;
     }
-    const Json::Value& element = ResolveReference(root_, place.node);
     if (place.position != Position::ELEMENT) {
       Add(place, Keyword::kGeneratedInstanceId,
           "means something only in the \"items\" of an array");
-    } else if (!DescribesObject(element)) {
+    } else if (!At(place).DescribesObject()) {
       Add(place, Keyword::kGeneratedInstanceId, "belongs to elements of \"type\": \"object\"");
-    } else if (const auto member = InstanceIdMember(root_, element); !member.empty()) {
+    } else if (const auto member = At(place).InstanceIdMember();
+               member != Json::kGeneratedInstanceId) {
       Add(place, Keyword::kGeneratedInstanceId,
           "cannot be had beside the instance id \"" + std::string(member) + "\"");
     }
   }
 
-  // The parts of such an array, stored apart, could not be put together again.
-  void CheckArray(const Place& place) {
-    const Json::Value* items = ElementsOf(place.node);
-    if (items == nullptr || !ElementIdMember(root_, place.node).empty()) {
+  // What a reference leads to is looked at where it stands: this is about the two together.
+  void CheckReference(const Place& place) {
+    const Json::SchemaReferences::Target* target = type_.References().Find(place.node);
+    if (target == nullptr || target->schema == nullptr) {
       return;
     }
-    const unsigned kinds = KindsOfLeaves(root_, *items, KindOf(place.node, place.around));
-    if ((kinds & (kinds - 1)) != 0) {
-      findings_.Add(
-          place.pointer + "/" + Keyword::kItems,
-          "the elements have no instance id, so all their members have to be of one kind: "
-          "tag the array as a whole, or give the elements an instance id");
+    if (place.position == Position::ELSEWHERE && HoldsAnnotations(*target->schema)) {
+      Add(place, Keyword::kReference,
+          "leads to instance ids or to vital or cached data, which can be told apart only where "
+          "\"properties\" and \"items\" lead to them");
+    } else if (At(place).OwnKind() != Kind::USER && At(place).IsMixed()) {
+      Add(place, Keyword::kReference,
+          "leads to data that is tagged otherwise than what it stands in, and data is of one kind");
     }
   }
 
-  void VisitProperties(const Place& place) {
-    const Json::Value* properties = PropertiesOf(place.node);
-    if (properties == nullptr) {
-      return;
-    }
-    const bool elsewhere = place.position == Position::ELSEWHERE;
-    std::string_view idMember;
-    for (const auto& property : properties->GetObject()) {
-      const std::string_view name = Json::Text(property.name);
-      Place below{property.value,
-                  place.pointer + "/properties/" + EscapePointerToken(name),
-                  elsewhere ? Position::ELSEWHERE : Position::PROPERTY,
-                  name,
-                  KindOf(place.node, place.around),
-                  place.inDefinition,
-                  !elsewhere && place.position != Position::PROPERTY};
-      Visit(below);
-      if (below.mayBeId && Json::IsTrue(property.value, Keyword::kInstanceId)) {
-        if (!idMember.empty()) {
-          Add(below, Keyword::kInstanceId,
-              "an object has one instance id, and this one has \"" + std::string(idMember) + "\"");
-        }
-        idMember = name;
-      }
-      if (!elsewhere && name == place.name &&
-          !ElementIdMember(root_, ResolveReference(root_, property.value)).empty()) {
-        findings_.Add(
-            below.pointer,
-            "an array of instances cannot have the name of what it stands in: instance ids "
-            "are found by name");
-      }
-    }
-  }
-
-  void VisitItems(const Place& place) {
-    const Json::Value* items = Json::FindMember(place.node, Keyword::kItems);
-    if (items != nullptr && items->IsArray()) {
-      VisitList(place, Keyword::kItems, *items);
-    } else if (items != nullptr) {
-      Visit({*items, place.pointer + "/" + Keyword::kItems,
-             place.position == Position::ELSEWHERE ? Position::ELSEWHERE : Position::ELEMENT,
-             place.name, KindOf(place.node, place.around), place.inDefinition});
-    }
-  }
-
-  void VisitDefinitions(const Place& place) {
-    const Json::Value* definitions = Json::FindMember(place.node, Keyword::kDefinitions);
-    if (definitions == nullptr || !definitions->IsObject()) {
-      return;
-    }
-    for (const auto& definition : definitions->GetObject()) {
-      const std::string_view name = Json::Text(definition.name);
-      Visit({definition.value,
-             place.pointer + "/definitions/" + EscapePointerToken(name),
-             Position::DEFINITION,
-             {},
-             KIND_USER,
-             true});
-    }
-  }
-
-  void VisitElsewhere(const Place& place) {
-    for (const char* keyword : kSingles) {
-      if (const Json::Value* node = Json::FindMember(place.node, keyword)) {
-        Visit(Elsewhere(*node, place.pointer + "/" + keyword));
-      }
-    }
-    for (const char* keyword : kLists) {
-      if (const Json::Value* list = Json::FindMember(place.node, keyword)) {
-        VisitList(place, keyword, *list);
-      }
-    }
-    for (const char* keyword : kMaps) {
-      const Json::Value* map = Json::FindMember(place.node, keyword);
-      if (map == nullptr || !map->IsObject()) {
+  bool HoldsAnnotations(const Json::Value& schema) const {
+    std::vector<const Json::Value*> open = {&schema};
+    std::set<const Json::Value*> seen;
+    while (!open.empty()) {
+      const Json::Value& at = *open.back();
+      open.pop_back();
+      if (!seen.insert(&at).second) {
         continue;
       }
-      for (const auto& entry : map->GetObject()) {
-        Visit(Elsewhere(entry.value, place.pointer + "/" + keyword + "/" +
-                                         EscapePointerToken(Json::Text(entry.name))));
+      for (const char* annotation : kAnnotations) {
+        if (Json::IsTrue(at, annotation)) {
+          return true;
+        }
       }
+      if (const auto* target = type_.References().Find(at); target != nullptr && target->schema) {
+        open.push_back(target->schema);
+      }
+      Json::ForEachSubschema(at, [&](const Json::Value& inner, const Json::Subschema& where) {
+        if (where.keyword != Keyword::kDefinitions) {
+          open.push_back(&inner);
+        }
+      });
     }
+    return false;
   }
 
-  void VisitList(const Place& place, const char* keyword, const Json::Value& list) {
-    if (!list.IsArray()) {
+  // The parts of such an array, stored apart, could not be put together again.
+  void CheckArray(const Place& place) {
+    const Json::SchemaPlace array = At(place);
+    const Json::SchemaPlace items = array.Items();
+    if (place.position == Position::ELSEWHERE || !items || !array.IsMixed()) {
       return;
     }
-    for (rapidjson::SizeType i = 0; i < list.Size(); ++i) {
-      Visit(Elsewhere(list[i], place.pointer + "/" + keyword + "/" + std::to_string(i)));
+    const bool here = Json::FindMember(place.node, Keyword::kItems) != nullptr;
+    const std::string pointer =
+        place.pointer + "/" + (here ? Keyword::kItems : Keyword::kReference);
+    const Json::Value* type = Json::FindMember(*items.Schema(), Keyword::kType);
+    if (items.InstanceIdMember().empty()) {
+      findings_.Add(pointer,
+                    "the elements have no instance id, so all their members have to be of one "
+                    "kind: tag the array as a whole, or give the elements an instance id");
+    } else if (type == nullptr || !type->IsString()) {
+      findings_.Add(pointer,
+                    "the elements have members of several kinds, and are told apart by their "
+                    "instance ids: all of them have to be of \"type\": \"object\"");
     }
   }
 
-  static Place Elsewhere(const Json::Value& node, std::string pointer) {
-    return {node, std::move(pointer), Position::ELSEWHERE, {}};
+  void VisitBelow(const Place& place) {
+    const bool elsewhere = place.position == Position::ELSEWHERE;
+    const Kind around = At(place).OwnKind();
+    std::string_view idMember;
+    Json::ForEachSubschema(place.node, [&](const Json::Value& node, const Json::Subschema& where) {
+      const std::string pointer = place.pointer + where.Pointer();
+      if (where.keyword == Keyword::kDefinitions) {
+        Visit({node, pointer, Position::DEFINITION, {}, Kind::USER, true});
+      } else if (elsewhere) {
+        Visit({node, pointer, Position::ELSEWHERE, {}});
+      } else if (where.keyword == Keyword::kProperties) {
+        const Place below{node,
+                          pointer,
+                          Position::PROPERTY,
+                          where.name,
+                          around,
+                          place.inDefinition,
+                          place.position != Position::PROPERTY};
+        Visit(below);
+        CheckName(below, place.name);
+        CheckOneId(below, idMember);
+      } else if (where.keyword == Keyword::kItems && where.index < 0) {
+        Visit({node, pointer, Position::ELEMENT, place.name, around, place.inDefinition});
+      } else {
+        // Where members stand in the object says nothing here, so annotations mean nothing.
+        Visit({node, pointer, Position::ELSEWHERE, {}});
+      }
+    });
   }
 
-  const Json::Value& root_;
+  void CheckName(const Place& property, std::string_view around) {
+    if (property.name == around && !At(property).Items().InstanceIdMember().empty()) {
+      findings_.Add(property.pointer,
+                    "an array of instances cannot have the name of what it stands in: instance ids "
+                    "are found by name");
+    }
+  }
+
+  void CheckOneId(const Place& property, std::string_view& idMember) {
+    if (!property.mayBeId || !Json::IsTrue(property.node, Keyword::kInstanceId)) {
+      return;
+    }
+    if (!idMember.empty()) {
+      Add(property, Keyword::kInstanceId,
+          "an object has one instance id, and this one has \"" + std::string(idMember) + "\"");
+    }
+    idMember = property.name;
+  }
+
+  Json::SchemaPlace At(const Place& place) const { return type_.At(place.node, place.around); }
+
+  static std::string Below(const Place& place, std::string_view name) {
+    std::string pointer = place.pointer;
+    Json::AppendToken(pointer, name);
+    return pointer;
+  }
+
+  const Json::TypeSchemaView& type_;
   Findings& findings_;
   std::vector<AnnotatedDefault> defaults_;
 };
 
 }  // namespace
 
-std::vector<AnnotatedDefault> CheckAnnotations(const Json::Value& schema, std::string_view key,
-                                               Findings& findings) {
-  AnnotationRules rules(schema, findings);
-  rules.Visit({schema, "/schema", Position::ROOT, key});
+std::vector<AnnotatedDefault> CheckAnnotations(const Json::TypeSchemaView& type,
+                                               std::string_view key, Findings& findings) {
+  AnnotationRules rules(type, findings);
+  rules.Visit({type.Schema(), "/schema", Position::ROOT, key});
   return rules.TakeDefaults();
 }
 

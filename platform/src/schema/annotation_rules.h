@@ -2,9 +2,9 @@
 // other.
 #pragma once
 
-#include "platform/json.h"
-
-#include "schema/findings.h"
+#include "json/json.h"
+#include "json/type_schema_view.h"
+#include "schema/type_file_findings.h"
 
 #include <string>
 #include <string_view>
@@ -22,7 +22,7 @@ struct AnnotatedDefault {
 /// Walks the schema once.
 /// \param key  the type's key
 /// \return the defaults of all properties, those in definitions included
-std::vector<AnnotatedDefault> CheckAnnotations(const Json::Value& schema, std::string_view key,
-                                               Findings& findings);
+std::vector<AnnotatedDefault> CheckAnnotations(const Json::TypeSchemaView& type,
+                                               std::string_view key, Findings& findings);
 
 }  // namespace TypeFiles

@@ -1,10 +1,10 @@
 #include "schema/default_rules.h"
 
-#include "platform/json_doc.h"
 #include "platform/json_validator.h"
 
-#include "schema/annotations.h"
-#include "schema/schema_walk.h"
+#include "json/json_doc.h"
+#include "json/pointer.h"
+#include "json/schema_keywords.h"
 
 #include <charconv>
 #include <string>
@@ -13,9 +13,9 @@
 namespace TypeFiles {
 namespace {
 
+using Json::Keyword::kDefinitions;
+using Json::Keyword::kProperties;
 using TarnConfigStore::JsonDoc;
-using TarnSchemaStore::Keyword::kDefinitions;
-using TarnSchemaStore::Keyword::kProperties;
 
 constexpr std::size_t kMaxInstanceIdSize = 255;
 
@@ -46,7 +46,8 @@ void BuildSchema(const Json::Value& schema, const std::vector<AnnotatedDefault>&
                  JsonDoc& into) {
   Json::Allocator& allocator = into.GetAllocator();
   Json::Value properties(rapidjson::kObjectType);
-  if (const Json::Value* own = TarnSchemaStore::PropertiesOf(schema)) {
+  const Json::Value* own = Json::FindMember(schema, kProperties);
+  if (own != nullptr && own->IsObject()) {
     properties.CopyFrom(*own, allocator);
   }
   for (std::size_t i = 0; i < defaults.size(); ++i) {
@@ -54,8 +55,10 @@ void BuildSchema(const Json::Value& schema, const std::vector<AnnotatedDefault>&
   }
   Json::Value& root = into.GetJsonValuePtr()->SetObject();
   root.AddMember(Json::Reference(kProperties), properties, allocator);
-  if (const Json::Value* definitions = Json::FindMember(schema, kDefinitions)) {
-    AddCopy(root, kDefinitions, *definitions, allocator);
+  for (const char* keyword : {Json::Keyword::kId, kDefinitions}) {
+    if (const Json::Value* value = Json::FindMember(schema, keyword)) {
+      AddCopy(root, keyword, *value, allocator);
+    }
   }
 }
 
@@ -97,8 +100,9 @@ class InstanceIds {
     }
     const Json::Value* member = Json::FindMember(value, idMember_);
     if (member != nullptr && member->IsString() && Json::Text(*member) != id) {
-      findings_.Add(pointer + "/value/" + TarnSchemaStore::EscapePointerToken(idMember_),
-                    "differs from \"instance\": both hold the instance id");
+      std::string at = pointer + "/value";
+      Json::AppendToken(at, idMember_);
+      findings_.Add(at, "differs from \"instance\": both hold the instance id");
     }
   }
 
@@ -130,15 +134,16 @@ void CheckPropertyDefaults(const Json::Value& schema, const std::vector<Annotate
   }
 }
 
-std::vector<ShippedObject> CheckShippedObjects(const Json::Value& file, const Json::Value& schema,
+std::vector<ShippedObject> CheckShippedObjects(const Json::Value& file,
+                                               const Json::TypeSchemaView& type,
                                                Findings& findings) {
   std::vector<ShippedObject> shipped;
   const Json::Value* defaults = Json::FindMember(file, "defaults");
   if (defaults == nullptr || !defaults->IsArray() || defaults->Empty()) {
     return shipped;
   }
-  const JsonValidator::Registration compiledOnce(schema);
-  InstanceIds ids(TarnSchemaStore::InstanceIdMember(schema, schema), findings);
+  const JsonValidator::Registration compiledOnce(type);
+  InstanceIds ids(type.Root().InstanceIdMember(), findings);
   for (rapidjson::SizeType i = 0; i < defaults->Size(); ++i) {
     const Json::Value* instance = Json::FindMember((*defaults)[i], "instance");
     const Json::Value* value = Json::FindMember((*defaults)[i], "value");
@@ -147,7 +152,7 @@ std::vector<ShippedObject> CheckShippedObjects(const Json::Value& file, const Js
     }
     const std::string pointer = "/defaults/" + std::to_string(i);
     ids.Check(pointer, Json::Text(*instance), *value);
-    findings.Validate(schema, *value, WholeObjectRules(), pointer + "/value");
+    findings.Validate(type.Schema(), *value, WholeObjectRules(), pointer + "/value");
     shipped.push_back({std::string(Json::Text(*instance)), value});
   }
   return shipped;

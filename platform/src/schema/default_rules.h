@@ -1,11 +1,11 @@
 // Whether the defaults that a type brings along fit it.
 #pragma once
 
-#include "platform/json.h"
 #include "platform/type_files.h"
 
+#include "json/json.h"
 #include "schema/annotation_rules.h"
-#include "schema/findings.h"
+#include "schema/type_file_findings.h"
 
 #include <string_view>
 #include <vector>
@@ -19,7 +19,8 @@ void CheckPropertyDefaults(const Json::Value& schema, const std::vector<Annotate
 
 /// Checks the objects of a file's "defaults" against the whole schema, and their instance ids.
 /// \return the objects that could be read
-std::vector<ShippedObject> CheckShippedObjects(const Json::Value& file, const Json::Value& schema,
+std::vector<ShippedObject> CheckShippedObjects(const Json::Value& file,
+                                               const Json::TypeSchemaView& type,
                                                Findings& findings);
 
 }  // namespace TypeFiles

@@ -1,6 +1,6 @@
 #include "schema/loaded_type.h"
 
-#include "schema/annotations.h"
+#include "json/schema_keywords.h"
 #include "schema/schema_locks.h"
 #include "schema/type_documents.h"
 
@@ -10,19 +10,34 @@ namespace TarnSchemaStore {
 
 namespace {
 
-int ConfigTypeOf(unsigned kinds, Kind whole) {
-  switch (kinds == KIND_NONE ? whole : kinds) {
-    case KIND_USER:
+namespace Keyword = Json::Keyword;
+
+int ConfigTypeOf(unsigned kinds) {
+  constexpr auto kUser = static_cast<unsigned>(Json::Kind::USER);
+  constexpr auto kVital = static_cast<unsigned>(Json::Kind::VITAL);
+  constexpr auto kCached = static_cast<unsigned>(Json::Kind::CACHED);
+  switch (kinds) {
+    case kUser:
       return CONFIG_USER;
-    case KIND_VITAL:
+    case kVital:
       return CONFIG_VITAL;
-    case KIND_CACHED:
+    case kCached:
       return CONFIG_CACHED;
-    case KIND_VITAL | KIND_CACHED:
+    case kVital | kCached:
       return CONFIG_VITAL_AND_CACHED;
     default:
       return CONFIG_MIXED;
   }
+}
+
+// What the schema store says of a type's values, in the words of other programs of the host.
+constexpr const char* ValueTypeText(bool shared) {
+  return shared ? "tarn-shared" : "tarn";
+}
+
+const Json::Value* PropertiesOf(const Json::Value& schema) {
+  const Json::Value* properties = Json::FindMember(schema, Keyword::kProperties);
+  return properties != nullptr && properties->IsObject() ? properties : nullptr;
 }
 
 [[noreturn]] void RaiseDamaged(const TypeName& name, const std::string& why) {
@@ -32,17 +47,14 @@ int ConfigTypeOf(unsigned kinds, Kind whole) {
 
 }  // namespace
 
-TypeNode::TypeNode(const LoadedType& type, std::string key, const Json::Value& schema, Kind kind,
+TypeNode::TypeNode(const LoadedType& type, std::string key, Json::SchemaPlace place,
                    std::string_view idMember)
     : type_(type),
       key_(std::move(key)),
-      schema_(schema),
-      properties_(PropertiesOf(schema)),
-      kind_(kind),
-      configType_(ConfigTypeOf(KindsOfLeaves(type.Schema(), schema, kind), kind)),
-      nonSingleton_(!idMember.empty()),
-      idMap_(MakeIdMap(type.Schema(), schema, key_, idMember)),
-      defaults_(MakeDefaults(type.Schema(), schema)) {
+      place_(place),
+      properties_(PropertiesOf(*place.Schema())),
+      configType_(ConfigTypeOf(place.Kinds())),
+      nonSingleton_(!idMember.empty()) {
   if (properties_ != nullptr) {
     names_.reserve(properties_->MemberCount());
     for (const auto& property : properties_->GetObject()) {
@@ -50,6 +62,8 @@ TypeNode::TypeNode(const LoadedType& type, std::string key, const Json::Value& s
     }
     children_ = std::make_unique<std::atomic<const TypeNode*>[]>(names_.size());
   }
+  idMap_ = MakeIdMap(place_, key_, idMember);
+  defaults_ = MakeDefaults(place_);
 }
 
 TypeNode::~TypeNode() {
@@ -81,9 +95,7 @@ bool TypeNode::IsConfirmedDuringUpgrade() const {
 }
 
 const Json::Value* TypeNode::GetPropertyValueSchema(const std::string& key) const {
-  const Json::Value* property =
-      properties_ == nullptr ? nullptr : Json::FindMember(*properties_, key);
-  return property == nullptr ? nullptr : &ResolveReference(type_.Schema(), *property);
+  return place_.Property(key).Schema();
 }
 
 std::shared_ptr<SchemaObject> TypeNode::GetPropertySchema(const std::string& key) const {
@@ -98,7 +110,7 @@ std::shared_ptr<SchemaObject> TypeNode::GetPropertySchema(const std::string& key
       children_[static_cast<std::size_t>(property - properties_->MemberBegin())];
   const TypeNode* child = place.load(std::memory_order_acquire);
   if (child == nullptr) {
-    std::unique_ptr<TypeNode> made = MakeChild(property->value, key);
+    std::unique_ptr<TypeNode> made = MakeChild(key);
     if (made == nullptr) {
       return {};
     }
@@ -110,22 +122,15 @@ std::shared_ptr<SchemaObject> TypeNode::GetPropertySchema(const std::string& key
   return type_.Handle(*child);
 }
 
-std::unique_ptr<TypeNode> TypeNode::MakeChild(const Json::Value& property,
-                                              const std::string& name) const {
-  const Kind kind = KindOf(property, kind_);
-  const Json::Value& resolved = ResolveReference(type_.Schema(), property);
-  if (const Json::Value* items = ElementsOf(resolved)) {
-    const Json::Value& element = ResolveReference(type_.Schema(), *items);
-    if (!DescribesObject(element)) {
-      return nullptr;
-    }
-    return std::make_unique<TypeNode>(type_, name, element, kind,
-                                      ElementIdMember(type_.Schema(), resolved));
-  }
-  if (!DescribesObject(resolved)) {
+std::unique_ptr<TypeNode> TypeNode::MakeChild(const std::string& name) const {
+  const Json::SchemaPlace property = place_.Property(name);
+  const Json::SchemaPlace items = property.Items();
+  const Json::SchemaPlace objects = items ? items : property;
+  if (!objects.DescribesObject()) {
     return nullptr;
   }
-  return std::make_unique<TypeNode>(type_, name, resolved, kind, std::string_view());
+  return std::make_unique<TypeNode>(type_, name, objects,
+                                    items ? items.InstanceIdMember() : std::string_view());
 }
 
 std::shared_ptr<SchemaObject> LoadedType::FromText(const TypeName& name, std::string_view text) {
@@ -142,21 +147,22 @@ LoadedType::LoadedType(const TypeName& name, std::string_view text)
   }
   const Json::Value& file = *document_.GetJsonValuePtr();
   const Json::Value* version = Json::FindMember(file, "version");
-  schema_ = Json::FindMember(file, "schema");
-  if (schema_ == nullptr || !schema_->IsObject() || version == nullptr || !version->IsString()) {
+  const Json::Value* schema = Json::FindMember(file, "schema");
+  if (schema == nullptr || !schema->IsObject() || version == nullptr || !version->IsString()) {
     RaiseDamaged(name, "it has no schema or no version");
   }
   version_ = Json::Text(*version);
-  valueType_ = ValueTypeText(Json::IsTrue(*schema_, Keyword::kShared));
-  bootAccessible_ = Json::IsTrue(*schema_, Keyword::kBootAccessible);
-  rebootRequired_ = Json::IsTrue(*schema_, Keyword::kRebootRequired);
-  confirmedDuringUpgrade_ = Json::IsTrue(*schema_, Keyword::kConfirmedDuringUpgrade);
+  valueType_ = ValueTypeText(Json::IsTrue(*schema, Keyword::kShared));
+  bootAccessible_ = Json::IsTrue(*schema, Keyword::kBootAccessible);
+  rebootRequired_ = Json::IsTrue(*schema, Keyword::kRebootRequired);
+  confirmedDuringUpgrade_ = Json::IsTrue(*schema, Keyword::kConfirmedDuringUpgrade);
+  view_ = std::make_unique<const Json::TypeSchemaView>(*schema);
   {
     const std::lock_guard lock(SchemaLocks::Get().registrations);
-    registration_ = std::make_unique<JsonValidator::Registration>(*schema_);
+    registration_ = std::make_unique<JsonValidator::Registration>(*view_);
   }
-  root_ = std::make_unique<TypeNode>(*this, name.key, *schema_, KindOf(*schema_, KIND_USER),
-                                     InstanceIdMember(*schema_, *schema_));
+  const Json::SchemaPlace root = view_->Root();
+  root_ = std::make_unique<TypeNode>(*this, name.key, root, root.InstanceIdMember());
 }
 
 LoadedType::~LoadedType() {

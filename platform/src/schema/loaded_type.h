@@ -1,11 +1,11 @@
 // One configuration type in memory.
 #pragma once
 
-#include "platform/json_doc.h"
 #include "platform/json_validator.h"
 #include "platform/schema_store.h"
 
-#include "schema/schema_walk.h"
+#include "json/json_doc.h"
+#include "json/type_schema_view.h"
 
 #include <atomic>
 #include <memory>
@@ -21,10 +21,9 @@ class LoadedType;
 /// handles that are given out keep that alive.
 class TypeNode final : public SchemaObject {
  public:
-  /// \param schema  the schema of the objects, references followed
-  /// \param kind    the kind of data that the node belongs to as a whole
-  /// \param idMember  name of the member with the instance id, or empty
-  TypeNode(const LoadedType& type, std::string key, const Json::Value& schema, Kind kind,
+  /// \param place     of the objects
+  /// \param idMember  name of the member that tells them apart, or empty
+  TypeNode(const LoadedType& type, std::string key, Json::SchemaPlace place,
            std::string_view idMember);
   TypeNode(const TypeNode&) = delete;
   TypeNode& operator=(const TypeNode&) = delete;
@@ -33,30 +32,30 @@ class TypeNode final : public SchemaObject {
   const std::string& GetComponent() const override;
   const std::string& GetGroup() const override;
   const std::string& GetKey() const override { return key_; }
-  const Json::Value& GetSchemaDocument() const override { return schema_; }
+  const Json::Value& GetSchemaDocument() const override { return *place_.Schema(); }
   std::shared_ptr<SchemaObject> GetPropertySchema(const std::string& key) const override;
   const Json::Value* GetPropertyValueSchema(const std::string& key) const override;
   const std::string& GetVersion() const override;
   std::shared_ptr<TarnConfigStore::JsonDoc> GetIdMap() const override { return idMap_; }
   std::shared_ptr<TarnConfigStore::JsonDoc> GetDefaults() const override { return defaults_; }
   const std::string& GetValueType() const override;
-  bool IsVital() const override { return kind_ == KIND_VITAL; }
-  bool IsCached() const override { return kind_ == KIND_CACHED; }
+  bool IsVital() const override { return place_.OwnKind() == Json::Kind::VITAL; }
+  bool IsCached() const override { return place_.OwnKind() == Json::Kind::CACHED; }
   bool IsBootAccessible() const override;
   bool IsRebootRequired() const override;
   int GetConfigType() const override { return configType_; }
   bool IsNonSingleton() const override { return nonSingleton_; }
   bool IsConfirmedDuringUpgrade() const override;
   const std::vector<std::string>& GetPropertyNames() const override { return names_; }
+  Json::SchemaPlace GetSchemaPlace() const override { return place_; }
 
  private:
-  std::unique_ptr<TypeNode> MakeChild(const Json::Value& property, const std::string& name) const;
+  std::unique_ptr<TypeNode> MakeChild(const std::string& name) const;
 
   const LoadedType& type_;
   std::string key_;
-  const Json::Value& schema_;
+  Json::SchemaPlace place_;
   const Json::Value* properties_;
-  Kind kind_;
   int configType_;
   bool nonSingleton_;
   std::vector<std::string> names_;
@@ -83,7 +82,6 @@ class LoadedType : public std::enable_shared_from_this<LoadedType> {
   const TypeName& Name() const { return name_; }
   const std::string& Version() const { return version_; }
   const std::string& ValueType() const { return valueType_; }
-  const Json::Value& Schema() const { return *schema_; }
   bool BootAccessible() const { return bootAccessible_; }
   bool RebootRequired() const { return rebootRequired_; }
   bool ConfirmedDuringUpgrade() const { return confirmedDuringUpgrade_; }
@@ -93,7 +91,7 @@ class LoadedType : public std::enable_shared_from_this<LoadedType> {
 
   TypeName name_;
   TarnConfigStore::JsonDoc document_;
-  const Json::Value* schema_ = nullptr;
+  std::unique_ptr<const Json::TypeSchemaView> view_;
   std::string version_;
   std::string valueType_;
   bool bootAccessible_ = false;

@@ -1,7 +1,8 @@
 #include "schema/meta_schema.h"
 
-#include "platform/json_doc.h"
 #include "platform/json_validator.h"
+
+#include "json/json_doc.h"
 
 namespace TypeFiles {
 namespace {
@@ -116,9 +117,10 @@ constexpr const char* kText = R"json({
 
 struct Compiled {
   TarnConfigStore::JsonDoc document;
+  Json::TypeSchemaView view;
   JsonValidator::Registration registration;
 
-  Compiled() : registration(Parsed(document)) {}
+  Compiled() : view(Parsed(document)), registration(view) {}
 
   static const Json::Value& Parsed(TarnConfigStore::JsonDoc& document) {
     document.Parse(kText, Json::Origin::OUTSIDE);

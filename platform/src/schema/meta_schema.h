@@ -1,7 +1,7 @@
 // The shape of type files, as JSON Schema.
 #pragma once
 
-#include "platform/json.h"
+#include "json/json.h"
 
 #include <string_view>
 

@@ -1,7 +1,7 @@
 #include "schema/schema_locks.h"
 
 #include "db/connection_pool.h"
-#include "validation/schema_registry.h"
+#include "json_schema/schema_registry.h"
 
 #include <pthread.h>
 

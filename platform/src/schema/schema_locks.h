@@ -11,8 +11,8 @@ namespace TarnSchemaStore {
 struct SchemaLocks {
   std::mutex administration;  ///< held while the schema store is written, or read as a whole
   std::mutex database;        ///< held while types are read for use
-  std::mutex current;         ///< for a look-up: guards which InstalledTypes is the current one
-  std::mutex types;           ///< for a look-up: guards what the InstalledTypes hold
+  std::mutex current;         ///< for a look-up: guards which UsedTypes is the current one
+  std::mutex types;           ///< for a look-up: guards what the UsedTypes hold
   std::mutex registrations;   ///< held while the validator is told of a type that comes or goes
 
   static SchemaLocks& Get();

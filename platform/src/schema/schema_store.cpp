@@ -4,9 +4,9 @@
 
 #include "schema/current_types.h"
 #include "schema/file_stamp.h"
-#include "schema/installed_types.h"
 #include "schema/schema_database.h"
 #include "schema/schema_locks.h"
+#include "schema/used_types.h"
 
 #include <atomic>
 #include <exception>
@@ -27,7 +27,7 @@ struct Observation {
   mutable std::atomic<std::int64_t> stampSeen = 0;  // when the watched file last had this stamp
   mutable std::atomic<std::int64_t> pathSeen = 0;   // when the path last led to the watched file
   std::optional<std::int64_t> generation;
-  std::shared_ptr<InstalledTypes> types;
+  std::shared_ptr<UsedTypes> types;
 };
 
 using ObservationHandle = std::shared_ptr<const Observation>;
@@ -54,7 +54,7 @@ std::optional<std::int64_t> TryReadGeneration() {
 
 // A file with another stamp is taken for another file. With the same stamp the generation decides,
 // as long as the stamp is too fresh to be trusted.
-std::shared_ptr<InstalledTypes> Observe() {
+std::shared_ptr<UsedTypes> Observe() {
   const std::lock_guard reading(SchemaLocks::Get().database);
   const ObservationHandle last = LastObservation();
   auto next = std::make_shared<Observation>();
@@ -76,7 +76,7 @@ std::shared_ptr<InstalledTypes> Observe() {
   }
   const bool same =
       sameStamp && next->generation.has_value() && next->generation == last->generation;
-  next->types = same ? last->types : std::make_shared<InstalledTypes>();
+  next->types = same ? last->types : std::make_shared<UsedTypes>();
 
   const std::lock_guard lock(SchemaLocks::Get().current);
   Current() = next;
@@ -114,7 +114,7 @@ bool IsUpToDate(const Observation& seen) {
   return true;
 }
 
-std::shared_ptr<InstalledTypes> CurrentTypes() {
+std::shared_ptr<UsedTypes> CurrentTypes() {
   const ObservationHandle last = LastObservation();
   return last != nullptr && IsUpToDate(*last) ? last->types : Observe();
 }

@@ -1,8 +1,5 @@
 #include "schema/type_documents.h"
 
-#include "schema/annotations.h"
-#include "schema/schema_walk.h"
-
 #include <set>
 #include <vector>
 
@@ -49,56 +46,38 @@ class LazyObject {
 
 }  // namespace
 
-std::shared_ptr<JsonDoc> MakeIdMap(const Json::Value& root, const Json::Value& schema,
-                                   std::string_view key, std::string_view idMember) {
+std::shared_ptr<JsonDoc> MakeIdMap(Json::SchemaPlace place, std::string_view key,
+                                   std::string_view idMember) {
   LazyObject map;
   if (!idMember.empty()) {
     map.AddText(key, idMember);
   }
   // Level by level; schemas may contain themselves, so that each is looked at once.
-  std::vector<const Json::Value*> level = {&schema};
-  std::set<const Json::Value*> seen = {&schema};
+  std::vector<Json::SchemaPlace> level = {place};
+  std::set<const Json::Value*> seen = {place.Schema()};
   for (std::size_t i = 0; i < level.size(); ++i) {
-    const Json::Value* properties = PropertiesOf(*level[i]);
-    if (properties == nullptr) {
-      continue;
-    }
-    for (const auto& property : properties->GetObject()) {
-      const Json::Value* node = &ResolveReference(root, property.value);
-      const std::string_view name = Json::Text(property.name);
-      const std::string_view member = ElementIdMember(root, *node);
+    level[i].ForEachProperty([&](std::string_view name, Json::SchemaPlace property) {
+      const std::string_view member = property.Items().InstanceIdMember();
       // An entry of the key's name would make a type without instances look like one that has them.
       if (!member.empty() && name != key && !map.Has(name)) {
         map.AddText(name, member);
       }
-      while (const Json::Value* items = ElementsOf(*node)) {
-        node = &ResolveReference(root, *items);
-        if (!seen.insert(node).second) {
-          break;
-        }
-        level.push_back(node);
+      for (Json::SchemaPlace at = property; at && seen.insert(at.Schema()).second;
+           at = at.Items()) {
+        level.push_back(at);
       }
-      if (seen.insert(node).second) {
-        level.push_back(node);
-      }
-    }
+    });
   }
   return map.Take();
 }
 
-std::shared_ptr<JsonDoc> MakeDefaults(const Json::Value& root, const Json::Value& schema) {
+std::shared_ptr<JsonDoc> MakeDefaults(Json::SchemaPlace place) {
   LazyObject defaults;
-  if (const Json::Value* properties = PropertiesOf(schema)) {
-    for (const auto& property : properties->GetObject()) {
-      const Json::Value* value = Json::FindMember(property.value, Keyword::kDefault);
-      if (value == nullptr) {
-        value = Json::FindMember(ResolveReference(root, property.value), Keyword::kDefault);
-      }
-      if (value != nullptr) {
-        defaults.AddCopy(Json::Text(property.name), *value);
-      }
+  place.ForEachProperty([&](std::string_view name, Json::SchemaPlace property) {
+    if (const Json::Value* value = property.Default()) {
+      defaults.AddCopy(name, *value);
     }
-  }
+  });
   return defaults.Take();
 }
 

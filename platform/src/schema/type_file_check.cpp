@@ -1,11 +1,11 @@
 #include "platform/json_validator.h"
 #include "platform/type_files.h"
 
+#include "json/schema_keywords.h"
 #include "schema/annotation_rules.h"
-#include "schema/annotations.h"
 #include "schema/default_rules.h"
-#include "schema/findings.h"
 #include "schema/meta_schema.h"
+#include "schema/type_file_findings.h"
 #include "schema/version.h"
 
 #include <algorithm>
@@ -58,10 +58,10 @@ void CheckHead(const Json::Value& file, TypeFile& result, Findings& findings) {
 }
 
 void CheckRoot(const Json::Value& schema, Findings& findings) {
-  if (Json::FindMember(schema, TarnSchemaStore::Keyword::kReference) != nullptr) {
+  if (Json::FindMember(schema, Json::Keyword::kReference) != nullptr) {
     findings.Add("/schema/$ref", "the root of the schema has to tell the type's properties itself");
   }
-  const Json::Value* type = Json::FindMember(schema, TarnSchemaStore::Keyword::kType);
+  const Json::Value* type = Json::FindMember(schema, Json::Keyword::kType);
   if (type == nullptr || !type->IsString() || Json::Text(*type) != "object") {
     findings.Add(type == nullptr ? "/schema" : "/schema/type",
                  "objects of a type are JSON objects: the root needs \"type\": \"object\"");
@@ -74,15 +74,16 @@ void CheckSchemaOf(const Json::Value& file, TypeFile& result, Findings& findings
     return;
   }
   CheckRoot(*schema, findings);
+  const Json::TypeSchemaView type(*schema);
   const std::vector<AnnotatedDefault> defaults =
-      CheckAnnotations(*schema, result.type.name.key, findings);
+      CheckAnnotations(type, result.type.name.key, findings);
   Json::Document results;
   JsonValidator::CheckSchema(*schema, results);
   findings.AddNew(results, "/schema");
   // Nothing can be measured by a schema that is broken itself.
   if (!findings.AnyAtOrUnder("/schema")) {
     CheckPropertyDefaults(*schema, defaults, findings);
-    result.shipped = CheckShippedObjects(file, *schema, findings);
+    result.shipped = CheckShippedObjects(file, type, findings);
   }
 }
 

@@ -2,12 +2,10 @@
 
 #include "platform/type_files.h"
 
+#include "json/characters.h"
+
 namespace TypeFiles {
 namespace {
-
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
 
 // Takes the next number off a version, without its leading zeros: of two such texts of digits the
 // longer is the greater, and no number is too long.
@@ -18,7 +16,7 @@ std::string_view TakeNumber(std::string_view& version) {
                            ? number.size()
                            : number.find_first_not_of('0'));
   for (const char c : number) {
-    if (!IsDigit(c)) {
+    if (!Json::IsDigit(c)) {
       return {};
     }
   }
@@ -44,10 +42,10 @@ int CompareVersions(std::string_view a, std::string_view b) noexcept {
 bool IsVersion(std::string_view text) noexcept {
   bool digitBefore = false;
   for (const char c : text) {
-    if (!IsDigit(c) && !(c == '.' && digitBefore)) {
+    if (!Json::IsDigit(c) && !(c == '.' && digitBefore)) {
       return false;
     }
-    digitBefore = IsDigit(c);
+    digitBefore = Json::IsDigit(c);
   }
   return digitBefore;
 }

@@ -1,6 +1,10 @@
 #include "platform/schema_store.h"
 
+#include "json/pointer.h"
+#include "json/schema_references.h"
+
 #include <string>
+#include <unordered_map>
 #include <utility>
 
 namespace TarnSchemaStore {
@@ -16,41 +20,52 @@ Value ObjectSchema(Value&& properties, Allocator& allocator) {
   return schema;
 }
 
-// The name as a token of a JSON Pointer in a URI fragment. Names of types need no escaping, but a
-// document may name anything.
-std::string Token(std::string_view name) {
-  std::string token;
-  for (const char character : name) {
-    switch (character) {
-      case '~':
-        token += "~0";
-        break;
-      case '/':
-        token += "~1";
-        break;
-      default:
-        token += character;
-    }
-  }
-  return token;
+std::string Below(std::string pointer, std::string_view name) {
+  Json::AppendToken(pointer, name);
+  return pointer;
 }
 
-// A type's references are relative to its own root, which now lies deeper.
-void MoveReferences(Value& schema, const std::string& root, Allocator& allocator) {
-  if (schema.IsArray()) {
-    for (Value& element : schema.GetArray()) {
-      MoveReferences(element, root, allocator);
+// Calls `visit(value, pointer)` for a value and everything in it.
+template <class Visit>
+void ForEachValue(const Value& value, const std::string& pointer, const Visit& visit) {
+  visit(value, pointer);
+  if (value.IsArray()) {
+    for (rapidjson::SizeType i = 0; i < value.Size(); ++i) {
+      ForEachValue(value[i], Below(pointer, std::to_string(i)), visit);
     }
-  } else if (schema.IsObject()) {
-    for (auto& member : schema.GetObject()) {
-      if (Json::Text(member.name) == "$ref" && member.value.IsString() &&
-          Json::Text(member.value).substr(0, 1) == "#") {
-        const std::string moved = "#" + root + std::string(Json::Text(member.value).substr(1));
-        member.value = Json::Copy(moved, allocator);
-      } else {
-        MoveReferences(member.value, root, allocator);
-      }
+  } else if (value.IsObject()) {
+    for (const auto& member : value.GetObject()) {
+      ForEachValue(member.value, Below(pointer, Json::Text(member.name)), visit);
     }
+  }
+}
+
+std::string AsFragment(std::string_view pointer) {
+  std::string fragment = "#";
+  for (const char c : pointer) {
+    fragment += c == '%' ? std::string("%25") : std::string(1, c);
+  }
+  return fragment;
+}
+
+// A type's references are relative to its own root, which now lies deeper, beside other types that
+// may give the same names ("$id") to other things: each becomes a pointer to what it leads to.
+void MoveReferences(const Value& type, Value& copy, const std::string& root, Allocator& allocator) {
+  const Json::SchemaReferences references(type);
+  std::unordered_map<const Value*, std::string> places;
+  ForEachValue(type, {}, [&](const Value& value, const std::string& pointer) {
+    places.emplace(&value, pointer);
+  });
+  for (const auto& [value, pointer] : places) {
+    if (!references.IsSchema(*value)) {
+      continue;
+    }
+    Value& moved = const_cast<Value&>(*Json::FindAt(copy, *Json::ParsePointer(pointer)));
+    const Json::SchemaReferences::Target* target = references.Find(*value);
+    if (target != nullptr && target->schema != nullptr) {
+      moved["$ref"] = Json::Copy(AsFragment(root + places.at(target->schema)), allocator);
+    }
+    moved.RemoveMember("$id");
   }
 }
 
@@ -58,10 +73,10 @@ Value TypeSchema(const Value& value, const SchemaObject& type, const std::string
                  Allocator& allocator) {
   Value own(type.GetSchemaDocument(), allocator);
   if (!value.IsArray()) {
-    MoveReferences(own, root, allocator);
+    MoveReferences(type.GetSchemaDocument(), own, root, allocator);
     return own;
   }
-  MoveReferences(own, root + "/items", allocator);
+  MoveReferences(type.GetSchemaDocument(), own, root + "/items", allocator);
   Value schema(rapidjson::kObjectType);
   schema.AddMember("type", "array", allocator);
   schema.AddMember("items", std::move(own), allocator);
@@ -72,16 +87,16 @@ Value TypeSchema(const Value& value, const SchemaObject& type, const std::string
 
 void GenerateSchemaDocument(const Value& value, const std::shared_ptr<SchemaObjectCache>& cache,
                             TarnConfigStore::JsonDoc& document) {
-  constexpr const char* kProperties = "/properties/";
+  constexpr const char* kProperties = "/properties";
   Allocator& allocator = document.GetAllocator();
   Value components(rapidjson::kObjectType);
   for (const auto& component : value.GetObject()) {
     Value groups(rapidjson::kObjectType);
-    const std::string componentAt = kProperties + Token(Json::Text(component.name));
+    const std::string componentAt = Below(kProperties, Json::Text(component.name));
     if (component.value.IsObject()) {
       for (const auto& group : component.value.GetObject()) {
         Value keys(rapidjson::kObjectType);
-        const std::string groupAt = componentAt + kProperties + Token(Json::Text(group.name));
+        const std::string groupAt = Below(componentAt + kProperties, Json::Text(group.name));
         if (group.value.IsObject()) {
           for (const auto& key : group.value.GetObject()) {
             const auto type = cache->GetSchemaObject(std::string(Json::Text(component.name)),
@@ -90,7 +105,7 @@ void GenerateSchemaDocument(const Value& value, const std::shared_ptr<SchemaObje
             if (type) {
               keys.AddMember(
                   Value(key.name, allocator),
-                  TypeSchema(key.value, *type, groupAt + kProperties + Token(Json::Text(key.name)),
+                  TypeSchema(key.value, *type, Below(groupAt + kProperties, Json::Text(key.name)),
                              allocator),
                   allocator);
             }

@@ -1,0 +1,90 @@
+// JSON, as the whole library uses it. The only header that includes RapidJSON, so that one set of
+// switches holds everywhere.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace Json {
+
+/// Called when a JSON value is used as something it is not: throws what the hook throws, or
+/// std::logic_error where none is set or it returns.
+[[noreturn]] void RaiseAssertion(const char* file, int line, const char* condition);
+
+/// Says what a failed assertion throws, for the whole process. Those who stand above set it.
+using AssertionHook = void (*)(const char* file, int line, const char* condition);
+void SetAssertionHook(AssertionHook hook) noexcept;
+
+}  // namespace Json
+
+// Without this, RapidJSON marks moves noexcept and a failed assertion inside one would end the
+// process.
+#define RAPIDJSON_HAS_CXX11_NOEXCEPT 0
+#define RAPIDJSON_ASSERT(x) \
+  (static_cast<bool>(x) ? static_cast<void>(0) : ::Json::RaiseAssertion(__FILE__, __LINE__, #x))
+#define RAPIDJSON_HAS_STDSTRING 1
+
+#include <rapidjson/document.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+namespace Json {
+
+using Encoding = rapidjson::UTF8<>;
+using Allocator = rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>;
+using Value = rapidjson::GenericValue<Encoding, Allocator>;
+using Document = rapidjson::GenericDocument<Encoding, Allocator, rapidjson::CrtAllocator>;
+
+/// Deepest nesting that is read or checked: every walk over a value recurses.
+constexpr std::size_t kMaxDepth = 128;
+
+/// Where a text comes from. What comes from OUTSIDE may name no member twice and hold no integer of
+/// more than 64 bits, which would be altered; in the store's own rows both are read as well as can
+/// be.
+enum class Origin { STORED, OUTSIDE };
+
+/// What a parse came to.
+struct ParseResult {
+  bool ok = true;
+  std::size_t offset = 0;  ///< bytes before the fault
+  std::string message;     ///< what was wrong, in words; empty when ok
+
+  explicit operator bool() const { return ok; }
+};
+
+/// Parses a text into the root of a document, whose allocator then owns the value: strict UTF-8,
+/// numbers in full precision, at most kMaxDepth levels, nothing after the value. On failure the
+/// document is null. Needs no document of its own: `into` may be any document, empty or not.
+ParseResult Parse(std::string_view text, Document& into, Origin origin = Origin::STORED);
+
+/// The value as compact text. False, with an empty text, for what JSON cannot say: a string that is
+/// not UTF-8, or a number that is not finite.
+bool Serialize(const Value& value, std::string& text);
+
+/// The member of an object, or null where the value is no object or has no such member. Never
+/// asserts.
+const Value* FindMember(const Value& object, std::string_view name);
+inline Value* FindMember(Value& object, std::string_view name) {
+  return const_cast<Value*>(FindMember(static_cast<const Value&>(object), name));
+}
+
+/// True when the object has the member and its value is the boolean true.
+bool IsTrue(const Value& object, std::string_view name);
+
+inline std::string_view Text(const Value& string) {
+  return {string.GetString(), string.GetStringLength()};
+}
+
+/// A value that refers to a text that outlives it; nothing is copied. Not for values that are
+/// copied on.
+inline Value Reference(std::string_view text) {
+  return Value(rapidjson::StringRef(text.data(), static_cast<rapidjson::SizeType>(text.size())));
+}
+
+/// A value that holds a copy of a text.
+inline Value Copy(std::string_view text, Allocator& allocator) {
+  return Value(text.data(), static_cast<rapidjson::SizeType>(text.size()), allocator);
+}
+
+}  // namespace Json

@@ -1,0 +1,40 @@
+// The holder of one JSON document.
+#pragma once
+
+#include "json/json.h"
+
+#include <cstddef>
+#include <memory>
+#include <string_view>
+
+namespace TarnConfigStore {
+
+/// Owns one JSON value and the memory of everything in it. The first block of memory is sized to
+/// the text that the value comes from, because RapidJSON's own default of 64 KB an object is the
+/// largest waste there is in a store of small objects. Memory is given back only when the holder
+/// goes: values live as long.
+class JsonDoc {
+ public:
+  /// An empty (null) value with room for about this many bytes of values.
+  explicit JsonDoc(std::size_t capacity = 0);
+  JsonDoc(const JsonDoc&) = delete;
+  JsonDoc& operator=(const JsonDoc&) = delete;
+
+  Json::Value* GetJsonValuePtr() { return &root_; }
+  const Json::Value* GetJsonValuePtr() const { return &root_; }
+  Json::Allocator& GetAllocator() { return pool_; }
+
+  /// Replaces the value by a parsed text; on failure the value is null. See Json::Parse.
+  Json::ParseResult Parse(std::string_view text, Json::Origin origin);
+
+  /// The room that the values of a parsed text of this length take up, as a rule, and the memory's
+  /// own header.
+  static std::size_t CapacityFor(std::size_t textLength) { return 2 * textLength + 24; }
+
+ private:
+  std::unique_ptr<char[]> buffer_;
+  Json::Allocator pool_;
+  Json::Value root_;
+};
+
+}  // namespace TarnConfigStore

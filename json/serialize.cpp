@@ -1,0 +1,50 @@
+#include "json/json.h"
+
+#include <charconv>
+#include <cmath>
+
+namespace Json {
+namespace {
+
+using Buffer = rapidjson::StringBuffer;
+using Writer = rapidjson::Writer<Buffer, Encoding, Encoding, rapidjson::CrtAllocator,
+                                 rapidjson::kWriteValidateEncodingFlag>;
+
+// RapidJSON's own digits read back as the same number but are not always the ones that were given
+// (0.30000000000000004 comes out as ...07).
+class ExactWriter : public Writer {
+ public:
+  using Writer::Writer;
+
+  bool Double(double value) {
+    if (!std::isfinite(value)) {
+      return false;
+    }
+    constexpr std::size_t kLongest = 32;
+    char text[kLongest];
+    char* end = std::to_chars(text, text + kLongest, value).ptr;
+    if (std::string_view(text, static_cast<std::size_t>(end - text)).find_first_of(".e") ==
+        std::string_view::npos) {
+      // What was floating point has to read back as floating point.
+      *end++ = '.';
+      *end++ = '0';
+    }
+    return RawValue(text, static_cast<std::size_t>(end - text), rapidjson::kNumberType);
+  }
+};
+
+}  // namespace
+
+bool Serialize(const Value& value, std::string& text) {
+  constexpr std::size_t kUsualSize = 1024;
+  Buffer buffer(nullptr, kUsualSize);
+  ExactWriter writer(buffer);
+  if (!value.Accept(writer)) {
+    text.clear();
+    return false;
+  }
+  text.assign(buffer.GetString(), buffer.GetSize());
+  return true;
+}
+
+}  // namespace Json

@@ -1,0 +1,132 @@
+// The assertions on objects and their members.
+#include "json_schema/assertion_check.h"
+#include "json_schema/describe.h"
+#include "json_schema/known_members.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace JsonValidator {
+
+bool AssertionCheck::VisitObject(const ObjectRules& rules, const Json::Value& value,
+                                 const Place& place, Findings* findings) const {
+  bool ok = true;
+  if (Asserting(findings)) {
+    if (value.MemberCount() < rules.minProperties) {
+      ok = Fail(findings, place, [&] {
+        return "expected at least " + Count(rules.minProperties, "member") + ", found " +
+               std::to_string(value.MemberCount());
+      });
+    }
+    if (value.MemberCount() > rules.maxProperties) {
+      ok = Fail(findings, place, [&] {
+        return "expected at most " + Count(rules.maxProperties, "member") + ", found " +
+               std::to_string(value.MemberCount());
+      });
+    }
+  }
+  std::uint64_t seen = 0;
+  std::uint32_t index = 0;
+  for (const auto& member : value.GetObject()) {
+    if (!ok && findings == nullptr) {
+      return false;
+    }
+    const Property* property = rules.properties.Find(Json::Text(member.name));
+    if (property != nullptr) {
+      seen |= property->requiredBit;
+    }
+    ok = VisitMember(rules, property, member, Place{&place, &member.name, index++}, findings) && ok;
+  }
+  if (findings == nullptr || scope_.required) {
+    ok = VisitRequired(rules, value, seen, place, findings) && ok;
+  }
+  return VisitDependencies(rules, value, place, findings) && ok;
+}
+
+bool AssertionCheck::VisitMember(const ObjectRules& rules, const Property* property,
+                                 const Json::Value::Member& member, const Place& place,
+                                 Findings* findings) const {
+  bool ok = property == nullptr || Visit(*property->node, member.value, place, findings);
+  bool declared = property != nullptr;
+  for (const PatternProperty& pattern : rules.patternProperties) {
+    if (!IsSound(member.name)) {
+      break;
+    }
+    switch (pattern.pattern->Match(Json::Text(member.name))) {
+      case Pattern::Result::MATCH:
+        declared = true;
+        ok = Visit(*pattern.node, member.value, place, findings) && ok;
+        break;
+      case Pattern::Result::NO_MATCH:
+        break;
+      case Pattern::Result::UNDECIDED:
+        ok = !Asserting(findings) || FailUndecided(findings, place, [&] {
+          return "the member name could not be checked against the pattern " +
+                 pattern.pattern->Text();
+        });
+        break;
+    }
+  }
+  if (!declared && rules.additional != nullptr) {
+    if (!rules.additional->refusesAll) {
+      ok = Visit(*rules.additional, member.value, place, findings) && ok;
+    } else if (Asserting(findings)) {
+      ok = Fail(findings, place, [&] { return UnknownMember(Json::Text(member.name), {&rules}); });
+    }
+  }
+  return (rules.propertyNames == nullptr || !Asserting(findings) ||
+          VisitName(*rules.propertyNames, member.name, place, findings)) &&
+         ok;
+}
+
+bool AssertionCheck::VisitName(const Node& node, const Json::Value& name, const Place& place,
+                               Findings* findings) const {
+  return Holds(node, name, place) || Fail(findings, place, [&] {
+           Findings reasons;
+           AssertionCheck({true, true, scope_.textsAreSound, nullptr})
+               .Check(node, name, place, reasons);
+           return "the member name is not allowed: " +
+                  (reasons.Empty() ? "it could not be checked" : reasons.Sorted().front().error);
+         });
+}
+
+bool AssertionCheck::VisitRequired(const ObjectRules& rules, const Json::Value& value,
+                                   std::uint64_t seen, const Place& place,
+                                   Findings* findings) const {
+  if (rules.required.empty()) {
+    return true;
+  }
+  bool ok = true;
+  const auto ticked = static_cast<std::size_t>(std::popcount(rules.requiredBits));
+  if (seen != rules.requiredBits || ticked < rules.required.size()) {
+    for (std::size_t i = 0; i < rules.required.size(); ++i) {
+      const bool given = i < ticked ? (seen >> i & 1U) != 0
+                                    : Json::FindMember(value, rules.required[i]) != nullptr;
+      if (!given) {
+        ok = Fail(findings, place, [&] { return MissingMember(rules.required[i]); });
+      }
+    }
+  }
+  return ok;
+}
+
+bool AssertionCheck::VisitDependencies(const ObjectRules& rules, const Json::Value& value,
+                                       const Place& place, Findings* findings) const {
+  bool ok = true;
+  for (const Dependency& dependency : rules.dependencies) {
+    if (Json::FindMember(value, dependency.name) == nullptr) {
+      continue;
+    }
+    for (const std::string_view name : dependency.members) {
+      if (Asserting(findings) && Json::FindMember(value, name) == nullptr) {
+        ok = Fail(findings, place, [&] {
+          return MissingMember(name) + " because member " + Quoted(dependency.name) + " is given";
+        });
+      }
+    }
+    ok = (dependency.node == nullptr || Visit(*dependency.node, value, place, findings)) && ok;
+  }
+  return ok;
+}
+
+}  // namespace JsonValidator

@@ -1,0 +1,35 @@
+// Values and types in an administrator's words.
+#pragma once
+
+#include "json/json.h"
+#include "json_schema/compiled_node.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace JsonValidator {
+
+/// In quotes, escaped as in JSON; a long text is shortened.
+std::string Quoted(std::string_view text);
+
+/// What was found: `the text "abc"`, `99`, `an object`.
+std::string Found(const Json::Value& value);
+
+/// A value of a schema as JSON would write it, shortened.
+std::string Literal(const Json::Value& value);
+
+/// A set of types: "an integer or null".
+std::string ExpectedTypes(TypeSet types);
+
+/// `member "servers" is required`
+std::string MissingMember(std::string_view name);
+
+/// "1 element", "3 elements".
+std::string Count(std::uint64_t count, std::string_view noun);
+
+/// Separated by ", ", cut off where the list gets long.
+std::string Listed(const std::vector<std::string>& items);
+
+}  // namespace JsonValidator

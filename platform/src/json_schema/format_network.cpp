@@ -1,0 +1,157 @@
+#include "json_schema/format_network.h"
+
+#include "json/characters.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <system_error>
+
+namespace JsonValidator {
+namespace {
+
+/// A decimal number without sign and leading zeros, at most `most`.
+bool IsDecimal(std::string_view text, std::uint32_t least, std::uint32_t most) {
+  if (text.empty() || !std::all_of(text.begin(), text.end(), Json::IsDigit) ||
+      (text.size() > 1 && text.front() == '0')) {
+    return false;
+  }
+  std::uint32_t number = 0;
+  const std::from_chars_result end =
+      std::from_chars(text.data(), text.data() + text.size(), number);
+  return end.ec == std::errc() && number >= least && number <= most;
+}
+
+bool IsPrefix(std::string_view text, bool (*isAddress)(std::string_view), std::uint32_t bits) {
+  const std::size_t slash = text.find('/');
+  return slash != std::string_view::npos && isAddress(text.substr(0, slash)) &&
+         IsDecimal(text.substr(slash + 1), 0, bits);
+}
+
+bool IsAtom(std::string_view text) {
+  constexpr std::string_view kOthers = "!#$%&'*+-/=?^_`{|}~";
+  return !text.empty() && std::all_of(text.begin(), text.end(), [&](char c) {
+    return Json::IsLetter(c) || Json::IsDigit(c) || kOthers.find(c) != std::string_view::npos;
+  });
+}
+
+bool IsQuotedString(std::string_view text) {
+  if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
+    return false;
+  }
+  text = text.substr(1, text.size() - 2);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool escapes = text[i] == '\\';
+    i += static_cast<std::size_t>(escapes);
+    if (i == text.size() || text[i] < ' ' || text[i] > '~' || (!escapes && text[i] == '"')) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+bool IsIpv4(std::string_view text) {
+  int parts = 0;
+  for (std::size_t begin = 0; begin <= text.size(); ++parts) {
+    const std::size_t end = std::min(text.find('.', begin), text.size());
+    if (!IsDecimal(text.substr(begin, end - begin), 0, 255)) {
+      return false;
+    }
+    begin = end + 1;
+  }
+  return parts == 4;
+}
+
+bool IsIpv6(std::string_view text) {
+  std::array<char, INET6_ADDRSTRLEN> copy{};  // zeros: the copy ends with one
+  if (text.size() >= copy.size() || text.find('\0') != std::string_view::npos) {
+    return false;
+  }
+  std::copy(text.begin(), text.end(), copy.begin());
+  in6_addr address{};
+  return inet_pton(AF_INET6, copy.data(), &address) == 1;
+}
+
+bool IsIpv4Prefix(std::string_view text) {
+  return IsPrefix(text, IsIpv4, 32);
+}
+
+bool IsIpv6Prefix(std::string_view text) {
+  return IsPrefix(text, IsIpv6, 128);
+}
+
+bool IsMacAddress(std::string_view text) {
+  constexpr std::size_t kLength = 17;
+  if (text.size() != kLength || (text[2] != ':' && text[2] != '-')) {
+    return false;
+  }
+  for (std::size_t i = 0; i < kLength; ++i) {
+    if (i % 3 == 2 ? text[i] != text[2] : !Json::IsHexDigit(text[i])) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool IsHostname(std::string_view text) {
+  constexpr std::size_t kLongest = 253;
+  constexpr std::size_t kLongestLabel = 63;
+  if (text.size() > kLongest) {
+    return false;
+  }
+  for (std::size_t begin = 0; begin <= text.size();) {
+    const std::size_t end = std::min(text.find('.', begin), text.size());
+    const std::string_view label = text.substr(begin, end - begin);
+    const auto allowed = [](char c) { return Json::IsLetter(c) || Json::IsDigit(c) || c == '-'; };
+    if (label.empty() || label.size() > kLongestLabel || label.front() == '-' ||
+        label.back() == '-' || !std::all_of(label.begin(), label.end(), allowed)) {
+      return false;
+    }
+    begin = end + 1;
+  }
+  return true;
+}
+
+bool IsEmail(std::string_view text) {
+  const std::size_t at = text.rfind('@');
+  if (at == std::string_view::npos) {
+    return false;
+  }
+  std::string_view local = text.substr(0, at);
+  const std::string_view domain = text.substr(at + 1);
+  if (domain.size() > 2 && domain.front() == '[' && domain.back() == ']') {
+    std::string_view address = domain.substr(1, domain.size() - 2);
+    constexpr std::string_view kIpv6 = "IPv6:";
+    if (!(address.starts_with(kIpv6) ? IsIpv6(address.substr(kIpv6.size())) : IsIpv4(address))) {
+      return false;
+    }
+  } else if (!IsHostname(domain)) {
+    return false;
+  }
+  if (IsQuotedString(local)) {
+    return true;
+  }
+  for (std::size_t begin = 0; begin <= local.size();) {
+    const std::size_t end = std::min(local.find('.', begin), local.size());
+    if (!IsAtom(local.substr(begin, end - begin))) {
+      return false;
+    }
+    begin = end + 1;
+  }
+  return true;
+}
+
+bool IsPort(std::string_view text) {
+  return IsDecimal(text, 1, 65535);
+}
+
+bool IsPort(const Json::Value& integer) {
+  constexpr double kLast = 65535;
+  return integer.GetDouble() >= 1 && integer.GetDouble() <= kLast;
+}
+
+}  // namespace JsonValidator

@@ -1,0 +1,68 @@
+#include "platform/json_validator.h"
+
+#include "json_schema/assertion_check.h"
+#include "json_schema/compiled_schema.h"
+#include "json_schema/member_rules.h"
+#include "json_schema/rule_set.h"
+#include "json_schema/schema_faults.h"
+#include "json_schema/schema_registry.h"
+#include "json_schema/soundness_check.h"
+#include "json_schema/validation_findings.h"
+
+#include <memory>
+#include <optional>
+
+namespace JsonValidator {
+namespace {
+
+void CheckAgainst(const CompiledSchema& schema, const Json::Value& value, RuleSet rules,
+                  Findings& findings) {
+  SoundnessCheck soundness(rules.Has(RULE_DECLARED_MEMBERS), findings);
+  if (!soundness.Check(value)) {
+    return;
+  }
+  const bool assertions = rules.Has(RULE_JSON_SCHEMA);
+  const AssertionCheck::Scope scope{assertions, rules.Has(RULE_REQUIRED), soundness.TextsAreSound(),
+                                    assertions ? &findings : nullptr};
+  if (scope.assertions || scope.required) {
+    AssertionCheck(scope).Check(schema.Root(), value, Place{}, findings);
+  }
+  MemberRules(rules, scope, findings).Check(schema.Root(), schema.View().Root(), value);
+}
+
+}  // namespace
+
+void Validate(const Json::Value& schema, const Json::Value& value, Json::Document& result,
+              const std::unordered_set<int>& rules, const std::string& /*context*/) {
+  Findings findings;
+  std::shared_ptr<const CompiledSchema> compiled = SchemaRegistry::Instance().Find(schema);
+  std::optional<Json::TypeSchemaView> view;
+  if (!compiled) {
+    compiled = std::make_shared<const CompiledSchema>(view.emplace(schema));
+  }
+  if (compiled->Faults().empty()) {
+    CheckAgainst(*compiled, value, RuleSet(rules), findings);
+  } else {
+    findings.Add(Place{}, FaultsInWords(*compiled));
+  }
+  findings.Write(result);
+}
+
+Registration::Registration(const Json::TypeSchemaView& view) : schema_(&view.Schema()) {
+  SchemaRegistry::Instance().Add(view);
+}
+
+Registration::~Registration() {
+  SchemaRegistry::Instance().Remove(*schema_);
+}
+
+void CheckSchema(const Json::Value& schema, Json::Document& result) {
+  Findings findings;
+  if (SoundnessCheck(true, findings).Check(schema)) {
+    const Json::TypeSchemaView view(schema);
+    NoteFaults(CompiledSchema(view), findings);
+  }
+  findings.Write(result);
+}
+
+}  // namespace JsonValidator

@@ -1,0 +1,19 @@
+// JSON numbers compared by value, exactly: 64-bit integers are never rounded to doubles.
+#pragma once
+
+#include "json/json.h"
+
+namespace JsonValidator {
+
+/// Negative, 0 or positive as `a` is less than, equal to or greater than `b`. Both are finite
+/// numbers.
+int CompareNumbers(const Json::Value& a, const Json::Value& b);
+
+/// Whether the number has no fraction; 5.0 has none.
+bool IsWhole(const Json::Value& number);
+
+/// Whether the number is a multiple of the divisor, which is greater than 0. Both are taken as the
+/// decimal numbers that they are written as, so that 0.3 is a multiple of 0.1.
+bool IsMultipleOf(const Json::Value& number, const Json::Value& divisor);
+
+}  // namespace JsonValidator

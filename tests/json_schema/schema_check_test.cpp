@@ -1,0 +1,111 @@
+// What CheckSchema says of schemas.
+#include "json_schema/findings_text.h"
+
+#include <utility>
+
+namespace ValidatorTest {
+namespace {
+
+std::string Check(std::string_view schema) {
+  Json::Document result;
+  JsonValidator::CheckSchema(Parsed(schema), result);
+  return Lines(result);
+}
+
+TEST(CheckSchema, FindsNothingInSoundSchemas) {
+  for (const char* schema :
+       {"true", "{}", R"({"type": ["string", "null"], "unknown": {"type": 3}, "format": "any"})",
+        R"({"properties": {"$ref": {"type": "string"}, "next": {"$ref": "#"}},
+               "definitions": {"a/b~": {"items": {"$ref": "#/definitions/a~1b~0"}}, "c d": false},
+               "additionalProperties": {"$ref": "#/definitions/c%20d"}})",
+        R"({"$ref": "#/definitions/a", "minimum": "hidden by the reference",
+               "definitions": {"a": {"minLength": 2.0}}})"}) {
+    EXPECT_EQ(Check(schema), "") << schema;
+  }
+}
+
+TEST(CheckSchema, ReportsEveryMalformedKeywordWhereItStands) {
+  EXPECT_EQ(
+      Check(R"({
+      "type": "text", "properties": {"a": 1, "b": {"minimum": "3", "vital": 1}},
+      "required": ["x", "x", 2], "allOf": [], "items": [{"maxLength": -1}, null],
+      "definitions": {"unused": {"multipleOf": 0, "uniqueItems": "yes"}},
+      "dependencies": {"a": ["b", 1]}, "enum": 1, "format": 2, "patternProperties": {"(": {}}})"),
+      "/type: \"text\" is not a type; the types are array, boolean, integer, null, number, object "
+      "and string\n"
+      "/properties/a: expected a schema (an object, or true or false), found 1\n"
+      "/properties/b/minimum: \"minimum\" has to be a number, found the text \"3\"\n"
+      "/properties/b/vital: \"vital\" has to be true or false, found 1\n"
+      "/required/1: \"x\" is listed twice\n"
+      "/required/2: expected the name of a member, found 2\n"
+      "/allOf: \"allOf\" has to be an array of at least one schema, found an empty array\n"
+      "/items/0/maxLength: \"maxLength\" has to be a whole number from 0, found -1\n"
+      "/items/1: expected a schema (an object, or true or false), found null\n"
+      "/definitions/unused/multipleOf: \"multipleOf\" has to be a number greater than 0, found 0\n"
+      "/definitions/unused/uniqueItems: \"uniqueItems\" has to be true or false, found the text "
+      "\"yes\"\n"
+      "/dependencies/a/1: expected the name of a member, found 1\n"
+      "/enum: \"enum\" has to be an array, found 1\n"
+      "/format: \"format\" has to be a text, found 2\n"
+      "/patternProperties/(: \"(\" is not a valid pattern: missing closing parenthesis (at byte "
+      "1)");
+}
+
+TEST(CheckSchema, ReportsReferencesThatLeadNowhereOrOutside) {
+  EXPECT_EQ(
+      Check(R"({"properties": {
+      "a": {"$ref": "#/definitions/missing"}, "b": {"$ref": "http://example.com/schema#/a"},
+      "c": {"$ref": "other.json"}, "d": {"$ref": 5}, "e": {"$ref": "#/properties"},
+      "f": {"$ref": "#/required/0"}, "g": {"$ref": "#/allOf/01"}},
+      "required": ["a"], "allOf": [true, true]})"),
+      "/properties/a/$ref: the reference \"#/definitions/missing\" leads nowhere\n"
+      "/properties/b/$ref: the reference \"http://example.com/schema#/a\" leads outside the "
+      "schema\n"
+      "/properties/c/$ref: the reference \"other.json\" leads outside the schema\n"
+      "/properties/d/$ref: \"$ref\" has to be a text, found 5\n"
+      "/properties/f/$ref: the reference \"#/required/0\" leads to something that is no schema: "
+      "the text \"a\"\n"
+      "/properties/g/$ref: the reference \"#/allOf/01\" leads nowhere");
+}
+
+TEST(References, FindPartsOfTheSchemaByTheirNames) {
+  constexpr std::string_view kNamed = R"({
+      "$id": "http://example.com/root.json",
+      "definitions": {
+        "a": {"$id": "#text", "type": "string"},
+        "b": {"$id": "folder/number.json", "type": "number", "definitions": {"c": {"type": "null"}},
+              "not": {"$ref": "#/definitions/c"}}},
+      "enum": [{"$id": "#hidden"}, {"x": "y", "n": 1}],
+      "properties": {"x": {"$ref": "root.json#text"}, "n": {"$ref": "/folder/number.json"}}})";
+  EXPECT_EQ(Check(kNamed), "");
+  EXPECT_EQ(FindingsOf(kNamed, R"({"x": "y", "n": 1})"), "");
+  EXPECT_EQ(Check(R"({"properties": {"a": {"$ref": "#hidden"}}, "const": {"$id": "#hidden"}})"),
+            "/properties/a/$ref: the reference \"#hidden\" leads nowhere");
+}
+
+TEST(CheckSchema, ReportsReferencesThatLoopInOnePlace) {
+  for (const char* keyword :
+       {R"("allOf": [@])", R"("anyOf": [true, @])", R"("oneOf": [@])", R"("not": @)", R"("if": @)",
+        R"("if": true, "then": @)", R"("if": true, "else": @)", R"("dependencies": {"a": @})"}) {
+    std::string schema = std::string(R"({"definitions": {"loop": {)") + keyword +
+                         R"(}}, "properties": {"x": {"$ref": "#/definitions/loop"}}})";
+    schema.replace(schema.find('@'), 1, R"({"$ref": "#/definitions/loop"})");
+    const std::string lines = Check(schema);
+    EXPECT_NE(lines.find("/$ref: the reference leads back to where it stands"), std::string::npos)
+        << schema << "\n"
+        << lines;
+    EXPECT_EQ(lines.find('\n'), std::string::npos) << lines;
+  }
+  EXPECT_EQ(
+      Check(
+          R"({"definitions": {"a": {"$ref": "#/definitions/b"}, "b": {"$ref": "#/definitions/a"}}})"),
+      "/definitions/b/$ref: the reference leads back to where it stands");
+}
+
+TEST(CheckSchema, ReportsWhatNoTextMaySay) {
+  EXPECT_EQ(Check(R"({"properties": {"a": {"type": "null"}, "a": {"type": "string"}}})"),
+            "/properties/a: member \"a\" is given twice");
+}
+
+}  // namespace
+}  // namespace ValidatorTest
