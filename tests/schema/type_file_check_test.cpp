@@ -116,8 +116,25 @@ TEST(TypeFileCheck, EachRuleIsReportedAtItsPlace) {
        {"/schema/properties/a/items/vital: means something at the root"}},
       {Properties(R"("a":{"anyOf":[{"properties":{"b":{"cached":true}}}]})"),
        {"/schema/properties/a/anyOf/0/properties/b/cached: means something"}},
-      {Properties(R"("a":{"$ref":"#/definitions/d"})", R"(,"definitions":{"d":{"vital":true}})"),
-       {"/schema/definitions/d/vital: is not looked for in definitions"}},
+      // What references lead to has to agree with where they stand, and to be found by the library.
+      {Properties(R"("a":{"cached":true,"$ref":"#d"},"b":{"cached":true,"$ref":"#/properties/c"},
+                      "c":{"properties":{"x":{"$ref":"#d"}}},"e":{"$ref":"#/definitions/x~2"})",
+                  R"(,"definitions":{"d":{"$id":"#d","vital":true},"x~2":{}})"),
+       {"/schema/properties/a/$ref: leads to data that is tagged otherwise",
+        "/schema/properties/b/$ref: leads to data that is tagged otherwise",
+        "/schema/properties/e/$ref: the reference \"#/definitions/x~2\" is no JSON Pointer"}},
+      {Properties(
+           R"("a":{"anyOf":[{"$ref":"#d"}],"additionalProperties":{"$ref":"#/definitions/e"}},
+                      "b":{"$ref":"#/definitions/e"})",
+           R"(,"definitions":{"d":{"$id":"#d","properties":{"v":{"vital":true}}},
+                      "e":{"items":{"properties":{"id":)" +
+               id + R"(}}}})"),
+       {"/schema/properties/a/anyOf/0/$ref: leads to instance ids or to vital",
+        "/schema/properties/a/additionalProperties/$ref: leads to instance ids or to vital"}},
+      {Properties(
+           R"("l":{"items":{"$ref":"#/definitions/e"}})",
+           R"(,"definitions":{"e":{"properties":{"id":)" + id + R"(,"v":{"vital":true},"u":{}}}})"),
+       {"/schema/properties/l/items: the elements have members of several kinds, and are told"}},
       // Instance ids.
       {Properties(R"("a":)" + id + R"(,"b":)" + id),
        {"/schema/properties/b/instanceId: an object has one instance id, and this one has \"a\""}},

@@ -23,10 +23,9 @@ struct Place {
   const Json::Value& node;
   std::string pointer;
   Position position;
-  std::string_view name;      // of the property, of the array for an element, or the type's key
-  Kind around = Kind::USER;   // the kind of what the node stands in
-  bool inDefinition = false;  // reached through "$ref" only
-  bool mayBeId = false;       // a property of an object that can have an instance id
+  std::string_view name;     // of the property, of the array for an element, or the type's key
+  Kind around = Kind::USER;  // the kind of what the node stands in
+  bool mayBeId = false;      // a property of an object that can have an instance id
 };
 
 class AnnotationRules {
@@ -102,10 +101,7 @@ class AnnotationRules {
       if (!(tag == Keyword::kVital ? vital : cached)) {
         continue;
       }
-      if (place.inDefinition) {
-        Add(place, tag,
-            "is not looked for in definitions; put it beside the \"$ref\" that leads here");
-      } else if (place.position != Position::ROOT && place.position != Position::PROPERTY) {
+      if (place.position == Position::ELEMENT || place.position == Position::ELSEWHERE) {
         Add(place, tag, "means something at the root of the schema and in a property only");
       } else if (place.around != Kind::USER && At(place).OwnKind() != place.around) {
         Add(place, tag,
@@ -161,10 +157,18 @@ class AnnotationRules {
       Add(place, Keyword::kReference,
           "leads to instance ids or to vital or cached data, which can be told apart only where "
           "\"properties\" and \"items\" lead to them");
-    } else if (At(place).OwnKind() != Kind::USER && At(place).IsMixed()) {
+      return;
+    }
+    const Kind kind = At(place).OwnKind();
+    const bool holdsOthers = At(place).Kinds() != static_cast<unsigned>(kind);
+    if (kind != Kind::USER && (holdsOthers || IsTaggedOtherwise(*target->schema, kind))) {
       Add(place, Keyword::kReference,
           "leads to data that is tagged otherwise than what it stands in, and data is of one kind");
     }
+  }
+
+  static bool IsTaggedOtherwise(const Json::Value& schema, Kind kind) {
+    return Json::IsTrue(schema, kind == Kind::VITAL ? Keyword::kCached : Keyword::kVital);
   }
 
   bool HoldsAnnotations(const Json::Value& schema) const {
@@ -222,22 +226,17 @@ class AnnotationRules {
     Json::ForEachSubschema(place.node, [&](const Json::Value& node, const Json::Subschema& where) {
       const std::string pointer = place.pointer + where.Pointer();
       if (where.keyword == Keyword::kDefinitions) {
-        Visit({node, pointer, Position::DEFINITION, {}, Kind::USER, true});
+        Visit({node, pointer, Position::DEFINITION, {}, Kind::USER});
       } else if (elsewhere) {
         Visit({node, pointer, Position::ELSEWHERE, {}});
       } else if (where.keyword == Keyword::kProperties) {
-        const Place below{node,
-                          pointer,
-                          Position::PROPERTY,
-                          where.name,
-                          around,
-                          place.inDefinition,
-                          place.position != Position::PROPERTY};
+        const Place below{node,       pointer, Position::PROPERTY,
+                          where.name, around,  place.position != Position::PROPERTY};
         Visit(below);
         CheckName(below, place.name);
         CheckOneId(below, idMember);
       } else if (where.keyword == Keyword::kItems && where.index < 0) {
-        Visit({node, pointer, Position::ELEMENT, place.name, around, place.inDefinition});
+        Visit({node, pointer, Position::ELEMENT, place.name, around});
       } else {
         // Where members stand in the object says nothing here, so annotations mean nothing.
         Visit({node, pointer, Position::ELSEWHERE, {}});
