@@ -4,8 +4,9 @@
 #include "platform/generated_instance_id.h"
 
 #include "errors/raise.h"
+#include "json/pointer.h"
+#include "objects/argument_errors.h"
 #include "objects/json_kinds.h"
-#include "objects/json_path.h"
 #include "objects/schema_lookup.h"
 
 #include <algorithm>
@@ -32,6 +33,18 @@ std::string SerializedForCallers(const Json::Value& value, const ConfigStoreObje
   copy.CopyFrom(value, copy.GetAllocator());
   ClearGeneratedInstanceId(copy);
   return Serialized(copy, id);
+}
+
+// Raises InvalidArgumentException 2000 when the text is no pointer.
+const Json::Value* FindPath(const Json::Value& root, const std::string& pointer) {
+  const auto names = Json::ParsePointer(pointer);
+  if (!names) {
+    ThrowArgument("Not a JSON Pointer: " + pointer);
+  }
+  // Callers see nothing of the identifiers that the store gives.
+  const bool hidden =
+      std::find(names->begin(), names->end(), Json::kGeneratedInstanceId) != names->end();
+  return hidden ? nullptr : Json::FindAt(root, *names);
 }
 
 }  // namespace

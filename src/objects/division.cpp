@@ -1,5 +1,7 @@
 #include "objects/division.h"
 
+#include "platform/generated_instance_id.h"
+
 #include "errors/raise.h"
 #include "json/type_schema_view.h"
 #include "objects/config_store_object_impl.h"
@@ -130,6 +132,15 @@ std::string Serialized(const Json::Value& value) {
 }
 
 }  // namespace
+
+void GiveGeneratedIds(const ConfigStoreObject& object,
+                      const TarnSchemaStore::SchemaObject& schema) {
+  // A type whose arrays get generated ids has them in its id map.
+  if (schema.GetIdMap()) {
+    ConfigStoreObjectImpl& data = *object.GetImplementation();
+    PopulateGeneratedInstanceId(schema.GetSchemaPlace(), data.GetRoot(), data.GetAllocator());
+  }
+}
 
 ColumnValues DivideValue(const Json::Value& value, const TarnSchemaStore::SchemaObject& schema,
                          const USERDATA_CONTEXT& context) {

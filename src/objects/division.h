@@ -1,4 +1,5 @@
-// Dividing an object's data among the value columns of its row.
+// Making an object's data ready for its row: ids for elements that want one, and dividing it among
+// the value columns.
 #pragma once
 
 #include "tarnconfigstore/config_store_object.h"
@@ -13,6 +14,9 @@
 #include <vector>
 
 namespace TarnConfigStore {
+
+/// Gives an id to each element of the object's data that its type wants one for and that has none.
+void GiveGeneratedIds(const ConfigStoreObject& object, const TarnSchemaStore::SchemaObject& schema);
 
 /// The texts for the value columns of one row; an absent text is NULL in the table.
 struct ColumnValues {

@@ -1,4 +1,4 @@
-// Finding the schema object of a type.
+// Which type an identifier names, and finding its schema object.
 #pragma once
 
 #include "tarnconfigstore/object_id.h"
@@ -8,6 +8,11 @@
 #include <memory>
 
 namespace TarnConfigStore {
+
+/// Key, component and group are the same; instance ids do not matter.
+inline bool IsSameType(const ConfigStoreObjectId& a, const ConfigStoreObjectId& b) {
+  return a.key == b.key && a.component == b.component && a.group == b.group;
+}
 
 /// The schema object of an identifier's type, from the schema store; empty when the type is not
 /// installed. Raises ConfigStoreException 2000 when the schema store cannot be read.

@@ -2,8 +2,8 @@
 
 #include "errors/raise.h"
 #include "objects/config_store_object_impl.h"
+#include "objects/division.h"
 #include "objects/filter.h"
-#include "objects/generated_ids.h"
 #include "objects/merge.h"
 #include "persistence/binder.h"
 #include "persistence/statements.h"

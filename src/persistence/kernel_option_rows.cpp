@@ -2,7 +2,6 @@
 
 #include "errors/raise.h"
 #include "objects/division.h"
-#include "objects/generated_ids.h"
 #include "objects/merge.h"
 #include "persistence/binder.h"
 #include "persistence/boot_flags.h"

@@ -3,7 +3,6 @@
 #include "errors/raise.h"
 #include "objects/division.h"
 #include "objects/filter.h"
-#include "objects/generated_ids.h"
 #include "persistence/binder.h"
 #include "persistence/boot_flags.h"
 #include "persistence/read_current.h"

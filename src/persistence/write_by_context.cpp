@@ -1,7 +1,7 @@
 #include "persistence/write_by_context.h"
 
 #include "errors/raise.h"
-#include "objects/generated_ids.h"
+#include "objects/division.h"
 #include "persistence/binder.h"
 #include "persistence/statements.h"
 

@@ -1,7 +1,7 @@
 #include "persistence/write_config.h"
 
 #include "errors/raise.h"
-#include "objects/generated_ids.h"
+#include "objects/division.h"
 #include "objects/schema_lookup.h"
 #include "persistence/binder.h"
 #include "persistence/statements.h"

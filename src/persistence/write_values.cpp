@@ -4,8 +4,7 @@
 
 #include "errors/raise.h"
 #include "objects/config_store_object_impl.h"
-#include "objects/generated_ids.h"
-#include "objects/same_type.h"
+#include "objects/division.h"
 #include "objects/schema_lookup.h"
 #include "persistence/binder.h"
 #include "persistence/statements.h"

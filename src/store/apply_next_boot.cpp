@@ -2,7 +2,6 @@
 
 #include "platform/logger.h"
 
-#include "objects/same_type.h"
 #include "objects/schema_lookup.h"
 #include "persistence/boot_flags.h"
 #include "persistence/connection.h"

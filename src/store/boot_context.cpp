@@ -1,7 +1,7 @@
 #include "store/boot_context.h"
 
 #include "persistence/boot_flags.h"
-#include "validation/user_data.h"
+#include "validation/guards.h"
 
 namespace TarnConfigStore {
 

@@ -5,7 +5,7 @@
 #include "platform/logger.h"
 
 #include "errors/raise.h"
-#include "objects/same_type.h"
+#include "objects/schema_lookup.h"
 #include "validation/guards.h"
 
 #include <string_view>

@@ -12,7 +12,6 @@
 #include "store/under_transaction.h"
 #include "validation/guards.h"
 #include "validation/object_validation.h"
-#include "validation/user_data.h"
 
 #include <utility>
 

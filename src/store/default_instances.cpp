@@ -7,7 +7,6 @@
 
 #include "errors/raise.h"
 #include "objects/config_store_object_impl.h"
-#include "objects/same_type.h"
 #include "objects/schema_lookup.h"
 #include "persistence/connection.h"
 #include "persistence/read_default.h"

@@ -3,7 +3,7 @@
 #include "platform/upgrade_context.h"
 
 #include "objects/config_store_object_impl.h"
-#include "objects/generated_ids.h"
+#include "objects/division.h"
 #include "objects/merge.h"
 #include "persistence/statements.h"
 #include "persistence/write_by_context.h"

@@ -5,6 +5,9 @@
 #include "platform/upgrade_context.h"
 
 #include "errors/raise.h"
+#include "objects/config_store_object_impl.h"
+
+#include <algorithm>
 
 namespace TarnConfigStore {
 namespace {
@@ -18,6 +21,23 @@ bool LogIfNull(const Handle& handle, const char* name) noexcept {
   }
   CSLogger::Log(1, "[%d] %s: %s", CS_NULL_ARGUMENT, name, ErrorMessageForId(CS_NULL_ARGUMENT));
   return true;
+}
+
+bool IsUserData(const Json::Value& value, Json::SchemaPlace schema) {
+  if (schema.MentionsTag()) {
+    return false;
+  }
+  if (value.IsObject()) {
+    return std::any_of(value.MemberBegin(), value.MemberEnd(), [&](const auto& member) {
+      return IsUserData(member.value, schema.Property(Json::Text(member.name)));
+    });
+  }
+  if (value.IsArray()) {
+    return std::any_of(value.Begin(), value.End(), [&](const Json::Value& element) {
+      return IsUserData(element, schema.Items());
+    });
+  }
+  return !schema.IsInstanceId();
 }
 
 }  // namespace
@@ -107,6 +127,10 @@ bool ObjIsEmpty(const ObjectHandle& object, const char* caller) {
   CSLogger::Log(1, "%s, Configuration object for %s is empty, will not be persisted in the db",
                 caller, object->GetConfigStoreObjectId().toString().c_str());
   return true;
+}
+
+bool isUserType(const ObjectHandle& object, const SchemaHandle& schema) {
+  return IsUserData(object->GetImplementation()->GetRoot(), schema->GetSchemaPlace());
 }
 
 }  // namespace TarnConfigStore

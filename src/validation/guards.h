@@ -55,4 +55,9 @@ bool IsNull(const FilterHandle& filter, const char* name) noexcept;
 /// True, after logging it, for an object without data, which is then not written.
 bool ObjIsEmpty(const ObjectHandle& object, const char* caller);
 
+/// True when at least one leaf of the object's data is governed by schema nodes none of which, on
+/// the way down, is tagged vital or cached; instance ids never make an object user data. Never
+/// throws.
+bool isUserType(const ObjectHandle& object, const SchemaHandle& schema);
+
 }  // namespace TarnConfigStore

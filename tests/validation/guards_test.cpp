@@ -5,7 +5,6 @@
 #include "support/raised.h"
 #include "support/test_types.h"
 #include "validation/object_validation.h"
-#include "validation/user_data.h"
 
 #include <gtest/gtest.h>
 

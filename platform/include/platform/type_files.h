@@ -63,6 +63,9 @@ std::optional<std::string> ReadText(const std::string& path);
 /// Checks a text against all the rules for type files. What is wrong is in the result's findings.
 TypeFile Check(std::string path, std::string_view text);
 
+/// True for numbers separated by dots: "1.0", "1.2.3", "7".
+bool IsVersion(std::string_view text) noexcept;
+
 /// Compares dot-separated numbers, a missing one counting as 0: negative, 0 or positive as `a` is
 /// older than, as old as or newer than `b`. What is no number counts as 0.
 int CompareVersions(std::string_view a, std::string_view b) noexcept;

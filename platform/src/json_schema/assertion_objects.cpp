@@ -1,7 +1,6 @@
 // The assertions on objects and their members.
 #include "json_schema/assertion_check.h"
 #include "json_schema/describe.h"
-#include "json_schema/known_members.h"
 
 #include <algorithm>
 #include <bit>

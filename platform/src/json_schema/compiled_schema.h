@@ -4,6 +4,7 @@
 #include "json/json.h"
 #include "json/type_schema_view.h"
 #include "json_schema/compiled_node.h"
+#include "json_schema/validation_findings.h"
 
 #include <cstdint>
 #include <deque>
@@ -39,5 +40,11 @@ class CompiledSchema {
   std::deque<Node> nodes_;  // whose addresses stay
   std::vector<SchemaFault> faults_;
 };
+
+/// Notes each fault of a schema at its place in the schema.
+void NoteFaults(const CompiledSchema& schema, Findings& findings);
+
+/// The faults, of which there are some, in one sentence.
+std::string FaultsInWords(const CompiledSchema& schema);
 
 }  // namespace JsonValidator

@@ -1,5 +1,6 @@
 #include "json_schema/describe.h"
 
+#include "json/type_schema_view.h"
 #include "json_schema/utf8.h"
 
 #include <algorithm>
@@ -138,6 +139,21 @@ std::string Listed(const std::vector<std::string>& items) {
     text += item;
   }
   return text;
+}
+
+std::string UnknownMember(std::string_view name, const std::vector<const ObjectRules*>& schemas) {
+  std::vector<std::string> known;
+  for (const ObjectRules* schema : schemas) {
+    for (const Property& property : schema->properties.All()) {
+      const std::string text = Utf8::Repaired(property.name);
+      if (!property.node->refusesAll && property.name != Json::kGeneratedInstanceId &&
+          std::find(known.begin(), known.end(), text) == known.end()) {
+        known.push_back(text);
+      }
+    }
+  }
+  return "member " + Quoted(name) + " is not known; " +
+         (known.empty() ? "no members are" : "known members: " + Listed(known));
 }
 
 }  // namespace JsonValidator

@@ -26,6 +26,10 @@ std::string ExpectedTypes(TypeSet types);
 /// `member "servers" is required`
 std::string MissingMember(std::string_view name);
 
+/// `member "timeot" is not known; known members: servers, timeout`
+/// \param schemas  that apply to the object
+std::string UnknownMember(std::string_view name, const std::vector<const ObjectRules*>& schemas);
+
 /// "1 element", "3 elements".
 std::string Count(std::uint64_t count, std::string_view noun);
 

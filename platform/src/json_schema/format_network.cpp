@@ -1,6 +1,5 @@
-#include "json_schema/format_network.h"
-
 #include "json/characters.h"
+#include "json_schema/text_formats.h"
 
 #include <algorithm>
 #include <arpa/inet.h>

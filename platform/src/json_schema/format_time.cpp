@@ -1,6 +1,5 @@
-#include "json_schema/format_time.h"
-
 #include "json/characters.h"
+#include "json_schema/text_formats.h"
 
 #include <cstddef>
 

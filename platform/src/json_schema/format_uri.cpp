@@ -1,9 +1,7 @@
-#include "json_schema/format_uri.h"
-
 #include "json/characters.h"
 #include "json/pointer.h"
 #include "json/uri_resolution.h"
-#include "json_schema/format_network.h"
+#include "json_schema/text_formats.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,9 +1,7 @@
 #include "json_schema/formats.h"
 
-#include "json_schema/format_network.h"
-#include "json_schema/format_time.h"
-#include "json_schema/format_uri.h"
 #include "json_schema/pattern.h"
+#include "json_schema/text_formats.h"
 
 #include <algorithm>
 #include <iterator>

@@ -4,7 +4,6 @@
 #include "json_schema/compiled_schema.h"
 #include "json_schema/member_rules.h"
 #include "json_schema/rule_set.h"
-#include "json_schema/schema_faults.h"
 #include "json_schema/schema_registry.h"
 #include "json_schema/soundness_check.h"
 #include "json_schema/validation_findings.h"

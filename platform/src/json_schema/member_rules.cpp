@@ -1,7 +1,6 @@
 #include "json_schema/member_rules.h"
 
 #include "json_schema/describe.h"
-#include "json_schema/known_members.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "json_schema/schema_analysis.h"
+#include "json_schema/schema_compiler.h"
 
 #include <algorithm>
 #include <unordered_map>

@@ -74,4 +74,14 @@ class SchemaCompiler {
   std::size_t read_ = 0;  ///< the nodes before it are read
 };
 
+// What is known only when all nodes are there.
+
+/// Notes references that come back to where they stand without going into a member or an element,
+/// and schemas nested in one another so deeply at one place that checking them could overflow the
+/// stack.
+void FindLoops(const std::deque<Node>& nodes, std::vector<SchemaFault>& faults);
+
+/// Fills in which tags are found beneath each node. Only for nodes without loops.
+void LinkTags(std::deque<Node>& nodes);
+
 }  // namespace JsonValidator

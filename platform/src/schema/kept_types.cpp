@@ -1,9 +1,9 @@
 #include "platform/type_files.h"
 
-#include "schema/current_types.h"
 #include "schema/loaded_type.h"
 #include "schema/schema_database.h"
 #include "schema/schema_locks.h"
+#include "schema/used_types.h"
 
 namespace TypeFiles {
 

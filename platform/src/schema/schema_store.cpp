@@ -2,7 +2,6 @@
 
 #include "platform/host_paths.h"
 
-#include "schema/current_types.h"
 #include "schema/file_stamp.h"
 #include "schema/schema_database.h"
 #include "schema/schema_locks.h"

@@ -6,7 +6,6 @@
 #include "schema/default_rules.h"
 #include "schema/meta_schema.h"
 #include "schema/type_file_findings.h"
-#include "schema/version.h"
 
 #include <algorithm>
 #include <unordered_set>

@@ -48,4 +48,7 @@ class UsedTypes final : public SchemaStore, public SchemaObjectCache {
   std::atomic<std::size_t> absent_ = 0;
 };
 
+/// Makes the next look-up look at the schema store's file again. Called by whoever has changed it.
+void ForgetCurrentTypes() noexcept;
+
 }  // namespace TarnSchemaStore

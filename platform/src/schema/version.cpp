@@ -1,5 +1,3 @@
-#include "schema/version.h"
-
 #include "platform/type_files.h"
 
 #include "json/characters.h"
