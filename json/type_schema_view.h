@@ -2,6 +2,7 @@
 // belongs to, the member that tells instances apart, and what lies below it.
 #pragma once
 
+#include "json/instance_ids.h"
 #include "json/json.h"
 #include "json/schema_references.h"
 
@@ -13,10 +14,6 @@
 #include <utility>
 
 namespace Json {
-
-/// The member that holds the identifier which the store gives to an element that has none of its
-/// own. Callers of the library never see it.
-inline constexpr const char* kGeneratedInstanceId = "cs_generated_id";
 
 /// The part of an object that a piece of its data belongs to; the values are bits.
 enum class Kind : std::uint8_t { USER = 1, VITAL = 2, CACHED = 4 };

@@ -8,6 +8,8 @@
 #include "persistence/binder.h"
 #include "persistence/statements.h"
 
+#include <unordered_set>
+
 namespace TarnConfigStore {
 namespace {
 
@@ -27,6 +29,44 @@ void Run(const InstanceStatement& one, const TypeStatement& all, const ConfigSto
   }
 }
 
+// What is given of an element that the store has told apart is that element, not a new one.
+void AdoptGeneratedIds(Json::Value& part, const Json::Value& whole, Json::SchemaPlace place,
+                       Json::Allocator& allocator) {
+  if (part.IsObject() && whole.IsObject()) {
+    for (auto& member : part.GetObject()) {
+      const std::string_view name = Json::Text(member.name);
+      if (const Json::Value* matched = Json::FindMember(whole, name)) {
+        AdoptGeneratedIds(member.value, *matched, place.Property(name), allocator);
+      }
+    }
+    return;
+  }
+  if (!part.IsArray() || !whole.IsArray()) {
+    return;
+  }
+  const Json::SchemaPlace items = place.Items();
+  std::unordered_set<const Json::Value*> taken;
+  for (Json::Value& element : part.GetArray()) {
+    const Json::Value* matched = nullptr;
+    for (const Json::Value& candidate : whole.GetArray()) {
+      if (IsSubset(element, candidate) && (matched == nullptr || taken.count(matched) != 0)) {
+        matched = &candidate;
+      }
+    }
+    if (matched == nullptr) {
+      continue;
+    }
+    taken.insert(matched);
+    AdoptGeneratedIds(element, *matched, items, allocator);
+    const Json::Value* id = Json::FindMember(*matched, Json::kGeneratedInstanceId);
+    if (items.GetsGeneratedId() && element.IsObject() && id != nullptr &&
+        Json::FindMember(element, Json::kGeneratedInstanceId) == nullptr) {
+      element.AddMember(Json::Copy(Json::kGeneratedInstanceId, allocator),
+                        Json::Value(*id, allocator), allocator);
+    }
+  }
+}
+
 }  // namespace
 
 void SetBootStatusInternal(const ConfigStoreObjectId& id, bool status,
@@ -40,26 +80,32 @@ void SetBootStatusInternal(const ConfigStoreObjectId& id, bool status,
 }
 
 void SetPartialBootStatusInternal(const ObjectHandle& object, const SchemaHandle& schema,
-                                  const DBStore::ConnectionHandle& connection) {
+                                  const DBStore::ConnectionHandle& connection,
+                                  const std::function<void(const ObjectHandle&)>& judge) {
   const ConfigStoreObjectId& id = object->GetConfigStoreObjectId();
   const RowMap row = ReadRowMap(connection, READ_TABLE_CONFIG, id);
-  const ObjectHandle pending = MakeObjectFromRow(row, "DesiredValue", id, schema);
-  if (!pending) {
+  const ObjectHandle desired =
+      MakeObjectFromRow(row, row.Find("DesiredValue") ? "DesiredValue" : "UserValue", id, schema);
+  if (!desired) {
     ThrowFailure("desired config is empty");
   }
-  if (!IsSubset(object->GetImplementation()->GetRoot(), pending->GetImplementation()->GetRoot())) {
+  ConfigStoreObjectImpl& part = *object->GetImplementation();
+  const Json::Value& whole = desired->GetImplementation()->GetRoot();
+  if (!IsSubset(part.GetRoot(), whole)) {
     ThrowFailure("partial config being restored is not part of desired config");
   }
-  GiveGeneratedIds(*object, *schema);
-  const std::string user =
-      UpdateConfigInternal(object, MakeObjectFromRow(row, "UserValue", id, schema),
-                           schema->GetSchemaPlace())
-          ->GetImplementation()
-          ->GetSerializedData();
+  AdoptGeneratedIds(part.GetRoot(), whole, schema->GetSchemaPlace(), part.GetAllocator());
+  const ObjectHandle user = UpdateConfigInternal(
+      object, MakeObjectFromRow(row, "UserValue", id, schema), schema->GetSchemaPlace());
+  const std::string text = user->GetImplementation()->GetSerializedData();
+  judge(MergeConfig(MakeObjectFromRow(row, "AutoConfValue", id, schema),
+                    MakeObjectFromRow(row, "CachedValue", id, schema),
+                    MakeObjectFromRow(row, "VitalValue", id, schema), MakeObject(text, id, schema),
+                    schema->GetSchemaPlace()));
   const DBStore::StatementHandle statement =
       DBStore::internal::Prepare(connection, CONFIRM_PART, DBStore::kWaitLimit);
   if (!Binder(connection, statement)
-           .Text(user, id.key, id.group, id.component, id.instanceId)
+           .Text(text, id.key, id.group, id.component, id.instanceId)
            .Execute()) {
     ThrowFailure(kNotConfirmed);
   }

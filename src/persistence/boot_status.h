@@ -5,6 +5,8 @@
 
 #include "persistence/row_objects.h"
 
+#include <functional>
+
 namespace TarnConfigStore {
 
 // Neither counts as a write of a row. Both raise ConfigStoreException 2000 with the text named.
@@ -16,11 +18,15 @@ namespace TarnConfigStore {
 void SetBootStatusInternal(const ConfigStoreObjectId& id, bool status,
                            const DBStore::ConnectionHandle& connection);
 
-/// Lays an object's data over the row's user value, drops the pending value and confirms the row.
-/// The caller holds the transaction: what is read has to be there still when it is written. "desired
-/// config is empty" when nothing is pending, "partial config being restored is not part of desired
-/// config", "Get failed: IDENTIFIER", or as SetBootStatusInternal.
+/// Lays an object's data, which are part of the row's pending value or, where nothing waits, of the
+/// user's, over the user's value, drops the pending value and confirms the row. Elements that the
+/// store has given ids are found by what is given of them. The caller holds the transaction: what is
+/// read has to be there still when it is written. "desired config is empty" when the row has neither
+/// value, "partial config being restored is not part of desired config", "Get failed: IDENTIFIER",
+/// or as SetBootStatusInternal.
+/// \param judge  gets what the row will then show, and raises to keep it from being written
 void SetPartialBootStatusInternal(const ObjectHandle& object, const SchemaHandle& schema,
-                                  const DBStore::ConnectionHandle& connection);
+                                  const DBStore::ConnectionHandle& connection,
+                                  const std::function<void(const ObjectHandle&)>& judge);
 
 }  // namespace TarnConfigStore

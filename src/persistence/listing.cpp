@@ -48,13 +48,12 @@ RowMapList ReadUnder(const ConfigStoreObjectId& prefix,
 }
 
 StoredObject StoredFromRow(const RowMap& row) {
-  constexpr int kDecimal = 10;
   const auto text = [&row](std::string_view column) { return std::string(row.Text(column)); };
   return {IdFromRow(row),
           text("Version"),
           text("CreationTime"),
           text("ModifiedTime"),
-          static_cast<std::int32_t>(std::strtol(text("Revision").c_str(), nullptr, kDecimal)),
+          RevisionFrom(text("Revision").c_str()),
           IsSet(row, "Success"),
           IsSet(row, "HasUser"),
           IsSet(row, "HasAutomatic"),

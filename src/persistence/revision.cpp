@@ -3,7 +3,6 @@
 #include "persistence/row_map.h"
 #include "persistence/statements.h"
 
-#include <cstdlib>
 #include <string_view>
 
 namespace TarnConfigStore {
@@ -17,11 +16,6 @@ const char* Column(std::string_view name, int count, char** values, char** names
     }
   }
   return nullptr;
-}
-
-std::int32_t Number(const char* text) {
-  constexpr int kDecimal = 10;
-  return text == nullptr ? 0 : static_cast<std::int32_t>(std::strtol(text, nullptr, kDecimal));
 }
 
 const char* OrEmpty(const char* text) {
@@ -43,7 +37,7 @@ List ReadRows(const TypeStatement& statement, DBStore::RowCallback add,
 
 int TakeRevision(void* revision, int count, char** values, char** names) {
   if (const char* text = Column("Revision", count, values, names)) {
-    *static_cast<std::int32_t*>(revision) = Number(text);
+    *static_cast<std::int32_t*>(revision) = RevisionFrom(text);
   }
   return 0;
 }
@@ -56,14 +50,14 @@ int AddId(void* ids, int /*count*/, char** values, char** /*names*/) {
 int AddRevision(void* revisions, int count, char** values, char** names) {
   static_cast<std::list<std::pair<std::string, std::int32_t>>*>(revisions)->emplace_back(
       OrEmpty(Column("Identifier", count, values, names)),
-      Number(Column("Revision", count, values, names)));
+      RevisionFrom(Column("Revision", count, values, names)));
   return 0;
 }
 
 int AddExisting(void* instances, int count, char** values, char** names) {
   static_cast<ExistingInstances*>(instances)->insert_or_assign(
       OrEmpty(Column("Identifier", count, values, names)),
-      std::pair(Number(Column("Revision", count, values, names)),
+      std::pair(RevisionFrom(Column("Revision", count, values, names)),
                 std::string(OrEmpty(Column("CreationTime", count, values, names)))));
   return 0;
 }

@@ -2,7 +2,10 @@
 
 #include "persistence/statements.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <limits>
 
 namespace TarnConfigStore {
 namespace {
@@ -73,6 +76,13 @@ void RowMap::Put(int count, const char* const* values, const char* const* names)
     column->valueLength = static_cast<std::uint32_t>(value.size());
     text_.append(value.data(), value.size() + 1);  // with the NUL that follows it
   }
+}
+
+std::int32_t RevisionFrom(const char* text) {
+  constexpr int kDecimal = 10;
+  constexpr long kLargest = std::numeric_limits<std::int32_t>::max();
+  const long revision = text == nullptr ? 0 : std::strtol(text, nullptr, kDecimal);
+  return static_cast<std::int32_t>(std::clamp(revision, -kLargest, kLargest));
 }
 
 int CollectRowMap(void* rowMap, int count, char** values, char** names) {

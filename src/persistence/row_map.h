@@ -51,6 +51,10 @@ class RowMap {
 /// The rows of a result, in the database's order.
 using RowMapList = std::vector<std::shared_ptr<RowMap>>;
 
+/// A revision as the database gives it: 0 for an absent one or no number, and the largest that an
+/// object can tell where it is larger.
+std::int32_t RevisionFrom(const char* text);
+
 /// Row callbacks for DBStore::ExecuteStmt. The first puts each row into a RowMap, later rows over
 /// earlier ones; the second appends each row to a RowMapList.
 int CollectRowMap(void* rowMap, int count, char** values, char** names);

@@ -7,7 +7,6 @@
 #include "objects/document.h"
 #include "objects/merge.h"
 
-#include <cstdlib>
 #include <utility>
 
 namespace TarnConfigStore {
@@ -16,12 +15,6 @@ namespace {
 const ConfigStoreObjectId& NoParent() {
   static const ConfigStoreObjectId& none = *new ConfigStoreObjectId("", "", "");
   return none;
-}
-
-int Number(std::string_view text) {
-  constexpr int kDecimal = 10;
-  // Values in a row map end with a NUL.
-  return text.empty() ? 0 : static_cast<int>(std::strtol(text.data(), nullptr, kDecimal));
 }
 
 }  // namespace
@@ -42,7 +35,7 @@ ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
   return std::make_shared<ConfigStoreObject>(std::make_shared<ConfigStoreObjectImpl>(
       id, NoParent(), std::nullopt, document, schema, std::string(row.Text("Version")),
       std::string(row.Text("CreationTime")), std::string(row.Text("ModifiedTime")),
-      Number(row.Text("Revision")), true, nullptr, nullptr));
+      RevisionFrom(row.Text("Revision").data()), true, nullptr, nullptr));
 }
 
 ObjectHandle MakeObject(const std::string& text, const ConfigStoreObjectId& id,

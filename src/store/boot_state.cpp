@@ -42,8 +42,11 @@ void SetPartialBootStatus(std::shared_ptr<ConfigStoreObject> object) {
     return;
   }
   const DBStore::ConnectionHandle connection = Connect();
-  RunUnderTransaction(connection, "SetPartialBootStatus",
-                      [&] { SetPartialBootStatusInternal(object, schema, connection); });
+  RunUnderTransaction(connection, "SetPartialBootStatus", [&] {
+    SetPartialBootStatusInternal(object, schema, connection, [&](const ObjectHandle& result) {
+      ValidateRestored(schema, result);
+    });
+  });
 }
 
 std::shared_ptr<ConfigStoreObject> GetDesiredUserConfig(const ConfigStoreObjectId& csoId,

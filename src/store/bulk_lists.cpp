@@ -32,6 +32,7 @@ void CheckInstances(
       ThrowException<InvalidArgumentException>(CS_MIXED_TYPES);
     }
     validateInstanceId(id);
+    ValidateWritableInstanceId(id);
     if (!instances.insert(id.instanceId).second) {
       const std::string message = "The instance is listed twice: " + id.toString();
       throw InvalidArgumentException(CS_GENERIC, message.c_str());

@@ -80,6 +80,7 @@ void NextBootStoreImpl::Set(std::shared_ptr<ConfigStoreObject> object) {
   const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
   Trace("Set", csoId);
   const SchemaHandle schema = StageableType(csoId);
+  ValidateWritableInstanceId(csoId);
   ValidateContent(schema, object);
   ExecuteUnderTransaction(object, schema, SetRebootRequiredConfigInternal);
 }

@@ -22,6 +22,15 @@ UPDATE_CONTEXT UpdateContextOf(const USERDATA_CONTEXT& context) {
   return GetUpgradeCtx() == 0 ? UPDATE_USER : UPDATE_DURING_UPGRADE;
 }
 
+unsigned PartsOf(const ColumnValues& values) {
+  const auto part = [](bool given, Json::Kind kind) {
+    return given ? static_cast<unsigned>(kind) : 0U;
+  };
+  return part(values.user || values.automatic, Json::Kind::USER) |
+         part(values.vital.has_value(), Json::Kind::VITAL) |
+         part(values.cached.has_value(), Json::Kind::CACHED);
+}
+
 // One value of a row, with a change laid over it.
 class Layer {
  public:
@@ -61,13 +70,16 @@ void UpdateInternal(const ObjectHandle& object, const SchemaHandle& schema,
   Layer automatic(row, "AutoConfValue", changes.automatic, id, schema);
   Layer cached(row, "CachedValue", changes.cached, id, schema);
   Layer vital(row, "VitalValue", changes.vital, id, schema);
-  Layer user(row, "UserValue", changes.user, id, schema);
+  // A user's change is laid over what a reader of this moment sees as the user's.
+  const UPDATE_CONTEXT updateContext = UpdateContextOf(context);
+  const bool pending = updateContext == UPDATE_DURING_UPGRADE && row.Find("DesiredValue");
+  Layer user(row, pending ? "DesiredValue" : "UserValue", changes.user, id, schema);
 
   const ObjectHandle result = MergeConfig(automatic.Object(), cached.Object(), vital.Object(),
                                           user.Object(), schema->GetSchemaPlace());
-  ValidateUpdated(schema, result);
+  ValidateUpdated(schema, result, PartsOf(changes));
   WriteLayersByContext(id, {user.Text(), automatic.Text(), vital.Text(), cached.Text()},
-                       schema->GetVersion(), UpdateContextOf(context), connection);
+                       schema->GetVersion(), updateContext, connection);
 }
 
 }  // namespace TarnConfigStore

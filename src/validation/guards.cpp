@@ -5,9 +5,12 @@
 #include "platform/upgrade_context.h"
 
 #include "errors/raise.h"
+#include "json/instance_ids.h"
+#include "json/utf8.h"
 #include "objects/config_store_object_impl.h"
 
 #include <algorithm>
+#include <string>
 
 namespace TarnConfigStore {
 namespace {
@@ -51,6 +54,16 @@ void checkUserContext(bool booting, const USERDATA_CONTEXT& context) {
 void validateInstanceId(const ConfigStoreObjectId& id) {
   if (id.instanceId.empty()) {
     ThrowRefusal(kInstanceIdMissing);
+  }
+}
+
+void ValidateWritableInstanceId(const ConfigStoreObjectId& id) {
+  if (!id.instanceId.empty() && !Json::IsInstanceId(id.instanceId)) {
+    const std::string message = "An instance id is a text of 1 to " +
+                                std::to_string(Json::kMaxInstanceIdSize) +
+                                " bytes of UTF-8 without control characters, not \"" +
+                                Json::Utf8::Escaped(id.instanceId) + "\"";
+    ThrowRefusal(message.c_str());
   }
 }
 
@@ -98,7 +111,9 @@ void ValidateCsoId(const ConfigStoreObjectId& id, const SchemaHandle& schema) {
 }
 
 void ValidateCsoId(const ObjectHandle& object, const SchemaHandle& schema) {
-  ValidateCsoId(object->GetConfigStoreObjectId(), schema);
+  const ConfigStoreObjectId& id = object->GetConfigStoreObjectId();
+  ValidateCsoId(id, schema);
+  ValidateWritableInstanceId(id);
 }
 
 void ValidateCsoIdInstances(const ConfigStoreObjectId& id, const SchemaHandle& schema) {

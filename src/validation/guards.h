@@ -24,6 +24,10 @@ void checkUserContext(bool booting, const USERDATA_CONTEXT& context);
 /// The instance id is not empty.
 void validateInstanceId(const ConfigStoreObjectId& id);
 
+/// The instance id, where there is one, may be written: 1 to 255 bytes of UTF-8 without control
+/// characters. Rows of other ids, which older versions let in, can still be read and deleted.
+void ValidateWritableInstanceId(const ConfigStoreObjectId& id);
+
 /// The identifier has an instance id exactly when its type has instances.
 void validateSingletonNonSingleton(const ConfigStoreObjectId& id, const SchemaHandle& schema);
 void validateSingletonNonSingleton(const ObjectHandle& object, const SchemaHandle& schema);
@@ -40,7 +44,8 @@ void ValidateKernelOptionsCsoId(const ConfigStoreObjectId& id);
 /// The type is installed; raises ConfigStoreException 1037 with the identifier's text.
 void CheckSchema(const ConfigStoreObjectId& id, const SchemaHandle& schema);
 
-/// CheckSchema, then validateSingletonNonSingleton.
+/// CheckSchema, then validateSingletonNonSingleton; of an object, which is about to be written,
+/// ValidateWritableInstanceId as well.
 void ValidateCsoId(const ConfigStoreObjectId& id, const SchemaHandle& schema);
 void ValidateCsoId(const ObjectHandle& object, const SchemaHandle& schema);
 

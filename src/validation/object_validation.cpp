@@ -4,18 +4,71 @@
 #include "platform/logger.h"
 
 #include "errors/raise.h"
+#include "json/pointer.h"
+#include "json/utf8.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/schema_lookup.h"
 #include "validation/cleanup.h"
 
+#include <utility>
+
 namespace TarnConfigStore {
 namespace {
+
+void AddFinding(ErrorInfo finding, std::vector<ErrorInfo>& errors, bool quiet) {
+  if (!quiet) {
+    CSLogger::LogErrCode(0, CS_VALIDATION_FINDING, finding.field.c_str(), finding.error.c_str());
+  }
+  errors.push_back(std::move(finding));
+}
+
+// The member in which the data of this instance hold its id; empty where they hold none.
+std::string_view IdMember(const SchemaHandle& schema, const ConfigStoreObjectId& id) {
+  return schema->IsNonSingleton() && !id.instanceId.empty()
+             ? schema->GetSchemaPlace().InstanceIdMember()
+             : std::string_view();
+}
+
+// Data without an id; nothing at all has no id to hold either.
+bool LacksId(const Json::Value& data, std::string_view member) {
+  if (member.empty() || data.ObjectEmpty()) {
+    return false;
+  }
+  const Json::Value* id = Json::FindMember(data, member);
+  return id == nullptr || id->IsNull();
+}
+
+void PutId(Json::Value& data, std::string_view member, const std::string& id,
+           Json::Allocator& allocator) {
+  data.RemoveMember(Json::Reference(member));  // a null counts as absent
+  data.AddMember(Json::Copy(member, allocator), Json::Copy(id, allocator), allocator);
+}
+
+void CheckId(const Json::Value& data, std::string_view member, const std::string& id,
+             std::vector<ErrorInfo>& errors, bool quiet) {
+  const Json::Value* given = member.empty() ? nullptr : Json::FindMember(data, member);
+  if (given == nullptr || !given->IsString() || given->GetStringLength() == 0 ||
+      Json::Text(*given) == id) {
+    return;  // what is no id at all is the schema's to refuse
+  }
+  std::string field;
+  Json::AppendToken(field, member);
+  AddFinding({std::move(field), "expected \"" + Json::Utf8::Escaped(id) + "\", found \"" +
+                                    Json::Utf8::Escaped(Json::Text(*given)) + "\""},
+             errors, quiet);
+}
 
 void Require(const SchemaHandle& schema, const ObjectHandle& object, const RuleSet& rules,
              CSErrorCodes code) {
   std::vector<ErrorInfo> errors;
   if (!ValidateObjectData(schema, object, rules, errors, false)) {
     ThrowException<ValidationException>(code, errors);
+  }
+  const ConfigStoreObjectId& id = object->GetConfigStoreObjectId();
+  ConfigStoreObjectImpl& data = *object->GetImplementation();
+  const std::string_view member = IdMember(schema, id);
+  if (LacksId(data.GetRoot(), member)) {
+    PutId(data.GetRoot(), member, id.instanceId, data.GetAllocator());
   }
 }
 
@@ -47,7 +100,17 @@ bool ValidateObjectData(const SchemaHandle& schema, const ObjectHandle& object,
     AppendErrorInfo("/", CS_INCORRECT_TYPE, errors, "Expected JSON of type object.");
     return false;
   }
-  ValidateValue(schema->GetSchemaDocument(), value, rules, errors, quiet);
+  const std::string& id = object->GetConfigStoreObjectId().instanceId;
+  const std::string_view member = IdMember(schema, object->GetConfigStoreObjectId());
+  if (LacksId(value, member)) {
+    Json::Document whole;
+    whole.CopyFrom(value, whole.GetAllocator());
+    PutId(whole, member, id, whole.GetAllocator());
+    ValidateValue(schema->GetSchemaDocument(), whole, rules, errors, quiet);
+  } else {
+    ValidateValue(schema->GetSchemaDocument(), value, rules, errors, quiet);
+    CheckId(value, member, id, errors, quiet);
+  }
   return errors.empty();
 }
 
@@ -60,11 +123,7 @@ void ValidateValue(const Json::Value& schema, const Json::Value& value, const Ru
 
 void ConvertFindings(const Json::Value& result, std::vector<ErrorInfo>& errors, bool quiet) {
   for (const Json::Value& finding : result.GetArray()) {
-    errors.push_back({finding["field"].GetString(), finding["error"].GetString()});
-    if (!quiet) {
-      CSLogger::LogErrCode(0, CS_VALIDATION_FINDING, errors.back().field.c_str(),
-                           errors.back().error.c_str());
-    }
+    AddFinding({finding["field"].GetString(), finding["error"].GetString()}, errors, quiet);
   }
 }
 
@@ -92,8 +151,13 @@ void ValidateUpdate(const SchemaHandle& schema, const ObjectHandle& object) {
   CleanAndRequire(schema, object, UpdateRules(), CS_UPDATE_INVALID);
 }
 
-void ValidateUpdated(const SchemaHandle& schema, const ObjectHandle& object) {
-  Require(schema, object, SetRules(), CS_UPDATE_INVALID);
+void ValidateUpdated(const SchemaHandle& schema, const ObjectHandle& object, unsigned written) {
+  Require(schema, object, UpdatedRules(written), CS_UPDATE_INVALID);
+}
+
+void ValidateRestored(const SchemaHandle& schema, const ObjectHandle& object) {
+  Require(schema, object, UpdatedRules(static_cast<unsigned>(Json::Kind::USER)),
+          CS_PARTIAL_CONFIG_INVALID);
 }
 
 void ValidateApplyFile(const Json::Value& value, const Json::Value& schema) {

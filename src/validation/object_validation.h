@@ -21,7 +21,8 @@ enum ACTION : int {
 };
 
 /// Adds everything that is wrong with an object's data to the list. Answers true when the list is
-/// empty.
+/// empty. The data of an instance hold its id: data without it are judged as if they held it, and
+/// data that name another instance have a finding at the id, after all others.
 /// \param quiet  findings are not logged (as code 1083, priority 0)
 bool ValidateObjectData(const SchemaHandle& schema, const ObjectHandle& object,
                         const RuleSet& rules, std::vector<ErrorInfo>& errors, bool quiet);
@@ -36,7 +37,8 @@ void ValidateValue(const Json::Value& schema, const Json::Value& value, const Ru
 void ConvertFindings(const Json::Value& result, std::vector<ErrorInfo>& errors, bool quiet);
 
 // Each raises ValidationException with the code named, and every finding, when the object does not
-// fit. All but the first two remove empty content from the object first.
+// fit. All but the first two remove empty content from the object first. Data of an instance that
+// lack its id get it when they fit, unless they are empty.
 void ValidateCachedConfig(const SchemaHandle& schema, const ObjectHandle& object);   // 1084
 void ValidateVitalConfig(const SchemaHandle& schema, const ObjectHandle& object);    // 1086
 void ValidateUserConfig(const SchemaHandle& schema, const ObjectHandle& object);     // 1087
@@ -44,9 +46,14 @@ void ValidatePartialConfig(const SchemaHandle& schema, const ObjectHandle& objec
 void ValidateSet(const SchemaHandle& schema, const ObjectHandle& object);            // 1089
 void ValidateUpdate(const SchemaHandle& schema, const ObjectHandle& object);         // 1090
 
-/// What an update makes of an object, checked whole, as it is, as one that is to be set; raises
-/// ValidationException 1090.
-void ValidateUpdated(const SchemaHandle& schema, const ObjectHandle& object);
+/// What an update makes of an object, checked whole, as it is, as one that is to be set, but that
+/// "required" is asked of members of the parts named; raises ValidationException 1090.
+/// \param written  bits of Json::Kind
+void ValidateUpdated(const SchemaHandle& schema, const ObjectHandle& object, unsigned written);
+
+/// What restoring a part of an object makes of it, checked whole as after an update of user members;
+/// raises ValidationException 1088.
+void ValidateRestored(const SchemaHandle& schema, const ObjectHandle& object);
 
 /// A value of a file that is to be applied, against a schema; raises ValidationException 1091.
 void ValidateApplyFile(const Json::Value& value, const Json::Value& schema);

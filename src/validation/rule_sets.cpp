@@ -2,10 +2,27 @@
 
 #include "platform/json_validator.h"
 
+#include <array>
+#include <utility>
+
 namespace TarnConfigStore {
 namespace {
 
 using namespace JsonValidator;
+
+constexpr unsigned kPartSets = 8;
+
+RuleSet Updated(unsigned parts) {
+  RuleSet rules = {RULE_DECLARED_MEMBERS, RULE_JSON_SCHEMA, RULE_INSTANCE_IDS};
+  for (const auto& [kind, rule] : {std::pair(Json::Kind::USER, RULE_REQUIRED_OF_USER),
+                                   std::pair(Json::Kind::VITAL, RULE_REQUIRED_OF_VITAL),
+                                   std::pair(Json::Kind::CACHED, RULE_REQUIRED_OF_CACHED)}) {
+    if ((parts & static_cast<unsigned>(kind)) != 0) {
+      rules.insert(rule);
+    }
+  }
+  return rules;
+}
 
 // Leaked, so that callers that run while the process exits still find them.
 struct RuleSets {
@@ -15,6 +32,8 @@ struct RuleSets {
   const RuleSet applyFile = {RULE_DECLARED_MEMBERS, RULE_JSON_SCHEMA, RULE_NO_READ_ONLY,
                              RULE_REQUIRED};
   const RuleSet set = {RULE_DECLARED_MEMBERS, RULE_JSON_SCHEMA, RULE_INSTANCE_IDS, RULE_REQUIRED};
+  const std::array<RuleSet, kPartSets> updated = {Updated(0), Updated(1), Updated(2), Updated(3),
+                                                  Updated(4), Updated(5), Updated(6), Updated(7)};
   const RuleSet partial = {RULE_DECLARED_MEMBERS, RULE_JSON_SCHEMA, RULE_NO_VITAL_OR_CACHED,
                            RULE_INSTANCE_IDS};
   const RuleSet user = {RULE_DECLARED_MEMBERS, RULE_JSON_SCHEMA, RULE_NO_VITAL_OR_CACHED,
@@ -42,6 +61,9 @@ const RuleSet& ApplyFileRules() {
 }
 const RuleSet& SetRules() {
   return TheRuleSets().set;
+}
+const RuleSet& UpdatedRules(unsigned parts) {
+  return TheRuleSets().updated[parts & (kPartSets - 1)];
 }
 const RuleSet& PartialRules() {
   return TheRuleSets().partial;

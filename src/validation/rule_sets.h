@@ -15,6 +15,9 @@ const RuleSet& CachedRules();
 const RuleSet& ApplyFileRules();
 /// Of ConfigStore::Set, of imports, and of types that are neither vital nor cached as a whole.
 const RuleSet& SetRules();
+/// Of what an update makes of an object: as SetRules, but "required" is asked of the parts named,
+/// bits of Json::Kind.
+const RuleSet& UpdatedRules(unsigned parts);
 const RuleSet& PartialRules();
 const RuleSet& UserRules();
 

@@ -64,9 +64,11 @@ TEST_F(EntryPoints, EachAsksForWhatItsKindOfWriteMayHold) {
   const Entry entries[] = {
       {"VE 1084", ValidateCachedConfig, " | /mtu", " | /serial", "", "", " | /mtu | /mtu | /extra"},
       {"VE 1086", ValidateVitalConfig, " | /mtu", "", " | /state", "", " | /mtu | /mtu | /extra"},
-      {"VE 1087", ValidateUserConfig, "", " | /serial", " | /state", " | /", " | /mtu | /extra"},
-      {"VE 1088", ValidatePartialConfig, "", " | /serial", " | /state", " | /", " | /mtu | /extra"},
-      {"VE 1089", ValidateSet, "", "", "", " | /", " | /mtu | /extra"},
+      {"VE 1087", ValidateUserConfig, "", " | /serial", " | /state", " | /ports/0",
+       " | /mtu | /extra"},
+      {"VE 1088", ValidatePartialConfig, "", " | /serial", " | /state", " | /ports/0",
+       " | /mtu | /extra"},
+      {"VE 1089", ValidateSet, "", "", "", " | /ports/0", " | /mtu | /extra"},
       {"VE 1090", ValidateUpdate, "", "", "", "", " | /mtu | /extra"},
   };
   for (const Entry& entry : entries) {
@@ -85,7 +87,7 @@ TEST_F(EntryPoints, EachAsksForWhatItsKindOfWriteMayHold) {
     EXPECT_EQ(findings(R"({"name":"s","state":{"up":true}})"), entry.cached) << entry.code;
     const char* unnamed = entry.validate == ValidateCachedConfig  ? R"({"state":{"up":true}})"
                           : entry.validate == ValidateVitalConfig ? R"({"serial":"x"})"
-                                                                  : R"({"mtu":1})";
+                                                                  : R"({"ports":[{"vlan":1}]})";
     EXPECT_EQ(findings(unnamed), entry.unnamed) << entry.code;
     EXPECT_EQ(findings(R"({"name":"s","mtu":"x","extra":1})"), entry.wrong) << entry.code;
   }

@@ -28,6 +28,12 @@ enum Rule : int {
   RULE_REQUIRED =
       8,  ///< "required" holds; without it, members that are plainly missing are forgiven
   RULE_CACHED_ONLY = 9,  ///< cached members and instance ids only
+  // "required" holds for members that can belong to the part named; several may be asked for. What
+  // is required of another part is that part's to hold, so RULE_REQUIRED beside a rule about parts
+  // asks for members of that part only.
+  RULE_REQUIRED_OF_USER = 21,
+  RULE_REQUIRED_OF_VITAL = 22,
+  RULE_REQUIRED_OF_CACHED = 23,
 };
 
 /// Validates a value and fills `result` with an array of findings, {"field": JSON Pointer, "error":

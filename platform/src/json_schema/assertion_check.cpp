@@ -1,9 +1,9 @@
 #include "json_schema/assertion_check.h"
 
+#include "json/utf8.h"
 #include "json_schema/describe.h"
 #include "json_schema/equality.h"
 #include "json_schema/number.h"
-#include "json_schema/utf8.h"
 
 #include <algorithm>
 #include <cmath>
@@ -110,7 +110,7 @@ bool AssertionCheck::VisitNumber(const NumberRules& rules, const Json::Value& va
 }
 
 bool AssertionCheck::IsSound(const Json::Value& text) const {
-  return scope_.textsAreSound || Utf8::IsValid(Json::Text(text));
+  return scope_.textsAreSound || Json::Utf8::IsValid(Json::Text(text));
 }
 
 bool AssertionCheck::VisitText(const TextRules& rules, const Json::Value& value, const Place& place,
@@ -119,7 +119,7 @@ bool AssertionCheck::VisitText(const TextRules& rules, const Json::Value& value,
   const std::string_view text = Json::Text(value);
   // A text has no more characters than bytes, so that few texts are counted.
   if (rules.minLength > 0 || text.size() > rules.maxLength) {
-    const std::uint64_t length = Utf8::CountCharacters(text);
+    const std::uint64_t length = Json::Utf8::CountCharacters(text);
     if (length < rules.minLength) {
       ok = Fail(findings, place, [&] {
         return "expected a text of at least " + Count(rules.minLength, "character") + ", found " +

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "json/json.h"
+#include "json/type_schema_view.h"
 #include "json_schema/compiled_node.h"
 #include "json_schema/place.h"
 #include "json_schema/validation_findings.h"
@@ -23,6 +24,10 @@ class AssertionCheck {
     bool textsAreSound = true;  ///< all texts of the value are known to be UTF-8
     /// Gets what could not be checked where the schema is asked quietly, and would be hidden there.
     Findings* undecided = nullptr;
+    /// Members that can belong to none of these parts may be missing; bits of Json::Kind.
+    unsigned askedParts = ~0U;
+    /// What is known of the value's places; needed where not all parts are asked.
+    Json::SchemaPlace root = {};
   };
 
   explicit AssertionCheck(Scope scope) : scope_(scope) {}
@@ -75,6 +80,9 @@ class AssertionCheck {
                   Findings* findings) const;
   bool VisitOneOf(const Nodes& branches, const Json::Value& value, const Place& place,
                   Findings* findings) const;
+
+  /// Whether a member that an object lacks is another part's to hold.
+  bool IsOfAnotherPart(const Place& object, std::string_view member) const;
 
   bool Asserting(const Findings* findings) const {
     return findings == nullptr || scope_.assertions;

@@ -101,12 +101,28 @@ bool AssertionCheck::VisitRequired(const ObjectRules& rules, const Json::Value& 
     for (std::size_t i = 0; i < rules.required.size(); ++i) {
       const bool given = i < ticked ? (seen >> i & 1U) != 0
                                     : Json::FindMember(value, rules.required[i]) != nullptr;
-      if (!given) {
+      if (!given && !(findings != nullptr && IsOfAnotherPart(place, rules.required[i]))) {
         ok = Fail(findings, place, [&] { return MissingMember(rules.required[i]); });
       }
     }
   }
   return ok;
+}
+
+bool AssertionCheck::IsOfAnotherPart(const Place& object, std::string_view member) const {
+  if (scope_.askedParts == ~0U) {
+    return false;
+  }
+  const auto at = [this](const Place& place, const auto& self) -> Json::SchemaPlace {
+    if (place.parent == nullptr) {
+      return scope_.root;
+    }
+    const Json::SchemaPlace around = self(*place.parent, self);
+    return place.name != nullptr ? around.Property(Json::Text(*place.name)) : around.Items();
+  };
+  const Json::SchemaPlace place = at(object, at);
+  return member != place.InstanceIdMember() &&
+         (place.Property(member).Kinds() & scope_.askedParts) == 0;
 }
 
 bool AssertionCheck::VisitDependencies(const ObjectRules& rules, const Json::Value& value,
@@ -117,7 +133,8 @@ bool AssertionCheck::VisitDependencies(const ObjectRules& rules, const Json::Val
       continue;
     }
     for (const std::string_view name : dependency.members) {
-      if (Asserting(findings) && Json::FindMember(value, name) == nullptr) {
+      if (Asserting(findings) && Json::FindMember(value, name) == nullptr &&
+          !(findings != nullptr && IsOfAnotherPart(place, name))) {
         ok = Fail(findings, place, [&] {
           return MissingMember(name) + " because member " + Quoted(dependency.name) + " is given";
         });

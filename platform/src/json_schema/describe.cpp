@@ -1,7 +1,7 @@
 #include "json_schema/describe.h"
 
 #include "json/type_schema_view.h"
-#include "json_schema/utf8.h"
+#include "json/utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -56,7 +56,7 @@ bool IsShallow(const Json::Value& value, int levels) {
 }  // namespace
 
 std::string Quoted(std::string_view text) {
-  const std::string repaired = Utf8::Repaired(Shortened(text, kLongestText));
+  const std::string repaired = Json::Utf8::Repaired(Shortened(text, kLongestText));
   rapidjson::StringBuffer buffer;
   rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
   writer.String(repaired.data(), static_cast<rapidjson::SizeType>(repaired.size()));
@@ -145,7 +145,7 @@ std::string UnknownMember(std::string_view name, const std::vector<const ObjectR
   std::vector<std::string> known;
   for (const ObjectRules* schema : schemas) {
     for (const Property& property : schema->properties.All()) {
-      const std::string text = Utf8::Repaired(property.name);
+      const std::string text = Json::Utf8::Repaired(property.name);
       if (!property.node->refusesAll && property.name != Json::kGeneratedInstanceId &&
           std::find(known.begin(), known.end(), text) == known.end()) {
         known.push_back(text);

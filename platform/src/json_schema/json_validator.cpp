@@ -21,8 +21,12 @@ void CheckAgainst(const CompiledSchema& schema, const Json::Value& value, RuleSe
     return;
   }
   const bool assertions = rules.Has(RULE_JSON_SCHEMA);
-  const AssertionCheck::Scope scope{assertions, rules.Has(RULE_REQUIRED), soundness.TextsAreSound(),
-                                    assertions ? &findings : nullptr};
+  const AssertionCheck::Scope scope{assertions,
+                                    rules.AsksForMembers(),
+                                    soundness.TextsAreSound(),
+                                    assertions ? &findings : nullptr,
+                                    rules.AskedParts(),
+                                    schema.View().Root()};
   if (scope.assertions || scope.required) {
     AssertionCheck(scope).Check(schema.Root(), value, Place{}, findings);
   }

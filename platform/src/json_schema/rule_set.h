@@ -36,6 +36,24 @@ class RuleSet {
 
   RuleSet Without(Rule rule) const { return RuleSet(bits_ & ~(1U << static_cast<unsigned>(rule))); }
 
+  /// Whether anything is asked of "required".
+  bool AsksForMembers() const {
+    return HasAny(
+        {RULE_REQUIRED, RULE_REQUIRED_OF_USER, RULE_REQUIRED_OF_VITAL, RULE_REQUIRED_OF_CACHED});
+  }
+  /// The parts, as bits of Json::Kind, whose members "required" is asked of; all where no rule names
+  /// one.
+  unsigned AskedParts() const {
+    const auto part = [this](std::initializer_list<Rule> rules, Json::Kind kind) {
+      return HasAny(rules) ? static_cast<unsigned>(kind) : 0U;
+    };
+    const unsigned parts =
+        part({RULE_REQUIRED_OF_USER, RULE_NO_VITAL_OR_CACHED}, Json::Kind::USER) |
+        part({RULE_REQUIRED_OF_VITAL, RULE_VITAL_ONLY}, Json::Kind::VITAL) |
+        part({RULE_REQUIRED_OF_CACHED, RULE_CACHED_ONLY}, Json::Kind::CACHED);
+    return parts != 0 ? parts : ~0U;
+  }
+
  private:
   static constexpr int kBits = 32;
   explicit RuleSet(std::uint32_t bits) : bits_(bits) {}

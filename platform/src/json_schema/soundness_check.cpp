@@ -1,7 +1,7 @@
 #include "json_schema/soundness_check.h"
 
+#include "json/utf8.h"
 #include "json_schema/describe.h"
-#include "json_schema/utf8.h"
 
 #include <cmath>
 #include <cstdint>
@@ -108,14 +108,14 @@ bool SoundnessCheck::Walk(const Json::Value& value, const Place& place, std::siz
 }
 
 void SoundnessCheck::CheckText(const Json::Value& text, const Place& place) {
-  if (!Utf8::IsValid(Json::Text(text))) {
+  if (!Json::Utf8::IsValid(Json::Text(text))) {
     textsAreSound_ = false;
     findings_.Add(place, "the text " + Quoted(Json::Text(text)) + " is not valid UTF-8");
   }
 }
 
 void SoundnessCheck::CheckName(const Json::Value& name, const Place& object) {
-  if (!Utf8::IsValid(Json::Text(name))) {
+  if (!Json::Utf8::IsValid(Json::Text(name))) {
     textsAreSound_ = false;
     findings_.Add(object, "the member name " + Quoted(Json::Text(name)) + " is not valid UTF-8");
   }

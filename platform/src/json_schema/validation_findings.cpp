@@ -1,7 +1,7 @@
 #include "json_schema/validation_findings.h"
 
 #include "json/pointer.h"
-#include "json_schema/utf8.h"
+#include "json/utf8.h"
 
 #include <algorithm>
 
@@ -25,13 +25,13 @@ void Findings::Add(const Place& place, std::string_view error) {
   for (auto step = way.rbegin(); step != way.rend(); ++step) {
     finding.order.push_back((*step)->index);
     const Json::Value* name = (*step)->name;
-    Json::AppendToken(finding.field, name != nullptr ? Utf8::Repaired(Json::Text(*name))
+    Json::AppendToken(finding.field, name != nullptr ? Json::Utf8::Repaired(Json::Text(*name))
                                                      : std::to_string((*step)->index));
   }
   if (finding.field.empty()) {
     finding.field += '/';
   }
-  finding.error = Utf8::Repaired(error);
+  finding.error = Json::Utf8::Repaired(error);
   findings_.push_back(std::move(finding));
 }
 

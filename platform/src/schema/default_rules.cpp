@@ -17,8 +17,6 @@ using Json::Keyword::kDefinitions;
 using Json::Keyword::kProperties;
 using TarnConfigStore::JsonDoc;
 
-constexpr std::size_t kMaxInstanceIdSize = 255;
-
 // What is asked of data that is complete.
 const std::unordered_set<int>& WholeObjectRules() {
   static const std::unordered_set<int>& rules = *new std::unordered_set<int>{
@@ -95,8 +93,8 @@ class InstanceIds {
       }
       return;
     }
-    if (id.empty() || id.size() > kMaxInstanceIdSize || id.find('\0') != std::string_view::npos) {
-      findings_.Add(place, "an instance id is a text of 1 to 255 bytes without NUL");
+    if (!Json::IsInstanceId(id)) {
+      findings_.Add(place, "an instance id is a text of 1 to 255 bytes without control characters");
     }
     const Json::Value* member = Json::FindMember(value, idMember_);
     if (member != nullptr && member->IsString() && Json::Text(*member) != id) {

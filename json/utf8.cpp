@@ -1,10 +1,10 @@
-#include "json_schema/utf8.h"
+#include "json/utf8.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 
-namespace JsonValidator::Utf8 {
+namespace Json::Utf8 {
 namespace {
 
 bool InRange(unsigned char byte, unsigned char low, unsigned char high) {
@@ -98,4 +98,65 @@ std::string Repaired(std::string_view text) {
   return repaired;
 }
 
-}  // namespace JsonValidator::Utf8
+namespace {
+
+// Of a valid sequence.
+bool IsControl(std::string_view sequence) {
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(sequence[i]); };
+  constexpr unsigned char kDelete = 0x7F;
+  return sequence.size() == 1 ? byte(0) < ' ' || byte(0) == kDelete
+                              : byte(0) == 0xC2 && byte(1) < 0xA0;
+}
+
+void AppendEscaped(std::string& text, char c) {
+  constexpr std::string_view kHex = "0123456789abcdef";
+  const auto byte = static_cast<unsigned char>(c);
+  switch (c) {
+    case '\n':
+      text += "\\n";
+      break;
+    case '\r':
+      text += "\\r";
+      break;
+    case '\t':
+      text += "\\t";
+      break;
+    default:
+      text += "\\x";
+      text += kHex[byte >> 4U];
+      text += kHex[byte & 15U];
+  }
+}
+
+}  // namespace
+
+std::string Escaped(std::string_view text) {
+  std::string escaped;
+  escaped.reserve(text.size());
+  while (!text.empty()) {
+    const std::size_t valid = SequenceLength(text);
+    const std::string_view sequence = text.substr(0, valid == 0 ? 1 : valid);
+    if (valid == 0 || IsControl(sequence)) {
+      for (const char c : sequence) {
+        AppendEscaped(escaped, c);
+      }
+    } else {
+      escaped += sequence == "\\" ? "\\\\" : sequence;
+    }
+    text.remove_prefix(sequence.size());
+  }
+  return escaped;
+}
+
+bool HasControls(std::string_view text) noexcept {
+  while (!text.empty()) {
+    const std::size_t valid = SequenceLength(text);
+    if (valid > 0 && IsControl(text.substr(0, valid))) {
+      return true;
+    }
+    text.remove_prefix(valid == 0 ? 1 : valid);
+  }
+  return false;
+}
+
+}  // namespace Json::Utf8

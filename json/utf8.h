@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace JsonValidator::Utf8 {
+namespace Json::Utf8 {
 
 /// No overlong forms, no surrogates, nothing past U+10FFFF.
 bool IsValid(std::string_view text) noexcept;
@@ -16,7 +16,14 @@ std::size_t CountCharacters(std::string_view text) noexcept;
 /// The text with every byte that is not UTF-8 replaced by U+FFFD.
 std::string Repaired(std::string_view text);
 
+/// The text as it may be shown in a line: control characters and bytes that are not UTF-8 escaped
+/// as "\\xNN", line ends and tabs as "\\n", "\\r" and "\\t", a backslash doubled.
+std::string Escaped(std::string_view text);
+
+/// True for a text with a control character (C0, DEL, or C1 of Unicode).
+bool HasControls(std::string_view text) noexcept;
+
 /// Length of the valid sequence that the text starts with; 0 when it starts with none.
 std::size_t SequenceLength(std::string_view text) noexcept;
 
-}  // namespace JsonValidator::Utf8
+}  // namespace Json::Utf8

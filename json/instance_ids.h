@@ -1,0 +1,21 @@
+// What tells the instances of a type, and the elements of a list, apart.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace Json {
+
+/// The member that holds the identifier which the store gives to an element that has none of its
+/// own. Callers of the library never see it.
+inline constexpr const char* kGeneratedInstanceId = "cs_generated_id";
+
+/// The most bytes that the instance id of an object may have.
+inline constexpr std::size_t kMaxInstanceIdSize = 255;
+
+/// True for a text that may be the instance id of an object: 1 to 255 bytes of UTF-8 without
+/// control characters. A NUL would end the id early wherever it is bound as a C string, and name
+/// another row; a line end would forge lines in logs.
+bool IsInstanceId(std::string_view text) noexcept;
+
+}  // namespace Json
