@@ -44,15 +44,26 @@ TARN_CONFIG_STORE_EXPORT int GetUpgradeContext();
 /// "DeleteDesiredValue: Failed to delete DesiredValue for given csoId."; nothing is changed then.
 TARN_CONFIG_STORE_EXPORT void SetBootStatus(const ConfigStoreObjectId& csoId, bool status);
 
-/// Confirms a part of an object's pending value and drops the rest: the data, which has to be part
-/// of the pending value (members equal, objects recursively, each element of a list found in the
-/// other), is laid over the user's value, the pending value goes, and the row is confirmed. Does not
-/// count as a write. An empty handle, and an object without data, are logged and nothing is done.
-/// Raises ConfigStoreException 1037 when the type is not installed, ValidationException 1088 with
-/// every finding when the data does not fit the type or holds vital or cached members, and
-/// ConfigStoreException 2000 "desired config is empty" when nothing is pending, "partial config
-/// being restored is not part of desired config" when something else is, or what the database's
-/// failure gives; the row is then as it was.
+/// The same for several in one transaction: all of them or, when it throws, none.
+TARN_CONFIG_STORE_EXPORT void SetBootStatus(const std::vector<ConfigStoreObjectId>& csoIds,
+                                            bool status);
+
+/// The same for every row of every type that is shared with a SmartNIC, in one transaction. Throws
+/// ConfigStoreException 2000 also with "Failed to attach schema store", when the types cannot be
+/// read.
+TARN_CONFIG_STORE_EXPORT void SetSharedBootStatus(bool status);
+
+/// Confirms a part of an object's desired value, which is the pending one or, where nothing waits,
+/// the user's, and drops the rest: the data, which has to be part of it (members equal, objects
+/// recursively, each element of a list found in the other), is laid over the user's value, the
+/// pending value goes, and the row is confirmed. An element of a list whose identifiers the store
+/// gives is the one that it is found in. Does not count as a write. An empty handle, and an object
+/// without data, are logged and nothing is done. Throws ConfigStoreException 1037 when the type is
+/// not installed, ValidationException 1088 with every finding when the data does not fit the type or
+/// holds vital or cached members, or when the object that comes out does not fit, and
+/// ConfigStoreException 2000 "desired config is empty" when the row has neither value, "partial
+/// config being restored is not part of desired config" when something else is desired, or what the
+/// database's failure gives; the row is then as it was.
 TARN_CONFIG_STORE_EXPORT void SetPartialBootStatus(std::shared_ptr<ConfigStoreObject> object);
 
 // What is to take effect, as far as rows of current configuration hold it: the pending value of a

@@ -22,13 +22,16 @@ namespace TarnConfigStore {
 TARN_CONFIG_STORE_EXPORT std::shared_ptr<ConfigStoreObject> GetKernelOptions(
     const ConfigStoreObjectId& csoId);
 
-/// Replaces the options that wait for the next boot; those in force stay. The data is cleaned of
-/// empty content and checked as ConfigStore::Set does. An empty handle, and an object without data,
-/// are logged and nothing is written. Counts as a write of the row. Runs in a transaction of its
+/// Replaces the options that wait for the next boot, and the vital members; user members in force
+/// stay. What automatic configuration had set for the row goes, and so do cached values. The data is
+/// cleaned of empty content and checked as ConfigStore::Set does; cached members are refused, since
+/// there is no place for them. An empty handle, and an object without data, are logged and nothing
+/// is written. Counts as a write of the row, and writes no "BOOT_MODE". Runs in a transaction of its
 /// own, and so fails at once on a thread that holds one on a store. Nobody is notified: nothing has
-/// changed yet. Raises ValidationException 1089 with every finding, and ConfigStoreException 2000
-/// "Database call to update Kernel options configuration failed for: IDENTIFIER"; the row is then as
-/// it was.
+/// changed yet. Throws ValidationException 1089 with every finding, and ConfigStoreException 2000
+/// "Tarn host is being remediated by ORC, cannot set next-boot configuration." while "BOOT_MODE" is
+/// "1", or "Database call to update Kernel options configuration failed for: IDENTIFIER"; the row is
+/// then as it was.
 TARN_CONFIG_STORE_EXPORT void SetKernelOptions(std::shared_ptr<ConfigStoreObject> object);
 
 }  // namespace TarnConfigStore

@@ -9,12 +9,15 @@
 #include "persistence/statements.h"
 
 #include <unordered_set>
+#include <utility>
 
 namespace TarnConfigStore {
 namespace {
 
 constexpr const char* kNotConfirmed =
     "SetBootStatus: Failed to mark success status for given csoId.";
+constexpr const char* kNotDropped =
+    "DeleteDesiredValue: Failed to delete DesiredValue for given csoId.";
 
 // For one instance or, without an instance id, all rows of a type. A type without instances has one
 // row, so both come to the same there.
@@ -74,9 +77,27 @@ void SetBootStatusInternal(const ConfigStoreObjectId& id, bool status,
   if (status) {
     Run(CONFIRM_INSTANCE, CONFIRM_TYPE, id, connection, kNotConfirmed);
   } else {
-    Run(DROP_PENDING_OF_INSTANCE, DROP_PENDING_OF_TYPE, id, connection,
-        "DeleteDesiredValue: Failed to delete DesiredValue for given csoId.");
+    Run(DROP_PENDING_OF_INSTANCE, DROP_PENDING_OF_TYPE, id, connection, kNotDropped);
   }
+}
+
+void SetSharedBootStatusInternal(bool status, const DBStore::ConnectionHandle& connection) {
+  const DBStore::StatementHandle statement = DBStore::internal::Prepare(
+      connection, status ? CONFIRM_SHARED : DROP_PENDING_OF_SHARED, DBStore::kWaitLimit);
+  if (DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, DBStore::kWaitLimit) != 0) {
+    ThrowFailure(status ? kNotConfirmed : kNotDropped);
+  }
+}
+
+AttachedSchemaStore::AttachedSchemaStore(DBStore::ConnectionHandle connection)
+    : connection_(std::move(connection)) {
+  if (DBStore::AttachSchemaStore(connection_) != 0) {
+    ThrowFailure("Failed to attach schema store");
+  }
+}
+
+AttachedSchemaStore::~AttachedSchemaStore() {
+  DBStore::DetachSchemaStore(connection_);
 }
 
 void SetPartialBootStatusInternal(const ObjectHandle& object, const SchemaHandle& schema,

@@ -18,6 +18,23 @@ namespace TarnConfigStore {
 void SetBootStatusInternal(const ConfigStoreObjectId& id, bool status,
                            const DBStore::ConnectionHandle& connection);
 
+/// The same for all rows of all types that are shared with a SmartNIC. The schema store has to be
+/// attached.
+void SetSharedBootStatusInternal(bool status, const DBStore::ConnectionHandle& connection);
+
+/// Makes the schema store's tables visible under "ss" for as long as it lives. Raises
+/// ConfigStoreException 2000 "Failed to attach schema store".
+class AttachedSchemaStore {
+ public:
+  explicit AttachedSchemaStore(DBStore::ConnectionHandle connection);
+  ~AttachedSchemaStore();
+  AttachedSchemaStore(const AttachedSchemaStore&) = delete;
+  AttachedSchemaStore& operator=(const AttachedSchemaStore&) = delete;
+
+ private:
+  DBStore::ConnectionHandle connection_;
+};
+
 /// Lays an object's data, which are part of the row's pending value or, where nothing waits, of the
 /// user's, over the user's value, drops the pending value and confirms the row. Elements that the
 /// store has given ids are found by what is given of them. The caller holds the transaction: what is

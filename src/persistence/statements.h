@@ -314,19 +314,27 @@ inline constexpr std::string_view READ_REMEDIATED_KERNEL_OPTIONS =
 #define TARN_CONFIRM                                                                    \
   "UPDATE Config SET UserValue = CASE WHEN DesiredValue IS NULL THEN UserValue ELSE "   \
   "DesiredValue END, DesiredValue = NULL, Success = 1 WHERE (DesiredValue NOT NULL OR " \
-  "Success = 0) AND Name = ? AND ConfigGroup = ? AND Component = ?"
-inline constexpr InstanceStatement CONFIRM_INSTANCE(TARN_CONFIRM " AND Identifier = ?");
-inline constexpr TypeStatement CONFIRM_TYPE(TARN_CONFIRM);
+  "Success = 0)"
+#define TARN_OF_TYPE " AND Name = ? AND ConfigGroup = ? AND Component = ?"
+// Of all types shared with a SmartNIC, while the schema store is attached.
+#define TARN_OF_SHARED_TYPES                                                          \
+  " AND (Component, ConfigGroup, Name) IN (SELECT Component, ConfigGroup, Name FROM " \
+  "ss.SmartnicSchema WHERE ValueType = 'tarn-shared')"
+inline constexpr InstanceStatement CONFIRM_INSTANCE(TARN_CONFIRM TARN_OF_TYPE
+                                                    " AND Identifier = ?");
+inline constexpr TypeStatement CONFIRM_TYPE(TARN_CONFIRM TARN_OF_TYPE);
+inline constexpr std::string_view CONFIRM_SHARED = TARN_CONFIRM TARN_OF_SHARED_TYPES;
 #undef TARN_CONFIRM
 
 /// Drops what is pending. Parameters as above.
-#define TARN_DROP_PENDING                                                               \
-  "UPDATE Config SET DesiredValue = NULL WHERE DesiredValue NOT NULL AND Name = ? AND " \
-  "ConfigGroup = ? AND Component = ?"
-inline constexpr InstanceStatement DROP_PENDING_OF_INSTANCE(TARN_DROP_PENDING
+#define TARN_DROP_PENDING "UPDATE Config SET DesiredValue = NULL WHERE DesiredValue NOT NULL"
+inline constexpr InstanceStatement DROP_PENDING_OF_INSTANCE(TARN_DROP_PENDING TARN_OF_TYPE
                                                             " AND Identifier = ?");
-inline constexpr TypeStatement DROP_PENDING_OF_TYPE(TARN_DROP_PENDING);
+inline constexpr TypeStatement DROP_PENDING_OF_TYPE(TARN_DROP_PENDING TARN_OF_TYPE);
+inline constexpr std::string_view DROP_PENDING_OF_SHARED = TARN_DROP_PENDING TARN_OF_SHARED_TYPES;
 #undef TARN_DROP_PENDING
+#undef TARN_OF_SHARED_TYPES
+#undef TARN_OF_TYPE
 
 /// Confirms a row with another user value. Parameters: user value, name, group, component,
 /// identifier.

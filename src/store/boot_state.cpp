@@ -30,6 +30,22 @@ void SetBootStatus(const ConfigStoreObjectId& csoId, bool status) {
   SetBootStatusInternal(csoId, status, Connect());
 }
 
+void SetBootStatus(const std::vector<ConfigStoreObjectId>& csoIds, bool status) {
+  const DBStore::ConnectionHandle connection = Connect();
+  RunUnderTransaction(connection, "SetBootStatus", [&] {
+    for (const ConfigStoreObjectId& csoId : csoIds) {
+      SetBootStatusInternal(csoId, status, connection);
+    }
+  });
+}
+
+void SetSharedBootStatus(bool status) {
+  const DBStore::ConnectionHandle connection = Connect();
+  const AttachedSchemaStore types(connection);
+  RunUnderTransaction(connection, "SetSharedBootStatus",
+                      [&] { SetSharedBootStatusInternal(status, connection); });
+}
+
 void SetPartialBootStatus(std::shared_ptr<ConfigStoreObject> object) {
   if (IsNull(object, "SetPartialBootStatus")) {
     return;

@@ -3,6 +3,7 @@
 #include "tarnconfigstore/contexts.h"
 
 #include "objects/schema_lookup.h"
+#include "persistence/boot_flags.h"
 #include "persistence/connection.h"
 #include "persistence/kernel_option_rows.h"
 #include "store/trace.h"
@@ -39,12 +40,15 @@ void SetKernelOptions(std::shared_ptr<ConfigStoreObject> object) {
   LogStoreCall(kWrite, "SetKernelOptions", csoId, EXTERNAL);
   const SchemaHandle schema = CheckedSchema(csoId);
   ValidateSet(schema, object);
+  ValidateNoCachedData(schema, object);
   if (ObjIsEmpty(object, "SetKernelOptions")) {
     return;
   }
   const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
-  RunUnderTransaction(connection, "SetKernelOptions",
-                      [&] { SetKernelOptionsInternal(object, schema, connection); });
+  RunUnderTransaction(connection, "SetKernelOptions", [&] {
+    RequireNoRemediation(connection);
+    SetKernelOptionsInternal(object, schema, connection);
+  });
 }
 
 }  // namespace TarnConfigStore

@@ -7,6 +7,8 @@
 #include "json/pointer.h"
 #include "json/utf8.h"
 #include "objects/config_store_object_impl.h"
+#include "objects/division.h"
+#include "objects/document.h"
 #include "objects/schema_lookup.h"
 #include "validation/cleanup.h"
 
@@ -158,6 +160,21 @@ void ValidateUpdated(const SchemaHandle& schema, const ObjectHandle& object, uns
 void ValidateRestored(const SchemaHandle& schema, const ObjectHandle& object) {
   Require(schema, object, UpdatedRules(static_cast<unsigned>(Json::Kind::USER)),
           CS_PARTIAL_CONFIG_INVALID);
+}
+
+void ValidateNoCachedData(const SchemaHandle& schema, const ObjectHandle& object) {
+  const std::optional<std::string> cached = DivideObject(*object, *schema, EXTERNAL).values.cached;
+  if (!cached) {
+    return;
+  }
+  std::vector<ErrorInfo> errors;
+  const auto part = CreateDocumentFromString(*cached);
+  for (const auto& member : part->GetJsonValuePtr()->GetObject()) {
+    std::string field;
+    Json::AppendToken(field, Json::Text(member.name));
+    AddFinding({std::move(field), "cached configuration may not be given here"}, errors, false);
+  }
+  ThrowException<ValidationException>(CS_SET_INVALID, errors);
 }
 
 void ValidateApplyFile(const Json::Value& value, const Json::Value& schema) {

@@ -55,6 +55,10 @@ void ValidateUpdated(const SchemaHandle& schema, const ObjectHandle& object, uns
 /// raises ValidationException 1088.
 void ValidateRestored(const SchemaHandle& schema, const ObjectHandle& object);
 
+/// For a write that has no place for cached data: raises ValidationException 1089 with a finding for
+/// each member that holds some.
+void ValidateNoCachedData(const SchemaHandle& schema, const ObjectHandle& object);
+
 /// A value of a file that is to be applied, against a schema; raises ValidationException 1091.
 void ValidateApplyFile(const Json::Value& value, const Json::Value& schema);
 

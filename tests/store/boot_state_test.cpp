@@ -63,7 +63,8 @@ TEST_F(BootState, StatusConfirmsOrDropsWhatIsPending) {
   EXPECT_EQ(Row("s3"), "1 2 0 7 left") << "another instance";
   SetBootStatus(Many(""), true);
   EXPECT_EQ(Row("s2") + "|" + Row("s3") + "|" + Row("s4"),
-            "1 - 1 7 touched|2 - 1 7 touched|1 - 1 7 left");
+            "1 - 1 7 left|2 - 1 7 touched|1 - 1 7 left")
+      << "being confirmed changes no value";
   PutPending();
   SetBootStatus(Many("s1"), false);
   EXPECT_EQ(Row("s1") + "|" + Row("s3"), "1 - 1 7 touched|1 2 0 7 left");
@@ -107,6 +108,37 @@ TEST_F(BootState, APartIsConfirmedAndTheRestDropped) {
       database_.Rows(),
       R"(tarn/test/many-switch/s1 u={"name":"s1","mtu":1,"ports":[{"id":"p1","vlan":1},{"id":"p2","vlan":3}]} )"
       "d=- a=- v=- c=- ok=1 rev=7");
+}
+
+TEST_F(BootState, SeveralAreJudgedTogetherOrNotAtAll) {
+  PutPending();
+  const auto judge = [&] { SetBootStatus({Many("s1"), Many("s3")}, true); };
+  EXPECT_EQ(FailEachStep("several", judge, [&] { return State(); }), 6);
+  EXPECT_EQ(Row("s1") + "|" + Row("s2") + "|" + Row("s3"),
+            "2 - 1 7 touched|1 - 0 7 left|2 - 1 7 touched");
+}
+
+TEST_F(BootState, SharedTypesAreJudgedTogether) {
+  std::string shared = TestSupport::kPlainType;
+  shared.replace(shared.find("plain"), 5, "nic")
+      .insert(shared.find("\"type\""), R"("shared":true,)");
+  InstallType(host_, shared);
+  const ConfigStoreObjectId nic("nic", "test", "tarn");
+  PutPending();
+  Set(nic, R"({"name":"a"})");
+  database_.Run(R"(UPDATE Config SET DesiredValue = '{"name":"b"}' WHERE Name = 'nic')");
+  const auto status = [](bool accept) { return Raised([=] { SetSharedBootStatus(accept); }); };
+  {
+    const ConfigStoreTransaction transaction(store_);
+    EXPECT_EQ(status(true), "CSE 2000 Begin Transaction failed for: SetSharedBootStatus");
+  }
+  EXPECT_EQ(status(true), "nothing");
+  EXPECT_EQ(Data(store_->Get(nic)), R"({"name":"b"})");
+  EXPECT_EQ(Row("s1"), "1 2 1 7 left") << "not shared";
+  database_.Run(R"(UPDATE Config SET DesiredValue = '{"name":"c"}' WHERE Name = 'nic')");
+  EXPECT_EQ(status(false) + Data(store_->Get(nic)), R"(nothing{"name":"b"})");
+  std::filesystem::rename(host_.Path(HostPaths::kSchemaStore), host_.Root() + "/away");
+  EXPECT_EQ(status(true), "CSE 2000 Failed to attach schema store");
 }
 
 // Who sees which value of a row: user's 1, pending 2, automatic 3.

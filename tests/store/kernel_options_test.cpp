@@ -14,7 +14,8 @@ class KernelOptions : public TestSupport::NextBootFixture {
   KernelOptions() {
     InstallType(host_, R"({"component":"tarn","group":"tkernel","key":"options","version":"1.0",
       "schema":{"type":"object","rebootRequired":true,"properties":{
-        "cpus":{"type":"integer"},"console":{"type":"string","vital":true}}}})");
+        "cpus":{"type":"integer"},"console":{"type":"string","vital":true},
+        "seen":{"type":"object","cached":true,"properties":{"at":{"type":"string"}}}}}})");
   }
   std::string Row() {
     return database_.Rows().substr(std::string("tarn/tkernel/options/ ").size());
@@ -48,6 +49,10 @@ TEST_F(KernelOptions, ComeFromWhatIsStagedWhileTheHostIsRemediated) {
   Set(id_, R"({"cpus":1,"console":"a"})");
   EXPECT_EQ(Data(GetKernelOptions(id_)), R"({"console":"a","cpus":8})");
   EXPECT_EQ(GetKernelOptions(id_)->GetVersion(), "1.0");
+  const std::string before = State();
+  EXPECT_EQ(Raised([&] { SetKernelOptions(staged); }),
+            "CSE 2000 Tarn host is being remediated by ORC, cannot set next-boot configuration.");
+  EXPECT_EQ(State(), before);
   database_.Run("DELETE FROM DesiredUserConfig");
   EXPECT_EQ(Data(GetKernelOptions(id_)), R"({"console":"a"})");
   DBStore::testing::SetHook([](DBStore::testing::Operation, std::string_view detail) {
@@ -66,6 +71,9 @@ TEST_F(KernelOptions, AreOneObjectOfOneType) {
             "VE 2000 Singleton object cannot contain instanceId");
   EXPECT_EQ(Raised([&] { SetKernelOptions(Object(id_, R"({"cpus":"x"})")); }).substr(0, 7),
             "VE 1089");
+  EXPECT_EQ(Raised([&] { SetKernelOptions(Object(id_, R"({"cpus":1,"seen":{"at":"x"}})")); }),
+            "VE 1089 The object to be set does not fit its type. | /seen")
+      << "there is no place for them";
   RemoveType("tarn", "tkernel", "options", false);
   EXPECT_EQ(Raised([&] { GetKernelOptions(id_); }).substr(0, 8), "CSE 1037");
 }

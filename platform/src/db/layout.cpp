@@ -10,8 +10,8 @@ namespace {
 //
 // REPLACE turns a NULL into a column's default where NULL is not allowed. Writers never name
 // ModifiedTime: a replaced row takes the default, an updated one the trigger. The trigger's
-// condition keeps it from answering its own update, and from running when the time to the second
-// would stay the same.
+// condition keeps it from answering its own update, and from running when no value changes or the
+// time to the second would stay the same.
 constexpr const char* kCurrentStoreDefinition = R"sql(
 CREATE TABLE Config(
   Component TEXT NOT NULL,
@@ -32,10 +32,13 @@ CREATE TABLE Config(
 ) WITHOUT ROWID;
 
 CREATE TRIGGER ConfigModified AFTER UPDATE OF
-  Version, UserValue, DesiredValue, AutoConfValue, VitalValue, CachedValue, Success, CreationTime, Revision
+  UserValue, DesiredValue, AutoConfValue, VitalValue, CachedValue
 ON Config
 WHEN NEW.ModifiedTime IS OLD.ModifiedTime
   AND NEW.ModifiedTime IS NOT DATETIME(CURRENT_TIMESTAMP)
+  AND (NEW.UserValue IS NOT OLD.UserValue OR NEW.DesiredValue IS NOT OLD.DesiredValue
+    OR NEW.AutoConfValue IS NOT OLD.AutoConfValue OR NEW.VitalValue IS NOT OLD.VitalValue
+    OR NEW.CachedValue IS NOT OLD.CachedValue)
 BEGIN
   UPDATE Config SET ModifiedTime = DATETIME(CURRENT_TIMESTAMP)
   WHERE Component = NEW.Component AND ConfigGroup = NEW.ConfigGroup AND Name = NEW.Name
