@@ -37,9 +37,6 @@ class TARN_CONFIG_STORE_EXPORT ConfigStoreObject : public StoreObject {
   /// installed.
   explicit ConfigStoreObject(const ConfigStoreObjectId& id);
 
-  /// For the library's own readers.
-  explicit ConfigStoreObject(std::shared_ptr<ConfigStoreObjectImpl> const& implementation);
-
   /// Version of the type's schema under which the object was stored; empty for a new object.
   std::string GetVersion() const;
   /// Time of the first write, "YYYY-MM-DD HH:MM:SS" in UTC; empty for a new object.
@@ -91,10 +88,10 @@ class TARN_CONFIG_STORE_EXPORT ConfigStoreObject : public StoreObject {
   /// key without instances.
   void DeleteSubObjectInstances(const std::string& key);
 
-  /// For the library's own use.
-  const std::shared_ptr<ConfigStoreObjectImpl>& GetImplementation() const { return object_; }
-
  private:
+  friend struct Internal::Access;
+  explicit ConfigStoreObject(std::shared_ptr<ConfigStoreObjectImpl> const& implementation);
+
   std::shared_ptr<ConfigStoreObjectImpl> object_;
 };
 

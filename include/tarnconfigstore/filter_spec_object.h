@@ -25,9 +25,6 @@ class TARN_CONFIG_STORE_EXPORT FilterSpecObject : public StoreObject {
  public:
   explicit FilterSpecObject(const ConfigStoreObjectId& id);
 
-  /// For the library's own use.
-  explicit FilterSpecObject(std::shared_ptr<FilterSpecObjectImpl> const& implementation);
-
   // Sub-object filters. All raise InvalidArgumentException 2000 for an empty key, and
   // InvalidTypeException where the member of the data holds something else than such conditions.
 
@@ -43,10 +40,10 @@ class TARN_CONFIG_STORE_EXPORT FilterSpecObject : public StoreObject {
   /// "Subobject does not exists." or "Subobject instance does not exists." when there are none.
   void DeleteSubObjectFilter(const SubObjectId& id);
 
-  /// For the library's own use.
-  const std::shared_ptr<FilterSpecObjectImpl>& GetImplementation() const { return filter_; }
-
  private:
+  friend struct Internal::Access;
+  explicit FilterSpecObject(std::shared_ptr<FilterSpecObjectImpl> const& implementation);
+
   std::shared_ptr<FilterSpecObjectImpl> filter_;
 };
 

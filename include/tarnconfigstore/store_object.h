@@ -12,6 +12,10 @@ namespace TarnConfigStore {
 
 class StoreObjectImpl;
 
+namespace Internal {
+struct Access;  // the library's own access to the handles' implementations
+}  // namespace Internal
+
 /// The data of a configuration object or of a filter: one JSON object whose members are named by
 /// key. A key is a plain member name, never a path. A member whose value is null counts as absent.
 ///

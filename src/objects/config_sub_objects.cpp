@@ -3,6 +3,7 @@
 #include "platform/logger.h"
 
 #include "errors/raise.h"
+#include "objects/access.h"
 #include "objects/argument_errors.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/sub_object_place.h"
@@ -82,7 +83,7 @@ Member DescribeOne(const Type& parent, const SubObjectId& id) {
 
 Object MakeView(const ConfigStoreObjectImpl& parent, const SubObjectId& id, const Type& type,
                 std::unique_ptr<const SubObjectPlace> place) {
-  return std::make_shared<ConfigStoreObject>(
+  return Internal::Access::Wrap(
       std::make_shared<ConfigStoreObjectImpl>(parent, id, type, std::move(place)));
 }
 

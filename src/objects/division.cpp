@@ -4,6 +4,7 @@
 
 #include "errors/raise.h"
 #include "json/type_schema_view.h"
+#include "objects/access.h"
 #include "objects/config_store_object_impl.h"
 
 #include <array>
@@ -137,7 +138,7 @@ void GiveGeneratedIds(const ConfigStoreObject& object,
                       const TarnSchemaStore::SchemaObject& schema) {
   // A type whose arrays get generated ids has them in its id map.
   if (schema.GetIdMap()) {
-    ConfigStoreObjectImpl& data = *object.GetImplementation();
+    ConfigStoreObjectImpl& data = Internal::Access::Of(object);
     PopulateGeneratedInstanceId(schema.GetSchemaPlace(), data.GetRoot(), data.GetAllocator());
   }
 }
@@ -171,7 +172,7 @@ ColumnValues DivideValue(const Json::Value& value, const TarnSchemaStore::Schema
 ColumnMapEntry DivideObject(const ConfigStoreObject& object,
                             const TarnSchemaStore::SchemaObject& schema,
                             const USERDATA_CONTEXT& context) {
-  const ConfigStoreObjectImpl& data = *object.GetImplementation();
+  const ConfigStoreObjectImpl& data = Internal::Access::Of(object);
   return {&data.GetConfigStoreObjectId(), DivideValue(data.GetRoot(), schema, context)};
 }
 

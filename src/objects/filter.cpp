@@ -5,6 +5,7 @@
 
 #include "errors/raise.h"
 #include "json/type_schema_view.h"
+#include "objects/access.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/filter_spec_object_impl.h"
 
@@ -58,7 +59,7 @@ void RefuseInstanceFilters(const FilterSpecObjectImpl& filter,
   bool refused = HasGeneratedInstanceId(filter.GetRoot());
   if (!refused && !objects.empty()) {
     // All objects are of one type.
-    const auto& schema = objects.front()->GetImplementation()->GetSchema();
+    const auto& schema = Internal::Access::Of(*objects.front()).GetSchema();
     refused = schema && ConditionsMeetInstances(filter.GetRoot(), schema->GetSchemaPlace());
   }
   if (refused) {
@@ -89,11 +90,11 @@ std::vector<std::shared_ptr<ConfigStoreObject>> FilterConfigStoreObjects(
     std::vector<std::shared_ptr<ConfigStoreObject>> objects,
     const std::shared_ptr<FilterSpecObject>& filter) {
   if (filter) {
-    const FilterSpecObjectImpl& conditions = *filter->GetImplementation();
+    const FilterSpecObjectImpl& conditions = Internal::Access::Of(*filter);
     RefuseInstanceFilters(conditions, objects);
     const bool traced = CSLogger::IsEnabled(kTrace);
     std::erase_if(objects, [&](const std::shared_ptr<ConfigStoreObject>& object) {
-      return !Keeps(conditions, *object->GetImplementation(), traced);
+      return !Keeps(conditions, Internal::Access::Of(*object), traced);
     });
   }
   return objects;

@@ -4,6 +4,7 @@
 #include "platform/logger.h"
 
 #include "errors/raise.h"
+#include "objects/access.h"
 #include "objects/argument_errors.h"
 #include "objects/sub_object_place.h"
 
@@ -16,8 +17,8 @@ using Filter = std::shared_ptr<FilterSpecObject>;
 
 constexpr int kTrace = 4;
 
-// A filter knows no type, hence not the member that holds an instance id; the one for generated ids,
-// which no caller can mean, stands for it.
+// A filter knows no type, hence not the member that holds an instance id; the one for generated
+// ids, which no caller can mean, stands for it.
 std::unique_ptr<const SubObjectPlace> PlaceOf(const std::shared_ptr<FilterSpecObjectImpl>& filter,
                                               const SubObjectId& id) {
   if (id.key.empty()) {
@@ -28,8 +29,7 @@ std::unique_ptr<const SubObjectPlace> PlaceOf(const std::shared_ptr<FilterSpecOb
 }
 
 Filter MakeView(const SubObjectId& id, std::unique_ptr<const SubObjectPlace> place) {
-  return std::make_shared<FilterSpecObject>(
-      std::make_shared<FilterSpecObjectImpl>(id, std::move(place)));
+  return Internal::Access::Wrap(std::make_shared<FilterSpecObjectImpl>(id, std::move(place)));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "objects/merge.h"
 
+#include "objects/access.h"
 #include "objects/config_store_object_impl.h"
 
 #include <unordered_map>
@@ -80,8 +81,8 @@ std::shared_ptr<ConfigStoreObject> UpdateConfigInternal(
   if (!source || !target) {
     return target ? target : source;
   }
-  ConfigStoreObjectImpl& onto = *target->GetImplementation();
-  MergeValue(source->GetImplementation()->GetRoot(), onto.GetRoot(), schema, onto.GetAllocator());
+  ConfigStoreObjectImpl& onto = Internal::Access::Of(*target);
+  MergeValue(Internal::Access::Of(*source).GetRoot(), onto.GetRoot(), schema, onto.GetAllocator());
   return target;
 }
 

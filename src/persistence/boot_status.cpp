@@ -1,7 +1,7 @@
 #include "persistence/boot_status.h"
 
 #include "errors/raise.h"
-#include "objects/config_store_object_impl.h"
+#include "objects/access.h"
 #include "objects/division.h"
 #include "objects/filter.h"
 #include "objects/merge.h"
@@ -110,15 +110,15 @@ void SetPartialBootStatusInternal(const ObjectHandle& object, const SchemaHandle
   if (!desired) {
     ThrowFailure("desired config is empty");
   }
-  ConfigStoreObjectImpl& part = *object->GetImplementation();
-  const Json::Value& whole = desired->GetImplementation()->GetRoot();
+  ConfigStoreObjectImpl& part = Internal::Access::Of(*object);
+  const Json::Value& whole = Internal::Access::Of(*desired).GetRoot();
   if (!IsSubset(part.GetRoot(), whole)) {
     ThrowFailure("partial config being restored is not part of desired config");
   }
   AdoptGeneratedIds(part.GetRoot(), whole, schema->GetSchemaPlace(), part.GetAllocator());
   const ObjectHandle user = UpdateConfigInternal(
       object, MakeObjectFromRow(row, "UserValue", id, schema), schema->GetSchemaPlace());
-  const std::string text = user->GetImplementation()->GetSerializedData();
+  const std::string text = Internal::Access::Of(*user).GetSerializedData();
   judge(MergeConfig(MakeObjectFromRow(row, "AutoConfValue", id, schema),
                     MakeObjectFromRow(row, "CachedValue", id, schema),
                     MakeObjectFromRow(row, "VitalValue", id, schema), MakeObject(text, id, schema),

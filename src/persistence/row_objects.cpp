@@ -3,6 +3,7 @@
 #include "platform/logger.h"
 
 #include "errors/raise.h"
+#include "objects/access.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/document.h"
 #include "objects/merge.h"
@@ -32,7 +33,7 @@ ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
                   result.offset, result.message.c_str());
     ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);
   }
-  return std::make_shared<ConfigStoreObject>(std::make_shared<ConfigStoreObjectImpl>(
+  return Internal::Access::Wrap(std::make_shared<ConfigStoreObjectImpl>(
       id, NoParent(), std::nullopt, document, schema, std::string(row.Text("Version")),
       std::string(row.Text("CreationTime")), std::string(row.Text("ModifiedTime")),
       RevisionFrom(row.Text("Revision").data()), true, nullptr, nullptr));
@@ -40,7 +41,7 @@ ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
 
 ObjectHandle MakeObject(const std::string& text, const ConfigStoreObjectId& id,
                         const SchemaHandle& schema) {
-  return std::make_shared<ConfigStoreObject>(std::make_shared<ConfigStoreObjectImpl>(
+  return Internal::Access::Wrap(std::make_shared<ConfigStoreObjectImpl>(
       id, NoParent(), std::nullopt, CreateDocumentFromString(text), schema, kEmptyString,
       kEmptyString, kEmptyString, kDefaultRevision, true, nullptr, nullptr));
 }

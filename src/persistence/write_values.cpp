@@ -3,7 +3,7 @@
 #include "platform/upgrade_context.h"
 
 #include "errors/raise.h"
-#include "objects/config_store_object_impl.h"
+#include "objects/access.h"
 #include "objects/division.h"
 #include "objects/schema_lookup.h"
 #include "persistence/binder.h"
@@ -30,7 +30,7 @@ void ForEachText(const std::vector<ObjectHandle>& objects, Write write) {
       known = &id;
     }
     GiveGeneratedIds(*object, *schema);
-    write(id, schema->GetVersion(), object->GetImplementation()->GetSerializedData());
+    write(id, schema->GetVersion(), Internal::Access::Of(*object).GetSerializedData());
   }
 }
 

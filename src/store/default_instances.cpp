@@ -6,7 +6,7 @@
 #include "platform/logger.h"
 
 #include "errors/raise.h"
-#include "objects/config_store_object_impl.h"
+#include "objects/access.h"
 #include "objects/schema_lookup.h"
 #include "persistence/connection.h"
 #include "persistence/read_default.h"
@@ -43,7 +43,7 @@ std::string_view InstanceId(const ObjectHandle& object) {
 
 bool HoldsTheSame(const ObjectHandle& a, const ObjectHandle& b) {
   const auto data = [](const ObjectHandle& object, Json::Document& copy) -> const Json::Value& {
-    copy.CopyFrom(object->GetImplementation()->GetRoot(), copy.GetAllocator());
+    copy.CopyFrom(Internal::Access::Of(*object).GetRoot(), copy.GetAllocator());
     ClearGeneratedInstanceId(copy);
     return copy;
   };

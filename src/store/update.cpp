@@ -2,7 +2,7 @@
 
 #include "platform/upgrade_context.h"
 
-#include "objects/config_store_object_impl.h"
+#include "objects/access.h"
 #include "objects/division.h"
 #include "objects/merge.h"
 #include "persistence/statements.h"
@@ -47,7 +47,7 @@ class Layer {
     } else {
       object_ =
           UpdateConfigInternal(MakeObject(*change, id, schema), object_, schema->GetSchemaPlace());
-      text_ = object_->GetImplementation()->GetSerializedData();
+      text_ = Internal::Access::Of(*object_).GetSerializedData();
     }
   }
 

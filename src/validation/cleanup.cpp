@@ -3,7 +3,7 @@
 #include "platform/logger.h"
 
 #include "json/type_schema_view.h"
-#include "objects/config_store_object_impl.h"
+#include "objects/access.h"
 
 #include <algorithm>
 #include <string>
@@ -110,7 +110,7 @@ void CleanupObject(const ObjectHandle& object, const SchemaHandle& schema) {
     default:
       break;
   }
-  Json::Value& root = object->GetImplementation()->GetRoot();
+  Json::Value& root = Internal::Access::Of(*object).GetRoot();
   if (root.IsObject()) {
     const Json::SchemaPlace node = schema->GetSchemaPlace();
     if (HoldsEmptyContent(root)) {

@@ -4,7 +4,7 @@
 #include "platform/schema_store.h"
 
 #include "errors/raise.h"
-#include "objects/config_store_object_impl.h"
+#include "objects/access.h"
 #include "validation/object_validation.h"
 
 #include <stdexcept>
@@ -35,7 +35,7 @@ bool Validate(Json::Value& value, Json::Allocator& allocator, const RuleSet& rul
 }  // namespace
 
 bool ValidateDocument(const ObjectHandle& object, std::vector<ErrorInfo>& errors) {
-  StoreObjectImpl& data = *object->GetImplementation();
+  StoreObjectImpl& data = Internal::Access::Of(*object);
   return Validate(data.GetRoot(), data.GetAllocator(), UserRules(), errors);
 }
 

@@ -7,7 +7,7 @@
 #include "errors/raise.h"
 #include "json/instance_ids.h"
 #include "json/utf8.h"
-#include "objects/config_store_object_impl.h"
+#include "objects/access.h"
 
 #include <algorithm>
 #include <string>
@@ -145,7 +145,7 @@ bool ObjIsEmpty(const ObjectHandle& object, const char* caller) {
 }
 
 bool isUserType(const ObjectHandle& object, const SchemaHandle& schema) {
-  return IsUserData(object->GetImplementation()->GetRoot(), schema->GetSchemaPlace());
+  return IsUserData(Internal::Access::Of(*object).GetRoot(), schema->GetSchemaPlace());
 }
 
 }  // namespace TarnConfigStore

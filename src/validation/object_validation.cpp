@@ -6,7 +6,7 @@
 #include "errors/raise.h"
 #include "json/pointer.h"
 #include "json/utf8.h"
-#include "objects/config_store_object_impl.h"
+#include "objects/access.h"
 #include "objects/division.h"
 #include "objects/document.h"
 #include "objects/schema_lookup.h"
@@ -67,7 +67,7 @@ void Require(const SchemaHandle& schema, const ObjectHandle& object, const RuleS
     ThrowException<ValidationException>(code, errors);
   }
   const ConfigStoreObjectId& id = object->GetConfigStoreObjectId();
-  ConfigStoreObjectImpl& data = *object->GetImplementation();
+  ConfigStoreObjectImpl& data = Internal::Access::Of(*object);
   const std::string_view member = IdMember(schema, id);
   if (LacksId(data.GetRoot(), member)) {
     PutId(data.GetRoot(), member, id.instanceId, data.GetAllocator());
@@ -97,7 +97,7 @@ const RuleSet& RulesOfType(const Json::Value& schema) {
 
 bool ValidateObjectData(const SchemaHandle& schema, const ObjectHandle& object,
                         const RuleSet& rules, std::vector<ErrorInfo>& errors, bool quiet) {
-  const Json::Value& value = object->GetImplementation()->GetRoot();
+  const Json::Value& value = Internal::Access::Of(*object).GetRoot();
   if (!value.IsObject()) {
     AppendErrorInfo("/", CS_INCORRECT_TYPE, errors, "Expected JSON of type object.");
     return false;

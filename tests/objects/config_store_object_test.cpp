@@ -1,5 +1,6 @@
 #include "tarnconfigstore/config_store_object.h"
 
+#include "objects/access.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/document.h"
 #include "objects/schema_lookup.h"
@@ -29,12 +30,12 @@ class ConfigStoreObjectTest : public ::testing::Test {
 TEST_F(ConfigStoreObjectTest, StartsWithItsInstanceIdAndNothingElse) {
   const ConfigStoreObject plain(plain_);
   EXPECT_EQ(plain.GetData(), "{}");
-  EXPECT_EQ(plain.GetImplementation()->GetIdMapStr(), "{}");
+  EXPECT_EQ(Internal::Access::Of(plain).GetIdMapStr(), "{}");
   EXPECT_EQ(plain.GetRevision(), kDefaultRevision);
   EXPECT_EQ(plain.GetVersion() + plain.GetCreationTime() + plain.GetModifiedTime(), "");
   const ConfigStoreObject instance(switch_);
   EXPECT_EQ(instance.GetData(), R"({"name":"vs0"})");
-  EXPECT_NE(instance.GetImplementation()->GetIdMapStr().find(R"("switch":"name")"),
+  EXPECT_NE(Internal::Access::Of(instance).GetIdMapStr().find(R"("switch":"name")"),
             std::string::npos);
   EXPECT_EQ(Raised([] { ConfigStoreObject(ConfigStoreObjectId("such", "no", "tarn", "x")); }),
             "CSE 1037 No schema is installed for comp tarn grp no key such id x.");
@@ -60,13 +61,13 @@ TEST_F(ConfigStoreObjectTest, HidesGeneratedInstanceIdsFromCallersOnly) {
       R"({"cs_generated_id":"1","a":{"cs_generated_id":"2"},"b":[{"cs_generated_id":"3","c":[]}]})";
   object.SetData(stored.c_str());
   EXPECT_EQ(object.GetData(), R"({"a":{},"b":[{"c":[]}]})");
-  EXPECT_EQ(object.GetImplementation()->GetSerializedData(), stored);
+  EXPECT_EQ(Internal::Access::Of(object).GetSerializedData(), stored);
 }
 
 TEST_F(ConfigStoreObjectTest, SetsMembersFromValuesThatMayBeItsOwn) {
   ConfigStoreObject object(plain_);
   object.SetData(R"({"a":{"b":[1,2]}})");
-  ConfigStoreObjectImpl& data = *object.GetImplementation();
+  ConfigStoreObjectImpl& data = Internal::Access::Of(object);
   data.SetValueEx("a", &data.GetRoot()["a"]);
   EXPECT_EQ(object.GetData(), R"({"a":{"b":[1,2]}})");
   data.SetValueEx("a", &data.GetRoot()["a"]["b"]);
@@ -87,7 +88,7 @@ TEST_F(ConfigStoreObjectTest, TellsInstanceIdsInValues) {
 TEST_F(ConfigStoreObjectTest, RefusesToSayWhatJsonCannot) {
   ConfigStoreObject object(plain_);
   object.SetValue("name", "\xff");
-  EXPECT_EQ(Raised([&] { object.GetImplementation()->GetSerializedData(); }).substr(0, 8),
+  EXPECT_EQ(Raised([&] { Internal::Access::Of(object).GetSerializedData(); }).substr(0, 8),
             "CSE 2000");
 }
 

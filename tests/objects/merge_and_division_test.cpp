@@ -1,5 +1,6 @@
 #include "platform/config_store_document.h"
 
+#include "objects/access.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/division.h"
 #include "objects/document.h"
@@ -35,7 +36,7 @@ class MergeAndDivision : public ::testing::Test {
                      const std::optional<std::string>& c) const {
     const auto merged =
         MergeConfig(Layer(base), Layer(a), Layer(b), Layer(c), schema_->GetSchemaPlace());
-    return merged ? merged->GetImplementation()->GetSerializedData() : "none";
+    return merged ? Internal::Access::Of(*merged).GetSerializedData() : "none";
   }
   std::string Parts(const char* json, USERDATA_CONTEXT context = EXTERNAL) const {
     const auto document = CreateDocumentFromString(json);
@@ -152,10 +153,10 @@ TEST_F(MergeAndDivision, MergingThePartsGivesBackTheObject) {
     const auto merged = MergeConfig(Layer(parts.automatic), Layer(parts.cached), Layer(parts.vital),
                                     Layer(parts.user), schema_->GetSchemaPlace());
     ASSERT_TRUE(merged) << json;
-    ASSERT_TRUE(ConfigStoreDocument::ValuesEqual(merged->GetImplementation()->GetRoot(), value))
+    ASSERT_TRUE(ConfigStoreDocument::ValuesEqual(Internal::Access::Of(*merged).GetRoot(), value))
         << "seed " << seed << "\n"
         << json << "\n"
-        << merged->GetImplementation()->GetSerializedData();
+        << Internal::Access::Of(*merged).GetSerializedData();
     for (const auto* untagged : {&parts.user, &parts.automatic}) {
       for (const char* tagged : {"serial", "state", "mac", "speed", "seen", "hits"}) {
         ASSERT_TRUE(!*untagged || (*untagged)->find(tagged) == std::string::npos) << **untagged;

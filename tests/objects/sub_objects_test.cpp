@@ -1,6 +1,7 @@
 #include "tarnconfigstore/config_store_object.h"
 #include "tarnconfigstore/filter_spec_object.h"
 
+#include "objects/access.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/document.h"
 #include "objects/filter.h"
@@ -122,14 +123,14 @@ TEST_F(SubObjectsTest, ViewsSayWhenTheirPlaceIsGoneAndLiveAgainWithIt) {
 }
 
 TEST_F(SubObjectsTest, ViewIsAnObjectOfItsOwnTypeThatNoStoreTakes) {
-  tree_ = std::make_shared<ConfigStoreObject>(std::make_shared<ConfigStoreObjectImpl>(
+  tree_ = Internal::Access::Wrap(std::make_shared<ConfigStoreObjectImpl>(
       id_, id_, std::nullopt, CreateDocumentFromString(Ports(0, 3)),
-      tree_->GetImplementation()->GetSchema(), "1.0", "then", "now", 4, true, nullptr, nullptr));
+      Internal::Access::Of(*tree_).GetSchema(), "1.0", "then", "now", 4, true, nullptr, nullptr));
   const Object port = tree_->GetSubObjectInstances("ports")[2];
   EXPECT_EQ(port->GetConfigStoreObjectId().toString(), "comp  grp  key ports id p2");
   EXPECT_EQ(port->GetVersion() + port->GetCreationTime() + port->GetModifiedTime(), "1.0thennow");
   EXPECT_EQ(port->GetRevision(), 4);
-  EXPECT_EQ(port->GetImplementation()->GetIdMapStr(), R"({"ports":"id"})");
+  EXPECT_EQ(Internal::Access::Of(*port).GetIdMapStr(), R"({"ports":"id"})");
   int ttl = 0;
   EXPECT_EQ(tree_->CreateSubObject(SubObjectId("lease"))->GetValue("ttl", &ttl), 2);
   EXPECT_EQ(ttl, 60);
@@ -195,10 +196,10 @@ TEST_F(SubObjectsTest, RefusesWhatTheTypeDoesNotKnow) {
   EXPECT_EQ(Raised([&] { tree_->GetSubObjectInstances("ports"); }),
             "CSE 1032 Member id does not hold an instance id.");
   EXPECT_EQ(Raised([&] { tree_->DeleteSubObject(Port("p2")); }), kInstanceGone);
-  ConfigStoreObject untyped(std::make_shared<ConfigStoreObjectImpl>(
+  const auto untyped = Internal::Access::Wrap(std::make_shared<ConfigStoreObjectImpl>(
       id_, id_, std::nullopt, CreateDocumentFromString("{}"), nullptr, "", "", "", 0, true, nullptr,
       nullptr));
-  EXPECT_EQ(Raised([&] { untyped.GetSubObject(SubObjectId("lease")); }),
+  EXPECT_EQ(Raised([&] { untyped->GetSubObject(SubObjectId("lease")); }),
             "CSE 2000 The object was made without its type: lease");
   EXPECT_EQ(log_.Count("0 Schema object is null."), 1);
 }

@@ -1,5 +1,6 @@
 #include "tarnconfigstore/config_store.h"
 
+#include "objects/access.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/document.h"
 #include "objects/schema_lookup.h"
@@ -167,7 +168,7 @@ TEST_F(EntryPoints, WholeDocumentsAreCheckedTypeByType) {
     {"name":"a","serial":"x"},{"name":"b","rules":[{"allow":"x"}]}]}}})");
   EXPECT_FALSE(ValidateDocument(object, errors)) << "user configuration holds nothing vital";
   EXPECT_EQ(Fields(errors), "/tarn/test/switch/0/serial ");
-  EXPECT_NE(object->GetImplementation()->GetSerializedData().find("cs_generated_id"),
+  EXPECT_NE(Internal::Access::Of(*object).GetSerializedData().find("cs_generated_id"),
             std::string::npos);
   EXPECT_EQ(Raised([] {
               const auto schema = CreateDocumentFromString(
