@@ -1,4 +1,4 @@
-// Making the changes that were staged for the next boot the current configuration.
+// Applying the changes that were staged for the next boot.
 #pragma once
 
 #include "tarnconfigstore/exceptions.h"
@@ -10,12 +10,12 @@
 
 namespace TarnConfigStore {
 
+/// What ApplyNextBootConfig does with changes that do not fit their types.
 struct ApplyOptions {
-  /// Changes that fit are applied even when others do not; otherwise it is all or nothing.
-  bool applyRest = false;
+  bool applyRest = false;  ///< applies the others all the same; else nothing is applied
 };
 
-/// A change that was applied and is staged no longer.
+/// A change that was applied. It is no longer staged.
 struct AppliedChange {
   ConfigStoreObjectId id;
   NextBootAction action;
@@ -25,37 +25,40 @@ struct AppliedChange {
 struct UnappliedChange {
   ConfigStoreObjectId id;
   NextBootAction action;
-  /// Why it cannot be applied, as ConfigStore::Validate would tell; empty when it could be, and only
-  /// waits for the others.
+  /// Why it does not fit its type; empty when it fits, and only the others do not.
   std::vector<ErrorInfo> findings;
 };
 
-/// Both lists are sorted by component, group, key and instance id.
+/// The outcome. Both lists are sorted by component, group, key and instance id.
 struct ApplyResult {
   std::vector<AppliedChange> applied;
   std::vector<UnappliedChange> staged;
 };
 
-/// Applies what is staged in the next-boot store, for the process that boots the host: everything in
-/// one transaction, so that a process that ends at any moment leaves all of it or nothing, and a
-/// later call goes on from there. What was applied is staged no longer, so no change is ever applied
-/// twice. Nothing staged is a success with an empty result.
+/// Applies what is staged in the next-boot store to the current configuration. For the process that
+/// boots the host.
 ///
-/// SET: the staged values become the instance's user, vital and cached value, those that the change
-/// has none of become empty; the automatic value and the creation time stay, a pending value goes,
-/// the row is confirmed, and the revision counts. Each such change is checked first, as one object
-/// against today's types: a type that is not installed, or has instances now and had none, or the
-/// other way round, data that does not fit or is no JSON, keep it staged, with the findings. DELETE:
-/// every row of the type goes; DELETE_INSTANCE: that row. Deleting asks nothing of the type.
+/// Everything happens in one transaction, on a connection of its own. A process that dies in the
+/// middle has applied nothing, and no change is ever applied twice. Where nothing is staged, the
+/// result is empty. When the call throws, nothing is applied. Thread-safe.
 ///
-/// Writes no "BOOT_MODE" and calls nobody: what the host's services find when they start is
-/// configuration, no change of it, so no notification is sent.
+/// - SET checks the content against the type that is installed now. Content that does not fit, a
+///   type that is not installed, and an instance id that does not suit the type are findings, as
+///   ConfigStore::Validate returns them, and the change stays staged. Else the staged values
+///   replace the user, the vital and the cached value; a value that was not staged becomes empty.
+///   The automatic value and the creation time stay, the pending value is removed, the row is
+///   confirmed, and the revision counts up.
+/// - DELETE deletes every row of the type, DELETE_INSTANCE the row of the instance. Neither looks
+///   at the type.
 ///
-/// Raises ConfigStoreException 2000 "Tarn host is being remediated by ORC, cannot set next-boot
-/// configuration." while "BOOT_MODE" is "1", "Begin Transaction failed for: ApplyNextBootConfig"
-/// when the store can only be read or the calling thread holds a transaction on a store, and what a
-/// failure of the databases gives; nothing is applied then. Takes a connection of its own.
-/// Thread-safe.
+/// Nothing is announced to the management daemon, and "BOOT_MODE" stays as it is.
+/// \return what was applied, and what stays staged
+/// \throws ConfigStoreException 2000 "Tarn host is being remediated by ORC, cannot set next-boot
+///         configuration." while the key/value entry "BOOT_MODE" is "1"
+/// \throws ConfigStoreException 2000 "Begin Transaction failed for: ApplyNextBootConfig" when this
+///         user may only read the store, another writer does not end within 3 seconds, or the
+///         calling thread holds a transaction on a store
+/// \throws ConfigStoreException 2000 for any other failure of the database
 TARN_CONFIG_STORE_EXPORT ApplyResult ApplyNextBootConfig(const ApplyOptions& options);
 
 }  // namespace TarnConfigStore

@@ -16,117 +16,155 @@
 
 namespace TarnConfigStore {
 
-/// Reads and writes the host's current configuration. Held through a shared pointer; it lives, with
-/// its database connection, until the last one is gone.
+/// Reads and writes the host's current configuration.
+///
+/// The store keeps one row for each object. A row has several values: what the user set, what
+/// automatic configuration set, the vital and the cached value, and a user value that is pending
+/// for the next boot. Reads merge them.
+///
+/// A store is held through a shared pointer. It lives, with its database connection, until the last
+/// copy of the pointer is gone.
 ///
 /// What holds for every operation:
-/// - An empty object or filter handle is logged and the call returns quietly, writing nothing.
-/// - A type that is not installed raises ConfigStoreException 1037 with the identifier's text. An
-///   instance id where the type has none, or none where it has one, raises ValidationException 2000.
-///   Both before the database is touched.
-/// - A failure of the database raises ConfigStoreException 2000; GetLastStoreError (diagnostics.h)
-///   tells what the database said. A write that failed has written nothing.
-/// - A write joins the transaction that is open on this store, if there is one; otherwise it is
-///   durable when the call returns.
+/// - An empty object or filter handle is logged (code 1041). The call returns an empty result and
+///   writes nothing.
+/// - A type that is not installed throws ConfigStoreException 1037 with the identifier's text.
+///   ValidationException 2000 is thrown for an instance id where the type has no instances, for
+///   none where it has some, and by operations on several instances for a type without instances.
+///   All of this comes before the database is read.
+/// - A failure of the database throws ConfigStoreException 2000 with a message that says what
+///   failed. GetLastStoreError (diagnostics.h) returns what the database said. A schema store that
+///   cannot be read throws the same.
+/// - A stored value that is no JSON throws InvalidArgumentException 1080; the log names the row.
+/// - A write joins the transaction that is open on this store, if there is one. Else it is durable
+///   when the call returns. A write that throws has written nothing.
 ///
-/// No locks are taken: a transaction belongs to the store's connection, so threads that share a
-/// store share its transaction. Threads that want transactions of their own get a store each.
+/// What holds for every write of objects, unless the function says otherwise:
+/// - The data is cleaned, and then checked against the type. Cleaning removes empty objects and
+///   empty lists that are neither vital nor cached, and an instance id that nothing else is left
+///   beside. Cleaning, and the ids that the store generates for elements of lists, change the
+///   caller's object, also where the call throws later.
+/// - An object without data is logged, and not written.
+/// - A change of a type on the host's allowlist is announced to the management daemon, while the
+///   key/value entry "NOTIFY_KEELD" is "true": before the write by SetUserData, after it by all
+///   others, and inside a transaction before its commit. DeleteInstances announces nothing for a
+///   filter without conditions. A failure of the announcement is logged, and never reported.
+///
+/// Thread-safe, but a transaction belongs to the store: threads that use the same store share it.
+/// Threads that want transactions of their own get a store each.
 ///
 /// The order of the virtual operations is part of the interface.
 class TARN_CONFIG_STORE_EXPORT ConfigStore {
  public:
-  /// A new store with a connection of its own.
-  /// \param storeNamespace  the empty text (sGlobalNamespace)
-  /// Raises InvalidArgumentException 2000 "Invalid value for namespace." for any other text, and
-  /// ConfigStoreException 2000 "Failed to connect to database" when the store cannot be opened.
+  /// Makes a new store with a connection of its own.
+  /// \param storeNamespace  the empty text, sGlobalNamespace
+  /// \throws InvalidArgumentException 2000 "Invalid value for namespace." for any other text
+  /// \throws ConfigStoreException 2000 "Failed to connect to database"
   static std::shared_ptr<ConfigStore> GetStore(const std::string& storeNamespace);
 
-  /// A new store of configuration that takes effect at the next boot, on this store's connection.
-  /// Raises ValidationException 2000 "NextBootStore is not supported during the upgrade or boot
-  /// phase" while an upgrade runs or the host boots; a next-boot store that is there already stays
-  /// of use then.
+  /// Makes a new store of configuration that takes effect at the next boot, on this store's
+  /// connection. A next-boot store stays usable when an upgrade or a boot begins.
+  /// \throws ValidationException 2000 "NextBootStore is not supported during the upgrade or boot
+  ///         phase" while the host boots or is upgraded
   virtual std::shared_ptr<NextBootStore> GetNextBootStore() = 0;
 
-  /// Reads one object, all its layers merged: what automatic configuration set, over it the cached
-  /// and the vital values, over them what the user set. Returns an empty pointer when nothing is
-  /// stored. While an upgrade runs, a value that is pending for the next boot stands in for the
-  /// user's.
+  /// Reads one object: the automatic value, and over it the cached, the vital and the user value.
+  /// The user value counts only where it is confirmed. During an upgrade it counts either way, and
+  /// a pending value replaces it.
+  /// \return the merged object; an empty pointer when nothing is stored
   virtual std::shared_ptr<ConfigStoreObject> Get(const ConfigStoreObjectId& csoId) = 0;
 
-  /// The object that its type came with, all its parts merged; an empty pointer, after a log line,
-  /// when it came with none. It has no times, and revision 0.
+  /// Reads the object that the type shipped with, all values merged.
+  /// \return the object, without times and with revision 0; an empty pointer, and a line in the
+  ///         log, when there is none
   virtual std::shared_ptr<ConfigStoreObject> GetDefaultConfig(const ConfigStoreObjectId& csoId) = 0;
 
-  /// The instances that a type came with and a filter keeps, each as GetDefaultConfig returns it,
-  /// in the order of their ids.
+  /// Reads the instances that the type shipped with.
+  /// \return those that the filter keeps, each as GetDefaultConfig returns it, in the order of
+  ///         their ids
   virtual std::vector<std::shared_ptr<ConfigStoreObject>> GetDefaultConfigInstances(
       const std::shared_ptr<FilterSpecObject>& filter) = 0;
 
-  /// The ids of the rows of a type, in order, whatever the identifier's instance id. Rows whose
-  /// values have all been deleted are among them.
+  /// Lists the instances of a type.
+  /// \param csoId  names the type; its instance id is ignored
+  /// \return the instance ids of all rows, in order; rows without any value are among them
   virtual std::list<std::string> GetInstanceIds(const ConfigStoreObjectId& csoId) = 0;
 
-  /// Replaces the whole object. The data is cleaned of empty content, checked against the type's
-  /// schema, and divided among the row's values: vital and cached members to theirs, the rest to
-  /// the user's value, or to the automatic one in an automatic context. Values that the object
-  /// gives nothing for become empty, the other context's and the pending one included; callers that
-  /// mean one of them use SetUserData and its siblings. An object without data is logged and not
-  /// written. Raises ValidationException 1089 with every finding when the data does not fit the
-  /// type; and, while the host boots and no upgrade runs, ValidationException 2000 for user data in
-  /// the EXTERNAL context of a type that is not accessible during boot.
+  /// Replaces the whole object.
+  ///
+  /// The data is divided among the values of the row. A member belongs to the nearest tag, "vital"
+  /// or "cached", at or above it in the type's schema. Untagged members go to the user value, or to
+  /// the automatic one in an automatic context. Values that get nothing become empty, the other
+  /// context's and the pending one included. To write one value and keep
+  /// the others, use SetUserData and its siblings.
+  /// \throws ValidationException 1089 with every finding, when the data does not fit the type
+  /// \throws ValidationException 2000 while the host boots and no upgrade runs, for user data in
+  ///         the EXTERNAL context of a type that is not accessible during boot
   virtual void Set(std::shared_ptr<ConfigStoreObject> object, const USERDATA_CONTEXT& context) = 0;
 
-  /// Replaces one value of the object's row by all of the object's data, and keeps the others: the
-  /// user value, or the automatic one in an automatic context. Writing the user value drops a value
-  /// that is pending for the next boot, and leaves the row to be confirmed when it happens in the
-  /// part of an upgrade (context 2) that wants that and the type does not confirm itself. The data
-  /// is cleaned of empty content first, and not written when nothing is left. Raises
-  /// ValidationException 1087 with every finding, vital and cached members among them; and, while
-  /// the host boots and no upgrade runs, ValidationException 2000 in the EXTERNAL context for a type
-  /// that is not accessible during boot.
+  /// Writes all of the data into the user value, or into the automatic one in an automatic context,
+  /// and keeps the other values.
+  ///
+  /// Writing the user value removes the pending one. During the part of an upgrade whose writes are
+  /// confirmed afterwards (context 2, see GetUpgradeContext) the row is then not confirmed, unless
+  /// the type is tagged "confirmedDuringUpgrade".
+  /// \throws ValidationException 1087 with every finding, when the data does not fit the type;
+  ///         vital and cached members are findings
+  /// \throws ValidationException 2000 while the host boots and no upgrade runs, in the EXTERNAL
+  ///         context for a type that is not accessible during boot
   virtual void SetUserData(std::shared_ptr<ConfigStoreObject> object,
                            const USERDATA_CONTEXT& context) = 0;
-  /// The same for the vital value: the data may hold nothing but vital members and instance ids.
-  /// Raises ValidationException 1086 with every finding.
+  /// Writes all of the data into the vital value and keeps the other values. Does not clean the
+  /// data.
+  /// \throws ValidationException 1086 with every finding; members that are neither vital nor
+  ///         instance ids are findings
   virtual void SetVitalData(std::shared_ptr<ConfigStoreObject> object) = 0;
-  /// The same for the cached value. Raises ValidationException 1084 with every finding.
+  /// Writes all of the data into the cached value and keeps the other values. Does not clean the
+  /// data.
+  /// \throws ValidationException 1084 with every finding; members that are neither cached nor
+  ///         instance ids are findings
   virtual void SetCachedData(std::shared_ptr<ConfigStoreObject> object) = 0;
-  /// Changes the members that the object gives and no others: plain values and lists are replaced,
-  /// objects change member by member, lists whose elements have instance ids change element by
-  /// element and grow by those that are new. Nothing can be deleted so: an object without data is
-  /// logged and nothing is written. Each part of the object is laid over the row's value of its
-  /// kind, as Set divides it, so that automatic values never become user values; values that get no
-  /// part keep what they hold, a value that is pending for the next boot is dropped. The row need
-  /// not be there. Runs in a transaction of its own, nested in the caller's. Raises
-  /// ValidationException 1090 with every finding when the members, or the object that they would
-  /// make, do not fit the type, and as Set during boot.
+  /// Changes the members that the object holds, and no others.
+  ///
+  /// Plain values and lists are replaced. Objects change member by member. Lists with instance ids
+  /// change element by element, and new elements are added at the end. Nothing is deleted.
+  ///
+  /// The data is divided as Set divides it. Each part is merged into the row's value of its kind,
+  /// so an automatic value never becomes the user's. A value without a part stays as it is; the
+  /// pending value is removed. The row may be new. Runs in a transaction of its own, nested in the
+  /// caller's.
+  /// \throws ValidationException 1090 with every finding, when the data, or the object that
+  ///         results, does not fit the type
+  /// \throws ValidationException 2000 during boot, as Set
   virtual void Update(std::shared_ptr<ConfigStoreObject> object,
                       const USERDATA_CONTEXT& context) = 0;
-  /// Deletes an object's row with all its values. No row, nothing done.
+  /// Deletes the object's row with all its values; does nothing when there is none.
   virtual void Delete(const ConfigStoreObjectId& csoId) = 0;
-  /// Deletes the rows of the instances that a filter keeps, in a transaction of its own, nested in
-  /// the caller's; without conditions those of all instances, or of the one that the filter's
+  /// Deletes the rows of the instances that the filter keeps, in a transaction of its own, nested
+  /// in the caller's. A filter without conditions deletes all instances, or the one that its
   /// identifier names, in one statement.
   virtual void DeleteInstances(const std::shared_ptr<FilterSpecObject>& filter) = 0;
 
-  /// Reads the instances of a type that a filter keeps, each merged as Get does, in the order of
-  /// their ids.
+  /// Reads instances of a type.
+  /// \return those that the filter keeps, each merged as Get merges it, in the order of their ids
   virtual std::vector<std::shared_ptr<ConfigStoreObject>> GetInstances(
       const std::shared_ptr<FilterSpecObject>& filter) = 0;
 
-  // The bulk writes. They drop empty handles from the list and raise InvalidArgumentException 1061
-  // when nothing is left, 1062 for an object of another type than the first, 2000, naming it, for an
-  // instance that is listed twice, ValidationException 2000 for an object without instance id, and
-  // what their single-object sibling raises. All that before anything is written. Objects without
-  // data are logged and left out; a list of nothing else writes nothing. They run in a transaction
-  // of their own, nested in the caller's: after a failure the store is as it was before the call.
+  // Writes of several instances. They check all objects before they write, drop empty handles from
+  // the list, and run in a transaction of their own, nested in the caller's. Objects without data
+  // are left out; a list of nothing else writes nothing. All of these throw, besides what the write
+  // of one object throws,
+  //   InvalidArgumentException 1061 when there is no object in the list,
+  //   InvalidArgumentException 1062 for an object of another type than the first,
+  //   InvalidArgumentException 2000 for an instance that is listed twice; the message names it,
+  //   ValidationException 2000 for an object without instance id.
 
-  /// Replaces all instances of a type by these: others are deleted, those that stay keep their
-  /// creation time and their revision goes on.
+  /// Replaces all instances of a type. Instances that are not listed are deleted. Those that are
+  /// keep their creation time, and their revision counts on.
   virtual void SetInstances(std::vector<std::shared_ptr<ConfigStoreObject>> objects,
                             const USERDATA_CONTEXT& context) = 0;
-  /// Replaces one value, the user's or the automatic one, of all instances of a type: instances that
-  /// are not listed lose it, and keep their other values.
+  /// Replaces one value of all instances of a type: the user value, or the automatic one in an
+  /// automatic context. Instances that are not listed lose it, and keep their other values.
   virtual void SetUserDataInstances(std::vector<std::shared_ptr<ConfigStoreObject>> objects,
                                     const USERDATA_CONTEXT& context) = 0;
   /// The same for the cached value.
@@ -134,29 +172,35 @@ class TARN_CONFIG_STORE_EXPORT ConfigStore {
   /// The same for the vital value.
   virtual void SetVitalDataInstances(std::vector<std::shared_ptr<ConfigStoreObject>> objects) = 0;
 
-  /// The number of writes of an object; kDefaultRevision when nothing is stored.
+  /// \return the number of writes of an object; kDefaultRevision when it has no row
   virtual std::int32_t GetRevision(const ConfigStoreObjectId& csoId) = 0;
 
-  /// Id and revision of each row of a type, as GetInstanceIds lists them.
+  /// \return instance id and revision of each row of a type, as GetInstanceIds lists them
   virtual std::list<std::pair<std::string, std::int32_t>> GetInstancesRevision(
       const ConfigStoreObjectId& csoId) = 0;
 
-  /// Opens a transaction, or a level inside the one that is open: cancelling an inner level undoes
-  /// that level alone. Returns 0, or the database layer's status. ConfigStoreTransaction is the
-  /// safer way.
+  /// Opens a transaction, or a level inside the one that is open. ConfigStoreTransaction is safer.
+  /// \return 0, or an SQLite result code (https://sqlite.org/rescode.html): 5 when another writer
+  ///         did not end within 3 seconds, or is this thread on another connection; 8 when this
+  ///         user may only read; 516 when SQLite has rolled the open levels back by itself. Nothing
+  ///         is begun then. Throws nothing
   virtual int BeginTransaction() = 0;
 
-  /// Commits the innermost level. Returns 0; any failure raises ConfigStoreException 2000 "Commit
-  /// transaction failed.", and the level stays open until it is cancelled.
+  /// Commits the innermost level. The outermost commit makes the changes durable.
+  /// \return 0
+  /// \throws ConfigStoreException 2000 "Commit transaction failed."; the level stays open until it
+  ///         is cancelled
   virtual int CommitTransaction() = 0;
 
-  /// Undoes the innermost level. Returns the database layer's status. A database layer that refuses
-  /// to cancel a nested transaction (status 1) ends the process: going on would commit what was
-  /// meant to be undone. The embedded one never refuses.
+  /// Rolls the innermost level back, and that one alone.
+  /// \return 0; 21 when no transaction is open. A database layer that refuses to cancel a nested
+  ///         transaction answers 1, which ends the process: going on would commit what was to be
+  ///         rolled back. The embedded database layer never refuses
   virtual int CancelTransaction() noexcept = 0;
 
-  /// Everything wrong with an object, without writing it; empty when it could be set. A type that
-  /// is not installed and an instance id that does not belong are findings too (field "/").
+  /// Checks an object without writing it.
+  /// \return everything that is wrong; empty when the object could be set. A type that is not
+  ///         installed, and an instance id that does not suit the type, are findings on "/"
   virtual std::vector<ErrorInfo> Validate(std::shared_ptr<ConfigStoreObject> object) = 0;
 
   virtual ~ConfigStore();
@@ -167,31 +211,34 @@ class TARN_CONFIG_STORE_EXPORT ConfigStore {
   ConfigStore& operator=(const ConfigStore&) = default;
 };
 
-/// Groups store operations in one transaction: all of them take effect at Commit, or none.
+/// Groups store operations in one transaction: all of them take effect, or none.
 ///
 ///     ConfigStoreTransaction transaction(store);
 ///     store->Set(first, EXTERNAL);
 ///     store->Set(second, EXTERNAL);
 ///     transaction.Commit();
 ///
-/// Leaving the scope without Commit or Cancel cancels. Used by one thread.
+/// Leaving the scope without Commit or Cancel rolls back. For one thread at a time.
 class TARN_CONFIG_STORE_EXPORT ConfigStoreTransaction {
  public:
-  /// Begins a transaction on a store. The guard refers to the caller's variable, which must outlive
-  /// it. Raises ConfigStoreException 2000 "Failed to use NULL as the store" for an empty handle and
-  /// "Failed to start a transaction." when the store cannot begin one.
+  /// Begins a transaction.
+  /// \param store  the caller's variable, to which the guard refers: it has to outlive the guard
+  /// \throws ConfigStoreException 2000 "Failed to use NULL as the store" for an empty pointer
+  /// \throws ConfigStoreException 2000 "Failed to start a transaction."; see BeginTransaction
   explicit ConfigStoreTransaction(std::shared_ptr<ConfigStore>& store);
-  /// Cancels, if neither Commit nor Cancel has completed.
+  /// Rolls back, unless Commit or Cancel has returned.
   ~ConfigStoreTransaction();
   ConfigStoreTransaction(const ConfigStoreTransaction&) = delete;
   ConfigStoreTransaction& operator=(const ConfigStoreTransaction&) = delete;
 
-  /// Makes the changes durable and finishes the guard. Returns 0. A failure raises
-  /// ConfigStoreException 2000 "Commit transaction failed."; the guard is then still active and
-  /// cancels when it goes.
+  /// Commits and finishes the guard.
+  /// \return 0
+  /// \throws ConfigStoreException 2000 "Commit transaction failed."; the guard rolls back when it
+  ///         goes out of scope
   int Commit();
 
-  /// Undoes the changes and finishes the guard. Returns the store's status.
+  /// Rolls back and finishes the guard.
+  /// \return as ConfigStore::CancelTransaction
   int Cancel();
 
  private:

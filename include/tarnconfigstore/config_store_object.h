@@ -13,79 +13,96 @@ namespace TarnConfigStore {
 
 class ConfigStoreObjectImpl;
 
-/// One configuration object of one type. Callers build it from an identifier or get it from a
-/// store, change it through the accessors of StoreObject, and hand it back to a store. Passed
-/// around as a shared pointer; thread safety is that of StoreObject.
+/// One configuration object of one type: a JSON object, an identifier, and what the store knows
+/// about the stored row.
 ///
-/// An object may hold others, in the members that its type describes as objects (singletons) or as
-/// arrays of instances. A sub-object is a ConfigStoreObject too, with sub-objects of its own, and
-/// is a view: it has no data but its place in its parent's, which it keeps alive, and counts as one
-/// object with it for thread safety. A change of one is seen in the other, and the view follows its
-/// place whatever becomes of the parent: new data, more, fewer or reordered instances. An instance
-/// is known by its instance id; writing another one into the member that holds it makes the views
-/// of it lose their place. When its place is gone, every use of the data raises
-/// ConfigStoreException 2000 "Subobject does not exists." or "Subobject instance does not exists.".
+/// Callers build one from an identifier or read it from a store, change it with the functions of
+/// StoreObject, and write it to a store. It is passed around as a shared pointer. Thread safety is
+/// that of StoreObject.
 ///
-/// The identifier of a sub-object has key and instance id only: no store takes it. Version, times
-/// and revision are those of the whole object. SetData replaces the data in their place; the text
-/// has to be an object (else InvalidTypeException), and an instance keeps its id where the text
-/// does not name it (naming another raises InvalidArgumentException 2000).
+/// Members that the type describes as objects, or as lists of objects with instance ids, can be
+/// used as sub-objects. A sub-object is a ConfigStoreObject with sub-objects of its own. It is a
+/// view of its place in the parent's data:
+/// - It keeps the parent alive. A change of one is seen in the other, and for thread safety both
+///   count as one object.
+/// - It finds its place anew at each use, so the parent may be given new data, and instances may be
+///   added, removed or reordered. An instance is found by its instance id; writing another id into
+///   it makes its views lose their place.
+/// - When its place is empty, each use of the data throws ConfigStoreException 2000 "Subobject does
+///   not exists." or "Subobject instance does not exists.".
+/// - Its identifier has a key and an instance id only, which no store takes. Version, times and
+///   revision are those of the whole object.
+/// - Its SetData takes an object only, else it throws InvalidTypeException 2000. An instance keeps
+///   its instance id; a text that names another throws InvalidArgumentException 2000.
 class TARN_CONFIG_STORE_EXPORT ConfigStoreObject : public StoreObject {
  public:
-  /// A new object without data, but for the member that carries the instance id in types that have
-  /// one. Raises ConfigStoreException 1037, with the identifier's text, when the type is not
-  /// installed.
+  /// Makes a new object. It is empty, but where the type has instances it holds the member with the
+  /// instance id.
+  /// \throws ConfigStoreException 1037, with the identifier's text, when the type is not installed
+  /// \throws ConfigStoreException 2000 when the schema store cannot be read
   explicit ConfigStoreObject(const ConfigStoreObjectId& id);
 
-  /// Version of the type's schema under which the object was stored; empty for a new object.
+  /// \return the version of the type when the object was stored; empty for a new object
   std::string GetVersion() const;
-  /// Time of the first write, "YYYY-MM-DD HH:MM:SS" in UTC; empty for a new object.
+  /// \return the time of the first write, "YYYY-MM-DD HH:MM:SS" in UTC; empty for a new object
   std::string GetCreationTime() const;
-  /// Time of the last change, in the same form; empty for a new object.
+  /// \return the time of the last change, in the same form; empty for a new object
   std::string GetModifiedTime() const;
-  /// Number of writes; kDefaultRevision for a new object.
+  /// \return the number of writes; kDefaultRevision for a new object
   std::int32_t GetRevision() const;
 
-  /// The data as compact JSON text, without the generated identifiers ("cs_generated_id") that the
-  /// store keeps inside.
+  /// \return the data as compact JSON text, without the ids that the store generates
+  ///         ("cs_generated_id"). Called through a StoreObject, the function of that class runs,
+  ///         and keeps them
+  /// \throws ConfigStoreException 2000 when it holds a text that is not UTF-8 or a number that is
+  ///         not finite
   std::string GetData() const;
 
-  /// The value that a JSON Pointer (RFC 6901) leads to in the data, as compact JSON text without
-  /// generated identifiers, which no pointer leads to either; the empty pointer leads to all of the
-  /// data. Nothing where there is no value, or null; the type's defaults are not asked. Raises
-  /// InvalidArgumentException 2000 "Not a JSON Pointer: TEXT" for a text that is none.
+  /// Reads one value at any depth. Type defaults are not read.
+  /// \param pointer  a JSON Pointer (RFC 6901) into the data; the empty one means all of it
+  /// \return the value as compact JSON text without generated ids; nothing where there is no value,
+  ///         or null, or a generated id
+  /// \throws InvalidArgumentException 2000 "Not a JSON Pointer: TEXT"
+  /// \throws ConfigStoreException 2000 as GetData
   std::optional<std::string> GetPath(const std::string& pointer) const;
 
-  // Sub-objects. All raise, besides what they say themselves:
+  // Sub-objects. A member that holds null counts as absent. All of these throw
   //   InvalidArgumentException 2000 for an empty key, for an instance id where the key has no
-  //   instances, and for none where it has; InvalidTypeException where the data of the member are
-  //   not as the type describes them; ConfigStoreException 2000 for a key that the type describes
-  //   neither as an object nor as an array of objects.
-  // A member that holds null counts as absent.
+  //   instances, and for none where it has some;
+  //   InvalidTypeException 2000 where the member's data has another type than described;
+  //   ConfigStoreException 2000 for a key that the type describes neither as an object nor as a
+  //   list of objects.
+  // The data is then as it was, but for ids that GetSubObjectInstances generated by then.
 
-  /// Adds a sub-object without data, but for its instance id, at the end. A null-valued member is
-  /// written over. Where the type has the store generate the instance ids, an empty one asks for
-  /// that; the identifier of what is returned tells which.
-  /// Raises ConfigStoreException 2000 "Object already exists." when there is one, and the same code
-  /// when the data would nest deeper than 128 levels.
+  /// Adds a sub-object, at the end or in place of a null. It is empty, but an instance holds its
+  /// instance id.
+  /// \param id  an empty instance id asks for a generated one, where the type has the store
+  ///            generate them
+  /// \return the sub-object; its identifier has the generated id
+  /// \throws ConfigStoreException 2000 "Object already exists."
+  /// \throws ConfigStoreException 2000 when the data would nest deeper than 128 levels
   std::shared_ptr<ConfigStoreObject> CreateSubObject(const SubObjectId& id);
 
-  /// The sub-object, or an empty pointer when there is none.
+  /// \return the sub-object; an empty pointer when there is none
   std::shared_ptr<ConfigStoreObject> GetSubObject(const SubObjectId& id);
 
-  /// All sub-objects of a key, in their order. Where the store generates the instance ids, those
-  /// that have none yet get one, so this counts as a write. Raises ConfigStoreException 2000
-  /// "Schema error:Expected array type" where the key has no instances, and 1032 with the name of
-  /// the id's member when an instance has no id.
+  /// Where the type has the store generate instance ids, gives one to each instance that has none.
+  /// So this counts as a write for thread safety.
+  /// \return all instances of a key, in their order; an empty list when there are none
+  /// \throws ConfigStoreException 2000 "Schema error:Expected array type" where the key has no
+  ///         instances
+  /// \throws ConfigStoreException 1032, with the member's name, when an instance has no instance id
   std::vector<std::shared_ptr<ConfigStoreObject>> GetSubObjectInstances(const std::string& key);
 
-  /// Removes a sub-object. Other instances keep their order, other members as with Remove. Raises
-  /// ConfigStoreException 2000 "Subobject does not exists." or "Subobject instance does not
-  /// exists." when there is none.
+  /// Removes a sub-object. Other instances keep their order; the last member takes the place of a
+  /// removed member.
+  /// \throws ConfigStoreException 2000 "Subobject does not exists." or "Subobject instance does not
+  ///         exists." when there is none
   void DeleteSubObject(const SubObjectId& id);
 
-  /// Removes all sub-objects of a key, if there are any. Raises as GetSubObjectInstances does for a
-  /// key without instances.
+  /// Removes all instances of a key; does nothing when there are none.
+  /// \throws ConfigStoreException 2000 "Schema error:Expected array type" where the key has no
+  ///         instances
   void DeleteSubObjectInstances(const std::string& key);
 
  private:

@@ -1,4 +1,4 @@
-// Seeing what the library logs, and what the database said.
+// What the library logs, and what the database said. Everything here is thread-safe.
 #pragma once
 
 #include "tarnconfigstore/export.h"
@@ -8,40 +8,46 @@
 
 namespace TarnConfigStore {
 
-/// Receives log lines: the priority (0 failures, 1 recoverable problems, 2 notable outcomes, 3
-/// entry of writes, 4 entry of reads and fine tracing) and the text, without a line end.
+/// Receives log lines.
+///   priority  0 failures, 1 recoverable problems, 2 notable outcomes, 3 calls that write, 4 calls
+///             that read, and fine tracing
+///   line      a NUL-terminated text without a line end, valid during the call
 using LogSink = std::function<void(int priority, const char* line)>;
 
-/// Sends log lines of every priority up to the level to a function instead of the system log; an
-/// empty function restores the system log. The function is called on the thread that logs, one call
-/// at a time, while the logger's lock is held: it must not log, and what it throws is dropped.
+/// Sends log lines to a function instead of syslog(3).
+///
+/// The function runs on the thread that logs, one call at a time, and under the logger's lock: it
+/// must not log. What it throws is dropped.
+/// \param sink  an empty function restores syslog
 TARN_CONFIG_STORE_EXPORT void SetLogSink(LogSink sink);
 
-/// Highest priority that is logged; 2 at start. Lines above it cost no formatting.
+/// Sets the highest priority that is logged; at start it is 2. Lines above it are not formatted.
 TARN_CONFIG_STORE_EXPORT void SetLogLevel(int priority);
 
-/// What a failure of the database comes down to.
+/// The kinds of failures of the database.
 enum class StoreErrorKind {
   NONE,        ///< no failure on this thread since the last ClearLastStoreError
   MISSING,     ///< there is no database at the path
   PERMISSION,  ///< this user may not read or write it
-  BUSY,        ///< another writer held it for longer than the wait limit
-  CORRUPT,     ///< damaged, truncated, or no database
-  NEWER,       ///< written by a newer version of the library
-  MISUSE,      ///< the call made no sense in the state the connection was in
-  OTHER,       ///< disk full, I/O error, or an SQL error: the message tells
+  BUSY,        ///< another writer did not end within 3 seconds
+  CORRUPT,     ///< it is damaged, truncated, or no database
+  NEWER,       ///< a newer version of the library has written it
+  MISUSE,      ///< the connection was in no state for the call
+  OTHER,       ///< disk full, an I/O error, an SQL error: see the message
 };
 
-/// The last failure of the database layer on this thread.
+/// A failure of the database.
 struct StoreError {
   StoreErrorKind kind = StoreErrorKind::NONE;
-  int code = 0;  ///< SQLite extended result code (https://sqlite.org/rescode.html), 0 if none
-  std::string message;  ///< what went wrong, with which file, and what mends it
+  int code = 0;         ///< extended result code of SQLite (https://sqlite.org/rescode.html), or 0
+  std::string message;  ///< what failed, on which file, and what corrects it
 };
 
-/// Thread-local; a failing operation sets it before the exception is thrown, a succeeding one
-/// leaves it.
+/// \return the last failure of the database on this thread. An operation that fails sets it before
+///         it throws; one that succeeds leaves it
 TARN_CONFIG_STORE_EXPORT StoreError GetLastStoreError();
+
+/// Forgets the last failure on this thread.
 TARN_CONFIG_STORE_EXPORT void ClearLastStoreError();
 
 }  // namespace TarnConfigStore

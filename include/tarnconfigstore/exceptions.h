@@ -1,4 +1,16 @@
-// Every failure that the library reports is an exception of this tree.
+// Every failure that the library reports is an exception of this tree:
+//
+//     HostCtl::Lib::HostCtlException          a std::exception
+//       ConfigStoreException                  carries a code
+//         ValidationException                 carries findings
+//         InvalidArgumentException
+//         InvalidTypeException
+//
+// All of them are values: they can be copied, and used by one thread at a time.
+//
+// Outside of this tree are std::logic_error, for a null text where a function says so, and
+// std::bad_alloc, when memory is used up. Operations that run in a transaction of their own throw
+// ConfigStoreException 2000 "Operation failed: TEXT" in its place.
 #pragma once
 
 #include "tarnconfigstore/error_codes.h"
@@ -11,18 +23,19 @@
 
 namespace HostCtl::Lib {
 
-/// A chain of message records that programs of the host attach to failures. The library never adds
-/// records; it only renders those that it is given.
+/// A chain of message records that programs of the host attach to failures. This library adds no
+/// records; it renders those that it is given. Immutable; safe from several threads.
 class TARN_CONFIG_STORE_EXPORT NotaMessage {
  public:
-  /// \param id      what the record is called
-  /// \param format  a printf format whose conversions are all "%s"
-  /// \param arguments  the texts for them; missing ones print as nothing, further ones are left out
-  /// \param next    the record that this one is put in front of, or none
+  /// \param id         the name of the record
+  /// \param format     a printf format whose conversions are all "%s"
+  /// \param arguments  texts for the conversions; a missing one prints as nothing, one too many is
+  ///                   ignored
+  /// \param next       the record that this one precedes, or an empty pointer
   NotaMessage(std::string id, std::string format, std::vector<std::string> arguments,
               std::shared_ptr<const NotaMessage> next = nullptr);
 
-  /// "\nNota Stack: \n" and then "[id]: message" for each record, the last of the chain first.
+  /// \return "\nNota Stack: \n" and "[id]: message" for each record, the last one first
   std::string ToString() const;
 
  private:
@@ -35,15 +48,17 @@ class TARN_CONFIG_STORE_EXPORT NotaMessage {
 /// The root of all exceptions of the host's libraries.
 class TARN_CONFIG_STORE_EXPORT HostCtlException : public std::exception {
  public:
+  /// \param message  a NUL-terminated text, which is copied
+  /// \param nota     the attached records, or an empty pointer
   explicit HostCtlException(const char* message, std::shared_ptr<const NotaMessage> nota = nullptr);
   HostCtlException(const HostCtlException&);
   HostCtlException& operator=(const HostCtlException&);
   ~HostCtlException() override;
 
-  /// The message.
+  /// \return the message, valid as long as the exception
   const char* what() const noexcept override;
 
-  /// The message, followed by the rendering of the attached records, if any.
+  /// \return the message, followed by the attached records as NotaMessage::ToString renders them
   std::string GetDetailedMessage() const;
 
  private:
@@ -55,19 +70,23 @@ class TARN_CONFIG_STORE_EXPORT HostCtlException : public std::exception {
 
 namespace TarnConfigStore {
 
-/// One problem found by a validation.
+/// One finding of a validation.
 struct ErrorInfo {
-  std::string
-      field;  ///< where: an RFC 6901 JSON Pointer ("/" is the whole object), or an identifier
-  std::string error;  ///< what was expected and what was found
+  /// Where: a JSON Pointer (RFC 6901) into the data, "/" for the object as a whole. Other forms are
+  /// named by the functions that use them.
+  std::string field;
+  /// What was expected and what was found.
+  std::string error;
 
   friend bool operator==(const ErrorInfo& a, const ErrorInfo& b) {
     return a.field == b.field && a.error == b.error;
   }
 };
 
-/// A failure of the library. Building one logs "[code] message" at priority 0 and a backtrace, so
-/// that a failure is in the log even where the caller swallows it.
+/// A failure of the library.
+///
+/// The constructor logs "[code] message" at priority 0, and a backtrace: a failure is in the log
+/// even where the caller drops it. The same holds for the classes below.
 class TARN_CONFIG_STORE_EXPORT ConfigStoreException : public HostCtl::Lib::HostCtlException {
  public:
   ConfigStoreException(int code, const char* message);
@@ -75,10 +94,10 @@ class TARN_CONFIG_STORE_EXPORT ConfigStoreException : public HostCtl::Lib::HostC
   ConfigStoreException& operator=(const ConfigStoreException&);
   ~ConfigStoreException() override;
 
-  /// A CSErrorCodes value.
+  /// \return a value of CSErrorCodes
   int GetErrorCode() const { return code_; }
 
-  /// "Error Code: N\nMessage: M\n".
+  /// \return "Error Code: CODE\nMessage: MESSAGE\n". Not virtual
   std::string toString() const;
 
  private:
@@ -89,15 +108,18 @@ class TARN_CONFIG_STORE_EXPORT ConfigStoreException : public HostCtl::Lib::HostC
 /// Configuration that does not fit its type, or an operation that the state of the host forbids.
 class TARN_CONFIG_STORE_EXPORT ValidationException : public ConfigStoreException {
  public:
+  /// \param errors  the findings, which are copied
   ValidationException(int code, const char* message, std::vector<ErrorInfo>& errors);
   ValidationException(const ValidationException&);
   ValidationException& operator=(const ValidationException&);
   ~ValidationException() override;
 
-  /// Everything that was found, in document order; empty where the message says it all.
+  /// \return every finding, in document order; empty where the message says it all. Valid as long
+  ///         as the exception
   const std::vector<ErrorInfo>& GetErrors() const { return errors_; }
 
-  /// The base text and, where there are errors, "Details: \n" and a line "field: error" for each.
+  /// \return the text of ConfigStoreException::toString and, where there are findings,
+  ///         "Details: \n" and a line "field: error" for each. Not virtual
   std::string toString() const;
 
  private:

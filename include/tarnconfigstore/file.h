@@ -7,8 +7,9 @@
 
 namespace TarnConfigStore {
 
-/// True exactly when stat(2) on the path succeeds: any kind of file, directories included; a
-/// symbolic link that leads nowhere counts as absent. Never logs. Reentrant.
+/// Asks stat(2) for a path. Logs nothing and throws nothing. Reentrant.
+/// \return true when it succeeds, for files of any kind, directories included; false for a symbolic
+///         link that leads nowhere
 TARN_CONFIG_STORE_EXPORT bool FileExists(const std::string& path);
 
 }  // namespace TarnConfigStore

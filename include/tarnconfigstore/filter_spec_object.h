@@ -9,35 +9,47 @@ namespace TarnConfigStore {
 
 class FilterSpecObjectImpl;
 
-/// A filter over the instances of one configuration type. The identifier names the type and, if its
-/// instance id is not empty, one instance. The data, set through the accessors of StoreObject, are
-/// the conditions: an instance is kept when each member of the filter equals the instance's member
-/// of that name; of an object only the members given are compared, of a list every element given
-/// has to be found. No data, no conditions. Thread safety is that of StoreObject.
+/// A filter over the instances of one configuration type.
 ///
-/// Conditions on a sub-object are a filter too: a view of their place in the filter's data, as
-/// ConfigStoreObject describes it, where the member "cs_generated_id" holds the id of an instance,
-/// whatever the type calls it. Conditions on an instance of a sub-object can be written down but
-/// not filtered by: an operation that is given them raises ConfigStoreException 2000
-/// "FilterConfigStoreObjects: Non-Singleton SubObject filtering not supported", and so for
-/// conditions on a sub-object where the type has instances and there are objects to choose from.
+/// The identifier names the type and, if its instance id is not empty, one instance. The data holds
+/// the conditions, which are written with the functions of StoreObject. An instance is kept when it
+/// has an equal member for each member of the filter:
+/// - of an object, the filter's members are compared and no others;
+/// - of a list, each of the filter's elements has to be found, in any order;
+/// - numbers are equal by value, everything else exactly.
+/// A filter without data keeps every instance. Type defaults are not compared: a member that an
+/// instance does not hold matches nothing.
+///
+/// Conditions on a sub-object are a filter of their own: a view, as ConfigStoreObject describes it.
+/// Conditions on an instance of a sub-object can be written but not used: an operation that is
+/// given such a filter throws ConfigStoreException 2000 "FilterConfigStoreObjects: Non-Singleton
+/// SubObject filtering not supported". So does one that is given conditions on a sub-object where
+/// the type has instances, if there are objects to compare. In the data, the member
+/// "cs_generated_id" of a filter on an instance holds the instance id.
+///
+/// Thread safety is that of StoreObject.
 class TARN_CONFIG_STORE_EXPORT FilterSpecObject : public StoreObject {
  public:
+  /// Makes a filter without conditions. The operation that uses it checks the identifier.
   explicit FilterSpecObject(const ConfigStoreObjectId& id);
 
-  // Sub-object filters. All raise InvalidArgumentException 2000 for an empty key, and
-  // InvalidTypeException where the member of the data holds something else than such conditions.
+  // Filters on sub-objects. All of these throw InvalidArgumentException 2000 for an empty key, and
+  // InvalidTypeException 2000 where the member's data is no such filter. The data is then as it
+  // was.
 
-  /// Adds conditions on a sub-object: for the time being, that it is there. Raises
-  /// ConfigStoreException 2000 "SubObject filter already exists." when there are some, and the same
-  /// code when the data would nest deeper than 128 levels.
+  /// Adds a filter on a sub-object. While it is empty, its one condition is that the sub-object is
+  /// there.
+  /// \return the filter on the sub-object
+  /// \throws ConfigStoreException 2000 "SubObject filter already exists."
+  /// \throws ConfigStoreException 2000 when the data would nest deeper than 128 levels
   std::shared_ptr<FilterSpecObject> CreateSubObjectFilter(const SubObjectId& id);
 
-  /// The conditions on a sub-object, or an empty pointer when there are none.
+  /// \return the filter on a sub-object; an empty pointer when there is none
   std::shared_ptr<FilterSpecObject> GetSubObjectFilter(const SubObjectId& id);
 
-  /// Drops the conditions on a sub-object and all inside. Raises ConfigStoreException 2000
-  /// "Subobject does not exists." or "Subobject instance does not exists." when there are none.
+  /// Removes the filter on a sub-object, with all filters inside.
+  /// \throws ConfigStoreException 2000 "Subobject does not exists." or "Subobject instance does not
+  ///         exists." when there is none
   void DeleteSubObjectFilter(const SubObjectId& id);
 
  private:

@@ -1,4 +1,4 @@
-// Where the host's files lie, and making them for the first time.
+// Where the host's files lie, and creating them.
 #pragma once
 
 #include "tarnconfigstore/export.h"
@@ -8,27 +8,29 @@
 
 namespace TarnConfigStore {
 
-/// Puts all fixed paths of the library under a directory other than "/". Without a call, the
-/// environment variable TARN_HOST_ROOT decides, which is read once and never in a set-user-id
-/// program. Stores that are open stay where they are. Thread-safe.
+/// Sets the directory that all fixed paths of the library are under. Until the first call it is the
+/// environment variable TARN_HOST_ROOT, read once with secure_getenv(3), and else "/". Stores that
+/// are open stay where they are. Thread-safe.
 TARN_CONFIG_STORE_EXPORT void SetHostRoot(const std::string& root);
 
-/// The directory in force, without a trailing slash; empty for "/".
+/// \return the directory, without a slash at its end; empty for "/". Thread-safe
 TARN_CONFIG_STORE_EXPORT std::string GetHostRoot();
 
-/// What InitializeHost made and what it found.
+/// What InitializeHost created, and what it found.
 struct HostInitialization {
-  std::string storePath;               ///< where the store lies, the root included
-  std::string schemaStorePath;         ///< where the types lie
-  std::vector<std::string> created;    ///< files and directories that were made
-  std::vector<std::string> unchanged;  ///< databases that were there already
+  std::string storePath;               ///< path of the store, under the root
+  std::string schemaStorePath;         ///< path of the schema store, under the root
+  std::vector<std::string> created;    ///< files and directories that were created
+  std::vector<std::string> unchanged;  ///< databases that were there
 };
 
-/// Makes the directories, the store and the schema store under the root, with modes that let no
-/// other user write (directories 0755, files 0640). What exists already is left as it is. No other
-/// call of the library ever makes a database: a lost store is an error, never an empty store.
-/// Raises ConfigStoreException 2000 with a message that names the path and what is wrong with it;
-/// what had been made by then stays and a later call goes on from there.
+/// Creates the directories, the store and the schema store under the root: directories with mode
+/// 0755, databases with 0640. What is there stays as it is.
+///
+/// No other call creates a database: a lost store is an error, never an empty store. Thread-safe,
+/// and safe from several processes.
+/// \throws ConfigStoreException 2000 with the path and what is wrong with it. What was created by
+///         then stays; a later call completes it
 TARN_CONFIG_STORE_EXPORT HostInitialization InitializeHost();
 
 }  // namespace TarnConfigStore

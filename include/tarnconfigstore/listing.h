@@ -1,4 +1,5 @@
-// Looking at what is stored, and at what waits for the next boot.
+// What is stored, and what is staged for the next boot. Both functions take a connection of their
+// own and are thread-safe.
 #pragma once
 
 #include "tarnconfigstore/export.h"
@@ -14,39 +15,40 @@ namespace TarnConfigStore {
 /// One stored object, without its data.
 struct StoredObject {
   ConfigStoreObjectId id;
-  std::string version;       ///< version of the type's schema at the last write
+  std::string version;       ///< version of the type at the last write
   std::string creationTime;  ///< UTC, "YYYY-MM-DD HH:MM:SS"
   std::string modifiedTime;  ///< UTC, "YYYY-MM-DD HH:MM:SS"
   std::int32_t revision = kDefaultRevision;
-  bool confirmed = true;  ///< false after a write during an upgrade that nobody has confirmed yet
+  bool confirmed = true;  ///< false for a write during an upgrade that is not confirmed yet
   bool hasUser = false;
   bool hasAutomatic = false;
   bool hasVital = false;
   bool hasCached = false;
-  bool hasPending = false;  ///< a value waits for the next boot
+  bool hasPending = false;  ///< a user value waits for the next boot
 };
 
-/// Everything that is stored under a prefix, sorted by component, group, key and instance id. Rows
-/// that hold no value of any kind are left out.
-/// \param prefix  fields are compared in the order
-/// component, group, key, instance id up to the first empty
-///                one; all empty: the whole store
-/// Raises ConfigStoreException 2000 "Failed to connect to database" or "Get store rows failed.".
+/// Lists what is stored. Rows without any value are left out.
+/// \param prefix  component, group, key and instance id are compared in this order, up to the first
+///                empty one; with all of them empty, the whole store is listed
+/// \return the objects, sorted by component, group, key and instance id
+/// \throws ConfigStoreException 2000 "Failed to connect to database" or "Get store rows failed."
 TARN_CONFIG_STORE_EXPORT std::vector<StoredObject> ListStored(const ConfigStoreObjectId& prefix);
 
 /// One change that is staged in the next-boot store, without its data.
 struct StagedChange {
   ConfigStoreObjectId id;
-  std::string version;  ///< version of the type's schema when it was staged
+  std::string version;  ///< version of the type when the change was staged
   NextBootAction action = NextBootAction::SET;
   bool hasUser = false;
   bool hasVital = false;
   bool hasCached = false;
 };
 
-/// Every change that is staged under a prefix, deletions among them, sorted and chosen as ListStored
-/// does. Values that wait in rows of the current configuration are not changes of this kind: see
-/// StoredObject::hasPending. Raises as ListStored.
+/// Lists what is staged, deletions included. Pending values of rows are not staged changes: see
+/// StoredObject::hasPending.
+/// \param prefix  as for ListStored
+/// \return the changes, sorted by component, group, key and instance id
+/// \throws ConfigStoreException 2000 "Failed to connect to database" or "Get store rows failed."
 TARN_CONFIG_STORE_EXPORT std::vector<StagedChange> ListStaged(const ConfigStoreObjectId& prefix);
 
 }  // namespace TarnConfigStore

@@ -1,4 +1,34 @@
 // All of the library's interface.
+//
+// Reading order:
+//   object_id.h, store_object.h, config_store_object.h   an object: its name, its members, itself
+//   contexts.h, config_store.h                           storing it, reading it, transactions
+//   exceptions.h, error_codes.h                          what is thrown, and the codes
+//   filter_spec_object.h                                 choosing instances
+//   next_boot_store.h, apply_next_boot.h, boot_state.h   what takes effect at the next boot
+// The others stand alone: default_instances.h, diagnostics.h, file.h, host.h, kernel_options.h,
+// key_values.h, listing.h, process.h, type_administration.h. Every header compiles alone, as C++17.
+//
+// Set, Get and a filter, on a type with instances:
+//
+//     auto store = ConfigStore::GetStore(sGlobalNamespace);
+//     // Key, group, component, instance id.
+//     const ConfigStoreObjectId id("switches", "network", kDefaultComponent, "edge");
+//     auto edge = std::make_shared<ConfigStoreObject>(id);
+//     edge->SetValue("mtu", 9000);
+//     store->Set(edge, EXTERNAL);
+//     // The pointer is empty when nothing is stored.
+//     int mtu = 0;
+//     if (const auto stored = store->Get(id)) {
+//       stored->GetValue("mtu", &mtu);
+//     }
+//     // A filter without an instance id: all switches that hold this MTU.
+//     auto filter = std::make_shared<FilterSpecObject>(
+//         ConfigStoreObjectId("switches", "network", kDefaultComponent));
+//     filter->SetValue("mtu", 9000);
+//     const std::vector<std::shared_ptr<ConfigStoreObject>> found = store->GetInstances(filter);
+//
+// tests/consumer/main.cpp runs these very lines.
 #pragma once
 
 #include "tarnconfigstore/apply_next_boot.h"

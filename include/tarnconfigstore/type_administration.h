@@ -1,4 +1,8 @@
-// Installing, checking and showing configuration types.
+// Installing, checking, listing and removing configuration types.
+//
+// A type is described by a type file: JSON (RFC 8259) with a JSON Schema of draft-07
+// (https://json-schema.org/draft-07) and annotations. All functions are thread-safe. Running
+// processes use changed types at their next operation.
 #pragma once
 
 #include "tarnconfigstore/exceptions.h"
@@ -11,12 +15,12 @@ namespace TarnConfigStore {
 
 /// What became of one type file.
 enum class TypeOutcome {
-  INVALID,     ///< the file breaks a rule, or stored objects no longer fit: errors and misfits tell
-  VALID,       ///< checked and found good; nothing written
-  INSTALLED,   ///< installed for the first time
-  UPGRADED,    ///< took the place of an older version, or of an older text of the same version
-  DOWNGRADED,  ///< took the place of a newer version, as was forced
-  UNCHANGED,   ///< was installed already, word for word
+  INVALID,     ///< it breaks a rule, or stored objects do not fit: see errors and misfits
+  VALID,       ///< it is good; nothing was written
+  INSTALLED,   ///< the type is new
+  UPGRADED,    ///< it replaced an older version, or another text of the same version
+  DOWNGRADED,  ///< it replaced a newer version, which was forced
+  UNCHANGED,   ///< the same text was installed already
 };
 
 /// The result for one type file.
@@ -25,11 +29,11 @@ struct TypeReport {
   std::string component, group, key;  ///< the type, as far as the file could be read
   std::string version;
   TypeOutcome outcome = TypeOutcome::INVALID;
-  std::vector<ErrorInfo> errors;  ///< field: JSON Pointer (RFC 6901) into the file
-
-  /// Stored objects that the type, as the file describes it, no longer allows; looked for when an
-  /// installed type changes. field: "COMPONENT/GROUP/KEY[/INSTANCE]#" and the JSON Pointer into the
-  /// object.
+  /// What is wrong with the file; the field is a JSON Pointer (RFC 6901) into it.
+  std::vector<ErrorInfo> errors;
+  /// Stored objects that do not fit the type as the file describes it. They are looked for when an
+  /// installed type changes. The field is "COMPONENT/GROUP/KEY#POINTER" or
+  /// "COMPONENT/GROUP/KEY/INSTANCE#POINTER", with a JSON Pointer into the object.
   std::vector<ErrorInfo> misfits;
 };
 
@@ -37,46 +41,55 @@ struct TypeReport {
 struct InstalledType {
   std::string component, group, key;
   std::string version;
-  std::string
-      flags;  ///< names of the type's flags, separated by blanks: rebootRequired, shared and so on
+  /// The flags that are set, separated by blanks: rebootRequired, bootAccessible,
+  /// confirmedDuringUpgrade, shared.
+  std::string flags;
   bool hasInstances = false;
 };
 
+/// How InstallTypes installs.
 struct InstallOptions {
-  bool checkOnly = false;  ///< check everything, write nothing
-  /// Allow a version older than the installed one, and stored objects that no longer fit.
-  bool force = false;
+  bool checkOnly = false;  ///< checks everything and writes nothing
+  bool force = false;      ///< allows an older version, and stored objects that do not fit
 };
 
-/// Checks type files and installs them all, or none if one of them is bad: each file is judged
-/// against the rules for type files, every default against its schema. The types' shipped objects
-/// are written first and their schemas last, so an interrupted call can simply be run again.
-/// Running processes see the new types at their next operation.
-/// \param paths  files, or directories
-/// whose "*.json" files are taken in the order of their names
-/// \return a report for each file; when
-/// one is INVALID nothing was written.
-/// Raises InvalidArgumentException 1081 for a path that cannot
-/// be read, and ConfigStoreException 2000 for a failure of the databases, which leaves the types as
-/// they were.
+/// Checks type files, and installs all of them, or none when one is bad. Each file is checked
+/// against the rules for type files, and each default against its schema.
+///
+/// The shipped objects are written first and the types last. A call that is interrupted can be
+/// repeated.
+/// \param paths  files, or directories whose "*.json" files are taken in the order of their names
+/// \return a report for each file. When one of them is INVALID, nothing was written
+/// \throws InvalidArgumentException 1081, with the path, when one cannot be read
+/// \throws ConfigStoreException 2000 for a failure of a database. The types are then as they were;
+///         the shipped objects may be the new ones
 TARN_CONFIG_STORE_EXPORT std::vector<TypeReport> InstallTypes(const std::vector<std::string>& paths,
                                                               const InstallOptions& options);
 
-/// Checks type files without a store. Same reports, VALID or INVALID.
+/// Checks type files without a store.
+/// \param paths  as for InstallTypes
+/// \return a report for each file, VALID or INVALID
+/// \throws InvalidArgumentException 1081, with the path, when one cannot be read
 TARN_CONFIG_STORE_EXPORT std::vector<TypeReport> CheckTypes(const std::vector<std::string>& paths);
 
-/// All installed types, sorted. Raises ConfigStoreException 2000 when the schema store cannot be
-/// read.
+/// \return all installed types, sorted by component, group and key
+/// \throws ConfigStoreException 2000 when the schema store cannot be read
 TARN_CONFIG_STORE_EXPORT std::vector<InstalledType> ListTypes();
 
-/// The type file of an installed type, as JSON text in the order of its members.
-/// Raises ConfigStoreException 1037 when the type is not installed.
+/// \return the type file of an installed type as compact JSON text, members in the order of the
+///         file
+/// \throws ConfigStoreException 1037 when the type is not installed
+/// \throws ConfigStoreException 2000 when the schema store cannot be read
 TARN_CONFIG_STORE_EXPORT std::string GetTypeFile(const std::string& component,
                                                  const std::string& group, const std::string& key);
 
-/// Removes a type and its shipped objects. With stored objects of the type left, raises
-/// ConfigStoreException 2000 that says how many, unless forced; the objects stay stored either way.
-/// Raises ConfigStoreException 1037 when the type is not installed.
+/// Removes a type and the objects that it shipped with. Stored objects stay stored.
+/// \param force  removes the type even where objects of it are stored
+/// \throws ConfigStoreException 1037 when the type is not installed
+/// \throws ConfigStoreException 2000 when objects of the type are stored; the message has their
+///         number
+/// \throws ConfigStoreException 2000 for a failure of a database. The type then stays installed;
+///         its shipped objects may be removed
 TARN_CONFIG_STORE_EXPORT void RemoveType(const std::string& component, const std::string& group,
                                          const std::string& key, bool force);
 

@@ -1,9 +1,11 @@
 // What a host service does with the library, through its public headers alone.
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <tarnconfigstore/tarnconfigstore.h>
+#include <vector>
 
 using namespace TarnConfigStore;
 
@@ -33,6 +35,30 @@ void ExpectThrow(int code, Call call, const char* what) {
     std::fprintf(stderr, "caught as another type: %s\n", other.what());
   }
   Expect(false, what);
+}
+
+// What tarnconfigstore.h shows, word for word.
+void ShowFirstSteps() {
+  // begin
+  auto store = ConfigStore::GetStore(sGlobalNamespace);
+  // Key, group, component, instance id.
+  const ConfigStoreObjectId id("switches", "network", kDefaultComponent, "edge");
+  auto edge = std::make_shared<ConfigStoreObject>(id);
+  edge->SetValue("mtu", 9000);
+  store->Set(edge, EXTERNAL);
+  // The pointer is empty when nothing is stored.
+  int mtu = 0;
+  if (const auto stored = store->Get(id)) {
+    stored->GetValue("mtu", &mtu);
+  }
+  // A filter without an instance id: all switches that hold this MTU.
+  auto filter = std::make_shared<FilterSpecObject>(
+      ConfigStoreObjectId("switches", "network", kDefaultComponent));
+  filter->SetValue("mtu", 9000);
+  const std::vector<std::shared_ptr<ConfigStoreObject>> found = store->GetInstances(filter);
+  // end
+  Expect(mtu == 9000, "the object reads back");
+  Expect(found.size() == 1 && found.front()->GetConfigStoreObjectId() == id, "the filter finds it");
 }
 
 }  // namespace
@@ -94,6 +120,7 @@ int main(int argc, char** argv) {
   SetBootStatus(options, true);
   int cpus = 0;
   Expect(GetKernelOptions(options)->GetValue("maximumCpus", &cpus) == 1 && cpus == 4, "in force");
+  ShowFirstSteps();
   std::puts("consumer: ok");
   return 0;
 }

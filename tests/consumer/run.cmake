@@ -17,6 +17,13 @@ run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${prefix}")
 build(tests/consumer)
 run("${WORK_DIR}/tests/consumer/consumer" "${WORK_DIR}/root" "${types}")
 
+# The example in the umbrella header is what the consumer just ran.
+run(sed -n "s|^//     ||p" "${prefix}/include/tarnconfigstore/tarnconfigstore.h" OUTPUT_FILE "${WORK_DIR}/shown")
+run(sed -n -e "/ begin$/,/ end$/{" -e "/ begin$/d" -e "/ end$/d" -e "s|^  ||p" -e "}"
+  "${SOURCE_DIR}/tests/consumer/main.cpp" OUTPUT_FILE "${WORK_DIR}/run")
+run(diff -u "${WORK_DIR}/shown" "${WORK_DIR}/run")
+run(test -s "${WORK_DIR}/shown")
+
 build(examples)
 run("${WORK_DIR}/examples/switches" "${types}" OUTPUT_FILE "${WORK_DIR}/switches.printed")
 run(diff -u "${SOURCE_DIR}/examples/switches.expected" "${WORK_DIR}/switches.printed")
