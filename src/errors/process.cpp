@@ -30,8 +30,8 @@ bool ExecCommand(const char** args) {
     CSLogger::LogErrCode(0, CS_PROCESS_WAIT_FAILED, static_cast<int>(pid), std::strerror(errno));
     return false;
   }
-  // Judged by the exit byte alone: a child that a signal ended has a zero one and counts as a
-  // success, as callers have always relied on.
+  // Judged by the exit byte alone, as the header promises: a child that a signal ended has a zero
+  // one and counts as a success.
   const int exitByte = WEXITSTATUS(status);
   if (exitByte != 0) {
     CSLogger::LogErrCode(0, CS_PROCESS_EXIT_STATUS, exitByte);

@@ -4,7 +4,7 @@
 
 namespace TarnConfigStore {
 
-// The numbers are stored and compared by other programs.
+// The numbers are part of the interface.
 static_assert(CS_STORE_CONNECTION_FAILED == 1002 && CS_INCORRECT_TYPE == 1030 &&
               CS_INSTANCE_ID_INVALID == 1032 && CS_SCHEMA_NOT_FOUND == 1037 &&
               CS_NULL_ARGUMENT == 1041 && CS_DRIFT_INSTANCES_NOT_FOUND == 1046 &&

@@ -42,8 +42,8 @@ class ConfigStoreObjectImpl : public StoreObjectImpl {
 
   const Json::Value* GetValuePtrDefault(const char* key, bool& isDefault) const override;
 
-  // Static, because what lies inside keeps the object alive: every object is 16 bytes smaller than if
-  // it knew who shares it.
+  // Static, because what lies inside keeps the object alive: every object is 16 bytes smaller than
+  // if it knew who shares it.
   using Shared = std::shared_ptr<ConfigStoreObjectImpl>;
   static std::shared_ptr<ConfigStoreObject> CreateSubObject(const Shared& object,
                                                             const SubObjectId& id);

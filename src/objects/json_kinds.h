@@ -53,7 +53,7 @@ struct JsonKind<unsigned int> {
   static Json::Value Make(unsigned int value, Json::Allocator&) { return Json::Value(value); }
 };
 
-// Callers have always got the low bits of larger numbers.
+// A larger number is read as its low bits. That is the contract of these two kinds.
 template <>
 struct JsonKind<unsigned short> : JsonKind<unsigned int> {
   static unsigned short Get(const Json::Value& value) {

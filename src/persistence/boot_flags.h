@@ -10,8 +10,8 @@ namespace TarnConfigStore {
 /// True exactly while "IS_BOOT" holds "true". Raises "Failed to read value from database.".
 bool IsBootInternal(const DBStore::ConnectionHandle& connection);
 
-/// True exactly while "BOOT_MODE" holds "1": the remote remediation service mends the host, and owns
-/// what its next boot finds. Raises "Failed to read value from database.".
+/// True exactly while "BOOT_MODE" holds "1": the remote remediation service mends the host, and
+/// owns what its next boot finds. Raises "Failed to read value from database.".
 bool IsRemediatedInternal(const DBStore::ConnectionHandle& connection);
 
 /// Raises "Tarn host is being remediated by ORC, cannot set next-boot configuration." while it is.

@@ -20,8 +20,8 @@ void DeleteInstancesInternal(const ConfigStoreObjectId& id,
                              const DBStore::ConnectionHandle& connection);
 
 // One value of all instances of a type; the rows stay, with their revision, times and other values.
-// All raise ConfigStoreException 2000 "Failed to Delete in SetConfigInstancesInternal", which other
-// programs know by this text.
+// All raise ConfigStoreException 2000 "Failed to Delete in SetConfigInstancesInternal"; the text is
+// part of the interface.
 void DeleteVitalConfigInstances(const ConfigStoreObjectId& id,
                                 const DBStore::ConnectionHandle& connection);
 void DeleteCachedConfigInstances(const ConfigStoreObjectId& id,

@@ -15,13 +15,14 @@ namespace TarnConfigStore {
 
 // The operations that stage or take back refuse to while the host is being remediated (see
 // RequireNoRemediation), before anything else. Those that stage write the type's version as of now
-// and, at the end, "BOOT_MODE" (see AnnounceStagedChanges). All of it on the caller's connection: the
-// caller's transaction undoes what was written before a failure, which raises ConfigStoreException
-// 2000 with the text named here. At most one change is kept for an instance, the last one.
+// and, at the end, "BOOT_MODE" (see AnnounceStagedChanges). All of it on the caller's connection:
+// the caller's transaction undoes what was written before a failure, which raises
+// ConfigStoreException 2000 with the text named here. At most one change is kept for an instance,
+// the last one.
 
-/// Stages an object's data, divided into its user, vital and cached part; array elements that need a
-/// generated instance id get one. "Failed to update reboot-required configuraition.", which other
-/// programs know by this spelling.
+/// Stages an object's data, divided into its user, vital and cached part; array elements that need
+/// a generated instance id get one. "Failed to update reboot-required configuraition."; the
+/// spelling is part of the interface.
 void SetRebootRequiredConfigInternal(const ObjectHandle& object, const SchemaHandle& schema,
                                      const DBStore::ConnectionHandle& connection);
 
@@ -60,8 +61,8 @@ std::vector<ObjectHandle> GetRebootRequiredConfigInstancesInternal(
     const DBStore::ConnectionHandle& connection);
 
 /// Every change that is staged, in the order of component, group, name and identifier: the columns
-/// of the key, "BootAction", and the parts as "UserValue", "VitalValue" and "CachedValue". "Get store
-/// rows failed.".
+/// of the key, "BootAction", and the parts as "UserValue", "VitalValue" and "CachedValue". "Get
+/// store rows failed.".
 RowMapList ReadStagedChanges(const DBStore::ConnectionHandle& connection);
 
 /// What such a row does. A text that is none of the three raises ConfigStoreException 2000.

@@ -82,7 +82,7 @@ std::list<std::string> GetInstanceIdsInternal(const ConfigStoreObjectId& id,
 
 std::list<std::pair<std::string, std::int32_t>> GetInstancesRevisionInternal(
     const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection) {
-  // The text is the one of a single revision: programs look for it.
+  // The text is part of the interface, the same as for a single revision.
   return ReadRows<std::list<std::pair<std::string, std::int32_t>>>(
       READ_INSTANCE_REVISIONS, AddRevision, id, connection, "GetRevision command failed");
 }

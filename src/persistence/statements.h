@@ -11,8 +11,7 @@ using TypeStatement = DBStore::SqlStatement<std::string_view, std::string_view, 
 using InstanceStatement =
     DBStore::SqlStatement<std::string_view, std::string_view, std::string_view, std::string_view>;
 
-// --- Reading current configuration
-// -------------------------------------------------------------------------
+// Reading current configuration:
 
 /// All instances of a type. Parameters: name, group, component.
 inline constexpr TypeStatement GET_INSTANCES(
@@ -50,8 +49,7 @@ inline constexpr std::string_view READ_CONFIRMED_CONTENTS =
     "SELECT Name, %1$s as Value, AutoConfValue, Component, Identifier, Version, ConfigGroup, "
     "CreationTime, ModifiedTime, Revision FROM Config WHERE Success=1 AND %1$s IS NOT NULL";
 
-// --- Revisions and instance ids
-// -------------------------------------------------------------------------
+// Revisions and instance ids:
 
 /// Parameters: name, group, component, identifier.
 inline constexpr InstanceStatement READ_REVISION(
@@ -73,8 +71,7 @@ inline constexpr TypeStatement READ_EXISTING_INSTANCES(
     "\n      SELECT Identifier, Revision, CreationTime FROM Config\n      WHERE Name = ? AND "
     "ConfigGroup = ? AND Component = ?;\n   ");
 
-// --- Reading default configuration
-// -------------------------------------------------------------------------
+// Reading default configuration:
 
 /// Parameters: name, group, component, identifier.
 inline constexpr InstanceStatement GET_DEFAULT_INSTANCE(
@@ -96,8 +93,7 @@ inline constexpr TypeStatement GET_DEFAULT_USER_INSTANCES(
     "SELECT Value, Identifier, Version FROM DefaultConfig WHERE Name = ? AND ConfigGroup = ? AND "
     "Component = ?");
 
-// --- Writing configuration
-// ---------------------------------------------------------------------------------
+// Writing configuration:
 
 // A write replaces the row of a key, ?1 identifier, ?2 name, ?3 group and ?4 component, so each one
 // names what it carries over from the row that goes: by these.
@@ -190,8 +186,7 @@ inline constexpr std::string_view UPDATE_CONTEXT_AUTOMATIC =
     "UPDATE Config SET AutoConfValue = ?, VitalValue = ?, CachedValue = ? WHERE Name = ? AND "
     "ConfigGroup = ? AND Component = ? AND Identifier = ?";
 
-// --- Deleting configuration
-// --------------------------------------------------------------------------------
+// Deleting configuration:
 
 /// Parameters: name, group, component, identifier.
 inline constexpr InstanceStatement DELETE_ROW(
@@ -211,11 +206,10 @@ inline constexpr TypeStatement DELETE_USER_VALUES(
 inline constexpr TypeStatement DELETE_AUTOMATIC_VALUES(
     "UPDATE Config SET AutoConfValue = NULL WHERE Name = ? AND ConfigGroup = ? AND Component = ?");
 
-// --- Staging for the next boot
-// -----------------------------------------------------------------------------
+// Staging for the next boot:
 
-/// Gives an instance content. ?1 identifier, ?2 name, ?3 group, ?4 component, ?5 version, ?6 user, ?7
-/// vital, ?8 cached value, ?9 action.
+/// Gives an instance content. ?1 identifier, ?2 name, ?3 group, ?4 component, ?5 version, ?6 user,
+/// ?7 vital, ?8 cached value, ?9 action.
 inline constexpr std::string_view STAGE_SET =
     "INSERT OR REPLACE INTO DesiredUserConfig (Identifier, Name, ConfigGroup, Component, Version, "
     "Value, VitalValue, CachedValue, BootAction) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)";
@@ -254,8 +248,7 @@ inline constexpr std::string_view READ_STAGED =
     "SELECT Component, ConfigGroup, Name, Identifier, Value AS UserValue, VitalValue, CachedValue, "
     "BootAction FROM DesiredUserConfig ORDER BY Component, ConfigGroup, Name, Identifier";
 
-// --- What is to take effect
-// --------------------------------------------------------------------------------
+// What is to take effect:
 
 #define TARN_DESIRED "CASE Success WHEN 0 THEN UserValue ELSE DesiredValue END"
 #define TARN_DESIRED_ROW \
@@ -304,8 +297,7 @@ inline constexpr std::string_view READ_REMEDIATED_KERNEL_OPTIONS =
     "c2.Component = duc2.Component WHERE c2.Name = 'options' AND c2.ConfigGroup = 'tkernel' AND "
     "c2.Component = 'tarn';";
 
-// --- After the boot
-// ----------------------------------------------------------------------------------------
+// After the boot:
 
 // Rows that nothing waits in are left alone, so that their time of modification tells the truth.
 
@@ -342,8 +334,7 @@ inline constexpr std::string_view CONFIRM_PART =
     "UPDATE Config SET UserValue = ?, DesiredValue = NULL, Success = 1 WHERE Name = ? AND "
     "ConfigGroup = ? AND Component = ? AND Identifier = ?";
 
-// --- Looking at what is stored
-// -----------------------------------------------------------------------------
+// Looking at what is stored:
 
 #define TARN_STORED_COLUMNS                                                                       \
   "SELECT Component, ConfigGroup, Name, Identifier, Version, Success, CreationTime, "             \
@@ -380,8 +371,7 @@ inline constexpr std::string_view LIST_STAGED[] = {
 #undef TARN_STAGED_COLUMNS
 #undef TARN_STORED_ORDER
 
-// --- Administration of types
-// ---------------------------------------------------------------------------------
+// Administration of types:
 
 /// The objects that came with a type, by instance id. Parameters: name, group, component.
 inline constexpr std::string_view READ_DEFAULT_INSTANCES =

@@ -22,8 +22,7 @@ struct DefaultRow {
 /// Makes the rows the type's only ones in DefaultConfig; when they are that already, writes
 /// nothing. Raises ConfigStoreException 2000 "Write default config failed for: IDENTIFIER"; the
 /// caller's transaction undoes what was written by then.
-/// \param type  an identifier without
-/// instance id
+/// \param type  an identifier without instance id
 void ReplaceDefaultRows(const ConfigStoreObjectId& type, const std::string& version,
                         std::vector<DefaultRow> rows, const DBStore::ConnectionHandle& connection);
 

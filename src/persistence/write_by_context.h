@@ -17,9 +17,9 @@ enum UPDATE_CONTEXT : int {
   UPDATE_AUTOMATIC = 2,       ///< automatic configuration
 };
 
-// The layers are the context's own value (the user's or the automatic one), the vital and the cached
-// value; the other context's value stays. All raise ConfigStoreException 2000 "Database call to
-// update configuration by context failed for: IDENTIFIER"; the row is then as it was.
+// The layers are the context's own value (the user's or the automatic one), the vital and the
+// cached value; the other context's value stays. All raise ConfigStoreException 2000 "Database call
+// to update configuration by context failed for: IDENTIFIER"; the row is then as it was.
 
 /// Replaces the layers by an object's data, divided among them; layers that get nothing become
 /// empty, and so does a pending value. Counts as a write of the row, which need not be there yet.

@@ -10,13 +10,13 @@
 namespace TarnConfigStore {
 
 // Each writes the data of every object, whole, into one value column of its row; the objects have
-// been validated as data of that kind. The version is that of the type's schema at this moment. What
-// was written before a failure is the caller's transaction's to undo.
+// been validated as data of that kind. The version is that of the type's schema at this moment.
+// What was written before a failure is the caller's transaction's to undo.
 
 /// The user value; a pending value of the row goes. Raises ConfigStoreException 2000 "Write user
 /// data failed".
-/// \param confirmed  the rows are confirmed even when they are written in the part of an upgrade
-/// (upgrade context 2) that leaves rows to be confirmed afterwards
+/// \param confirmed  the rows are confirmed even in the part of an upgrade (upgrade context 2) that
+///                   leaves rows to be confirmed afterwards
 void WriteUserConfigInstances(const std::vector<ObjectHandle>& objects,
                               const DBStore::ConnectionHandle& connection, bool confirmed);
 

@@ -31,7 +31,7 @@ void ConfigStoreImpl::DeleteInstances(const std::shared_ptr<FilterSpecObject>& f
   const SchemaHandle schema = FindSchema(csoId);
   ValidateCsoIdInstances(csoId, schema);
   if (filter->IsEmpty()) {
-    // One statement, which needs no transaction and has never been announced.
+    // One statement, which needs no transaction. The interface has it announce nothing.
     if (csoId.instanceId.empty()) {
       DeleteInstancesInternal(csoId, connection_);
     } else {

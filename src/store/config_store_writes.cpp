@@ -68,7 +68,7 @@ void ConfigStoreImpl::SetUserData(std::shared_ptr<ConfigStoreObject> object,
   if (ObjIsEmpty(object, "SetUserData")) {
     return;
   }
-  // Unlike its siblings, this write has always been announced before it happens.
+  // Announced before the write, unlike its siblings: so says the interface.
   NotifyIfAllowlisted(csoId, connection_);
   if (context == EXTERNAL) {
     WriteUserConfigInstances({object}, connection_, schema->IsConfirmedDuringUpgrade());

@@ -34,8 +34,8 @@ using ConnectionHandle = std::shared_ptr<StoreConnection>;
 /// A connection that nobody else holds; returning it to the pool is dropping the handle. Empty when
 /// the store cannot be opened: the reason is logged and kept as the last store error. Never creates
 /// anything.
-/// \param writable  asks for writing where this user may; a store that may only be read
-/// is opened for that
+/// \param writable  asks for writing where this user may; a store that may only be read is opened
+///                  for that
 ConnectionHandle GetConnection(Type type, bool writable);
 
 /// Transactions nest: the outermost is BEGIN IMMEDIATE, each inner one a savepoint.

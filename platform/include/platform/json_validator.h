@@ -21,13 +21,12 @@ namespace JsonValidator {
 enum Rule : int {
   RULE_DECLARED_MEMBERS = 0,    ///< no undeclared member, and none twice
   RULE_JSON_SCHEMA = 1,         ///< the assertions of the schema
-  RULE_NO_VITAL_OR_CACHED = 3,  ///< but instance ids
-  RULE_NO_READ_ONLY = 4,
-  RULE_VITAL_ONLY = 5,    ///< vital members and instance ids only
-  RULE_INSTANCE_IDS = 7,  ///< present, and unique in their array
-  RULE_REQUIRED =
-      8,  ///< "required" holds; without it, members that are plainly missing are forgiven
-  RULE_CACHED_ONLY = 9,  ///< cached members and instance ids only
+  RULE_NO_VITAL_OR_CACHED = 3,  ///< no vital and no cached members, instance ids excepted
+  RULE_NO_READ_ONLY = 4,        ///< no read-only members
+  RULE_VITAL_ONLY = 5,          ///< vital members and instance ids only
+  RULE_INSTANCE_IDS = 7,        ///< instance ids are present, and unique in their array
+  RULE_REQUIRED = 8,            ///< "required"; without this rule, plainly missing members pass
+  RULE_CACHED_ONLY = 9,         ///< cached members and instance ids only
   // "required" holds for members that can belong to the part named; several may be asked for. What
   // is required of another part is that part's to hold, so RULE_REQUIRED beside a rule about parts
   // asks for members of that part only.

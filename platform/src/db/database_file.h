@@ -48,8 +48,8 @@ struct DatabaseFile {
 
 /// Opens an existing database after its layout; never makes one. The result is empty when that
 /// fails, and the reason, with what mends it, is logged and kept as the thread's last store error.
-/// \param writable  asks for writing where this user may; a file that may only be read is opened
-/// for that
+/// \param writable  asks for writing where this user may; a file that may only be read is opened for
+///                  that
 DatabaseFile OpenDatabase(const Layout& layout, bool writable);
 
 /// Makes a database in an empty file that nobody else knows yet. An SQLite result code.

@@ -91,8 +91,7 @@ struct ObjectRules {
   bool hasProperties = false;
   PropertyTable properties;
   std::vector<PatternProperty> patternProperties;
-  const Node* additional =
-      nullptr;  ///< null when the schema does not speak of additional properties
+  const Node* additional = nullptr;  ///< null where the schema says nothing of them
   const Node* propertyNames = nullptr;
   std::vector<Dependency> dependencies;
   std::vector<std::string_view> required;  ///< those with a bit first, in the order of their bits

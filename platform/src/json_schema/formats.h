@@ -12,8 +12,8 @@ struct Format {
   std::string_view name;
   std::string_view expected;  ///< in words, with an article
   bool (*holds)(std::string_view text);
-  bool (*integerHolds)(const Json::Value& integer) =
-      nullptr;  ///< null where integers are not meant
+  /// Null for a format of texts alone.
+  bool (*integerHolds)(const Json::Value& integer) = nullptr;
 };
 
 /// Null for a format that is not checked.

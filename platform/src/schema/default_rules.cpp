@@ -38,8 +38,7 @@ void AddCopy(Json::Value& object, std::string_view name, const Json::Value& valu
 }
 
 // A schema with each default's property beside the others, so that one compilation serves them all.
-// What
-// "$ref" can name stays where it was.
+// What "$ref" can name stays where it was.
 void BuildSchema(const Json::Value& schema, const std::vector<AnnotatedDefault>& defaults,
                  JsonDoc& into) {
   Json::Allocator& allocator = into.GetAllocator();

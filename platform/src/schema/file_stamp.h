@@ -50,8 +50,7 @@ std::int64_t CoarseNow() noexcept;
 /// A file that was written just before the stamp was taken could be written again without its stamp
 /// changing, because clocks of file systems tick a few milliseconds apart. Only a stamp of which
 /// this is false speaks for what comes after it.
-/// \param taken  what Now() said before the stamp was
-/// taken
+/// \param taken  what Now() said before the stamp was taken
 bool MayHideChanges(const FileStamp& stamp, std::int64_t taken) noexcept;
 
 }  // namespace TarnSchemaStore

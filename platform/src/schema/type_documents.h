@@ -10,8 +10,8 @@
 namespace TarnSchemaStore {
 
 /// A JSON object: the key -> idMember where there is one, and each array of instances anywhere in
-/// the schema -> the member that holds its elements' instance ids; of arrays of the same name, the one nearest
-/// to the root. Empty pointer when nothing has instances.
+/// the schema -> the member that holds its elements' instance ids; of arrays of the same name, the
+/// one nearest to the root. Empty pointer when nothing has instances.
 /// \param place  of the objects
 std::shared_ptr<TarnConfigStore::JsonDoc> MakeIdMap(Json::SchemaPlace place, std::string_view key,
                                                     std::string_view idMember);
