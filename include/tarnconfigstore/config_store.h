@@ -95,8 +95,8 @@ class TARN_CONFIG_STORE_EXPORT ConfigStore {
   /// The data is divided among the values of the row. A member belongs to the nearest tag, "vital"
   /// or "cached", at or above it in the type's schema. Untagged members go to the user value, or to
   /// the automatic one in an automatic context. Values that get nothing become empty, the other
-  /// context's and the pending one included. To write one value and keep
-  /// the others, use SetUserData and its siblings.
+  /// context's and the pending one included. To write one value and keep the others, use
+  /// SetUserData and its siblings.
   /// \throws ValidationException 1089 with every finding, when the data does not fit the type
   /// \throws ValidationException 2000 while the host boots and no upgrade runs, for user data in
   ///         the EXTERNAL context of a type that is not accessible during boot
