@@ -3,7 +3,7 @@
 #include "admin/misfits.h"
 #include "admin/shipped_objects.h"
 #include "admin/type_reports.h"
-#include "admin/type_store_failures.h"
+#include "errors/platform_failures.h"
 #include "persistence/connection.h"
 #include "store/under_transaction.h"
 

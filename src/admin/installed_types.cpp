@@ -3,7 +3,7 @@
 #include "platform/type_files.h"
 
 #include "admin/type_reports.h"
-#include "admin/type_store_failures.h"
+#include "errors/platform_failures.h"
 #include "persistence/connection.h"
 #include "persistence/type_rows.h"
 #include "store/under_transaction.h"

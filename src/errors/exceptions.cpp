@@ -28,7 +28,7 @@ namespace TarnConfigStore {
 
 ConfigStoreException::ConfigStoreException(int code, const char* message)
     : HostCtlException(message), code_(code) {
-  CSLogger::Log(0, "[%d] %s", code, message);
+  CSLogger::Log(CSLogger::kFailure, "[%d] %s", code, message);
   CSLogger::LogBacktrace();
 }
 ConfigStoreException::ConfigStoreException(const ConfigStoreException&) = default;

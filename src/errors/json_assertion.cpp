@@ -1,5 +1,4 @@
-#include "tarnconfigstore/exceptions.h"
-
+#include "errors/raise.h"
 #include "json/json.h"
 
 #include <string>
@@ -8,9 +7,8 @@ namespace TarnConfigStore {
 namespace {
 
 void Throw(const char* file, int line, const char* condition) {
-  const std::string message =
-      "JSON error:\"" + std::string(file) + "\":" + std::to_string(line) + ": " + condition;
-  throw ConfigStoreException(CS_JSON_ASSERTION, message.c_str());
+  ThrowJsonAssertion("JSON error:\"" + std::string(file) + "\":" + std::to_string(line) + ": " +
+                     condition);
 }
 
 // Set when the library is loaded, so that the ground floor need not know who stands on it.

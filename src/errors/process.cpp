@@ -18,7 +18,7 @@ bool ExecCommand(const char** args) {
   const int failure =
       posix_spawn(&pid, args[0], nullptr, nullptr, const_cast<char* const*>(args), environ);
   if (failure != 0) {
-    CSLogger::LogErrCode(0, CS_PROCESS_START_FAILED, std::strerror(failure));
+    CSLogger::LogErrCode(CSLogger::kFailure, CS_PROCESS_START_FAILED, std::strerror(failure));
     return false;
   }
   int status = 0;
@@ -27,14 +27,15 @@ bool ExecCommand(const char** args) {
     waited = waitpid(pid, &status, 0);
   } while (waited < 0 && errno == EINTR);
   if (waited < 0) {
-    CSLogger::LogErrCode(0, CS_PROCESS_WAIT_FAILED, static_cast<int>(pid), std::strerror(errno));
+    CSLogger::LogErrCode(CSLogger::kFailure, CS_PROCESS_WAIT_FAILED, static_cast<int>(pid),
+                         std::strerror(errno));
     return false;
   }
   // Judged by the exit byte alone, as the header promises: a child that a signal ended has a zero
   // one and counts as a success.
   const int exitByte = WEXITSTATUS(status);
   if (exitByte != 0) {
-    CSLogger::LogErrCode(0, CS_PROCESS_EXIT_STATUS, exitByte);
+    CSLogger::LogErrCode(CSLogger::kFailure, CS_PROCESS_EXIT_STATUS, exitByte);
     return false;
   }
   return true;

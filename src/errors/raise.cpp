@@ -44,6 +44,19 @@ void ThrowFailure(const std::string& message) {
   throw ConfigStoreException(CS_GENERIC, message.c_str());
 }
 
+void ThrowArgument(const std::string& message) {
+  throw InvalidArgumentException(CS_GENERIC, message.c_str());
+}
+
+void ThrowInvalidType(std::string_view key) {
+  throw InvalidTypeException(CS_GENERIC,
+                             std::string("Invalid type specified for: ").append(key).c_str());
+}
+
+void ThrowJsonAssertion(const std::string& message) {
+  throw ConfigStoreException(CS_JSON_ASSERTION, message.c_str());
+}
+
 void ThrowRefusal(const char* message) {
   std::vector<ErrorInfo> none;
   throw ValidationException(CS_GENERIC, message, none);

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace TarnConfigStore {
@@ -44,6 +45,15 @@ template <class Exception>
 
 /// Raises ConfigStoreException 2000 with this message.
 [[noreturn]] void ThrowFailure(const std::string& message);
+
+/// Raises InvalidArgumentException 2000 with this message.
+[[noreturn]] void ThrowArgument(const std::string& message);
+
+/// Raises InvalidTypeException 2000 "Invalid type specified for: KEY".
+[[noreturn]] void ThrowInvalidType(std::string_view key);
+
+/// Raises ConfigStoreException 1082 with this message.
+[[noreturn]] void ThrowJsonAssertion(const std::string& message);
 
 /// Raises ValidationException 2000 with this message and no findings.
 [[noreturn]] void ThrowRefusal(const char* message);

@@ -32,7 +32,8 @@ bool IsAllowlisted(const ConfigStoreObjectId& id, const std::string& typeName) {
     const NotifyAllowlist& allowlist = GetNotifyAllowlist();
     return allowlist.contains(typeName) || allowlist.contains(DottedName(id, "*"));
   } catch (const ConfigStoreException& error) {
-    CSLogger::Log(1, "Failed to read notify list: %s. Defaulting to empty list.", error.what());
+    CSLogger::Log(CSLogger::kProblem, "Failed to read notify list: %s. Defaulting to empty list.",
+                  error.what());
     return false;
   }
 }
@@ -44,7 +45,8 @@ void Announce(const ConfigStoreObjectId& id, const std::string& typeName) {
     client.Connect();
     client.Send(message);
   } catch (const std::exception& error) {
-    CSLogger::Log(2, "Error while sending notification for config object '%s' to KeelD: %s",
+    CSLogger::Log(CSLogger::kOutcome,
+                  "Error while sending notification for config object '%s' to KeelD: %s",
                   id.toString().c_str(), error.what());
   }
 }

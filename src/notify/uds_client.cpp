@@ -117,7 +117,7 @@ void UdsClient::Disconnect() noexcept {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 #pragma GCC diagnostic ignored "-Wformat-security"
-    CSLogger::Log(0, text);
+    CSLogger::Log(CSLogger::kFailure, text);
 #pragma GCC diagnostic pop
   }
   socket_ = -1;

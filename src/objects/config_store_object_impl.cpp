@@ -5,7 +5,6 @@
 
 #include "errors/raise.h"
 #include "json/pointer.h"
-#include "objects/argument_errors.h"
 #include "objects/json_kinds.h"
 #include "objects/schema_lookup.h"
 

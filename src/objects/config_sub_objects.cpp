@@ -4,7 +4,6 @@
 
 #include "errors/raise.h"
 #include "objects/access.h"
-#include "objects/argument_errors.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/sub_object_place.h"
 
@@ -15,8 +14,6 @@ namespace {
 
 using Type = std::shared_ptr<TarnSchemaStore::SchemaObject>;
 using Object = std::shared_ptr<ConfigStoreObject>;
-
-constexpr int kTrace = 4;
 
 // What the type says of a member that holds objects.
 struct Member {
@@ -40,13 +37,13 @@ Member Describe(const Type& parent, const std::string& key) {
     ThrowArgument("key cannot be empty");
   }
   if (!parent) {
-    CSLogger::Log(0, "Schema object is null.");
+    CSLogger::Log(CSLogger::kFailure, "Schema object is null.");
     ThrowFailure("The object was made without its type: " + key);
   }
   Member member{
       parent->GetPropertySchema(key), DescribesList(parent->GetPropertyValueSchema(key)), {}};
   if (!member.type) {
-    CSLogger::Log(0, "Schema object not found for key: %s", key.c_str());
+    CSLogger::Log(CSLogger::kFailure, "Schema object not found for key: %s", key.c_str());
     ThrowFailure("The type knows no sub-object of this key: " + key);
   }
   if (member.isList && member.type->IsNonSingleton()) {
@@ -88,7 +85,7 @@ Object MakeView(const ConfigStoreObjectImpl& parent, const SubObjectId& id, cons
 }
 
 void LogNotFound(const char* operation, const std::string& key) {
-  CSLogger::Log(kTrace, "%s: Could not find key: %s", operation, key.c_str());
+  CSLogger::Log(CSLogger::kTrace, "%s: Could not find key: %s", operation, key.c_str());
 }
 
 }  // namespace

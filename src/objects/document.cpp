@@ -18,7 +18,8 @@ std::shared_ptr<JsonDoc> CreateDocument() {
 std::shared_ptr<JsonDoc> CreateDocumentFromString(std::string_view text, Json::Origin origin) {
   auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text.size()));
   if (const Json::ParseResult result = document->Parse(text, origin); !result) {
-    CSLogger::Log(0, "Not valid JSON at byte %zu: %s", result.offset, result.message.c_str());
+    CSLogger::Log(CSLogger::kFailure, "Not valid JSON at byte %zu: %s", result.offset,
+                  result.message.c_str());
     ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);
   }
   return document;
@@ -29,14 +30,14 @@ std::shared_ptr<JsonDoc> CreateDocumentFromFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::ostringstream text;
   if (!file || !(text << file.rdbuf())) {
-    CSLogger::Log(0, "%s cannot be read: %s", path.c_str(), std::strerror(errno));
+    CSLogger::Log(CSLogger::kFailure, "%s cannot be read: %s", path.c_str(), std::strerror(errno));
     ThrowException<InvalidArgumentException>(CS_JSON_FILE_FAILED, path);
   }
   auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text.str().size()));
   if (const Json::ParseResult result = document->Parse(text.str(), Json::Origin::OUTSIDE);
       !result) {
-    CSLogger::Log(0, "%s is not valid JSON at byte %zu: %s", path.c_str(), result.offset,
-                  result.message.c_str());
+    CSLogger::Log(CSLogger::kFailure, "%s is not valid JSON at byte %zu: %s", path.c_str(),
+                  result.offset, result.message.c_str());
     ThrowException<InvalidArgumentException>(CS_JSON_FILE_FAILED, path);
   }
   return document;

@@ -14,15 +14,13 @@
 namespace TarnConfigStore {
 namespace {
 
-constexpr int kTrace = 4;
-
 // The lines are built only when somebody logs them: a filter passes by thousands of objects.
 bool Keeps(const FilterSpecObjectImpl& filter, const ConfigStoreObjectImpl& object, bool traced) {
   const ConfigStoreObjectId& wanted = filter.GetConfigStoreObjectId();
   const ConfigStoreObjectId& id = object.GetConfigStoreObjectId();
   if (!wanted.instanceId.empty() && wanted.instanceId != id.instanceId) {
     if (traced) {
-      CSLogger::Log(kTrace, "obj is not subset, instanceId %s did not match",
+      CSLogger::Log(CSLogger::kTrace, "obj is not subset, instanceId %s did not match",
                     id.instanceId.c_str());
     }
     return false;
@@ -32,7 +30,8 @@ bool Keeps(const FilterSpecObjectImpl& filter, const ConfigStoreObjectImpl& obje
     const Json::Value* value = Json::FindMember(data, Json::Text(member.name));
     if (value == nullptr || !IsSubset(member.value, *value)) {
       if (traced) {
-        CSLogger::Log(kTrace, "obj is not susbset, key %s did not match", member.name.GetString());
+        CSLogger::Log(CSLogger::kTrace, "obj is not susbset, key %s did not match",
+                      member.name.GetString());
       }
       return false;
     }
@@ -92,7 +91,7 @@ std::vector<std::shared_ptr<ConfigStoreObject>> FilterConfigStoreObjects(
   if (filter) {
     const FilterSpecObjectImpl& conditions = Internal::Access::Of(*filter);
     RefuseInstanceFilters(conditions, objects);
-    const bool traced = CSLogger::IsEnabled(kTrace);
+    const bool traced = CSLogger::IsEnabled(CSLogger::kTrace);
     std::erase_if(objects, [&](const std::shared_ptr<ConfigStoreObject>& object) {
       return !Keeps(conditions, Internal::Access::Of(*object), traced);
     });

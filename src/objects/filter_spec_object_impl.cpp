@@ -5,7 +5,6 @@
 
 #include "errors/raise.h"
 #include "objects/access.h"
-#include "objects/argument_errors.h"
 #include "objects/sub_object_place.h"
 
 #include <utility>
@@ -14,8 +13,6 @@ namespace TarnConfigStore {
 namespace {
 
 using Filter = std::shared_ptr<FilterSpecObject>;
-
-constexpr int kTrace = 4;
 
 // A filter knows no type, hence not the member that holds an instance id; the one for generated
 // ids, which no caller can mean, stands for it.
@@ -50,7 +47,8 @@ Filter FilterSpecObjectImpl::CreateSubObjectFilter(const Shared& filter, const S
 Filter FilterSpecObjectImpl::GetSubObjectFilter(const Shared& filter, const SubObjectId& id) {
   auto place = PlaceOf(filter, id);
   if (place->Find() == nullptr) {
-    CSLogger::Log(kTrace, "%s: Could not find key: %s", "GetSubObjectFilter", id.key.c_str());
+    CSLogger::Log(CSLogger::kTrace, "%s: Could not find key: %s", "GetSubObjectFilter",
+                  id.key.c_str());
     return nullptr;
   }
   return MakeView(id, std::move(place));

@@ -1,24 +1,16 @@
 #include "objects/schema_lookup.h"
 
-#include "errors/raise.h"
-
-#include <stdexcept>
+#include "errors/platform_failures.h"
 
 namespace TarnConfigStore {
 namespace {
 
 template <class Source>
-std::shared_ptr<TarnSchemaStore::SchemaObject> Find(Source& source, const ConfigStoreObjectId& id) {
-  try {
-    return source.GetSchemaObject(id.component, id.group, id.key);
-  } catch (const std::runtime_error& failure) {
-    // The platform knows nothing of the library's exceptions.
-    ThrowFailure(failure.what());
-  }
+SchemaHandle Find(Source& source, const ConfigStoreObjectId& id) {
+  return WithStoreFailures([&] { return source.GetSchemaObject(id.component, id.group, id.key); });
 }
 
-std::shared_ptr<TarnSchemaStore::SchemaObject> Required(
-    std::shared_ptr<TarnSchemaStore::SchemaObject> schema, const ConfigStoreObjectId& id) {
+SchemaHandle Required(SchemaHandle schema, const ConfigStoreObjectId& id) {
   if (!schema) {
     ThrowException<ConfigStoreException>(CS_SCHEMA_NOT_FOUND, id.toString());
   }
@@ -27,23 +19,19 @@ std::shared_ptr<TarnSchemaStore::SchemaObject> Required(
 
 }  // namespace
 
-std::shared_ptr<TarnSchemaStore::SchemaObject> FindSchema(const ConfigStoreObjectId& id) {
+SchemaHandle FindSchema(const ConfigStoreObjectId& id) {
   return Find(*TarnSchemaStore::SchemaStore::GetStore(false), id);
 }
 
-std::shared_ptr<TarnSchemaStore::SchemaObject> FindSchema(
-    const std::shared_ptr<TarnSchemaStore::SchemaObjectCache>& cache,
-    const ConfigStoreObjectId& id) {
+SchemaHandle FindSchema(const SchemaCacheHandle& cache, const ConfigStoreObjectId& id) {
   return Find(*cache, id);
 }
 
-std::shared_ptr<TarnSchemaStore::SchemaObject> RequireSchema(const ConfigStoreObjectId& id) {
+SchemaHandle RequireSchema(const ConfigStoreObjectId& id) {
   return Required(FindSchema(id), id);
 }
 
-std::shared_ptr<TarnSchemaStore::SchemaObject> RequireSchema(
-    const std::shared_ptr<TarnSchemaStore::SchemaObjectCache>& cache,
-    const ConfigStoreObjectId& id) {
+SchemaHandle RequireSchema(const SchemaCacheHandle& cache, const ConfigStoreObjectId& id) {
   return Required(FindSchema(cache, id), id);
 }
 

@@ -3,9 +3,7 @@
 
 #include "tarnconfigstore/object_id.h"
 
-#include "platform/schema_store.h"
-
-#include <memory>
+#include "objects/handles.h"
 
 namespace TarnConfigStore {
 
@@ -16,18 +14,14 @@ inline bool IsSameType(const ConfigStoreObjectId& a, const ConfigStoreObjectId& 
 
 /// The schema object of an identifier's type, from the schema store; empty when the type is not
 /// installed. Raises ConfigStoreException 2000 when the schema store cannot be read.
-std::shared_ptr<TarnSchemaStore::SchemaObject> FindSchema(const ConfigStoreObjectId& id);
+SchemaHandle FindSchema(const ConfigStoreObjectId& id);
 
 /// The same, from a cache that the caller holds.
-std::shared_ptr<TarnSchemaStore::SchemaObject> FindSchema(
-    const std::shared_ptr<TarnSchemaStore::SchemaObjectCache>& cache,
-    const ConfigStoreObjectId& id);
+SchemaHandle FindSchema(const SchemaCacheHandle& cache, const ConfigStoreObjectId& id);
 
 /// The same, but a type that is not installed raises ConfigStoreException 1037 with the
 /// identifier's text.
-std::shared_ptr<TarnSchemaStore::SchemaObject> RequireSchema(const ConfigStoreObjectId& id);
-std::shared_ptr<TarnSchemaStore::SchemaObject> RequireSchema(
-    const std::shared_ptr<TarnSchemaStore::SchemaObjectCache>& cache,
-    const ConfigStoreObjectId& id);
+SchemaHandle RequireSchema(const ConfigStoreObjectId& id);
+SchemaHandle RequireSchema(const SchemaCacheHandle& cache, const ConfigStoreObjectId& id);
 
 }  // namespace TarnConfigStore

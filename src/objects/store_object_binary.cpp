@@ -11,8 +11,7 @@ namespace TarnConfigStore {
 void StoreObjectImpl::SetValueBinary(const char* key, const unsigned char* data,
                                      unsigned long length) {
   if (data == nullptr || length == 0) {
-    throw InvalidArgumentException(CS_GENERIC,
-                                   "Value pointer cannot be null and length cannot be zero");
+    ThrowArgument("Value pointer cannot be null and length cannot be zero");
   }
   std::string text;
   if (!EncodeBinary(data, length, text) || text.empty()) {

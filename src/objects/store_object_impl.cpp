@@ -3,7 +3,6 @@
 #include "platform/config_store_document.h"
 
 #include "errors/raise.h"
-#include "objects/argument_errors.h"
 #include "objects/document.h"
 #include "objects/json_kinds.h"
 #include "objects/sub_object_place.h"

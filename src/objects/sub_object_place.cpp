@@ -3,7 +3,6 @@
 #include "platform/logger.h"
 
 #include "errors/raise.h"
-#include "objects/argument_errors.h"
 #include "objects/document.h"
 #include "objects/store_object_impl.h"
 
@@ -143,7 +142,8 @@ void SubObjectPlace::SetData(const char* json) const {
     ThrowInvalidType(id_.key);
   }
   if (Depth() + LevelsOf(given) > Json::kMaxDepth) {
-    CSLogger::Log(0, "Nested deeper than %zu levels: %s", Json::kMaxDepth, id_.toString().c_str());
+    CSLogger::Log(CSLogger::kFailure, "Nested deeper than %zu levels: %s", Json::kMaxDepth,
+                  id_.toString().c_str());
     ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);
   }
   Json::Value copy(given, GetAllocator());

@@ -123,7 +123,8 @@ std::vector<ObjectHandle> GetBulkConfigInternal(const std::string& component,
                                  component, std::string(row->Text("Identifier")));
     const SchemaHandle schema = FindSchema(cache, id);
     if (!schema) {
-      CSLogger::Log(1, "Skipped, its type is not installed: %s", id.toString().c_str());
+      CSLogger::Log(CSLogger::kProblem, "Skipped, its type is not installed: %s",
+                    id.toString().c_str());
       continue;
     }
     if (ObjectHandle object =

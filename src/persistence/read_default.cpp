@@ -12,7 +12,7 @@ namespace {
 
 ObjectHandle Found(ObjectHandle object, const ConfigStoreObjectId& id) {
   if (!object) {
-    CSLogger::Log(0, "Object not found: %s", id.toString().c_str());
+    CSLogger::Log(CSLogger::kFailure, "Object not found: %s", id.toString().c_str());
   }
   return object;
 }

@@ -28,7 +28,7 @@ ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
   }
   auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text->size()));
   if (const Json::ParseResult result = document->Parse(*text, Json::Origin::STORED); !result) {
-    CSLogger::Log(0, "%.*s of %s is not valid JSON at byte %zu: %s",
+    CSLogger::Log(CSLogger::kFailure, "%.*s of %s is not valid JSON at byte %zu: %s",
                   static_cast<int>(column.size()), column.data(), id.toString().c_str(),
                   result.offset, result.message.c_str());
     ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);

@@ -1,22 +1,15 @@
 // Configuration objects from result rows.
 #pragma once
 
-#include "tarnconfigstore/config_store_object.h"
-
-#include "platform/schema_store.h"
-
+#include "objects/handles.h"
 #include "persistence/row_map.h"
 
 #include <functional>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace TarnConfigStore {
-
-using ObjectHandle = std::shared_ptr<ConfigStoreObject>;
-using SchemaHandle = std::shared_ptr<TarnSchemaStore::SchemaObject>;
 
 /// The object in one value column, with the row's metadata; an empty pointer when the column is
 /// NULL. Raises InvalidArgumentException 1080, after logging the row and the column, when the text

@@ -18,8 +18,6 @@
 
 namespace TarnConfigStore {
 
-using SchemaCacheHandle = std::shared_ptr<TarnSchemaStore::SchemaObjectCache>;
-
 /// Revision and creation time of instances that existed before a bulk write, by instance id.
 using ExistingInstances = std::map<std::string, std::pair<int, std::string>>;
 

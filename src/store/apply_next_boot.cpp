@@ -75,8 +75,8 @@ std::vector<Change> Judge(const RowMapList& rows) {
       JudgeContent(change);
     }
     for (const ErrorInfo& finding : change.findings) {
-      CSLogger::Log(1, "Cannot be applied, %s: %s: %s", change.id.toString().c_str(),
-                    finding.field.c_str(), finding.error.c_str());
+      CSLogger::Log(CSLogger::kProblem, "Cannot be applied, %s: %s: %s",
+                    change.id.toString().c_str(), finding.field.c_str(), finding.error.c_str());
     }
   }
   return changes;
@@ -119,7 +119,7 @@ void Unstage(const ApplyResult& result, const DBStore::ConnectionHandle& connect
 }  // namespace
 
 ApplyResult ApplyNextBootConfig(const ApplyOptions& options) {
-  CSLogger::Log(3, "%s invoked", "ApplyNextBootConfig");
+  CSLogger::Log(CSLogger::kWriteCall, "%s invoked", "ApplyNextBootConfig");
   const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
   ApplyResult result;
   RunUnderTransaction(connection, "ApplyNextBootConfig", [&] {
@@ -138,8 +138,8 @@ ApplyResult ApplyNextBootConfig(const ApplyOptions& options) {
     }
     Unstage(result, connection);
   });
-  CSLogger::Log(2, "ApplyNextBootConfig: %zu applied, %zu stay staged", result.applied.size(),
-                result.staged.size());
+  CSLogger::Log(CSLogger::kOutcome, "ApplyNextBootConfig: %zu applied, %zu stay staged",
+                result.applied.size(), result.staged.size());
   return result;
 }
 

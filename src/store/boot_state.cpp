@@ -14,8 +14,6 @@
 namespace TarnConfigStore {
 namespace {
 
-constexpr int kRead = 4;
-
 DBStore::ConnectionHandle Connect() {
   return GetDBStore(DBStore::Type::CURRENT_STORE, true);
 }
@@ -67,7 +65,7 @@ void SetPartialBootStatus(std::shared_ptr<ConfigStoreObject> object) {
 
 std::shared_ptr<ConfigStoreObject> GetDesiredUserConfig(const ConfigStoreObjectId& csoId,
                                                         FLAG flag) {
-  CSLogger::Log(kRead, "%s invoked", "GetDesiredUserConfig");
+  CSLogger::Log(CSLogger::kTrace, "%s invoked", "GetDesiredUserConfig");
   const SchemaHandle schema = FindSchema(csoId);
   ValidateCsoId(csoId, schema);
   return GetDesiredInternal(csoId, Connect(), schema, flag);
@@ -75,7 +73,7 @@ std::shared_ptr<ConfigStoreObject> GetDesiredUserConfig(const ConfigStoreObjectI
 
 std::vector<std::shared_ptr<ConfigStoreObject>> GetDesiredUserConfigInstances(
     const ConfigStoreObjectId& csoId, FLAG flag) {
-  CSLogger::Log(kRead, "%s invoked", "GetDesiredUserConfigInstances");
+  CSLogger::Log(CSLogger::kTrace, "%s invoked", "GetDesiredUserConfigInstances");
   const SchemaHandle schema = FindSchema(csoId);
   ValidateCsoIdInstances(csoId, schema);
   return GetDesiredUserConfigInstancesInternal(csoId, Connect(), schema, flag);
@@ -84,7 +82,7 @@ std::vector<std::shared_ptr<ConfigStoreObject>> GetDesiredUserConfigInstances(
 std::string GetSchemaVersion(const ConfigStoreObjectId& csoId) {
   const SchemaHandle schema = FindSchema(csoId);
   if (!schema) {
-    CSLogger::Log(0, "%s: Schema object not found", "GetSchemaVersion");
+    CSLogger::Log(CSLogger::kFailure, "%s: Schema object not found", "GetSchemaVersion");
     return {};
   }
   return schema->GetVersion();

@@ -21,9 +21,8 @@ ConfigStoreObjectId DropEmptyHandles(ObjectList& objects, const char* operation)
   return objects.front()->GetConfigStoreObjectId();
 }
 
-void CheckInstances(
-    const ObjectList& objects, const ConfigStoreObjectId& type,
-    const std::function<void(const std::shared_ptr<ConfigStoreObject>&)>& validate) {
+void CheckInstances(const ObjectList& objects, const ConfigStoreObjectId& type,
+                    const std::function<void(const ObjectHandle&)>& validate) {
   std::unordered_set<std::string_view> instances;
   instances.reserve(objects.size());
   for (const auto& object : objects) {
@@ -34,14 +33,13 @@ void CheckInstances(
     validateInstanceId(id);
     ValidateWritableInstanceId(id);
     if (!instances.insert(id.instanceId).second) {
-      const std::string message = "The instance is listed twice: " + id.toString();
-      throw InvalidArgumentException(CS_GENERIC, message.c_str());
+      ThrowArgument("The instance is listed twice: " + id.toString());
     }
     try {
       validate(object);
     } catch (const ValidationException&) {
       // The findings name members only.
-      CSLogger::Log(0, "Refused: %s", id.toString().c_str());
+      CSLogger::Log(CSLogger::kFailure, "Refused: %s", id.toString().c_str());
       throw;
     }
   }

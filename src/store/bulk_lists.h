@@ -1,15 +1,11 @@
 // What the operations on several objects make sure of.
 #pragma once
 
-#include "tarnconfigstore/config_store_object.h"
+#include "objects/handles.h"
 
 #include <functional>
-#include <memory>
-#include <vector>
 
 namespace TarnConfigStore {
-
-using ObjectList = std::vector<std::shared_ptr<ConfigStoreObject>>;
 
 /// Drops the empty handles, each logged as code 1041 under the operation's name, and returns the
 /// identifier of the first object, which names the type. Raises InvalidArgumentException 1061 when
@@ -21,7 +17,7 @@ ConfigStoreObjectId DropEmptyHandles(ObjectList& objects, const char* operation)
 /// InvalidArgumentException 2000 naming the id), and what `validate` raises; the object that it
 /// refuses is logged.
 void CheckInstances(const ObjectList& objects, const ConfigStoreObjectId& type,
-                    const std::function<void(const std::shared_ptr<ConfigStoreObject>&)>& validate);
+                    const std::function<void(const ObjectHandle&)>& validate);
 
 /// Leaves out the objects without data, each logged; they are not written.
 void DropEmptyObjects(ObjectList& objects, const char* operation);

@@ -1,3 +1,5 @@
+#include "platform/logger.h"
+
 #include "notify/notification.h"
 #include "objects/schema_lookup.h"
 #include "persistence/delete_config.h"
@@ -16,18 +18,13 @@
 #include <utility>
 
 namespace TarnConfigStore {
-namespace {
-
-constexpr int kWrite = 3;
-
-}  // namespace
 
 void ConfigStoreImpl::DeleteInstances(const std::shared_ptr<FilterSpecObject>& filter) {
   if (IsNull(filter, "DeleteInstances")) {
     return;
   }
   const ConfigStoreObjectId& csoId = filter->GetConfigStoreObjectId();
-  LogStoreCall(kWrite, "DeleteInstances", csoId, EXTERNAL);
+  LogStoreCall(CSLogger::kWriteCall, "DeleteInstances", csoId, EXTERNAL);
   const SchemaHandle schema = FindSchema(csoId);
   ValidateCsoIdInstances(csoId, schema);
   if (filter->IsEmpty()) {
@@ -50,7 +47,7 @@ void ConfigStoreImpl::DeleteInstances(const std::shared_ptr<FilterSpecObject>& f
 void ConfigStoreImpl::SetInstances(std::vector<std::shared_ptr<ConfigStoreObject>> objects,
                                    const USERDATA_CONTEXT& context) {
   ConfigStoreObjectId type = DropEmptyHandles(objects, "SetInstances");
-  LogStoreCall(kWrite, "SetInstances", type, EXTERNAL);
+  LogStoreCall(CSLogger::kWriteCall, "SetInstances", type, EXTERNAL);
   type.instanceId.clear();
   const auto schemaCache = TarnSchemaStore::SchemaStore::GetCache();
   const SchemaHandle schema = FindSchema(schemaCache, type);
@@ -99,7 +96,7 @@ void ConfigStoreImpl::SetDataInstancesInternal(ObjectList objects, ValidateData 
 void ConfigStoreImpl::SetUserDataInstances(std::vector<std::shared_ptr<ConfigStoreObject>> objects,
                                            const USERDATA_CONTEXT& context) {
   const ConfigStoreObjectId first = DropEmptyHandles(objects, "SetUserDataInstances");
-  LogStoreCall(kWrite, "SetUserDataInstances", first, EXTERNAL);
+  LogStoreCall(CSLogger::kWriteCall, "SetUserDataInstances", first, EXTERNAL);
   const SchemaHandle schema = FindSchema(first);
   ValidateCsoIdInstances(first, schema);
   if (IsClosedDuringBoot(schema, connection_)) {
@@ -118,7 +115,7 @@ void ConfigStoreImpl::SetPartInstances(ObjectList objects, ValidateData validate
                                        DeleteValues deleteExisting, WriteValues write,
                                        const char* operation) {
   const ConfigStoreObjectId first = DropEmptyHandles(objects, operation);
-  LogStoreCall(kWrite, operation, first, EXTERNAL);
+  LogStoreCall(CSLogger::kWriteCall, operation, first, EXTERNAL);
   const SchemaHandle schema = FindSchema(first);
   ValidateCsoIdInstances(first, schema);
   SetDataInstancesInternal(std::move(objects), validate, deleteExisting, nullptr, write, schema,

@@ -21,7 +21,7 @@ ConfigStore::~ConfigStore() = default;
 
 std::shared_ptr<ConfigStore> ConfigStore::GetStore(const std::string& storeNamespace) {
   if (storeNamespace != sGlobalNamespace) {
-    throw InvalidArgumentException(CS_GENERIC, "Invalid value for namespace.");
+    ThrowArgument("Invalid value for namespace.");
   }
   return std::make_shared<ConfigStoreImpl>(GetDBStore(DBStore::Type::CURRENT_STORE, true));
 }

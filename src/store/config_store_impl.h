@@ -4,7 +4,8 @@
 #include "tarnconfigstore/config_store.h"
 
 #include "platform/db_store.h"
-#include "platform/schema_store.h"
+
+#include "objects/handles.h"
 
 namespace TarnConfigStore {
 
@@ -46,9 +47,7 @@ class ConfigStoreImpl final : public ConfigStore {
   ~ConfigStoreImpl() override;
 
  private:
-  using SchemaHandle = std::shared_ptr<TarnSchemaStore::SchemaObject>;
-  using ObjectList = std::vector<std::shared_ptr<ConfigStoreObject>>;
-  using ValidateData = void (*)(const SchemaHandle&, const std::shared_ptr<ConfigStoreObject>&);
+  using ValidateData = void (*)(const SchemaHandle&, const ObjectHandle&);
   using DeleteValues = void (*)(const ConfigStoreObjectId&, const DBStore::ConnectionHandle&);
   using WriteConfirmable = void (*)(const ObjectList&, const DBStore::ConnectionHandle&, bool);
   using WriteValues = void (*)(const ObjectList&, const DBStore::ConnectionHandle&);

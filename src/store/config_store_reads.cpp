@@ -1,3 +1,5 @@
+#include "platform/logger.h"
+
 #include "objects/schema_lookup.h"
 #include "persistence/read_current.h"
 #include "persistence/read_default.h"
@@ -8,15 +10,9 @@
 #include "validation/object_validation.h"
 
 namespace TarnConfigStore {
-namespace {
-
-constexpr int kRead = 4;
-constexpr int kValidate = 3;
-
-}  // namespace
 
 std::shared_ptr<ConfigStoreObject> ConfigStoreImpl::Get(const ConfigStoreObjectId& csoId) {
-  LogStoreCall(kRead, "Get", csoId, EXTERNAL);
+  LogStoreCall(CSLogger::kTrace, "Get", csoId, EXTERNAL);
   const SchemaHandle schema = FindSchema(csoId);
   ValidateCsoId(csoId, schema);
   return GetInternal(csoId, connection_, schema);
@@ -24,7 +20,7 @@ std::shared_ptr<ConfigStoreObject> ConfigStoreImpl::Get(const ConfigStoreObjectI
 
 std::shared_ptr<ConfigStoreObject> ConfigStoreImpl::GetDefaultConfig(
     const ConfigStoreObjectId& csoId) {
-  LogStoreCall(kRead, "GetDefaultConfig", csoId, EXTERNAL);
+  LogStoreCall(CSLogger::kTrace, "GetDefaultConfig", csoId, EXTERNAL);
   const SchemaHandle schema = FindSchema(csoId);
   ValidateCsoId(csoId, schema);
   return GetDefaultConfigInternal(csoId, connection_, schema);
@@ -36,7 +32,7 @@ std::vector<std::shared_ptr<ConfigStoreObject>> ConfigStoreImpl::GetDefaultConfi
     return {};
   }
   const ConfigStoreObjectId& id = filter->GetConfigStoreObjectId();
-  LogStoreCall(kRead, "GetDefaultConfigInstances", id, EXTERNAL);
+  LogStoreCall(CSLogger::kTrace, "GetDefaultConfigInstances", id, EXTERNAL);
   const SchemaHandle schema = FindSchema(id);
   ValidateCsoIdInstances(filter, schema);
   return GetDefaultConfigInstancesInternal(filter, connection_, schema);
@@ -48,27 +44,27 @@ std::vector<std::shared_ptr<ConfigStoreObject>> ConfigStoreImpl::GetInstances(
     return {};
   }
   const ConfigStoreObjectId& id = filter->GetConfigStoreObjectId();
-  LogStoreCall(kRead, "GetInstances", id, EXTERNAL);
+  LogStoreCall(CSLogger::kTrace, "GetInstances", id, EXTERNAL);
   const SchemaHandle schema = FindSchema(id);
   ValidateCsoIdInstances(filter, schema);
   return GetConfigInstancesInternal(filter, connection_, schema);
 }
 
 std::int32_t ConfigStoreImpl::GetRevision(const ConfigStoreObjectId& csoId) {
-  LogStoreCall(kRead, "GetRevision", csoId, EXTERNAL);
+  LogStoreCall(CSLogger::kTrace, "GetRevision", csoId, EXTERNAL);
   ValidateCsoId(csoId, FindSchema(csoId));
   return GetRevisionInternal(csoId, connection_);
 }
 
 std::list<std::string> ConfigStoreImpl::GetInstanceIds(const ConfigStoreObjectId& csoId) {
-  LogStoreCall(kRead, "GetInstanceIds", csoId, EXTERNAL);
+  LogStoreCall(CSLogger::kTrace, "GetInstanceIds", csoId, EXTERNAL);
   ValidateCsoIdInstances(csoId, FindSchema(csoId));
   return GetInstanceIdsInternal(csoId, connection_);
 }
 
 std::list<std::pair<std::string, std::int32_t>> ConfigStoreImpl::GetInstancesRevision(
     const ConfigStoreObjectId& csoId) {
-  LogStoreCall(kRead, "GetInstancesRevision", csoId, EXTERNAL);
+  LogStoreCall(CSLogger::kTrace, "GetInstancesRevision", csoId, EXTERNAL);
   ValidateCsoIdInstances(csoId, FindSchema(csoId));
   return GetInstancesRevisionInternal(csoId, connection_);
 }
@@ -79,7 +75,7 @@ std::vector<ErrorInfo> ConfigStoreImpl::Validate(std::shared_ptr<ConfigStoreObje
     return errors;
   }
   const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
-  LogStoreCall(kValidate, "Validate", csoId, EXTERNAL);
+  LogStoreCall(CSLogger::kWriteCall, "Validate", csoId, EXTERNAL);
   ValidateCSO(FindSchema(csoId), object, errors);
   return errors;
 }

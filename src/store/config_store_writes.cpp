@@ -19,14 +19,13 @@
 namespace TarnConfigStore {
 namespace {
 
-constexpr int kWrite = 3;
-
 // Deleting members takes more than leaving them out.
 bool UpdatesNothing(const ObjectHandle& object) {
   if (!object->IsEmpty()) {
     return false;
   }
-  CSLogger::Log(1, "Update called with empty object for %s, deletes are not supported",
+  CSLogger::Log(CSLogger::kProblem,
+                "Update called with empty object for %s, deletes are not supported",
                 object->GetConfigStoreObjectId().toString().c_str());
   return true;
 }
@@ -39,7 +38,7 @@ void ConfigStoreImpl::Set(std::shared_ptr<ConfigStoreObject> object,
     return;
   }
   const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
-  LogStoreCall(kWrite, "Set", csoId, context);
+  LogStoreCall(CSLogger::kWriteCall, "Set", csoId, context);
   const auto schemaCache = TarnSchemaStore::SchemaStore::GetCache();
   const SchemaHandle schema = FindSchema(schemaCache, csoId);
   ValidateCsoId(object, schema);
@@ -58,7 +57,7 @@ void ConfigStoreImpl::SetUserData(std::shared_ptr<ConfigStoreObject> object,
     return;
   }
   const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
-  LogStoreCall(kWrite, "SetUserData", csoId, context);
+  LogStoreCall(CSLogger::kWriteCall, "SetUserData", csoId, context);
   const SchemaHandle schema = FindSchema(csoId);
   ValidateCsoId(object, schema);
   if (IsClosedDuringBoot(schema, connection_)) {
@@ -83,7 +82,7 @@ void ConfigStoreImpl::SetPart(const std::shared_ptr<ConfigStoreObject>& object,
     return;
   }
   const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
-  LogStoreCall(kWrite, operation, csoId, EXTERNAL);
+  LogStoreCall(CSLogger::kWriteCall, operation, csoId, EXTERNAL);
   const SchemaHandle schema = FindSchema(csoId);
   ValidateCsoId(object, schema);
   validate(schema, object);
@@ -108,7 +107,7 @@ void ConfigStoreImpl::Update(std::shared_ptr<ConfigStoreObject> object,
     return;
   }
   const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
-  LogStoreCall(kWrite, "Update", csoId, context);
+  LogStoreCall(CSLogger::kWriteCall, "Update", csoId, context);
   const SchemaHandle schema = FindSchema(csoId);
   ValidateCsoId(object, schema);
   if (UpdatesNothing(object)) {
@@ -127,7 +126,7 @@ void ConfigStoreImpl::Update(std::shared_ptr<ConfigStoreObject> object,
 }
 
 void ConfigStoreImpl::Delete(const ConfigStoreObjectId& csoId) {
-  LogStoreCall(kWrite, "Delete", csoId, EXTERNAL);
+  LogStoreCall(CSLogger::kWriteCall, "Delete", csoId, EXTERNAL);
   ValidateCsoId(csoId, FindSchema(csoId));
   DeleteInternal(csoId, connection_);
   NotifyIfAllowlisted(csoId, connection_);

@@ -23,7 +23,7 @@ using Objects = std::vector<ObjectHandle>;
 
 Objects ReadShipped(const ConfigStoreObjectId& type, const Objects& objects,
                     const char* operation) {
-  CSLogger::Log(4, "%s invoked", operation);
+  CSLogger::Log(CSLogger::kTrace, "%s invoked", operation);
   const SchemaHandle schema = FindSchema(type);
   ValidateCsoIdInstances(type, schema);
   for (const ObjectHandle& object : objects) {

@@ -2,6 +2,8 @@
 
 #include "tarnconfigstore/contexts.h"
 
+#include "platform/logger.h"
+
 #include "objects/schema_lookup.h"
 #include "persistence/boot_flags.h"
 #include "persistence/connection.h"
@@ -14,9 +16,6 @@
 namespace TarnConfigStore {
 namespace {
 
-constexpr int kRead = 4;
-constexpr int kWrite = 3;
-
 SchemaHandle CheckedSchema(const ConfigStoreObjectId& csoId) {
   ValidateKernelOptionsCsoId(csoId);
   SchemaHandle schema = FindSchema(csoId);
@@ -27,7 +26,7 @@ SchemaHandle CheckedSchema(const ConfigStoreObjectId& csoId) {
 }  // namespace
 
 std::shared_ptr<ConfigStoreObject> GetKernelOptions(const ConfigStoreObjectId& csoId) {
-  LogStoreCall(kRead, "GetKernelOptions", csoId, EXTERNAL);
+  LogStoreCall(CSLogger::kTrace, "GetKernelOptions", csoId, EXTERNAL);
   const SchemaHandle schema = CheckedSchema(csoId);
   return GetKernelOptionsInternal(csoId, GetDBStore(DBStore::Type::CURRENT_STORE, true), schema);
 }
@@ -37,7 +36,7 @@ void SetKernelOptions(std::shared_ptr<ConfigStoreObject> object) {
     return;
   }
   const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
-  LogStoreCall(kWrite, "SetKernelOptions", csoId, EXTERNAL);
+  LogStoreCall(CSLogger::kWriteCall, "SetKernelOptions", csoId, EXTERNAL);
   const SchemaHandle schema = CheckedSchema(csoId);
   ValidateSet(schema, object);
   ValidateNoCachedData(schema, object);

@@ -2,6 +2,8 @@
 
 #include "tarnconfigstore/contexts.h"
 
+#include "platform/logger.h"
+
 #include "objects/schema_lookup.h"
 #include "persistence/next_boot_records.h"
 #include "store/bulk_lists.h"
@@ -17,8 +19,7 @@ namespace {
 
 // Reads too are of note here.
 void Trace(const char* operation, const ConfigStoreObjectId& id) {
-  constexpr int kPriority = 3;
-  LogStoreCall(kPriority, operation, id, EXTERNAL);
+  LogStoreCall(CSLogger::kWriteCall, operation, id, EXTERNAL);
 }
 
 // The type of an object that can be staged.

@@ -11,8 +11,6 @@
 namespace TarnConfigStore {
 namespace {
 
-constexpr int kNotable = 2;
-
 bool IsContainer(const Json::Value& value) {
   return value.IsObject() || value.IsArray();
 }
@@ -39,7 +37,7 @@ void RemoveLoneInstanceId(Json::Value& object, Json::SchemaPlace schema) {
   }
   const std::string_view idMember = schema.InstanceIdMember();
   if (Json::Text(object.MemberBegin()->name) == idMember) {
-    CSLogger::Log(kNotable, "Erasing instance id %s, nothing else is left",
+    CSLogger::Log(CSLogger::kOutcome, "Erasing instance id %s, nothing else is left",
                   std::string(idMember).c_str());
     object.RemoveAllMembers();
   }
@@ -60,7 +58,7 @@ bool CleanMembers(Json::Value& object, Json::SchemaPlace schema) {
     }
     removed = Clean(member->value, property) || removed;
     if (IsEmptyContent(member->value)) {
-      CSLogger::Log(kNotable, "Erasing empty object prop %s", member->name.GetString());
+      CSLogger::Log(CSLogger::kOutcome, "Erasing empty object prop %s", member->name.GetString());
       member = object.EraseMember(member);
       removed = true;
     } else {
@@ -81,7 +79,7 @@ bool CleanElements(Json::Value& array, Json::SchemaPlace items) {
       removed = true;
     }
     if (IsEmptyContent(*element)) {
-      CSLogger::Log(kNotable, "Erasing empty array element %zu",
+      CSLogger::Log(CSLogger::kOutcome, "Erasing empty array element %zu",
                     static_cast<std::size_t>(element - array.Begin()));
       element = array.Erase(element);
       removed = true;

@@ -3,11 +3,9 @@
 #include "platform/generated_instance_id.h"
 #include "platform/schema_store.h"
 
-#include "errors/raise.h"
+#include "errors/platform_failures.h"
 #include "objects/access.h"
 #include "validation/object_validation.h"
-
-#include <stdexcept>
 
 namespace TarnConfigStore {
 namespace {
@@ -19,13 +17,10 @@ bool Validate(Json::Value& value, Json::Allocator& allocator, const RuleSet& rul
     return false;
   }
   JsonDoc schema;
-  try {
+  WithStoreFailures([&] {
     TarnSchemaStore::GenerateSchemaDocument(value, TarnSchemaStore::SchemaStore::GetCache(),
                                             schema);
-  } catch (const std::runtime_error& failure) {
-    // The platform knows nothing of the library's exceptions.
-    ThrowFailure(failure.what());
-  }
+  });
   const std::size_t before = errors.size();
   ValidateValue(*schema.GetJsonValuePtr(), value, rules, errors, false);
   PopulateGeneratedInstanceId(*schema.GetJsonValuePtr(), value, allocator);

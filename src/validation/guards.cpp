@@ -22,7 +22,8 @@ bool LogIfNull(const Handle& handle, const char* name) noexcept {
   if (handle) {
     return false;
   }
-  CSLogger::Log(1, "[%d] %s: %s", CS_NULL_ARGUMENT, name, ErrorMessageForId(CS_NULL_ARGUMENT));
+  CSLogger::Log(CSLogger::kProblem, "[%d] %s: %s", CS_NULL_ARGUMENT, name,
+                ErrorMessageForId(CS_NULL_ARGUMENT));
   return true;
 }
 
@@ -139,8 +140,9 @@ bool ObjIsEmpty(const ObjectHandle& object, const char* caller) {
   if (!object->IsEmpty()) {
     return false;
   }
-  CSLogger::Log(1, "%s, Configuration object for %s is empty, will not be persisted in the db",
-                caller, object->GetConfigStoreObjectId().toString().c_str());
+  CSLogger::Log(CSLogger::kProblem,
+                "%s, Configuration object for %s is empty, will not be persisted in the db", caller,
+                object->GetConfigStoreObjectId().toString().c_str());
   return true;
 }
 

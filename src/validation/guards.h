@@ -1,19 +1,11 @@
 // What every store operation makes sure of before it touches the database.
 #pragma once
 
-#include "tarnconfigstore/config_store_object.h"
 #include "tarnconfigstore/contexts.h"
-#include "tarnconfigstore/filter_spec_object.h"
 
-#include "platform/schema_store.h"
-
-#include <memory>
+#include "objects/handles.h"
 
 namespace TarnConfigStore {
-
-using SchemaHandle = std::shared_ptr<TarnSchemaStore::SchemaObject>;
-using ObjectHandle = std::shared_ptr<ConfigStoreObject>;
-using FilterHandle = std::shared_ptr<FilterSpecObject>;
 
 // Unless they say otherwise, guards return quietly or raise ValidationException 2000 with a fixed
 // message and no findings. None changes anything.

@@ -215,16 +215,16 @@ bool validateObject(const ObjectHandle& object, ACTION action, std::vector<Error
   const ConfigStoreObjectId& id = object->GetConfigStoreObjectId();
   const SchemaHandle schema = FindSchema(id);
   if (!schema) {
-    CSLogger::LogErrCode(0, CS_SCHEMA_NOT_FOUND, id.toString().c_str());
+    CSLogger::LogErrCode(CSLogger::kFailure, CS_SCHEMA_NOT_FOUND, id.toString().c_str());
     errors.push_back({id.component + "/" + id.key, "Schema not found."});
     return false;
   }
   const bool writesData = action != ACTION_DELETE && action != ACTION_RESET;
   if (writesData && !ValidateObjectData(schema, object, UserRules(), errors, false)) {
-    CSLogger::Log(0, "validate completed with errors");
+    CSLogger::Log(CSLogger::kFailure, "validate completed with errors");
     return false;
   }
-  CSLogger::Log(2, "validate completed successfully");
+  CSLogger::Log(CSLogger::kOutcome, "validate completed successfully");
   return true;
 }
 

@@ -5,9 +5,14 @@
 
 namespace CSLogger {
 
-/// Priorities: 0 failures, 1 recoverable problems, 2 notable outcomes, 3 entry of writes, 4 entry
-/// of reads and fine tracing. Nothing here throws or blocks on anything but its own lock, whatever
-/// happens.
+// The priorities.
+inline constexpr int kFailure = 0;    ///< something failed, or is missing
+inline constexpr int kProblem = 1;    ///< was got over: a default was taken, an argument was empty
+inline constexpr int kOutcome = 2;    ///< worth knowing
+inline constexpr int kWriteCall = 3;  ///< a call that may change something begins
+inline constexpr int kTrace = 4;      ///< a call that reads begins, and fine tracing
+
+/// Nothing here throws or blocks on anything but its own lock, whatever happens.
 void Log(int priority, const char* format, ...) noexcept __attribute__((format(printf, 2, 3)));
 
 /// "[code] " and the code's message template filled with the further arguments.

@@ -185,8 +185,8 @@ void KeepJournalMode(sqlite3* database, const Layout& layout) {
   const std::string change = std::string("PRAGMA journal_mode=") + layout.journalMode;
   std::string changed;
   if (ReadPragma(database, change.c_str(), changed) != SQLITE_OK || changed != layout.journalMode) {
-    CSLogger::Log(1, "%s: journal mode is %s and cannot be set to %s now", layout.fixedPath,
-                  mode.c_str(), layout.journalMode);
+    CSLogger::Log(CSLogger::kProblem, "%s: journal mode is %s and cannot be set to %s now",
+                  layout.fixedPath, mode.c_str(), layout.journalMode);
   }
 }
 

@@ -77,7 +77,7 @@ ErrorKind ErrorKindOf(int code) noexcept {
 }
 
 void ReportFailure(ErrorKind kind, int code, std::string message) noexcept {
-  CSLogger::Log(0, "%s", message.c_str());
+  CSLogger::Log(CSLogger::kFailure, "%s", message.c_str());
   if (LastError* error = ErrorOfThread()) {
     error->kind = kind;
     error->code = code;

@@ -37,13 +37,13 @@ Logger& TheLogger() {
 
 int SyslogPriority(int priority) {
   switch (priority) {
-    case 0:
+    case kFailure:
       return LOG_ERR;
-    case 1:
+    case kProblem:
       return LOG_WARNING;
-    case 2:
+    case kOutcome:
       return LOG_NOTICE;
-    case 3:
+    case kWriteCall:
       return LOG_INFO;
     default:
       return LOG_DEBUG;
@@ -115,8 +115,7 @@ void LogErrCode(int priority, int code, ...) noexcept {
 }
 
 void LogBacktrace() noexcept {
-  constexpr int kPriority = 4;
-  if (!IsEnabled(kPriority)) {
+  if (!IsEnabled(kTrace)) {
     return;
   }
   constexpr int kMaxFrames = 64;
@@ -126,7 +125,7 @@ void LogBacktrace() noexcept {
   const std::unique_ptr<char*[], decltype(release)> symbols(backtrace_symbols(frames, count),
                                                             release);
   for (int i = 0; symbols && i < count; ++i) {
-    Log(kPriority, "  #%d %s", i, symbols[static_cast<std::size_t>(i)]);
+    Log(kTrace, "  #%d %s", i, symbols[static_cast<std::size_t>(i)]);
   }
 }
 

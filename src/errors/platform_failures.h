@@ -7,8 +7,8 @@
 
 namespace TarnConfigStore {
 
-/// Runs steps on the schema store; what the platform raises becomes ConfigStoreException 2000 with
-/// its message.
+/// Runs steps that ask something of the platform, which knows nothing of the library's exceptions:
+/// a std::runtime_error becomes ConfigStoreException 2000 with its message.
 template <class Steps>
 auto WithStoreFailures(const Steps& steps) {
   try {
