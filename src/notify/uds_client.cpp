@@ -11,7 +11,6 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
-#include <unistd.h>
 
 namespace TarnConfigStore {
 namespace {
@@ -42,7 +41,7 @@ bool UdsClient::LimitWaits(Clock::time_point now) {
   waitLimit_ = std::max(left, microseconds(1));  // none at all would mean for ever
   timeval timeout{};
   timeout.tv_usec = waitLimit_.count();
-  return ::setsockopt(socket_, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout) == 0;
+  return ::setsockopt(socket_.Number(), SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout) == 0;
 }
 
 // Calls again after a signal, as long as there is time. The result is the call's: negative on
@@ -65,13 +64,13 @@ auto UdsClient::CallWithinDeadline(Call call) {
 }
 
 void UdsClient::Connect() {
-  if (socket_ >= 0) {
+  if (socket_.IsOpen()) {
     return;
   }
   deadline_ = Clock::now() + kTimeLimit;
   waitLimit_ = microseconds::zero();
-  socket_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  if (socket_ < 0) {
+  socket_ = FileDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  if (!socket_.IsOpen()) {
     throw std::runtime_error(std::string("Failed to create socket: ") + std::strerror(errno));
   }
   if (endpoint_.size() > kLongestName) {
@@ -84,7 +83,8 @@ void UdsClient::Connect() {
   std::memcpy(address.sun_path, endpoint_.c_str(), length);
   const auto addressLength = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + length);
   if (CallWithinDeadline([&] {
-        return ::connect(socket_, reinterpret_cast<const sockaddr*>(&address), addressLength);
+        return ::connect(socket_.Number(), reinterpret_cast<const sockaddr*>(&address),
+                         addressLength);
       }) < 0) {
     const int error = errno;
     Disconnect();
@@ -93,11 +93,11 @@ void UdsClient::Connect() {
 }
 
 void UdsClient::Send(const std::string& data) {
-  if (socket_ < 0) {
+  if (!socket_.IsOpen()) {
     throw std::runtime_error("Not connected to an endpoint.");
   }
-  const ssize_t written =
-      CallWithinDeadline([&] { return ::send(socket_, data.data(), data.size(), MSG_NOSIGNAL); });
+  const ssize_t written = CallWithinDeadline(
+      [&] { return ::send(socket_.Number(), data.data(), data.size(), MSG_NOSIGNAL); });
   if (written < 0) {
     throw std::runtime_error(std::string("Failed to send data: ") + std::strerror(errno));
   }
@@ -108,10 +108,7 @@ void UdsClient::Send(const std::string& data) {
 }
 
 void UdsClient::Disconnect() noexcept {
-  if (socket_ < 0) {
-    return;
-  }
-  if (::close(socket_) != 0) {
+  if (!socket_.Close()) {
     char text[128];  // nothing here may throw
     std::snprintf(text, sizeof text, "Failed to close socket: %s", std::strerror(errno));
 #pragma GCC diagnostic push
@@ -120,7 +117,6 @@ void UdsClient::Disconnect() noexcept {
     CSLogger::Log(CSLogger::kFailure, text);
 #pragma GCC diagnostic pop
   }
-  socket_ = -1;
 }
 
 }  // namespace TarnConfigStore

@@ -1,8 +1,9 @@
 // The client of a local stream socket.
 #pragma once
 
+#include "platform/file_descriptor.h"
+
 #include <chrono>
-#include <cstdint>
 #include <string>
 
 namespace TarnConfigStore {
@@ -43,7 +44,7 @@ class UdsClient {
   auto CallWithinDeadline(Call call);
 
   std::string endpoint_;
-  std::int32_t socket_ = -1;
+  FileDescriptor socket_;
   Clock::time_point deadline_;
   std::chrono::microseconds waitLimit_{0};  // of the socket; zero while it has none
 };

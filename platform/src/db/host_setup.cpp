@@ -1,6 +1,7 @@
 #include "platform/host_setup.h"
 
 #include "platform/db_store.h"
+#include "platform/file_descriptor.h"
 #include "platform/host_paths.h"
 #include "platform/store_error.h"
 
@@ -30,23 +31,6 @@ using DBStore::internal::Layout;
 
 constexpr mode_t kDirectoryMode = 0755;
 constexpr mode_t kFileMode = 0640;
-
-class FileDescriptor {
- public:
-  explicit FileDescriptor(int number) noexcept : number_(number) {}
-  ~FileDescriptor() {
-    if (number_ >= 0) {
-      close(number_);
-    }
-  }
-  FileDescriptor(const FileDescriptor&) = delete;
-  FileDescriptor& operator=(const FileDescriptor&) = delete;
-  int Number() const noexcept { return number_; }
-  bool IsOpen() const noexcept { return number_ >= 0; }
-
- private:
-  int number_;
-};
 
 bool Fail(Result& result, std::string_view path, const std::string& what, int error) {
   result.ok = false;

@@ -1,5 +1,6 @@
 #include "platform/upgrade_context.h"
 
+#include "platform/file_descriptor.h"
 #include "platform/host_paths.h"
 #include "platform/logger.h"
 
@@ -37,31 +38,30 @@ std::string_view Trimmed(std::string_view text) {
 }  // namespace
 
 int GetUpgradeCtx() {
-  const int file = open(Path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (file < 0) {
+  const FileDescriptor file(open(Path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (!file.IsOpen()) {
     if (errno != ENOENT && errno != ENOTDIR) {
-      CSLogger::Log(1, "Upgrade context %s cannot be read: %s", HostPaths::kUpgradeContext,
-                    std::strerror(errno));
+      CSLogger::Log(CSLogger::kProblem, "Upgrade context %s cannot be read: %s",
+                    HostPaths::kUpgradeContext, std::strerror(errno));
     }
     return 0;
   }
   char buffer[64];
   ssize_t length = -1;
   do {
-    length = read(file, buffer, sizeof buffer);
+    length = read(file.Number(), buffer, sizeof buffer);
   } while (length < 0 && errno == EINTR);
-  const int reason = errno;
-  close(file);
   if (length < 0) {
-    CSLogger::Log(1, "Upgrade context %s cannot be read: %s", HostPaths::kUpgradeContext,
-                  std::strerror(reason));
+    CSLogger::Log(CSLogger::kProblem, "Upgrade context %s cannot be read: %s",
+                  HostPaths::kUpgradeContext, std::strerror(errno));
     return 0;
   }
   const std::string_view text = Trimmed({buffer, static_cast<std::size_t>(length)});
   int value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error != std::errc() || end != text.data() + text.size()) {
-    CSLogger::Log(1, "Upgrade context %s does not hold a decimal number; taken as 0",
+    CSLogger::Log(CSLogger::kProblem,
+                  "Upgrade context %s does not hold a decimal number; taken as 0",
                   HostPaths::kUpgradeContext);
     return 0;
   }

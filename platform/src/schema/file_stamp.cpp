@@ -3,7 +3,6 @@
 #include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace TarnSchemaStore {
 namespace {
@@ -38,17 +37,11 @@ FileStamp StampOf(const std::string& path) noexcept {
 }
 
 FileWatch::FileWatch(const std::string& path) noexcept
-    : descriptor_(open(path.c_str(), O_PATH | O_CLOEXEC)) {}
-
-FileWatch::~FileWatch() {
-  if (descriptor_ >= 0) {
-    close(descriptor_);
-  }
-}
+    : file_(open(path.c_str(), O_PATH | O_CLOEXEC)) {}
 
 FileStamp FileWatch::Stamp() const noexcept {
   struct stat status = {};
-  return descriptor_ >= 0 && fstat(descriptor_, &status) == 0 ? StampFrom(status) : FileStamp();
+  return file_.IsOpen() && fstat(file_.Number(), &status) == 0 ? StampFrom(status) : FileStamp();
 }
 
 std::int64_t Now() noexcept {

@@ -1,6 +1,8 @@
 // Noticing that a file has changed, for less than the price of a stat.
 #pragma once
 
+#include "platform/file_descriptor.h"
+
 #include <cstdint>
 #include <string>
 #include <sys/types.h>
@@ -28,16 +30,13 @@ FileStamp StampOf(const std::string& path) noexcept;
 class FileWatch {
  public:
   explicit FileWatch(const std::string& path) noexcept;
-  ~FileWatch();
-  FileWatch(const FileWatch&) = delete;
-  FileWatch& operator=(const FileWatch&) = delete;
 
   /// The file's stamp now, wherever it lies by now: a file that was removed or replaced has another
   /// one. All zero when there was no file.
   FileStamp Stamp() const noexcept;
 
  private:
-  int descriptor_;
+  FileDescriptor file_;
 };
 
 /// Nanoseconds since 1970.

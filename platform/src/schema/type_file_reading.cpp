@@ -1,3 +1,4 @@
+#include "platform/file_descriptor.h"
 #include "platform/type_files.h"
 
 #include <algorithm>
@@ -12,22 +13,6 @@ namespace TypeFiles {
 namespace {
 
 constexpr off_t kMaxFileSize = off_t{16} * 1024 * 1024;
-
-class FileDescriptor {
- public:
-  explicit FileDescriptor(int fd) : fd_(fd) {}
-  FileDescriptor(const FileDescriptor&) = delete;
-  FileDescriptor& operator=(const FileDescriptor&) = delete;
-  ~FileDescriptor() {
-    if (fd_ >= 0) {
-      close(fd_);
-    }
-  }
-  int Get() const { return fd_; }
-
- private:
-  int fd_;
-};
 
 }  // namespace
 
@@ -59,14 +44,14 @@ std::optional<std::string> ReadText(const std::string& path) {
   // Opening a pipe would wait for its writer.
   const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   struct stat status = {};
-  if (file.Get() < 0 || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+  if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || !S_ISREG(status.st_mode) ||
       status.st_size > kMaxFileSize) {
     return std::nullopt;
   }
   std::string text(static_cast<std::size_t>(status.st_size), '\0');
   std::size_t length = 0;
   while (length < text.size()) {
-    const ssize_t got = read(file.Get(), text.data() + length, text.size() - length);
+    const ssize_t got = read(file.Number(), text.data() + length, text.size() - length);
     if (got < 0 && errno == EINTR) {
       continue;
     }
