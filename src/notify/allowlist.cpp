@@ -3,37 +3,18 @@
 #include "tarnconfigstore/file.h"
 
 #include "platform/host_paths.h"
-#include "platform/logger.h"
+#include "platform/made_once.h"
+#include "platform/process_locks.h"
 
 #include "errors/raise.h"
 #include "objects/document.h"
 
-#include <atomic>
 #include <memory>
-#include <mutex>
-#include <pthread.h>
 
 namespace TarnConfigStore {
 namespace {
 
-struct KeptAllowlist {
-  std::mutex lock;  // held while the file is read
-  std::atomic<const NotifyAllowlist*> allowlist{nullptr};
-};
-
-// Leaked, so that callers that run while the process exits still find it.
-KeptAllowlist& TheAllowlist() {
-  static KeptAllowlist& kept = *[] {
-    auto* made = new KeptAllowlist;
-    // The handlers that come last run first: whoever reads the file may be about to log, so a fork
-    // has to wait for the reader before it closes the log.
-    static_cast<void>(CSLogger::IsEnabled(0));
-    pthread_atfork([] { TheAllowlist().lock.lock(); }, [] { TheAllowlist().lock.unlock(); },
-                   [] { TheAllowlist().lock.unlock(); });
-    return made;
-  }();
-  return kept;
-}
+constinit MadeOnce<const NotifyAllowlist> theAllowlist;
 
 }  // namespace
 
@@ -53,17 +34,12 @@ NotifyAllowlist ReadNotifyAllowlist() {
 }
 
 const NotifyAllowlist& GetNotifyAllowlist() {
-  KeptAllowlist& kept = TheAllowlist();
-  if (const NotifyAllowlist* allowlist = kept.allowlist.load(std::memory_order_acquire)) {
+  if (const NotifyAllowlist* const allowlist = theAllowlist.Find()) {
     return *allowlist;
   }
-  const std::lock_guard<std::mutex> guard(kept.lock);
-  const NotifyAllowlist* allowlist = kept.allowlist.load(std::memory_order_relaxed);
-  if (allowlist == nullptr) {
-    allowlist = new NotifyAllowlist(ReadNotifyAllowlist());
-    kept.allowlist.store(allowlist, std::memory_order_release);
-  }
-  return *allowlist;
+  // The others wait for the one who reads the file.
+  const ProcessLocks::Guard guard(ProcessLocks::Rank::NOTIFY_ALLOWLIST);
+  return theAllowlist.Get(ReadNotifyAllowlist);
 }
 
 }  // namespace TarnConfigStore

@@ -9,15 +9,10 @@
 #include "json/json_doc.h"
 
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
-
-namespace TarnSchemaStore {
-class SchemaDatabase;
-}
 
 namespace TypeFiles {
 
@@ -100,8 +95,8 @@ class TypeWriter {
   void Commit();
 
  private:
-  std::unique_lock<std::mutex> lock_;
-  std::unique_ptr<TarnSchemaStore::SchemaDatabase> database_;
+  struct State;  // the platform's own
+  std::unique_ptr<State> state_;
 };
 
 }  // namespace TypeFiles

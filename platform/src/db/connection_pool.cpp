@@ -1,25 +1,30 @@
 #include "db/connection_pool.h"
 
 #include "platform/host_paths.h"
-#include "platform/logger.h"
+#include "platform/made_once.h"
 
 #include "db/last_error.h"
 #include "db/layout.h"
 #include "db/open_databases.h"
 #include "db/testing_hook.h"
+#include "process/fork_hooks.h"
 
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <pthread.h>
 #include <utility>
 
 namespace DBStore {
 namespace internal {
 namespace {
 
+using ProcessLocks::Guard;
+using ProcessLocks::Rank;
+
+constinit MadeOnce<ConnectionPool> thePool;
+constinit std::atomic<unsigned> threads{0};
+
 unsigned NumberOfThread() noexcept {
-  static std::atomic<unsigned> threads{0};
   thread_local const unsigned number = ++threads;
   return number;
 }
@@ -27,33 +32,43 @@ unsigned NumberOfThread() noexcept {
 }  // namespace
 
 ConnectionPool& ConnectionPool::Instance() {
-  // Leaked: connections come back even while the process exits. Those idle then are closed.
-  static ConnectionPool& pool = *new ConnectionPool;
-  static const struct AtExit {
-    ~AtExit() { pool.CloseIdle(); }
-  } atExit;
-  return pool;
+  return thePool.Get();
 }
+
+// What happens when the process forks, and at its end. Connections come back even after that: the
+// pool itself stays.
+class ConnectionPool::Lifetime {
+ public:
+  Lifetime() noexcept {
+    ProcessLocks::SetForkHooks(Rank::CONNECTION_POOL,
+                               {.prepare = Call<&ConnectionPool::PrepareFork>,
+                                .resumeInParent = Call<&ConnectionPool::ResumeInParent>,
+                                .resumeInChild = ResumeInChild});
+  }
+  ~Lifetime() { Call<&ConnectionPool::CloseIdle>(); }
+
+ private:
+  template <void (ConnectionPool::*function)() noexcept>
+  static void Call() noexcept {
+    if (ConnectionPool* const pool = thePool.Find()) {
+      (pool->*function)();
+    }
+  }
+  static void ResumeInChild() noexcept {
+    forkGeneration.fetch_add(1, std::memory_order_relaxed);
+    Call<&ConnectionPool::ResumeInChild>();
+  }
+  static const Lifetime instance;
+};
+const ConnectionPool::Lifetime ConnectionPool::Lifetime::instance;
 
 ConnectionPool::ConnectionPool() {
   // Connections come back without a need for memory.
   idle_.reserve(kMaxIdle);
-  // Handlers that come last run first: the pool may log while it prepares a fork, so the logger,
-  // which closes for the fork too, has to be there before it.
-  CSLogger::IsEnabled(0);
-  pthread_atfork([] { Instance().PrepareFork(); }, [] { Instance().ResumeInParent(); },
-                 [] { Instance().ResumeInChild(); });
 }
 
 ConnectionHandle ConnectionPool::Take(bool writable) {
-  if (!LeaveInheritanceBehind()) {
-    ReportFailure(
-        ErrorKind::MISUSE, SQLITE_MISUSE,
-        std::string(CurrentStoreLayout().fixedPath) +
-            ": the process was forked in the middle of a transaction or statement; use the "
-            "store before or after the fork, or replace the child's program");
-    return nullptr;
-  }
+  LeaveInheritanceBehind();
   while (std::unique_ptr<StoreConnection> connection = TakeIdle(writable)) {
     if (connection->IsCurrent()) {
       return Lend(std::move(connection));
@@ -68,14 +83,14 @@ ConnectionHandle ConnectionPool::Take(bool writable) {
   }
   auto connection = std::make_unique<StoreConnection>(std::move(file), writable, rootGeneration);
   {
-    const std::lock_guard<std::mutex> guard(lock_);
+    const Guard guard(Rank::CONNECTION_POOL);
     inUse_.push_back(connection.get());
   }
   return Lend(std::move(connection));
 }
 
 std::unique_ptr<StoreConnection> ConnectionPool::TakeIdle(bool writable) {
-  const std::lock_guard<std::mutex> guard(lock_);
+  const Guard guard(Rank::CONNECTION_POOL);
   const auto found = std::find_if(idle_.rbegin(), idle_.rend(), [writable](const auto& connection) {
     return connection->AsksForWriting() == writable;
   });
@@ -100,7 +115,7 @@ void ConnectionPool::GiveBack(StoreConnection* returned) noexcept {
     return;
   }
   if (connection->MakeReusable()) {
-    const std::lock_guard<std::mutex> guard(lock_);
+    const Guard guard(Rank::CONNECTION_POOL);
     if (idle_.size() < kMaxIdle) {
       Forget(connection.get());
       idle_.push_back(std::move(connection));
@@ -112,7 +127,7 @@ void ConnectionPool::GiveBack(StoreConnection* returned) noexcept {
 
 void ConnectionPool::Discard(std::unique_ptr<StoreConnection> connection) noexcept {
   connection->Close();
-  const std::lock_guard<std::mutex> guard(lock_);
+  const Guard guard(Rank::CONNECTION_POOL);
   Forget(connection.get());
 }
 
@@ -127,7 +142,7 @@ void ConnectionPool::Forget(const StoreConnection* connection) noexcept {
 void ConnectionPool::CloseIdle() noexcept {
   std::vector<std::unique_ptr<StoreConnection>> idle;
   {
-    const std::lock_guard<std::mutex> guard(lock_);
+    const Guard guard(Rank::CONNECTION_POOL);
     idle.swap(idle_);
   }
   for (const auto& connection : idle) {
@@ -144,13 +159,13 @@ void ConnectionPool::CloseIdleLocked() noexcept {
 }
 
 void ConnectionPool::WriteBegun(const StoreConnection& connection) {
-  const std::lock_guard<std::mutex> guard(lock_);
+  const Guard guard(Rank::CONNECTION_POOL);
   writers_.push_back({&connection, NumberOfThread()});
   writerCount_.store(writers_.size(), std::memory_order_relaxed);
 }
 
 void ConnectionPool::WriteEnded(const StoreConnection& connection) noexcept {
-  const std::lock_guard<std::mutex> guard(lock_);
+  const Guard guard(Rank::CONNECTION_POOL);
   std::erase_if(writers_,
                 [&connection](const Writer& writer) { return writer.connection == &connection; });
   writerCount_.store(writers_.size(), std::memory_order_relaxed);
@@ -161,7 +176,7 @@ bool ConnectionPool::ThisThreadWritesBeside(const StoreConnection& connection) {
   if (writerCount_.load(std::memory_order_relaxed) == 0) {
     return false;
   }
-  const std::lock_guard<std::mutex> guard(lock_);
+  const Guard guard(Rank::CONNECTION_POOL);
   return std::any_of(writers_.begin(), writers_.end(), [&connection](const Writer& writer) {
     return writer.connection != &connection && writer.thread == NumberOfThread() &&
            writer.connection->Identity().IsSameFile(connection.Identity());
@@ -170,9 +185,9 @@ bool ConnectionPool::ThisThreadWritesBeside(const StoreConnection& connection) {
 
 // Opening a connection of the child's own beside one that it inherited would leave it without
 // locks.
-bool ConnectionPool::LeaveInheritanceBehind() {
-  const std::lock_guard<std::mutex> guard(lock_);
-  if (inheritance_ && !forkedMidway_) {
+void ConnectionPool::LeaveInheritanceBehind() {
+  const Guard guard(Rank::CONNECTION_POOL);
+  if (inheritance_ && !OpenDatabases::AreOutOfReach()) {
     for (StoreConnection* connection : inUse_) {
       if (connection->IsInherited()) {
         connection->CloseUnshared();
@@ -182,12 +197,11 @@ bool ConnectionPool::LeaveInheritanceBehind() {
                   [](const StoreConnection* connection) { return connection->IsInherited(); });
     inheritance_ = false;
   }
-  return !forkedMidway_;
 }
 
 void ConnectionPool::GiveBackInherited(std::unique_ptr<StoreConnection> connection) noexcept {
-  const std::lock_guard<std::mutex> guard(lock_);
-  if (connection->WasAtRest() && !forkedMidway_) {
+  const Guard guard(Rank::CONNECTION_POOL);
+  if (connection->WasAtRest() && !OpenDatabases::AreOutOfReach()) {
     Forget(connection.get());
     return;
   }
@@ -196,32 +210,23 @@ void ConnectionPool::GiveBackInherited(std::unique_ptr<StoreConnection> connecti
 }
 
 void ConnectionPool::PrepareFork() noexcept {
-  lock_.lock();
   CloseIdleLocked();
-  OpenDatabases::Hold();
-  std::size_t own = 0;
-  bool atRest = true;
+  std::size_t atRest = 0;
   for (StoreConnection* connection : inUse_) {
     connection->PauseForFork();
-    atRest = atRest && connection->WasAtRest();
-    own += connection->WasAtRest() && connection->IsOpen() ? 1U : 0U;
+    atRest += connection->WasAtRest() && connection->IsOpen() ? 1U : 0U;
   }
-  // Any other open database is being opened, closed or used by another thread at the moment.
-  childIsRefused_ = !atRest || OpenDatabases::Count() != own;
+  OpenDatabases::NoteAtRest(atRest);
 }
 
 void ConnectionPool::ResumeInParent() noexcept {
   for (StoreConnection* connection : inUse_) {
     connection->ResumeAfterFork();
   }
-  OpenDatabases::Release();
-  lock_.unlock();
 }
 
 void ConnectionPool::ResumeInChild() noexcept {
-  forkGeneration.fetch_add(1, std::memory_order_relaxed);
   inheritance_ = !inUse_.empty();
-  forkedMidway_ = forkedMidway_ || childIsRefused_;
   writers_.clear();
   writerCount_.store(0, std::memory_order_relaxed);
   ResumeInParent();

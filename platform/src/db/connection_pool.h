@@ -8,7 +8,6 @@
 #include <atomic>
 #include <cstddef>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 namespace DBStore::internal {
@@ -19,13 +18,14 @@ namespace DBStore::internal {
 /// SQLite's locks belong to the process, and a child does not inherit them although it inherits
 /// what SQLite remembers of them. So idle connections are closed before a fork; the child closes
 /// those that were in use but at rest before it opens its own; and where one was in the middle of
-/// something, which a child can neither close nor ignore, the child is refused any connection.
+/// something, which a child can neither close nor ignore, the child is refused any connection (see
+/// OpenDatabases).
 class ConnectionPool {
  public:
   static ConnectionPool& Instance();
+  ConnectionPool();  ///< for Instance
 
   ConnectionHandle Take(bool writable);
-  void CloseIdle() noexcept;
 
   void WriteBegun(const StoreConnection& connection);
   void WriteEnded(const StoreConnection& connection) noexcept;
@@ -34,6 +34,7 @@ class ConnectionPool {
   bool ThisThreadWritesBeside(const StoreConnection& connection);
 
  private:
+  class Lifetime;
   static constexpr std::size_t kMaxIdle = 8;
 
   struct Writer {
@@ -41,29 +42,26 @@ class ConnectionPool {
     unsigned thread;
   };
 
-  ConnectionPool();
-  bool LeaveInheritanceBehind();
+  void LeaveInheritanceBehind();
   std::unique_ptr<StoreConnection> TakeIdle(bool writable);
   ConnectionHandle Lend(std::unique_ptr<StoreConnection> connection);
   void GiveBack(StoreConnection* connection) noexcept;
   void GiveBackInherited(std::unique_ptr<StoreConnection> connection) noexcept;
   void Discard(std::unique_ptr<StoreConnection> connection) noexcept;
+  void CloseIdle() noexcept;
   // With the lock held:
   void CloseIdleLocked() noexcept;
   void Forget(const StoreConnection* connection) noexcept;
-
   void PrepareFork() noexcept;
   void ResumeInParent() noexcept;
   void ResumeInChild() noexcept;
 
-  std::mutex lock_;
+  // All of it under the lock of the process's connection pool.
   std::vector<std::unique_ptr<StoreConnection>> idle_;
   std::vector<StoreConnection*> inUse_;
   std::vector<Writer> writers_;
   std::atomic<std::size_t> writerCount_{0};
-  bool childIsRefused_ = false;  // were the process to fork now
-  bool inheritance_ = false;     // connections of the parent are still to be closed
-  bool forkedMidway_ = false;    // and one of them cannot be
+  bool inheritance_ = false;  // connections of the parent are still to be closed
 };
 
 }  // namespace DBStore::internal

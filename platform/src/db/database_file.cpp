@@ -246,6 +246,10 @@ bool IdentifyFile(const std::string& path, FileIdentity& identity) noexcept {
 
 DatabaseFile OpenDatabase(const Layout& layout, bool writable) {
   DatabaseFile file;
+  if (OpenDatabases::AreOutOfReach()) {
+    Report(ErrorKind::MISUSE, SQLITE_MISUSE, layout, OpenDatabases::kOutOfReach);
+    return file;
+  }
   file.path = HostPaths::Resolve(layout.fixedPath);
   for (int attempt = 0; attempt < kOpenAttempts; ++attempt) {
     const std::string path = CanonicalPath(file.path);

@@ -8,6 +8,7 @@
 #include "db/database_file.h"
 #include "db/last_error.h"
 #include "db/layout.h"
+#include "db/open_databases.h"
 
 #include <sqlite3.h>
 
@@ -195,6 +196,10 @@ Result Initialize() {
   const std::string directory = storePath.substr(0, storePath.rfind('/'));
   const std::string_view name = NameInMessages(directory, root.size());
 
+  if (DBStore::internal::OpenDatabases::AreOutOfReach()) {
+    Fail(result, name, DBStore::internal::OpenDatabases::kOutOfReach, 0);
+    return result;
+  }
   if (!MakeDirectories(directory, root.size(), result)) {
     return result;
   }

@@ -1,24 +1,25 @@
 #include "db/testing_hook.h"
 
+#include "platform/made_once.h"
+#include "platform/process_locks.h"
+
 #include "db/last_error.h"
 #include "db/open_databases.h"
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 
 namespace DBStore {
 namespace {
 
-std::mutex hookLock;
-std::atomic<std::uint64_t> prepares{0};
+using ProcessLocks::Guard;
+using ProcessLocks::Rank;
 
-// Shared, so that a hook may be replaced while another thread is inside it.
-std::shared_ptr<const testing::Hook>& CurrentHook() {
-  static auto& hook = *new std::shared_ptr<const testing::Hook>;
-  return hook;
-}
+constinit std::atomic<std::uint64_t> prepares{0};
+
+// Under the lock. Shared, so that a hook may be replaced while another thread is inside it.
+constinit MadeOnce<std::shared_ptr<const testing::Hook>> current;
 
 }  // namespace
 
@@ -27,8 +28,8 @@ namespace testing {
 void SetHook(Hook hook) {
   const bool set = static_cast<bool>(hook);
   auto next = std::make_shared<const Hook>(std::move(hook));
-  const std::lock_guard<std::mutex> guard(hookLock);
-  CurrentHook().swap(next);
+  const Guard guard(Rank::TESTING_HOOK);
+  current.Get().swap(next);
   internal::hookIsSet.store(set, std::memory_order_relaxed);
 }
 
@@ -45,8 +46,8 @@ std::atomic<bool> hookIsSet{false};
 int AskHookThatIsSet(testing::Operation operation, std::string_view detail) {
   std::shared_ptr<const testing::Hook> hook;
   {
-    const std::lock_guard<std::mutex> guard(hookLock);
-    hook = CurrentHook();
+    const Guard guard(Rank::TESTING_HOOK);
+    hook = current.Get();
   }
   const int status = hook && *hook ? (*hook)(operation, detail) : 0;
   if (status != 0) {

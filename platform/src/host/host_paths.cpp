@@ -1,8 +1,10 @@
 #include "platform/host_paths.h"
 
+#include "platform/made_once.h"
+#include "platform/process_locks.h"
+
 #include <atomic>
 #include <cstdlib>
-#include <mutex>
 
 namespace HostPaths {
 namespace {
@@ -14,35 +16,28 @@ std::string WithoutTrailingSlashes(std::string path) {
   return path;
 }
 
-struct Root {
-  Root() {
-    const char* fromEnvironment = secure_getenv("TARN_HOST_ROOT");
-    path = fromEnvironment == nullptr ? std::string() : WithoutTrailingSlashes(fromEnvironment);
-  }
-  std::mutex lock;
-  std::string path;
-  std::atomic<unsigned> generation{1};
-};
+constinit MadeOnce<std::string> root;
+constinit std::atomic<unsigned> generation{1};
 
-// Leaked, so that callers that run while the process exits still find it.
-Root& TheRoot() {
-  static Root& root = *new Root;
-  return root;
+// With the lock held.
+std::string& TheRoot() {
+  return root.Get([] {
+    const char* fromEnvironment = secure_getenv("TARN_HOST_ROOT");
+    return fromEnvironment == nullptr ? std::string() : WithoutTrailingSlashes(fromEnvironment);
+  });
 }
 
 }  // namespace
 
-void SetRoot(const std::string& root) {
-  Root& theRoot = TheRoot();
-  const std::lock_guard<std::mutex> guard(theRoot.lock);
-  theRoot.path = WithoutTrailingSlashes(root);
-  theRoot.generation.fetch_add(1, std::memory_order_release);
+void SetRoot(const std::string& path) {
+  const ProcessLocks::Guard guard(ProcessLocks::Rank::HOST_ROOT);
+  TheRoot() = WithoutTrailingSlashes(path);
+  generation.fetch_add(1, std::memory_order_release);
 }
 
 std::string GetRoot() {
-  Root& theRoot = TheRoot();
-  const std::lock_guard<std::mutex> guard(theRoot.lock);
-  return theRoot.path;
+  const ProcessLocks::Guard guard(ProcessLocks::Rank::HOST_ROOT);
+  return TheRoot();
 }
 
 std::string Resolve(const char* fixedPath) {
@@ -50,7 +45,7 @@ std::string Resolve(const char* fixedPath) {
 }
 
 unsigned RootGeneration() noexcept {
-  return TheRoot().generation.load(std::memory_order_acquire);
+  return generation.load(std::memory_order_acquire);
 }
 
 }  // namespace HostPaths

@@ -1,6 +1,7 @@
 #include "platform/logger.h"
 
 #include "platform/error_messages.h"
+#include "platform/process_locks.h"
 
 #include <atomic>
 #include <cstdarg>
@@ -8,8 +9,6 @@
 #include <cstdlib>
 #include <execinfo.h>
 #include <memory>
-#include <mutex>
-#include <pthread.h>
 #include <string>
 #include <syslog.h>
 #include <utility>
@@ -17,23 +16,10 @@
 namespace CSLogger {
 namespace {
 
-struct Logger {
-  std::atomic<int> level{2};
-  std::mutex lock;
-  Sink sink;
-};
+constinit std::atomic<int> level{kOutcome};
 
-// Leaked, so that callers that run while the process exits still find it.
-Logger& TheLogger() {
-  static Logger& logger = *[] {
-    auto* made = new Logger;
-    // The child of a fork must not find the lock held by a thread that it does not have.
-    pthread_atfork([] { TheLogger().lock.lock(); }, [] { TheLogger().lock.unlock(); },
-                   [] { TheLogger().lock.unlock(); });
-    return made;
-  }();
-  return logger;
-}
+// Under the lock; null for the system log. Not destroyed: there are callers while the process exits.
+constinit Sink* theSink = nullptr;
 
 int SyslogPriority(int priority) {
   switch (priority) {
@@ -51,10 +37,9 @@ int SyslogPriority(int priority) {
 }
 
 void Write(int priority, const char* line) {
-  Logger& logger = TheLogger();
-  const std::lock_guard<std::mutex> guard(logger.lock);
-  if (logger.sink) {
-    logger.sink(priority, line);
+  const ProcessLocks::Guard guard(ProcessLocks::Rank::LOG);
+  if (theSink != nullptr) {
+    (*theSink)(priority, line);
   } else {
     // Called directly and without openlog: the name and the options are the calling program's.
     syslog(SyslogPriority(priority), "%s", line);
@@ -80,7 +65,7 @@ std::string FormatList(const char* format, va_list arguments) {
 }  // namespace
 
 bool IsEnabled(int priority) noexcept {
-  return priority <= TheLogger().level.load(std::memory_order_relaxed);
+  return priority <= level.load(std::memory_order_relaxed);
 }
 
 void Log(int priority, const char* format, ...) noexcept {
@@ -130,13 +115,13 @@ void LogBacktrace() noexcept {
 }
 
 void SetSink(Sink sink) {
-  Logger& logger = TheLogger();
-  const std::lock_guard<std::mutex> guard(logger.lock);
-  logger.sink = std::move(sink);
+  std::unique_ptr<Sink> next = sink ? std::make_unique<Sink>(std::move(sink)) : nullptr;
+  const ProcessLocks::Guard guard(ProcessLocks::Rank::LOG);
+  next.reset(std::exchange(theSink, next.release()));
 }
 
 void SetLevel(int priority) noexcept {
-  TheLogger().level.store(priority, std::memory_order_relaxed);
+  level.store(priority, std::memory_order_relaxed);
 }
 
 }  // namespace CSLogger

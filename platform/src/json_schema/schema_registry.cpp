@@ -1,54 +1,65 @@
 #include "json_schema/schema_registry.h"
 
-#include <pthread.h>
+#include "platform/made_once.h"
+#include "platform/process_locks.h"
+
+#include <utility>
 
 namespace JsonValidator {
+namespace {
+
+using ProcessLocks::Guard;
+using ProcessLocks::Rank;
+
+constinit MadeOnce<SchemaRegistry> theRegistry;
+
+}  // namespace
 
 SchemaRegistry& SchemaRegistry::Instance() {
-  static SchemaRegistry& registry = *[] {
-    auto* made = new SchemaRegistry;
-    // The child of a fork must not find the lock held by a thread that it does not have.
-    pthread_atfork([] { Instance().mutex_.lock(); }, [] { Instance().mutex_.unlock(); },
-                   [] { Instance().mutex_.unlock(); });
-    return made;
-  }();
-  return registry;
+  return theRegistry.Get();
 }
 
 void SchemaRegistry::Add(const Json::TypeSchemaView& view) {
-  const std::lock_guard lock(mutex_);
-  std::shared_ptr<Entry>& entry = entries_[&view.Schema()];
-  if (entry) {
-    ++entry->registrations;
-  } else {
-    entry = std::make_shared<Entry>(view);
+  const Guard guard(Rank::COMPILED_SCHEMAS);
+  const auto [entry, added] = entries_.try_emplace(&view.Schema(), view);
+  if (!added) {
+    ++entry->second.registrations;
   }
 }
 
 void SchemaRegistry::Remove(const Json::Value& schema) noexcept {
-  std::shared_ptr<Entry> last;  // freed after the lock is given up
-  const std::lock_guard lock(mutex_);
+  std::shared_ptr<const CompiledSchema> last;  // freed after the lock is given up
+  const Guard guard(Rank::COMPILED_SCHEMAS);
   const auto entry = entries_.find(&schema);
-  if (entry != entries_.end() && --entry->second->registrations == 0) {
-    last = std::move(entry->second);
+  if (entry != entries_.end() && --entry->second.registrations == 0) {
+    last = std::move(entry->second.form);
     entries_.erase(entry);
   }
 }
 
 std::shared_ptr<const CompiledSchema> SchemaRegistry::Find(const Json::Value& schema) {
-  std::shared_ptr<Entry> entry;
+  const Json::TypeSchemaView* view = nullptr;
   {
-    const std::lock_guard lock(mutex_);
-    const auto found = entries_.find(&schema);
-    if (found == entries_.end()) {
+    const Guard guard(Rank::COMPILED_SCHEMAS);
+    const auto entry = entries_.find(&schema);
+    if (entry == entries_.end()) {
       return nullptr;
     }
-    entry = found->second;
+    if (entry->second.form) {
+      return entry->second.form;
+    }
+    view = &entry->second.view;
   }
-  std::call_once(entry->compiled,
-                 [&] { entry->form = std::make_unique<const CompiledSchema>(entry->view); });
-  const CompiledSchema* form = entry->form.get();
-  return std::shared_ptr<const CompiledSchema>(std::move(entry), form);
+  std::shared_ptr<const CompiledSchema> made = std::make_shared<const CompiledSchema>(*view);
+  const Guard guard(Rank::COMPILED_SCHEMAS);
+  const auto entry = entries_.find(&schema);
+  if (entry == entries_.end()) {
+    return made;  // removed meanwhile
+  }
+  if (!entry->second.form) {
+    entry->second.form = std::move(made);
+  }
+  return entry->second.form;
 }
 
 }  // namespace JsonValidator

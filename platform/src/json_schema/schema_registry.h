@@ -5,17 +5,16 @@
 #include "json_schema/compiled_schema.h"
 
 #include <memory>
-#include <mutex>
 #include <unordered_map>
 
 namespace JsonValidator {
 
 /// Compiled schemas by the address of their values, each compiled when it is first asked for. Safe
-/// from several threads: the lock is held for a look-up only, and compiling one schema keeps nobody
-/// from another.
+/// from several threads: the process's lock is held for a look-up only. Nobody waits for a schema to
+/// be compiled, which takes long: threads that need one at once each do it, and the first one's form
+/// stays.
 class SchemaRegistry {
  public:
-  /// The process's own. Never destroyed: types may still be used while the process exits.
   static SchemaRegistry& Instance();
 
   /// A schema may be added several times, and then stays until it is removed as often.
@@ -31,13 +30,12 @@ class SchemaRegistry {
     explicit Entry(const Json::TypeSchemaView& its) : view(its) {}
 
     const Json::TypeSchemaView& view;
-    std::once_flag compiled;
-    std::unique_ptr<const CompiledSchema> form;
+    std::shared_ptr<const CompiledSchema> form;
     int registrations = 1;
   };
 
-  std::mutex mutex_;
-  std::unordered_map<const Json::Value*, std::shared_ptr<Entry>> entries_;
+  // Under the lock.
+  std::unordered_map<const Json::Value*, Entry> entries_;
 };
 
 }  // namespace JsonValidator

@@ -1,7 +1,6 @@
 #include "schema/loaded_type.h"
 
 #include "json/schema_keywords.h"
-#include "schema/schema_locks.h"
 #include "schema/type_documents.h"
 
 #include <stdexcept>
@@ -157,18 +156,12 @@ LoadedType::LoadedType(const TypeName& name, std::string_view text)
   rebootRequired_ = Json::IsTrue(*schema, Keyword::kRebootRequired);
   confirmedDuringUpgrade_ = Json::IsTrue(*schema, Keyword::kConfirmedDuringUpgrade);
   view_ = std::make_unique<const Json::TypeSchemaView>(*schema);
-  {
-    const std::lock_guard lock(SchemaLocks::Get().registrations);
-    registration_ = std::make_unique<JsonValidator::Registration>(*view_);
-  }
+  registration_ = std::make_unique<JsonValidator::Registration>(*view_);
   const Json::SchemaPlace root = view_->Root();
   root_ = std::make_unique<TypeNode>(*this, name.key, root, root.InstanceIdMember());
 }
 
-LoadedType::~LoadedType() {
-  const std::lock_guard lock(SchemaLocks::Get().registrations);
-  registration_.reset();
-}
+LoadedType::~LoadedType() = default;
 
 std::shared_ptr<SchemaObject> LoadedType::Handle(const TypeNode& node) const {
   const std::shared_ptr<const LoadedType> self = shared_from_this();

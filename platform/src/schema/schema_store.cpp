@@ -1,15 +1,15 @@
 #include "platform/schema_store.h"
 
 #include "platform/host_paths.h"
+#include "platform/made_once.h"
+#include "platform/process_locks.h"
 
 #include "schema/file_stamp.h"
 #include "schema/schema_database.h"
-#include "schema/schema_locks.h"
 #include "schema/used_types.h"
 
 #include <atomic>
 #include <exception>
-#include <mutex>
 #include <optional>
 
 namespace TarnSchemaStore {
@@ -29,17 +29,21 @@ struct Observation {
   std::shared_ptr<UsedTypes> types;
 };
 
+using ProcessLocks::Guard;
+using ProcessLocks::Rank;
 using ObservationHandle = std::shared_ptr<const Observation>;
 
-// Leaked, as the locks are.
-ObservationHandle& Current() {
-  static ObservationHandle& current = *new ObservationHandle;
-  return current;
-}
+constinit MadeOnce<ObservationHandle> current;  // what it holds is read and changed under the lock
 
 ObservationHandle LastObservation() {
-  const std::lock_guard lock(SchemaLocks::Get().current);
-  return Current();
+  const Guard guard(Rank::CURRENT_TYPES);
+  return current.Get();
+}
+
+void Replace(ObservationHandle& place, ObservationHandle observation) noexcept {
+  // What was kept is freed when the lock is given up.
+  const Guard guard(Rank::CURRENT_TYPES);
+  place.swap(observation);
 }
 
 std::optional<std::int64_t> TryReadGeneration() {
@@ -54,7 +58,7 @@ std::optional<std::int64_t> TryReadGeneration() {
 // A file with another stamp is taken for another file. With the same stamp the generation decides,
 // as long as the stamp is too fresh to be trusted.
 std::shared_ptr<UsedTypes> Observe() {
-  const std::lock_guard reading(SchemaLocks::Get().database);
+  const Guard reading(Rank::SCHEMA_READING);
   const ObservationHandle last = LastObservation();
   auto next = std::make_shared<Observation>();
   next->rootGeneration = HostPaths::RootGeneration();
@@ -77,8 +81,7 @@ std::shared_ptr<UsedTypes> Observe() {
       sameStamp && next->generation.has_value() && next->generation == last->generation;
   next->types = same ? last->types : std::make_shared<UsedTypes>();
 
-  const std::lock_guard lock(SchemaLocks::Get().current);
-  Current() = next;
+  Replace(current.Get(), next);
   return next->types;
 }
 
@@ -121,8 +124,9 @@ std::shared_ptr<UsedTypes> CurrentTypes() {
 }  // namespace
 
 void ForgetCurrentTypes() noexcept {
-  const std::lock_guard lock(SchemaLocks::Get().current);
-  Current().reset();
+  if (ObservationHandle* const kept = current.Find()) {
+    Replace(*kept, nullptr);
+  }
 }
 
 std::shared_ptr<SchemaStore> SchemaStore::GetStore(bool /*flag*/) {

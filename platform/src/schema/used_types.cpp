@@ -1,13 +1,17 @@
 #include "schema/used_types.h"
 
+#include "platform/process_locks.h"
+
 #include "schema/loaded_type.h"
 #include "schema/schema_database.h"
-#include "schema/schema_locks.h"
 
 #include <functional>
-#include <mutex>
 
 namespace TarnSchemaStore {
+
+using ProcessLocks::Guard;
+using ProcessLocks::Rank;
+
 namespace {
 
 // Callers may ask for any name; what is remembered of them has an end.
@@ -29,7 +33,7 @@ bool UsedTypes::Equal::operator()(const NameView& a, const TypeName& b) const no
 }
 
 bool UsedTypes::Find(const NameView& name, std::shared_ptr<SchemaObject>& type) const {
-  const std::lock_guard lock(SchemaLocks::Get().types);
+  const Guard guard(Rank::USED_TYPES);
   const auto found = types_.find(name);
   if (found == types_.end()) {
     return false;
@@ -39,7 +43,7 @@ bool UsedTypes::Find(const NameView& name, std::shared_ptr<SchemaObject>& type) 
 }
 
 std::vector<TypeName> UsedTypes::GetTypes() const {
-  const std::lock_guard lock(SchemaLocks::Get().database);
+  const Guard reading(Rank::SCHEMA_READING);
   return SchemaDatabase(SchemaDatabase::Access::READ).ReadAllNames();
 }
 
@@ -51,7 +55,7 @@ std::shared_ptr<SchemaObject> UsedTypes::GetSchemaObject(const std::string& comp
   if (Find(view, type)) {
     return type;
   }
-  const std::lock_guard reading(SchemaLocks::Get().database);
+  const Guard reading(Rank::SCHEMA_READING);
   if (Find(view, type)) {
     return type;
   }
@@ -60,7 +64,7 @@ std::shared_ptr<SchemaObject> UsedTypes::GetSchemaObject(const std::string& comp
   if (kept) {
     type = LoadedType::FromText(name, kept->text);
   }
-  const std::lock_guard lock(SchemaLocks::Get().types);
+  const Guard guard(Rank::USED_TYPES);
   if (type == nullptr && ++absent_ > kMaxAbsent) {
     return type;
   }

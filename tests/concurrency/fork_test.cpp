@@ -1,0 +1,133 @@
+// A child has none of its parent's other threads, but a copy of everything that they held when it was
+// forked.
+#include "tarnconfigstore/host.h"
+
+#include "platform/json_validator.h"
+#include "platform/store_error.h"
+
+#include "support/child_process.h"
+#include "support/store_fixture.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace TestSupport;
+using TarnConfigStore::ConfigStore;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kInstrumented = true;
+#elif defined(__has_feature)
+constexpr bool kInstrumented = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool kInstrumented = false;
+#endif
+
+// A process that waits for nobody ends by a signal after these.
+constexpr unsigned kChildSeconds = 10;
+constexpr unsigned kTestSeconds = 280;
+
+// Does something over and over on a thread of its own.
+class Busy {
+ public:
+  explicit Busy(const std::function<void()>& something)
+      : thread_([this, something] {
+          while (!stop_) {
+            something();
+          }
+        }) {}
+  ~Busy() {
+    stop_ = true;
+    thread_.join();
+  }
+  Busy(const Busy&) = delete;
+  Busy& operator=(const Busy&) = delete;
+
+ private:
+  std::atomic<bool> stop_{false};
+  std::thread thread_;
+};
+
+using Forking = StoreFixture;
+
+TEST_F(Forking, NoChildWaitsForWhatAThreadOfItsParentHeld) {
+  constexpr int kChildren = kInstrumented ? 500 : 10'000;
+  enum Outcome { READ, REFUSED, WRONG, OUTCOMES };
+  alarm(kTestSeconds);
+  Set(plain_, R"({"name":"read by everybody"})");
+  DBStore::testing::SetHook([](auto, auto) { return 0; });
+  const auto readOne = [this] {
+    return ConfigStore::GetStore("")->Get(plain_)->GetData() == R"({"name":"read by everybody"})" &&
+           TarnConfigStore::GetHostRoot() == host_.Root();
+  };
+  int outcomes[OUTCOMES] = {};
+  {
+    CSLogger::SetSink([](int, const char*) { TarnConfigStore::GetHostRoot(); });
+    const Busy busy([&readOne] { ASSERT_TRUE(readOne()); });
+    for (int i = 0; i < kChildren; ++i) {
+      const int outcome = InChild([&readOne] {
+        alarm(kChildSeconds);
+        TarnConfigStore::GetHostRoot();
+        try {
+          return readOne() ? READ : WRONG;
+        } catch (const TarnConfigStore::ConfigStoreException&) {
+          // Forked while the other thread was in the database: nothing can be read, but it is said.
+          const DBStore::LastError& error = DBStore::GetLastError();
+          return error.message.find("forked in the middle") != std::string::npos ? REFUSED : WRONG;
+        }
+      });
+      ASSERT_LT(outcome, WRONG) << "child " << i << " (1014 is one that waited for ever)";
+      ++outcomes[outcome];
+    }
+  }
+  DBStore::testing::SetHook({});
+  alarm(0);
+  std::printf("%d children read, %d were refused\n", outcomes[READ], outcomes[REFUSED]);
+  EXPECT_GT(outcomes[READ], 0);
+}
+
+// The schema takes so long to be compiled that children are forked meanwhile.
+TEST(ForkingValidator, ChildValidatesWithASchemaThatAnotherThreadCompiles) {
+  constexpr int kProperties = kInstrumented ? 1'000 : 5'000;
+  std::string text = R"({"properties":{)";
+  for (int i = 0; i < kProperties; ++i) {
+    text += "\"p" + std::to_string(i) + R"(":{"pattern":"^[a-z]+(-[0-9]{1,3})*$"},)";
+  }
+  Json::Document schema;
+  schema.Parse((text + R"("last":{"type":"integer"}}})").c_str());
+  const Json::TypeSchemaView view(schema);
+  const JsonValidator::Registration registration(view);
+  const auto validates = [&schema] {
+    Json::Document value;
+    value.Parse(R"({"last":"text"})");
+    Json::Document findings;
+    JsonValidator::Validate(schema, value, findings, {JsonValidator::RULE_JSON_SCHEMA}, "");
+    return findings.Size() == 1;
+  };
+  std::atomic<bool> compiled{false};
+  std::thread compiler([&] {
+    EXPECT_TRUE(validates());
+    compiled = true;
+  });
+  std::vector<std::unique_ptr<ChildProcess>> children;
+  do {
+    children.push_back(std::make_unique<ChildProcess>([&validates] {
+      alarm(kChildSeconds);
+      return validates() ? 0 : 1;
+    }));
+    usleep(1000);
+  } while (!compiled);
+  compiler.join();
+  for (const auto& child : children) {
+    EXPECT_EQ(child->Wait(), 0);
+  }
+}
+
+}  // namespace
