@@ -2,6 +2,8 @@
 
 #include "tarnconfigstore/boot_state.h"
 
+#include "platform/made_once.h"
+
 #include "errors/raise.h"
 #include "json/json.h"
 
@@ -14,10 +16,11 @@ namespace {
 constexpr const char* kModeRemediated = "1";
 constexpr const char* kModeChangesStaged = "4";
 
-const std::string& BootMode() {
-  static const std::string& key = *new std::string("BOOT_MODE");
-  return key;
-}
+struct Keys {
+  const std::string isBoot = "IS_BOOT";
+  const std::string bootMode = "BOOT_MODE";
+};
+constinit MadeOnce<const Keys> keys;
 
 std::string ReadFlag(const std::string& key, const DBStore::ConnectionHandle& connection) {
   std::string value;
@@ -31,8 +34,7 @@ std::string ReadFlag(const std::string& key, const DBStore::ConnectionHandle& co
 }  // namespace
 
 bool IsBootInternal(const DBStore::ConnectionHandle& connection) {
-  static const std::string& key = *new std::string("IS_BOOT");
-  return ReadFlag(key, connection) == "true";
+  return ReadFlag(keys.Get().isBoot, connection) == "true";
 }
 
 bool IsBoot() {
@@ -53,7 +55,7 @@ int GetBootInfo() {
 }
 
 bool IsRemediatedInternal(const DBStore::ConnectionHandle& connection) {
-  return ReadFlag(BootMode(), connection) == kModeRemediated;
+  return ReadFlag(keys.Get().bootMode, connection) == kModeRemediated;
 }
 
 void RequireNoRemediation(const DBStore::ConnectionHandle& connection) {
@@ -63,7 +65,7 @@ void RequireNoRemediation(const DBStore::ConnectionHandle& connection) {
 }
 
 void AnnounceStagedChanges(const DBStore::ConnectionHandle& connection) {
-  if (DBStore::WriteKeyValue(BootMode(), kModeChangesStaged, connection) != 0) {
+  if (DBStore::WriteKeyValue(keys.Get().bootMode, kModeChangesStaged, connection) != 0) {
     ThrowFailure("Failed to write BootMode to database.");
   }
 }

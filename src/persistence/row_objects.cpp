@@ -1,6 +1,7 @@
 #include "persistence/row_objects.h"
 
 #include "platform/logger.h"
+#include "platform/made_once.h"
 
 #include "errors/raise.h"
 #include "objects/access.h"
@@ -13,9 +14,10 @@
 namespace TarnConfigStore {
 namespace {
 
+constinit MadeOnce<const ConfigStoreObjectId> noParent;
+
 const ConfigStoreObjectId& NoParent() {
-  static const ConfigStoreObjectId& none = *new ConfigStoreObjectId("", "", "");
-  return none;
+  return noParent.Get([] { return ConfigStoreObjectId("", "", ""); });
 }
 
 }  // namespace

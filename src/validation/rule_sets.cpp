@@ -1,6 +1,7 @@
 #include "validation/rule_sets.h"
 
 #include "platform/json_validator.h"
+#include "platform/made_once.h"
 
 #include <array>
 #include <utility>
@@ -24,7 +25,6 @@ RuleSet Updated(unsigned parts) {
   return rules;
 }
 
-// Leaked, so that callers that run while the process exits still find them.
 struct RuleSets {
   const RuleSet update = {RULE_DECLARED_MEMBERS, RULE_JSON_SCHEMA};
   const RuleSet vital = {RULE_DECLARED_MEMBERS, RULE_JSON_SCHEMA, RULE_VITAL_ONLY};
@@ -40,9 +40,10 @@ struct RuleSets {
                         RULE_INSTANCE_IDS, RULE_REQUIRED};
 };
 
+constinit MadeOnce<const RuleSets> ruleSets;
+
 const RuleSets& TheRuleSets() {
-  static const RuleSets& sets = *new RuleSets;
-  return sets;
+  return ruleSets.Get();
 }
 
 }  // namespace

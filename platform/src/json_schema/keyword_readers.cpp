@@ -1,4 +1,6 @@
 // The keywords of schemas, one by one.
+#include "platform/made_once.h"
+
 #include "json_schema/describe.h"
 #include "json_schema/number.h"
 #include "json_schema/schema_compiler.h"
@@ -39,9 +41,13 @@ TypeSet TypeNamed(std::string_view name) {
 }  // namespace
 
 const std::unordered_map<std::string_view, SchemaCompiler::Keyword>& SchemaCompiler::Keywords() {
+  static constinit MadeOnce<const std::unordered_map<std::string_view, Keyword>> keywords;
+  return keywords.Get(MakeKeywords);
+}
+
+std::unordered_map<std::string_view, SchemaCompiler::Keyword> SchemaCompiler::MakeKeywords() {
   using Self = SchemaCompiler;
-  // Never freed: schemas may still be compiled while the process exits.
-  static const auto& keywords = *new std::unordered_map<std::string_view, Keyword>{
+  return {
       {"type", {[](Self& c, Node& n, const Entry& e) { c.ReadType(n, e); }}},
       {"const", {[](Self&, Node& n, const Entry& e) { n.constant = &e.value; }}},
       {"enum", {[](Self& c, Node& n, const Entry& e) {
@@ -120,7 +126,6 @@ const std::unordered_map<std::string_view, SchemaCompiler::Keyword>& SchemaCompi
       {"instanceId",
        {[](Self& c, Node& n, const Entry& e) { c.ReadTag(n, e, kInstanceIdTag); }, true}},
   };
-  return keywords;
 }
 
 const Json::Value* SchemaCompiler::Number(const Entry& entry) {

@@ -1,5 +1,7 @@
 #include "json_schema/pattern.h"
 
+#include "platform/made_once.h"
+
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
 
@@ -58,19 +60,24 @@ void GiveBack(pcre2_match_data* data, bool keep) {
   kept.data = data;
 }
 
-pcre2_match_context* Limits() {
-  // Never freed: validations may still run while the process exits.
-  static pcre2_match_context* const limits = [] {
-    pcre2_match_context* context = pcre2_match_context_create(nullptr);
-    if (context == nullptr) {
+class Limits {
+ public:
+  Limits() : context_(pcre2_match_context_create(nullptr)) {
+    if (context_ == nullptr) {
       throw std::bad_alloc();
     }
-    pcre2_set_match_limit(context, kMatchLimit);
-    pcre2_set_heap_limit(context, kHeapLimitKiB);
-    return context;
-  }();
-  return limits;
-}
+    pcre2_set_match_limit(context_, kMatchLimit);
+    pcre2_set_heap_limit(context_, kHeapLimitKiB);
+  }
+  ~Limits() { pcre2_match_context_free(context_); }
+  Limits(const Limits&) = delete;
+  Limits& operator=(const Limits&) = delete;
+  pcre2_match_context* Context() const noexcept { return context_; }
+
+ private:
+  pcre2_match_context* context_;
+};
+constinit MadeOnce<const Limits> limits;
 
 }  // namespace
 
@@ -96,7 +103,7 @@ Pattern::~Pattern() {
 Pattern::Result Pattern::Match(std::string_view text) const {
   pcre2_match_data* data = TakeMatchData();
   const int status = pcre2_match(code_, reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(), 0,
-                                 PCRE2_NO_UTF_CHECK, data, Limits());
+                                 PCRE2_NO_UTF_CHECK, data, limits.Get().Context());
   GiveBack(data, text.size() <= kShortText && (status >= 0 || status == PCRE2_ERROR_NOMATCH));
   if (status >= 0) {
     return Result::MATCH;

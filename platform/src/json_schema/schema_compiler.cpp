@@ -1,11 +1,18 @@
 #include "json_schema/schema_compiler.h"
 
+#include "platform/made_once.h"
+
 #include "json_schema/describe.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace JsonValidator {
+namespace {
+
+constinit MadeOnce<const Json::Document> generatedIdSchema;
+
+}  // namespace
 
 void SchemaCompiler::Run() {
   NodeOf(view_.Schema());
@@ -56,11 +63,11 @@ void SchemaCompiler::ReadSchema(Node& node) {
 // The store gives such elements an identifier, which comes back in objects that were read from it.
 // No type file declares it.
 void SchemaCompiler::DeclareGeneratedId(Node& node) {
-  static const Json::Value& schema = []() -> Json::Value& {
-    auto& document = *new Json::Document;
+  const Json::Value& schema = generatedIdSchema.Get([] {
+    Json::Document document;
     document.Parse(R"({"type": "string", "instanceId": true})");
     return document;
-  }();
+  });
   if (!node.object) {
     node.object = std::make_unique<ObjectRules>();
   }

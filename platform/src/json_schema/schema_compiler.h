@@ -36,6 +36,7 @@ class SchemaCompiler {
     bool besideReference = false;  ///< counts beside "$ref", which hides all assertions
   };
   static const std::unordered_map<std::string_view, Keyword>& Keywords();
+  static std::unordered_map<std::string_view, Keyword> MakeKeywords();
 
   /// The node of a schema; it is read later.
   const Node* NodeOf(const Json::Value& schema);

@@ -1,6 +1,7 @@
 #include "schema/default_rules.h"
 
 #include "platform/json_validator.h"
+#include "platform/made_once.h"
 
 #include "json/json_doc.h"
 #include "json/pointer.h"
@@ -18,11 +19,14 @@ using Json::Keyword::kProperties;
 using TarnConfigStore::JsonDoc;
 
 // What is asked of data that is complete.
+constinit MadeOnce<const std::unordered_set<int>> wholeObjectRules;
+
 const std::unordered_set<int>& WholeObjectRules() {
-  static const std::unordered_set<int>& rules = *new std::unordered_set<int>{
-      JsonValidator::RULE_DECLARED_MEMBERS, JsonValidator::RULE_JSON_SCHEMA,
-      JsonValidator::RULE_INSTANCE_IDS, JsonValidator::RULE_REQUIRED};
-  return rules;
+  return wholeObjectRules.Get([] {
+    return std::unordered_set<int>{JsonValidator::RULE_DECLARED_MEMBERS,
+                                   JsonValidator::RULE_JSON_SCHEMA,
+                                   JsonValidator::RULE_INSTANCE_IDS, JsonValidator::RULE_REQUIRED};
+  });
 }
 
 // A member's name that no property has.

@@ -1,6 +1,7 @@
 #include "schema/meta_schema.h"
 
 #include "platform/json_validator.h"
+#include "platform/made_once.h"
 
 #include "json/json_doc.h"
 
@@ -119,8 +120,12 @@ struct Compiled {
   TarnConfigStore::JsonDoc document;
   Json::TypeSchemaView view;
   JsonValidator::Registration registration;
+  const Json::Value& keywords;
 
-  Compiled() : view(Parsed(document)), registration(view) {}
+  Compiled()
+      : view(Parsed(document)),
+        registration(view),
+        keywords(view.Schema()["definitions"]["node"]["properties"]) {}
 
   static const Json::Value& Parsed(TarnConfigStore::JsonDoc& document) {
     document.Parse(kText, Json::Origin::OUTSIDE);
@@ -128,16 +133,16 @@ struct Compiled {
   }
 };
 
+constinit MadeOnce<const Compiled> compiled;
+
 }  // namespace
 
 bool IsKeyword(std::string_view name) {
-  static const Json::Value& keywords = MetaSchema()["definitions"]["node"]["properties"];
-  return Json::FindMember(keywords, name) != nullptr;
+  return Json::FindMember(compiled.Get().keywords, name) != nullptr;
 }
 
 const Json::Value& MetaSchema() {
-  static const Compiled& compiled = *new Compiled;
-  return *compiled.document.GetJsonValuePtr();
+  return compiled.Get().view.Schema();
 }
 
 }  // namespace TypeFiles
