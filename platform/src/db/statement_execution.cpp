@@ -232,15 +232,16 @@ StatementHandle Prepare(const ConnectionHandle& connection, std::string_view sql
 
 namespace {
 
-// Sets a parameter of a statement that may be bound to.
+// Sets a parameter. It goes no further than the statement's own memory: whose connection that is,
+// and whether it may be used, is asked when the statement runs.
 template <class SetParameter>
 int Set(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
         SetParameter set) {
-  CachedStatement* const entry =
-      Usable(connection) != nullptr ? EntryOf(connection, statement) : nullptr;
-  if (entry == nullptr) {
+  if (!connection || !statement) {
+    ReportFailure(ErrorKind::MISUSE, SQLITE_MISUSE, "there is no statement, or no connection");
     return SQLITE_MISUSE;
   }
+  auto* const entry = static_cast<CachedStatement*>(statement.get_deleter().slot);
   if (!set(entry->parameters)) {
     ReportFailure(ErrorKind::MISUSE, SQLITE_RANGE,
                   "\"" + entry->text + "\" has no parameter " + std::to_string(index));

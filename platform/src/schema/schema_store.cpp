@@ -6,6 +6,7 @@
 
 #include "schema/file_stamp.h"
 #include "schema/schema_database.h"
+#include "schema/type_cache.h"
 #include "schema/used_types.h"
 
 #include <atomic>
@@ -134,7 +135,7 @@ std::shared_ptr<SchemaStore> SchemaStore::GetStore(bool /*flag*/) {
 }
 
 std::shared_ptr<SchemaObjectCache> SchemaStore::GetCache() {
-  return CurrentTypes();
+  return std::make_shared<TypeCache>(CurrentTypes());
 }
 
 }  // namespace TarnSchemaStore

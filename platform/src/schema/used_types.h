@@ -12,9 +12,9 @@ namespace TarnSchemaStore {
 /// The types of the schema store as it was at one moment; a change of the store is answered with a
 /// new one of these. Each type is read on its first use, and one that is not there is remembered
 /// too.
-class UsedTypes final : public SchemaStore, public SchemaObjectCache {
+class UsedTypes final : public SchemaStore {
  public:
-  std::vector<TypeName> GetTypes() const override;
+  std::vector<TypeName> GetTypes() const;
   std::shared_ptr<SchemaObject> GetSchemaObject(const std::string& component,
                                                 const std::string& group,
                                                 const std::string& key) override;
