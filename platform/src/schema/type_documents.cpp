@@ -56,7 +56,8 @@ std::shared_ptr<JsonDoc> MakeIdMap(Json::SchemaPlace place, std::string_view key
   std::vector<Json::SchemaPlace> level = {place};
   std::set<const Json::Value*> seen = {place.Schema()};
   for (std::size_t i = 0; i < level.size(); ++i) {
-    level[i].ForEachProperty([&](std::string_view name, Json::SchemaPlace property) {
+    const Json::SchemaPlace here = level[i];  // the list grows, and moves, meanwhile
+    here.ForEachProperty([&](std::string_view name, Json::SchemaPlace property) {
       const std::string_view member = property.Items().InstanceIdMember();
       // An entry of the key's name would make a type without instances look like one that has them.
       if (!member.empty() && name != key && !map.Has(name)) {
