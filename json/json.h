@@ -51,6 +51,10 @@ struct ParseResult {
   std::string message;     ///< what was wrong, in words; empty when ok
 
   explicit operator bool() const { return ok; }
+
+  /// The fault and where in the text it is, the way editors count: "line 2, column 7: Invalid value."
+  /// Lines and bytes are counted from 1.
+  std::string Describe(std::string_view text) const;
 };
 
 /// Parses a text into the root of a document, whose allocator then owns the value: strict UTF-8,

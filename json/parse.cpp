@@ -3,8 +3,10 @@
 #include <rapidjson/error/en.h>
 #include <rapidjson/reader.h>
 
+#include <algorithm>
 #include <string>
 #include <unordered_set>
+#include <vector>
 
 namespace Json {
 namespace {
@@ -159,6 +161,31 @@ const Value* FindDuplicate(const Value& value) {
   return nullptr;
 }
 
+// Stops at the first name that its object has had before.
+struct NamesSeen : rapidjson::BaseReaderHandler<Encoding, NamesSeen> {
+  bool StartObject() {
+    open.emplace_back();
+    return true;
+  }
+  bool Key(const char* text, rapidjson::SizeType length, bool /*copy*/) {
+    return open.back().emplace(text, length).second;
+  }
+  bool EndObject(rapidjson::SizeType /*count*/) {
+    open.pop_back();
+    return true;
+  }
+
+  std::vector<std::unordered_set<std::string>> open;
+};
+
+// Where the text that has been read names a member again.
+std::size_t PlaceOfDuplicate(std::string_view text) {
+  TextStream stream(text);
+  NamesSeen names;
+  rapidjson::GenericReader<Encoding, Encoding, rapidjson::CrtAllocator> reader;
+  return reader.Parse(stream, names).Offset();
+}
+
 ParseResult Failure(std::size_t offset, std::string message) {
   return {false, offset, std::move(message)};
 }
@@ -207,9 +234,18 @@ ParseResult Parse(std::string_view text, Document& into, Origin origin) {
   if (const Value* name = result ? FindDuplicate(into) : nullptr) {
     std::string message = "member \"" + std::string(Text(*name)) + "\" is named twice";
     into.SetNull();
-    return Failure(text.size(), std::move(message));
+    return Failure(PlaceOfDuplicate(text), std::move(message));
   }
   return result;
+}
+
+std::string ParseResult::Describe(std::string_view text) const {
+  const std::string_view before = text.substr(0, offset);
+  const auto line = 1 + std::count(before.begin(), before.end(), '\n');
+  const std::size_t lineEnd = before.rfind('\n');
+  const std::size_t column =
+      lineEnd == std::string_view::npos ? before.size() + 1 : before.size() - lineEnd;
+  return "line " + std::to_string(line) + ", column " + std::to_string(column) + ": " + message;
 }
 
 const Value* FindMember(const Value& object, std::string_view name) {

@@ -1,4 +1,4 @@
-// UTF-8 as the checks need it.
+// UTF-8 as checks and printing need it.
 #pragma once
 
 #include <cstddef>

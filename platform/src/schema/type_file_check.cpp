@@ -15,16 +15,6 @@ namespace {
 
 using TarnConfigStore::JsonDoc;
 
-// Where in the text a fault is, the way editors count: lines and bytes from 1.
-std::string PlaceInText(std::string_view text, std::size_t offset) {
-  const std::string_view before = text.substr(0, std::min(offset, text.size()));
-  const auto line = 1 + std::count(before.begin(), before.end(), '\n');
-  const std::size_t lineStart = before.rfind('\n');
-  const std::size_t column =
-      lineStart == std::string_view::npos ? before.size() + 1 : before.size() - lineStart;
-  return "line " + std::to_string(line) + ", column " + std::to_string(column);
-}
-
 bool IsName(std::string_view text) {
   return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
@@ -93,7 +83,7 @@ TypeFile Check(std::string path, std::string_view text) {
   result.path = std::move(path);
   auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text.size()));
   if (const auto parsed = document->Parse(text, Json::Origin::OUTSIDE); !parsed) {
-    result.findings.push_back({"/", PlaceInText(text, parsed.offset) + ": " + parsed.message});
+    result.findings.push_back({"/", parsed.Describe(text)});
     return result;
   }
   const Json::Value& file = *document->GetJsonValuePtr();
