@@ -7,7 +7,7 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/tarnconfigstore" DESTINATION "$
 install(FILES "${PROJECT_BINARY_DIR}/include/tarnconfigstore/export.h"
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/tarnconfigstore")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/share/types" DESTINATION "${CMAKE_INSTALL_DATADIR}/tarnconfigstore")
-if(TARN_BUILD_TOOLS)
+if(TARGET tarnctl)
   install(TARGETS tarnctl RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endif()
 

@@ -1,16 +1,12 @@
-#include "boot_verbs.h"
-
 #include "tarnconfigstore/apply_next_boot.h"
 #include "tarnconfigstore/boot_state.h"
 #include "tarnconfigstore/key_values.h"
 #include "tarnconfigstore/listing.h"
-#include "tarnconfigstore/type_administration.h"
 
 #include "descriptions.h"
-#include "findings.h"
-#include "object_name.h"
-#include "store_access.h"
-#include "type_flags.h"
+#include "failure.h"
+#include "stored_objects.h"
+#include "verbs.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -33,17 +29,20 @@ constexpr const char* kBootMode = "BOOT_MODE";
 constexpr const char* kNothingStaged = "0";
 constexpr const char* kRemediation = "1";
 
-Json EntryOrNull(const char* key) {
+constexpr const char* kRest = "--rest";
+constexpr const char* kAll = "--all";
+
+Json::Value EntryOrNull(const char* key, JsonMaker& make) {
   const std::string value = TarnConfigStore::GetKeyValue(key);
-  return value.empty() ? Json() : Json(value);
+  return value.empty() ? Json::Value() : make.Of(value);
 }
 
-Json BootInfoOrNull(const Output& output) {
+Json::Value BootInfoOrNull(const Output& output) {
   if (TarnConfigStore::GetKeyValue("BOOT_INFO").empty()) {  // a host that never said
     return {};
   }
   try {
-    return TarnConfigStore::GetBootInfo();
+    return JsonMaker::Of(TarnConfigStore::GetBootInfo());
   } catch (const ConfigStoreException& error) {
     Report({ExitCode::DONE, error.GetErrorCode(), error.what(), {}}, output.AsJson());
     return {};
@@ -51,15 +50,15 @@ Json BootInfoOrNull(const Output& output) {
 }
 
 /// Why nothing can be staged now; null when something can.
-Json StagingObstacle() {
+Json::Value StagingObstacle(JsonMaker& make) {
   if (TarnConfigStore::GetKeyValue(kBootMode) == kRemediation) {
-    return "the host is being remediated";
+    return make.Of("the host is being remediated");
   }
   try {
     OpenStore()->GetNextBootStore();
     return {};
   } catch (const ValidationException& error) {
-    return error.what();
+    return make.Of(error.what());
   }
 }
 
@@ -67,41 +66,48 @@ bool IsWaiting(const StoredObject& object) {
   return object.hasPending || !object.confirmed;
 }
 
-Json DescribeWaiting() {
-  Json list = Json::array();
-  for (const auto& object : TarnConfigStore::ListStored(ParsePrefixIfGiven(""))) {
-    if (IsWaiting(object)) {
-      list.push_back({{"object", FormatObject(object.id)},
-                      {"pending", object.hasPending},
-                      {"confirmed", object.confirmed}});
-    }
-  }
-  return list;
+std::vector<StoredObject> ListConcerned(const ConfigStoreObjectId& prefix, bool isAccepted) {
+  auto objects = TarnConfigStore::ListStored(prefix);
+  std::erase_if(objects, [isAccepted](const StoredObject& object) {
+    return isAccepted ? !IsWaiting(object) : !object.hasPending;
+  });
+  return objects;
 }
 
-Json ListRebootTypes() {
-  Json list = Json::array();
-  for (const auto& type : TarnConfigStore::ListTypes()) {
-    const auto flags = SplitFlags(type.flags);
-    if (std::find(flags.begin(), flags.end(), "rebootRequired") != flags.end()) {
-      list.push_back(FormatObject({type.key, type.group, type.component}));
-    }
-  }
-  return list;
+Json::Value DescribeWaiting(JsonMaker& make) {
+  return make.List(ListConcerned(ParsePrefixIfGiven(""), true), [&](const StoredObject& object) {
+    return make.Object("object", FormatObject(object.id), "pending", object.hasPending, "confirmed",
+                       object.confirmed);
+  });
 }
 
-Json Describe(const ApplyResult& result) {
-  Json applied = Json::array();
-  for (const auto& change : result.applied) {
-    applied.push_back({{"object", FormatObject(change.id)}, {"action", NameAction(change.action)}});
-  }
-  Json staged = Json::array();
-  for (const auto& change : result.staged) {
-    staged.push_back({{"object", FormatObject(change.id)},
-                      {"action", NameAction(change.action)},
-                      {"findings", ListFindings(change.findings)}});
-  }
-  return {{"applied", std::move(applied)}, {"staged", std::move(staged)}};
+// Boot information that makes no sense is reported, and keeps nobody from the rest.
+void ShowStatus(const Given& /*given*/, const Output& output) {
+  JsonMaker make;
+  const bool booting = TarnConfigStore::IsBoot();
+  Json::Value bootInfo = BootInfoOrNull(output);
+  Json::Value obstacle = StagingObstacle(make);
+  const bool canStage = obstacle.IsNull();
+  output.Print(make.Object(
+      "booting", booting, "bootInfo", std::move(bootInfo), "bootMode", EntryOrNull(kBootMode, make),
+      "upgradeContext", TarnConfigStore::GetUpgradeContext(), "canStage", canStage, "obstacle",
+      std::move(obstacle), "staged", DescribeStaged(ParsePrefixIfGiven(""), make), "waiting",
+      DescribeWaiting(make), "rebootTypes", ListRebootTypes(make)));
+}
+
+void ShowInfo(const Given& /*given*/, const Output& output) {
+  output.PrintMember(JsonMaker::Of(TarnConfigStore::GetBootInfo()));
+}
+
+Json::Value Describe(const ApplyResult& result, JsonMaker& make) {
+  Json::Value applied = make.List(result.applied, [&](const auto& change) {
+    return make.Object("object", FormatObject(change.id), "action", NameAction(change.action));
+  });
+  Json::Value staged = make.List(result.staged, [&](const UnappliedChange& change) {
+    return make.Object("object", FormatObject(change.id), "action", NameAction(change.action),
+                       "findings", ListFindings(change.findings, make));
+  });
+  return make.Object("applied", std::move(applied), "staged", std::move(staged));
 }
 
 std::string DescribeRefusal(const ApplyResult& result, bool applyRest) {
@@ -114,53 +120,16 @@ std::string DescribeRefusal(const ApplyResult& result, bool applyRest) {
   return text + (applyRest ? "" : "; nothing was applied: --rest applies the others");
 }
 
-std::vector<StoredObject> ListConcerned(const ConfigStoreObjectId& prefix, BootVerdict verdict) {
-  auto objects = TarnConfigStore::ListStored(prefix);
-  const auto others =
-      std::remove_if(objects.begin(), objects.end(), [verdict](const StoredObject& object) {
-        return verdict == BootVerdict::ACCEPT ? !IsWaiting(object) : !object.hasPending;
-      });
-  objects.erase(others, objects.end());
-  return objects;
-}
-
-void SetStatus(const ConfigStoreObjectId& id, BootVerdict verdict) {
-  TarnConfigStore::SetBootStatus(id, verdict == BootVerdict::ACCEPT);
-}
-
-void SayHowMany(std::size_t count, BootVerdict verdict) {
-  const char* noun = verdict == BootVerdict::ACCEPT ? "object" : "pending value";
-  const char* outcome = verdict == BootVerdict::ACCEPT ? "accepted" : "dropped";
-  std::fprintf(stderr, "tarnctl: %zu %s%s %s\n", count, noun, count == 1 ? "" : "s", outcome);
-}
-
-}  // namespace
-
-void ShowBootStatus(const Output& output) {
-  const bool booting = TarnConfigStore::IsBoot();
-  Json bootInfo = BootInfoOrNull(output);
-  Json obstacle = StagingObstacle();
-  output.Print({{"booting", booting},
-                {"bootInfo", std::move(bootInfo)},
-                {"bootMode", EntryOrNull(kBootMode)},
-                {"upgradeContext", TarnConfigStore::GetUpgradeContext()},
-                {"canStage", obstacle.is_null()},
-                {"obstacle", std::move(obstacle)},
-                {"staged", DescribeStaged(ParsePrefixIfGiven(""))},
-                {"waiting", DescribeWaiting()},
-                {"rebootTypes", ListRebootTypes()}});
-}
-
-void ShowBootInfo(const Output& output) {
-  output.PrintMember(TarnConfigStore::GetBootInfo());
-}
-
-void ApplyStaged(bool applyRest, const Output& output) {
+// Makes the staged changes current, and ends the boot mode that staging began when nothing stays
+// staged.
+void Apply(const Given& given, const Output& output) {
+  const bool applyRest = given.Has(kRest);
   const ApplyResult result = TarnConfigStore::ApplyNextBootConfig({applyRest});
   if (result.staged.empty()) {
     TarnConfigStore::SetKeyValue(kBootMode, kNothingStaged);
   }
-  output.PrintLenient(Describe(result));
+  JsonMaker make;
+  output.PrintLenient(Describe(result, make));
   if (!result.staged.empty()) {
     throw ToolError({ExitCode::INVALID,
                      TarnConfigStore::CS_GENERIC,
@@ -170,27 +139,68 @@ void ApplyStaged(bool applyRest, const Output& output) {
   }
 }
 
-void JudgeBoot(const std::string& object, BootVerdict verdict) {
-  const ConfigStoreObjectId id = ParseObject(object);
-  if (TarnConfigStore::ListStored(id).empty()) {
-    RaiseNotStored(id);
-  }
-  const std::size_t count = ListConcerned(id, verdict).size();
-  SetStatus(id, verdict);
-  SayHowMany(count, verdict);
-}
-
-void JudgeWholeBoot(BootVerdict verdict) {
-  const auto concerned = ListConcerned(ParsePrefixIfGiven(""), verdict);
-  ConfigStoreObjectId judged("", "", "");
-  for (const StoredObject& object : concerned) {  // sorted: the instances of a type in a row
-    const ConfigStoreObjectId type(object.id.key, object.id.group, object.id.component);
-    if (type != judged) {
-      SetStatus(type, verdict);
-      judged = type;
+// What the host made of the values that waited for its boot: they become the user's, or are dropped.
+// Rows that an upgrade left to be confirmed are confirmed by the former, and stay as they are by the
+// latter.
+void Judge(const Given& given, bool isAccepted) {
+  ConfigStoreObjectId concerned = ParsePrefixIfGiven("");
+  if (!given.Has(kAll)) {
+    concerned = ParseObject(given.Text(kObject));
+    if (TarnConfigStore::ListStored(concerned).empty()) {
+      RaiseNotStored(concerned);
     }
   }
-  SayHowMany(concerned.size(), verdict);
+  const auto objects = ListConcerned(concerned, isAccepted);
+  if (!given.Has(kAll)) {
+    TarnConfigStore::SetBootStatus(concerned, isAccepted);
+  } else {
+    ConfigStoreObjectId judged("", "", "");
+    for (const StoredObject& object : objects) {  // sorted: the instances of a type in a row
+      const ConfigStoreObjectId type(object.id.key, object.id.group, object.id.component);
+      if (type != judged) {
+        TarnConfigStore::SetBootStatus(type, isAccepted);
+        judged = type;
+      }
+    }
+  }
+  std::fprintf(stderr, "tarnctl: %zu %s%s %s\n", objects.size(),
+               isAccepted ? "object" : "pending value", objects.size() == 1 ? "" : "s",
+               isAccepted ? "accepted" : "dropped");
+}
+
+Verb VerdictVerb(const char* name, const char* help, bool isAccepted) {
+  return {
+      .name = name,
+      .help = help,
+      .choice = Choice{.name = "Which",
+                       .isRequired = true,
+                       .arguments = {{.name = kObject, .help = "A TYPE means all its instances"},
+                                     {.name = kAll,
+                                      .help = "Everything that waits",
+                                      .takes = Takes::NOTHING}}},
+      .run = [isAccepted](const Given& given, const Output& /*output*/) {
+        Judge(given, isAccepted);
+      }};
+}
+
+}  // namespace
+
+Verb BootVerbs() {
+  return {
+      .name = "boot",
+      .help = "Look at the host's boot, and play the boot process",
+      .verbs = {{.name = "status",
+                 .help = "Print what boots, what is staged, and what waits to be accepted",
+                 .run = ShowStatus},
+                {.name = "info", .help = "Print the kind of the boot", .run = ShowInfo},
+                {.name = "apply",
+                 .help = "Make the staged changes current: all of them, or none",
+                 .arguments = {{.name = kRest,
+                                .help = "Apply those that fit even when others do not",
+                                .takes = Takes::NOTHING}},
+                 .run = Apply},
+                VerdictVerb("accept", "Make the values that waited for this boot the user's", true),
+                VerdictVerb("reject", "Drop the values that waited for this boot", false)}};
 }
 
 }  // namespace tarnctl

@@ -1,23 +1,43 @@
 #include "descriptions.h"
 
+#include "json/schema_keywords.h"
 #include "object_name.h"
 
-#include <initializer_list>
+#include <algorithm>
+#include <sstream>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace tarnctl {
 namespace {
 
+using TarnConfigStore::InstalledType;
 using TarnConfigStore::NextBootAction;
 
-Json NamePresent(std::initializer_list<std::pair<bool, const char*>> values) {
-  Json names = Json::array();
+using NamedValues = std::vector<std::pair<bool, const char*>>;
+
+Json::Value NamePresent(const NamedValues& values, JsonMaker& make) {
+  std::vector<std::string> names;
   for (const auto& [present, name] : values) {
     if (present) {
-      names.push_back(name);
+      names.emplace_back(name);
     }
   }
+  return make.Of(names);
+}
+
+std::vector<std::string> SplitFlags(const std::string& flags) {
+  std::vector<std::string> names;
+  std::istringstream words(flags);
+  for (std::string name; words >> name;) {
+    names.push_back(name);
+  }
   return names;
+}
+
+std::string NameType(const InstalledType& type) {
+  return FormatObject({type.key, type.group, type.component});
 }
 
 }  // namespace
@@ -34,35 +54,45 @@ const char* NameAction(NextBootAction action) {
   return "DELETE_INSTANCE";
 }
 
-Json Describe(const TarnConfigStore::StoredObject& object) {
-  return {{"object", FormatObject(object.id)},
-          {"version", object.version},
-          {"revision", object.revision},
-          {"creationTime", object.creationTime},
-          {"modifiedTime", object.modifiedTime},
-          {"confirmed", object.confirmed},
-          {"values", NamePresent({{object.hasUser, "user"},
-                                  {object.hasAutomatic, "automatic"},
-                                  {object.hasVital, "vital"},
-                                  {object.hasCached, "cached"},
-                                  {object.hasPending, "pending"}})}};
+Json::Value Describe(const InstalledType& type, JsonMaker& make) {
+  return make.Object("type", NameType(type), "version", type.version, "instances",
+                     type.hasInstances, "flags", SplitFlags(type.flags));
 }
 
-Json Describe(const TarnConfigStore::StagedChange& change) {
-  return {{"object", FormatObject(change.id)},
-          {"action", NameAction(change.action)},
-          {"version", change.version},
-          {"values", NamePresent({{change.hasUser, "user"},
-                                  {change.hasVital, "vital"},
-                                  {change.hasCached, "cached"}})}};
+Json::Value Describe(const TarnConfigStore::StoredObject& object, JsonMaker& make) {
+  const NamedValues values = {{object.hasUser, "user"},
+                              {object.hasAutomatic, "automatic"},
+                              {object.hasVital, "vital"},
+                              {object.hasCached, "cached"},
+                              {object.hasPending, "pending"}};
+  return make.Object("object", FormatObject(object.id), "version", object.version, "revision",
+                     object.revision, "creationTime", object.creationTime, "modifiedTime",
+                     object.modifiedTime, "confirmed", object.confirmed, "values",
+                     NamePresent(values, make));
 }
 
-Json DescribeStaged(const TarnConfigStore::ConfigStoreObjectId& prefix) {
-  Json list = Json::array();
-  for (const auto& change : TarnConfigStore::ListStaged(prefix)) {
-    list.push_back(Describe(change));
+Json::Value Describe(const TarnConfigStore::StagedChange& change, JsonMaker& make) {
+  const NamedValues values = {
+      {change.hasUser, "user"}, {change.hasVital, "vital"}, {change.hasCached, "cached"}};
+  return make.Object("object", FormatObject(change.id), "action", NameAction(change.action),
+                     "version", change.version, "values", NamePresent(values, make));
+}
+
+Json::Value DescribeStaged(const TarnConfigStore::ConfigStoreObjectId& prefix, JsonMaker& make) {
+  return make.List(
+      TarnConfigStore::ListStaged(prefix),
+      [&](const TarnConfigStore::StagedChange& change) { return Describe(change, make); });
+}
+
+Json::Value ListRebootTypes(JsonMaker& make) {
+  std::vector<std::string> names;
+  for (const InstalledType& type : TarnConfigStore::ListTypes()) {
+    const auto flags = SplitFlags(type.flags);
+    if (std::find(flags.begin(), flags.end(), Json::Keyword::kRebootRequired) != flags.end()) {
+      names.push_back(NameType(type));
+    }
   }
-  return list;
+  return make.Of(names);
 }
 
 }  // namespace tarnctl

@@ -1,19 +1,24 @@
-// What lists say of stored objects and staged changes.
+// What lists say of types, stored objects and staged changes.
 #pragma once
 
 #include "tarnconfigstore/listing.h"
+#include "tarnconfigstore/type_administration.h"
 
-#include "json_text.h"
+#include "json_maker.h"
 
 namespace tarnctl {
 
 /// The name under which the store keeps an action.
 const char* NameAction(TarnConfigStore::NextBootAction action);
 
-Json Describe(const TarnConfigStore::StoredObject& object);
-Json Describe(const TarnConfigStore::StagedChange& change);
+Json::Value Describe(const TarnConfigStore::InstalledType& type, JsonMaker& make);
+Json::Value Describe(const TarnConfigStore::StoredObject& object, JsonMaker& make);
+Json::Value Describe(const TarnConfigStore::StagedChange& change, JsonMaker& make);
 
 /// An array of all changes that are staged under a prefix.
-Json DescribeStaged(const TarnConfigStore::ConfigStoreObjectId& prefix);
+Json::Value DescribeStaged(const TarnConfigStore::ConfigStoreObjectId& prefix, JsonMaker& make);
+
+/// An array of the names of the types that need a reboot.
+Json::Value ListRebootTypes(JsonMaker& make);
 
 }  // namespace tarnctl

@@ -2,9 +2,10 @@
 
 #include "tarnconfigstore/diagnostics.h"
 
-#include "findings.h"
-#include "json_text.h"
+#include "json/print.h"
+#include "output.h"
 
+#include <cstddef>
 #include <cstdio>
 
 namespace tarnctl {
@@ -61,6 +62,14 @@ Failure DescribeLibraryFailure(const ConfigStoreException& error) {
   return failure;
 }
 
+std::string FormatFinding(const TarnConfigStore::ErrorInfo& finding) {
+  return finding.field + ": " + finding.error;
+}
+
+std::string Count(std::size_t findings) {
+  return std::to_string(findings) + (findings == 1 ? " finding" : " findings");
+}
+
 }  // namespace
 
 Failure DescribeCurrentException() {
@@ -85,11 +94,12 @@ void Report(const Failure& failure, bool asJson) {
   }
   std::string text;
   if (asJson) {
-    const Json report = {{"code", failure.code},
-                         {"message", failure.message},
-                         {"details", ListFindings(failure.details)}};
+    JsonMaker make;
+    const Json::Value report = make.Object("code", failure.code, "message", failure.message,
+                                           "details", ListFindings(failure.details, make));
     // Messages may quote arguments, which are bytes of any kind.
-    text = report.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    Json::Print(report, Json::Layout::ONE_LINE, Json::BadText::REPAIRED, text);
+    text += "\n";
   } else {
     text = "tarnctl: " + failure.message + "\n";
     for (const auto& finding : failure.details) {
@@ -97,6 +107,32 @@ void Report(const Failure& failure, bool asJson) {
     }
   }
   std::fputs(text.c_str(), stderr);
+}
+
+Json::Value ListFindings(const Findings& findings, JsonMaker& make) {
+  return make.List(findings, [&](const TarnConfigStore::ErrorInfo& finding) {
+    return make.Object("field", finding.field, "error", finding.error);
+  });
+}
+
+void PrintFindings(const Findings& findings, const Output& output) {
+  if (output.AsJson()) {
+    JsonMaker make;
+    output.PrintLenient(ListFindings(findings, make));
+  } else {
+    std::string lines;
+    for (const auto& finding : findings) {
+      lines += FormatFinding(finding) + "\n";
+    }
+    output.PrintText(lines);
+  }
+  if (!findings.empty()) {
+    throw ToolError({ExitCode::INVALID,
+                     TarnConfigStore::CS_GENERIC,
+                     Count(findings.size()),
+                     {},
+                     output.AsJson()});
+  }
 }
 
 }  // namespace tarnctl

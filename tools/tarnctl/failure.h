@@ -4,12 +4,16 @@
 #include "tarnconfigstore/error_codes.h"
 #include "tarnconfigstore/exceptions.h"
 
+#include "json_maker.h"
+
 #include <exception>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace tarnctl {
+
+class Output;
 
 /// Scripts compare these: a number never changes its meaning.
 enum class ExitCode : int {
@@ -55,5 +59,12 @@ Failure DescribeCurrentException();
 
 /// Writes a failure that is not told yet to standard error: one JSON object, or lines for people.
 void Report(const Failure& failure, bool asJson);
+
+/// An array of {"field", "error"}.
+Json::Value ListFindings(const Findings& findings, JsonMaker& make);
+
+/// Prints findings as the data of a verb that was asked for them: a line each, or one JSON array.
+/// Raises ToolError INVALID, the exit code of the verb, when there are any.
+void PrintFindings(const Findings& findings, const Output& output);
 
 }  // namespace tarnctl

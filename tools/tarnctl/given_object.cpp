@@ -1,11 +1,16 @@
 #include "given_object.h"
 
-#include "input.h"
-#include "member_value.h"
-#include "object_name.h"
+#include "json/pointer.h"
+#include "json/print.h"
+#include "member_values.h"
+#include "stored_objects.h"
 
-#include <optional>
-#include <stdexcept>
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <system_error>
 #include <utility>
 
 namespace tarnctl {
@@ -14,20 +19,51 @@ namespace {
 using TarnConfigStore::ConfigStoreObject;
 using TarnConfigStore::ConfigStoreObjectId;
 
-/// The text of an object's data, known to be a JSON object. The text itself goes to the library, so
-/// that numbers arrive as they were written.
+[[noreturn]] void RaiseUnreadable(const std::string& path, int error) {
+  throw ToolError(ExitCode::FAILED,
+                  "cannot read " + (path == "-" ? std::string("standard input") : path) + ": " +
+                      std::generic_category().message(error),
+                  TarnConfigStore::CS_JSON_FILE_FAILED);
+}
+
+std::string ReadAll(std::FILE* stream, const std::string& path) {
+  std::string text;
+  std::array<char, 16384> block;
+  while (const std::size_t length = std::fread(block.data(), 1, block.size(), stream)) {
+    text.append(block.data(), length);
+  }
+  if (std::ferror(stream) != 0) {
+    RaiseUnreadable(path, errno);
+  }
+  return text;
+}
+
+struct CloseFile {
+  void operator()(std::FILE* stream) const { std::fclose(stream); }
+};
+
+std::string ReadInput(const std::string& path) {
+  if (path == "-") {
+    return ReadAll(stdin, path);
+  }
+  const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rbe"));
+  if (!file) {
+    RaiseUnreadable(path, errno);
+  }
+  return ReadAll(file.get(), path);
+}
+
+/// The text of an object's data, known to be a JSON object. The text itself goes to the library.
 std::string ReadData(const std::string& path) {
   std::string text = ReadInput(path);
-  std::string reason = "is no JSON object";
-  try {
-    if (ParseStrictly(text).is_object()) {
-      return text;
-    }
-  } catch (const std::invalid_argument& error) {
-    reason = error.what();
+  Json::Document data;
+  const auto parsed = Json::Parse(text, data, Json::Origin::OUTSIDE);
+  if (parsed && data.IsObject()) {
+    return text;
   }
   throw ToolError(ExitCode::INVALID, "the data does not describe an object",
-                  TarnConfigStore::CS_JSON_PARSE_FAILED, {{"/", reason}});
+                  TarnConfigStore::CS_JSON_PARSE_FAILED,
+                  {{"/", parsed ? "is no JSON object" : parsed.Describe(text)}});
 }
 
 bool IsFile(const std::vector<std::string>& data) {
@@ -38,13 +74,32 @@ std::shared_ptr<ConfigStoreObject> CollectMembers(const ConfigStoreObjectId& id,
                                                   const std::vector<std::string>& members,
                                                   const TypeSchema& schema) {
   auto object = std::make_shared<ConfigStoreObject>(id);
-  Json data = Json::parse(object->GetData());
-  AddMembers(data, members, schema);
-  object->SetData(data.dump().c_str());
+  JsonMaker make;
+  Json::Value data = make.Parse(object->GetData());  // its instance id
+  Json::Value given = ReadMembers(members, schema, make);
+  for (auto& [name, value] : given.GetObject()) {
+    if (Json::Value* own = Json::FindMember(data, Json::Text(name))) {
+      *own = value;
+    } else {
+      data.AddMember(name, value, make.GetAllocator());
+    }
+  }
+  std::string text;
+  Json::Serialize(data, text);
+  object->SetData(text.c_str());
   return object;
 }
 
 }  // namespace
+
+Argument DataArgument() {
+  return {.name = kData,
+          .help =
+              "A file of JSON, - for standard input, or MEMBER=VALUE ...: each value takes the "
+              "type that the schema gives the member, arrays and objects are JSON text",
+          .takes = Takes::TEXTS,
+          .isRequired = true};
+}
 
 std::shared_ptr<ConfigStoreObject> ReadObject(const ConfigStoreObjectId& id,
                                               const std::string& path) {
@@ -67,20 +122,39 @@ std::shared_ptr<ConfigStoreObject> MakeObject(const ConfigStoreObjectId& id,
 
 Findings KeepInstanceId(ConfigStoreObject& object, const TypeSchema& schema) {
   const std::string& instanceId = object.GetConfigStoreObjectId().instanceId;
-  const std::optional<std::string> member = schema.InstanceIdMember();
-  if (!member || instanceId.empty()) {
+  const std::string member(schema.InstanceIdMember());
+  if (member.empty() || instanceId.empty()) {
     return {};
   }
-  if (!object.CheckKey(member->c_str())) {
-    object.SetValue(member->c_str(), instanceId);
+  if (!object.CheckKey(member.c_str())) {
+    object.SetValue(member.c_str(), instanceId);
     return {};
   }
-  const Json data = Json::parse(object.GetData());
-  if (data.at(*member) == instanceId) {
+  JsonMaker make;
+  const Json::Value data = make.Parse(object.GetData());
+  const Json::Value& given = *Json::FindMember(data, member);
+  if (given == make.Of(instanceId)) {
     return {};
   }
-  return {{FormatPointer({*member}),
-           "expected \"" + instanceId + "\", found " + data.at(*member).dump()}};
+  std::string pointer;
+  Json::AppendToken(pointer, member);
+  std::string found;
+  Json::Print(given, Json::Layout::ONE_LINE, Json::BadText::REPAIRED, found);
+  return {{pointer, "expected \"" + instanceId + "\", found " + found}};
+}
+
+void WriteObject(const ConfigStoreObjectId& id, const std::vector<std::string>& data,
+                 const Write& write) {
+  const TypeSchema schema(id);
+  const auto given = MakeObject(id, data, schema);
+  const auto store = OpenStore();
+  const std::int32_t revision = store->GetRevision(id);
+  write(*store, given);
+  // The library writes nothing, and says nothing, when cleaning leaves nothing to write.
+  if (store->GetRevision(id) == revision) {
+    throw ToolError(ExitCode::INVALID,
+                    "nothing was written: without its empty members the object holds no data");
+  }
 }
 
 }  // namespace tarnctl

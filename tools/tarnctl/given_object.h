@@ -1,25 +1,30 @@
 // Objects made from what the user gives.
 #pragma once
 
-#include "tarnconfigstore/config_store_object.h"
+#include "tarnconfigstore/config_store.h"
 
+#include "command_line.h"
 #include "failure.h"
 #include "type_schema.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace tarnctl {
 
+/// What an object is made of: one file ("-" for standard input), or MEMBER=VALUE arguments.
+inline constexpr const char* kData = "DATA";
+Argument DataArgument();
+
 /// An object with the data of a file, or of standard input for "-". Raises ToolError INVALID, with
 /// the reason as a finding, for data that is no JSON object, and FAILED when it cannot be read.
 std::shared_ptr<TarnConfigStore::ConfigStoreObject> ReadObject(
     const TarnConfigStore::ConfigStoreObjectId& id, const std::string& path);
 
-/// An object with what one file ("-" for standard input) or MEMBER=VALUE arguments give. Data
-/// without the instance id gets the one of the object's name. Raises as ReadObject and AddMembers
-/// do, and ToolError INVALID for data of another instance.
+/// An object with what kData gives. Data without the instance id gets the one of the object's name.
+/// Raises as ReadObject and ReadMembers do, and ToolError INVALID for data of another instance.
 std::shared_ptr<TarnConfigStore::ConfigStoreObject> MakeObject(
     const TarnConfigStore::ConfigStoreObjectId& id, const std::vector<std::string>& data,
     const TypeSchema& schema);
@@ -27,5 +32,14 @@ std::shared_ptr<TarnConfigStore::ConfigStoreObject> MakeObject(
 /// Gives data without the instance id the one of the object's name; any other instance id is the
 /// finding that is returned.
 Findings KeepInstanceId(TarnConfigStore::ConfigStoreObject& object, const TypeSchema& schema);
+
+using Write = std::function<void(TarnConfigStore::ConfigStore&,
+                                 const std::shared_ptr<TarnConfigStore::ConfigStoreObject>&)>;
+
+/// The way that every verb takes which writes an object: makes it of what kData gives, and writes
+/// it. Raises as MakeObject does, and ToolError INVALID when the store was left as it is because the
+/// object comes to nothing.
+void WriteObject(const TarnConfigStore::ConfigStoreObjectId& id,
+                 const std::vector<std::string>& data, const Write& write);
 
 }  // namespace tarnctl

@@ -1,9 +1,41 @@
-#include "arguments.h"
+#include "tarnconfigstore/diagnostics.h"
+#include "tarnconfigstore/host.h"
+
+#include "failure.h"
+#include "verbs.h"
 
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
+#include <string_view>
 
+namespace tarnctl {
 namespace {
+
+constexpr const char* kFooter =
+    "An OBJECT is COMPONENT/GROUP/KEY[/INSTANCE], a TYPE the same without an instance.\n"
+    "Exit codes: 0 done, 1 failed, 2 usage, 3 not found, 4 invalid, 6 permission, 7 busy, 8 "
+    "corrupt.";
+
+Program MakeProgram() {
+  return {.name = "tarnctl",
+          .help = "Looks at the host's configuration store and changes it.",
+          .footer = kFooter,
+          .version = "tarnctl " TARNCTL_VERSION,
+          .arguments = {{.name = "--json",
+                         .help = "Print everything as JSON, errors too",
+                         .takes = Takes::NOTHING},
+                        {.name = "--root",
+                         .help = "Directory that the host's paths are resolved under",
+                         .valueName = "DIR"},
+                        {.name = "--log",
+                         .help = "Print log lines of priority up to N on standard error",
+                         .valueName = "N",
+                         .range = NumberRange{0, 4}}},
+          .verbs = {InitVerb(), TypeVerbs(), GetVerb(), SetVerb(), UpdateVerb(), DeleteVerb(),
+                    ValidateVerb(), ListVerb(), RevisionVerb(), NextBootVerbs(), BootVerbs(),
+                    KernelOptionVerbs(), EntryVerbs(), WatchVerb()}};
+}
 
 // A standard descriptor that came closed would be given to the next file or socket that is opened,
 // and data printed into it. Opened the wrong way round, it fails whoever uses it.
@@ -15,10 +47,58 @@ void OccupyStandardDescriptors() {
   }
 }
 
+// Known before the arguments are understood, so that a usage error is JSON too.
+bool AsksForJson(int argumentCount, char** arguments) {
+  for (int i = 1; i < argumentCount && std::string_view(arguments[i]) != "--"; ++i) {
+    if (std::string_view(arguments[i]) == "--json") {
+      return true;
+    }
+  }
+  return false;
+}
+
+void Prepare(const Given& options) {
+  if (options.Has("--root")) {
+    if (options.Text("--root").empty()) {  // an unset variable must not mean the real host
+      throw ToolError(ExitCode::USAGE, "--root takes the name of a directory");
+    }
+    TarnConfigStore::SetHostRoot(options.Text("--root"));
+  }
+  if (const auto level = options.Number("--log")) {
+    TarnConfigStore::SetLogLevel(static_cast<int>(*level));
+    TarnConfigStore::SetLogSink(
+        [](int priority, const char* line) { std::fprintf(stderr, "<%d> %s\n", priority, line); });
+  }
+}
+
+void ParseAndRun(int argumentCount, char** arguments) {
+  const Program program = MakeProgram();
+  const Call call = ParseCommandLine(program, argumentCount, arguments);
+  if (call.verb == nullptr) {
+    Output(false).PrintText(call.text);
+    return;
+  }
+  Prepare(call.options);
+  TarnConfigStore::ClearLastStoreError();
+  call.verb->run(call.given, Output(call.options.Has("--json")));
+}
+
+ExitCode Run(int argumentCount, char** arguments) {
+  try {
+    ParseAndRun(argumentCount, arguments);
+    return ExitCode::DONE;
+  } catch (...) {
+    const Failure failure = DescribeCurrentException();
+    Report(failure, AsksForJson(argumentCount, arguments));
+    return failure.exitCode;
+  }
+}
+
 }  // namespace
+}  // namespace tarnctl
 
 int main(int argumentCount, char** arguments) {
-  OccupyStandardDescriptors();
+  tarnctl::OccupyStandardDescriptors();
   std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is a failure to write, with its exit code
-  return tarnctl::Run(argumentCount, arguments);
+  return static_cast<int>(tarnctl::Run(argumentCount, arguments));
 }

@@ -1,14 +1,12 @@
-#include "next_boot_verbs.h"
-
+#include "tarnconfigstore/kernel_options.h"
 #include "tarnconfigstore/listing.h"
 
 #include "descriptions.h"
 #include "failure.h"
 #include "given_object.h"
-#include "instance_filter.h"
-#include "object_name.h"
-#include "object_output.h"
-#include "store_access.h"
+#include "member_values.h"
+#include "stored_objects.h"
+#include "verbs.h"
 
 #include <cstddef>
 #include <cstdio>
@@ -19,15 +17,13 @@ namespace {
 using TarnConfigStore::ConfigStoreObjectId;
 using TarnConfigStore::StagedChange;
 
-std::vector<StagedChange> ListStagedOfType(const ConfigStoreObjectId& id) {
-  return TarnConfigStore::ListStaged({id.key, id.group, id.component});
-}
+// The current configuration stays as it is until the staged changes are applied. All but the listing
+// raise ValidationException 2000 for a type that needs no reboot, and while the host boots or is
+// upgraded.
 
-}  // namespace
-
-void GetStaged(const std::string& object, const std::string& member, const Output& output) {
-  const ConfigStoreObjectId id = ParseObject(object);
-  const MemberPath path = ParseMemberIfGiven(member);
+void GetStaged(const Given& given, const Output& output) {
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
+  const MemberPath member = ParseMemberIfGiven(given.Text(kMember));
   const auto staged = OpenStore()->GetNextBootStore()->Get(id);
   if (!staged) {
     const bool goes = !TarnConfigStore::ListStaged(id).empty();
@@ -35,25 +31,24 @@ void GetStaged(const std::string& object, const std::string& member, const Outpu
                     goes ? "the object " + FormatObject(id) + " is staged to be deleted"
                          : "no object " + FormatObject(id) + " is staged");
   }
-  PrintObject(*staged, path, output);
+  PrintObject(*staged, member, output);
 }
 
-void GetStagedInstances(const std::string& type, const std::vector<std::string>& conditions,
-                        const Output& output) {
-  const ConfigStoreObjectId id = ParseType(type);
+void GetStagedInstances(const Given& given, const Output& output) {
+  const ConfigStoreObjectId type = ParseType(given.Text(kObject));
   const auto nextBoot = OpenStore()->GetNextBootStore();
-  PrintObjects(nextBoot->GetInstances(MakeFilter(id, conditions)), output);
+  PrintObjects(nextBoot->GetInstances(MakeFilter(type, given.Texts(kWhere))), output);
 }
 
-void StageObject(const std::string& object, const std::vector<std::string>& data) {
-  const ConfigStoreObjectId id = ParseObject(object);
+void Stage(const Given& given, const Output& /*output*/) {
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
   const TypeSchema schema(id);
-  const auto given = MakeObject(id, data, schema);
-  OpenStore()->GetNextBootStore()->Set(given);
+  const auto object = MakeObject(id, given.Texts(kData), schema);
+  OpenStore()->GetNextBootStore()->Set(object);
 }
 
-void StageDelete(const std::string& object) {
-  const ConfigStoreObjectId id = ParseObject(object);
+void StageDelete(const Given& given) {
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
   const auto store = OpenStore();
   const auto nextBoot = store->GetNextBootStore();
   if (store->GetRevision(id) == TarnConfigStore::kDefaultRevision && !nextBoot->Get(id)) {
@@ -62,24 +57,23 @@ void StageDelete(const std::string& object) {
   nextBoot->Delete(id);
 }
 
-void StageDeleteInstances(const std::string& type, const std::vector<std::string>& conditions) {
-  const ConfigStoreObjectId id = ParseType(type);
+void StageDeleteInstances(const Given& given) {
+  const ConfigStoreObjectId type = ParseType(given.Text(kObject));
   const auto store = OpenStore();
   const auto nextBoot = store->GetNextBootStore();
-  const auto filter = MakeFilter(id, conditions);
+  const auto filter = MakeFilter(type, given.Texts(kWhere));
   const std::size_t count = store->GetInstances(filter).size();
   if (count == 0) {
-    RaiseNoInstances(id, conditions);
+    RaiseNoInstances(type, given.Texts(kWhere));
   }
   nextBoot->DeleteInstances(filter);
-  std::fprintf(stderr, "tarnctl: %zu %s of %s staged to be deleted\n", count,
-               count == 1 ? "instance" : "instances", FormatObject(id).c_str());
+  SayHowMany(count, type, "staged to be deleted");
 }
 
-void ResetStaged(const std::string& object) {
-  const ConfigStoreObjectId id = ParseObject(object);
+void Reset(const Given& given, const Output& /*output*/) {
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
   const auto nextBoot = OpenStore()->GetNextBootStore();
-  const auto staged = ListStagedOfType(id);
+  const auto staged = TarnConfigStore::ListStaged({id.key, id.group, id.component});
   nextBoot->Reset(id);
   if (staged.empty()) {
     throw ToolError(ExitCode::NOT_FOUND, "nothing is staged for " + FormatObject(id));
@@ -90,8 +84,79 @@ void ResetStaged(const std::string& object) {
   }
 }
 
-void ListStagedChanges(const std::string& prefix, const Output& output) {
-  output.Print(DescribeStaged(ParsePrefixIfGiven(prefix)));
+void ListStagedChanges(const Given& given, const Output& output) {
+  JsonMaker make;
+  output.Print(DescribeStaged(ParsePrefixIfGiven(given.Text(kPrefix)), make));
+}
+
+ConfigStoreObjectId KernelOptions() {
+  return {"options", "tkernel", TarnConfigStore::kDefaultComponent};
+}
+
+void GetKernelOptions(const Given& given, const Output& output) {
+  const MemberPath member = ParseMemberIfGiven(given.Text(kMember));
+  const auto options = TarnConfigStore::GetKernelOptions(KernelOptions());
+  if (!options) {
+    RaiseNotStored(KernelOptions());
+  }
+  PrintObject(*options, member, output);
+}
+
+void SetKernelOptions(const Given& given, const Output& /*output*/) {
+  WriteObject(KernelOptions(), given.Texts(kData),
+              [](auto&, const auto& object) { TarnConfigStore::SetKernelOptions(object); });
+}
+
+}  // namespace
+
+Verb NextBootVerbs() {
+  return {
+      .name = "next-boot",
+      .help = "Stage changes of types that need a reboot, and take them back",
+      .verbs = {
+          {.name = "get",
+           .help = "Print what is staged: an object, a member, instances",
+           .arguments = ReadArguments(),
+           .run =
+               [](const Given& given, const Output& output) {
+                 (MeansInstances(given) ? GetStagedInstances : GetStaged)(given, output);
+               }},
+          {.name = "set",
+           .help = "Stage the whole new content of an object",
+           .arguments = {ObjectArgument(), DataArgument()},
+           .run = Stage},
+          {.name = "delete",
+           .help = "Stage the deletion of an object, or of instances",
+           .arguments = ObjectOrInstancesArguments(),
+           .note = "Instances are chosen among those stored; those that are only staged stay so.",
+           .run =
+               [](const Given& given, const Output& /*output*/) {
+                 (MeansInstances(given) ? StageDeleteInstances : StageDelete)(given);
+               }},
+          {.name = "reset",
+           .help = "Take back everything that is staged for an object's type",
+           .arguments = {ObjectArgument()},
+           .note = "All records of the type are cleared, those of other instances than OBJECT too.",
+           .run = Reset},
+          {.name = "list",
+           .help = "List the staged changes",
+           .arguments = {PrefixArgument()},
+           .run = ListStagedChanges}}};
+}
+
+Verb KernelOptionVerbs() {
+  return {.name = "kernel-options",
+          .help = "Read and replace the kernel options of the next boot",
+          .verbs = {
+              {.name = "get",
+               .help = "Print the options, or a member of them",
+               .arguments = {MemberArgument()},
+               .run = GetKernelOptions},
+              {.name = "set",
+               .help = "Replace the options; boot accept puts them in force",
+               .arguments = {DataArgument()},
+               .note = "Vital members are in force at once, and gone at once where DATA has none.",
+               .run = SetKernelOptions}}};
 }
 
 }  // namespace tarnctl

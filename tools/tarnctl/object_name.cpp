@@ -86,24 +86,40 @@ std::string FormatMember(const MemberPath& path) {
   return text;
 }
 
-std::string FormatPointer(const MemberPath& path) {
-  std::string pointer;
-  for (const std::string& name : path) {
-    pointer += '/';
-    for (const char character : name) {
-      switch (character) {
-        case '~':
-          pointer += "~0";
-          break;
-        case '/':
-          pointer += "~1";
-          break;
-        default:
-          pointer += character;
-      }
-    }
-  }
-  return pointer;
+Argument ObjectArgument() {
+  return {.name = kObject, .isRequired = true};
+}
+
+Argument TypeArgument() {
+  return {.name = kType, .isRequired = true};
+}
+
+std::vector<Argument> ObjectOrInstancesArguments() {
+  return {{.name = kObject, .help = "A TYPE with --all-instances or --where", .isRequired = true},
+          {.name = kAllInstances, .help = "All instances of a type", .takes = Takes::NOTHING},
+          {.name = kWhere,
+           .help = "The instances of a type whose stored member has this value; can be repeated",
+           .takes = Takes::TEXTS,
+           .valueName = "MEMBER=VALUE"}};
+}
+
+bool MeansInstances(const Given& given) {
+  return given.Has(kAllInstances) || given.Has(kWhere);
+}
+
+Argument MemberArgument() {
+  return {.name = kMember, .help = "A dotted path, through objects only"};
+}
+
+std::vector<Argument> ReadArguments() {
+  std::vector<Argument> arguments = ObjectOrInstancesArguments();
+  arguments.push_back(MemberArgument());
+  arguments.back().excludes = {kAllInstances, kWhere};
+  return arguments;
+}
+
+Argument PrefixArgument() {
+  return {.name = kPrefix, .help = "COMPONENT[/GROUP[/KEY[/INSTANCE]]]"};
 }
 
 }  // namespace tarnctl

@@ -1,7 +1,9 @@
-// The names of objects and types on the command line.
+// Objects, types and members on the command line: how they are named, and the arguments that do.
 #pragma once
 
 #include "tarnconfigstore/object_id.h"
+
+#include "command_line.h"
 
 #include <string>
 #include <string_view>
@@ -33,7 +35,24 @@ MemberPath ParseMemberIfGiven(std::string_view text);
 /// The text that ParseMember takes.
 std::string FormatMember(const MemberPath& path);
 
-/// RFC 6901 JSON Pointer of a member.
-std::string FormatPointer(const MemberPath& path);
+inline constexpr const char* kObject = "OBJECT";
+inline constexpr const char* kType = "TYPE";
+inline constexpr const char* kPrefix = "PREFIX";
+inline constexpr const char* kMember = "MEMBER";
+inline constexpr const char* kAllInstances = "--all-instances";
+inline constexpr const char* kWhere = "--where";
+
+Argument ObjectArgument();
+Argument TypeArgument();
+Argument PrefixArgument();
+Argument MemberArgument();
+
+/// kObject, kAllInstances and kWhere: with either of the latter the verb is about the instances of
+/// the type that kObject names, as MeansInstances tells.
+std::vector<Argument> ObjectOrInstancesArguments();
+bool MeansInstances(const Given& given);
+
+/// The same, and kMember for a member of the one object.
+std::vector<Argument> ReadArguments();
 
 }  // namespace tarnctl

@@ -1,12 +1,22 @@
 #include "output.h"
 
 #include "failure.h"
+#include "json/print.h"
 
 #include <cerrno>
 #include <cstdio>
+#include <stdexcept>
 #include <system_error>
 
 namespace tarnctl {
+
+Json::Value JsonMaker::Parse(std::string_view text) {
+  Json::Document document(&pool_);
+  if (const auto parsed = Json::Parse(text, document); !parsed) {
+    throw std::runtime_error("the library said what is not JSON: " + parsed.Describe(text));
+  }
+  return std::move(static_cast<Json::Value&>(document));
+}
 
 void Output::PrintText(const std::string& text) const {
   // Flushed at once: what the stream still held at exit could fail to be written without anybody
@@ -17,17 +27,23 @@ void Output::PrintText(const std::string& text) const {
   }
 }
 
-void Output::Print(const Json& value) const {
-  PrintText(value.dump(2) + "\n");
+void Output::Print(const Json::Value& value) const {
+  std::string text;
+  if (!Json::Print(value, Json::Layout::INDENTED, Json::BadText::REFUSED, text)) {
+    throw ToolError(ExitCode::FAILED, "cannot print what is not UTF-8 as JSON");
+  }
+  PrintText(text + "\n");
 }
 
-void Output::PrintLenient(const Json& value) const {
-  PrintText(value.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+void Output::PrintLenient(const Json::Value& value) const {
+  std::string text;
+  Json::Print(value, Json::Layout::INDENTED, Json::BadText::REPAIRED, text);
+  PrintText(text + "\n");
 }
 
-void Output::PrintMember(const Json& value) const {
-  if (value.is_string() && !asJson_) {
-    PrintText(value.get_ref<const std::string&>() + "\n");
+void Output::PrintMember(const Json::Value& value) const {
+  if (value.IsString() && !asJson_) {
+    PrintText(std::string(Json::Text(value)) + "\n");
   } else {
     Print(value);
   }

@@ -1,7 +1,7 @@
 // Standard output: data and nothing else.
 #pragma once
 
-#include "json_text.h"
+#include "json_maker.h"
 
 #include <string>
 
@@ -14,13 +14,13 @@ class Output {
 
   bool AsJson() const { return asJson_; }
 
-  /// JSON, indented by two blanks.
-  void Print(const Json& value) const;
+  /// JSON, indented by two blanks. Raises ToolError FAILED for text that is not UTF-8.
+  void Print(const Json::Value& value) const;
   /// The same for text that may be bytes of any kind, as file names are: what is no UTF-8 is
   /// replaced.
-  void PrintLenient(const Json& value) const;
+  void PrintLenient(const Json::Value& value) const;
   /// A scalar bare, texts without quotes, unless JSON was asked for; anything else as Print does.
-  void PrintMember(const Json& value) const;
+  void PrintMember(const Json::Value& value) const;
   /// Lines as they stand.
   void PrintText(const std::string& text) const;
 

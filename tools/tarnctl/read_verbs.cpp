@@ -1,13 +1,10 @@
-#include "read_verbs.h"
-
 #include "tarnconfigstore/listing.h"
 
 #include "descriptions.h"
 #include "failure.h"
-#include "instance_filter.h"
-#include "object_name.h"
-#include "object_output.h"
-#include "store_access.h"
+#include "member_values.h"
+#include "stored_objects.h"
+#include "verbs.h"
 
 #include <memory>
 
@@ -17,54 +14,82 @@ namespace {
 using TarnConfigStore::ConfigStoreObject;
 using TarnConfigStore::ConfigStoreObjectId;
 
-std::shared_ptr<ConfigStoreObject> Read(const ConfigStoreObjectId& id, Source source) {
-  const auto store = OpenStore();
-  if (source == Source::SHIPPED) {
-    if (auto shipped = store->GetDefaultConfig(id)) {
-      return shipped;
-    }
+constexpr const char* kDefault = "--default";
+
+std::shared_ptr<ConfigStoreObject> ReadStored(const ConfigStoreObjectId& id) {
+  auto stored = OpenStore()->Get(id);
+  if (!stored) {
+    RaiseNotStored(id);
+  }
+  return stored;
+}
+
+std::shared_ptr<ConfigStoreObject> ReadShipped(const ConfigStoreObjectId& id) {
+  auto shipped = OpenStore()->GetDefaultConfig(id);
+  if (!shipped) {
     throw ToolError(ExitCode::NOT_FOUND, "no object " + FormatObject(id) + " is shipped");
   }
-  if (auto stored = store->Get(id)) {
-    return stored;
-  }
-  RaiseNotStored(id);
+  return shipped;
 }
 
-}  // namespace
-
-void GetObject(const std::string& object, const std::string& member, Source source,
-               const Output& output) {
-  const ConfigStoreObjectId id = ParseObject(object);
-  const MemberPath path = ParseMemberIfGiven(member);
-  PrintObject(*Read(id, source), path, output);
+void GetObject(const Given& given, const Output& output) {
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
+  const MemberPath member = ParseMemberIfGiven(given.Text(kMember));
+  PrintObject(*(given.Has(kDefault) ? ReadShipped(id) : ReadStored(id)), member, output);
 }
 
-void GetInstances(const std::string& type, const std::vector<std::string>& conditions,
-                  Source source, const Output& output) {
-  const ConfigStoreObjectId id = ParseType(type);
+void GetInstances(const Given& given, const Output& output) {
+  const ConfigStoreObjectId type = ParseType(given.Text(kObject));
   const auto store = OpenStore();
-  const auto filter = MakeFilter(id, conditions);
-  PrintObjects(source == Source::SHIPPED ? store->GetDefaultConfigInstances(filter)
-                                         : store->GetInstances(filter),
-               output);
+  const auto filter = MakeFilter(type, given.Texts(kWhere));
+  PrintObjects(
+      given.Has(kDefault) ? store->GetDefaultConfigInstances(filter) : store->GetInstances(filter),
+      output);
 }
 
-void ListObjects(const std::string& prefix, const Output& output) {
-  Json list = Json::array();
-  for (const auto& object : TarnConfigStore::ListStored(ParsePrefixIfGiven(prefix))) {
-    list.push_back(Describe(object));
-  }
-  output.Print(list);
+void List(const Given& given, const Output& output) {
+  JsonMaker make;
+  output.Print(make.List(
+      TarnConfigStore::ListStored(ParsePrefixIfGiven(given.Text(kPrefix))),
+      [&](const TarnConfigStore::StoredObject& object) { return Describe(object, make); }));
 }
 
-void ShowRevision(const std::string& object, const Output& output) {
-  const ConfigStoreObjectId id = ParseObject(object);
+void ShowRevision(const Given& given, const Output& output) {
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
   const std::int32_t revision = OpenStore()->GetRevision(id);
   if (revision == TarnConfigStore::kDefaultRevision) {
     RaiseNotStored(id);
   }
-  output.PrintMember(revision);
+  output.PrintMember(JsonMaker::Of(revision));
+}
+
+}  // namespace
+
+Verb GetVerb() {
+  Verb verb{.name = "get",
+            .help = "Print an object, a member of it, or instances",
+            .arguments = ReadArguments(),
+            .run = [](const Given& given, const Output& output) {
+              (MeansInstances(given) ? GetInstances : GetObject)(given, output);
+            }};
+  verb.arguments.push_back({.name = kDefault,
+                            .help = "What the type came with, not what is stored",
+                            .takes = Takes::NOTHING});
+  return verb;
+}
+
+Verb ListVerb() {
+  return {.name = "list",
+          .help = "List the stored objects",
+          .arguments = {PrefixArgument()},
+          .run = List};
+}
+
+Verb RevisionVerb() {
+  return {.name = "revision",
+          .help = "Print the number of writes of an object",
+          .arguments = {ObjectArgument()},
+          .run = ShowRevision};
 }
 
 }  // namespace tarnctl

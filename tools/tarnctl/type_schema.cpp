@@ -2,231 +2,237 @@
 
 #include "tarnconfigstore/type_administration.h"
 
-#include "failure.h"
+#include "json/pointer.h"
+#include "json/schema_keywords.h"
+#include "json/subschemas.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
 
 namespace tarnctl {
 namespace {
 
-// Deeper chains of references and combinations than any sensible schema has; cycles end here.
-constexpr int kMaximumDepth = 32;
+namespace Keyword = Json::Keyword;
 
-const Json* FindObject(const Json& schema, const char* keyword) {
-  const auto found = schema.find(keyword);
-  return found != schema.end() && found->is_object() ? &*found : nullptr;
+const Json::Value& Anything() {
+  static const Json::Value anything(rapidjson::kObjectType);
+  return anything;
 }
 
-const Json* FindArray(const Json& schema, const char* keyword) {
-  const auto found = schema.find(keyword);
-  return found != schema.end() && found->is_array() ? &*found : nullptr;
+const Json::Value* FindObject(const Json::Value& schema, const char* keyword) {
+  const Json::Value* found = Json::FindMember(schema, keyword);
+  return found != nullptr && found->IsObject() ? found : nullptr;
+}
+
+const Json::Value* FindProperty(const Json::Value& schema, std::string_view name) {
+  const Json::Value* properties = FindObject(schema, Keyword::kProperties);
+  return properties != nullptr ? Json::FindMember(*properties, name) : nullptr;
 }
 
 // A null-valued member counts as absent.
-const Json* FindMember(const Json& value, const std::string& name) {
-  const auto found = value.find(name);
-  return found != value.end() && !found->is_null() ? &*found : nullptr;
+const Json::Value* FindMember(const Json::Value* value, const std::string& name) {
+  const Json::Value* found = value != nullptr ? Json::FindMember(*value, name) : nullptr;
+  return found != nullptr && !found->IsNull() ? found : nullptr;
+}
+
+// When one of the schemas that a schema is composed of applies.
+enum class Applies { ALWAYS, PERHAPS, UNDER_CONDITIONS };
+
+std::optional<Applies> AppliesUnder(std::string_view keyword) {
+  if (keyword == "allOf") {
+    return Applies::ALWAYS;
+  }
+  if (keyword == "anyOf" || keyword == "oneOf") {
+    return Applies::PERHAPS;
+  }
+  if (keyword == "if" || keyword == "then" || keyword == "else" || keyword == "dependencies") {
+    return Applies::UNDER_CONDITIONS;
+  }
+  return std::nullopt;
 }
 
 }  // namespace
 
-// One of the schemas that may apply at a place. Conditions and dependencies declare members, but do
-// not close the object to others.
+// One of the schemas that apply at a place, or may, references followed.
 struct TypeSchema::Part {
-  const Json* schema;
-  bool closes;
+  const Json::Value* schema;
+  Applies applies;
+
+  friend auto operator<=>(const Part&, const Part&) = default;
 };
 
 TypeSchema::TypeSchema(const TarnConfigStore::ConfigStoreObjectId& type)
-    : typeFile_(Json::parse(TarnConfigStore::GetTypeFile(type.component, type.group, type.key))),
-      root_(&typeFile_.at("schema")) {}
-
-const Json& TypeSchema::Resolve(const Json& schema) const {
-  const Json* resolved = &schema;
-  for (int depth = 0; depth < kMaximumDepth && resolved->contains("$ref"); ++depth) {
-    const auto& reference = resolved->at("$ref").get_ref<const std::string&>();
-    resolved = &root_->at(Json::json_pointer(reference.substr(reference.find('#') + 1)));
-  }
-  return *resolved;
+    : typeFile_(make_.Parse(TarnConfigStore::GetTypeFile(type.component, type.group, type.key))) {
+  const Json::Value* schema = Json::FindMember(typeFile_, "schema");
+  view_.emplace(schema != nullptr ? *schema : Anything());
 }
 
-const Json* TypeSchema::FindProperty(const Json& schema, const std::string& name, int depth) const {
-  const Json& resolved = Resolve(schema);
-  if (const Json* properties = FindObject(resolved, "properties");
-      properties != nullptr && properties->contains(name)) {
-    return &properties->at(name);
-  }
-  if (const Json* parts = FindArray(resolved, "allOf"); parts != nullptr && depth < kMaximumDepth) {
-    for (const Json& part : *parts) {
-      if (const Json* property = FindProperty(part, name, depth + 1)) {
-        return property;
-      }
+std::vector<TypeSchema::Part> TypeSchema::PartsOf(Schema schema) const {
+  std::vector<Part> parts;
+  std::set<Part> seen;
+  const auto add = [&](const auto& self, const Json::Value& part, Applies applies) -> void {
+    const Part found{&Resolve(part), applies};
+    if (!seen.insert(found).second) {
+      return;
+    }
+    parts.push_back(found);
+    Json::ForEachSubschema(*found.schema,
+                           [&](const Json::Value& inner, const Json::Subschema& where) {
+                             if (const auto innerApplies = AppliesUnder(where.keyword)) {
+                               self(self, inner, std::max(applies, *innerApplies));
+                             }
+                           });
+  };
+  add(add, schema, Applies::ALWAYS);
+  return parts;
+}
+
+TypeSchema::Schema TypeSchema::Property(Schema schema, std::string_view name) const {
+  std::vector<Part> parts = PartsOf(schema);
+  std::erase_if(parts, [](const Part& part) { return part.applies != Applies::ALWAYS; });
+  for (const Part& part : parts) {
+    if (const Json::Value* property = FindProperty(*part.schema, name)) {
+      return *property;
     }
   }
-  // Which pattern a name matches is for the validator to say.
-  return resolved.contains("patternProperties") ? nullptr
-                                                : FindObject(resolved, "additionalProperties");
+  for (const Part& part : parts) {
+    const Json::Value* others = FindObject(*part.schema, Keyword::kAdditionalProperties);
+    // Which pattern a name matches is for the validator to say.
+    if (others != nullptr && FindObject(*part.schema, Keyword::kPatternProperties) == nullptr) {
+      return *others;
+    }
+  }
+  return Anything();
 }
 
-const Json& TypeSchema::Property(const Json& schema, const std::string& name) const {
-  static const Json anything = Json::object();
-  const Json* property = FindProperty(schema, name, 0);
-  return property != nullptr ? *property : anything;
+TypeSchema::Schema TypeSchema::Items(Schema schema) const {
+  const Json::Value* items = FindObject(Resolve(schema), Keyword::kItems);
+  return items != nullptr ? *items : Anything();
 }
 
-const Json* TypeSchema::Default(const Json& schema) const {
-  for (const Json* place : {&schema, &Resolve(schema)}) {
-    if (const auto found = place->find("default"); found != place->end()) {
-      return &*found;
+const Json::Value* TypeSchema::Default(Schema schema) const {
+  for (const Json::Value* place : view_->References().Chain(schema)) {
+    if (const Json::Value* found = Json::FindMember(*place, Keyword::kDefault)) {
+      return found;
     }
   }
   return nullptr;
 }
 
-ValueKinds TypeSchema::Kinds(const Json& schema, int depth) const {
-  const Json& resolved = Resolve(schema);
+ValueKinds TypeSchema::Kinds(Schema schema) const {
+  KnownKinds known;
+  return Kinds(schema, known);
+}
+
+ValueKinds TypeSchema::Kinds(Schema schema, KnownKinds& known) const {
+  const Json::Value& resolved = Resolve(schema);
+  // What is met again before it is known adds nothing.
+  const auto [entry, isNew] = known.try_emplace(&resolved, ValueKinds::kAll);
+  if (!isNew || !resolved.IsObject()) {
+    return entry->second;
+  }
   ValueKinds kinds(ValueKinds::kAll);
-  if (depth >= kMaximumDepth || !resolved.is_object()) {
-    return kinds;
-  }
-  const auto unite = [](const Json& list, auto&& kindsOf) {
-    ValueKinds united(0);
-    for (const Json& element : list) {
-      united = united | kindsOf(element);
+  const auto narrow = [&](const char* keyword, const auto& kindsOf) {
+    const Json::Value* given = Json::FindMember(resolved, keyword);
+    if (given != nullptr && given->IsArray()) {
+      ValueKinds united(0);
+      for (const Json::Value& element : given->GetArray()) {
+        united = united | kindsOf(element);
+      }
+      kinds = kinds & united;
+    } else if (given != nullptr) {
+      kinds = kinds & kindsOf(*given);
     }
-    return united;
   };
-  if (const auto type = resolved.find("type"); type != resolved.end()) {
-    const auto named = [](const Json& name) { return ValueKinds::Named(name.get<std::string>()); };
-    kinds = kinds & (type->is_array() ? unite(*type, named) : named(*type));
-  }
-  if (const Json* values = FindArray(resolved, "enum")) {
-    kinds = kinds & unite(*values, ValueKinds::Of);
-  }
-  if (const auto value = resolved.find("const"); value != resolved.end()) {
+  narrow(Keyword::kType, [](const Json::Value& name) {
+    return name.IsString() ? ValueKinds::Named(Json::Text(name)) : ValueKinds(0);
+  });
+  narrow("enum", ValueKinds::Of);
+  if (const Json::Value* value = Json::FindMember(resolved, "const")) {
     kinds = kinds & ValueKinds::Of(*value);
   }
-  const auto nested = [this, depth](const Json& part) { return Kinds(part, depth + 1); };
-  for (const char* keyword : {"anyOf", "oneOf"}) {
-    if (const Json* choices = FindArray(resolved, keyword)) {
-      kinds = kinds & unite(*choices, nested);
-    }
-  }
-  if (const Json* parts = FindArray(resolved, "allOf")) {
-    for (const Json& part : *parts) {
+  const auto nested = [&](const Json::Value& part) { return Kinds(part, known); };
+  narrow("anyOf", nested);
+  narrow("oneOf", nested);
+  Json::ForEachSubschema(resolved, [&](const Json::Value& part, const Json::Subschema& where) {
+    if (where.keyword == "allOf") {
       kinds = kinds & nested(part);
     }
-  }
-  return kinds;
+  });
+  return known.insert_or_assign(&resolved, kinds).first->second;
 }
 
-void TypeSchema::CollectParts(const Json& schema, bool closes, int depth,
-                              std::vector<Part>& parts) const {
-  const Json& resolved = Resolve(schema);
-  if (depth >= kMaximumDepth || !resolved.is_object()) {
-    return;
-  }
-  parts.push_back({&resolved, closes});
-  for (const char* keyword : {"allOf", "anyOf", "oneOf"}) {
-    if (const Json* list = FindArray(resolved, keyword)) {
-      for (const Json& part : *list) {
-        CollectParts(part, closes, depth + 1, parts);
-      }
+ValueKinds TypeSchema::KindsOf(const MemberPath& path) const {
+  const Json::Value* schema = &view_->Schema();
+  std::string pointer;
+  for (const std::string& name : path) {
+    if (const ValueKinds kinds = Kinds(*schema); !kinds.Holds(ValueKinds::kObject)) {
+      throw ToolError(ExitCode::INVALID,
+                      "a path leads through objects only, and here it meets " + kinds.Describe(),
+                      TarnConfigStore::CS_INCORRECT_TYPE, {{pointer, "no object"}});
     }
+    Json::AppendToken(pointer, name);
+    schema = &Property(*schema, name);
   }
-  for (const char* keyword : {"if", "then", "else"}) {
-    if (const Json* part = FindObject(resolved, keyword)) {
-      CollectParts(*part, false, depth + 1, parts);
-    }
-  }
-  if (const Json* dependencies = FindObject(resolved, "dependencies")) {
-    for (const Json& part : *dependencies) {
-      CollectParts(part, false, depth + 1, parts);
-    }
-  }
+  return Kinds(*schema);
 }
 
-bool TypeSchema::MayHave(const Json& schema, const std::string& name) const {
-  std::vector<Part> parts;
-  CollectParts(schema, true, 0, parts);
+const Json::Value* TypeSchema::Read(const Json::Value& data, const MemberPath& path) const {
+  const Json::Value* schema = &view_->Schema();
+  const Json::Value* value = &data;
+  for (const std::string& name : path) {
+    schema = &Property(*schema, name);
+    const Json::Value* member = FindMember(value, name);
+    value = member != nullptr ? member : Default(*schema);
+  }
+  return value;
+}
+
+bool TypeSchema::MayHave(Schema schema, std::string_view name) const {
   bool isClosed = false;
-  for (const Part& part : parts) {
-    const Json* properties = FindObject(*part.schema, "properties");
-    const auto additional = part.schema->find("additionalProperties");
-    const bool isSilent = additional == part.schema->end();
-    if ((properties != nullptr && properties->contains(name)) ||
-        part.schema->contains("patternProperties") || (!isSilent && *additional != false)) {
+  for (const Part& part : PartsOf(schema)) {
+    const Json::Value* properties = FindObject(*part.schema, Keyword::kProperties);
+    const Json::Value* others = Json::FindMember(*part.schema, Keyword::kAdditionalProperties);
+    if (FindProperty(*part.schema, name) != nullptr ||
+        FindObject(*part.schema, Keyword::kPatternProperties) != nullptr ||
+        (others != nullptr && !others->IsFalse())) {
       return true;
     }
-    isClosed = isClosed || (part.closes && (properties != nullptr || !isSilent));
+    // Conditions and dependencies declare members, but do not close the object to others.
+    isClosed = isClosed || (part.applies != Applies::UNDER_CONDITIONS &&
+                            (properties != nullptr || others != nullptr));
   }
   return !isClosed;
 }
 
-const Json& TypeSchema::Items(const Json& schema) const {
-  static const Json anything = Json::object();
-  const Json* items = FindObject(Resolve(schema), "items");
-  return items != nullptr ? *items : anything;
-}
-
-void TypeSchema::FindUndeclared(const Json& data, const Json& schema, MemberPath& place,
+void TypeSchema::FindUndeclared(const Json::Value& data, Schema schema, const std::string& pointer,
                                 Findings& findings) const {
-  if (!data.is_structured()) {
-    return;
-  }
-  for (const auto& [name, value] : data.items()) {
-    place.push_back(name);  // of an element: its index
-    if (data.is_array()) {
-      FindUndeclared(value, Items(schema), place, findings);
-    } else if (MayHave(schema, name)) {
-      FindUndeclared(value, Property(schema, name), place, findings);
-    } else {
-      findings.push_back({FormatPointer(place), "no such member"});
+  const auto below = [&](std::string_view name) {
+    std::string inner = pointer;
+    Json::AppendToken(inner, name);
+    return inner;
+  };
+  if (data.IsArray()) {
+    for (rapidjson::SizeType i = 0; i < data.Size(); ++i) {
+      FindUndeclared(data[i], Items(schema), below(std::to_string(i)), findings);
     }
-    place.pop_back();
-  }
-}
-
-Findings TypeSchema::FindUndeclared(const Json& data) const {
-  MemberPath place;
-  Findings findings;
-  FindUndeclared(data, *root_, place, findings);
-  return findings;
-}
-
-std::optional<std::string> TypeSchema::InstanceIdMember() const {
-  if (const Json* properties = FindObject(*root_, "properties")) {
-    for (const auto& [name, property] : properties->items()) {
-      if (property.is_object() && property.value("instanceId", false)) {
-        return name;
+  } else if (data.IsObject()) {
+    for (const auto& [name, value] : data.GetObject()) {
+      if (MayHave(schema, Json::Text(name))) {
+        FindUndeclared(value, Property(schema, Json::Text(name)), below(Json::Text(name)),
+                       findings);
+      } else {
+        findings.push_back({below(Json::Text(name)), "no such member"});
       }
     }
   }
-  return std::nullopt;
 }
 
-ValueKinds TypeSchema::KindsOf(const MemberPath& path) const {
-  const Json* schema = root_;
-  MemberPath walked;
-  for (const std::string& name : path) {
-    if (const ValueKinds kinds = Kinds(*schema, 0); !kinds.Holds(ValueKinds::kObject)) {
-      throw ToolError(ExitCode::INVALID,
-                      "a path leads through objects only, and here it meets " + kinds.Describe(),
-                      TarnConfigStore::CS_INCORRECT_TYPE, {{FormatPointer(walked), "no object"}});
-    }
-    walked.push_back(name);
-    schema = &Property(*schema, name);
-  }
-  return Kinds(*schema, 0);
-}
-
-const Json* TypeSchema::Read(const Json& data, const MemberPath& path) const {
-  const Json* schema = root_;
-  const Json* value = &data;
-  for (const std::string& name : path) {
-    schema = &Property(*schema, name);
-    const Json* member = value != nullptr ? FindMember(*value, name) : nullptr;
-    value = member != nullptr ? member : Default(*schema);
-  }
-  return value;
+Findings TypeSchema::FindUndeclared(const Json::Value& data) const {
+  Findings findings;
+  FindUndeclared(data, view_->Schema(), {}, findings);
+  return findings;
 }
 
 }  // namespace tarnctl

@@ -4,12 +4,15 @@
 #include "tarnconfigstore/object_id.h"
 
 #include "failure.h"
-#include "json_text.h"
+#include "json/type_schema_view.h"
+#include "json_maker.h"
 #include "object_name.h"
 #include "value_kinds.h"
 
 #include <optional>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace tarnctl {
@@ -21,8 +24,8 @@ class TypeSchema {
   /// Reads the type file. Raises ConfigStoreException 1037 when the type is not installed.
   explicit TypeSchema(const TarnConfigStore::ConfigStoreObjectId& type);
 
-  /// Name of the member that holds the instance id; nothing for a type without instances.
-  std::optional<std::string> InstanceIdMember() const;
+  /// Name of the member that holds the instance id; empty for a type without instances.
+  std::string_view InstanceIdMember() const { return view_->Root().InstanceIdMember(); }
 
   /// The kinds of value that a member may have; all of them for a member that the schema says
   /// nothing about. Raises ToolError INVALID when the path leads through something that is no
@@ -31,27 +34,31 @@ class TypeSchema {
 
   /// The value of a member in an object's data, or the default that absent members read as; null
   /// when there is neither. The result points into the data or into this schema.
-  const Json* Read(const Json& data, const MemberPath& path) const;
+  const Json::Value* Read(const Json::Value& data, const MemberPath& path) const;
 
   /// A finding for each member of the data that the schema has no place for, whichever of its
   /// branches applied.
-  Findings FindUndeclared(const Json& data) const;
+  Findings FindUndeclared(const Json::Value& data) const;
 
  private:
-  const Json& Resolve(const Json& schema) const;
-  const Json* FindProperty(const Json& schema, const std::string& name, int depth) const;
-  const Json& Property(const Json& schema, const std::string& name) const;
-  const Json* Default(const Json& schema) const;
-  ValueKinds Kinds(const Json& schema, int depth) const;
+  using Schema = const Json::Value&;
   struct Part;
-  void CollectParts(const Json& schema, bool closes, int depth, std::vector<Part>& parts) const;
-  bool MayHave(const Json& schema, const std::string& name) const;
-  const Json& Items(const Json& schema) const;
-  void FindUndeclared(const Json& data, const Json& schema, MemberPath& place,
+  using KnownKinds = std::unordered_map<const Json::Value*, ValueKinds>;
+
+  Schema Resolve(Schema schema) const { return *view_->References().Chain(schema).back(); }
+  std::vector<Part> PartsOf(Schema schema) const;
+  Schema Property(Schema schema, std::string_view name) const;
+  Schema Items(Schema schema) const;
+  const Json::Value* Default(Schema schema) const;
+  ValueKinds Kinds(Schema schema) const;
+  ValueKinds Kinds(Schema schema, KnownKinds& known) const;
+  bool MayHave(Schema schema, std::string_view name) const;
+  void FindUndeclared(const Json::Value& data, Schema schema, const std::string& pointer,
                       Findings& findings) const;
 
-  Json typeFile_;
-  const Json* root_;
+  JsonMaker make_;
+  Json::Value typeFile_;
+  std::optional<Json::TypeSchemaView> view_;
 };
 
 }  // namespace tarnctl

@@ -1,14 +1,11 @@
-#include "type_verbs.h"
-
 #include "tarnconfigstore/file.h"
 #include "tarnconfigstore/host.h"
 #include "tarnconfigstore/type_administration.h"
 
+#include "descriptions.h"
 #include "failure.h"
-#include "findings.h"
-#include "object_name.h"
-#include "store_access.h"
-#include "type_flags.h"
+#include "stored_objects.h"
+#include "verbs.h"
 
 #include <algorithm>
 
@@ -18,6 +15,10 @@ namespace {
 using TarnConfigStore::ConfigStoreObjectId;
 using TarnConfigStore::TypeOutcome;
 using TarnConfigStore::TypeReport;
+
+constexpr const char* kPath = "PATH";
+constexpr const char* kCheck = "--check";
+constexpr const char* kForce = "--force";
 
 const char* Name(TypeOutcome outcome) {
   switch (outcome) {
@@ -81,14 +82,12 @@ void RefuseInvalid(const std::vector<TypeReport>& reports, bool checkOnly) {
 }
 
 void Print(const std::vector<TypeReport>& reports, const Output& output) {
-  Json list = Json::array();
-  for (const TypeReport& report : reports) {
-    list.push_back({{"path", report.path},
-                    {"type", FormatObject({report.key, report.group, report.component})},
-                    {"version", report.version},
-                    {"outcome", Name(report.outcome)}});
-  }
-  output.Print(list);
+  JsonMaker make;
+  output.PrintLenient(make.List(reports, [&](const TypeReport& report) {
+    return make.Object("path", report.path, "type",
+                       FormatObject({report.key, report.group, report.component}), "version",
+                       report.version, "outcome", Name(report.outcome));
+  }));
 }
 
 // Type files can be checked where there is no host at all.
@@ -97,26 +96,23 @@ bool IsHost() {
   return TarnConfigStore::FileExists(TarnConfigStore::GetHostRoot() + kSchemaStore);
 }
 
-}  // namespace
-
-void InstallTypes(const std::vector<std::string>& paths, bool checkOnly, bool force,
-                  const Output& output) {
+void Install(const Given& given, const Output& output) {
   TarnConfigStore::InstallOptions options;
-  options.checkOnly = checkOnly;
-  options.force = force;
-  const auto reports = TarnConfigStore::InstallTypes(paths, options);
-  RefuseInvalid(reports, checkOnly);
+  options.checkOnly = given.Has(kCheck);
+  options.force = given.Has(kForce);
+  const auto reports = TarnConfigStore::InstallTypes(given.Texts(kPath), options);
+  RefuseInvalid(reports, options.checkOnly);
   if (const Findings misfits = ListMisfits(reports); !misfits.empty()) {
     Report({ExitCode::DONE, TarnConfigStore::CS_GENERIC, kMisfits, misfits}, output.AsJson());
   }
   Print(reports, output);
 }
 
-void CheckTypes(const std::vector<std::string>& paths, const Output& output) {
+void Check(const Given& given, const Output& output) {
   if (IsHost()) {
     RequireStore();
   }
-  const auto reports = TarnConfigStore::CheckTypes(paths);
+  const auto reports = TarnConfigStore::CheckTypes(given.Texts(kPath));
   const Findings errors = ListErrors(reports);
   if (errors.empty()) {
     Print(reports, output);
@@ -125,27 +121,60 @@ void CheckTypes(const std::vector<std::string>& paths, const Output& output) {
   }
 }
 
-void ListTypes(const Output& output) {
+void List(const Given& /*given*/, const Output& output) {
   RequireStore();
-  Json list = Json::array();
-  for (const auto& type : TarnConfigStore::ListTypes()) {
-    list.push_back({{"type", FormatObject({type.key, type.group, type.component})},
-                    {"version", type.version},
-                    {"instances", type.hasInstances},
-                    {"flags", SplitFlags(type.flags)}});
-  }
-  output.Print(list);
+  JsonMaker make;
+  output.Print(make.List(TarnConfigStore::ListTypes(),
+                         [&](const auto& type) { return Describe(type, make); }));
 }
 
-void ShowType(const std::string& type, const Output& output) {
-  const ConfigStoreObjectId id = ParseType(type);
+void Show(const Given& given, const Output& output) {
+  const ConfigStoreObjectId id = ParseType(given.Text(kType));
   RequireStore();
-  output.Print(Json::parse(TarnConfigStore::GetTypeFile(id.component, id.group, id.key)));
+  JsonMaker make;
+  output.Print(make.Parse(TarnConfigStore::GetTypeFile(id.component, id.group, id.key)));
 }
 
-void RemoveType(const std::string& type, bool force) {
-  const ConfigStoreObjectId id = ParseType(type);
-  TarnConfigStore::RemoveType(id.component, id.group, id.key, force);
+void Remove(const Given& given, const Output& /*output*/) {
+  const ConfigStoreObjectId id = ParseType(given.Text(kType));
+  TarnConfigStore::RemoveType(id.component, id.group, id.key, given.Has(kForce));
+}
+
+}  // namespace
+
+Verb TypeVerbs() {
+  const Argument path{.name = kPath,
+                      .help = "Type files, or directories of them",
+                      .takes = Takes::TEXTS,
+                      .isRequired = true};
+  const auto flag = [](const char* name, const char* help) {
+    return Argument{.name = name, .help = help, .takes = Takes::NOTHING};
+  };
+  return {
+      .name = "schema",
+      .help = "Install, show and remove configuration types",
+      .verbs = {
+          {.name = "install",
+           .help = "Install types: all of those given, or none",
+           .arguments = {path, flag(kCheck, "Check everything, install nothing"),
+                         flag(kForce,
+                              "Allow an older version than the installed one, and stored objects "
+                              "that no longer fit")},
+           .run = Install},
+          {.name = "check",
+           .help = "Check type files without a store, and list all that is wrong",
+           .arguments = {path},
+           .run = Check},
+          {.name = "list", .help = "List the installed types", .run = List},
+          {.name = "show",
+           .help = "Print the type file of a type",
+           .arguments = {TypeArgument()},
+           .run = Show},
+          {.name = "remove",
+           .help = "Remove a type and its shipped objects",
+           .arguments = {TypeArgument(),
+                         flag(kForce, "Even if objects of the type are stored; they stay")},
+           .run = Remove}}};
 }
 
 }  // namespace tarnctl

@@ -32,24 +32,20 @@ ValueKinds ValueKinds::Named(std::string_view typeName) {
   return ValueKinds(0);
 }
 
-ValueKinds ValueKinds::Of(const Json& value) {
-  switch (value.type()) {
-    case Json::value_t::boolean:
+ValueKinds ValueKinds::Of(const Json::Value& value) {
+  switch (value.GetType()) {
+    case rapidjson::kFalseType:
+    case rapidjson::kTrueType:
       return ValueKinds(kBoolean);
-    case Json::value_t::number_integer:
-    case Json::value_t::number_unsigned:
-      return ValueKinds(kInteger);
-    case Json::value_t::number_float:
-      return ValueKinds(kFraction);
-    case Json::value_t::string:
+    case rapidjson::kNumberType:
+      return ValueKinds(value.IsDouble() ? kFraction : kInteger);
+    case rapidjson::kStringType:
       return ValueKinds(kString);
-    case Json::value_t::array:
+    case rapidjson::kArrayType:
       return ValueKinds(kArray);
-    case Json::value_t::object:
+    case rapidjson::kObjectType:
       return ValueKinds(kObject);
-    case Json::value_t::null:
-    case Json::value_t::binary:
-    case Json::value_t::discarded:
+    case rapidjson::kNullType:
       break;
   }
   return ValueKinds(kNull);

@@ -1,7 +1,7 @@
 // Sets of JSON types, as a schema allows them.
 #pragma once
 
-#include "json_text.h"
+#include "json/json.h"
 
 #include <cstdint>
 #include <string>
@@ -27,10 +27,11 @@ class ValueKinds {
   /// The set for one of JSON Schema's type names; empty for any other text.
   static ValueKinds Named(std::string_view typeName);
   /// The one kind that a value is of.
-  static ValueKinds Of(const Json& value);
+  static ValueKinds Of(const Json::Value& value);
 
   constexpr bool Holds(ValueKinds other) const { return (bits_ & other.bits_) == other.bits_; }
   constexpr bool Holds(std::uint8_t kind) const { return (bits_ & kind) == kind; }
+  constexpr bool Meets(std::uint8_t kinds) const { return (bits_ & kinds) != 0; }
   constexpr ValueKinds operator&(ValueKinds other) const {
     return ValueKinds(static_cast<std::uint8_t>(bits_ & other.bits_));
   }

@@ -1,46 +1,63 @@
-#include "watch.h"
-
 #include "failure.h"
-#include "watch_message.h"
-#include "watch_socket.h"
-#include "watch_stop.h"
+#include "json/print.h"
+#include "verbs.h"
+#include "watch_loop.h"
 
-#include <algorithm>
-#include <array>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <cstddef>
+#include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <ctime>
-#include <poll.h>
-#include <stdexcept>
-#include <sys/socket.h>
+#include <limits>
+#include <sys/eventfd.h>
 #include <system_error>
 #include <unistd.h>
-#include <utility>
-#include <vector>
 
 namespace tarnctl {
 namespace {
 
-using Clock = std::chrono::steady_clock;
+// Where the library announces changes, in the working directory.
+constexpr const char* kNotificationSocket = "kslLocalSocketKeeldNotifyWisp";
 
-constexpr std::chrono::seconds kTimeForSender{5};
-constexpr std::size_t kMostSenders = 64;  // further ones wait to be accepted
+constexpr const char* kSocket = "--socket";
+constexpr const char* kCount = "--count";
 
-struct Sender {
-  Descriptor socket;
-  Clock::time_point deadline;
-  WatchMessageReader reader;
-};
+// Open until the process is gone, since the handler stays.
+std::atomic<int> stopDescriptor{-1};
 
-bool HasEvent(int descriptor, short events) {
-  pollfd polled{descriptor, events, 0};
-  return ::poll(&polled, 1, 0) > 0;
+extern "C" void RequestStop(int /*signal*/) {
+  const int error = errno;
+  const std::uint64_t one = 1;
+  if (::write(stopDescriptor.load(std::memory_order_relaxed), &one, sizeof one) < 0) {
+    // Full: it has been asked for often enough.
+  }
+  errno = error;
 }
 
-bool IsOutputAbandoned() {
-  return HasEvent(STDOUT_FILENO, 0);
+// From the first call on, SIGINT, SIGTERM and SIGHUP no longer end the process, unless they were
+// ignored: they make the descriptor that is returned readable, for good.
+int CatchStopSignals() {
+  if (stopDescriptor < 0) {
+    const int descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (descriptor < 0) {
+      throw ToolError(ExitCode::FAILED,
+                      "cannot wait for signals: " + std::generic_category().message(errno));
+    }
+    stopDescriptor = descriptor;
+  }
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction action {};
+    ::sigaction(signal, nullptr, &action);
+    if (action.sa_handler != SIG_IGN) {
+      // Without SA_RESTART, so that output nobody reads is given up too.
+      struct sigaction stop {};
+      stop.sa_handler = RequestStop;
+      ::sigaction(signal, &stop, nullptr);
+    }
+  }
+  return stopDescriptor;
 }
 
 // In UTC, with milliseconds.
@@ -59,155 +76,45 @@ std::string Now() {
   return text;
 }
 
-/// Serves the senders, one poll after the other.
-class Watch {
- public:
-  Watch(const WatchSocket& socket, int stop, std::optional<std::uint64_t> count,
-        const Output& output)
-      : socket_(socket), stop_(stop), left_(count), output_(output) {}
-
-  void Run() {
-    while (left_ != 0U && WaitForEvents()) {
-      ReceiveAll();
-      LeaveLateSenders();
-      senders_.erase(std::remove_if(senders_.begin(), senders_.end(),
-                                    [](const Sender& sender) { return !sender.socket.IsOpen(); }),
-                     senders_.end());
-      AcceptSender();
-    }
+void Print(const Notification& notification, const Output& output) {
+  for (const std::string& object : notification.objects) {
+    JsonMaker make;
+    std::string line;
+    Json::Print(make.Object("time", Now(), "object", object, "pid", notification.process),
+                Json::Layout::ONE_LINE, Json::BadText::REPAIRED, line);
+    output.PrintText(line + "\n");
   }
+}
 
- private:
-  enum Polled : std::size_t { STOP, OUTPUT, LISTENER, FIRST_SENDER };
-
-  // False when it is time to end.
-  bool WaitForEvents() {
-    const bool hasRoom = senders_.size() < kMostSenders;
-    polled_ = {
-        {stop_, POLLIN, 0}, {STDOUT_FILENO, 0, 0}, {hasRoom ? socket_.Get() : -1, POLLIN, 0}};
-    for (const Sender& sender : senders_) {
-      polled_.push_back({sender.socket.Get(), POLLIN, 0});
-    }
-    if (::poll(polled_.data(), polled_.size(), MillisecondsToNextDeadline()) < 0) {
-      if (errno != EINTR) {
-        throw ToolError(ExitCode::FAILED,
-                        "cannot wait for senders: " + std::generic_category().message(errno));
-      }
-      return !HasEvent(stop_, POLLIN);
-    }
-    return polled_[STOP].revents == 0 && polled_[OUTPUT].revents == 0;
-  }
-
-  int MillisecondsToNextDeadline() const {
-    if (senders_.empty()) {
-      return -1;
-    }
-    // They came in the order of their deadlines.
-    const auto wait =
-        std::chrono::ceil<std::chrono::milliseconds>(senders_.front().deadline - Clock::now());
-    return std::max(0, static_cast<int>(wait.count()));
-  }
-
-  void ReceiveAll() {
-    for (std::size_t i = 0; i < senders_.size() && left_ != 0U; ++i) {
-      if (polled_[FIRST_SENDER + i].revents != 0) {
-        Receive(senders_[i]);
-      }
-    }
-  }
-
-  void Receive(Sender& sender) {
-    std::array<char, 16384> block;
-    const ssize_t length = ::recv(sender.socket.Get(), block.data(), block.size(), 0);
-    if (length < 0 && (errno == EAGAIN || errno == EINTR)) {
-      return;
-    }
-    if (length <= 0) {
-      Leave(sender, length < 0 ? "cannot be read: " + std::generic_category().message(errno)
-                               : std::string("ends in the middle"));
-      return;
-    }
-    try {
-      sender.reader.Append({block.data(), static_cast<std::size_t>(length)});
-      while (left_ != 0U && sender.reader.IsInsideMessage()) {
-        const std::optional<Notification> notification = sender.reader.Next();
-        if (!notification) {
-          break;
-        }
-        Print(*notification);
-      }
-    } catch (const std::invalid_argument& error) {
-      Leave(sender, error.what());
-    }
-  }
-
-  void Print(const Notification& notification) {
-    for (const std::string& object : notification.objects) {
-      const Json line = {{"time", Now()}, {"object", object}, {"pid", notification.process}};
-      output_.PrintText(line.dump() + "\n");
-    }
-    if (left_) {
-      --*left_;
-    }
-  }
-
-  // With a word about a message that has begun and will not be read to its end.
-  void Leave(Sender& sender, std::string reason) const {
-    if (sender.reader.IsInsideMessage()) {
-      // It may quote what was sent, which must neither start a line nor drive a terminal.
-      std::replace_if(
-          reason.begin(), reason.end(),
-          [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 127; }, '?');
-      Report({ExitCode::FAILED,
-              TarnConfigStore::CS_GENERIC,
-              "a message that is no notification: it " + reason,
-              {}},
-             output_.AsJson());
-    }
-    sender.socket = Descriptor(-1);
-  }
-
-  void LeaveLateSenders() {
-    const Clock::time_point now = Clock::now();
-    for (Sender& sender : senders_) {
-      if (sender.socket.IsOpen() && sender.deadline <= now) {
-        Leave(sender,
-              "is not complete after " + std::to_string(kTimeForSender.count()) + " seconds");
-      }
-    }
-  }
-
-  void AcceptSender() {
-    if (polled_[LISTENER].revents != 0) {
-      Descriptor accepted = socket_.Accept();
-      if (accepted.IsOpen()) {
-        senders_.push_back({std::move(accepted), Clock::now() + kTimeForSender, {}});
-      }
-    }
-  }
-
-  const WatchSocket& socket_;
-  int stop_;
-  std::optional<std::uint64_t> left_;
-  const Output& output_;
-  std::vector<Sender> senders_;
-  std::vector<pollfd> polled_;
-};
-
-}  // namespace
-
-void WatchNotifications(const std::string& socketPath, std::optional<std::uint64_t> count,
-                        const Output& output) {
+void Watch(const Given& given, const Output& output) {
+  const std::string path = given.Has(kSocket) ? given.Text(kSocket) : kNotificationSocket;
   const int stop = CatchStopSignals();
-  const WatchSocket socket(socketPath);
-  std::fprintf(stderr, "tarnctl: listening on %s\n", socketPath.c_str());
+  const WatchSocket socket(path);
+  std::fprintf(stderr, "tarnctl: listening on %s\n", path.c_str());
+  WatchLoop loop(
+      socket, stop, given.Number(kCount),
+      [&](const Notification& notification) { Print(notification, output); }, output.AsJson());
   try {
-    Watch(socket, stop, count, output).Run();
+    loop.Run();
   } catch (const ToolError&) {
-    if (!HasEvent(stop, POLLIN) && !IsOutputAbandoned()) {
+    const bool isOutputAbandoned = HasEvent(STDOUT_FILENO, 0);
+    if (!HasEvent(stop, POLLIN) && !isOutputAbandoned) {
       throw;
     }
   }
+}
+
+}  // namespace
+
+Verb WatchVerb() {
+  return {.name = "watch",
+          .help = "Print the notifications of changes as they arrive, one line of JSON each",
+          .arguments = {{.name = kSocket, .help = "Listen there instead", .valueName = "PATH"},
+                        {.name = kCount,
+                         .help = "End after so many",
+                         .valueName = "N",
+                         .range = NumberRange{1, std::numeric_limits<std::uint64_t>::max()}}},
+          .run = Watch};
 }
 
 }  // namespace tarnctl

@@ -1,10 +1,10 @@
 #include "watch_message.h"
 
-#include "json_text.h"
+#include "json/json.h"
+#include "json/pointer.h"
 
 #include <algorithm>
 #include <charconv>
-#include <limits>
 #include <stdexcept>
 #include <strings.h>
 
@@ -63,35 +63,42 @@ std::size_t FindBodyLength(std::string_view lines) {
   return *length;
 }
 
-const Json& Find(const Json& request, const char* pointer) {
-  const Json::json_pointer place(pointer);
-  if (!request.contains(place)) {
+const Json::Value& Find(const Json::Value& request, const char* pointer) {
+  const Json::Value* found = Json::FindAt(request, *Json::ParsePointer(pointer));
+  if (found == nullptr) {
     throw std::invalid_argument(std::string("has no ") + pointer);
   }
-  return request.at(place);
+  return *found;
 }
 
-void Expect(const Json& request, const char* pointer, const char* value) {
-  if (Find(request, pointer) != value) {
-    throw std::invalid_argument(std::string("has another ") + pointer + " than \"" + value + "\"");
+void Expect(const Json::Value& request, const char* pointer, const char* text) {
+  if (Find(request, pointer) != text) {
+    throw std::invalid_argument(std::string("has another ") + pointer + " than \"" + text + "\"");
   }
 }
 
 Notification ParseBody(std::string_view body) {
-  const Json request = ParseStrictly(body);
+  Json::Document request;
+  if (const auto parsed = Json::Parse(body, request, Json::Origin::OUTSIDE); !parsed) {
+    throw std::invalid_argument("holds no JSON: " + parsed.Describe(body));
+  }
   Expect(request, "/method", "invoke");
   Expect(request, "/params/operationId", "notify");
-  const Json& objects = Find(request, "/params/input/STRUCTURE/operation-input/identifiers");
-  const Json& process = Find(request, "/params/input/STRUCTURE/operation-input/cartel_id");
-  if (!objects.is_array() || objects.empty() ||
-      !std::all_of(objects.begin(), objects.end(),
-                   [](const Json& object) { return object.is_string(); })) {
+  const Json::Value& objects = Find(request, "/params/input/STRUCTURE/operation-input/identifiers");
+  const Json::Value& process = Find(request, "/params/input/STRUCTURE/operation-input/cartel_id");
+  if (!objects.IsArray() || objects.Empty() ||
+      !std::all_of(objects.Begin(), objects.End(),
+                   [](const Json::Value& object) { return object.IsString(); })) {
     throw std::invalid_argument("has identifiers that are no list of texts");
   }
-  if (!process.is_number_unsigned() || process > std::numeric_limits<pid_t>::max()) {
+  if (!process.IsInt() || process.GetInt() < 0) {
     throw std::invalid_argument("has a cartel_id that is no process id");
   }
-  return {objects.get<std::vector<std::string>>(), process.get<pid_t>()};
+  Notification notification{{}, process.GetInt()};
+  for (const Json::Value& object : objects.GetArray()) {
+    notification.objects.emplace_back(Json::Text(object));
+  }
+  return notification;
 }
 
 }  // namespace

@@ -1,11 +1,9 @@
-#include "write_verbs.h"
-
-#include "findings.h"
 #include "given_object.h"
-#include "object_name.h"
-#include "store_access.h"
-#include "write_object.h"
+#include "member_values.h"
+#include "stored_objects.h"
+#include "verbs.h"
 
+#include <cstddef>
 #include <memory>
 
 namespace tarnctl {
@@ -14,20 +12,67 @@ namespace {
 using TarnConfigStore::ConfigStore;
 using TarnConfigStore::ConfigStoreObject;
 using TarnConfigStore::ConfigStoreObjectId;
+using TarnConfigStore::FilterSpecObject;
 
-void SetLayer(ConfigStore& store, const std::shared_ptr<ConfigStoreObject>& object, Layer layer) {
-  switch (layer) {
-    case Layer::WHOLE:
-      return store.Set(object, TarnConfigStore::EXTERNAL);
-    case Layer::USER:
-      return store.SetUserData(object, TarnConfigStore::EXTERNAL);
-    case Layer::AUTOMATIC:
-      return store.SetUserData(object, TarnConfigStore::AUTO_CONFIG);
-    case Layer::VITAL:
-      return store.SetVitalData(object);
-    case Layer::CACHED:
-      return store.SetCachedData(object);
+constexpr const char* kUser = "--user";
+constexpr const char* kAutomatic = "--auto";
+constexpr const char* kVital = "--vital";
+constexpr const char* kCached = "--cached";
+constexpr const char* kFile = "FILE";
+
+void SetLayers(ConfigStore& store, const std::shared_ptr<ConfigStoreObject>& object,
+               const Given& given) {
+  if (given.Has(kUser)) {
+    store.SetUserData(object, TarnConfigStore::EXTERNAL);
+  } else if (given.Has(kAutomatic)) {
+    store.SetUserData(object, TarnConfigStore::AUTO_CONFIG);
+  } else if (given.Has(kVital)) {
+    store.SetVitalData(object);
+  } else if (given.Has(kCached)) {
+    store.SetCachedData(object);
+  } else {
+    store.Set(object, TarnConfigStore::EXTERNAL);
   }
+}
+
+void SetObject(const Given& given, const Output& /*output*/) {
+  WriteObject(ParseObject(given.Text(kObject)), given.Texts(kData),
+              [&](ConfigStore& store, const auto& object) { SetLayers(store, object, given); });
+}
+
+void UpdateObject(const Given& given, const Output& /*output*/) {
+  const auto context =
+      given.Has(kAutomatic) ? TarnConfigStore::AUTO_CONFIG : TarnConfigStore::EXTERNAL;
+  WriteObject(ParseObject(given.Text(kObject)), given.Texts(kData),
+              [&](ConfigStore& store, const auto& object) { store.Update(object, context); });
+}
+
+void DeleteObject(const Given& given) {
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
+  const auto store = OpenStore();
+  if (store->GetRevision(id) == TarnConfigStore::kDefaultRevision) {
+    RaiseNotStored(id);
+  }
+  store->Delete(id);
+}
+
+// Rows are counted without being read where all are meant: what nobody can read can still be
+// deleted.
+std::size_t CountInstances(ConfigStore& store, const std::shared_ptr<FilterSpecObject>& filter) {
+  return filter->IsEmpty() ? store.GetInstanceIds(filter->GetConfigStoreObjectId()).size()
+                           : store.GetInstances(filter).size();
+}
+
+void DeleteInstances(const Given& given) {
+  const ConfigStoreObjectId type = ParseType(given.Text(kObject));
+  const auto store = OpenStore();
+  const auto filter = MakeFilter(type, given.Texts(kWhere));
+  const std::size_t count = CountInstances(*store, filter);
+  if (count == 0) {
+    RaiseNoInstances(type, given.Texts(kWhere));
+  }
+  store->DeleteInstances(filter);
+  SayHowMany(count, type, "deleted");
 }
 
 Findings FindFaults(const ConfigStoreObjectId& id, const std::string& path,
@@ -48,23 +93,57 @@ Findings FindFaults(const ConfigStoreObjectId& id, const std::string& path,
   return findings;
 }
 
+void ValidateObject(const Given& given, const Output& output) {
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
+  const TypeSchema schema(id);
+  PrintFindings(FindFaults(id, given.Text(kFile), schema), output);
+}
+
+Argument Flag(const char* name, const char* help) {
+  return {.name = name, .help = help, .takes = Takes::NOTHING};
+}
+
 }  // namespace
 
-void SetObject(const std::string& object, const std::vector<std::string>& data, Layer layer) {
-  WriteObject(ParseObject(object), data,
-              [layer](ConfigStore& store, const auto& given) { SetLayer(store, given, layer); });
+Verb SetVerb() {
+  return {
+      .name = "set",
+      .help = "Replace an object, or one layer, by what is given",
+      .arguments = {ObjectArgument(), DataArgument()},
+      .choice = Choice{.name = "Layers",
+                       .help = "Replace one layer and keep the others",
+                       .arguments = {Flag(kUser, "Replace what the user set"),
+                                     Flag(kAutomatic, "Replace what automatic configuration set"),
+                                     Flag(kVital, "Replace what the system must keep"),
+                                     Flag(kCached, "Replace what the system remembers")}},
+      .run = SetObject};
 }
 
-void UpdateObject(const std::string& object, const std::vector<std::string>& data,
-                  TarnConfigStore::USERDATA_CONTEXT context) {
-  WriteObject(ParseObject(object), data,
-              [context](ConfigStore& store, const auto& given) { store.Update(given, context); });
+Verb UpdateVerb() {
+  return {.name = "update",
+          .help = "Change what is given, and keep the rest",
+          .arguments = {ObjectArgument(), DataArgument(),
+                        Flag(kAutomatic, "On behalf of automatic configuration")},
+          .run = UpdateObject};
 }
 
-void ValidateObject(const std::string& object, const std::string& path, const Output& output) {
-  const ConfigStoreObjectId id = ParseObject(object);
-  const TypeSchema schema(id);
-  PrintFindings(FindFaults(id, path, schema), output);
+Verb DeleteVerb() {
+  return {.name = "delete",
+          .help = "Delete an object, or instances",
+          .arguments = ObjectOrInstancesArguments(),
+          .run = [](const Given& given, const Output& /*output*/) {
+            (MeansInstances(given) ? DeleteInstances : DeleteObject)(given);
+          }};
+}
+
+Verb ValidateVerb() {
+  return {.name = "validate",
+          .help = "List all that is wrong with an object; write nothing",
+          .arguments = {ObjectArgument(),
+                        {.name = kFile,
+                         .help = "A file of JSON, or - for standard input",
+                         .isRequired = true}},
+          .run = ValidateObject};
 }
 
 }  // namespace tarnctl

@@ -1,7 +1,10 @@
-// The store, as the verbs for objects meet it.
+// The store and what comes out of it, as the verbs for objects meet them.
 #pragma once
 
 #include "tarnconfigstore/config_store.h"
+
+#include "object_name.h"
+#include "output.h"
 
 #include <memory>
 #include <string>
@@ -22,5 +25,18 @@ void RequireStore();
 /// Raises ToolError NOT_FOUND for a type none of whose stored instances meets the conditions.
 [[noreturn]] void RaiseNoInstances(const TarnConfigStore::ConfigStoreObjectId& type,
                                    const std::vector<std::string>& conditions);
+
+/// Prints an object, or one of its members when the path is not empty; an absent member as the
+/// default that its schema gives it. ToolError NOT_FOUND when there is neither.
+void PrintObject(const TarnConfigStore::ConfigStoreObject& object, const MemberPath& member,
+                 const Output& output);
+
+/// Prints an array of objects.
+void PrintObjects(const std::vector<std::shared_ptr<TarnConfigStore::ConfigStoreObject>>& objects,
+                  const Output& output);
+
+/// Says on standard error how many instances of a type met something, as "deleted".
+void SayHowMany(std::size_t count, const TarnConfigStore::ConfigStoreObjectId& type,
+                const char* what);
 
 }  // namespace tarnctl

@@ -1,0 +1,164 @@
+#include "member_values.h"
+
+#include "failure.h"
+#include "json/pointer.h"
+#include "json/utf8.h"
+#include "object_name.h"
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <set>
+#include <utility>
+
+namespace tarnctl {
+namespace {
+
+using TarnConfigStore::ConfigStoreObjectId;
+using TarnConfigStore::FilterSpecObject;
+
+/// What an argument gives to a member.
+struct Assignment {
+  std::string member;
+  MemberPath path;
+  std::string text;
+};
+
+Assignment Split(const std::string& argument) {
+  const std::size_t end = argument.find('=');
+  if (end == std::string::npos) {
+    throw ToolError(ExitCode::USAGE, "\"" + argument + "\" is not of the form MEMBER=VALUE");
+  }
+  if (!Json::Utf8::IsValid(argument)) {
+    throw ToolError(ExitCode::INVALID, "\"" + argument + "\" is not UTF-8",
+                    TarnConfigStore::CS_JSON_PARSE_FAILED);
+  }
+  std::string member = argument.substr(0, end);
+  MemberPath path = ParseMember(member);
+  return {std::move(member), std::move(path), argument.substr(end + 1)};
+}
+
+[[noreturn]] void RaiseGivenTwice(const std::string& member) {
+  throw ToolError(ExitCode::USAGE, "the member \"" + member + "\" is given twice");
+}
+
+bool FitsDouble(std::uint64_t magnitude) {
+  constexpr int kDigits = std::numeric_limits<double>::digits;
+  return magnitude == 0 || std::bit_width(magnitude >> std::countr_zero(magnitude)) <= kDigits;
+}
+
+// Readers of fractions refuse integers: 5 becomes 5.0 where that is the same number.
+void MakeFraction(Json::Value& number) {
+  if (number.IsUint64() && FitsDouble(number.GetUint64())) {
+    number.SetDouble(static_cast<double>(number.GetUint64()));
+  } else if (number.IsInt64() && FitsDouble(-static_cast<std::uint64_t>(number.GetInt64()))) {
+    number.SetDouble(static_cast<double>(number.GetInt64()));
+  }
+}
+
+// Text that is JSON of such a kind, but not to be kept as it is, must not pass for plain text.
+bool IsRefusedJson(const std::string& text, ValueKinds kinds) {
+  Json::Document value;
+  return Json::Parse(text, value, Json::Origin::STORED) &&
+         (value.IsNumber() ? kinds.Meets(ValueKinds::kNumber) : kinds.Holds(ValueKinds::Of(value)));
+}
+
+[[noreturn]] void RaiseUnfit(const Assignment& given, ValueKinds kinds, const std::string& reason) {
+  std::string pointer;
+  for (const std::string& name : given.path) {
+    Json::AppendToken(pointer, name);
+  }
+  const std::string tail = reason.empty() ? "" : ": " + reason;
+  throw ToolError(ExitCode::INVALID,
+                  "the member \"" + given.member + "\" takes " + kinds.Describe() + ", not \"" +
+                      given.text + "\"" + tail,
+                  TarnConfigStore::CS_INCORRECT_TYPE,
+                  {{pointer, "expected " + kinds.Describe() + tail}});
+}
+
+Json::Value Read(const Assignment& given, ValueKinds kinds, JsonMaker& make) {
+  const ValueKinds justText(ValueKinds::kString);
+  std::string reason;
+  if (kinds != justText) {
+    Json::Document value(&make.GetAllocator());
+    const auto parsed = Json::Parse(given.text, value, Json::Origin::OUTSIDE);
+    if (parsed && kinds.Holds(ValueKinds::Of(value))) {
+      if (kinds == ValueKinds(ValueKinds::kNumber)) {
+        MakeFraction(value);
+      }
+      return std::move(static_cast<Json::Value&>(value));
+    }
+    const bool isRefused = !parsed && IsRefusedJson(given.text, kinds);
+    if (isRefused || (!parsed && given.text.find_first_of("[{") == 0)) {
+      reason = parsed.Describe(given.text);
+    }
+    if (isRefused || !kinds.Holds(justText)) {
+      RaiseUnfit(given, kinds, reason);
+    }
+  }
+  return make.Of(given.text);
+}
+
+// The place for a member's value among those that were given before.
+Json::Value& Place(Json::Value& data, const Assignment& given, JsonMaker& make) {
+  Json::Value* place = &data;
+  for (const std::string& name : given.path) {
+    const bool isLast = &name == &given.path.back();
+    if (!place->IsObject()) {
+      throw ToolError(ExitCode::USAGE, "\"" + given.member + "=" + given.text +
+                                           "\" lies inside a member that was given as a whole");
+    }
+    Json::Value* member = Json::FindMember(*place, name);
+    if (member == nullptr) {
+      place->AddMember(make.Of(name),
+                       Json::Value(isLast ? rapidjson::kNullType : rapidjson::kObjectType),
+                       make.GetAllocator());
+      member = &(place->MemberEnd() - 1)->value;
+    } else if (isLast) {
+      RaiseGivenTwice(given.member);
+    }
+    place = member;
+  }
+  return *place;
+}
+
+}  // namespace
+
+Json::Value ReadMembers(const std::vector<std::string>& arguments, const TypeSchema& schema,
+                        JsonMaker& make) {
+  Json::Value data(rapidjson::kObjectType);
+  std::set<std::string> members;
+  for (const std::string& argument : arguments) {
+    const Assignment given = Split(argument);
+    if (!members.insert(given.member).second) {
+      RaiseGivenTwice(given.member);
+    }
+    Json::Value value = Read(given, schema.KindsOf(given.path), make);
+    Place(data, given, make) = value;
+  }
+  return data;
+}
+
+std::shared_ptr<FilterSpecObject> MakeFilter(const ConfigStoreObjectId& type,
+                                             const std::vector<std::string>& conditions) {
+  const TypeSchema schema(type);
+  auto filter = std::make_shared<FilterSpecObject>(type);
+  if (conditions.empty()) {
+    return filter;
+  }
+  JsonMaker make;
+  const Json::Value data = ReadMembers(conditions, schema, make);
+  // A condition on such a member would quietly match nothing.
+  if (Findings unknown = schema.FindUndeclared(data); !unknown.empty()) {
+    throw ToolError(ExitCode::INVALID, "the type " + FormatObject(type) + " has no such member",
+                    TarnConfigStore::CS_GENERIC, std::move(unknown));
+  }
+  std::string text;
+  Json::Serialize(data, text);
+  filter->SetData(text.c_str());
+  return filter;
+}
+
+}  // namespace tarnctl

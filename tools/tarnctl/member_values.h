@@ -1,0 +1,31 @@
+// MEMBER=VALUE arguments, as data and as conditions.
+#pragma once
+
+#include "tarnconfigstore/filter_spec_object.h"
+
+#include "json_maker.h"
+#include "type_schema.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tarnctl {
+
+/// The object that the arguments describe. Each value takes the type that the schema gives its
+/// member; a member of several types takes JSON text that fits one of them, and else the text itself
+/// where texts are allowed. Numbers are kept as they are, or refused. Raises ToolError INVALID for a
+/// value that does not fit or cannot be kept and for what is not UTF-8, and USAGE for an argument
+/// without "=", a member given twice, and a member inside one that was given as something else than
+/// an object.
+Json::Value ReadMembers(const std::vector<std::string>& arguments, const TypeSchema& schema,
+                        JsonMaker& make);
+
+/// A filter that keeps the instances of a type that meet every condition; all of them when there is
+/// none. Values are typed as those of ReadMembers, and dotted paths become conditions on objects
+/// inside. Raises as ReadMembers does, ToolError INVALID for members that the type does not have,
+/// with each of them, and ConfigStoreException 1037 when the type is not installed.
+std::shared_ptr<TarnConfigStore::FilterSpecObject> MakeFilter(
+    const TarnConfigStore::ConfigStoreObjectId& type, const std::vector<std::string>& conditions);
+
+}  // namespace tarnctl

@@ -1,0 +1,60 @@
+#include "stored_objects.h"
+
+#include "failure.h"
+#include "type_schema.h"
+
+#include <cstdio>
+
+namespace tarnctl {
+
+using TarnConfigStore::ConfigStoreObject;
+using TarnConfigStore::ConfigStoreObjectId;
+
+std::shared_ptr<TarnConfigStore::ConfigStore> OpenStore() {
+  return TarnConfigStore::ConfigStore::GetStore(TarnConfigStore::sGlobalNamespace);
+}
+
+void RequireStore() {
+  OpenStore();
+}
+
+void RaiseNotStored(const ConfigStoreObjectId& id) {
+  throw ToolError(ExitCode::NOT_FOUND, "no object " + FormatObject(id) + " is stored");
+}
+
+void RaiseNoInstances(const ConfigStoreObjectId& type, const std::vector<std::string>& conditions) {
+  throw ToolError(ExitCode::NOT_FOUND,
+                  "no instance of " + FormatObject(type) +
+                      (conditions.empty() ? " is stored" : " meets these conditions"));
+}
+
+void PrintObject(const ConfigStoreObject& object, const MemberPath& member, const Output& output) {
+  JsonMaker make;
+  const Json::Value data = make.Parse(object.GetData());
+  if (member.empty()) {
+    output.Print(data);
+    return;
+  }
+  const ConfigStoreObjectId& id = object.GetConfigStoreObjectId();
+  const TypeSchema schema(id);
+  const Json::Value* value = schema.Read(data, member);
+  if (value == nullptr) {
+    throw ToolError(ExitCode::NOT_FOUND, "the object " + FormatObject(id) + " has no member \"" +
+                                             FormatMember(member) + "\"");
+  }
+  output.PrintMember(*value);
+}
+
+void PrintObjects(const std::vector<std::shared_ptr<ConfigStoreObject>>& objects,
+                  const Output& output) {
+  JsonMaker make;
+  output.Print(
+      make.List(objects, [&](const auto& object) { return make.Parse(object->GetData()); }));
+}
+
+void SayHowMany(std::size_t count, const ConfigStoreObjectId& type, const char* what) {
+  std::fprintf(stderr, "tarnctl: %zu %s of %s %s\n", count, count == 1 ? "instance" : "instances",
+               FormatObject(type).c_str(), what);
+}
+
+}  // namespace tarnctl

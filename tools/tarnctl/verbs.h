@@ -1,0 +1,37 @@
+// The verbs.
+#pragma once
+
+#include "command_line.h"
+
+namespace tarnctl {
+
+/// Makes what is missing of the directories and databases.
+Verb InitVerb();
+/// The key/value entries.
+Verb EntryVerbs();
+
+/// Configuration types.
+Verb TypeVerbs();
+
+// Configuration objects, looked at.
+Verb GetVerb();
+Verb ListVerb();
+Verb RevisionVerb();
+
+// Configuration objects, written, or judged and not written.
+Verb SetVerb();
+Verb UpdateVerb();
+Verb DeleteVerb();
+Verb ValidateVerb();
+
+/// What is staged for the next boot.
+Verb NextBootVerbs();
+/// The options that the kernel gets at the next boot.
+Verb KernelOptionVerbs();
+/// What the store knows of the host's boot, and the part that the host plays in it.
+Verb BootVerbs();
+
+/// Notifications, as they arrive.
+Verb WatchVerb();
+
+}  // namespace tarnctl
