@@ -114,7 +114,12 @@ void CleanupObject(const ObjectHandle& object, const SchemaHandle& schema) {
     if (HoldsEmptyContent(root)) {
       Clean(root, node);
     }
-    RemoveLoneInstanceId(root, node);
+    // One that names another instance is not all that the object says.
+    const std::string& id = object->GetConfigStoreObjectId().instanceId;
+    const Json::Value* given = Json::FindMember(root, node.InstanceIdMember());
+    if (given != nullptr && given->IsString() && (id.empty() || Json::Text(*given) == id)) {
+      RemoveLoneInstanceId(root, node);
+    }
   }
 }
 

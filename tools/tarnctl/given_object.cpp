@@ -112,35 +112,7 @@ std::shared_ptr<ConfigStoreObject> ReadObject(const ConfigStoreObjectId& id,
 std::shared_ptr<ConfigStoreObject> MakeObject(const ConfigStoreObjectId& id,
                                               const std::vector<std::string>& data,
                                               const TypeSchema& schema) {
-  auto object = IsFile(data) ? ReadObject(id, data.front()) : CollectMembers(id, data, schema);
-  if (Findings findings = KeepInstanceId(*object, schema); !findings.empty()) {
-    throw ToolError(ExitCode::INVALID, "the data is of another instance than " + id.instanceId,
-                    TarnConfigStore::CS_GENERIC, std::move(findings));
-  }
-  return object;
-}
-
-Findings KeepInstanceId(ConfigStoreObject& object, const TypeSchema& schema) {
-  const std::string& instanceId = object.GetConfigStoreObjectId().instanceId;
-  const std::string member(schema.InstanceIdMember());
-  if (member.empty() || instanceId.empty()) {
-    return {};
-  }
-  if (!object.CheckKey(member.c_str())) {
-    object.SetValue(member.c_str(), instanceId);
-    return {};
-  }
-  JsonMaker make;
-  const Json::Value data = make.Parse(object.GetData());
-  const Json::Value& given = *Json::FindMember(data, member);
-  if (given == make.Of(instanceId)) {
-    return {};
-  }
-  std::string pointer;
-  Json::AppendToken(pointer, member);
-  std::string found;
-  Json::Print(given, Json::Layout::ONE_LINE, Json::BadText::REPAIRED, found);
-  return {{pointer, "expected \"" + instanceId + "\", found " + found}};
+  return IsFile(data) ? ReadObject(id, data.front()) : CollectMembers(id, data, schema);
 }
 
 void WriteObject(const ConfigStoreObjectId& id, const std::vector<std::string>& data,

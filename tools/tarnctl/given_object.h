@@ -23,15 +23,10 @@ Argument DataArgument();
 std::shared_ptr<TarnConfigStore::ConfigStoreObject> ReadObject(
     const TarnConfigStore::ConfigStoreObjectId& id, const std::string& path);
 
-/// An object with what kData gives. Data without the instance id gets the one of the object's name.
-/// Raises as ReadObject and ReadMembers do, and ToolError INVALID for data of another instance.
+/// An object with what kData gives. Raises as ReadObject and ReadMembers do.
 std::shared_ptr<TarnConfigStore::ConfigStoreObject> MakeObject(
     const TarnConfigStore::ConfigStoreObjectId& id, const std::vector<std::string>& data,
     const TypeSchema& schema);
-
-/// Gives data without the instance id the one of the object's name; any other instance id is the
-/// finding that is returned.
-Findings KeepInstanceId(TarnConfigStore::ConfigStoreObject& object, const TypeSchema& schema);
 
 using Write = std::function<void(TarnConfigStore::ConfigStore&,
                                  const std::shared_ptr<TarnConfigStore::ConfigStoreObject>&)>;

@@ -75,8 +75,7 @@ void DeleteInstances(const Given& given) {
   SayHowMany(count, type, "deleted");
 }
 
-Findings FindFaults(const ConfigStoreObjectId& id, const std::string& path,
-                    const TypeSchema& schema) {
+Findings FindFaults(const ConfigStoreObjectId& id, const std::string& path) {
   const std::shared_ptr<ConfigStore> store = OpenStore();
   std::shared_ptr<ConfigStoreObject> object;
   try {
@@ -87,16 +86,11 @@ Findings FindFaults(const ConfigStoreObjectId& id, const std::string& path,
     }
     return error.GetFailure().details;  // data that describes no object
   }
-  Findings findings = KeepInstanceId(*object, schema);
-  const Findings misfits = store->Validate(object);
-  findings.insert(findings.end(), misfits.begin(), misfits.end());
-  return findings;
+  return store->Validate(object);
 }
 
 void ValidateObject(const Given& given, const Output& output) {
-  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
-  const TypeSchema schema(id);
-  PrintFindings(FindFaults(id, given.Text(kFile), schema), output);
+  PrintFindings(FindFaults(ParseObject(given.Text(kObject)), given.Text(kFile)), output);
 }
 
 Argument Flag(const char* name, const char* help) {
