@@ -44,8 +44,9 @@ struct ApplyResult {
 ///
 /// - SET checks the content against the type that is installed now. Content that does not fit, a
 ///   type that is not installed, and an instance id that does not suit the type are findings, as
-///   ConfigStore::Validate returns them, and the change stays staged. Else the staged values
-///   replace the user, the vital and the cached value; a value that was not staged becomes empty.
+///   ConfigStore::Validate returns them, and the change stays staged. Else what is
+///   staged replaces the user, the vital and the cached value, divided among them by today's type;
+///   a value that gets nothing becomes empty.
 ///   The automatic value and the creation time stay, the pending value is removed, the row is
 ///   confirmed, and the revision counts up.
 /// - DELETE deletes every row of the type, DELETE_INSTANCE the row of the instance. Neither looks

@@ -8,12 +8,11 @@
 #include "persistence/delete_config.h"
 #include "persistence/next_boot_records.h"
 #include "persistence/write_by_context.h"
+#include "store/staged_content.h"
 #include "store/under_transaction.h"
-#include "validation/object_validation.h"
 
 #include <algorithm>
 #include <optional>
-#include <string>
 #include <utility>
 
 namespace TarnConfigStore {
@@ -21,10 +20,10 @@ namespace {
 
 // A staged change on its way.
 struct Change {
-  const RowMap* row;
   ConfigStoreObjectId id;
   NextBootAction action;
-  SchemaHandle schema;  // of content, when its type is installed
+  SchemaHandle schema;   // of content, when its type is installed
+  ObjectHandle content;  // when there is any to be had
   std::vector<ErrorInfo> findings;
 };
 
@@ -46,33 +45,15 @@ class Types {
   SchemaHandle schema_;
 };
 
-// Everything that keeps content from becoming current, judged as one object that is to be set.
-void JudgeContent(Change& change) {
-  if (!ValidateIdentity(change.schema, change.id, change.findings)) {
-    return;
-  }
-  try {
-    const ObjectHandle object = MergeParts(*change.row, "UserValue", change.id, change.schema);
-    if (object) {
-      ValidateObjectData(change.schema, object, SetRules(), change.findings, true);
-    } else {
-      change.findings.push_back({"/", "The change has no content."});
-    }
-  } catch (const InvalidArgumentException& notJson) {
-    change.findings.push_back({"/", notJson.what()});
-  }
-}
-
 std::vector<Change> Judge(const RowMapList& rows) {
   std::vector<Change> changes;
   changes.reserve(rows.size());
   Types types;
   for (const std::shared_ptr<RowMap>& row : rows) {
-    Change& change =
-        changes.emplace_back(Change{row.get(), IdFromRow(*row), ActionFromRow(*row), {}, {}});
+    Change& change = changes.emplace_back(Change{IdFromRow(*row), ActionFromRow(*row), {}, {}, {}});
     if (change.action == NextBootAction::SET) {
       change.schema = types.Of(change.id);
-      JudgeContent(change);
+      change.content = JudgeStagedContent(*row, change.id, change.schema, change.findings);
     }
     for (const ErrorInfo& finding : change.findings) {
       CSLogger::Log(CSLogger::kProblem, "Cannot be applied, %s: %s: %s",
@@ -82,19 +63,12 @@ std::vector<Change> Judge(const RowMapList& rows) {
   return changes;
 }
 
-std::optional<std::string> Text(const RowMap& row, std::string_view column) {
-  const auto text = row.Find(column);
-  return text ? std::optional<std::string>(*text) : std::nullopt;
-}
-
 void Apply(const Change& change, const DBStore::ConnectionHandle& connection) {
   switch (change.action) {
     case NextBootAction::SET:
-      // The context that also confirms the row.
-      WriteLayersByContext(change.id,
-                           {Text(*change.row, "UserValue"), std::nullopt,
-                            Text(*change.row, "VitalValue"), Text(*change.row, "CachedValue")},
-                           change.schema->GetVersion(), UPDATE_DURING_UPGRADE, connection);
+      // Divided by the type of today, whatever it was when the change was staged; in the context that
+      // also confirms the row.
+      SetByContextInternal(change.content, change.schema, UPDATE_DURING_UPGRADE, connection);
       break;
     case NextBootAction::DELETE:
       DeleteInstancesInternal(change.id, connection);
@@ -124,8 +98,7 @@ ApplyResult ApplyNextBootConfig(const ApplyOptions& options) {
   ApplyResult result;
   RunUnderTransaction(connection, "ApplyNextBootConfig", [&] {
     RequireNoRemediation(connection);
-    const RowMapList rows = ReadStagedChanges(connection);
-    std::vector<Change> changes = Judge(rows);
+    std::vector<Change> changes = Judge(ReadStagedChanges(connection));
     const auto fits = [](const Change& change) { return change.findings.empty(); };
     const bool applies = options.applyRest || std::all_of(changes.begin(), changes.end(), fits);
     for (Change& change : changes) {

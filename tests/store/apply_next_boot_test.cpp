@@ -3,6 +3,8 @@
 #include "support/child_process.h"
 #include "support/next_boot_fixture.h"
 
+#include <gmock/gmock.h>
+
 #include <csignal>
 
 namespace TarnConfigStore {
@@ -106,6 +108,24 @@ TEST_F(Applying, KeepsStagedWhatNoLongerFits) {
   EXPECT_EQ(log_.Count("1 Cannot be applied, comp tarn grp test key many-switch id empty: /: The "
                        "change has no content."),
             2);
+}
+
+// Members moved, and elements without ids got generated ones, since the changes were staged.
+TEST_F(Applying, DividesByTheTypeOfToday) {
+  Stage(R"(('tarn','test','many-switch','s1','1',
+        '{"name":"s1","serial":"x","state":{"up":true},"rules":[{"allow":"a","hits":1}]}',
+        '{"name":"s1","mtu":9}','{"name":"s1","serial":"old"}','SET'))");
+  const std::string staged = Data(nextBoot_->Get(Many("s1")));
+  EXPECT_EQ(Text(ApplyNextBootConfig({})), "applied s1 SET; staged");
+  const std::string row = database_.Lines(
+      "SELECT UserValue, VitalValue, CachedValue FROM Config WHERE Identifier = 's1'");
+  EXPECT_THAT(row,
+              testing::MatchesRegex(
+                  R"(\{"name":"s1","mtu":9,"rules":\[\{"cs_generated_id":".*","allow":"a"\}\]\} )"
+                  R"(\{"name":"s1","serial":"x"\} \{"name":"s1","state":.*"hits":1\}\]\})"));
+  EXPECT_EQ(Data(store_->Get(Many("s1"))).size(), staged.size());
+  store_->SetVitalData(ManyObject("s1", R"("serial":"new")"));
+  EXPECT_EQ(*store_->Get(Many("s1"))->GetPath("/serial"), "\"new\"");
 }
 
 TEST_F(Applying, AFailureAnywhereLeavesTheStoreAsItWas) {
