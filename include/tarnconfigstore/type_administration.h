@@ -83,11 +83,14 @@ TARN_CONFIG_STORE_EXPORT std::vector<InstalledType> ListTypes();
 TARN_CONFIG_STORE_EXPORT std::string GetTypeFile(const std::string& component,
                                                  const std::string& group, const std::string& key);
 
-/// Removes a type and the objects that it shipped with. Stored objects stay stored.
-/// \param force  removes the type even where objects of it are stored
+/// Removes a type, the objects that it shipped with, and changes of it that are staged, since nobody
+/// could apply them or take them back without it. Stored objects stay stored.
+/// \param force  removes the type even where objects of it are stored or changes staged
 /// \throws ConfigStoreException 1037 when the type is not installed
-/// \throws ConfigStoreException 2000 when objects of the type are stored; the message has their
-///         number
+/// \throws ConfigStoreException 2000 when objects of the type are stored or changes staged; the
+///         message has their numbers
+/// \throws ConfigStoreException 2000 "Tarn host is being remediated by ORC, cannot set next-boot
+///         configuration." when changes are staged while "BOOT_MODE" is "1"
 /// \throws ConfigStoreException 2000 for a failure of a database. The type then stays installed;
 ///         its shipped objects may be removed
 TARN_CONFIG_STORE_EXPORT void RemoveType(const std::string& component, const std::string& group,

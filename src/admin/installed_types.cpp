@@ -5,6 +5,7 @@
 #include "admin/type_reports.h"
 #include "errors/platform_failures.h"
 #include "persistence/connection.h"
+#include "persistence/next_boot_records.h"
 #include "persistence/type_rows.h"
 #include "store/under_transaction.h"
 
@@ -29,17 +30,35 @@ std::string FlagsOf(const TarnSchemaStore::SchemaObject& type) {
   ThrowException<ConfigStoreException>(CS_SCHEMA_NOT_FOUND, IdOf(name).toString());
 }
 
-void RemoveShippedObjects(const TarnSchemaStore::TypeName& name, bool force) {
+// Nobody could read or change what is stored without its type, or apply or take back what is staged.
+void RequireUnused(const ConfigStoreObjectId& type, int stored, std::size_t staged) {
+  std::string text;
+  const auto count = [&](const char* what, std::size_t number) {
+    if (number > 0) {
+      text += what + (" of the type " + type.toString()) + ": " + std::to_string(number) + ". ";
+    }
+  };
+  count("Objects stored", static_cast<std::size_t>(stored));
+  count("Changes staged for the next boot", staged);
+  if (!text.empty()) {
+    ThrowFailure(
+        text +
+        "Removing their type has to be forced: stored objects can then be neither read nor "
+        "changed, and staged changes go with it.");
+  }
+}
+
+void RemoveRows(const ConfigStoreObjectId& type, bool force) {
   const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
   RunUnderTransaction(connection, "RemoveType", [&] {
-    const int stored = CountStoredInstances(IdOf(name), connection);
-    if (stored > 0 && !force) {
-      ThrowFailure("Objects stored of the type " + IdOf(name).toString() + ": " +
-                   std::to_string(stored) +
-                   ". Removing their type, without which they can be neither "
-                   "read nor changed, has to be forced.");
+    const std::size_t staged = ReadStagedOfType(type, connection).size();
+    if (!force) {
+      RequireUnused(type, CountStoredInstances(type, connection), staged);
     }
-    ReplaceDefaultRows(IdOf(name), std::string(), {}, connection);
+    if (staged > 0) {
+      ClearRebootRequiredConfigInstances(type, nullptr, connection);
+    }
+    ReplaceDefaultRows(type, std::string(), {}, connection);
   });
 }
 
@@ -78,7 +97,7 @@ void RemoveType(const std::string& component, const std::string& group, const st
       FailToFind(name);
     }
     writer.Remove(name);
-    RemoveShippedObjects(name, force);
+    RemoveRows(IdOf(name), force);
     writer.Commit();
   });
 }

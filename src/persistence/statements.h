@@ -393,4 +393,18 @@ inline constexpr std::string_view COUNT_STORED_INSTANCES =
     "AND (UserValue NOT NULL OR AutoConfValue NOT NULL OR VitalValue NOT NULL OR CachedValue NOT "
     "NULL OR DesiredValue NOT NULL)";
 
+/// All values of a row that is there, divided again, and the version that they are of; no write of
+/// the object, so revision and times of its own stay. Parameters: version, user, automatic, vital,
+/// cached and pending value, name, group, component, identifier.
+inline constexpr std::string_view REDIVIDE_ROW =
+    "UPDATE Config SET Version = ?, UserValue = ?, AutoConfValue = ?, VitalValue = ?, CachedValue "
+    "= ?, DesiredValue = ? WHERE Name = ? AND ConfigGroup = ? AND Component = ? AND Identifier = "
+    "?";
+
+/// The changes that are staged of a type. Parameters: name, group, component.
+inline constexpr std::string_view READ_STAGED_OF_TYPE =
+    "SELECT Component, ConfigGroup, Name, Identifier, Value AS UserValue, VitalValue, CachedValue, "
+    "BootAction FROM DesiredUserConfig WHERE Name = ? AND ConfigGroup = ? AND Component = ? ORDER "
+    "BY Identifier";
+
 }  // namespace TarnConfigStore

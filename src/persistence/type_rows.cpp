@@ -76,4 +76,46 @@ int CountStoredInstances(const ConfigStoreObjectId& type,
   return count;
 }
 
+void ForEachStoredRow(const ConfigStoreObjectId& type, const DBStore::ConnectionHandle& connection,
+                      const std::function<void(const StoredRow&)>& receiver) {
+  ForEachRow(connection, GET_INSTANCES.Text(), type, [&receiver](const RowMap& row) {
+    const auto text = [&row](std::string_view column) {
+      const auto found = row.Find(column);
+      return found ? std::optional<std::string>(*found) : std::nullopt;
+    };
+    StoredRow stored;
+    stored.user = text("UserValue");
+    stored.automatic = text("AutoConfValue");
+    stored.vital = text("VitalValue");
+    stored.cached = text("CachedValue");
+    stored.pending = text("DesiredValue");
+    stored.instanceId = row.Text("Identifier");
+    stored.version = row.Text("Version");
+    stored.confirmed = row.Text("Success") == "1";
+    if (stored.user || stored.automatic || stored.vital || stored.cached || stored.pending) {
+      receiver(stored);
+    }
+  });
+}
+
+void RedivideRow(const ConfigStoreObjectId& type, const StoredRow& row,
+                 const DBStore::ConnectionHandle& connection) {
+  const DBStore::StatementHandle statement =
+      DBStore::internal::Prepare(connection, REDIVIDE_ROW, DBStore::kWaitLimit);
+  if (!Binder(connection, statement)
+           .Text(row.version)
+           .Nullable(row.user, row.automatic, row.vital, row.cached, row.pending)
+           .Text(type.key, type.group, type.component, row.instanceId)
+           .Execute()) {
+    ThrowFailure(
+        "Dividing stored values again failed for: " +
+        ConfigStoreObjectId(type.key, type.group, type.component, row.instanceId).toString());
+  }
+}
+
+RowMapList ReadStagedOfType(const ConfigStoreObjectId& type,
+                            const DBStore::ConnectionHandle& connection) {
+  return ReadRowMaps(connection, READ_STAGED_OF_TYPE, type);
+}
+
 }  // namespace TarnConfigStore

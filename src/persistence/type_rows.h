@@ -1,5 +1,5 @@
-// What the store's tables hold about a type as a whole: the objects that came with it, and how many
-// are stored.
+// What the store's tables hold about a type as a whole: the objects that came with it, its stored
+// rows, and the changes that are staged.
 #pragma once
 
 #include "tarnconfigstore/object_id.h"
@@ -7,7 +7,10 @@
 #include "platform/db_store.h"
 
 #include "objects/division.h"
+#include "persistence/row_map.h"
 
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,5 +33,29 @@ void ReplaceDefaultRows(const ConfigStoreObjectId& type, const std::string& vers
 /// 2000 "Read Instances failed for: IDENTIFIER".
 int CountStoredInstances(const ConfigStoreObjectId& type,
                          const DBStore::ConnectionHandle& connection);
+
+/// A row of Config with its values, as far as its type has a say in them.
+struct StoredRow : ColumnValues {
+  std::optional<std::string> pending;
+  std::string instanceId;
+  std::string version;
+  bool confirmed = true;
+};
+
+/// Hands on each row of a type that holds a value, in the order of the instance ids. Raises as
+/// CountStoredInstances.
+void ForEachStoredRow(const ConfigStoreObjectId& type, const DBStore::ConnectionHandle& connection,
+                      const std::function<void(const StoredRow&)>& receiver);
+
+/// Writes all values and the version of a row that is there, which does not count as a write of the
+/// object: everything else of the row stays. Raises ConfigStoreException 2000 "Dividing stored values
+/// again failed for: IDENTIFIER".
+void RedivideRow(const ConfigStoreObjectId& type, const StoredRow& row,
+                 const DBStore::ConnectionHandle& connection);
+
+/// The changes that are staged of a type, deletions among them, as ReadStagedChanges gives all of
+/// them. Raises as CountStoredInstances.
+RowMapList ReadStagedOfType(const ConfigStoreObjectId& type,
+                            const DBStore::ConnectionHandle& connection);
 
 }  // namespace TarnConfigStore

@@ -1,3 +1,4 @@
+#include "tarnconfigstore/key_values.h"
 #include "tarnconfigstore/type_administration.h"
 
 #include "admin/type_folder.h"
@@ -72,9 +73,31 @@ TEST_F(InstalledTypesTest, TypeWithStoredObjectsIsRemovedByForceOnly) {
   EXPECT_THAT(Raised([] { RemoveType("tarn", "test", "a", true); }), StartsWith("CSE 1037 "));
 }
 
+TEST_F(InstalledTypesTest, StagedChangesGoWithTheirTypeOnlyByForce) {
+  folder_.Write("a.json", TypeFile("a", "1", R"({"type":"object","rebootRequired":true})"));
+  folder_.Install();
+  Database(host_).Run(
+      "INSERT INTO DesiredUserConfig VALUES ('tarn','test','a','','1','{}',NULL,NULL,'SET'),"
+      "('tarn','test','a','x','1',NULL,NULL,NULL,'DELETE'),"
+      "('tarn','test','b','','1',NULL,NULL,NULL,'DELETE')");
+  EXPECT_THAT(
+      Raised([] { RemoveType("tarn", "test", "a", false); }),
+      StartsWith("CSE 2000 Changes staged for the next boot of the type comp tarn grp test key a: "
+                 "2. Removing"));
+  SetKeyValue("BOOT_MODE", "1");
+  EXPECT_THAT(Raised([] { RemoveType("tarn", "test", "a", true); }), HasSubstr("remediated"));
+  EXPECT_THAT(InstalledTypes(), ElementsAre("a 1"));
+  EXPECT_THAT(Count("DesiredUserConfig"), ElementsAre("3"));
+  SetKeyValue("BOOT_MODE", "4");
+  RemoveType("tarn", "test", "a", true);
+  EXPECT_THAT(InstalledTypes(), IsEmpty());
+  EXPECT_THAT(Count("DesiredUserConfig WHERE Name = 'b'"), ElementsAre("1"));
+  EXPECT_THAT(Count("DesiredUserConfig"), ElementsAre("1"));
+}
+
 TEST_F(InstalledTypesTest, StatementsWalkTheKeysIndex) {
-  for (const std::string_view statement :
-       {READ_DEFAULT_INSTANCES, DELETE_DEFAULT_INSTANCES, COUNT_STORED_INSTANCES}) {
+  for (const std::string_view statement : {READ_DEFAULT_INSTANCES, DELETE_DEFAULT_INSTANCES,
+                                           COUNT_STORED_INSTANCES, READ_STAGED_OF_TYPE}) {
     EXPECT_THAT(
         Database(host_).Run("EXPLAIN QUERY PLAN " + std::string(statement)),
         ElementsAre(HasSubstr("USING PRIMARY KEY (Component=? AND ConfigGroup=? AND Name=?)")))
