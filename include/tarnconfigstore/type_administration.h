@@ -7,11 +7,55 @@
 
 #include "tarnconfigstore/exceptions.h"
 #include "tarnconfigstore/export.h"
+#include "tarnconfigstore/object_id.h"
 
 #include <string>
 #include <vector>
 
 namespace TarnConfigStore {
+
+/// Where data of an object stands.
+enum class DataPlace {
+  CURRENT,      ///< in the current configuration
+  PENDING,      ///< in the object's row, for the next boot
+  UNCONFIRMED,  ///< in the object's row, written during an upgrade that nobody has confirmed yet
+  STAGED,       ///< in the next-boot store
+};
+
+/// Something in an object that its type does not allow. As an ErrorInfo it says so in one line:
+/// field is "COMPONENT/GROUP/KEY[/INSTANCE]#" and the pointer, error begins with "pending for the
+/// next boot: ", "unconfirmed: " or "staged: " where that is where it stands.
+struct Misfit : ErrorInfo {
+  ConfigStoreObjectId object;
+  DataPlace place;
+  std::string pointer;  ///< JSON Pointer into the object, "/" for the object as a whole
+};
+
+/// What was done with one stored row, so that its members stand in the parts (user, vital, cached)
+/// that its type says now. Whoever reads the whole object, now or once what waits in the row is
+/// confirmed or dropped, reads the same as before; where both cannot be had, reading the same goes
+/// first. Values written by automatic configuration stay where they are: they hide no others.
+enum class RowOutcome {
+  RENEWED,  ///< every member stood in its part: only the version was written
+  DIVIDED,  ///< members moved to their parts, and the version was written
+  /// What is current was divided. What waits in the row differs from it, and keeps its members where
+  /// they are; the row keeps its version. UpgradeRows does the rest once the boot or the upgrade is
+  /// confirmed or dropped.
+  PARTLY_DIVIDED,
+  /// Left as it was: dividing it would change what is read, as a rule because members that are
+  /// current are missing in what waits. Until UpgradeRows can divide it, as above, a value written to
+  /// the part of a member that moved may be hidden by the one that could not move.
+  LEFT,
+  UNFIT,  ///< left as it was: misfits tell why
+};
+
+/// One stored row that was behind its type.
+struct RowReport {
+  ConfigStoreObjectId object;
+  RowOutcome outcome;
+  std::string version;          ///< of the type's schema when the row was written before
+  std::vector<Misfit> misfits;  ///< of UNFIT
+};
 
 /// What became of one type file.
 enum class TypeOutcome {
@@ -31,10 +75,13 @@ struct TypeReport {
   TypeOutcome outcome = TypeOutcome::INVALID;
   /// What is wrong with the file; the field is a JSON Pointer (RFC 6901) into it.
   std::vector<ErrorInfo> errors;
-  /// Stored objects that do not fit the type as the file describes it. They are looked for when an
-  /// installed type changes. The field is "COMPONENT/GROUP/KEY#POINTER" or
-  /// "COMPONENT/GROUP/KEY/INSTANCE#POINTER", with a JSON Pointer into the object.
-  std::vector<ErrorInfo> misfits;
+  /// What the type, as the file describes it, does not allow in its objects, current, pending,
+  /// unconfirmed or staged; looked for when a type is installed or changes.
+  std::vector<Misfit> misfits;
+  /// The stored rows with members that the type moves to another part: DIVIDED, PARTLY_DIVIDED or
+  /// LEFT, as it was done or, where nothing was written, would be. Rows with misfits, installed by
+  /// force, keep their version. Empty when the outcome is INVALID.
+  std::vector<RowReport> divided;
 };
 
 /// One installed type.
@@ -54,10 +101,13 @@ struct InstallOptions {
 };
 
 /// Checks type files, and installs all of them, or none when one is bad. Each file is checked
-/// against the rules for type files, and each default against its schema.
+/// against the rules for type files, each default against its schema, and each stored and staged
+/// object against the type. Stored rows whose members the type moves to another part are divided
+/// again: that is no write of the objects, so revision and creation time stay, and nothing is
+/// announced to the management daemon.
 ///
-/// The shipped objects are written first and the types last. A call that is interrupted can be
-/// repeated.
+/// Rows and shipped objects are written first and the types last. A call that is interrupted can be
+/// repeated. Running processes see the new types at their next operation.
 /// \param paths  files, or directories whose "*.json" files are taken in the order of their names
 /// \return a report for each file. When one of them is INVALID, nothing was written
 /// \throws InvalidArgumentException 1081, with the path, when one cannot be read

@@ -1,7 +1,9 @@
 #include "tarnconfigstore/type_administration.h"
 
-#include "admin/misfits.h"
+#include "platform/logger.h"
+
 #include "admin/shipped_objects.h"
+#include "admin/stored_rows.h"
 #include "admin/type_reports.h"
 #include "errors/platform_failures.h"
 #include "persistence/connection.h"
@@ -9,6 +11,8 @@
 
 #include <algorithm>
 #include <map>
+#include <stdexcept>
+#include <utility>
 
 namespace TarnConfigStore {
 namespace {
@@ -40,13 +44,61 @@ void OnlyChecked(Reports& reports) {
   }
 }
 
-// Of the types that are about to change, the stored objects have a say, too.
-void JudgeStoredObjects(const Files& files, const DBStore::ConnectionHandle& connection, bool force,
-                        Reports& reports) {
-  for (std::size_t i = 0; i < files.size(); ++i) {
+// A file on its way into the store.
+struct Installation {
+  const TypeFiles::TypeFile& file;
+  std::optional<TypeFiles::KeptType> installed;
+  RowPlan rows;
+};
+
+using Installations = std::vector<Installation>;
+
+template <class Read>
+Installations Prepare(const Files& files, const Read& readInstalled) {
+  Installations installations;
+  installations.reserve(files.size());
+  for (const TypeFiles::TypeFile& file : files) {
+    installations.push_back({file, readInstalled(file.type.name), {}});
+  }
+  return installations;
+}
+
+// The type that is installed, as far as it can still be read: what is damaged is to be replaced.
+SchemaHandle LoadInstalled(const std::optional<TypeFiles::KeptType>& type) {
+  try {
+    return type ? TypeFiles::Load(*type) : nullptr;
+  } catch (const std::runtime_error& damaged) {
+    CSLogger::Log(1, "The installed type is damaged: %s", damaged.what());
+    return nullptr;
+  }
+}
+
+// Of a type that is about to change, what is stored and staged has a say, too.
+void JudgeRows(Installation& installation, const DBStore::ConnectionHandle& connection, bool force,
+               TypeReport& report) {
+  const ConfigStoreObjectId type = IdOf(installation.file.type.name);
+  if (CountStoredInstances(type, connection) == 0 && ReadStagedOfType(type, connection).empty()) {
+    return;
+  }
+  RowPlan& plan = installation.rows;
+  plan = PlanInstallation(type, LoadInstalled(installation.installed),
+                          TypeFiles::Load(installation.file.type), connection);
+  report.misfits = std::move(plan.misfits);
+  if (!report.misfits.empty() && !force) {
+    report.outcome = TypeOutcome::INVALID;
+  } else {
+    report.divided = std::move(plan.reports);
+  }
+}
+
+void Judge(Installations& installations, const DBStore::ConnectionHandle& connection, bool force,
+           Reports& reports) {
+  for (std::size_t i = 0; i < installations.size(); ++i) {
+    Installation& installation = installations[i];
+    JudgeInstallation(installation.file, installation.installed, force, reports[i]);
     if (reports[i].outcome != TypeOutcome::INVALID &&
         reports[i].outcome != TypeOutcome::UNCHANGED) {
-      JudgeStoredObjects(files[i], connection, force, reports[i]);
+      JudgeRows(installation, connection, force, reports[i]);
     }
   }
 }
@@ -56,13 +108,11 @@ void JudgeWithoutWriting(const Files& files, bool force, Reports& reports) {
   for (TypeFiles::KeptType& type : TypeFiles::ReadAll()) {
     installed.emplace(type.name, std::move(type));
   }
-  for (std::size_t i = 0; i < files.size(); ++i) {
-    const auto found = installed.find(files[i].type.name);
-    JudgeInstallation(files[i],
-                      found == installed.end() ? std::nullopt : std::optional(found->second), force,
-                      reports[i]);
-  }
-  JudgeStoredObjects(files, GetDBStore(DBStore::Type::CURRENT_STORE, true), force, reports);
+  Installations installations = Prepare(files, [&](const TarnSchemaStore::TypeName& name) {
+    const auto found = installed.find(name);
+    return found == installed.end() ? std::nullopt : std::optional(found->second);
+  });
+  Judge(installations, GetDBStore(DBStore::Type::CURRENT_STORE, true), force, reports);
   OnlyChecked(reports);
 }
 
@@ -78,28 +128,33 @@ bool PutChangedTypes(const Files& files, const Reports& reports, TypeFiles::Type
   return changes;
 }
 
-// The schemas are written, but not committed, before the shipped objects: the schema store is then
-// locked against other installations, so that what was judged still holds, and most of what can go
-// wrong has gone wrong before anything is committed. The store is locked while its objects are
-// judged, so that none is written beside that. A failure between the two commits leaves the old
-// types with new shipped objects; installing again mends that.
+void WriteRows(const Installations& installations, const DBStore::ConnectionHandle& connection) {
+  for (const auto& [file, installed, rows] : installations) {
+    const ConfigStoreObjectId type = IdOf(file.type.name);
+    WriteChanges(type, rows, connection);
+    ReplaceDefaultRows(type, file.type.version, DivideShippedObjects(file), connection);
+  }
+}
+
+// The schemas are written, but not committed, before the rows: the schema store is then locked
+// against other installations, so that what was judged still holds, and most of what can go wrong
+// has gone wrong before anything is committed. The store is locked while its objects are judged, so
+// that none is written beside that. A failure between the two commits leaves the old types with rows
+// that are divided by the new ones, which read the same, and with new shipped objects; installing
+// again mends that, and divides again what the old types made of the rows meanwhile.
 void Install(const Files& files, bool force, Reports& reports) {
   TypeFiles::TypeWriter writer;
-  for (std::size_t i = 0; i < files.size(); ++i) {
-    JudgeInstallation(files[i], writer.Read(files[i].type.name), force, reports[i]);
-  }
+  Installations installations = Prepare(
+      files, [&writer](const TarnSchemaStore::TypeName& name) { return writer.Read(name); });
   bool changes = false;
   const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
   RunUnderTransaction(connection, "InstallTypes", [&] {
-    JudgeStoredObjects(files, connection, force, reports);
+    Judge(installations, connection, force, reports);
     if (AnyInvalid(reports)) {
       return;
     }
     changes = PutChangedTypes(files, reports, writer);
-    for (const TypeFiles::TypeFile& file : files) {
-      ReplaceDefaultRows(IdOf(file.type.name), file.type.version, DivideShippedObjects(file),
-                         connection);
-    }
+    WriteRows(installations, connection);
   });
   if (AnyInvalid(reports)) {
     OnlyChecked(reports);

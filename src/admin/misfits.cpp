@@ -1,9 +1,12 @@
 #include "admin/misfits.h"
 
-#include "admin/type_reports.h"
-#include "persistence/read_current.h"
-#include "persistence/type_rows.h"
+#include "admin/row_views.h"
+#include "persistence/next_boot_records.h"
+#include "store/staged_content.h"
 #include "validation/object_validation.h"
+
+#include <string>
+#include <utility>
 
 namespace TarnConfigStore {
 namespace {
@@ -13,27 +16,95 @@ std::string NameOf(const ConfigStoreObjectId& id) {
   return id.instanceId.empty() ? name : name + "/" + id.instanceId;
 }
 
-}  // namespace
-
-void JudgeStoredObjects(const TypeFiles::TypeFile& file,
-                        const DBStore::ConnectionHandle& connection, bool force,
-                        TypeReport& report) {
-  const ConfigStoreObjectId id = IdOf(file.type.name);
-  if (CountStoredInstances(id, connection) == 0) {
-    return;
+std::string Beginning(DataPlace place) {
+  switch (place) {
+    case DataPlace::PENDING:
+      return "pending for the next boot: ";
+    case DataPlace::UNCONFIRMED:
+      return "unconfirmed: ";
+    case DataPlace::STAGED:
+      return "staged: ";
+    case DataPlace::CURRENT:
+      break;
   }
-  const SchemaHandle type = TypeFiles::Load(file.type);
-  const auto everything = std::make_shared<FilterSpecObject>(id);
-  for (const ObjectHandle& object : GetConfigInstancesInternal(everything, connection, type)) {
-    std::vector<ErrorInfo> errors;
-    ValidateCSO(type, object, errors);
-    for (ErrorInfo& error : errors) {
-      report.misfits.push_back(
-          {NameOf(object->GetConfigStoreObjectId()) + "#" + error.field, std::move(error.error)});
+  return {};
+}
+
+void Add(const ConfigStoreObjectId& id, DataPlace place, ErrorInfo error,
+         std::vector<Misfit>& misfits) {
+  misfits.push_back({{NameOf(id) + "#" + error.field, Beginning(place) + error.error},
+                     id,
+                     place,
+                     std::move(error.field)});
+}
+
+// A column whose text is not JSON.
+void FindDamage(const StoredRow& row, const ConfigStoreObjectId& id, std::vector<Misfit>& misfits) {
+  const std::pair<const char*, RowText> columns[] = {{"AutoConfValue", &StoredRow::automatic},
+                                                     {"CachedValue", &StoredRow::cached},
+                                                     {"VitalValue", &StoredRow::vital},
+                                                     {"UserValue", &StoredRow::user},
+                                                     {"DesiredValue", &StoredRow::pending}};
+  for (const auto& [name, column] : columns) {
+    Json::Document document;
+    if (!(row.*column)) {
+      continue;
+    }
+    if (const Json::ParseResult result = Json::Parse(*(row.*column), document); !result) {
+      const DataPlace place = column == &StoredRow::pending ? DataPlace::PENDING
+                              : column == &StoredRow::user && !row.confirmed
+                                  ? DataPlace::UNCONFIRMED
+                                  : DataPlace::CURRENT;
+      Add(id, place,
+          {"/", std::string(name) + " is not valid JSON at byte " + std::to_string(result.offset) +
+                    ": " + result.message},
+          misfits);
     }
   }
-  if (!report.misfits.empty() && !force) {
-    report.outcome = TypeOutcome::INVALID;
+}
+
+}  // namespace
+
+bool JudgeRow(const StoredRow& row, const ConfigStoreObjectId& id, const SchemaHandle& type,
+              std::vector<Misfit>& misfits) {
+  const std::size_t before = misfits.size();
+  FindDamage(row, id, misfits);
+  if (misfits.size() != before) {
+    return false;
+  }
+  const std::vector<RowView> views = ViewsOf(row);
+  for (const RowView& view : views) {
+    const ObjectHandle object = MergeView(row, view.user, id, type);
+    if (!object) {
+      continue;
+    }
+    std::vector<ErrorInfo> errors;
+    const bool hasUser = view.user != nullptr && row.*view.user;
+    if (hasUser || views.size() == 1) {
+      ValidateCSO(type, object, errors);
+    } else if (ValidateIdentity(type, id, errors)) {
+      ValidateObjectData(type, object, UpdateRules(), errors, true);
+    }
+    for (ErrorInfo& error : errors) {
+      Add(id, view.place, std::move(error), misfits);
+    }
+  }
+  return true;
+}
+
+void JudgeStaged(const RowMap& change, const SchemaHandle& type, std::vector<Misfit>& misfits) {
+  const ConfigStoreObjectId id = IdFromRow(change);
+  std::vector<ErrorInfo> errors;
+  if (!type->IsRebootRequired()) {
+    errors.push_back({"/",
+                      "Changes of the type no longer wait for the next boot: this one could not be "
+                      "taken back."});
+  }
+  if (ActionFromRow(change) == NextBootAction::SET) {
+    JudgeStagedContent(change, id, type, errors);
+  }
+  for (ErrorInfo& error : errors) {
+    Add(id, DataPlace::STAGED, std::move(error), misfits);
   }
 }
 

@@ -139,13 +139,23 @@ TEST(InstallTypes, FailureOfTheStoreLeavesTheTypesAndDefaultsAsTheyWere) {
   using DBStore::testing::Operation;
   const TemporaryHost host;
   const TypeFolder folder(host);
-  const std::string schema = R"({"type":"object","properties":{"a":{}}})";
+  const std::string schema = R"({"type":"object","properties":{"a":{},"m":{}}})";
   folder.Write("a.json", TypeFile("a", "1", schema, R"({"instance":"","value":{"a":1}})"));
   folder.Install();
-  folder.Write("a.json", TypeFile("a", "2", schema, R"({"instance":"","value":{"a":2}})"));
+  Database database(host);
+  database.Run(
+      "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, UserValue) VALUES "
+      R"(('tarn','test','a','','1','{"m":1}'))");
+  const std::string row = database.Rows();
+  folder.Write("a.json",
+               TypeFile("a", "2", R"({"type":"object","properties":{"a":{},"m":{"vital":true}}})",
+                        R"({"instance":"","value":{"a":2}})"));
   folder.Write("b.json", TypeFile("b", "1", schema, R"({"instance":"","value":{"a":3}})"));
   const std::pair<Operation, const char*> failures[] = {{Operation::GET_CONNECTION, ""},
                                                         {Operation::BEGIN, ""},
+                                                        {Operation::PREPARE, "UPDATE Config"},
+                                                        {Operation::EXECUTE, "UPDATE Config"},
+                                                        {Operation::EXECUTE, "FROM Config"},
                                                         {Operation::PREPARE, "INTO DefaultConfig"},
                                                         {Operation::EXECUTE, "FROM DefaultConfig"},
                                                         {Operation::EXECUTE, "INTO DefaultConfig"},
@@ -155,18 +165,28 @@ TEST(InstallTypes, FailureOfTheStoreLeavesTheTypesAndDefaultsAsTheyWere) {
     EXPECT_THAT(Raised([&] { folder.Install(); }), StartsWith("CSE 2000 ")) << detail;
     EXPECT_THAT(InstalledTypes(), ElementsAre("a 1"));
     EXPECT_THAT(Defaults(host), ElementsAre(R"(a  1 {"a":1} - -)"));
+    EXPECT_EQ(database.Rows(), row);
   }
   EXPECT_THAT(folder.Install(), ElementsAre("a.json upgraded", "b.json installed"));
+  EXPECT_NE(database.Rows(), row);
   EXPECT_THAT(Defaults(host), ElementsAre(R"(a  2 {"a":2} - -)", R"(b  1 {"a":3} - -)"));
 }
 
-// A reader that does not let go keeps the schemas from being committed, after the shipped objects
-// were.
+// A reader that does not let go keeps the schemas from being committed, after the rows were.
 TEST(InstallTypes, InstallationThatStoppedBetweenTheCommitsIsMendedByAnother) {
   const TemporaryHost host;
   const TypeFolder folder(host);
+  Database database(host);
+  folder.Write("b.json", TypeFile("b", "1", R"({"type":"object","properties":{"m":{}}})"));
+  folder.Install();
+  const auto store = ConfigStore::GetStore("");
+  const auto object = std::make_shared<ConfigStoreObject>(ConfigStoreObjectId("b", "test", "tarn"));
+  object->SetValue("m", 1);
+  store->Set(object, EXTERNAL);
   folder.Write("a.json",
                TypeFile("a", "1", R"({"type":"object"})", R"({"instance":"","value":{}})"));
+  folder.Write("b.json",
+               TypeFile("b", "2", R"({"type":"object","properties":{"m":{"vital":true}}})"));
   sqlite3* reader = nullptr;
   ASSERT_EQ(sqlite3_open(host.Path(HostPaths::kSchemaStore).c_str(), &reader), SQLITE_OK);
   ASSERT_EQ(sqlite3_exec(reader, "BEGIN; SELECT * FROM Types", nullptr, nullptr, nullptr),
@@ -174,9 +194,16 @@ TEST(InstallTypes, InstallationThatStoppedBetweenTheCommitsIsMendedByAnother) {
   EXPECT_THAT(Raised([&] { folder.Install(); }), StartsWith("CSE 2000 "));
   EXPECT_EQ(GetLastStoreError().kind, StoreErrorKind::BUSY);
   sqlite3_close(reader);
-  EXPECT_THAT(InstalledTypes(), IsEmpty());
+  EXPECT_THAT(InstalledTypes(), ElementsAre("b 1"));
   EXPECT_THAT(Defaults(host), ElementsAre("a  1 {} - -"));
-  EXPECT_THAT(folder.Install(), ElementsAre("a.json installed"));
+  EXPECT_EQ(database.Rows(), R"(tarn/test/b/ u=- d=- a=- v={"m":1} c=- ok=1 rev=1)");
+  EXPECT_EQ(store->Get(object->GetConfigStoreObjectId())->GetData(), R"({"m":1})");
+
+  object->SetValue("m", 2);
+  store->Update(object, EXTERNAL);
+  EXPECT_EQ(database.Rows(), R"(tarn/test/b/ u={"m":2} d=- a=- v={"m":1} c=- ok=1 rev=2)");
+  EXPECT_THAT(folder.Install(), ElementsAre("a.json installed", "b.json upgraded"));
+  EXPECT_EQ(database.Rows(), R"(tarn/test/b/ u=- d=- a=- v={"m":2} c=- ok=1 rev=2)");
 }
 
 TEST(InstallTypes, TypeComesFromOneFileOnly) {

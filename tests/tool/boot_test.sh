@@ -129,7 +129,7 @@ expect 0 '"canStage":true,"obstacle":null,"staged":[{"object":"tarn/tkernel/opti
 expect 0 '"waiting":[],"rebootTypes":["tarn/tkernel/options","test/tool/drivers"]}' "" boot status
 boots true
 sed 's/"1.0"/"1.1"/; s/64/32/' "$here/types/drivers.json" >"$work/narrow.json"
-"$tarnctl" schema install "$work/narrow.json" >/dev/null
+"$tarnctl" schema install --force "$work/narrow.json" >/dev/null
 unfit='{"object":"test/tool/drivers/c","action":"SET","findings":[{"field":"/depth","error":"32 is the largest value allowed, found 64"}]}'
 before=$(sqlite3 "$store" .dump)
 expect 4 "={\"applied\":[],\"staged\":[{\"object\":\"tarn/tkernel/options\",\"action\":\"DELETE\",\"findings\":[]},

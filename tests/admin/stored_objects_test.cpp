@@ -1,0 +1,206 @@
+#include "tarnconfigstore/listing.h"
+
+#include "admin/type_folder.h"
+#include "support/store_fixture.h"
+
+#include <gmock/gmock.h>
+
+#include <utility>
+
+namespace TarnConfigStore {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+using TestSupport::Raised;
+using TestSupport::TypeFile;
+
+constexpr const char* kVital = R"(,"vital":true)";
+constexpr const char* kCached = R"(,"cached":true)";
+constexpr const char* kOutcomes[] = {"renewed", "divided", "partly", "left", "unfit"};
+
+class StoredObjects : public TestSupport::StoreFixture {
+ protected:
+  // A type with instances: "a" is the user's, "m", "c" and "v" have the tags that are given.
+  static std::string Type(const char* version, const std::string& m, const std::string& c = "",
+                          const std::string& v = "", const std::string& root = "") {
+    return TypeFile("t", version,
+                    R"({"type":"object")" + root + R"(,"properties":{
+        "name":{"type":"string","instanceId":true},"a":{"type":"integer","maximum":9},"o":{},
+        "m":{"type":"integer")" +
+                        m + R"(},"c":{"type":"integer")" + c + R"(},"v":{"type":"integer")" + v +
+                        "}}}");
+  }
+  TypeReport Install(const std::string& type, const InstallOptions& options = {}) {
+    folder_.Write("t.json", type);
+    return InstallTypes({folder_.Path()}, options).at(0);
+  }
+  static ConfigStoreObjectId Id(const std::string& instance) {
+    return {"t", "test", "tarn", instance};
+  }
+  // Columns as letters and members: "u:\"a\":1" and so on, "0" for a row that is not confirmed.
+  void Put(const std::string& instance, std::initializer_list<std::string> columns) {
+    const std::pair<char, const char*> names[] = {{'u', "UserValue"},
+                                                  {'d', "DesiredValue"},
+                                                  {'x', "AutoConfValue"},
+                                                  {'v', "VitalValue"},
+                                                  {'c', "CachedValue"}};
+    database_.Run(
+        "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, "
+        "CreationTime, Revision) VALUES ('tarn','test','t','" +
+        instance + "','1','2020-01-01', 7)");
+    for (const std::string& column : columns) {
+      std::string change = "Success = 0";
+      for (const auto& [letter, name] : names) {
+        if (column[0] == letter) {
+          change =
+              std::string(name) + R"( = '{"name":")" + instance + "\"," + column.substr(2) + "}'";
+        }
+      }
+      database_.Run("UPDATE Config SET " + change + " WHERE Identifier = '" + instance + "'");
+    }
+  }
+  // The rows with their versions, without what all of them have in common.
+  std::string Rows() {
+    std::string rows = database_.Lines(
+        "SELECT Identifier, Version, 'u=' || ifnull(UserValue, '-'), 'd=' || ifnull(DesiredValue, "
+        "'-'), 'a=' || ifnull(AutoConfValue, '-'), 'v=' || ifnull(VitalValue, '-'), 'c=' || "
+        "ifnull(CachedValue, '-') FROM Config WHERE Name = 't'");
+    for (const std::string part : {"\"name\":", " u=-", " d=-", " a=-", " v=-", " c=-"}) {
+      for (std::size_t at; (at = rows.find(part)) != std::string::npos;) {
+        rows.erase(at, part.size());
+      }
+    }
+    return rows;
+  }
+  static std::vector<std::string> Lines(const std::vector<RowReport>& reports) {
+    std::vector<std::string> lines;
+    for (const RowReport& report : reports) {
+      lines.push_back(report.object.instanceId + " " + report.version + " " +
+                      kOutcomes[static_cast<int>(report.outcome)]);
+      for (const Misfit& misfit : report.misfits) {
+        lines.back() += " " + misfit.pointer;
+      }
+    }
+    return lines;
+  }
+  static std::vector<std::string> Misfits(const TypeReport& report) {
+    std::vector<std::string> lines;
+    for (const Misfit& misfit : report.misfits) {
+      lines.push_back(misfit.object.instanceId + " " +
+                      std::to_string(static_cast<int>(misfit.place)) + " " + misfit.pointer +
+                      " | " + misfit.field + ": " + misfit.error);
+    }
+    return lines;
+  }
+
+  TestSupport::TypeFolder folder_{host_};
+};
+
+TEST_F(StoredObjects, LaterWritesReachMembersThatMoved) {
+  const auto write = [&](const std::string& tag, int value) {
+    const ObjectHandle object =
+        Object(Id("i"), (R"({"name":"i","m":)" + std::to_string(value) + "}").c_str());
+    if (tag == kVital) {
+      store_->SetVitalData(object);
+    } else if (tag == kCached) {
+      store_->SetCachedData(object);
+    } else {
+      store_->SetUserData(object, EXTERNAL);
+    }
+  };
+  int version = 0;
+  for (const std::string before : {"", kVital, kCached}) {
+    for (const std::string after : {"", kVital, kCached}) {
+      Install(Type(std::to_string(++version).c_str(), before));
+      store_->Set(Object(Id("i"), R"({"name":"i","a":1,"m":5})"), EXTERNAL);
+      const int revision = store_->GetRevision(Id("i"));
+      const TypeReport report = Install(Type(std::to_string(++version).c_str(), after));
+      EXPECT_EQ(report.divided.size(), before == after ? 0U : 1U) << version;
+      EXPECT_EQ(store_->GetRevision(Id("i")), revision);
+      EXPECT_EQ(*store_->Get(Id("i"))->GetPath("/m"), "5");
+      write(after, 6);
+      EXPECT_EQ(*store_->Get(Id("i"))->GetPath("/m"), "6")
+          << before << " -> " << after << database_.Rows();
+    }
+  }
+}
+
+TEST_F(StoredObjects, RowsAreDividedAgainAsFarAsAllReadersAgree) {
+  Install(Type("1", "", kCached, kVital));
+  Put("automatic", {"x:\"m\":1"});
+  Put("both", {"x:\"m\":1", "u:\"m\":2,\"a\":2"});
+  Put("kinds", {"x:\"o\":{\"x\":1}", "c:\"o\":5", "u:\"o\":{\"y\":2},\"m\":1"});
+  Put("moved", {"u:\"a\":1", "c:\"c\":2", "v:\"v\":3"});
+  Put("pend-all", {"u:\"m\":1,\"a\":1", "d:\"m\":1"});
+  Put("pend-less", {"u:\"m\":1,\"a\":1", "d:\"a\":2"});
+  Put("pend-more", {"u:\"m\":1,\"a\":1", "d:\"m\":2"});
+  Put("pend-same", {"u:\"m\":1,\"a\":1", "d:\"m\":1,\"a\":2", "c:\"c\":3"});
+  Put("right", {"u:\"a\":1", "d:\"a\":2", "x:\"a\":3"});
+  Put("twice", {"u:\"m\":1,\"a\":1", "v:\"m\":2", "c:\"m\":3"});
+  Put("unconf", {"u:\"m\":1", "0"});
+  Put("unconf-same", {"u:\"m\":1", "v:\"m\":1", "0"});
+  const std::string before = Rows();
+  const auto divided =
+      ElementsAre("both 1 divided", "kinds 1 left", "moved 1 divided", "pend-all 1 divided",
+                  "pend-less 1 left", "pend-more 1 partly", "pend-same 1 divided",
+                  "twice 1 divided", "unconf 1 left", "unconf-same 1 divided");
+  EXPECT_THAT(Lines(Install(Type("2", kVital, "", kCached), {.checkOnly = true}).divided), divided);
+  EXPECT_EQ(Rows(), before);
+  EXPECT_THAT(Lines(Install(Type("2", kVital, "", kCached)).divided), divided);
+  EXPECT_EQ(Rows(), R"(automatic 1 a={"automatic","m":1}
+both 2 u={"both","a":2} a={"both","m":1} v={"both","m":2}
+kinds 1 u={"kinds","o":{"y":2},"m":1} a={"kinds","o":{"x":1}} c={"kinds","o":5}
+moved 2 u={"moved","c":2,"a":1} c={"moved","v":3}
+pend-all 2 u={"pend-all","a":1} d={"pend-all"} v={"pend-all","m":1}
+pend-less 1 u={"pend-less","m":1,"a":1} d={"pend-less","a":2}
+pend-more 1 u={"pend-more","a":1} d={"pend-more","m":2} v={"pend-more","m":1}
+pend-same 2 u={"pend-same","c":3,"a":1} d={"pend-same","c":3,"a":2} v={"pend-same","m":1}
+right 1 u={"right","a":1} d={"right","a":2} a={"right","a":3}
+twice 2 u={"twice","a":1} v={"twice","m":1}
+unconf 1 u={"unconf","m":1}
+unconf-same 2 v={"unconf-same","m":1})");
+  EXPECT_EQ(database_.Run("SELECT DISTINCT CreationTime, Revision FROM Config WHERE Name = 't'"),
+            std::vector<std::string>{"2020-01-01 7"});
+}
+
+TEST_F(StoredObjects, WhatDoesNotFitIsNamedWithWhereItWaits) {
+  Install(Type("1", "", "", "", R"(,"rebootRequired":true)"));
+  Put("now", {"u:\"a\":5,\"m\":1"});
+  Put("pending", {"u:\"a\":1", "d:\"a\":6"});
+  Put("torn", {"u:\"a\":1", "d:\"a\":"});
+  Put("unconf", {"u:\"a\":7", "v:\"v\":1", "0"});
+  database_.Run(
+      "INSERT INTO DesiredUserConfig VALUES ('tarn','test','t','gone','1',NULL,NULL,NULL,'DELETE'),"
+      R"(('tarn','test','t','s','1','{"name":"s","a":8}',NULL,NULL,'SET'))");
+  std::string narrow = Type("2", kVital, "", "", R"(,"rebootRequired":true,"required":["a"])");
+  narrow.replace(narrow.find("9"), 1, "4");
+  const std::string above = "4 is the largest value allowed, found ";
+  const auto misfits = ElementsAre(
+      "now 0 /a | tarn/test/t/now#/a: " + above + "5",
+      "pending 1 /a | tarn/test/t/pending#/a: pending for the next boot: " + above + "6",
+      HasSubstr("torn 1 / | tarn/test/t/torn#/: pending for the next boot: DesiredValue is not "
+                "valid JSON at byte 19: "),
+      "unconf 2 /a | tarn/test/t/unconf#/a: unconfirmed: " + above + "7",
+      "s 3 /a | tarn/test/t/s#/a: staged: " + above + "8");
+  const std::string before = Rows();
+  const TypeReport refused = Install(narrow);
+  EXPECT_EQ(refused.outcome, TypeOutcome::INVALID);
+  EXPECT_THAT(Misfits(refused), misfits);
+  EXPECT_THAT(refused.divided, IsEmpty());
+  EXPECT_EQ(Rows(), before);
+  const TypeReport forced = Install(narrow, {.force = true});
+  EXPECT_EQ(forced.outcome, TypeOutcome::UPGRADED);
+  EXPECT_THAT(Misfits(forced), misfits);
+  EXPECT_THAT(Lines(forced.divided), ElementsAre("now 1 divided", "unconf 1 left"));
+  EXPECT_THAT(Rows(), StartsWith(R"(now 1 u={"now","a":5} v={"now","m":1})"))
+      << "of the version that it fits";
+  EXPECT_THAT(Misfits(Install(Type("3", ""))),
+              ElementsAre(HasSubstr("torn 1 /"), StartsWith("gone 3 / |"), StartsWith("s 3 / |")))
+      << "nobody could take staged changes back";
+}
+
+}  // namespace
+}  // namespace TarnConfigStore
