@@ -34,6 +34,18 @@ struct StoredObject {
 /// \throws ConfigStoreException 2000 "Failed to connect to database" or "Get store rows failed."
 TARN_CONFIG_STORE_EXPORT std::vector<StoredObject> ListStored(const ConfigStoreObjectId& prefix);
 
+/// A stored object that was last written under another version of its type than the installed one.
+struct OutdatedObject {
+  StoredObject stored;
+  std::string installedVersion;
+};
+
+/// What ListStored lists, as far as it is outdated. Objects whose types are not installed are not
+/// among it. Versions are compared number by number, as installing does. Raises as ListStored, and
+/// ConfigStoreException 2000 when the schema store cannot be read.
+TARN_CONFIG_STORE_EXPORT std::vector<OutdatedObject> ListOutdated(
+    const ConfigStoreObjectId& prefix);
+
 /// One change that is staged in the next-boot store, without its data.
 struct StagedChange {
   ConfigStoreObjectId id;

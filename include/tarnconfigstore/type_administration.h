@@ -146,4 +146,19 @@ TARN_CONFIG_STORE_EXPORT std::string GetTypeFile(const std::string& component,
 TARN_CONFIG_STORE_EXPORT void RemoveType(const std::string& component, const std::string& group,
                                          const std::string& key, bool force);
 
+/// Brings stored rows up to date with their installed types: divides their members among the parts
+/// as the type says now and writes its version, for all rows that are behind in either. That is no
+/// write of the objects: revision and creation time stay, nobody is notified. A row with anything
+/// that does not fit its type, current, pending or unconfirmed, is left as it is. One transaction, so
+/// that a failure leaves everything as it was. Running it again does what was left, as far as it can
+/// be done by then, and nothing else.
+/// \param component, group, key  one type; or, all empty, every installed type
+/// \param checkOnly              write nothing
+/// \return what was done, or would be, with each row that was behind, sorted by type and instance id
+/// Raises ConfigStoreException 1037 when the type is not installed, and 2000 for a failure of the
+/// databases.
+TARN_CONFIG_STORE_EXPORT std::vector<RowReport> UpgradeRows(const std::string& component,
+                                                            const std::string& group,
+                                                            const std::string& key, bool checkOnly);
+
 }  // namespace TarnConfigStore

@@ -1,5 +1,7 @@
 #include "admin/stored_rows.h"
 
+#include "platform/type_files.h"
+
 #include "admin/misfits.h"
 #include "admin/row_division.h"
 
@@ -72,11 +74,41 @@ RowPlan PlanInstallation(const ConfigStoreObjectId& type, const SchemaHandle& in
   return plan;
 }
 
+RowPlan PlanUpgrade(const ConfigStoreObjectId& type, const SchemaHandle& installed,
+                    const DBStore::ConnectionHandle& connection) {
+  RowPlan plan;
+  const RowDivider divider(nullptr, installed);
+  ForEachStoredRow(type, connection, [&](const StoredRow& stored) {
+    const ConfigStoreObjectId id = InstanceOf(type, stored);
+    JudgedRow judged = Judge(id, stored, divider, installed);
+    if (judged.division == Divided::AS_IT_IS &&
+        !IsOutdated(stored.version, installed->GetVersion())) {
+      return;
+    }
+    if (!judged.misfits.empty()) {
+      plan.reports.push_back({id, RowOutcome::UNFIT, stored.version, std::move(judged.misfits)});
+      return;
+    }
+    plan.reports.push_back({id, OutcomeOf(judged.division), stored.version, {}});
+    if (judged.division == Divided::AS_IT_IS || judged.division == Divided::DIVIDED) {
+      judged.row.version = installed->GetVersion();
+    }
+    if (judged.division != Divided::NOT) {
+      plan.changes.push_back(std::move(judged.row));
+    }
+  });
+  return plan;
+}
+
 void WriteChanges(const ConfigStoreObjectId& type, const RowPlan& plan,
                   const DBStore::ConnectionHandle& connection) {
   for (const StoredRow& row : plan.changes) {
     RedivideRow(type, row, connection);
   }
+}
+
+bool IsOutdated(std::string_view version, std::string_view installed) {
+  return TypeFiles::CompareVersions(version, installed) != 0;
 }
 
 }  // namespace TarnConfigStore

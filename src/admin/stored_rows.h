@@ -9,6 +9,7 @@
 #include "persistence/type_rows.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace TarnConfigStore {
@@ -27,9 +28,16 @@ struct RowPlan {
 RowPlan PlanInstallation(const ConfigStoreObjectId& type, const SchemaHandle& installed,
                          const SchemaHandle& coming, const DBStore::ConnectionHandle& connection);
 
+/// For an installed type: rows that are behind are divided and get its version, as far as they fit.
+RowPlan PlanUpgrade(const ConfigStoreObjectId& type, const SchemaHandle& installed,
+                    const DBStore::ConnectionHandle& connection);
+
 /// Writes the changes of a plan. Raises as RedivideRow; the caller's transaction undoes what was
 /// written by then.
 void WriteChanges(const ConfigStoreObjectId& type, const RowPlan& plan,
                   const DBStore::ConnectionHandle& connection);
+
+/// A row's version is another than its type's.
+bool IsOutdated(std::string_view version, std::string_view installed);
 
 }  // namespace TarnConfigStore

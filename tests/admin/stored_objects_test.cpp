@@ -202,5 +202,44 @@ TEST_F(StoredObjects, WhatDoesNotFitIsNamedWithWhereItWaits) {
       << "nobody could take staged changes back";
 }
 
+TEST_F(StoredObjects, UpgradeBringsRowsUpToDateThatFit) {
+  Install(Type("1.0", ""));
+  Put("a", {"u:\"a\":1"});
+  Put("b", {"u:\"m\":1"});
+  Put("c", {"u:\"a\":10"});
+  Put("d", {"u:\"m\":1", "d:\"a\":1"});
+  database_.Run(
+      "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, UserValue) "
+      "VALUES ('tarn','test','gone','x','0','{}')");
+  Install(Type("2.0", kVital), {.force = true});
+  database_.Run(R"(UPDATE Config SET VitalValue = NULL, UserValue = '{"name":"b","m":1}', )"
+                "Version = '2' WHERE Identifier = 'b'");
+  const auto outdated = [](const ConfigStoreObjectId& prefix) {
+    std::string text;
+    for (const OutdatedObject& object : ListOutdated(prefix)) {
+      text += object.stored.id.instanceId + " " + object.stored.version + " " +
+              object.installedVersion + ", ";
+    }
+    return text;
+  };
+  EXPECT_EQ(outdated({"", "", "tarn"}), "a 1 2.0, c 1 2.0, d 1 2.0, ");
+  EXPECT_EQ(outdated(Id("c")), "c 1 2.0, ");
+  const std::string before = Rows();
+  const auto done = ElementsAre("a 1 renewed", "b 2 divided", "c 1 unfit /a", "d 1 left");
+  EXPECT_THAT(Lines(UpgradeRows("tarn", "test", "t", true)), done);
+  EXPECT_EQ(Rows(), before);
+  EXPECT_GE(FailEachStep(
+                "upgrade", [] { UpgradeRows("", "", "", false); }, [&] { return Rows(); }),
+            6);
+  EXPECT_EQ(Rows(), R"(a 2.0 u={"a","a":1}
+b 2.0 v={"b","m":1}
+c 1 u={"c","a":10}
+d 1 u={"d","m":1} d={"d","a":1})");
+  EXPECT_EQ(database_.Run("SELECT DISTINCT CreationTime, Revision FROM Config WHERE Name = 't'"),
+            std::vector<std::string>{"2020-01-01 7"});
+  EXPECT_THAT(Lines(UpgradeRows("", "", "", false)), ElementsAre("c 1 unfit /a", "d 1 left"));
+  EXPECT_THAT(Raised([] { UpgradeRows("tarn", "test", "gone", false); }), StartsWith("CSE 1037 "));
+}
+
 }  // namespace
 }  // namespace TarnConfigStore
