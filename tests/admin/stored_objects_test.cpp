@@ -40,40 +40,24 @@ class StoredObjects : public TestSupport::StoreFixture {
   static ConfigStoreObjectId Id(const std::string& instance) {
     return {"t", "test", "tarn", instance};
   }
-  // Columns as letters and members: "u:\"a\":1" and so on, "0" for a row that is not confirmed.
-  void Put(const std::string& instance, std::initializer_list<std::string> columns) {
-    const std::pair<char, const char*> names[] = {{'u', "UserValue"},
-                                                  {'d', "DesiredValue"},
-                                                  {'x', "AutoConfValue"},
-                                                  {'v', "VitalValue"},
-                                                  {'c', "CachedValue"}};
+  // Each "{" of a value gets the instance's name.
+  void Put(const std::string& instance, std::string values) {
+    for (std::size_t at = 0; (at = values.find("'{", at)) != std::string::npos; ++at) {
+      values.insert(at + 2, R"("name":")" + instance + "\",");
+    }
     database_.Run(
-        "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, "
-        "CreationTime, Revision) VALUES ('tarn','test','t','" +
-        instance + "','1','2020-01-01', 7)");
-    for (const std::string& column : columns) {
-      std::string change = "Success = 0";
-      for (const auto& [letter, name] : names) {
-        if (column[0] == letter) {
-          change =
-              std::string(name) + R"( = '{"name":")" + instance + "\"," + column.substr(2) + "}'";
-        }
-      }
-      database_.Run("UPDATE Config SET " + change + " WHERE Identifier = '" + instance + "'");
-    }
+        "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, CreationTime, "
+        "Revision) VALUES ('tarn','test','t','" +
+        instance + "','1','2020-01-01',7); UPDATE Config SET " + values + " WHERE Identifier = '" +
+        instance + "'");
   }
-  // The rows with their versions, without what all of them have in common.
+  // The rows with their versions.
   std::string Rows() {
-    std::string rows = database_.Lines(
-        "SELECT Identifier, Version, 'u=' || ifnull(UserValue, '-'), 'd=' || ifnull(DesiredValue, "
-        "'-'), 'a=' || ifnull(AutoConfValue, '-'), 'v=' || ifnull(VitalValue, '-'), 'c=' || "
-        "ifnull(CachedValue, '-') FROM Config WHERE Name = 't'");
-    for (const std::string part : {"\"name\":", " u=-", " d=-", " a=-", " v=-", " c=-"}) {
-      for (std::size_t at; (at = rows.find(part)) != std::string::npos;) {
-        rows.erase(at, part.size());
-      }
-    }
-    return rows;
+    return database_.Lines(
+        "SELECT Identifier || ' ' || Version || replace(ifnull(' u=' || UserValue, '') || "
+        "ifnull(' d=' || DesiredValue, '') || ifnull(' a=' || AutoConfValue, '') || ifnull(' v=' "
+        "|| VitalValue, '') || ifnull(' c=' || CachedValue, ''), '\"name\":', '') FROM Config "
+        "WHERE Name = 't'");
   }
   static std::vector<std::string> Lines(const std::vector<RowReport>& reports) {
     std::vector<std::string> lines;
@@ -130,18 +114,20 @@ TEST_F(StoredObjects, LaterWritesReachMembersThatMoved) {
 
 TEST_F(StoredObjects, RowsAreDividedAgainAsFarAsAllReadersAgree) {
   Install(Type("1", "", kCached, kVital));
-  Put("automatic", {"x:\"m\":1"});
-  Put("both", {"x:\"m\":1", "u:\"m\":2,\"a\":2"});
-  Put("kinds", {"x:\"o\":{\"x\":1}", "c:\"o\":5", "u:\"o\":{\"y\":2},\"m\":1"});
-  Put("moved", {"u:\"a\":1", "c:\"c\":2", "v:\"v\":3"});
-  Put("pend-all", {"u:\"m\":1,\"a\":1", "d:\"m\":1"});
-  Put("pend-less", {"u:\"m\":1,\"a\":1", "d:\"a\":2"});
-  Put("pend-more", {"u:\"m\":1,\"a\":1", "d:\"m\":2"});
-  Put("pend-same", {"u:\"m\":1,\"a\":1", "d:\"m\":1,\"a\":2", "c:\"c\":3"});
-  Put("right", {"u:\"a\":1", "d:\"a\":2", "x:\"a\":3"});
-  Put("twice", {"u:\"m\":1,\"a\":1", "v:\"m\":2", "c:\"m\":3"});
-  Put("unconf", {"u:\"m\":1", "0"});
-  Put("unconf-same", {"u:\"m\":1", "v:\"m\":1", "0"});
+  Put("automatic", R"(AutoConfValue = '{"m":1}')");
+  Put("both", R"(AutoConfValue = '{"m":1}', UserValue = '{"m":2,"a":2}')");
+  Put("kinds",
+      R"(AutoConfValue = '{"o":{"x":1}}', CachedValue = '{"o":5}', UserValue = '{"o":{"y":2},"m":1}')");
+  Put("moved", R"(UserValue = '{"a":1}', CachedValue = '{"c":2}', VitalValue = '{"v":3}')");
+  Put("pend-all", R"(UserValue = '{"m":1,"a":1}', DesiredValue = '{"m":1}')");
+  Put("pend-less", R"(UserValue = '{"m":1,"a":1}', DesiredValue = '{"a":2}')");
+  Put("pend-more", R"(UserValue = '{"m":1,"a":1}', DesiredValue = '{"m":2}')");
+  Put("pend-same",
+      R"(UserValue = '{"m":1,"a":1}', DesiredValue = '{"m":1,"a":2}', CachedValue = '{"c":3}')");
+  Put("right", R"(UserValue = '{"a":1}', DesiredValue = '{"a":2}', AutoConfValue = '{"a":3}')");
+  Put("twice", R"(UserValue = '{"m":1,"a":1}', VitalValue = '{"m":2}', CachedValue = '{"m":3}')");
+  Put("unconf", R"(UserValue = '{"m":1}', Success = 0)");
+  Put("unconf-same", R"(UserValue = '{"m":1}', VitalValue = '{"m":1}', Success = 0)");
   const std::string before = Rows();
   const auto divided =
       ElementsAre("both 1 divided", "kinds 1 left", "moved 1 divided", "pend-all 1 divided",
@@ -168,10 +154,10 @@ unconf-same 2 v={"unconf-same","m":1})");
 
 TEST_F(StoredObjects, WhatDoesNotFitIsNamedWithWhereItWaits) {
   Install(Type("1", "", "", "", R"(,"rebootRequired":true)"));
-  Put("now", {"u:\"a\":5,\"m\":1"});
-  Put("pending", {"u:\"a\":1", "d:\"a\":6"});
-  Put("torn", {"u:\"a\":1", "d:\"a\":"});
-  Put("unconf", {"u:\"a\":7", "v:\"v\":1", "0"});
+  Put("now", R"(UserValue = '{"a":5,"m":1}')");
+  Put("pending", R"(UserValue = '{"a":1}', DesiredValue = '{"a":6}')");
+  Put("torn", R"(UserValue = '{"a":1}', DesiredValue = '{"a":}')");
+  Put("unconf", R"(UserValue = '{"a":7}', VitalValue = '{"v":1}', Success = 0)");
   database_.Run(
       "INSERT INTO DesiredUserConfig VALUES ('tarn','test','t','gone','1',NULL,NULL,NULL,'DELETE'),"
       R"(('tarn','test','t','s','1','{"name":"s","a":8}',NULL,NULL,'SET'))");
@@ -204,10 +190,10 @@ TEST_F(StoredObjects, WhatDoesNotFitIsNamedWithWhereItWaits) {
 
 TEST_F(StoredObjects, UpgradeBringsRowsUpToDateThatFit) {
   Install(Type("1.0", ""));
-  Put("a", {"u:\"a\":1"});
-  Put("b", {"u:\"m\":1"});
-  Put("c", {"u:\"a\":10"});
-  Put("d", {"u:\"m\":1", "d:\"a\":1"});
+  Put("a", R"(UserValue = '{"a":1}')");
+  Put("b", R"(UserValue = '{"m":1}')");
+  Put("c", R"(UserValue = '{"a":10}')");
+  Put("d", R"(UserValue = '{"m":1}', DesiredValue = '{"a":1}')");
   database_.Run(
       "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, UserValue) "
       "VALUES ('tarn','test','gone','x','0','{}')");
