@@ -27,7 +27,7 @@ enum class DataPlace {
 /// next boot: ", "unconfirmed: " or "staged: " where that is where it stands.
 struct Misfit : ErrorInfo {
   ConfigStoreObjectId object;
-  DataPlace place;
+  DataPlace place = DataPlace::CURRENT;
   std::string pointer;  ///< JSON Pointer into the object, "/" for the object as a whole
 };
 
@@ -52,7 +52,7 @@ enum class RowOutcome {
 /// One stored row that was behind its type.
 struct RowReport {
   ConfigStoreObjectId object;
-  RowOutcome outcome;
+  RowOutcome outcome = RowOutcome::RENEWED;
   std::string version;          ///< of the type's schema when the row was written before
   std::vector<Misfit> misfits;  ///< of UNFIT
 };

@@ -62,6 +62,18 @@ class Division {
            const StoredRow& row)
       : id_(id), before_(before), after_(after), row_(row), views_(ViewsOf(row)) {}
 
+  /// Gives each element that is to have a generated id one, where it has none, before anything is
+  /// taken apart: the parts of an element find each other by it.
+  void GiveIds() {
+    for (const auto& [column, part] : kColumns) {
+      if (after_->GetIdMap() && row_.*column) {
+        const ObjectHandle object = Parse(*(row_.*column));
+        GiveGeneratedIds(*object, *after_);
+        row_.*column = object->GetImplementation()->GetSerializedData();
+      }
+    }
+  }
+
   bool IsNeeded() const {
     for (const auto& [column, part] : kColumns) {
       if (row_.*column && !HoldsOnly(*(row_.*column), part)) {
@@ -135,7 +147,6 @@ class Division {
     if (!object) {
       return {};
     }
-    GiveGeneratedIds(*object, *after_);
     return DivideObject(*object, *after_, EXTERNAL).values;
   }
 
@@ -175,7 +186,7 @@ class Division {
   const ConfigStoreObjectId& id_;
   const SchemaHandle& before_;
   const SchemaHandle& after_;
-  const StoredRow& row_;
+  StoredRow row_;
   std::vector<RowView> views_;
 };
 
@@ -198,10 +209,11 @@ RowDivider::Result RowDivider::Divide(const ConfigStoreObjectId& id, StoredRow& 
 
 RowDivider::Result RowDivider::DivideOnce(const ConfigStoreObjectId& id, const SchemaHandle& before,
                                           StoredRow& row) const {
-  const Division division(id, before, after_, row);
+  Division division(id, before, after_, row);
   if (!division.IsNeeded()) {
     return Result::AS_IT_IS;
   }
+  division.GiveIds();
   Result result = Result::DIVIDED;
   std::optional<StoredRow> divided = division.OfEverything();
   if (!divided) {

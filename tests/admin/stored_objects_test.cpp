@@ -152,6 +152,23 @@ unconf-same 2 v={"unconf-same","m":1})");
             std::vector<std::string>{"2020-01-01 7"});
 }
 
+// Without their ids the two parts of an element would read as two elements.
+TEST_F(StoredObjects, ElementsGetTheIdsThatTheirPartsAreFoundBy) {
+  const auto type = [](const char* version, const char* items, const char* y) {
+    return TypeFile(
+        "t", version,
+        R"({"type":"object","properties":{"l":{"type":"array","items":{"type":"object")" +
+            std::string(items) + R"(,"properties":{"x":{},"y":{)" + y + "}}}}}}");
+  };
+  Install(type("1", "", ""));
+  const ConfigStoreObjectId one("t", "test", "tarn");
+  store_->Set(Object(one, R"({"l":[{"x":1,"y":2},{"x":3}]})"), EXTERNAL);
+  EXPECT_EQ(Install(type("2", R"(,"generatedInstanceId":true)", R"("cached":true)")).divided.size(),
+            1U);
+  EXPECT_THAT(Rows(), HasSubstr("c={"));
+  EXPECT_EQ(store_->Get(one)->GetData(), R"({"l":[{"y":2,"x":1},{"x":3}]})");
+}
+
 TEST_F(StoredObjects, WhatDoesNotFitIsNamedWithWhereItWaits) {
   Install(Type("1", "", "", "", R"(,"rebootRequired":true)"));
   Put("now", R"(UserValue = '{"a":5,"m":1}')");
