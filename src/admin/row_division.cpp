@@ -2,7 +2,7 @@
 
 #include "admin/row_views.h"
 #include "errors/raise.h"
-#include "objects/config_store_object_impl.h"
+#include "objects/access.h"
 #include "objects/generated_ids.h"
 
 #include <array>
@@ -19,7 +19,7 @@ constexpr std::array<std::pair<RowText, std::optional<std::string> ColumnValues:
      {&StoredRow::pending, &ColumnValues::user}}};
 
 Json::Value& RootOf(const ObjectHandle& object) {
-  return object->GetImplementation()->GetRoot();
+  return Internal::Access::Of(*object).GetRoot();
 }
 
 void DropNulls(Json::Value& value) {
@@ -69,7 +69,7 @@ class Division {
       if (after_->GetIdMap() && row_.*column) {
         const ObjectHandle object = Parse(*(row_.*column));
         GiveGeneratedIds(*object, *after_);
-        row_.*column = object->GetImplementation()->GetSerializedData();
+        row_.*column = Internal::Access::Of(*object).GetSerializedData();
       }
     }
   }
@@ -162,13 +162,13 @@ class Division {
     const ObjectHandle object = Parse(text);
     const std::string_view idMember = after_->GetSchemaPlace().InstanceIdMember();
     const Json::Value* id = idMember.empty() ? nullptr : Json::FindMember(RootOf(object), idMember);
-    Json::Allocator& allocator = object->GetImplementation()->GetAllocator();
+    Json::Allocator& allocator = Internal::Access::Of(*object).GetAllocator();
     Json::Value alone(rapidjson::kObjectType);
     if (id != nullptr) {
       alone.AddMember(Json::Copy(idMember, allocator), Json::Value(*id, allocator), allocator);
     }
     RootOf(object) = std::move(alone);
-    return object->GetImplementation()->GetSerializedData();
+    return Internal::Access::Of(*object).GetSerializedData();
   }
 
   bool ReadsTheSame(const StoredRow& divided) const {
