@@ -63,7 +63,8 @@ FloorType::FloorType(const std::string& root, const TarnConfigStore::ConfigStore
   file_->Lay(text);
   schema_ = &file_->Data()["schema"];
   version_ = file_->Data()["version"].GetString();
-  registration_ = std::make_unique<JsonValidator::Registration>(*schema_);
+  view_ = std::make_unique<const Json::TypeSchemaView>(*schema_);
+  registration_ = std::make_unique<JsonValidator::Registration>(*view_);
 }
 
 FloorStore::FloorStore(const std::string& root)

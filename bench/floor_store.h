@@ -9,6 +9,7 @@
 #include "floor_database.h"
 #include "floor_object.h"
 #include "json/json.h"
+#include "json_schema/registration.h"
 #include "samples.h"
 
 #include <map>
@@ -30,6 +31,7 @@ class FloorType {
   std::unique_ptr<FloorObject> file_;
   const Json::Value* schema_ = nullptr;
   std::string version_;
+  std::unique_ptr<const Json::TypeSchemaView> view_;
   std::unique_ptr<JsonValidator::Registration> registration_;
 };
 

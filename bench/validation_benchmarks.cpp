@@ -2,6 +2,7 @@
 
 #include "benchmarks.h"
 #include "comparison.h"
+#include "json_schema/registration.h"
 #include "rapidjson_validator.h"
 #include "samples.h"
 #include "validation/rule_sets.h"
@@ -62,7 +63,8 @@ class Contest {
       : schema_(SchemaOf(TypeFile("validated", TypeKind::USER))),
         closed_(Closed(schema_)),
         object_(Parsed(ObjectText(1))),
-        registration_(schema_),
+        view_(schema_),
+        registration_(view_),
         rapidJson_(closed_),
         valijson_(closed_) {
     CheckSameVerdicts(object_, true);
@@ -95,6 +97,7 @@ class Contest {
   Json::Document schema_;
   Json::Document closed_;
   Json::Document object_;
+  const Json::TypeSchemaView view_;
   JsonValidator::Registration registration_;
   RapidJsonValidator rapidJson_;
   ValijsonValidator valijson_;

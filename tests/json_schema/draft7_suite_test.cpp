@@ -1,6 +1,8 @@
 // The public test suite of JSON Schema draft-07, against the validator's assertions.
 #include "platform/json_validator.h"
 
+#include "json_schema/schema_check.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>

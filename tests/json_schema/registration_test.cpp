@@ -1,4 +1,6 @@
 // Compiled schemas of types, kept for as long as the types live.
+#include "json_schema/registration.h"
+
 #include "json_schema/findings_text.h"
 #include "json_schema/schema_registry.h"
 

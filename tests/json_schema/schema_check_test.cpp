@@ -1,4 +1,6 @@
 // What CheckSchema says of schemas.
+#include "json_schema/schema_check.h"
+
 #include "json_schema/findings_text.h"
 
 #include <utility>

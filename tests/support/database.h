@@ -1,6 +1,8 @@
 // Looking into a test's store, and putting rows there, without the library.
 #pragma once
 
+#include "platform/db_testing.h"
+
 #include "support/temporary_host.h"
 
 #include <sqlite3.h>
@@ -14,9 +16,9 @@ namespace TestSupport {
 /// A connection of its own to the store of a temporary host.
 class Database {
  public:
-  explicit Database(const TemporaryHost& host) {
-    if (sqlite3_open_v2(host.Path(HostPaths::kStore).c_str(), &database_, SQLITE_OPEN_READWRITE,
-                        nullptr) != SQLITE_OK) {
+  explicit Database(const TemporaryHost& /*whose store it is*/) {
+    if (sqlite3_open_v2(DBStore::testing::StoreName().c_str(), &database_,
+                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI, nullptr) != SQLITE_OK) {
       throw std::runtime_error(sqlite3_errmsg(database_));
     }
     sqlite3_busy_timeout(database_, 5000);

@@ -1,4 +1,4 @@
-// Base64, RFC 4648: standard alphabet, with padding.
+// Base64, RFC 4648: standard alphabet, with padding. Everything here is thread-safe.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// Small questions about JSON documents.
+// Small questions about JSON documents. Thread-safe for values that nobody changes.
 #pragma once
 
 #include "json/json.h"

@@ -1,19 +1,19 @@
-// The database layer: connections, transactions, key/value entries and statements. SQLite behind
-// it.
+// The database layer: connections to the store, transactions, key/value entries and statements. The
+// store's tables and its SQL are SQLite's; where it lies and how connections are kept is the
+// platform's business.
 //
-// Statuses are SQLite's result codes: 0 is success, ExecuteStmt answers 1 for every failure. Each
-// failure is logged and kept as the thread's last store error (store_error.h). Empty connection or
-// statement handles are answered with a non-zero status everywhere.
+// Statuses: 0 is success, any other a failure, in the numbers of SQLite's result codes; those that
+// mean something of their own are named below. ExecuteStmt answers 1 for every failure. Each failure
+// is logged at priority 0 and kept as the thread's last store error (store_error.h). An empty
+// connection or statement is answered with a status other than 0, or with an empty handle.
 //
-// Thread safety: connections may be shared by threads, which then share its transaction; everything
-// else is per call.
+// Thread safety: everything may be called from several threads, for one connection too; threads that
+// share a connection share its transaction. A statement is for one thread at a time.
 //
-// Forking: the child takes connections of its own; the parent's refuse it. A child that was forked
-// in the middle of a transaction or statement of any thread gets none, since it could neither close
-// nor ignore it.
+// Forking: what was opened before is never touched by the child, whose calls on it fail. The child
+// gets connections of its own, or none when the platform cannot give it any, with the reason told.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -25,57 +25,69 @@ namespace DBStore {
 /// The databases there are.
 enum class Type : int { CURRENT_STORE = 0 };
 
-/// How long, in milliseconds, a statement waits for another connection's write to end.
+/// How long, in milliseconds, anything waits for another connection's write to end, unless it is
+/// told another limit.
 constexpr int kWaitLimit = 3000;
 
+/// The platform's own.
 class StoreConnection;
 using ConnectionHandle = std::shared_ptr<StoreConnection>;
 
-/// A connection that nobody else holds; returning it to the pool is dropping the handle. Empty when
-/// the store cannot be opened: the reason is logged and kept as the last store error. Never creates
-/// anything.
+/// A connection that nobody else holds; dropping the handle gives it back, and undoes what it has
+/// not committed. Empty when the store cannot be opened. Never makes a store: one that is lost is an
+/// error.
 /// \param writable  asks for writing where this user may; a store that may only be read is opened
 ///                  for that
 ConnectionHandle GetConnection(Type type, bool writable);
 
-/// Transactions nest: the outermost is BEGIN IMMEDIATE, each inner one a savepoint.
-/// Begin fails with 8 on a store that may only be read, with 5 after the wait limit when another
-/// writer goes on, or at once when that is this thread on another connection, and with 516 when
-/// SQLite has rolled the open levels back by itself; statements and key/value entries are then
-/// refused too. Commit fails with 21 when nothing was begun and 516 after such a roll-back; the
-/// level then stays until it is cancelled. Cancel undoes the innermost level; 21 when nothing was
-/// begun, otherwise 0.
+/// Transactions nest; each level is committed or cancelled once. Other connections see nothing of
+/// what was written before the outermost commit, and then all of it. Reading on another connection
+/// never waits for it.
+///
+/// Begin takes the right to write, of which a store has one: 5 when another connection keeps it for
+/// longer than the wait limit, and at once when that is this thread's, which would wait for itself;
+/// 8 when this user may only read.
+/// Commit: 21 when nothing was begun. A commit that failed leaves its level to be cancelled.
+/// Cancel undoes the innermost level alone: 0, or 21 when nothing was begun. 1 is the answer of a
+/// platform that cannot undo an inner level alone: the caller has to end its process then.
+/// What the engine has rolled back by itself (a full disk) stays lost: beginning, committing,
+/// statements and key/value entries answer 516, or 1 where they know only that, until the last open
+/// level is cancelled; cancelling answers 0.
 int BeginTransaction(const ConnectionHandle& connection);
 int CommitTransaction(const ConnectionHandle& connection);
 int CancelTransaction(const ConnectionHandle& connection);
 
-/// A missing entry reads as success with an empty text. Without a connection, or when the calling
-/// thread holds a write transaction on another connection (WriteKeyValue only), fails at once.
+/// Texts by keys, beside the configuration; part of the connection's transaction. A missing entry
+/// reads as success with an empty text. Writing makes or replaces an entry; where no transaction is
+/// open it waits, and is refused, as Begin does.
 int ReadKeyValue(const std::string& key, std::string* value, const ConnectionHandle& connection);
 int WriteKeyValue(const std::string& key, const std::string& value,
                   const ConnectionHandle& connection);
 
-/// Makes the schema store's tables visible as "ss" for reading, and removes them again when as many
-/// calls asked for it, inside a transaction at its end.
+/// Makes "ss.SmartnicSchema" (Component, ConfigGroup, Name, ValueType) visible to the connection's
+/// statements, for reading: the types shared with a SmartNIC. Removed again when as many calls asked
+/// for it, inside a transaction at its end; 21 when it is not there.
 int AttachSchemaStore(const ConnectionHandle& connection);
 int DetachSchemaStore(const ConnectionHandle& connection);
 
-/// Gives a statement back to its connection, reset and without bindings.
+/// Gives a statement back to the platform, which alone makes handles that hold one.
 struct SqliteStmtDeleter {
   mutable ConnectionHandle connection;  ///< kept alive while the statement is used, and then let go
-  void* slot = nullptr;                 ///< the statement's place in the connection's cache
+  void* slot = nullptr;                 ///< the platform's own
   void operator()(sqlite3_stmt* statement) const noexcept;
 };
 using StatementHandle = std::unique_ptr<sqlite3_stmt, SqliteStmtDeleter>;
 
 /// Gets each result row: values are NUL-terminated texts, null for NULL, valid during the call.
-/// Anything but 0 stops the statement. What it throws passes through ExecuteStmt; the statement is
-/// reset by its handle.
+/// Anything but 0 stops the statement. What it throws passes through ExecuteStmt.
 using RowCallback = int (*)(void* context, int columnCount, char** values, char** names);
 
-/// Steps a statement to its end, after which it can run again. 0 on success, 1 on any failure: a
-/// callback that stops it is one, and so is writing while this thread has a transaction open on
-/// another connection.
+/// Steps a statement to its end, after which it can run again, however it ended. 0 on success, 1 on
+/// any failure: a callback that stops it is one, and so is writing that waits longer than the limit,
+/// or while this thread has a transaction open on another connection, or a statement that begins or
+/// ends a transaction.
+/// \param callback  may be null
+/// \param limit     milliseconds, in place of the wait limit
 int ExecuteStmt(const ConnectionHandle& connection, const StatementHandle& statement,
                 RowCallback callback, void* context, int limit);
 
@@ -95,13 +107,13 @@ class NullableSV {
 
 namespace internal {
 
-/// A statement from the connection's cache, prepared only if it was never seen there. Empty on
-/// failure.
+/// One statement, ready to be bound, without bindings of earlier users. Empty on failure: a text
+/// that holds none, or more than one, is a failure.
 StatementHandle Prepare(const ConnectionHandle& connection, std::string_view sql, int limit);
 
-/// Each sets the parameter at `index` and, on success, advances it by one; the engine gets it when
-/// the statement runs. Texts are not copied: they have to live until then. An empty text is bound as
-/// an empty text. The flag is not used.
+/// Each sets the parameter at `index` and, on success, advances it by one. Texts are not copied:
+/// they have to live until the statement has run. An empty text is bound as an empty text. The flag
+/// is not used.
 int Bind(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
          int value);
 int Bind(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
@@ -112,7 +124,7 @@ int Bind(const ConnectionHandle& connection, const StatementHandle& statement, i
 }  // namespace internal
 
 /// A statement text with one text parameter for each template argument. The text is a literal: it
-/// outlives everything.
+/// outlives everything. The same on every platform, being made of the operations above.
 template <class... Parameters>
 class SqlStatement {
  public:

@@ -1,8 +1,10 @@
-// Seams of the database layer for tests and measurements. Nothing in the library uses them.
+// Seams of the database layer for tests and measurements. Nothing in the library uses them; a
+// platform has them so that the library's tests run on it.
 #pragma once
 
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <string_view>
 
 namespace DBStore::testing {
@@ -20,18 +22,24 @@ enum class Operation {
   DETACH
 };
 
-/// Asked before each operation of the database layer; `detail` is the SQL text or the key, where
-/// there is one. Answering anything but 0 makes the operation fail with that status without
-/// touching the database (GetConnection and Prepare then return an empty handle). An empty function
-/// removes the hook.
+/// Asked before each operation of the database layer, once, on the thread that calls it; `detail` is
+/// the SQL text or the key, where there is one. Not asked where the connection or the statement is
+/// empty. Answering anything but 0 makes the operation fail with that status without touching the
+/// database (GetConnection and Prepare then return an empty handle). An empty function removes the
+/// hook; it may be replaced while other threads are inside it.
 using Hook = std::function<int(Operation operation, std::string_view detail)>;
 void SetHook(Hook hook);
 
-/// How often the process opened a database file and prepared a statement so far.
+/// How often the process opened a database and prepared a statement so far, as often as its engine
+/// did: for platforms that promise to do neither twice.
 struct Counters {
   std::uint64_t opens = 0;
   std::uint64_t prepares = 0;
 };
 Counters GetCounters();
+
+/// The name by which SQLite, in this process, opens the store that GetConnection would open, for
+/// looking at it past the layer: a path or a URI.
+std::string StoreName();
 
 }  // namespace DBStore::testing

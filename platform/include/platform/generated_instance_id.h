@@ -1,4 +1,5 @@
-// Identifiers that the store gives to array elements that have none of their own.
+// Identifiers that the store gives to array elements that have none of their own. Thread-safe for
+// values of one's own.
 #pragma once
 
 #include "json/json.h"

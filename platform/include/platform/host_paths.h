@@ -1,4 +1,5 @@
-// The fixed paths of the host, and the root directory that they are resolved under.
+// The fixed paths of the host, and the root directory that they are resolved under. Messages and logs
+// name the fixed paths. Everything here is thread-safe and callable while the process exits.
 #pragma once
 
 #include <string>
@@ -11,14 +12,17 @@ constexpr const char* kNotifyAllowlist =
     "/usr/lib/kestrel/configmanager/notify-list/allowlist.json";
 constexpr const char* kUpgradeContext = "/run/kestrel/upgrade-context";
 
-/// "" stands for "/". Without a call the root is TARN_HOST_ROOT, read once with secure_getenv.
+/// "" stands for "/"; slashes at the end are dropped. Without a call the root is the environment
+/// variable TARN_HOST_ROOT, read once and never in a set-user-id program. What is open stays where it
+/// is.
 void SetRoot(const std::string& root);
 std::string GetRoot();
 
-/// A fixed path under the root. Thread-safe.
+/// A fixed path under the root.
 std::string Resolve(const char* fixedPath);
 
-/// Grows at each SetRoot, so that resolved paths can be kept for as long as it stays the same.
+/// Grows at each SetRoot, so that a platform can keep resolved paths for as long as it stays the
+/// same.
 unsigned RootGeneration() noexcept;
 
 }  // namespace HostPaths

@@ -1,4 +1,4 @@
-// Making the host's directories and databases for the first time.
+// Making the host's stores for the first time. Nothing else ever makes one.
 #pragma once
 
 #include <string>
@@ -9,12 +9,13 @@ namespace HostSetup {
 struct Result {
   bool ok = true;
   std::string failure;                 ///< names the path and what is wrong with it, when not ok
-  std::vector<std::string> created;    ///< files and directories that were made, in that order
-  std::vector<std::string> unchanged;  ///< databases that were there already
+  std::vector<std::string> created;    ///< what was made, in that order, by path or name
+  std::vector<std::string> unchanged;  ///< stores that were there already
 };
 
-/// Makes what is missing under the root: directories 0755, databases 0640. What exists is left as
-/// it is.
+/// Makes the store and the schema store under the root, as far as they are missing, empty, and with
+/// rights that let no other user write them. What exists is left as it is. After a failure what was
+/// made stays, and another call goes on from there. Safe from several threads and processes.
 Result Initialize();
 
 }  // namespace HostSetup

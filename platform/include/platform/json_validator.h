@@ -2,7 +2,6 @@
 #pragma once
 
 #include "json/json.h"
-#include "json/type_schema_view.h"
 
 #include <string>
 #include <unordered_set>
@@ -38,31 +37,11 @@ enum Rule : int {
 /// Validates a value and fills `result` with an array of findings, {"field": JSON Pointer, "error":
 /// text}, one for each fault, in document order; an empty array means valid. A value of the wrong
 /// type is one fault, whatever else is asked of it, and so is one that fits none of several forms.
-/// The compiled form of a schema that belongs to an installed type is kept for as long as the type
-/// lives, and found again by the schema value's address; any other schema is compiled on the spot.
-/// A schema that cannot be compiled is one finding on the root. Safe from several threads.
+/// A schema that cannot be used is one finding on the root. The field of the root is "/". Safe from
+/// several threads.
+/// \param schema   of an installed type (SchemaObject::GetSchemaDocument), or any other
 /// \param context  not used
 void Validate(const Json::Value& schema, const Json::Value& value, Json::Document& result,
               const std::unordered_set<int>& rules, const std::string& context);
-
-/// Keeps the compiled form of a schema for the life of the registration: the view, and the schema,
-/// have to live as long, and as long as any validation with it. Compiling waits for the first
-/// validation. A schema may be registered several times, with the same view.
-class Registration {
- public:
-  explicit Registration(const Json::TypeSchemaView& view);
-  ~Registration();
-  Registration(const Registration&) = delete;
-  Registration& operator=(const Registration&) = delete;
-
- private:
-  const Json::Value* schema_;
-};
-
-/// Everything that keeps a schema from being used: findings as in Validate, `field` pointing into
-/// the schema. Malformed keywords, patterns that do not compile, references that lead nowhere or
-/// outside the schema (nothing is ever fetched), and references that come back to the place they
-/// stand at. Empty when it is fine.
-void CheckSchema(const Json::Value& schema, Json::Document& result);
 
 }  // namespace JsonValidator

@@ -1,4 +1,4 @@
-// The platform's log.
+// The platform's log. Everything here is thread-safe and callable while the process exits.
 #pragma once
 
 #include <functional>
@@ -15,10 +15,11 @@ inline constexpr int kTrace = 4;      ///< a call that reads begins, and fine tr
 /// Nothing here throws or blocks on anything but its own lock, whatever happens.
 void Log(int priority, const char* format, ...) noexcept __attribute__((format(printf, 2, 3)));
 
-/// "[code] " and the code's message template filled with the further arguments.
+/// "[code] " and the code's message template (error_messages.h) filled with the further arguments,
+/// of which there have to be as many, of the kinds that the template names.
 void LogErrCode(int priority, int code, ...) noexcept;
 
-/// The calls that led here, at priority 4.
+/// The calls that led here, at priority 4, as far as the platform can tell them.
 void LogBacktrace() noexcept;
 
 /// False when a line of this priority would go nowhere: callers then save themselves building it.
@@ -26,7 +27,8 @@ bool IsEnabled(int priority) noexcept;
 
 using Sink = std::function<void(int priority, const char* line)>;
 
-/// Where lines go instead of the system log; an empty function means the system log.
+/// Where lines go instead of the host's log, one at a time, on the thread that logs; an empty
+/// function means the host's log. It must not log; what it throws is dropped.
 void SetSink(Sink sink);
 /// Highest priority that is logged; 2 at start.
 void SetLevel(int priority) noexcept;

@@ -29,8 +29,8 @@ class SchemaObject {
   virtual const std::string& GetComponent() const = 0;
   virtual const std::string& GetGroup() const = 0;
   virtual const std::string& GetKey() const = 0;
-  /// The type's JSON Schema with its annotations. Its address identifies the type to the validator
-  /// for as long as this object lives.
+  /// The type's JSON Schema with its annotations. It stays unchanged at its address for as long as
+  /// this object lives.
   virtual const Json::Value& GetSchemaDocument() const = 0;
   /// The schema of a top-level property as a type of its own (for an array of objects: of its
   /// elements); empty when there is none.
@@ -77,10 +77,10 @@ struct TypeName {
   }
 };
 
-/// All types, each read and compiled on its first use and kept.
+/// All types as they were at one moment. Safe from several threads.
 class SchemaObjectCache {
  public:
-  /// Names of all installed types, sorted.
+  /// Names of all installed types, sorted. Raises as GetSchemaObject does.
   virtual std::vector<TypeName> GetTypes() const = 0;
   /// As SchemaStore::GetSchemaObject.
   virtual std::shared_ptr<SchemaObject> GetSchemaObject(const std::string& component,
@@ -94,9 +94,9 @@ class SchemaObjectCache {
   virtual ~SchemaObjectCache() = default;
 };
 
-/// The process's view of the installed types. Types that were installed, changed or removed are seen
-/// at the next GetStore or GetCache, those that another process changed or removed a few
-/// milliseconds later at most; objects already handed out stay valid as they are.
+/// The process's view of the installed types. Types that this process installed, changed or removed
+/// are seen at the next GetStore or GetCache, those of another process soon after; objects already
+/// handed out stay valid as they are. Safe from several threads.
 class SchemaStore {
  public:
   /// The type, or an empty pointer when it is not installed. Raises std::runtime_error, with the

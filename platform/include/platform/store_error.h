@@ -1,4 +1,4 @@
-// The last failure of the database layer on each thread.
+// The last failure of the stores on each thread.
 #pragma once
 
 #include <string>
@@ -10,11 +10,13 @@ enum class ErrorKind { NONE, MISSING, PERMISSION, BUSY, CORRUPT, NEWER, MISUSE, 
 
 struct LastError {
   ErrorKind kind = ErrorKind::NONE;
-  int code = 0;  ///< SQLite extended result code
-  std::string message;
+  int code = 0;         ///< SQLite extended result code, 0 where there is none
+  std::string message;  ///< what went wrong, with which store, and what mends it
 };
 
-/// Thread-local.
+/// Of the calling thread. An operation of the database layer, of the schema store or of the host's
+/// setup sets it before it answers that it failed; one that succeeds leaves it. Callable while the
+/// thread or the process ends. The reference holds until the thread's next failure.
 const LastError& GetLastError() noexcept;
 void ClearLastError() noexcept;
 

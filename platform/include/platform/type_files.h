@@ -1,6 +1,8 @@
 // Type files: reading and checking them, and keeping them in the schema store.
 //
-// Thread safety: functions may be called from several threads; a TypeWriter belongs to one.
+// Thread safety: functions may be called from several threads; a TypeWriter belongs to one. The library
+// writes to the store while it has a TypeWriter, never the other way round: nothing here may wait for
+// the store.
 #pragma once
 
 #include "platform/schema_store.h"

@@ -51,21 +51,4 @@ void Validate(const Json::Value& schema, const Json::Value& value, Json::Documen
   findings.Write(result);
 }
 
-Registration::Registration(const Json::TypeSchemaView& view) : schema_(&view.Schema()) {
-  SchemaRegistry::Instance().Add(view);
-}
-
-Registration::~Registration() {
-  SchemaRegistry::Instance().Remove(*schema_);
-}
-
-void CheckSchema(const Json::Value& schema, Json::Document& result) {
-  Findings findings;
-  if (SoundnessCheck(true, findings).Check(schema)) {
-    const Json::TypeSchemaView view(schema);
-    NoteFaults(CompiledSchema(view), findings);
-  }
-  findings.Write(result);
-}
-
 }  // namespace JsonValidator

@@ -6,6 +6,7 @@
 #include "json/json_doc.h"
 #include "json/pointer.h"
 #include "json/schema_keywords.h"
+#include "json_schema/registration.h"
 
 #include <charconv>
 #include <string>

@@ -1,11 +1,11 @@
 // One configuration type in memory.
 #pragma once
 
-#include "platform/json_validator.h"
 #include "platform/schema_store.h"
 
 #include "json/json_doc.h"
 #include "json/type_schema_view.h"
+#include "json_schema/registration.h"
 
 #include <atomic>
 #include <memory>

@@ -1,9 +1,10 @@
 #include "schema/meta_schema.h"
 
-#include "platform/json_validator.h"
 #include "platform/made_once.h"
 
 #include "json/json_doc.h"
+#include "json/type_schema_view.h"
+#include "json_schema/registration.h"
 
 namespace TypeFiles {
 namespace {

@@ -2,6 +2,8 @@
 #include "platform/type_files.h"
 
 #include "json/schema_keywords.h"
+#include "json/type_schema_view.h"
+#include "json_schema/schema_check.h"
 #include "schema/annotation_rules.h"
 #include "schema/default_rules.h"
 #include "schema/meta_schema.h"
