@@ -1,0 +1,156 @@
+// Making and opening stores, and taking turns on them.
+#include "store.h"
+
+#include "platform/host_paths.h"
+#include "platform/host_setup.h"
+
+#include "db/layout.h"
+
+#include <map>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace DBStore {
+namespace {
+
+// Leaked, as everything is that callers may ask for while the process exits.
+std::mutex& storesLock = *new std::mutex;
+auto& stores = *new std::map<std::string, Store>;
+const pid_t home = getpid();
+
+void OpenOrRaise(const std::string& name, sqlite3** database) {
+  constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI;
+  if (sqlite3_open_v2(name.c_str(), database, kFlags, nullptr) != SQLITE_OK) {
+    throw std::runtime_error("no memory for " + name);
+  }
+}
+
+int Copy(sqlite3* from, sqlite3* to) {
+  sqlite3_backup* const copy = sqlite3_backup_init(to, "main", from, "main");
+  sqlite3_backup_step(copy, -1);
+  return sqlite3_backup_finish(copy);
+}
+
+// Differs after every change of what is committed, from outside too.
+unsigned GenerationOf(const Store& store) {
+  unsigned fromOutside = 0;
+  const auto read = [](void* context, int, char** values, char**) {
+    *static_cast<unsigned*>(context) = static_cast<unsigned>(std::stoul(values[0]));
+    return 0;
+  };
+  sqlite3_exec(store.committed, "PRAGMA data_version", read, &fromOutside, nullptr);
+  return fromOutside + store.ownChanges;
+}
+
+}  // namespace
+
+Store::Store(int number)
+    : name("file:store-" + std::to_string(number) + "?mode=memory&cache=shared") {
+  OpenOrRaise(name, &committed);
+  if (sqlite3_exec(committed, internal::CurrentStoreLayout().definition, nullptr, nullptr,
+                   nullptr) != SQLITE_OK) {
+    throw std::runtime_error(sqlite3_errmsg(committed));
+  }
+}
+
+StoreConnection::StoreConnection(Store& itsStore) : store(itsStore) {
+  OpenOrRaise(":memory:", &database);
+}
+
+StoreConnection::~StoreConnection() {
+  const std::lock_guard guard(store.lock);
+  sqlite3_close(database);
+  if (store.writer == this) {
+    store.writer = nullptr;
+    store.writerIsDone.notify_all();
+  }
+}
+
+int StoreConnection::Enter(std::unique_lock<std::mutex>& lock, Access access, int limit) {
+  const auto mayWrite = [&] { return store.writer == nullptr || store.writer == this; };
+  if (access == WRITE && !mayWrite()) {
+    if (store.writersThread == std::this_thread::get_id()) {
+      return internal::Fail(SQLITE_BUSY,
+                            "this thread has a transaction open on another connection");
+    }
+    if (!store.writerIsDone.wait_for(lock, std::chrono::milliseconds(limit), mayWrite)) {
+      return internal::Fail(SQLITE_BUSY, "another connection's transaction goes on");
+    }
+  }
+  if (access != UNDO && !InOrder()) {
+    return internal::Fail(SQLITE_ABORT_ROLLBACK, "the transaction was ended by somebody else");
+  }
+  const unsigned generation = GenerationOf(store);
+  if (depth == 0 && seen != generation) {
+    if (const int status = Copy(store.committed, database)) {
+      return internal::Fail(status, "what is committed cannot be read");
+    }
+    seen = generation;
+  }
+  return SQLITE_OK;
+}
+
+int StoreConnection::Publish() {
+  if (sqlite3_get_autocommit(database) == 0) {
+    return SQLITE_OK;
+  }
+  if (const int status = Copy(database, store.committed)) {
+    seen = 0;
+    return internal::Fail(status, "what was committed cannot be kept");
+  }
+  ++store.ownChanges;
+  seen = GenerationOf(store);
+  return SQLITE_OK;
+}
+
+int StoreConnection::Fail(int status, std::string_view action) const {
+  return internal::Fail(status, std::string(action) + ": " + sqlite3_errmsg(database));
+}
+
+ConnectionHandle GetConnection(Type type, bool /*writable*/) {
+  if (internal::AskHook(testing::Operation::GET_CONNECTION, {}) != 0) {
+    return nullptr;
+  }
+  Store* const store = internal::CurrentStore();
+  if (type != Type::CURRENT_STORE || store == nullptr || getpid() != home) {
+    internal::Fail(SQLITE_CANTOPEN, "there is no such store in the memory of this process");
+    return nullptr;
+  }
+  ++internal::opens;
+  return std::make_shared<StoreConnection>(*store);
+}
+
+namespace internal {
+
+Store* CurrentStore() {
+  const std::lock_guard guard(storesLock);
+  const auto found = stores.find(HostPaths::GetRoot());
+  return found == stores.end() ? nullptr : &found->second;
+}
+
+int Refuse(const ConnectionHandle& connection, testing::Operation operation,
+           std::string_view detail) {
+  if (!connection || getpid() != home) {
+    return Fail(SQLITE_MISUSE, connection ? "the connection is the parent's" : "no connection");
+  }
+  return AskHook(operation, detail);
+}
+
+}  // namespace internal
+
+std::string testing::StoreName() {
+  const Store* const store = internal::CurrentStore();
+  return store == nullptr ? std::string() : store->name;
+}
+
+}  // namespace DBStore
+
+HostSetup::Result HostSetup::Initialize() {
+  using namespace DBStore;
+  const std::lock_guard guard(storesLock);
+  const auto [store, made] =
+      stores.try_emplace(HostPaths::GetRoot(), static_cast<int>(stores.size()));
+  Result result;
+  (made ? result.created : result.unchanged).push_back(store->second.name);
+  return result;
+}
