@@ -1,31 +1,17 @@
-#include "tarnconfigstore/config_store_object.h"
-
 #include "objects/access.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/document.h"
 #include "objects/schema_lookup.h"
-#include "support/captured_log.h"
-#include "support/raised.h"
-#include "support/test_types.h"
+#include "support/store_fixture.h"
 
-#include <gtest/gtest.h>
+#include <unordered_set>
 
 namespace TarnConfigStore {
 namespace {
 
 using TestSupport::Raised;
 
-class ConfigStoreObjectTest : public ::testing::Test {
- protected:
-  ConfigStoreObjectTest() {
-    InstallType(host_, TestSupport::kPlainType);
-    InstallType(host_, TestSupport::kSwitchType);
-  }
-  TestSupport::TemporaryHost host_;
-  TestSupport::CapturedLog log_;
-  ConfigStoreObjectId plain_{"plain", "test", "tarn"};
-  ConfigStoreObjectId switch_{"switch", "test", "tarn", "vs0"};
-};
+class ConfigStoreObjectTest : public TestSupport::StoreFixture {};
 
 TEST_F(ConfigStoreObjectTest, StartsWithItsInstanceIdAndNothingElse) {
   const ConfigStoreObject plain(plain_);
@@ -34,10 +20,10 @@ TEST_F(ConfigStoreObjectTest, StartsWithItsInstanceIdAndNothingElse) {
   EXPECT_EQ(plain.GetRevision(), kDefaultRevision);
   EXPECT_EQ(plain.GetVersion() + plain.GetCreationTime() + plain.GetModifiedTime(), "");
   const ConfigStoreObject instance(switch_);
-  EXPECT_EQ(instance.GetData(), R"({"name":"vs0"})");
+  EXPECT_EQ(instance.GetData(), R"({"name":"s1"})");
   EXPECT_NE(Internal::Access::Of(instance).GetIdMapStr().find(R"("switch":"name")"),
             std::string::npos);
-  EXPECT_EQ(Raised([] { ConfigStoreObject(ConfigStoreObjectId("such", "no", "tarn", "x")); }),
+  EXPECT_EQ(Raised([] { ConfigStoreObject(Id("such", "no", "tarn", "x")); }),
             "CSE 1037 No schema is installed for comp tarn grp no key such id x.");
 }
 
@@ -74,22 +60,42 @@ TEST_F(ConfigStoreObjectTest, SetsMembersFromValuesThatMayBeItsOwn) {
   EXPECT_EQ(object.GetData(), R"({"a":[1,2]})");
   data.SetValueEx("whole", &data.GetRoot());
   EXPECT_EQ(object.GetData(), R"({"a":[1,2],"whole":{"a":[1,2]}})");
+  object.SetValue("name", "\xff");
+  EXPECT_EQ(Raised([&] { data.GetSerializedData(); }).substr(0, 8), "CSE 2000") << "not UTF-8";
 }
 
 TEST_F(ConfigStoreObjectTest, TellsInstanceIdsInValues) {
-  const auto schema = FindSchema(switch_);
-  const auto value = CreateDocumentFromString(R"({"name":"x"})");
-  EXPECT_EQ(GetInstanceIdFromValue(*value->GetJsonValuePtr(), *schema), "x");
-  const auto wrong = CreateDocumentFromString(R"({"name":1})");
-  EXPECT_EQ(Raised([&] { GetInstanceIdFromValue(*wrong->GetJsonValuePtr(), *schema); }),
+  const auto idOf = [&](const char* json) {
+    return GetInstanceIdFromValue(*CreateDocumentFromString(json)->GetJsonValuePtr(),
+                                  *FindSchema(switch_));
+  };
+  EXPECT_EQ(idOf(R"({"name":"x"})"), "x");
+  EXPECT_EQ(Raised([&] { idOf(R"({"name":1})"); }),
             "CSE 1032 Member name does not hold an instance id.");
 }
 
-TEST_F(ConfigStoreObjectTest, RefusesToSayWhatJsonCannot) {
-  ConfigStoreObject object(plain_);
-  object.SetValue("name", "\xff");
-  EXPECT_EQ(Raised([&] { Internal::Access::Of(object).GetSerializedData(); }).substr(0, 8),
-            "CSE 2000");
+TEST(ObjectId, PrintsAsLogsAndMessagesKnowIt) {
+  EXPECT_EQ(ConfigStoreObjectId("k1", "g1", "tarn").toString(), "comp tarn grp g1 key k1");
+  EXPECT_EQ(ConfigStoreObjectId("k1", "g1", "tarn", "a1").toString(),
+            "comp tarn grp g1 key k1 id a1");
+  EXPECT_EQ(SubObjectId("k1").toString() + SubObjectId("k1", "3").toString(), "key k1key k1 id 3");
+  EXPECT_THROW(ConfigStoreObjectId("k", nullptr, "c"), std::logic_error);
+  const std::string id = GenerateInstanceId();
+  ASSERT_EQ(id.size(), 36U);
+  EXPECT_EQ(id[14], '4') << "a random UUID";
+  EXPECT_NE(id, GenerateInstanceId());
+}
+
+TEST(ObjectId, IsToldApartByEveryFieldAlthoughHashesMayMeet) {
+  const ConfigStoreObjectId left("ab", "c", "tarn");
+  const ConfigStoreObjectId right("a", "bc", "tarn");
+  EXPECT_EQ(hashCsoId(left), hashCsoId(right));
+  // Other programs of the host compute the same number.
+  EXPECT_EQ(hashCsoId(left), std::hash<std::string>()("abctarn"));
+  const std::unordered_set<ConfigStoreObjectId> ids = {
+      left, right, {"ab", "c", "tarn", "x"}, {"Ab", "c", "tarn"}, left};
+  EXPECT_EQ(ids.size(), 4U);
+  EXPECT_NE(SubObjectId("a"), SubObjectId("a", "1"));
 }
 
 }  // namespace

@@ -6,36 +6,62 @@
 #include "objects/document.h"
 #include "objects/merge.h"
 #include "objects/schema_lookup.h"
-#include "support/captured_log.h"
-#include "support/test_types.h"
+#include "support/random.h"
+#include "support/sanitized.h"
+#include "support/store_fixture.h"
+#include "validation/object_validation.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
+#include <map>
 
 namespace TarnConfigStore {
 namespace {
 
-class MergeAndDivision : public ::testing::Test {
+// Elements that are reached by name, in a list that is mixed; a list of nothing but ids; objects
+// whose properties are all of one part, but that admit others beside them, which are the user's:
+// "x-admits" gives some. Members that may be null.
+constexpr const char* kManyWaysType = R"({
+  "component": "tarn", "group": "test", "key": "ways", "version": "1.0",
+  "schema": { "type": "object", "properties": {
+    "name": { "type": "string", "instanceId": true },
+    "note": { "type": ["string", "null"] },
+    "serial": { "type": ["integer", "null"], "vital": true },
+    "ports": { "type": "array", "items": { "$ref": "#port" } },
+    "rules": { "type": "array", "items": { "$ref": "#/definitions/rule", "generatedInstanceId": true } },
+    "ids": { "type": "array", "items": { "$ref": "#/definitions/named" } },
+    "seen": { "type": "array", "cached": true, "items": { "$ref": "#/definitions/named" } },
+    "tuple": { "type": "array", "vital": true, "items": [ { "type": "integer" }, {} ] },
+    "vitals": { "type": "object", "properties": { "a": { "type": "integer", "vital": true } },
+      "additionalProperties": { "type": "integer" }, "x-admits": ["other"] },
+    "caches": { "type": "object", "properties": { "a": { "type": "integer", "cached": true } },
+      "patternProperties": { "^x": {} }, "x-admits": ["x1", "x2"] },
+    "either": { "type": "object", "properties": { "a": { "type": "integer", "vital": true } },
+      "anyOf": [ { "properties": { "b": {} } }, { "properties": { "c": {} } } ], "x-admits": ["b"] },
+    "kept": { "type": "object", "cached": true, "properties": { "list": { "type": "array",
+      "items": { "type": "array", "items": { "type": ["integer", "null"] } } } },
+      "additionalProperties": {}, "x-admits": ["more"] } },
+    "definitions": {
+      "named": { "type": "object", "properties": { "id": { "type": "string", "instanceId": true } } },
+      "rule": { "type": "object", "properties": { "allow": { "type": "string" },
+        "hits": { "type": "integer", "cached": true } } },
+      "port": { "$id": "#port", "type": "object", "properties": {
+        "id": { "type": "string", "instanceId": true },
+        "vlan": { "type": ["integer", "null"] },
+        "mac": { "type": "string", "vital": true },
+        "speed": { "type": "integer", "cached": true },
+        "below": { "type": "array", "items": { "$ref": "#port" } } } } } }
+})";
+
+class MergeAndDivision : public TestSupport::StoreFixture {
  protected:
-  MergeAndDivision() {
-    InstallType(host_, TestSupport::kSwitchType);
-    InstallType(host_, TestSupport::kPlainType);
-    schema_ = FindSchema(id_);
+  MergeAndDivision() { InstallType(host_, kManyWaysType); }
+  // A layer, where there is one.
+  static ObjectHandle Layer(const Id& id, const std::optional<std::string>& json) {
+    return json ? Object(id, *json) : nullptr;
   }
-  std::shared_ptr<ConfigStoreObject> Layer(const std::optional<std::string>& json) const {
-    if (!json) {
-      return nullptr;
-    }
-    auto object = std::make_shared<ConfigStoreObject>(id_);
-    object->SetData(json->c_str());
-    return object;
-  }
-  std::string Merged(const std::optional<std::string>& base, const std::optional<std::string>& a,
-                     const std::optional<std::string>& b,
-                     const std::optional<std::string>& c) const {
+  std::string Merged(const std::vector<std::optional<std::string>>& layers) const {
     const auto merged =
-        MergeConfig(Layer(base), Layer(a), Layer(b), Layer(c), schema_->GetSchemaPlace());
+        MergeConfig(Layer(switch_, layers[0]), Layer(switch_, layers[1]), Layer(switch_, layers[2]),
+                    Layer(switch_, layers[3]), schema_->GetSchemaPlace());
     return merged ? Internal::Access::Of(*merged).GetSerializedData() : "none";
   }
   std::string Parts(const char* json, USERDATA_CONTEXT context = EXTERNAL) const {
@@ -45,43 +71,43 @@ class MergeAndDivision : public ::testing::Test {
            " v=" + values.vital.value_or("-") + " c=" + values.cached.value_or("-");
   }
 
-  TestSupport::TemporaryHost host_;
-  ConfigStoreObjectId id_{"switch", "test", "tarn", "s"};
-  std::shared_ptr<TarnSchemaStore::SchemaObject> schema_;
+  std::shared_ptr<TarnSchemaStore::SchemaObject> schema_ = FindSchema(switch_);
 };
 
 TEST_F(MergeAndDivision, EveryCombinationOfLayersMergesInOrderOfPrecedence) {
   // Layer i sets "all" to its number and a member of its own.
-  for (int filled = 0; filled < 16; ++filled) {
-    std::optional<std::string> layers[4];
+  for (unsigned filled = 0; filled < 16; ++filled) {
+    std::vector<std::optional<std::string>> layers(4);
+    std::string expected = "none";
     std::string members;
-    int last = -1;
-    for (int i = 0; i < 4; ++i) {
-      if ((filled & (1 << i)) != 0) {
-        const std::string own = ",\"m" + std::to_string(i) + "\":1";
-        layers[i] = "{\"all\":" + std::to_string(i) + own + "}";
-        members += own;
-        last = i;
+    for (unsigned i = 0; i < 4; ++i) {
+      if ((filled >> i & 1U) != 0) {
+        const std::string all = "{\"all\":" + std::to_string(i);
+        layers[i] = all + ",\"m" + std::to_string(i) + "\":1}";
+        members += layers[i]->substr(all.size(), layers[i]->size() - all.size() - 1);
+        expected = all + members + "}";
       }
     }
-    const std::string expected =
-        last < 0 ? "none" : "{\"all\":" + std::to_string(last) + members + "}";
-    EXPECT_EQ(Merged(layers[0], layers[1], layers[2], layers[3]), expected) << filled;
+    EXPECT_EQ(Merged(layers), expected) << filled;
   }
 }
 
 TEST_F(MergeAndDivision, InstancesMergeByIdAndPlainListsAreReplaced) {
+  const auto merged = [&](const char* base, const char* over) {
+    return Merged({base, over, std::nullopt, std::nullopt});
+  };
   EXPECT_EQ(
-      Merged(R"({"ports":[{"id":"a","vlan":1,"policy":{"limit":1}},{"id":"b"}],"x":[1,2]})",
-             R"({"ports":[{"id":"c"},{"id":"a","vlan":2,"policy":{"seen":3}}],"x":[3]})",
-             std::nullopt, std::nullopt),
+      merged(R"({"ports":[{"id":"a","vlan":1,"policy":{"limit":1}},{"id":"b"}],"x":[1,2]})",
+             R"({"ports":[{"id":"c"},{"id":"a","vlan":2,"policy":{"seen":3}}],"x":[3]})"),
       R"({"ports":[{"id":"a","vlan":2,"policy":{"limit":1,"seen":3}},{"id":"b"},{"id":"c"}],"x":[3]})");
-  EXPECT_EQ(Merged(R"({"rules":[{"cs_generated_id":"1","allow":"x"}]})",
-                   R"({"rules":[{"cs_generated_id":"1","hits":4}]})", std::nullopt, std::nullopt),
+  EXPECT_EQ(merged(R"({"rules":[{"cs_generated_id":"1","allow":"x"}]})",
+                   R"({"rules":[{"cs_generated_id":"1","hits":4}]})"),
             R"({"rules":[{"cs_generated_id":"1","allow":"x","hits":4}]})");
   EXPECT_EQ(
-      Merged(R"({"a":1,"b":{"c":1}})", R"({"a":null,"b":7,"d":null})", std::nullopt, std::nullopt),
-      R"({"a":1,"b":7})")
+      merged(R"({"ports":[{"id":7}]})", R"({"ports":[{"id":7},{"id":"a"},{"id":"a","vlan":1}]})"),
+      R"({"ports":[{"id":7},{"id":7},{"id":"a","vlan":1}]})")
+      << "a number is no id";
+  EXPECT_EQ(merged(R"({"a":1,"b":{"c":1}})", R"({"a":null,"b":7,"d":null})"), R"({"a":1,"b":7})")
       << "nulls add nothing, other kinds replace";
 }
 
@@ -100,69 +126,128 @@ TEST_F(MergeAndDivision, DividesByTagsAtAnyDepth) {
   EXPECT_EQ(Parts(R"({"name":"s","ports":[]})"), R"(u={"name":"s","ports":[]} a=- v=- c=-)");
 }
 
-// Objects that the switch type allows, made at random.
+// Objects that a type allows, made at random. In each, some names are not used at all, so that many
+// hold data of one part only.
 class Generator {
  public:
-  explicit Generator(unsigned seed) : random_(seed) {}
-
-  std::string Switch() {
-    std::string json = R"({"name":"s")";
-    json += Maybe(R"(,"mtu":)", Number()) + Maybe(R"(,"serial":)", "\"x\"");
-    json += Maybe(R"(,"state":)", R"({"up":true})");
-    json += Maybe(R"(,"ports":)", List("id", [this] {
-                    return Maybe(R"(,"vlan":)", Number()) + Maybe(R"(,"mac":)", "\"m\"") +
-                           Maybe(R"(,"speed":)", Number()) +
-                           Maybe(R"(,"policy":)",
-                                 "{\"limit\":" + Number() + Maybe(",\"seen\":", Number()) + "}");
-                  }));
-    json += Maybe(R"(,"rules":)", List("cs_generated_id", [this] {
-                    return Maybe(R"(,"allow":)", "\"y\"") + Maybe(R"(,"hits":)", Number());
-                  }));
-    return json + "}";
+  std::string Make(Json::SchemaPlace type) {
+    used_.clear();
+    return Object(type, "s");
   }
+  unsigned long Seed() const { return random_.Seed(); }
 
  private:
-  std::string Number() { return std::to_string(random_() % 100); }
-  std::string Maybe(const std::string& name, const std::string& value) {
-    return random_() % 2 == 0 ? "" : name + value;
+  bool Uses(std::string_view name) {
+    const auto [known, isNew] = used_.try_emplace(std::string(name), false);
+    known->second = isNew ? random_.OneIn(2) : known->second;
+    return known->second && !random_.OneIn(3);
   }
-  template <class Members>
-  std::string List(const std::string& idMember, Members members) {
-    std::string json = "[";
-    const unsigned count = static_cast<unsigned>(random_() % 4);
-    for (unsigned i = 0; i < count; ++i) {
-      json += (i == 0 ? "{\"" : ",{\"") + idMember + "\":\"" + std::to_string(i) + "\"" +
-              members() + "}";
+  std::string Object(Json::SchemaPlace place, const std::string& id) {
+    std::string json;
+    const auto add = [&json](std::string_view name, const std::string& value) {
+      json.append(json.empty() ? "{\"" : ",\"").append(name).append("\":").append(value);
+    };
+    const std::string_view idMember = place.InstanceIdMember();
+    if (!idMember.empty()) {
+      add(idMember, "\"" + id + "\"");
     }
-    return json + "]";
+    place.ForEachProperty([&](std::string_view name, Json::SchemaPlace property) {
+      if (name != idMember && Uses(name)) {
+        add(name, Value(property));
+      }
+    });
+    if (const Json::Value* others = Json::FindMember(*place.Schema(), "x-admits")) {
+      for (const Json::Value& name : others->GetArray()) {
+        if (Uses(Json::Text(name))) {
+          add(Json::Text(name), std::to_string(random_.Below(100)));
+        }
+      }
+    }
+    return json.empty() ? "{}" : json + "}";
+  }
+  std::string Value(Json::SchemaPlace place, const std::string& id = "") {
+    const Json::Value* type = place ? Json::FindMember(*place.Schema(), "type") : nullptr;
+    const bool nullable = type != nullptr && type->IsArray();
+    if (nullable && random_.OneIn(3)) {
+      return "null";
+    }
+    const std::string_view kind =
+        type == nullptr ? "integer" : Json::Text(nullable ? (*type)[0] : *type);
+    if (kind == "object") {
+      return Object(place, id);
+    }
+    if (kind == "array") {
+      std::string json;
+      for (unsigned long i = random_.Below(4); i > 0; --i) {
+        json += (json.empty() ? "" : ",") + Value(place.Items(), std::to_string(i));
+      }
+      return "[" + json + "]";
+    }
+    const std::string number = std::to_string(random_.Below(100));
+    return kind == "string" ? "\"" + number + "\"" : number;
   }
 
-  std::mt19937 random_;
+  TestSupport::Random random_;
+  std::map<std::string, bool> used_;
 };
 
-TEST_F(MergeAndDivision, MergingThePartsGivesBackTheObject) {
-  const unsigned seed = std::random_device()();
-  RecordProperty("seed", static_cast<int>(seed));
-  Generator generator(seed);
-  for (int round = 0; round < 2000; ++round) {
-    const std::string json = generator.Switch();
+void DropNullMembers(Json::Value& value) {
+  if (value.IsArray()) {
+    for (Json::Value& element : value.GetArray()) {
+      DropNullMembers(element);
+    }
+  } else if (value.IsObject()) {
+    for (auto member = value.MemberBegin(); member != value.MemberEnd();) {
+      DropNullMembers(member->value);
+      member = member->value.IsNull() ? value.EraseMember(member) : member + 1;
+    }
+  }
+}
+
+bool SameButForNulls(const std::string& a, const std::string& b) {
+  const auto left = CreateDocumentFromString(a);
+  const auto right = CreateDocumentFromString(b);
+  DropNullMembers(*left->GetJsonValuePtr());
+  DropNullMembers(*right->GetJsonValuePtr());
+  return ConfigStoreDocument::ValuesEqual(*left->GetJsonValuePtr(), *right->GetJsonValuePtr());
+}
+
+TEST_F(MergeAndDivision, MergingThePartsGivesBackTheObjectAndValidationKnowsEachPart) {
+  Generator generator;
+  const Id id("ways", "test", "tarn", "s");
+  const auto type = FindSchema(id);
+  const auto takes = [&](const RuleSet& rules, const std::string& json) {
+    std::vector<ErrorInfo> errors;
+    return ValidateObjectData(type, Object(id, json), rules, errors, true);
+  };
+  int wholes = 0;
+  for (int round = 0; round < TestSupport::Rounds(5000); ++round) {
+    const std::string json = generator.Make(type->GetSchemaPlace());
+    SCOPED_TRACE("seed " + std::to_string(generator.Seed()) + "\n" + json);
+    ASSERT_TRUE(takes(SetRules(), json));
     const auto document = CreateDocumentFromString(json);
-    const Json::Value& value = *document->GetJsonValuePtr();
-    const USERDATA_CONTEXT context = round % 2 == 0 ? EXTERNAL : AUTO_CONFIG;
-    const ColumnValues parts = DivideValue(value, *schema_, context);
-    const auto merged = MergeConfig(Layer(parts.automatic), Layer(parts.cached), Layer(parts.vital),
-                                    Layer(parts.user), schema_->GetSchemaPlace());
-    ASSERT_TRUE(merged) << json;
-    ASSERT_TRUE(ConfigStoreDocument::ValuesEqual(Internal::Access::Of(*merged).GetRoot(), value))
-        << "seed " << seed << "\n"
-        << json << "\n"
+    const bool external = round % 2 == 0;
+    const ColumnValues parts =
+        DivideValue(*document->GetJsonValuePtr(), *type, external ? EXTERNAL : AUTO_CONFIG);
+    const auto merged =
+        MergeConfig(Layer(id, parts.automatic), Layer(id, parts.cached), Layer(id, parts.vital),
+                    Layer(id, parts.user), type->GetSchemaPlace());
+    ASSERT_TRUE(SameButForNulls(Internal::Access::Of(*merged).GetSerializedData(), json))
         << Internal::Access::Of(*merged).GetSerializedData();
-    for (const auto* untagged : {&parts.user, &parts.automatic}) {
-      for (const char* tagged : {"serial", "state", "mac", "speed", "seen", "hits"}) {
-        ASSERT_TRUE(!*untagged || (*untagged)->find(tagged) == std::string::npos) << **untagged;
+    const std::pair<const std::optional<std::string>&, const RuleSet&> kinds[] = {
+        {external ? parts.user : parts.automatic, UserRules()},
+        {parts.vital, VitalRules()},
+        {parts.cached, CachedRules()}};
+    for (const auto& [part, rules] : kinds) {
+      EXPECT_TRUE(!part || takes(rules, *part)) << *part;
+      // An object of nothing but its id is one in every part, and is divided as the user's.
+      if (json != R"({"name":"s"})" && takes(rules, json)) {
+        ++wholes;
+        ASSERT_EQ(part, json);
       }
     }
   }
+  EXPECT_GT(wholes, TestSupport::Rounds(100)) << "objects of one part only";
 }
 
 }  // namespace

@@ -68,8 +68,9 @@ one-plain/ DELETE u=- v=- c=- 1.0
 | 
 | 4)";
   EXPECT_EQ(State(), applied);
-  EXPECT_EQ(database_.Run("SELECT CreationTime, Version, ModifiedTime > '2020-01-02' FROM Config"),
-            std::vector<std::string>{"2020-01-01 00:00:00 2.1 1"});
+  EXPECT_EQ(
+      database_.Lines("SELECT CreationTime, Version, ModifiedTime > '2020-01-02' FROM Config"),
+      "2020-01-01 00:00:00 2.1 1");
   EXPECT_EQ(Text(ApplyNextBootConfig({})), "applied; staged") << "nothing is applied twice";
   SetBootStatus(Many(""), true);
   SetBootStatus(one_, true);

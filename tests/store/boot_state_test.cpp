@@ -13,15 +13,12 @@ using TestSupport::Raised;
 
 class BootState : public TestSupport::NextBootFixture {
  protected:
-  // The row of an instance without what is the same in all tests.
-  std::string Row(const std::string& instance) {
-    return database_
-        .Run(
-            "SELECT ifnull(json_extract(UserValue, '$.mtu'), '-'), "
-            "ifnull(json_extract(DesiredValue, '$.mtu'), '-'), Success, Revision, "
-            "iif(ModifiedTime > '2020-01-02', 'touched', 'left') FROM Config WHERE Identifier = '" +
-            instance + "'")
-        .at(0);
+  // "s1 1 2 0 7 touched|...": user's and pending value, whether confirmed, revision, of each row.
+  std::string Rows() {
+    return database_.Lines(
+        "SELECT group_concat(Identifier || ' ' || ifnull(UserValue ->> 'mtu', '-') || "
+        "ifnull(DesiredValue ->> 'mtu', '-') || Success || Revision || iif(ModifiedTime > "
+        "'2020-01-02', ' touched', ' left'), '|') FROM Config");
   }
   void PutPending() {
     PutRow("s1", R"("mtu":1)", R"("mtu":2)", "", "", 1);
@@ -40,9 +37,7 @@ TEST_F(BootState, BootInfoIsItsTypeOrSaysWhatIsWrong) {
   };
   const std::string unreadable = "CSE 2000 Failed to read BOOT_INFO database.";
   EXPECT_EQ(Raised([] { GetBootInfo(); }), unreadable) << "there is no entry";
-  EXPECT_EQ(info("{}"), "0");
-  EXPECT_EQ(info(R"({"type":2,"more":[]})"), "2");
-  EXPECT_EQ(info(R"({"type":-3})"), "-3");
+  EXPECT_EQ(info("{}") + info(R"({"type":2,"more":[]})") + info(R"({"type":-3})"), "02-3");
   for (const char* broken : {"", "{", "text", R"({"type":2} x)", "{\"type\":\"\xff\"}"}) {
     EXPECT_EQ(info(broken), unreadable) << broken;
   }
@@ -50,60 +45,53 @@ TEST_F(BootState, BootInfoIsItsTypeOrSaysWhatIsWrong) {
                             R"({"type":null})", R"({"type":4294967296})"}) {
     EXPECT_EQ(info(other).substr(0, 8), "CSE 1082") << other;
   }
-  DBStore::testing::SetHook([](DBStore::testing::Operation, std::string_view key) {
-    return key == "BOOT_INFO" ? 10 : 0;
-  });
+  Fail(Operation::READ_KEY_VALUE, 10);
   EXPECT_EQ(Raised([] { GetBootInfo(); }), unreadable);
 }
 
 TEST_F(BootState, StatusConfirmsOrDropsWhatIsPending) {
+  const std::string s4 = "|s4 1-17 left";
   PutPending();
   SetBootStatus(Many("s1"), true);
-  EXPECT_EQ(Row("s1"), "2 - 1 7 touched");
-  EXPECT_EQ(Row("s3"), "1 2 0 7 left") << "another instance";
+  EXPECT_EQ(Rows(), "s1 2-17 touched|s2 1-07 left|s3 1207 left" + s4);
   SetBootStatus(Many(""), true);
-  EXPECT_EQ(Row("s2") + "|" + Row("s3") + "|" + Row("s4"),
-            "1 - 1 7 left|2 - 1 7 touched|1 - 1 7 left")
+  EXPECT_EQ(Rows(), "s1 2-17 touched|s2 1-17 left|s3 2-17 touched" + s4)
       << "being confirmed changes no value";
   PutPending();
   SetBootStatus(Many("s1"), false);
-  EXPECT_EQ(Row("s1") + "|" + Row("s3"), "1 - 1 7 touched|1 2 0 7 left");
+  EXPECT_EQ(Rows(), "s1 1-17 touched|s2 1-07 left|s3 1207 left" + s4);
   SetBootStatus(Many(""), false);
-  EXPECT_EQ(Row("s2") + "|" + Row("s3"), "1 - 0 7 left|1 - 0 7 touched");
+  EXPECT_EQ(Rows(), "s1 1-17 touched|s2 1-07 left|s3 1-07 touched" + s4);
 
-  Set(one_, R"({"name":"a"})");
-  database_.Run(R"(UPDATE Config SET DesiredValue = '{"name":"b"}' WHERE Name = 'one-plain')");
+  PutRow(one_, R"({"name":"a"})", R"({"name":"b"})", "", "", "", 1);
   SetBootStatus(one_, true);
   EXPECT_EQ(Data(store_->Get(one_)), R"({"name":"b"})");
   SetBootStatus({"such", "no", "tarn"}, true);
 
   const ConfigStoreTransaction transaction(store_);
-  EXPECT_EQ(Raised([&] { SetBootStatus(one_, true); }),
-            "CSE 2000 SetBootStatus: Failed to mark success status for given csoId.");
+  ExpectRaised({{"CSE 2000 SetBootStatus: Failed to mark success status for given csoId.",
+                 [&] { SetBootStatus(one_, true); }},
+                {"CSE 2000 DeleteDesiredValue: Failed to delete DesiredValue for given csoId.",
+                 [&] { SetBootStatus(one_, false); }}});
   EXPECT_NE(GetLastStoreError().message.find("transaction"), std::string::npos);
-  EXPECT_EQ(Raised([&] { SetBootStatus(one_, false); }),
-            "CSE 2000 DeleteDesiredValue: Failed to delete DesiredValue for given csoId.");
 }
 
 TEST_F(BootState, APartIsConfirmedAndTheRestDropped) {
-  const auto restored = [](const ObjectHandle& part) {
-    return Raised([&] { SetPartialBootStatus(part); });
-  };
   PutRow("s1", R"("mtu":1,"ports":[{"id":"p1","vlan":1}])",
          R"("mtu":2,"ports":[{"id":"p1","vlan":2},{"id":"p2","vlan":3}])", "", "", 0);
   const std::string before = State();
-  EXPECT_EQ(restored(Mtu("s1", 3)),
-            "CSE 2000 partial config being restored is not part of desired config");
-  EXPECT_EQ(restored(Mtu("s9", 3)), "CSE 2000 desired config is empty");
-  EXPECT_EQ(restored(ManyObject("s1", R"("serial":"x")")).substr(0, 7), "VE 1088");
-  EXPECT_EQ(restored(nullptr), "nothing");
-  EXPECT_EQ(restored(Object(Many("s1"), R"({"name":"s1"})")), "nothing");
+  ExpectRaised(
+      {{"CSE 2000 partial config being restored is not part of desired config",
+        [&] { SetPartialBootStatus(Mtu("s1", 3)); }},
+       {"CSE 2000 desired config is empty", [&] { SetPartialBootStatus(Mtu("s9", 3)); }},
+       {"VE 1088", [&] { SetPartialBootStatus(ManyObject("s1", R"("serial":"x")")); }},
+       {"nothing", [&] { SetPartialBootStatus(nullptr); }},
+       {"nothing", [&] { SetPartialBootStatus(Object(Many("s1"), R"({"name":"s1"})")); }}});
   EXPECT_EQ(State(), before);
-  const auto part = ManyObject("s1", R"("ports":[{"id":"p2","vlan":3}])");
-  const auto look = [&] { return State(); };
-  EXPECT_GE(FailEachStep(
-                "partial", [&] { SetPartialBootStatus(part); }, look),
-            6);
+  const auto restore = [part = ManyObject("s1", R"("ports":[{"id":"p2","vlan":3}])")] {
+    SetPartialBootStatus(part);
+  };
+  EXPECT_GE(FailEachStep("partial", restore, [&] { return State(); }), 6);
   EXPECT_EQ(
       database_.Rows(),
       R"(tarn/test/many-switch/s1 u={"name":"s1","mtu":1,"ports":[{"id":"p1","vlan":1},{"id":"p2","vlan":3}]} )"
@@ -114,8 +102,7 @@ TEST_F(BootState, SeveralAreJudgedTogetherOrNotAtAll) {
   PutPending();
   const auto judge = [&] { SetBootStatus({Many("s1"), Many("s3")}, true); };
   EXPECT_EQ(FailEachStep("several", judge, [&] { return State(); }), 6);
-  EXPECT_EQ(Row("s1") + "|" + Row("s2") + "|" + Row("s3"),
-            "2 - 1 7 touched|1 - 0 7 left|2 - 1 7 touched");
+  EXPECT_EQ(Rows(), "s1 2-17 touched|s2 1-07 left|s3 2-17 touched|s4 1-17 left");
 }
 
 TEST_F(BootState, SharedTypesAreJudgedTogether) {
@@ -123,19 +110,18 @@ TEST_F(BootState, SharedTypesAreJudgedTogether) {
   shared.replace(shared.find("plain"), 5, "nic")
       .insert(shared.find("\"type\""), R"("shared":true,)");
   InstallType(host_, shared);
-  const ConfigStoreObjectId nic("nic", "test", "tarn");
-  PutPending();
-  Set(nic, R"({"name":"a"})");
-  database_.Run(R"(UPDATE Config SET DesiredValue = '{"name":"b"}' WHERE Name = 'nic')");
+  const Id nic("nic", "test", "tarn");
   const auto status = [](bool accept) { return Raised([=] { SetSharedBootStatus(accept); }); };
+  PutPending();
+  PutRow(nic, R"({"name":"a"})", R"({"name":"b"})", "", "", "", 1);
   {
     const ConfigStoreTransaction transaction(store_);
     EXPECT_EQ(status(true), "CSE 2000 Begin Transaction failed for: SetSharedBootStatus");
   }
   EXPECT_EQ(status(true), "nothing");
   EXPECT_EQ(Data(store_->Get(nic)), R"({"name":"b"})");
-  EXPECT_EQ(Row("s1"), "1 2 1 7 left") << "not shared";
-  database_.Run(R"(UPDATE Config SET DesiredValue = '{"name":"c"}' WHERE Name = 'nic')");
+  EXPECT_NE(Rows().find("s1 1217 left"), std::string::npos) << "not shared";
+  PutRow(nic, R"({"name":"b"})", R"({"name":"c"})", "", "", "", 1);
   EXPECT_EQ(status(false) + Data(store_->Get(nic)), R"(nothing{"name":"b"})");
   std::filesystem::rename(host_.Path(HostPaths::kSchemaStore), host_.Root() + "/away");
   EXPECT_EQ(status(true), "CSE 2000 Failed to attach schema store");
@@ -150,8 +136,6 @@ TEST_F(BootState, EachReaderSeesItsValue) {
     int success;
     const char* seen;  // Get outside and inside an upgrade, desired user only, desired with all
   };
-  const std::string automatic = R"("mtu":3)";
-  const std::string vital = R"("serial":"x")";
   const Case cases[] = {
       {"confirmed", R"("mtu":1)", "", 1, "1x 1x none -x"},
       {"pending", R"("mtu":1)", R"("mtu":2)", 1, "1x 2x 2 2x"},
@@ -170,8 +154,8 @@ TEST_F(BootState, EachReaderSeesItsValue) {
     return (has ? std::to_string(mtu) : "-") + serial;
   };
   for (const Case& c : cases) {
-    PutRow(c.instance, c.user, c.desired, automatic, vital, c.success);
-    const ConfigStoreObjectId id = Many(c.instance);
+    PutRow(c.instance, c.user, c.desired, R"("mtu":3)", R"("serial":"x")", c.success);
+    const Id id = Many(c.instance);
     SetUpgradeContext("0");
     std::string seen = sketch(store_->Get(id));
     SetUpgradeContext("1");
@@ -181,7 +165,7 @@ TEST_F(BootState, EachReaderSeesItsValue) {
             sketch(GetDesiredUserConfig(id, DESIRED_WITH_VITAL_AND_CACHED));
     EXPECT_EQ(seen, c.seen) << c.instance;
   }
-  database_.Run("UPDATE Config SET VitalValue = NULL WHERE Identifier = 'neither'");
+  PutRow("neither", "", "", R"("mtu":3)", "", 1);
   EXPECT_EQ(sketch(GetDesiredUserConfig(Many("neither"), DESIRED_WITH_VITAL_AND_CACHED)), "none");
   const auto list = [&](FLAG flag) {
     std::string text;
@@ -201,17 +185,15 @@ TEST_F(BootState, ReadsCheckTheirTypeAndReportFailures) {
   EXPECT_EQ(GetSchemaVersion(Many("")) + " " + GetSchemaVersion(plain_), "2.1 1.0");
   EXPECT_EQ(GetSchemaVersion({"such", "no", "tarn"}), "");
   EXPECT_EQ(log_.Count("0 GetSchemaVersion: Schema object not found"), 1);
-  EXPECT_EQ(Raised([&] { GetDesiredUserConfig(Many(""), DESIRED_USER_ONLY); }),
-            "VE 2000 Non-Singleton object should contain instanceId");
-  EXPECT_EQ(Raised([&] { GetDesiredUserConfigInstances(one_, DESIRED_USER_ONLY); }),
-            "VE 2000 API called for singleton object, non-singleton expected");
-  DBStore::testing::SetHook([](DBStore::testing::Operation asked, std::string_view) {
-    return asked == DBStore::testing::Operation::EXECUTE ? 1 : 0;
-  });
-  EXPECT_EQ(Raised([&] { GetDesiredUserConfig(Many("s1"), DESIRED_USER_ONLY); }),
-            "CSE 2000 Get failed: " + Many("s1").toString());
-  EXPECT_EQ(Raised([&] { GetDesiredUserConfigInstances(Many(""), DESIRED_USER_ONLY); }),
-            "CSE 2000 Read Instances failed for: " + Many("").toString());
+  Fail(Operation::EXECUTE);
+  ExpectRaised({{"VE 2000 Non-Singleton object should contain instanceId",
+                 [] { GetDesiredUserConfig(Many(""), DESIRED_USER_ONLY); }},
+                {"VE 2000 API called for singleton object, non-singleton expected",
+                 [&] { GetDesiredUserConfigInstances(one_, DESIRED_USER_ONLY); }},
+                {"CSE 2000 Get failed: " + Many("s1").toString(),
+                 [] { GetDesiredUserConfig(Many("s1"), DESIRED_USER_ONLY); }},
+                {"CSE 2000 Read Instances failed for: " + Many("").toString(),
+                 [] { GetDesiredUserConfigInstances(Many(""), DESIRED_USER_ONLY); }}});
 }
 
 }  // namespace

@@ -8,22 +8,14 @@
 namespace TarnConfigStore {
 namespace {
 
-using DBStore::testing::Operation;
-using TestSupport::Raised;
-using Objects = std::vector<std::shared_ptr<ConfigStoreObject>>;
-
 constexpr const char* kShippedType = R"({
   "component": "tarn", "group": "test", "key": "shipped", "version": "1.0",
-  "schema": {
-    "type": "object",
-    "properties": {
-      "id": { "type": "string", "instanceId": true },
-      "level": { "type": "integer" },
-      "serial": { "type": "string", "vital": true },
-      "rules": { "type": "array", "items": { "type": "object", "generatedInstanceId": true,
-        "properties": { "allow": { "type": "string" } } } }
-    }
-  },
+  "schema": { "type": "object", "properties": {
+    "id": { "type": "string", "instanceId": true },
+    "level": { "type": "integer" },
+    "serial": { "type": "string", "vital": true },
+    "rules": { "type": "array", "items": { "type": "object", "generatedInstanceId": true,
+      "properties": { "allow": { "type": "string" } } } } } },
   "defaults": [
     { "instance": "b", "value": { "id": "b", "level": 2, "serial": "x" } },
     { "instance": "a", "value": { "id": "a", "level": 1, "rules": [ { "allow": "all" } ] } },
@@ -33,85 +25,66 @@ constexpr const char* kShippedType = R"({
 
 class Defaults : public TestSupport::StoreFixture {
  protected:
-  Defaults() {
-    InstallType(host_, kShippedType);
-    all_ = std::make_shared<FilterSpecObject>(Id(""));
-  }
-  static ConfigStoreObjectId Id(const std::string& instance) {
-    return {"shipped", "test", "tarn", instance};
-  }
-  static std::string Data(const Objects& objects) {
-    std::string text;
-    for (const auto& object : objects) {
-      text +=
-          object ? object->GetConfigStoreObjectId().instanceId + object->GetData() + " " : "null ";
-    }
-    return text;
-  }
-  std::shared_ptr<FilterSpecObject> all_;
+  Defaults() { InstallType(host_, kShippedType); }
+  static Id Shipped(const std::string& instance) { return {"shipped", "test", "tarn", instance}; }
+
+  const std::string a_ = R"(a{"id":"a","level":1,"rules":[{"allow":"all"}]} )";
+  const std::string v_ = R"(v{"id":"v","serial":"only"} )";
 };
 
 TEST_F(Defaults, AreReadMergedWithoutMetadata) {
-  const auto b = store_->GetDefaultConfig(Id("b"));
-  EXPECT_EQ(b->GetData(), R"({"id":"b","serial":"x","level":2})");
-  EXPECT_EQ(b->GetRevision(), 0);
-  EXPECT_EQ(b->GetCreationTime() + b->GetModifiedTime(), "");
-  EXPECT_EQ(b->GetVersion(), "1.0");
-  EXPECT_EQ(store_->GetDefaultConfig(Id("none")), nullptr);
-  EXPECT_EQ(log_.Count("0 Object not found: " + Id("none").toString()), 1);
+  const std::string b = R"({"id":"b","serial":"x","level":2})";
+  const auto object = store_->GetDefaultConfig(Shipped("b"));
+  EXPECT_EQ(Data(object), b);
+  EXPECT_EQ(object->GetRevision(), 0);
+  EXPECT_EQ(object->GetCreationTime() + object->GetModifiedTime(), "");
+  EXPECT_EQ(object->GetVersion(), "1.0");
+  EXPECT_EQ(store_->GetDefaultConfig(Shipped("none")), nullptr);
+  EXPECT_EQ(log_.Count("0 Object not found: " + Shipped("none").toString()), 1);
   EXPECT_EQ(store_->GetDefaultConfig(plain_), nullptr) << "a type without shipped objects";
-  EXPECT_TRUE(
-      store_->GetDefaultConfigInstances(std::make_shared<FilterSpecObject>(switch_)).empty());
-  EXPECT_TRUE(store_->GetDefaultConfigInstances(nullptr).empty());
-  EXPECT_EQ(Data(store_->GetDefaultConfigInstances(all_)),
-            R"(a{"id":"a","level":1,"rules":[{"allow":"all"}]} b{"id":"b","serial":"x","level":2} )"
-            R"(v{"id":"v","serial":"only"} )");
-  all_->SetValue("level", 2);
-  EXPECT_EQ(Data(store_->GetDefaultConfigInstances(all_)),
-            R"(b{"id":"b","serial":"x","level":2} )");
+  const auto all = [&](const Id& id, const char* conditions = "{}") {
+    return Data(store_->GetDefaultConfigInstances(Filter(id, conditions)));
+  };
+  EXPECT_EQ(all(switch_), "");
+  EXPECT_EQ(all(Shipped("")), a_ + "b" + b + " " + v_);
+  EXPECT_EQ(all(Shipped(""), R"({"level":2})") + all(Shipped("v")), "b" + b + " " + v_);
 }
 
 TEST_F(Defaults, UserPartsAreReadAlone) {
-  const SchemaHandle schema = FindSchema(Id(""));
+  const SchemaHandle schema = FindSchema(Shipped(""));
   const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
-  EXPECT_EQ(GetDefaultUserConfigInternal(Id("b"), connection, schema)->GetData(),
+  EXPECT_EQ(Data(GetDefaultUserConfigInternal(Shipped("b"), connection, schema)),
             R"({"id":"b","level":2})");
-  EXPECT_EQ(GetDefaultUserConfigInternal(Id("v"), connection, schema), nullptr)
+  EXPECT_EQ(GetDefaultUserConfigInternal(Shipped("v"), connection, schema), nullptr)
       << "nothing but a vital part";
-  EXPECT_EQ(Data(GetDefaultUserConfigInstancesInternal(Id(""), connection, schema)),
-            R"(a{"id":"a","level":1,"rules":[{"allow":"all"}]} b{"id":"b","level":2} )");
-  const RowMapList rows = GetDefaultUserConfigMapList(Id("v"), connection);
+  EXPECT_EQ(Data(GetDefaultUserConfigInstancesInternal(Shipped(""), connection, schema)),
+            a_ + R"(b{"id":"b","level":2} )");
+  const RowMapList rows = GetDefaultUserConfigMapList(Shipped("v"), connection);
   ASSERT_EQ(rows.size(), 1U);
   EXPECT_EQ(rows[0]->Find("Value"), std::nullopt);
-  DBStore::testing::SetHook([](Operation operation, std::string_view) {
-    return operation == Operation::EXECUTE ? 1 : 0;
-  });
-  EXPECT_EQ(Raised([&] { (void)store_->GetDefaultConfig(Id("b")); }),
-            "CSE 2000 Get failed: " + Id("b").toString());
-  EXPECT_EQ(Raised([&] { (void)store_->GetDefaultConfigInstances(all_); }),
-            "CSE 2000 Get store rows failed.");
+  Fail(Operation::EXECUTE);
+  ExpectRaised({{"CSE 2000 Get failed: " + Shipped("b").toString(),
+                 [&] { store_->GetDefaultConfig(Shipped("b")); }},
+                {"CSE 2000 Get store rows failed.",
+                 [&] { store_->GetDefaultConfigInstances(Filter(Shipped(""))); }}});
 }
 
 TEST_F(Defaults, AreAddedWhereTheyLackAndLeftOutWhereNothingChanged) {
-  Objects objects = {Object(Id("b"), R"({"id":"b","level":9})"), nullptr};
-  AddDefaultConfigInstances(Id("whatever"), objects);
-  EXPECT_EQ(Data(objects),
-            R"(b{"id":"b","level":9} null a{"id":"a","level":1,"rules":[{"allow":"all"}]} )"
-            R"(v{"id":"v","serial":"only"} )");
+  const std::string b = R"(b{"id":"b","level":9} )";
+  Objects objects = {Object(Shipped("b"), R"({"id":"b","level":9})"), nullptr};
+  AddDefaultConfigInstances(Shipped("whatever"), objects);
+  EXPECT_EQ(Data(objects), b + "none " + a_ + v_);
   EXPECT_EQ(log_.Count("4 AddDefaultConfigInstances invoked"), 1);
-  objects.push_back(Object(Id("c"), R"({"id":"c"})"));
-  objects[2] = Object(Id("a"), R"({"rules":[{"allow":"all"}],"level":1,"id":"a"})");
-  FilterDefaultConfigInstances(Id(""), objects);
-  EXPECT_EQ(Data(objects), R"(b{"id":"b","level":9} null c{"id":"c"} )");
-  const std::string before = Data(objects);
-  EXPECT_EQ(Raised([&] { AddDefaultConfigInstances(switch_, objects); }).substr(0, 8), "IAE 1062");
-  EXPECT_EQ(Raised([&] { FilterDefaultConfigInstances(plain_, objects); }),
-            "VE 2000 API called for singleton object, non-singleton expected");
-  EXPECT_EQ(Raised([&] {
-              AddDefaultConfigInstances({"no", "such", "type"}, objects);
-            }).substr(0, 8),
-            "CSE 1037");
-  EXPECT_EQ(Data(objects), before);
+  objects.push_back(Object(Shipped("c"), R"({"id":"c"})"));
+  objects[2] = Object(Shipped("a"), R"({"rules":[{"allow":"all"}],"level":1,"id":"a"})");
+  FilterDefaultConfigInstances(Shipped(""), objects);
+  EXPECT_EQ(Data(objects), b + R"(none c{"id":"c"} )");
+  const Id unknown("no", "such", "type");
+  ExpectRaised({{"IAE 1062", [&] { AddDefaultConfigInstances(switch_, objects); }},
+                {"VE 2000 API called for singleton object, non-singleton expected",
+                 [&] { FilterDefaultConfigInstances(plain_, objects); }},
+                {"CSE 1037", [&] { AddDefaultConfigInstances(unknown, objects); }}});
+  EXPECT_EQ(Data(objects), b + R"(none c{"id":"c"} )");
 }
 
 }  // namespace

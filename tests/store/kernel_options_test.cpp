@@ -20,24 +20,25 @@ class KernelOptions : public TestSupport::NextBootFixture {
   std::string Row() {
     return database_.Rows().substr(std::string("tarn/tkernel/options/ ").size());
   }
-  ConfigStoreObjectId id_{"options", "tkernel", "tarn"};
+  Id id_{"options", "tkernel", "tarn"};
 };
 
 TEST_F(KernelOptions, WaitInTheRowUntilTheBootIsConfirmed) {
   EXPECT_EQ(Data(GetKernelOptions(id_)), "none");
-  Set(id_, R"({"cpus":1,"console":"a"})");
+  PutRow(id_, R"({"cpus":1})", "", "", R"({"console":"a"})", "", 1);
   EXPECT_EQ(Data(GetKernelOptions(id_)), R"({"console":"a","cpus":1})");
   const auto wanted = Object(id_, R"({"cpus":2,"console":"b"})");
   const auto set = [&] { SetKernelOptions(wanted); };
   EXPECT_GE(FailEachStep("set", set, [&] { return State(); }), 4);
-  EXPECT_EQ(Row(), R"(u={"cpus":1} d={"cpus":2} a=- v={"console":"b"} c=- ok=1 rev=2)");
+  EXPECT_EQ(Row(), R"(u={"cpus":1} d={"cpus":2} a=- v={"console":"b"} c=- ok=1 rev=8)");
+  EXPECT_EQ(store_->Get(id_)->GetCreationTime(), "2020-01-01 00:00:00");
   EXPECT_EQ(Data(GetKernelOptions(id_)), R"({"console":"b","cpus":2})");
   EXPECT_EQ(Data(store_->Get(id_)), R"({"console":"b","cpus":1})");
   SetBootStatus(id_, true);
-  EXPECT_EQ(Row(), R"(u={"cpus":2} d=- a=- v={"console":"b"} c=- ok=1 rev=2)");
+  EXPECT_EQ(Row(), R"(u={"cpus":2} d=- a=- v={"console":"b"} c=- ok=1 rev=8)");
   SetKernelOptions(nullptr);
   SetKernelOptions(Object(id_, "{}"));
-  EXPECT_EQ(store_->GetRevision(id_), 2);
+  EXPECT_EQ(store_->GetRevision(id_), 8);
 }
 
 TEST_F(KernelOptions, ComeFromWhatIsStagedWhileTheHostIsRemediated) {
@@ -55,25 +56,23 @@ TEST_F(KernelOptions, ComeFromWhatIsStagedWhileTheHostIsRemediated) {
   EXPECT_EQ(State(), before);
   database_.Run("DELETE FROM DesiredUserConfig");
   EXPECT_EQ(Data(GetKernelOptions(id_)), R"({"console":"a"})");
-  DBStore::testing::SetHook([](DBStore::testing::Operation, std::string_view detail) {
-    return detail == "BOOT_MODE" ? 10 : 0;
-  });
+  Fail(Operation::READ_KEY_VALUE, 10);
   EXPECT_EQ(Raised([&] { GetKernelOptions(id_); }), "CSE 2000 Failed to read value from database.");
 }
 
 TEST_F(KernelOptions, AreOneObjectOfOneType) {
   const std::string other = "VE 2000 API should only be invoked for Kernel options configuration.";
-  EXPECT_EQ(Raised([&] { GetKernelOptions(plain_); }), other);
-  EXPECT_EQ(Raised([&] { SetKernelOptions(Object(plain_, R"({"name":"a"})")); }), other);
-  EXPECT_EQ(Raised([] {
-              GetKernelOptions({"options", "tkernel", "tarn", "x"});
-            }),
-            "VE 2000 Singleton object cannot contain instanceId");
-  EXPECT_EQ(Raised([&] { SetKernelOptions(Object(id_, R"({"cpus":"x"})")); }).substr(0, 7),
-            "VE 1089");
-  EXPECT_EQ(Raised([&] { SetKernelOptions(Object(id_, R"({"cpus":1,"seen":{"at":"x"}})")); }),
-            "VE 1089 The object to be set does not fit its type. | /seen")
-      << "there is no place for them";
+  for (const Id& id : {Id("Options", "tkernel", "tarn"), Id("options", "test", "tarn"),
+                       Id("options", "tkernel", "Tarn")}) {
+    EXPECT_EQ(Raised([&] { GetKernelOptions(id); }), other) << id.toString();
+  }
+  const Id withId("options", "tkernel", "tarn", "x");
+  ExpectRaised({{other, [&] { SetKernelOptions(Object(plain_, R"({"name":"a"})")); }},
+                {"VE 2000 Singleton object cannot contain", [&] { GetKernelOptions(withId); }},
+                {"VE 1089", [&] { SetKernelOptions(Object(id_, R"({"cpus":"x"})")); }},
+                // There is no place for them.
+                {"VE 1089 The object to be set does not fit its type. | /seen",
+                 [&] { SetKernelOptions(Object(id_, R"({"cpus":1,"seen":{"at":"x"}})")); }}});
   RemoveType("tarn", "tkernel", "options", false);
   EXPECT_EQ(Raised([&] { GetKernelOptions(id_); }).substr(0, 8), "CSE 1037");
 }

@@ -7,8 +7,6 @@
 
 #include "support/store_fixture.h"
 
-#include <string>
-
 namespace TestSupport {
 
 /// The plain type and the switch type again, staged: "one", without instances, and "many".
@@ -20,33 +18,22 @@ class NextBootFixture : public StoreFixture {
     nextBoot_ = store_->GetNextBootStore();
   }
 
-  static TarnConfigStore::ConfigStoreObjectId Many(const std::string& instance) {
-    return {"many-switch", "test", "tarn", instance};
-  }
+  static Id Many(const std::string& instance) { return {"many-switch", "test", "tarn", instance}; }
   static ObjectHandle ManyObject(const std::string& instance, const std::string& members) {
-    return Object(Many(instance), (R"({"name":")" + instance + "\"," + members + "}").c_str());
+    return Object(Many(instance), Named(instance, members));
   }
   static ObjectHandle Mtu(const std::string& instance, int mtu) {
     return ManyObject(instance, "\"mtu\":" + std::to_string(mtu));
   }
-  static std::shared_ptr<TarnConfigStore::FilterSpecObject> Filter(
-      const TarnConfigStore::ConfigStoreObjectId& id) {
-    return std::make_shared<TarnConfigStore::FilterSpecObject>(id);
-  }
+  using StoreFixture::PutRow;
   /// A row of "many"; texts are members of its object, an empty one makes a NULL.
   void PutRow(const std::string& instance, const std::string& user, const std::string& desired,
               const std::string& automatic, const std::string& vital, int success) {
     const auto value = [&](const std::string& members) {
-      return members.empty() ? std::string("NULL")
-                             : R"('{"name":")" + instance + "\"," + members + "}'";
+      return members.empty() ? "" : Named(instance, members);
     };
-    database_.Run(
-        "INSERT OR REPLACE INTO Config (Component, ConfigGroup, Name, Identifier, Version, "
-        "UserValue, DesiredValue, AutoConfValue, VitalValue, Success, CreationTime, ModifiedTime, "
-        "Revision) VALUES ('tarn','test','many-switch','" +
-        instance + "','1'," + value(user) + "," + value(desired) + "," + value(automatic) + "," +
-        value(vital) + "," + std::to_string(success) +
-        ",'2020-01-01 00:00:00','2020-01-01 00:00:00',7)");
+    PutRow(Many(instance), value(user), value(desired), value(automatic), value(vital), "",
+           success);
   }
   /// Both tables and the mode, the common part of the names left out.
   std::string State() {
@@ -57,11 +44,8 @@ class NextBootFixture : public StoreFixture {
     }
     return text;
   }
-  static std::string Data(const ObjectHandle& object) {
-    return object ? object->GetData() : "none";
-  }
 
-  TarnConfigStore::ConfigStoreObjectId one_{"one-plain", "test", "tarn"};
+  Id one_{"one-plain", "test", "tarn"};
   std::shared_ptr<TarnConfigStore::NextBootStore> nextBoot_;
 };
 

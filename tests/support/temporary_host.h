@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 
@@ -53,5 +54,11 @@ class TemporaryHost {
   std::string previousRoot_;
   std::string root_;
 };
+
+/// A file with this text, in the place of what was there; makes the directory it lies in.
+inline void WriteFile(const std::string& path, const std::string& text) {
+  std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+  std::ofstream(path, std::ios::trunc) << text;
+}
 
 }  // namespace TestSupport

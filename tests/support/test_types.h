@@ -5,11 +5,7 @@
 
 #include "support/temporary_host.h"
 
-#include <filesystem>
-#include <fstream>
-#include <stdexcept>
 #include <string>
-#include <vector>
 
 namespace TestSupport {
 
@@ -64,7 +60,7 @@ inline std::string Staged(std::string type, const std::string& key) {
 
 inline void InstallType(const TemporaryHost& host, const std::string& text) {
   const std::string path = host.Root() + "/type.json";
-  std::ofstream(path) << text;
+  WriteFile(path, text);
   for (const auto& report : TarnConfigStore::InstallTypes({path}, {})) {
     if (report.outcome == TarnConfigStore::TypeOutcome::INVALID) {
       std::string errors;

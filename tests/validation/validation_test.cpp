@@ -1,0 +1,213 @@
+#include "objects/access.h"
+#include "objects/config_store_object_impl.h"
+#include "objects/document.h"
+#include "objects/schema_lookup.h"
+#include "support/store_fixture.h"
+#include "validation/cleanup.h"
+#include "validation/document_validation.h"
+#include "validation/guards.h"
+#include "validation/object_validation.h"
+
+namespace TarnConfigStore {
+namespace {
+
+using TestSupport::Raised;
+
+class Validation : public TestSupport::StoreFixture {
+ protected:
+  Validation() {
+    for (const char* tag : {"vital", "cached"}) {
+      InstallType(host_, R"({"component":"tarn","group":"test","key":")" + std::string(tag) +
+                             R"(","version":"1","schema":{"type":"object",")" + tag +
+                             R"(":true,"properties":{"x":{"type":"integer"}},"required":["x"]}})");
+    }
+    InstallType(host_, R"({"component":"tarn","group":"test","key":"linked","version":"1","schema":{
+      "type":"object","properties":{"a":{"$ref":"#/definitions/port"}},
+      "definitions":{"port":{"type":"integer","maximum":9}}}})");
+  }
+  static ObjectHandle Object(const std::string& key, const char* json) {
+    return StoreFixture::Object(Id(key, "test", "tarn", key == "switch" ? "s" : ""), json);
+  }
+  static SchemaHandle TypeOf(const ObjectHandle& object) {
+    return FindSchema(object->GetConfigStoreObjectId());
+  }
+  static std::string Fields(const std::vector<ErrorInfo>& errors) {
+    std::string text;
+    for (const ErrorInfo& error : errors) {
+      text += error.field + " ";
+    }
+    return text;
+  }
+};
+
+TEST_F(Validation, CleaningTakesOutWhatIsEmptyAndNothingElse) {
+  const struct {
+    const char* key;
+    const char* before;
+    const char* after;
+  } cases[] = {
+      {"plain", R"({"name":"","tags":[],"nested":{"deep":{}}})", R"({"name":""})"},
+      {"plain", R"({"name":"x","tags":["a"],"nested":{"deep":{"leaf":"y"}}})",
+       R"({"name":"x","tags":["a"],"nested":{"deep":{"leaf":"y"}}})"},
+      {"plain", R"({"unknown":{"x":[]}})", "{}"},
+      {"vital", R"({"x":[]})", R"({"x":[]})"},
+      {"switch", R"({"name":"s"})", "{}"},
+      {"switch", R"({"name":"s","ports":[{"id":"a","policy":{}},{"id":"b"},{}]})",
+       R"({"name":"s","ports":[{"id":"b"}]})"},
+      {"switch", R"({"tags":[],"name":"s","state":{},"serial":"x"})",
+       R"({"name":"s","state":{},"serial":"x"})"},
+  };
+  for (const auto& each : cases) {
+    const ObjectHandle object = Object(each.key, each.before);
+    CleanupObject(object, TypeOf(object));
+    EXPECT_EQ(object->GetData(), each.after) << each.before;
+  }
+  EXPECT_EQ(log_.Count("2 Erasing empty object prop deep"), 1);
+  EXPECT_EQ(log_.Count("2 Erasing empty array element 0"), 1);
+}
+
+TEST_F(Validation, UserDataAreToldByTheirLeaves) {
+  const std::pair<const char*, bool> cases[] = {
+      {R"({"name":"s"})", false},
+      {R"({"name":"s","serial":"x","state":{"up":true}})", false},
+      {R"({"name":"s","mtu":1})", true},
+      {R"({"ports":[{"id":"a","mac":"m"},{"id":"b","speed":1}]})", false},
+      {R"({"ports":[{"id":"a","mac":"m"},{"id":"b","vlan":1}]})", true},
+      {R"({"ports":[{"id":"a","policy":{"seen":1}}]})", false},
+      {"{}", false},
+  };
+  for (const auto& [json, expected] : cases) {
+    EXPECT_EQ(isUserType(Object("switch", json), FindSchema(switch_)), expected) << json;
+  }
+}
+
+TEST_F(Validation, EachEntryAsksForWhatItsKindOfWriteMayHold) {
+  const struct {
+    const char* code;
+    void (*validate)(const SchemaHandle&, const ObjectHandle&);
+    // Of the objects below: "" where it fits, else where the findings are.
+    const char* user;
+    const char* vital;
+    const char* cached;
+    const char* unnamed;
+    const char* wrong;
+  } entries[] = {
+      {"VE 1084", ValidateCachedConfig, " | /mtu", " | /serial", "", "", " | /mtu | /mtu | /extra"},
+      {"VE 1086", ValidateVitalConfig, " | /mtu", "", " | /state", "", " | /mtu | /mtu | /extra"},
+      {"VE 1087", ValidateUserConfig, "", " | /serial", " | /state", " | /ports/0",
+       " | /mtu | /extra"},
+      {"VE 1088", ValidatePartialConfig, "", " | /serial", " | /state", " | /ports/0",
+       " | /mtu | /extra"},
+      {"VE 1089", ValidateSet, "", "", "", " | /ports/0", " | /mtu | /extra"},
+      {"VE 1090", ValidateUpdate, "", "", "", "", " | /mtu | /extra"},
+  };
+  for (const auto& entry : entries) {
+    const auto findings = [&](const char* key, const char* json) {
+      const ObjectHandle object = Object(key, json);
+      const std::string raised = Raised([&] { entry.validate(TypeOf(object), object); });
+      EXPECT_EQ(raised.substr(0, 7), raised == "nothing" ? "nothing" : entry.code);
+      return raised.substr(std::min(raised.find(" | "), raised.size()));
+    };
+    EXPECT_EQ(findings("switch", R"({"name":"s","mtu":1})"), entry.user) << entry.code;
+    EXPECT_EQ(findings("switch", R"({"name":"s","serial":"x"})"), entry.vital) << entry.code;
+    EXPECT_EQ(findings("switch", R"({"name":"s","state":{"up":true}})"), entry.cached)
+        << entry.code;
+    const char* unnamed = entry.validate == ValidateCachedConfig  ? R"({"state":{"up":true}})"
+                          : entry.validate == ValidateVitalConfig ? R"({"serial":"x"})"
+                                                                  : R"({"ports":[{"vlan":1}]})";
+    EXPECT_EQ(findings("switch", unnamed), entry.unnamed) << entry.code;
+    EXPECT_EQ(findings("switch", R"({"name":"s","mtu":"x","extra":1})"), entry.wrong) << entry.code;
+    // What is required is asked for where objects are whole, and of the user's part.
+    EXPECT_EQ(findings("plain", R"({"port":1})") == " | /",
+              entry.validate == ValidateUserConfig || entry.validate == ValidateSet)
+        << entry.code;
+  }
+}
+
+TEST_F(Validation, CollectsQuietlyByTheTypesOwnRules) {
+  const auto collect = [](const SchemaHandle& schema, const ObjectHandle& object) {
+    std::vector<ErrorInfo> errors;
+    ValidateCSO(schema, object, errors);
+    return errors;
+  };
+  const ObjectHandle plain = Object("plain", R"({"name":"a"})");
+  EXPECT_EQ(collect(nullptr, plain).at(0).error, "No schema is installed for /tarn/test/plain.");
+  EXPECT_EQ(collect(FindSchema(switch_), plain).at(0).error,
+            "The object needs an instance id: /tarn/test/plain");
+  EXPECT_EQ(collect(TypeOf(plain), Object("switch", "{}")).at(0).error,
+            "The object cannot have an instance id: /tarn/test/switch");
+  const auto fields = [&](const char* key, const char* json) {
+    return Fields(store_->Validate(Object(key, json)));
+  };
+  EXPECT_EQ(fields("plain", R"({"port":0,"tags":[1,2]})"), "/ /port /tags/0 /tags/1 ");
+  EXPECT_EQ(fields("vital", "{}"), "") << "nothing is required of what is vital as a whole";
+  EXPECT_EQ(fields("cached", R"({"x":"y"})"), "/x ");
+  EXPECT_TRUE(store_->Validate(nullptr).empty());
+  EXPECT_EQ(log_.Count("3 Validate : comp tarn grp test key plain, context: 1"), 1);
+  const auto logged = [&] {
+    return std::count_if(log_.Lines().begin(), log_.Lines().end(), [](const std::string& line) {
+      return line.rfind("0 [1083] Validation: /", 0) == 0;
+    });
+  };
+  EXPECT_EQ(logged(), 0);
+  EXPECT_EQ(Raised([&] { ValidateSet(TypeOf(plain), Object("plain", R"({"tags":[1]})")); }),
+            "VE 1089 The object to be set does not fit its type. | / | /tags/0");
+  EXPECT_EQ(logged(), 2) << "what is raised is logged, once";
+  Json::Document malformed;
+  malformed.Parse(R"([{"field":"/x"}])");
+  std::vector<ErrorInfo> errors;
+  EXPECT_EQ(Raised([&] { ConvertFindings(malformed, errors, true); }).substr(0, 8), "CSE 1082");
+}
+
+TEST_F(Validation, ActionsThatWriteNoDataNeedNone) {
+  std::vector<ErrorInfo> errors;
+  const ObjectHandle wrong = Object("plain", R"({"port":0})");
+  EXPECT_TRUE(validateObject(wrong, ACTION_DELETE, errors, ""));
+  EXPECT_TRUE(validateObject(wrong, ACTION_RESET, errors, ""));
+  EXPECT_FALSE(validateObject(wrong, ACTION_UPDATE, errors, ""));
+  EXPECT_EQ(Fields(errors), "/ /port ");
+  EXPECT_EQ(log_.Count("0 validate completed with errors"), 1);
+  EXPECT_EQ(log_.Count("2 validate completed successfully"), 2);
+  RemoveType("tarn", "test", "plain", true);
+  errors.clear();
+  EXPECT_FALSE(validateObject(wrong, ACTION_RESET, errors, ""));
+  EXPECT_EQ(errors.at(0).field + ": " + errors.at(0).error, "tarn/plain: Schema not found.");
+}
+
+TEST_F(Validation, WholeDocumentsAreCheckedTypeByType) {
+  const std::pair<const char*, const char*> cases[] = {
+      {R"({"tarn":{"test":{"plain":{"name":"a"},"linked":{"a":1},
+           "switch":[{"name":"a","mtu":1},{"name":"b","rules":[{"allow":"x"}]}]}}})",
+       ""},
+      {R"({"tarn":{"test":{"linked":{"a":10}}}})", "/tarn/test/linked/a "},
+      {R"({"tarn":{"test":{"linked":[{"a":1},{"a":10}]}}})", "/tarn/test/linked/1/a "},
+      {R"({"tarn":{"test":{"switch":[{"name":"a","serial":"x"},{"name":"a","mtu":"x"},{"mtu":1}]}}})",
+       "/tarn/test/switch/1/name /tarn/test/switch/1/mtu /tarn/test/switch/2 "},
+      {R"({"tarn":{"test":{"such":{}},"no":1},"other":{"x":{"y":{}}}})",
+       "/tarn/test/such /tarn/no /other/x/y "},
+      {"[]", "/ "},
+  };
+  for (const auto& [json, expected] : cases) {
+    const auto document = CreateDocumentFromString(json);
+    std::vector<ErrorInfo> errors;
+    EXPECT_EQ(ValidateImportDocument(*document, errors), *expected == '\0') << json;
+    EXPECT_EQ(Fields(errors), expected) << json;
+  }
+  std::vector<ErrorInfo> errors;
+  const ObjectHandle object = Object("plain", R"({"tarn":{"test":{"switch":[
+    {"name":"a","serial":"x"},{"name":"b","rules":[{"allow":"x"}]}]}}})");
+  EXPECT_FALSE(ValidateDocument(object, errors)) << "user configuration holds nothing vital";
+  EXPECT_EQ(Fields(errors), "/tarn/test/switch/0/serial ");
+  EXPECT_NE(Internal::Access::Of(*object).GetSerializedData().find("cs_generated_id"),
+            std::string::npos);
+  const auto schema =
+      CreateDocumentFromString(R"({"properties":{"a":{"readOnly":true},"b":{}},"required":["b"]})");
+  EXPECT_EQ(Raised([&] {
+              ValidateApplyFile(*CreateDocumentFromString(R"({"a":1})")->GetJsonValuePtr(),
+                                *schema->GetJsonValuePtr());
+            }),
+            "VE 1091 The file to be applied does not fit its types. | / | /a");
+}
+
+}  // namespace
+}  // namespace TarnConfigStore
