@@ -1,11 +1,5 @@
-#include "platform/db_testing.h"
-
 #include "db/database.h"
-#include "support/temporary_host.h"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
 #include <sys/stat.h>
 
 namespace {

@@ -2,7 +2,13 @@
 #pragma once
 
 #include "platform/db_store.h"
+#include "platform/db_testing.h"
 #include "platform/store_error.h"
+
+#include "support/child_process.h"
+#include "support/temporary_host.h"
+
+#include <gtest/gtest.h>
 
 #include <string>
 #include <string_view>
@@ -48,5 +54,14 @@ inline std::string ReadKey(const DBStore::ConnectionHandle& connection, const st
   const int status = DBStore::ReadKeyValue(key, &value, connection);
   return status == 0 ? value : "failed with " + std::to_string(status);
 }
+
+/// A host, and a connection to its store.
+class DatabaseTest : public testing::Test {
+ protected:
+  ~DatabaseTest() override { DBStore::testing::SetHook(nullptr); }
+
+  TemporaryHost host_;
+  DBStore::ConnectionHandle connection_ = Connect();
+};
 
 }  // namespace TestSupport

@@ -1,14 +1,9 @@
 #include "platform/host_setup.h"
 
 #include "db/database.h"
-#include "support/child_process.h"
-#include "support/temporary_host.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <signal.h>
 #include <sys/stat.h>
 #include <thread>

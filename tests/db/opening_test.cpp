@@ -1,14 +1,9 @@
 // What is told about a store that cannot be opened or written.
 #include "db/database.h"
-#include "support/child_process.h"
-#include "support/temporary_host.h"
 
-#include <gtest/gtest.h>
 #include <sqlite3.h>
 
 #include <chrono>
-#include <filesystem>
-#include <fstream>
 #include <sys/stat.h>
 
 namespace {
@@ -40,40 +35,34 @@ class Opening : public testing::Test {
     std::ofstream(store_) << content;
   }
 
-  // "kind: what the message must say" of a failed connection, otherwise "opened".
+  // Whether the last failure is of a kind, about the store, and says this.
+  static bool Told(ErrorKind kind, const std::string& reason) {
+    const DBStore::LastError error = DBStore::GetLastError();
+    DBStore::ClearLastError();
+    const bool told = error.kind == kind && error.code != 0 &&
+                      error.message.rfind(HostPaths::kStore, 0) == 0 &&
+                      error.message.find(reason) != std::string::npos;
+    if (!told) {
+      std::fprintf(stderr, "kind %d: %s\n", static_cast<int>(error.kind), error.message.c_str());
+    }
+    return told;
+  }
   static bool Refuses(ErrorKind kind, const std::string& reason) {
     DBStore::ClearLastError();
-    const bool opened = Connect() != nullptr;
-    const DBStore::LastError& error = DBStore::GetLastError();
-    const bool asExpected = !opened && error.kind == kind && error.code != 0 &&
-                            error.message.rfind(HostPaths::kStore, 0) == 0 &&
-                            error.message.find(reason) != std::string::npos;
-    if (!asExpected) {
-      std::fprintf(stderr, "opened %d, kind %d: %s\n", opened, static_cast<int>(error.kind),
-                   error.message.c_str());
-    }
-    return asExpected;
+    return Connect() == nullptr && Told(kind, reason);
   }
   static bool RefusesWriting(const std::string& reason) {
     const auto start = std::chrono::steady_clock::now();
     const auto connection = Connect();
-    const bool readable = ReadKey(connection, "key") == "value";
-    const auto told = [&reason] {
-      const DBStore::LastError& error = DBStore::GetLastError();
-      const bool right = error.kind == ErrorKind::PERMISSION &&
-                         error.message.rfind(HostPaths::kStore, 0) == 0 &&
-                         error.message.find(reason) != std::string::npos;
-      if (!right) {
-        std::fprintf(stderr, "kind %d: %s\n", static_cast<int>(error.kind), error.message.c_str());
-      }
-      DBStore::ClearLastError();
-      return right;
-    };
-    const bool write = DBStore::WriteKeyValue("key", "new", connection) == 8 && told();
-    const bool begin = DBStore::BeginTransaction(connection) == 8 && told();
-    const bool execute = Execute(connection, "DELETE FROM KeyValue") == 1 && told();
-    return readable && write && begin && execute &&
+    const auto told = [&reason] { return Told(ErrorKind::PERMISSION, reason); };
+    return ReadKey(connection, "key") == "value" &&
+           DBStore::WriteKeyValue("key", "new", connection) == 8 && told() &&
+           DBStore::BeginTransaction(connection) == 8 && told() &&
+           Execute(connection, "DELETE FROM KeyValue") == 1 && told() &&
            std::chrono::steady_clock::now() - start < std::chrono::seconds(1);
+  }
+  static void ExpectOfPlainUser(const std::function<bool()>& check) {
+    EXPECT_EQ(AsPlainUser([&check] { return check() ? 0 : 1; }), 0);
   }
 
   TemporaryHost host_;
@@ -126,12 +115,9 @@ TEST_F(Opening, TellsANewerLayoutFromAnUnfinishedOne) {
   EXPECT_TRUE(Refuses(ErrorKind::CORRUPT, "layout version 0"));
 }
 
-TEST_F(Opening, RestoresTheJournalModeThatSomebodyChanged) {
+TEST_F(Opening, RestoresTheJournalModeAndFollowsALinkToTheDirectory) {
   RunOutside("PRAGMA journal_mode=DELETE");
   EXPECT_EQ(Query(Connect(), "PRAGMA journal_mode"), "wal");
-}
-
-TEST_F(Opening, FollowsALinkToTheDirectory) {
   fs::rename(directory_, host_.Root() + "/elsewhere");
   fs::create_symlink(host_.Root() + "/elsewhere", directory_);
   EXPECT_EQ(DBStore::WriteKeyValue("key", "value", Connect()), 0);
@@ -139,14 +125,9 @@ TEST_F(Opening, FollowsALinkToTheDirectory) {
 
 TEST_F(Opening, TellsWhichRightToReadIsMissing) {
   Permit(store_, 0);
-  EXPECT_EQ(AsPlainUser([] {
-              return Refuses(ErrorKind::PERMISSION, "lacks the right to read it") ? 0 : 1;
-            }),
-            0);
+  ExpectOfPlainUser([] { return Refuses(ErrorKind::PERMISSION, "lacks the right to read it"); });
   Permit(directory_, 0);
-  EXPECT_EQ(AsPlainUser(
-                [] { return Refuses(ErrorKind::PERMISSION, "lacks the right to search") ? 0 : 1; }),
-            0);
+  ExpectOfPlainUser([] { return Refuses(ErrorKind::PERMISSION, "lacks the right to search"); });
   Permit(directory_, 0755);
 }
 
@@ -154,16 +135,11 @@ TEST_F(Opening, AUserWhoMayOnlyReadReadsAndFailsAtOnceToWrite) {
   ASSERT_EQ(DBStore::WriteKeyValue("key", "value", Connect()), 0);
   PermitStore(0444);
   Permit(directory_, 0555);
-  EXPECT_EQ(AsPlainUser([] { return RefusesWriting("lacks the right to write it") ? 0 : 1; }), 0);
-  Permit(directory_, 0755);
-}
-
-TEST_F(Opening, OneWhoMayWriteNeedsNoRightOnTheDirectory) {
+  ExpectOfPlainUser([] { return RefusesWriting("lacks the right to write it"); });
   PermitStore(0666);
-  Permit(directory_, 0555);
-  EXPECT_EQ(AsPlainUser([] { return DBStore::WriteKeyValue("key", "value", Connect()); }), 0);
+  ExpectOfPlainUser([] { return DBStore::WriteKeyValue("key", "new", Connect()) == 0; });
+  EXPECT_EQ(ReadKey(Connect(), "key"), "new") << "writing takes no right on the directory";
   Permit(directory_, 0755);
-  EXPECT_EQ(ReadKey(Connect(), "key"), "value");
 }
 
 TEST_F(Opening, TellsReadersThatTheLogIsGoneAndWhoMendsIt) {
@@ -171,12 +147,9 @@ TEST_F(Opening, TellsReadersThatTheLogIsGoneAndWhoMendsIt) {
   fs::remove(store_ + "-wal");
   fs::remove(store_ + "-shm");
   Permit(directory_, 0555);
-  EXPECT_EQ(AsPlainUser([] {
-              return Refuses(ErrorKind::PERMISSION, "before a user who may write it has opened it")
-                         ? 0
-                         : 1;
-            }),
-            0);
+  ExpectOfPlainUser([] {
+    return Refuses(ErrorKind::PERMISSION, "before a user who may write it has opened it");
+  });
   Permit(directory_, 0755);
 }
 

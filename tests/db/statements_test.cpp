@@ -1,14 +1,7 @@
-#include "platform/db_testing.h"
-
 #include "db/database.h"
-#include "support/temporary_host.h"
-
-#include <gtest/gtest.h>
 
 #include <atomic>
-#include <stdexcept>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -18,37 +11,11 @@ using DBStore::NullableSV;
 using DBStore::internal::Bind;
 using DBStore::internal::Prepare;
 using DBStore::testing::GetCounters;
-using DBStore::testing::Operation;
 
 constexpr int kLimit = DBStore::kWaitLimit;
 constexpr const char* kThreeRows = "SELECT 1 UNION SELECT 2 UNION SELECT 3";
 
-class Statements : public testing::Test {
- protected:
-  ~Statements() override { DBStore::testing::SetHook(nullptr); }
-
-  TemporaryHost host_;
-  DBStore::ConnectionHandle connection_ = Connect();
-};
-
-TEST_F(Statements, AreOpenedAndPreparedOnceHoweverOftenTheyAreUsed) {
-  const auto use = [](const std::string& key) {
-    const auto connection = Connect();
-    EXPECT_EQ(DBStore::BeginTransaction(connection), 0);
-    EXPECT_EQ(DBStore::WriteKeyValue(key, "value", connection), 0);
-    EXPECT_EQ(DBStore::CommitTransaction(connection), 0);
-    EXPECT_EQ(ReadKey(connection, key), "value");
-    EXPECT_EQ(Query(connection, std::string("SELECT count(*) > 0 FROM KeyValue")), "1");
-  };
-  connection_.reset();
-  use("first");
-  const auto before = GetCounters();
-  for (int i = 0; i < 1000; ++i) {
-    use("key" + std::to_string(i % 7));
-  }
-  EXPECT_EQ(GetCounters().opens, before.opens);
-  EXPECT_EQ(GetCounters().prepares, before.prepares);
-}
+class Statements : public DatabaseTest {};
 
 TEST_F(Statements, OfOneTextGoToOneUserAtATime) {
   auto first = Prepare(connection_, kThreeRows, kLimit);
@@ -93,25 +60,25 @@ TEST_F(Statements, ComeBackWithoutBindingsAndKeepTheirConnectionFromOthers) {
 }
 
 TEST_F(Statements, BindIntegersTextsAndNull) {
-  const auto statement =
-      Prepare(connection_, "SELECT typeof(?), typeof(?), typeof(?), typeof(?), ?", kLimit);
+  const auto statement = Prepare(
+      connection_,
+      "SELECT typeof(?) || ' ' || typeof(?) || ' ' || typeof(?) || ' ' || typeof(?) || ?", kLimit);
   int index = 1;
   ASSERT_EQ(Bind(connection_, statement, index, 7), 0);
   ASSERT_EQ(Bind(connection_, statement, index, std::string_view(), false), 0);
   ASSERT_EQ(Bind(connection_, statement, index, NullableSV()), 0);
   ASSERT_EQ(Bind(connection_, statement, index, NullableSV(std::string_view())), 0);
-  ASSERT_EQ(Bind(connection_, statement, index, NullableSV(std::string_view("x"))), 0);
+  ASSERT_EQ(Bind(connection_, statement, index, NullableSV(std::string_view("!"))), 0);
   EXPECT_EQ(index, 6);
   EXPECT_NE(Bind(connection_, statement, index, 7), 0);
   EXPECT_EQ(index, 6);
-
-  std::vector<std::string> row;
-  const auto collect = [](void* context, int columns, char** values, char**) {
-    static_cast<std::vector<std::string>*>(context)->assign(values, values + columns);
+  std::string row;
+  const auto take = [](void* context, int, char** values, char**) {
+    *static_cast<std::string*>(context) = values[0];
     return 0;
   };
-  ASSERT_EQ(ExecuteStmt(connection_, statement, collect, &row, kLimit), 0);
-  EXPECT_EQ(row, (std::vector<std::string>{"integer", "text", "null", "text", "x"}));
+  ASSERT_EQ(ExecuteStmt(connection_, statement, take, &row, kLimit), 0);
+  EXPECT_EQ(row, "integer text null text!");
 }
 
 TEST_F(Statements, GiveNamesAndValuesOfManyColumns) {
@@ -178,29 +145,6 @@ TEST_F(Statements, OfThreadsThatShareAConnectionDoNotMix) {
     thread.join();
   }
   EXPECT_EQ(wrong, 0);
-}
-
-TEST_F(Statements, AnswerWhatAHookSays) {
-  std::vector<std::string> asked;
-  Operation refused = Operation::EXECUTE;
-  DBStore::testing::SetHook([&](Operation operation, std::string_view detail) {
-    asked.emplace_back(detail);
-    return operation == refused ? 5 : 0;
-  });
-  EXPECT_EQ(Execute(connection_, "DELETE FROM KeyValue"), 5);
-  EXPECT_EQ(asked, (std::vector<std::string>{"DELETE FROM KeyValue", "DELETE FROM KeyValue"}));
-  EXPECT_EQ(DBStore::GetLastError().kind, DBStore::ErrorKind::BUSY);
-  refused = Operation::PREPARE;
-  EXPECT_FALSE(Prepare(connection_, kThreeRows, kLimit));
-  refused = Operation::GET_CONNECTION;
-  EXPECT_FALSE(Connect());
-  refused = Operation::WRITE_KEY_VALUE;
-  EXPECT_EQ(DBStore::WriteKeyValue("k", "v", connection_), 5);
-  EXPECT_EQ(ReadKey(connection_, "k"), "");
-  refused = Operation::COMMIT;
-  EXPECT_EQ(DBStore::BeginTransaction(connection_), 0);
-  EXPECT_EQ(DBStore::CommitTransaction(connection_), 5);
-  EXPECT_EQ(DBStore::CancelTransaction(connection_), 0);
 }
 
 }  // namespace

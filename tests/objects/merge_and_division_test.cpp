@@ -26,7 +26,8 @@ constexpr const char* kManyWaysType = R"({
     "note": { "type": ["string", "null"] },
     "serial": { "type": ["integer", "null"], "vital": true },
     "ports": { "type": "array", "items": { "$ref": "#port" } },
-    "rules": { "type": "array", "items": { "$ref": "#/definitions/rule", "generatedInstanceId": true } },
+    "rules": { "type": "array", "items": { "type": "object", "generatedInstanceId": true,
+      "properties": { "allow": { "type": "string" }, "hits": { "type": "integer", "cached": true } } } },
     "ids": { "type": "array", "items": { "$ref": "#/definitions/named" } },
     "seen": { "type": "array", "cached": true, "items": { "$ref": "#/definitions/named" } },
     "tuple": { "type": "array", "vital": true, "items": [ { "type": "integer" }, {} ] },
@@ -41,8 +42,6 @@ constexpr const char* kManyWaysType = R"({
       "additionalProperties": {}, "x-admits": ["more"] } },
     "definitions": {
       "named": { "type": "object", "properties": { "id": { "type": "string", "instanceId": true } } },
-      "rule": { "type": "object", "properties": { "allow": { "type": "string" },
-        "hits": { "type": "integer", "cached": true } } },
       "port": { "$id": "#port", "type": "object", "properties": {
         "id": { "type": "string", "instanceId": true },
         "vlan": { "type": ["integer", "null"] },
@@ -132,6 +131,7 @@ class Generator {
  public:
   std::string Make(Json::SchemaPlace type) {
     used_.clear();
+    elements_ = 12;
     return Object(type, "s");
   }
   unsigned long Seed() const { return random_.Seed(); }
@@ -178,7 +178,8 @@ class Generator {
     }
     if (kind == "array") {
       std::string json;
-      for (unsigned long i = random_.Below(4); i > 0; --i) {
+      for (unsigned long i = random_.Below(4); i > 0 && elements_ > 0; --i) {
+        --elements_;
         json += (json.empty() ? "" : ",") + Value(place.Items(), std::to_string(i));
       }
       return "[" + json + "]";
@@ -189,6 +190,7 @@ class Generator {
 
   TestSupport::Random random_;
   std::map<std::string, bool> used_;
+  int elements_ = 0;  // that may yet be made
 };
 
 void DropNullMembers(Json::Value& value) {
@@ -218,7 +220,9 @@ TEST_F(MergeAndDivision, MergingThePartsGivesBackTheObjectAndValidationKnowsEach
   const auto type = FindSchema(id);
   const auto takes = [&](const RuleSet& rules, const std::string& json) {
     std::vector<ErrorInfo> errors;
-    return ValidateObjectData(type, Object(id, json), rules, errors, true);
+    ValidateObjectData(type, Object(id, json), rules, errors, true);
+    for (auto& e : errors) if(getenv("SHOW")) std::cout << e.field << ": " << e.error << "\n";
+    return errors.empty();
   };
   int wholes = 0;
   for (int round = 0; round < TestSupport::Rounds(5000); ++round) {

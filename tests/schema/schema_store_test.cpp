@@ -6,25 +6,20 @@
 
 #include "schema/file_stamp.h"
 #include "schema/keep_type.h"
+#include "support/child_process.h"
 #include "support/temporary_host.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
-#include <vector>
 
 namespace TarnSchemaStore {
 namespace {
 
+using TestSupport::InChild;
 using TestSupport::KeepType;
 using TestSupport::TemporaryHost;
 
@@ -70,18 +65,10 @@ TEST(SchemaStore, AbsentTypeIsRememberedUntilItIsInstalled) {
   EXPECT_EQ(VersionOf("later"), "1.0");
 }
 
-TEST(SchemaStore, NamesAreNotRunTogether) {
-  const TemporaryHost host;
-  KeepType("ab", kAnySchema);
-  const auto store = SchemaStore::GetStore(false);
-  EXPECT_EQ(store->GetSchemaObject("tarn", "testa", "b"), nullptr);
-  EXPECT_NE(store->GetSchemaObject("tarn", "test", "ab"), nullptr);
-}
-
 // Many changes in a row, faster than the file system's clock ticks and of one size.
 TEST(SchemaStore, EveryChangeIsSeenAtTheNextLook) {
   const TemporaryHost host;
-  for (int version = 100; version < 200; ++version) {
+  for (int version = 100; version < 150; ++version) {
     KeepType("busy", kAnySchema, std::to_string(version));
     ASSERT_EQ(VersionOf("busy"), std::to_string(version));
   }
@@ -112,29 +99,16 @@ TEST(SchemaStore, ObjectsHandedOutOutliveAChange) {
   EXPECT_NE(old->GetPropertyValueSchema("a"), nullptr);
 }
 
-// What another process does to the schema store.
-void InAnotherProcess(const std::function<void()>& action) {
-  const pid_t child = fork();
-  if (child == 0) {
-    action();
-    _exit(0);
-  }
-  int status = -1;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  ASSERT_EQ(status, 0);
-}
-
 TEST(SchemaStore, ChangeByAnotherProcessIsSeen) {
   const TemporaryHost host;
   KeepType("one", kAnySchema, "1.0");
   LetTheFileSettle();
   EXPECT_EQ(VersionOf("one"), "1.0");
-  InAnotherProcess([] {
-    KeepType("one", kAnySchema, "2.0");
-    if (VersionOf("one") != "2.0") {
-      _exit(1);  // its own change is seen at once
-    }
-  });
+  EXPECT_EQ(InChild([] {
+              KeepType("one", kAnySchema, "2.0");
+              return VersionOf("one") == "2.0" ? 0 : 1;  // its own change is seen at once
+            }),
+            0);
   std::this_thread::sleep_for(std::chrono::milliseconds(20));  // some ticks of the clock
   EXPECT_EQ(VersionOf("one"), "2.0");
 }
@@ -147,13 +121,16 @@ TEST(SchemaStore, ATypeThatAnotherProcessInstalledIsNeverSaidToBeMissing) {
     const std::string key = "later" + std::to_string(i);
     EXPECT_EQ(VersionOf("one"), "1.0");
     EXPECT_EQ(VersionOf(key), "none");
-    InAnotherProcess([&key] { KeepType(key, kAnySchema); });
+    InChild([&key] {
+      KeepType(key, kAnySchema);
+      return 0;
+    });
     EXPECT_EQ(VersionOf(key), "1.0");
   }
 }
 
 // A restored backup can have the same generation and size.
-TEST(SchemaStore, ReplacedFileIsSeen) {
+TEST(SchemaStore, ReplacedFilesAndOtherRootsAreSeen) {
   const TemporaryHost host;
   const std::string path = host.Path(HostPaths::kSchemaStore);
   KeepType("one", kAnySchema, "1.0");
@@ -162,12 +139,6 @@ TEST(SchemaStore, ReplacedFileIsSeen) {
   LetTheFileSettle();
   EXPECT_EQ(VersionOf("one"), "2.0");
   std::filesystem::rename(path + ".backup", path);
-  EXPECT_EQ(VersionOf("one"), "1.0");
-}
-
-TEST(SchemaStore, AnotherRootIsAnotherStore) {
-  const TemporaryHost host;
-  KeepType("one", kAnySchema, "1.0");
   EXPECT_EQ(VersionOf("one"), "1.0");
   {
     const TemporaryHost other;
@@ -184,8 +155,7 @@ TEST(SchemaStore, MissingOrBrokenStoreNeverLooksEmpty) {
 
   const auto expectFailure = [](DBStore::ErrorKind kind) {
     DBStore::ClearLastError();
-    const auto store = SchemaStore::GetStore(false);
-    EXPECT_THROW(store->GetSchemaObject("tarn", "test", "one"), std::runtime_error);
+    EXPECT_THROW(Get("one"), std::runtime_error);
     EXPECT_EQ(DBStore::GetLastError().kind, kind);
     EXPECT_THROW(SchemaStore::GetCache()->GetTypes(), std::runtime_error);
   };
@@ -197,12 +167,16 @@ TEST(SchemaStore, MissingOrBrokenStoreNeverLooksEmpty) {
   EXPECT_EQ(VersionOf("one"), "1.0");
 }
 
-TEST(SchemaStore, TypesAreListedByName) {
+TEST(SchemaStore, NamesAreListedInOrderAndNotRunTogether) {
   const TemporaryHost host;
   KeepType("two", kAnySchema);
   KeepType("one", kAnySchema);
-  const std::vector<TypeName> expected = {{"tarn", "test", "one"}, {"tarn", "test", "two"}};
+  KeepType("ab", kAnySchema);
+  const std::vector<TypeName> expected = {
+      {"tarn", "test", "ab"}, {"tarn", "test", "one"}, {"tarn", "test", "two"}};
   EXPECT_EQ(SchemaStore::GetCache()->GetTypes(), expected);
+  EXPECT_EQ(SchemaStore::GetCache()->GetSchemaObject("tarn", "testa", "b"), nullptr);
+  EXPECT_NE(Get("ab"), nullptr);
 }
 
 TEST(SchemaStore, ThreadsShareOneObjectWhileTypesChange) {
@@ -254,14 +228,11 @@ TEST(SchemaStore, ChildOfABusyProcessCanReadTypes) {
     }
   });
   for (int i = 0; i < 20; ++i) {
-    const pid_t child = fork();
-    if (child == 0) {
-      alarm(20);
-      _exit(VersionOf("one") == "1.0" ? 0 : 1);
-    }
-    int status = -1;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    ASSERT_EQ(status, 0);
+    ASSERT_EQ(InChild([] {
+                alarm(20);
+                return VersionOf("one") == "1.0" ? 0 : 1;
+              }),
+              0);
   }
   stop = true;
   reader.join();
@@ -277,13 +248,10 @@ TEST(FileWatch, DropsNobodysLocksAndTellsOfReplacedFiles) {
   lock.l_type = F_WRLCK;
   ASSERT_EQ(fcntl(file, F_SETLK, &lock), 0);
   { const FileWatch gone(path); }
-  const pid_t child = fork();
-  if (child == 0) {
-    _exit(fcntl(file, F_GETLK, &lock) == 0 && lock.l_type == F_WRLCK ? 0 : 1);
-  }
-  int status = -1;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(status, 0) << "the lock is gone";
+  EXPECT_EQ(
+      InChild([&] { return fcntl(file, F_GETLK, &lock) == 0 && lock.l_type == F_WRLCK ? 0 : 1; }),
+      0)
+      << "the lock is gone";
   close(file);
 
   const FileWatch watch(path);

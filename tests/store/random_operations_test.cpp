@@ -1,33 +1,89 @@
 // The store beside a plain map: both are driven with the same random operations, and hold the same
 // after each.
+#include "objects/config_store_object_impl.h"
+#include "support/random.h"
+#include "support/sanitized.h"
 #include "support/store_fixture.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
-#include <iostream>
 #include <map>
 #include <optional>
-#include <random>
-#include <sstream>
+#include <set>
 
 namespace TarnConfigStore {
 namespace {
 
-constexpr int kOperations = 10000;
-
+// A member's letter tells its part: "v" is vital, "c" cached, anything else the user's. The elements
+// of a list are reached by name; objects whose properties are of one part admit others.
 constexpr const char* kType = R"({
   "component": "tarn", "group": "test", "key": "model", "version": "1.0",
   "schema": { "type": "object", "properties": {
     "id": { "type": "string", "instanceId": true },
-    "u1": { "type": "integer" }, "u2": { "type": "integer" },
+    "u1": { "type": "integer" }, "u2": { "type": "integer" }, "null": { "type": "null" },
     "v1": { "type": "integer", "vital": true }, "v2": { "type": "integer", "vital": true },
-    "c1": { "type": "integer", "cached": true }, "c2": { "type": "integer", "cached": true } } }
+    "c1": { "type": "integer", "cached": true }, "c2": { "type": "integer", "cached": true },
+    "ports": { "type": "array", "items": { "$ref": "#port" } },
+    "ids": { "type": "array", "items": { "type": "object", "properties": {
+      "id": { "type": "string", "instanceId": true } } } },
+    "vitals": { "type": "object", "properties": { "v": { "type": "integer", "vital": true } },
+      "additionalProperties": { "type": "integer" } },
+    "caches": { "type": "object", "properties": { "c": { "type": "integer", "cached": true } },
+      "patternProperties": { "^x": {} } },
+    "either": { "type": "object", "properties": { "v": { "type": "integer", "vital": true } },
+      "anyOf": [ { "properties": { "x": {} } }, { "required": ["v"] } ] } },
+    "definitions": { "port": { "$id": "#port", "type": "object", "properties": {
+      "id": { "type": "string", "instanceId": true }, "u": { "type": "integer" },
+      "v": { "type": "integer", "vital": true }, "c": { "type": "integer", "cached": true } } } } }
 })";
 
+// What is in an object, by path: "u1", "vitals/v", "ports/a" for an element and "ports/a/u" in it.
 using Members = std::map<std::string, int>;
 
+constexpr const char* kLeaves[] = {"u1",        "u2",        "v1",        "v2",        "c1",
+                                   "c2",        "vitals/v",  "vitals/x",  "caches/c",  "caches/x",
+                                   "either/v",  "either/x",  "ports/a/u", "ports/a/v", "ports/a/c",
+                                   "ports/b/u", "ports/b/v", "ports/b/c"};
+
 enum Layer { AUTOMATIC, CACHED, VITAL, USER, LAYERS };
+
+Layer OwnLayer(USERDATA_CONTEXT context) {
+  return context == EXTERNAL ? USER : AUTOMATIC;
+}
+
+char LetterOf(const std::string& path) {
+  const char letter = path[path.rfind('/') + 1];
+  return letter == 'v' || letter == 'c' ? letter : 'u';
+}
+
+bool IsPort(const std::string& path) {
+  return path.rfind("ports/", 0) == 0 && path.size() == 7;
+}
+
+// A list goes with all its elements to each part that gets anything of one; an element of nothing
+// but its id is the user's.
+std::map<Layer, Members> Divide(const Members& members, USERDATA_CONTEXT context) {
+  std::map<Layer, Members> parts;
+  std::set<Layer> withPorts;
+  for (auto member = members.begin(); member != members.end(); ++member) {
+    const auto& [path, value] = *member;
+    const char letter = LetterOf(path);
+    const Layer layer = letter == 'v' ? VITAL : letter == 'c' ? CACHED : OwnLayer(context);
+    const bool isBare = IsPort(path) && (std::next(member) == members.end() ||
+                                         std::next(member)->first.rfind(path, 0) != 0);
+    if (!IsPort(path)) {
+      parts[layer][path] = value;
+    }
+    if (isBare || (path.rfind("ports/", 0) == 0 && !IsPort(path))) {
+      withPorts.insert(isBare ? OwnLayer(context) : layer);
+    }
+  }
+  for (const Layer layer : withPorts) {
+    std::copy_if(members.begin(), members.end(), std::inserter(parts[layer], parts[layer].end()),
+                 [](const auto& member) { return IsPort(member.first); });
+  }
+  return parts;
+}
 
 struct Row {
   std::array<std::optional<Members>, LAYERS> layers;
@@ -37,150 +93,142 @@ struct Row {
     std::optional<Members> merged;
     for (const auto& layer : layers) {
       if (layer) {
-        merged = merged.value_or(Members());
-        for (const auto& [name, value] : *layer) {
-          (*merged)[name] = value;
-        }
+        Members over = *layer;
+        over.merge(merged.value_or(Members()));
+        merged = over;
       }
     }
     return merged;
   }
 };
 
-using Model = std::map<std::string, Row>;
 using Instances = std::map<std::string, Members>;
 
-Layer LayerOf(const std::string& member, USERDATA_CONTEXT context) {
-  switch (member[0]) {
-    case 'v':
-      return VITAL;
-    case 'c':
-      return CACHED;
-    default:
-      return context == EXTERNAL ? USER : AUTOMATIC;
-  }
-}
-
-std::map<Layer, Members> Divide(const Members& members, USERDATA_CONTEXT context) {
-  std::map<Layer, Members> parts;
-  for (const auto& [name, value] : members) {
-    parts[LayerOf(name, context)][name] = value;
-  }
-  return parts;
-}
-
-void ModelSet(Model& model, const std::string& id, const Members& members,
-              USERDATA_CONTEXT context) {
-  if (members.empty()) {
-    return;
-  }
-  Row& row = model[id];
-  row.layers = {};
-  for (const auto& [layer, part] : Divide(members, context)) {
-    row.layers[layer] = part;
-  }
-  ++row.revision;
-}
-
-void ModelUpdate(Model& model, const std::string& id, const Members& members,
-                 USERDATA_CONTEXT context) {
-  if (members.empty()) {
-    return;
-  }
-  Row& row = model[id];
-  for (const auto& [layer, part] : Divide(members, context)) {
-    Members merged = part;
-    if (row.layers[layer]) {
-      merged.insert(row.layers[layer]->begin(), row.layers[layer]->end());
+class Model : public std::map<std::string, Row> {
+ public:
+  void Set(const std::string& id, const Members& members, USERDATA_CONTEXT context,
+           bool keepsTheRest = false) {
+    if (members.empty()) {
+      return;
     }
-    row.layers[layer] = merged;
+    Row& row = (*this)[id];
+    row.layers = keepsTheRest ? row.layers : decltype(row.layers)();
+    for (auto& [layer, part] : Divide(members, context)) {
+      Members merged = part;
+      merged.merge(row.layers[layer].value_or(Members()));
+      row.layers[layer] = merged;
+    }
+    ++row.revision;
   }
-  ++row.revision;
-}
-
-// Vital and cached values may be nothing but an instance id.
-bool Written(Layer layer, const Members& members) {
-  return layer == VITAL || layer == CACHED || !members.empty();
-}
-
-void ModelSetLayer(Model& model, const std::string& id, const Members& members, Layer layer) {
-  if (Written(layer, members)) {
-    model[id].layers[layer] = members;
-    ++model[id].revision;
-  }
-}
-
-void ModelSetLayers(Model& model, const Instances& instances, Layer layer) {
-  const auto written = [layer](const auto& each) { return Written(layer, each.second); };
-  if (std::none_of(instances.begin(), instances.end(), written)) {
-    return;
-  }
-  for (auto& [id, row] : model) {
-    row.layers[layer].reset();
-  }
-  for (const auto& [id, members] : instances) {
-    ModelSetLayer(model, id, members, layer);
-  }
-}
-
-void ModelSetAll(Model& model, const Instances& instances, USERDATA_CONTEXT context) {
-  Model replaced;
-  for (const auto& [id, members] : instances) {
-    ModelSet(replaced, id, members, context);
-    if (replaced.count(id) != 0 && model.count(id) != 0) {
-      replaced[id].revision += model[id].revision;
+  void SetLayer(const std::string& id, const Members& members, Layer layer) {
+    if (IsWritten(layer, members)) {
+      (*this)[id].layers[layer] = members;
+      ++(*this)[id].revision;
     }
   }
-  if (!replaced.empty()) {
-    model = replaced;
+  void SetLayers(const Instances& instances, Layer layer) {
+    if (std::none_of(instances.begin(), instances.end(),
+                     [layer](const auto& each) { return IsWritten(layer, each.second); })) {
+      return;
+    }
+    for (auto& [id, row] : *this) {
+      row.layers[layer].reset();
+    }
+    for (const auto& [id, members] : instances) {
+      SetLayer(id, members, layer);
+    }
   }
-}
+  void SetAll(const Instances& instances, USERDATA_CONTEXT context) {
+    Model replaced;
+    for (const auto& [id, members] : instances) {
+      replaced.Set(id, members, context);
+    }
+    if (!replaced.empty()) {
+      for (auto& [id, row] : replaced) {
+        row.revision += count(id) != 0 ? at(id).revision : 0;
+      }
+      *this = replaced;
+    }
+  }
+  void Delete(const std::string& id, const Members& conditions) {
+    std::erase_if(*this, [&](const auto& entry) {
+      const Members merged = entry.second.Merged().value_or(Members());
+      return (id.empty() || id == entry.first) &&
+             std::includes(merged.begin(), merged.end(), conditions.begin(), conditions.end()) &&
+             (conditions.empty() || entry.second.Merged());
+    });
+  }
+
+ private:
+  // Vital and cached values may be nothing but an instance id.
+  static bool IsWritten(Layer layer, const Members& members) {
+    return layer == VITAL || layer == CACHED || !members.empty();
+  }
+};
 
 class RandomOperations : public TestSupport::StoreFixture {
  protected:
-  RandomOperations() {
-    InstallType(host_, kType);
-    const char* asked = std::getenv("TARN_TEST_SEED");
-    seed_ = asked == nullptr ? std::random_device()() : std::strtoul(asked, nullptr, 10);
-    random_.seed(seed_);
-    std::cout << "seed " << seed_ << " (TARN_TEST_SEED repeats it)" << std::endl;
-  }
+  RandomOperations() { InstallType(host_, kType); }
 
-  unsigned long Below(unsigned long limit) { return random_() % limit; }
-  std::string AnyId() { return std::string(1, static_cast<char>('a' + Below(6))); }
-  USERDATA_CONTEXT AnyContext() { return Below(2) == 0 ? EXTERNAL : AUTO_CONFIG; }
-  // Some of the members whose names start with one of the letters.
+  std::string AnyId() { return std::string(1, static_cast<char>('a' + random_.Below(6))); }
+  // Some of the members of these parts.
   Members AnyMembers(const std::string& letters) {
     Members members;
-    for (const char letter : letters) {
-      for (const char digit : {'1', '2'}) {
-        if (Below(3) == 0) {
-          members[{letter, digit}] = static_cast<int>(Below(3));
+    for (const std::string path : kLeaves) {
+      if (letters.find(LetterOf(path)) != std::string::npos && random_.OneIn(4)) {
+        members[path] = static_cast<int>(random_.Below(3));
+        if (path.size() == 9) {
+          members[path.substr(0, 7)] = 0;
         }
       }
+    }
+    const bool mayBeIdsAlone = letters[0] == 'u';
+    if (random_.OneIn(3) &&
+        (mayBeIdsAlone || members.lower_bound("ports") != members.lower_bound("q"))) {
+      members["ports/c"] = 0;
+    }
+    if (random_.OneIn(3) && mayBeIdsAlone) {
+      members[random_.OneIn(2) ? "ids/x" : "ids/y"] = 0;
     }
     return members;
   }
   Instances AnyInstances(const std::string& letters) {
     Instances instances;
-    for (unsigned long i = Below(4) + 1; i > 0; --i) {
+    for (unsigned long i = random_.Below(4) + 1; i > 0; --i) {
       instances[AnyId()] = AnyMembers(letters);
     }
     return instances;
   }
 
-  static ConfigStoreObjectId Id(const std::string& instance) {
-    return {"model", "test", "tarn", instance};
+  static Id ModelId(const std::string& instance) { return {"model", "test", "tarn", instance}; }
+  // The object, or the one within it, in which a path ends.
+  static ObjectHandle At(const ObjectHandle& object, const std::string& path) {
+    const std::size_t slash = path.find('/');
+    if (slash == std::string::npos) {
+      return object;
+    }
+    const std::string name = path.substr(0, slash);
+    const bool isList = name == "ports" || name == "ids";
+    const SubObjectId id(name, isList ? path.substr(slash + 1, 1) : "");
+    const auto there = object->GetSubObject(id);
+    return there ? there : object->CreateSubObject(id);
   }
-  static ObjectHandle MakeObject(const std::string& id, const Members& members) {
-    auto object = std::make_shared<ConfigStoreObject>(Id(id));
-    for (const auto& [name, value] : members) {
-      object->SetValue(name.c_str(), value);
+  ObjectHandle MakeObject(const std::string& id, const Members& members) {
+    auto object = std::make_shared<ConfigStoreObject>(ModelId(id));
+    for (const auto& [path, value] : members) {
+      const auto at = At(object, path);
+      if (!IsPort(path) && path.rfind("ids", 0) != 0) {
+        at->SetValue(path.substr(path.rfind('/') + 1).c_str(), value);
+      }
+      if (path == "u1" && random_.OneIn(2)) {
+        const Json::Value null;
+        object->GetImplementation()->SetValueEx("null", &null);
+      }
     }
     return object;
   }
-  static std::vector<ObjectHandle> MakeObjects(const Instances& instances) {
-    std::vector<ObjectHandle> objects;
+  Objects MakeObjects(const Instances& instances) {
+    Objects objects;
     for (const auto& [id, members] : instances) {
       objects.push_back(MakeObject(id, members));
     }
@@ -190,92 +238,77 @@ class RandomOperations : public TestSupport::StoreFixture {
   // One operation on both.
   void Step() {
     const std::string id = AnyId();
-    const USERDATA_CONTEXT context = AnyContext();
-    const Layer own = context == EXTERNAL ? USER : AUTOMATIC;
-    switch (Below(16)) {
+    const USERDATA_CONTEXT context = random_.OneIn(2) ? EXTERNAL : AUTO_CONFIG;
+    const bool vital = random_.OneIn(2);
+    const Layer part = vital ? VITAL : CACHED;
+    switch (random_.Below(16)) {
       case 0:
       case 1: {
         const Members members = AnyMembers("uvc");
         store_->Set(MakeObject(id, members), context);
-        return ModelSet(model_, id, members, context);
+        return model_.Set(id, members, context);
       }
       case 2:
       case 3:
       case 4: {
         const Members members = AnyMembers("uvc");
         store_->Update(MakeObject(id, members), context);
-        return ModelUpdate(model_, id, members, context);
+        return model_.Set(id, members, context, true);
       }
       case 5: {
         const Members members = AnyMembers("u");
         store_->SetUserData(MakeObject(id, members), context);
-        return ModelSetLayer(model_, id, members, own);
+        return model_.SetLayer(id, members, OwnLayer(context));
       }
-      case 6: {
-        const Members members = AnyMembers("v");
-        store_->SetVitalData(MakeObject(id, members));
-        return ModelSetLayer(model_, id, members, VITAL);
-      }
+      case 6:
       case 7: {
-        const Members members = AnyMembers("c");
-        store_->SetCachedData(MakeObject(id, members));
-        return ModelSetLayer(model_, id, members, CACHED);
+        const Members members = AnyMembers(vital ? "v" : "c");
+        const auto object = MakeObject(id, members);
+        vital ? store_->SetVitalData(object) : store_->SetCachedData(object);
+        return model_.SetLayer(id, members, part);
       }
       case 8: {
         const Instances instances = AnyInstances("uvc");
         store_->SetInstances(MakeObjects(instances), context);
-        return ModelSetAll(model_, instances, context);
+        return model_.SetAll(instances, context);
       }
       case 9: {
         const Instances instances = AnyInstances("u");
         store_->SetUserDataInstances(MakeObjects(instances), context);
-        return ModelSetLayers(model_, instances, own);
+        return model_.SetLayers(instances, OwnLayer(context));
       }
       case 10: {
-        const bool vital = Below(2) == 0;
         const Instances instances = AnyInstances(vital ? "v" : "c");
-        vital ? store_->SetVitalDataInstances(MakeObjects(instances))
-              : store_->SetCachedDataInstances(MakeObjects(instances));
-        return ModelSetLayers(model_, instances, vital ? VITAL : CACHED);
+        const Objects objects = MakeObjects(instances);
+        vital ? store_->SetVitalDataInstances(objects) : store_->SetCachedDataInstances(objects);
+        return model_.SetLayers(instances, part);
       }
       case 11:
-        store_->Delete(Id(id));
+        store_->Delete(ModelId(id));
         model_.erase(id);
         return;
       case 12: {
-        const Members conditions = AnyMembers("uc");
-        auto filter = std::make_shared<FilterSpecObject>(Id(Below(2) == 0 ? id : ""));
+        Members conditions = AnyMembers("uc");
+        std::erase_if(conditions, [](const auto& each) { return each.first.size() > 2; });
+        const auto filter = Filter(ModelId(random_.OneIn(2) ? id : ""));
         for (const auto& [name, value] : conditions) {
           filter->SetValue(name.c_str(), value);
         }
         store_->DeleteInstances(filter);
-        return ModelDelete(filter->GetConfigStoreObjectId().instanceId, conditions);
+        return model_.Delete(filter->GetConfigStoreObjectId().instanceId, conditions);
       }
       default:
         return ChangeTransaction();
     }
   }
 
-  void ModelDelete(const std::string& id, const Members& conditions) {
-    for (auto row = model_.begin(); row != model_.end();) {
-      const std::optional<Members> merged = row->second.Merged();
-      const bool meets =
-          conditions.empty() ||
-          (merged && std::all_of(conditions.begin(), conditions.end(), [&](const auto& condition) {
-             const auto found = merged->find(condition.first);
-             return found != merged->end() && found->second == condition.second;
-           }));
-      row = meets && (id.empty() || id == row->first) ? model_.erase(row) : std::next(row);
-    }
-  }
-
   // Begins a level, or ends the innermost.
   void ChangeTransaction() {
-    if (saved_.size() < 3 && Below(3) != 0) {
+    if (saved_.size() < 3 && !random_.OneIn(3)) {
       ASSERT_EQ(store_->BeginTransaction(), 0);
       saved_.push_back(model_);
     } else if (!saved_.empty()) {
-      if (Below(2) == 0) {
+      if (random_.OneIn(2)) {
         store_->CommitTransaction();
       } else {
         ASSERT_EQ(store_->CancelTransaction(), 0);
@@ -285,58 +318,64 @@ class RandomOperations : public TestSupport::StoreFixture {
     }
   }
 
-  static std::string Line(const std::string& id, const Members& members) {
-    std::ostringstream line;
-    line << id;
-    for (const auto& [name, value] : members) {
-      line << ' ' << name << '=' << value;
-    }
-    return line.str() + "\n";
-  }
   // What a caller can see of either, a line for each object and each revision.
+  static std::string Line(const std::string& id, const Members& members) {
+    std::string line = id;
+    for (const auto& [path, value] : members) {
+      line += " " + path + "=" + std::to_string(value);
+    }
+    return line + "\n";
+  }
   std::string Expected() const {
     std::string text;
+    std::string revisions;
     for (const auto& [id, row] : model_) {
-      if (const auto merged = row.Merged()) {
-        text += Line(id, *merged);
+      const auto merged = row.Merged();
+      text += merged ? Line(id, *merged) : "";
+      revisions += id + "#" + std::to_string(row.revision) + " ";
+    }
+    return text + revisions;
+  }
+  static void AddMembers(const Json::Value& object, const std::string& around, Members& members) {
+    for (const auto& [name, value] : object.GetObject()) {
+      const std::string path = around + name.GetString();
+      if (value.IsInt()) {
+        members[path] = value.GetInt();
+      } else if (value.IsObject()) {
+        AddMembers(value, path + "/", members);
+      } else if (value.IsArray()) {
+        for (const Json::Value& element : value.GetArray()) {
+          const std::string at = path + "/" + element["id"].GetString();
+          EXPECT_TRUE(members.emplace(at, 0).second) << at << " is there twice";
+          AddMembers(element, at + "/", members);
+        }
       }
     }
-    for (const auto& [id, row] : model_) {
-      text += id + "#" + std::to_string(row.revision) + " ";
-    }
-    return text;
   }
   std::string Seen() {
     std::string text;
-    for (const auto& object : store_->GetInstances(std::make_shared<FilterSpecObject>(Id("")))) {
+    for (const auto& object : store_->GetInstances(Filter(ModelId("")))) {
       Members members;
-      for (const char* name : {"u1", "u2", "v1", "v2", "c1", "c2"}) {
-        int value = 0;
-        if (object->GetValue(name, &value) != 0) {
-          members[name] = value;
-        }
-      }
+      AddMembers(object->GetImplementation()->GetRoot(), "", members);
       text += Line(object->GetConfigStoreObjectId().instanceId, members);
-      const auto alone = store_->Get(object->GetConfigStoreObjectId());
-      EXPECT_EQ(alone ? alone->GetData() : "nothing", object->GetData());
+      EXPECT_EQ(Data(store_->Get(object->GetConfigStoreObjectId())), object->GetData());
     }
-    for (const auto& [id, revision] : store_->GetInstancesRevision(Id(""))) {
+    for (const auto& [id, revision] : store_->GetInstancesRevision(ModelId(""))) {
       text += id + "#" + std::to_string(revision) + " ";
     }
     return text;
   }
 
-  unsigned long seed_ = 0;
-  std::mt19937_64 random_;
+  TestSupport::Random random_;
   Model model_;
   std::vector<Model> saved_;
 };
 
 TEST_F(RandomOperations, LeaveTheStoreAsTheyLeaveAMap) {
   CSLogger::SetLevel(0);
-  for (int i = 0; i < kOperations; ++i) {
+  for (int i = 0; i < TestSupport::Rounds(10000); ++i) {
     Step();
-    ASSERT_EQ(Seen(), Expected()) << "after operation " << i << " with seed " << seed_;
+    ASSERT_EQ(Seen(), Expected()) << "after operation " << i << " with seed " << random_.Seed();
   }
 }
 
