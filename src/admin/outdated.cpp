@@ -3,7 +3,7 @@
 #include "platform/type_files.h"
 
 #include "admin/stored_rows.h"
-#include "admin/type_store_failures.h"
+#include "errors/platform_failures.h"
 
 #include <map>
 #include <string>

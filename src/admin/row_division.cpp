@@ -3,7 +3,7 @@
 #include "admin/row_views.h"
 #include "errors/raise.h"
 #include "objects/access.h"
-#include "objects/generated_ids.h"
+#include "objects/division.h"
 
 #include <array>
 #include <utility>

@@ -4,7 +4,7 @@
 
 #include "admin/stored_rows.h"
 #include "admin/type_reports.h"
-#include "admin/type_store_failures.h"
+#include "errors/platform_failures.h"
 #include "errors/raise.h"
 #include "persistence/connection.h"
 #include "store/under_transaction.h"

@@ -19,7 +19,8 @@ namespace {
 
 void AddFinding(ErrorInfo finding, std::vector<ErrorInfo>& errors, bool quiet) {
   if (!quiet) {
-    CSLogger::LogErrCode(0, CS_VALIDATION_FINDING, finding.field.c_str(), finding.error.c_str());
+    CSLogger::LogErrCode(CSLogger::kFailure, CS_VALIDATION_FINDING, finding.field.c_str(),
+                         finding.error.c_str());
   }
   errors.push_back(std::move(finding));
 }

@@ -3,6 +3,8 @@
 #include "platform/json_validator.h"
 #include "platform/made_once.h"
 
+#include "json/type_schema_view.h"
+
 #include <array>
 #include <utility>
 

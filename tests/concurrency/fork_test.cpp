@@ -5,6 +5,8 @@
 #include "platform/json_validator.h"
 #include "platform/store_error.h"
 
+#include "json/type_schema_view.h"
+#include "json_schema/registration.h"
 #include "support/child_process.h"
 #include "support/store_fixture.h"
 

@@ -57,7 +57,7 @@ TEST_F(QueryPlans, EveryStatementWalksTheKeysIndexUnlessItAsksForEverything) {
   Expect("SEARCH DesiredUserConfig" + instance, UNSTAGE_INSTANCE, READ_STAGED_INSTANCE,
          LIST_STAGED[4]);
   Expect("SEARCH DesiredUserConfig" + type + ")", UNSTAGE_TYPE, READ_STAGED_INSTANCES,
-         LIST_STAGED[3]);
+         READ_STAGED_OF_TYPE, LIST_STAGED[3]);
   Expect("SEARCH DesiredUserConfig" + group + ")", LIST_STAGED[2]);
   Expect("SEARCH DesiredUserConfig" + component + ")", LIST_STAGED[1]);
   Expect("SCAN DesiredUserConfig", READ_STAGED, LIST_STAGED[0]);

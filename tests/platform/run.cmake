@@ -32,7 +32,6 @@ run_tests(tests/store/store_test
   Store.ALostStoreIsAnErrorAndNeverAnEmptyOne
   NextBoot.AReadOnlyStoreIsReadAndRefusesAtOnce
   # The memory of one process is no other's.
-  Transactions.ProcessesWriteAtOnceWithoutLosingAny
   ApplyingKilled.LeavesAllOrNothing)
 run_tests(tests/platform_test
   # As above: it keeps neither connections nor statements for the next user,

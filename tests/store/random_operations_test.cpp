@@ -1,6 +1,6 @@
 // The store beside a plain map: both are driven with the same random operations, and hold the same
 // after each.
-#include "objects/config_store_object_impl.h"
+#include "objects/access.h"
 #include "support/random.h"
 #include "support/sanitized.h"
 #include "support/store_fixture.h"
@@ -222,7 +222,7 @@ class RandomOperations : public TestSupport::StoreFixture {
       }
       if (path == "u1" && random_.OneIn(2)) {
         const Json::Value null;
-        object->GetImplementation()->SetValueEx("null", &null);
+        Internal::Access::Of(*object).SetValueEx("null", &null);
       }
     }
     return object;
@@ -356,7 +356,7 @@ class RandomOperations : public TestSupport::StoreFixture {
     std::string text;
     for (const auto& object : store_->GetInstances(Filter(ModelId("")))) {
       Members members;
-      AddMembers(object->GetImplementation()->GetRoot(), "", members);
+      AddMembers(Internal::Access::Of(*object).GetRoot(), "", members);
       text += Line(object->GetConfigStoreObjectId().instanceId, members);
       EXPECT_EQ(Data(store_->Get(object->GetConfigStoreObjectId())), object->GetData());
     }

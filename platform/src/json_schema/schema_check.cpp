@@ -2,7 +2,6 @@
 
 #include "json/type_schema_view.h"
 #include "json_schema/compiled_schema.h"
-#include "json_schema/schema_faults.h"
 #include "json_schema/soundness_check.h"
 #include "json_schema/validation_findings.h"
 
