@@ -139,32 +139,39 @@ void Apply(const Given& given, const Output& output) {
   }
 }
 
+void JudgeObject(const ConfigStoreObjectId& id, bool isAccepted) {
+  if (TarnConfigStore::ListStored(id).empty()) {
+    RaiseNotStored(id);
+  }
+  TarnConfigStore::SetBootStatus(id, isAccepted);
+}
+
+void JudgeAll(const std::vector<StoredObject>& concerned, bool isAccepted) {
+  ConfigStoreObjectId judged("", "", "");
+  for (const StoredObject& object : concerned) {  // sorted: the instances of a type in a row
+    const ConfigStoreObjectId type(object.id.key, object.id.group, object.id.component);
+    if (type != judged) {
+      TarnConfigStore::SetBootStatus(type, isAccepted);
+      judged = type;
+    }
+  }
+}
+
 // What the host made of the values that waited for its boot: they become the user's, or are dropped.
 // Rows that an upgrade left to be confirmed are confirmed by the former, and stay as they are by the
 // latter.
 void Judge(const Given& given, bool isAccepted) {
-  ConfigStoreObjectId concerned = ParsePrefixIfGiven("");
-  if (!given.Has(kAll)) {
-    concerned = ParseObject(given.Text(kObject));
-    if (TarnConfigStore::ListStored(concerned).empty()) {
-      RaiseNotStored(concerned);
-    }
-  }
-  const auto objects = ListConcerned(concerned, isAccepted);
-  if (!given.Has(kAll)) {
-    TarnConfigStore::SetBootStatus(concerned, isAccepted);
+  const bool isWhole = given.Has(kAll);
+  const ConfigStoreObjectId id =
+      isWhole ? ParsePrefixIfGiven("") : ParseObject(given.Text(kObject));
+  const auto concerned = ListConcerned(id, isAccepted);
+  if (isWhole) {
+    JudgeAll(concerned, isAccepted);
   } else {
-    ConfigStoreObjectId judged("", "", "");
-    for (const StoredObject& object : objects) {  // sorted: the instances of a type in a row
-      const ConfigStoreObjectId type(object.id.key, object.id.group, object.id.component);
-      if (type != judged) {
-        TarnConfigStore::SetBootStatus(type, isAccepted);
-        judged = type;
-      }
-    }
+    JudgeObject(id, isAccepted);
   }
-  std::fprintf(stderr, "tarnctl: %zu %s%s %s\n", objects.size(),
-               isAccepted ? "object" : "pending value", objects.size() == 1 ? "" : "s",
+  std::fprintf(stderr, "tarnctl: %zu %s%s %s\n", concerned.size(),
+               isAccepted ? "object" : "pending value", concerned.size() == 1 ? "" : "s",
                isAccepted ? "accepted" : "dropped");
 }
 
