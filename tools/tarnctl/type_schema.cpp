@@ -58,8 +58,6 @@ std::optional<Applies> AppliesUnder(std::string_view keyword) {
 struct TypeSchema::Part {
   const Json::Value* schema;
   Applies applies;
-
-  friend auto operator<=>(const Part&, const Part&) = default;
 };
 
 TypeSchema::TypeSchema(const TarnConfigStore::ConfigStoreObjectId& type)
@@ -70,10 +68,10 @@ TypeSchema::TypeSchema(const TarnConfigStore::ConfigStoreObjectId& type)
 
 std::vector<TypeSchema::Part> TypeSchema::PartsOf(Schema schema) const {
   std::vector<Part> parts;
-  std::set<Part> seen;
+  std::set<std::pair<const Json::Value*, Applies>> seen;
   const auto add = [&](const auto& self, const Json::Value& part, Applies applies) -> void {
     const Part found{&Resolve(part), applies};
-    if (!seen.insert(found).second) {
+    if (!seen.emplace(found.schema, found.applies).second) {
       return;
     }
     parts.push_back(found);
