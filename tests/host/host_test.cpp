@@ -9,10 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-
 namespace {
 
 using TarnConfigStore::JsonDoc;
@@ -115,12 +111,11 @@ TEST(UpgradeContext, IsWhatTheFileSays) {
   const TemporaryHost host;
   EXPECT_EQ(GetUpgradeCtx(), 0);
   EXPECT_TRUE(log.Lines().empty());
-  const std::filesystem::path file = host.Path(HostPaths::kUpgradeContext);
-  std::filesystem::create_directories(file.parent_path());
+  const std::string file = host.Path(HostPaths::kUpgradeContext);
   const std::pair<const char*, int> cases[] = {
       {"2", 2}, {" 3\n", 3}, {"", 0}, {"2x", 0}, {"-1", -1}};
   for (const auto& [content, expected] : cases) {
-    std::ofstream(file, std::ios::trunc) << content;
+    TestSupport::WriteFile(file, content);
     EXPECT_EQ(GetUpgradeCtx(), expected) << content;
   }
   EXPECT_EQ(log.Lines().size(), 2U) << "each text that is no number is logged";

@@ -98,12 +98,12 @@ TEST(HostileSchemas, AreOneFindingOnTheRoot) {
 
 TEST(HostileSchemas, LongChainsOfReferencesAreRefusedBeforeTheyOverflow) {
   std::string definitions;
-  for (int i = 0; i < 20000; ++i) {
+  for (int i = 0; i < 3000; ++i) {
     definitions += "\"d" + std::to_string(i) + "\":{\"allOf\":[{\"$ref\":\"#/definitions/d" +
                    std::to_string(i + 1) + "\"}]},";
   }
   const std::string lines = FindingsOf(
-      R"({"$ref": "#/definitions/d0", "definitions": {)" + definitions + R"("d20000": true}})",
+      R"({"$ref": "#/definitions/d0", "definitions": {)" + definitions + R"("d3000": true}})",
       "1");
   EXPECT_NE(lines.find("too many schemas are nested in one another"), std::string::npos) << lines;
 }

@@ -33,98 +33,93 @@ struct Case {
   const char* findings;
 };
 
-class RulesTest : public testing::TestWithParam<Case> {};
-
-TEST_P(RulesTest, FindsExactlyThis) {
-  EXPECT_EQ(FindingsOf(kType, GetParam().object, GetParam().rules), GetParam().findings)
-      << GetParam().object;
+void Expect(const std::vector<Case>& cases) {
+  for (const Case& each : cases) {
+    EXPECT_EQ(FindingsOf(kType, each.object, each.rules), each.findings) << each.object;
+  }
 }
 
 constexpr const char* kComplete = R"({"name": "eth0", "mtu": 1500, "serial": "S1", "mac": "02::",
   "lease": {"server": "a"}, "link": {"speed": 1, "state": "up", "label": "x"},
   "routes": [{"id": "a", "via": "b", "metric": 1}], "free": {"any": [1]}})";
 
-INSTANTIATE_TEST_SUITE_P(
-    Declared, RulesTest,
-    testing::Values(
-        Case{kComplete, {0, 1, 7, 8}, ""},
-        Case{R"({"name": "a", "mtu": 99, "mut": 1, "x/y~": {"deep": 1}})",
-             {0},
-             "/mut: member \"mut\" is not known; known members: name, mtu, serial, mac, lease, "
-             "link, "
-             "routes, free\n"
-             "/x~1y~0: member \"x/y~\" is not known; known members: name, mtu, serial, mac, lease, "
-             "link, routes, free"},
-        Case{R"({"link": {"sped": 1}, "routes": [{"id": "a"}, {"id": "b", "vai": "c"}]})",
-             {0},
-             "/link/sped: member \"sped\" is not known; known members: speed, state, label\n"
-             "/routes/1/vai: member \"vai\" is not known; known members: id, via, metric"},
-        Case{R"({"mtu": 99, "free": {"a": 1, "b": 2, "a": 3}, "mtu": 98})",
-             {0},
-             "/free/a: member \"a\" is given twice\n"
-             "/mtu: member \"mtu\" is given twice"},
-        Case{R"({"unknown": 1, "mtu": 1, "mtu": "x"})", {2, 6, 10, 11, 13, 1000, -1}, ""}));
+TEST(Rules, MembersHaveToBeDeclaredAndGivenOnce) {
+  Expect({{kComplete, {0, 1, 7, 8}, ""},
+          {R"({"name": "a", "mtu": 99, "mut": 1, "x/y~": {"deep": 1}})",
+           {0},
+           "/mut: member \"mut\" is not known; known members: name, mtu, serial, mac, lease, "
+           "link, "
+           "routes, free\n"
+           "/x~1y~0: member \"x/y~\" is not known; known members: name, mtu, serial, mac, lease, "
+           "link, routes, free"},
+          {R"({"link": {"sped": 1}, "routes": [{"id": "a"}, {"id": "b", "vai": "c"}]})",
+           {0},
+           "/link/sped: member \"sped\" is not known; known members: speed, state, label\n"
+           "/routes/1/vai: member \"vai\" is not known; known members: id, via, metric"},
+          {R"({"mtu": 99, "free": {"a": 1, "b": 2, "a": 3}, "mtu": 98})",
+           {0},
+           "/free/a: member \"a\" is given twice\n"
+           "/mtu: member \"mtu\" is given twice"},
+          {R"({"unknown": 1, "mtu": 1, "mtu": "x"})", {2, 6, 10, 11, 13, 1000, -1}, ""}});
+}
 
-INSTANTIATE_TEST_SUITE_P(
-    RequiredAndAssertions, RulesTest,
-    testing::Values(Case{R"({"mtu": 1})",
-                         {0, 1, 8},
-                         "/: member \"name\" is required\n"
-                         "/mtu: 68 is the smallest value allowed, found 1"},
-                    Case{
-                        R"({"mtu": 1})", {0, 1}, "/mtu: 68 is the smallest value allowed, found 1"},
-                    Case{R"({"mtu": 1})", {8}, "/: member \"name\" is required"},
-                    Case{R"({"mtu": "x"})", {0}, ""}));
+TEST(Rules, WhatIsRequiredIsARuleOfItsOwn) {
+  Expect({{R"({"mtu": 1})",
+           {0, 1, 8},
+           "/: member \"name\" is required\n"
+           "/mtu: 68 is the smallest value allowed, found 1"},
+          {R"({"mtu": 1})", {0, 1}, "/mtu: 68 is the smallest value allowed, found 1"},
+          {R"({"mtu": 1})", {8}, "/: member \"name\" is required"},
+          {R"({"mtu": "x"})", {0}, ""}});
+}
 
-INSTANTIATE_TEST_SUITE_P(
-    Tags, RulesTest,
-    testing::Values(
-        Case{kComplete,
-             {3},
-             "/mac: vital configuration may not be given here\n"
-             "/lease: cached configuration may not be given here\n"
-             "/link/speed: vital configuration may not be given here\n"
-             "/link/state: cached configuration may not be given here\n"
-             "/routes/0/via: vital configuration may not be given here"},
-        Case{kComplete, {4}, "/serial: is read-only and may not be given"},
-        Case{kComplete,
-             {5},
-             "/mtu: only vital configuration may be given here\n"
-             "/serial: only vital configuration may be given here\n"
-             "/lease: only vital configuration may be given here\n"
-             "/link/state: only vital configuration may be given here\n"
-             "/link/label: only vital configuration may be given here\n"
-             "/routes/0/metric: only vital configuration may be given here\n"
-             "/free: only vital configuration may be given here"},
-        Case{R"({"name": "eth0", "lease": {"server": "a"}, "link": {"state": "up"}})", {9}, ""},
-        Case{R"({"name": "eth0", "mac": "02::", "routes": []})",
-             {9},
-             "/mac: only cached configuration may be given here\n"
-             "/routes: only cached configuration may be given here"},
-        // A member that nobody knows is said to be unknown, and nothing else.
-        Case{R"({"cash": 1})",
-             {0, 9},
-             "/cash: member \"cash\" is not known; known members: name, mtu, serial, mac, lease, "
-             "link, "
-             "routes, free"}));
+TEST(Rules, DataOfOtherPartsAreNamedWhereTheyStand) {
+  Expect({{kComplete,
+           {3},
+           "/mac: vital configuration may not be given here\n"
+           "/lease: cached configuration may not be given here\n"
+           "/link/speed: vital configuration may not be given here\n"
+           "/link/state: cached configuration may not be given here\n"
+           "/routes/0/via: vital configuration may not be given here"},
+          {kComplete, {4}, "/serial: is read-only and may not be given"},
+          {kComplete,
+           {5},
+           "/mtu: only vital configuration may be given here\n"
+           "/serial: only vital configuration may be given here\n"
+           "/lease: only vital configuration may be given here\n"
+           "/link/state: only vital configuration may be given here\n"
+           "/link/label: only vital configuration may be given here\n"
+           "/routes/0/metric: only vital configuration may be given here\n"
+           "/free: only vital configuration may be given here"},
+          {R"({"name": "eth0", "lease": {"server": "a"}, "link": {"state": "up"}})", {9}, ""},
+          {R"({"name": "eth0", "mac": "02::", "routes": []})",
+           {9},
+           "/mac: only cached configuration may be given here\n"
+           "/routes: only cached configuration may be given here"},
+          // A member that nobody knows is said to be unknown, and nothing else.
+          {R"({"cash": 1})",
+           {0, 9},
+           "/cash: member \"cash\" is not known; known members: name, mtu, serial, mac, lease, "
+           "link, "
+           "routes, free"}});
+}
 
-INSTANTIATE_TEST_SUITE_P(
-    InstanceIds, RulesTest,
-    testing::Values(
-        Case{R"({})", {7}, ""},
-        Case{R"({"mtu": 99, "routes": [{}, {"metric": 1}, {"id": ""}, {"id": 5}]})",
-             {1, 7},
-             "/: member \"name\" is required\n"
-             "/routes/1: member \"id\" is required\n"
-             "/routes/2/id: the instance id may not be empty\n"
-             "/routes/3/id: expected a text, found 5"},
-        Case{
-            R"({"name": "n", "routes": [{"id": "b"}, {"id": "a"}, {"metric": 1, "id": "b"}, {"id": "b"}]})",
-            {7},
-            "/routes/2/id: the instance id \"b\" is taken by element 0\n"
-            "/routes/3/id: the instance id \"b\" is taken by element 0"},
-        // "required" and the rule about instance ids say the same, once.
-        Case{R"({"mtu": 99})", {1, 7, 8}, "/: member \"name\" is required"}));
+TEST(Rules, InstanceIdsAreGivenAndTakenOnce) {
+  Expect(
+      {{R"({})", {7}, ""},
+       {R"({"mtu": 99, "routes": [{}, {"metric": 1}, {"id": ""}, {"id": 5}]})",
+        {1, 7},
+        "/: member \"name\" is required\n"
+        "/routes/1: member \"id\" is required\n"
+        "/routes/2/id: the instance id may not be empty\n"
+        "/routes/3/id: expected a text, found 5"},
+       {R"({"name": "n", "routes": [{"id": "b"}, {"id": "a"}, {"metric": 1, "id": "b"}, {"id": "b"}]})",
+        {7},
+        "/routes/2/id: the instance id \"b\" is taken by element 0\n"
+        "/routes/3/id: the instance id \"b\" is taken by element 0"},
+       // "required" and the rule about instance ids say the same, once.
+       {R"({"mtu": 99})", {1, 7, 8}, "/: member \"name\" is required"}});
+}
 
 TEST(RulesOfWholeTypes, TheNearestTagGoverns) {
   constexpr std::string_view kVital = R"({"vital": true, "properties": {

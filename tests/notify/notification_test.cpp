@@ -9,15 +9,12 @@
 #include "notify/listener.h"
 #include "support/captured_log.h"
 #include "support/child_process.h"
-#include "support/temporary_host.h"
 #include "support/test_types.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
 #include <sys/stat.h>
 #include <thread>
 

@@ -3,31 +3,25 @@
 #include "tarnconfigstore/boot_state.h"
 #include "tarnconfigstore/next_boot_store.h"
 
-#include "support/store_fixture.h"
+#include "store/every_write.h"
 
 #include <gmock/gmock.h>
 
 namespace TarnConfigStore {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 
-class Identity : public TestSupport::StoreFixture {
+class Identity : public TestSupport::EveryWrite {
  protected:
   Identity() {
     InstallType(host_, TestSupport::Staged(TestSupport::kSwitchType, "staged"));
-    InstallType(host_, R"({"component":"tarn","group":"test","key":"demanding","version":"1",
-        "schema":{"type":"object","required":["serial","seen","name"],
-          "dependencies":{"name":["serial"]},"allOf":[{"required":["serial"]}],
-          "properties":{"name":{"type":"string"},"serial":{"type":"string","vital":true},
-            "seen":{"type":"integer","cached":true},"mtu":{"type":"integer"},
-            "mixed":{"type":"object","required":["v","u"],"properties":{
-              "v":{"type":"integer","vital":true},"u":{"type":"integer"}}}}}})");
+    nextBoot_ = store_->GetNextBootStore();
   }
-  static ConfigStoreObjectId StagedSwitch(const std::string& instance) {
-    return {"staged-switch", "test", "tarn", instance};
+  static ObjectHandle StagedSwitch(const std::string& instance, const char* json) {
+    return Object(Id("staged-switch", "test", "tarn", instance), json);
   }
-
   /// What a call raises, with the texts of the findings.
   static std::string Refused(const std::function<void()>& call) {
     try {
@@ -42,7 +36,7 @@ class Identity : public TestSupport::StoreFixture {
     return "nothing";
   }
 
-  ConfigStoreObjectId demanding_{"demanding", "test", "tarn"};
+  std::shared_ptr<NextBootStore> nextBoot_;
 };
 
 TEST_F(Identity, EveryWriteRefusesIdsThatNoRowMayHave) {
@@ -51,66 +45,58 @@ TEST_F(Identity, EveryWriteRefusesIdsThatNoRowMayHave) {
       {"a\0b"s, "a\\x00b"},       {"a\nb", "a\\nb"}, {"\x7f", "\\x7f"},
       {"\xc2\x85", "\\xc2\\x85"}, {"\xff", "\\xff"}, {std::string(256, 'x'), "xxx"}};
   for (const auto& [id, shown] : ids) {
-    const ObjectHandle object = Object(Switch(id), R"({"mtu":1})");
-    const std::function<void()> writes[] = {
-        [&] { store_->Set(object, EXTERNAL); },
-        [&] { store_->SetUserData(object, AUTO_CONFIG); },
-        [&] { store_->SetVitalData(object); },
-        [&] { store_->SetCachedData(object); },
-        [&] { store_->Update(object, EXTERNAL); },
-        [&] { store_->SetInstances({object}, EXTERNAL); },
-        [&] { store_->SetVitalDataInstances({object}); },
-        [&] { store_->GetNextBootStore()->Set(Object(StagedSwitch(id), R"({"mtu":1})")); },
-        [&] { store_->GetNextBootStore()->SetInstances({Object(StagedSwitch(id), "{}")}); }};
-    for (const auto& write : writes) {
-      const std::string raised = Refused(write);
-      EXPECT_THAT(raised, HasSubstr("2000 An instance id is a text of 1 to 255 bytes"));
-      EXPECT_THAT(raised, HasSubstr(shown));
+    const auto staged = StagedSwitch(id, R"({"mtu":1})");
+    std::vector<std::string> refusals = {Refused([&] { nextBoot_->Set(staged); }),
+                                         Refused([&] { nextBoot_->SetInstances({staged}); })};
+    for (const auto* writes : {&ofUser_, &ofParts_}) {
+      for (const NamedWrite& each : *writes) {
+        refusals.push_back(
+            Refused([&, &name = id] { each.write(Object(Switch(name), R"({"mtu":1})")); }));
+      }
+    }
+    for (const std::string& refused : refusals) {
+      EXPECT_THAT(refused, AllOf(HasSubstr("2000 An instance id is a text of 1 to 255 bytes"),
+                                 HasSubstr(shown)));
     }
   }
   EXPECT_EQ(database_.Rows(), "");
   store_->Set(Object(Switch(std::string(255, 'x')), R"({"mtu":1})"), EXTERNAL);
   store_->Set(Object(Switch("\xc3\xa4 /"), R"({"mtu":1})"), EXTERNAL);
   // Rows that older versions let in can be read and deleted.
-  database_.Run(
-      "INSERT INTO Config(Component, ConfigGroup, Name, Identifier, Version, UserValue) "
-      "VALUES('tarn', 'test', 'switch', 'a' || char(10), '1', '{\"mtu\":7}')");
-  EXPECT_EQ(store_->Get(Switch("a\n"))->GetData(), R"({"mtu":7})");
+  PutRow(Switch("a\n"), R"({"mtu":7})", "", "", "", "", 1);
+  EXPECT_EQ(Data(store_->Get(Switch("a\n"))), R"({"mtu":7})");
   store_->Delete(Switch("a\n"));
   EXPECT_EQ(store_->GetInstanceIds(Switch("")).size(), 2U);
 }
 
 TEST_F(Identity, DataHoldTheirIdAndNoOther) {
-  const auto wrong = [] { return Object(Switch("s1"), R"({"name":"s2","mtu":1})"); };
-  const auto staged = [] { return Object(StagedSwitch("s1"), R"({"name":"s2","mtu":1})"); };
-  const std::pair<const char*, std::function<void()>> writes[] = {
-      {"1089", [&] { store_->Set(wrong(), EXTERNAL); }},
-      {"1087", [&] { store_->SetUserData(wrong(), EXTERNAL); }},
-      {"1086",
-       [&] { store_->SetVitalData(Object(Switch("s1"), R"({"name":"s2","serial":"x"})")); }},
-      {"1090", [&] { store_->Update(wrong(), EXTERNAL); }},
-      {"1089", [&] { store_->SetInstances({wrong()}, EXTERNAL); }},
-      {"1088", [&] { SetPartialBootStatus(wrong()); }},
-      {"1089", [&] { store_->GetNextBootStore()->Set(staged()); }}};
-  for (const auto& [code, write] : writes) {
-    const std::string raised = Refused(write);
-    EXPECT_THAT(raised, HasSubstr(code));
-    EXPECT_THAT(raised, HasSubstr(R"(/name: expected "s1", found "s2")"));
+  const auto partial = [](const auto& o) { SetPartialBootStatus(o); };
+  std::vector<NamedWrite> writes = {{"SetPartialBootStatus", "1088", partial}};
+  for (const auto* some : {&ofUser_, &ofParts_}) {
+    writes.insert(writes.end(), some->begin(), some->end());
   }
+  const std::string other = R"(/name: expected "s1", found "s2")";
+  for (const NamedWrite& each : writes) {
+    const char* json = each.code == "1086"   ? R"({"name":"s2","serial":"x"})"
+                       : each.code == "1084" ? R"({"name":"s2","state":{"up":true}})"
+                                             : R"({"name":"s2","mtu":1})";
+    EXPECT_THAT(Refused([&] { each.write(Object(switch_, json)); }),
+                AllOf(HasSubstr(each.code), HasSubstr(other)));
+  }
+  EXPECT_THAT(Refused([&] { nextBoot_->Set(StagedSwitch("s1", R"({"name":"s2","mtu":1})")); }),
+              HasSubstr(other));
   // After the schema's own findings; none where the identifier itself is wrong.
-  const auto findings = store_->Validate(Object(Switch("s1"), R"({"name":"s2","mtu":"x"})"));
+  const auto findings = store_->Validate(Object(switch_, R"({"name":"s2","mtu":"x"})"));
   ASSERT_EQ(findings.size(), 2U);
-  EXPECT_EQ(findings[0].field, "/mtu");
-  EXPECT_EQ(findings[1].field, "/name");
+  EXPECT_EQ(findings[0].field + findings[1].field, "/mtu/name");
   EXPECT_EQ(store_->Validate(Object(Switch(""), R"({"name":"s2"})")).size(), 1U);
-  EXPECT_TRUE(store_->Validate(Object(Switch("s1"), R"({"mtu":1})")).empty());
+  EXPECT_TRUE(store_->Validate(Object(switch_, R"({"mtu":1})")).empty());
   EXPECT_EQ(database_.Rows(), "");
 
-  store_->SetVitalData(Object(Switch("s1"), R"({"serial":"x"})"));
-  store_->SetCachedData(Object(Switch("s1"), R"({"state":{"up":true}})"));
-  store_->SetUserDataInstances({Object(Switch("s1"), R"({"mtu":2})")}, EXTERNAL);
+  store_->SetVitalData(Object(switch_, R"({"serial":"x"})"));
+  store_->SetCachedData(Object(switch_, R"({"state":{"up":true}})"));
+  store_->SetUserDataInstances({Object(switch_, R"({"mtu":2})")}, EXTERNAL);
   store_->Update(Object(Switch("s2"), R"({"name":null,"mtu":3})"), EXTERNAL);
-  store_->SetVitalData(Object(Switch("s3"), "{}"));
   EXPECT_EQ(database_.Rows(),
             R"(tarn/test/switch/s1 u={"mtu":2,"name":"s1"} d=- a=- v={"serial":"x","name":"s1"} )"
             R"(c={"state":{"up":true},"name":"s1"} ok=1 rev=3)"
@@ -119,32 +105,41 @@ TEST_F(Identity, DataHoldTheirIdAndNoOther) {
 }
 
 TEST_F(Identity, WhatIsRequiredOfAnotherPartIsThatPartsToHold) {
-  const auto write = [&](const char* json, auto method) {
-    return Refused([&] { method(Object(demanding_, json)); });
+  InstallType(host_, R"({"component":"tarn","group":"test","key":"demanding","version":"1",
+      "schema":{"type":"object","required":["serial","seen","name"],
+        "dependencies":{"name":["serial"]},"allOf":[{"required":["serial"]}],
+        "properties":{"name":{"type":"string"},"serial":{"type":"string","vital":true},
+          "seen":{"type":"integer","cached":true},"mtu":{"type":"integer"},
+          "mixed":{"type":"object","required":["v","u"],"properties":{
+            "v":{"type":"integer","vital":true},"u":{"type":"integer"}}}}}})");
+  const Id demanding("demanding", "test", "tarn");
+  const auto user = [&](const char* json) {
+    return Refused([&] { store_->SetUserData(Object(demanding, json), EXTERNAL); });
   };
-  const auto user = [&](const ObjectHandle& object) { store_->SetUserData(object, EXTERNAL); };
-  const auto update = [&](const ObjectHandle& object) { store_->Update(object, EXTERNAL); };
-  EXPECT_EQ(write(R"({"name":"n","mixed":{"u":1}})", user), "nothing");
-  EXPECT_THAT(write(R"({"mtu":1,"mixed":{}})", user), HasSubstr("member \"name\" is required"));
-  EXPECT_THAT(write(R"({"name":"n"})", [&](const auto& o) { store_->Set(o, EXTERNAL); }),
+  const auto update = [&](const char* json) {
+    return Refused([&] { store_->Update(Object(demanding, json), EXTERNAL); });
+  };
+  EXPECT_EQ(user(R"({"name":"n","mixed":{"u":1}})"), "nothing");
+  EXPECT_THAT(user(R"({"mtu":1,"mixed":{}})"), HasSubstr("member \"name\" is required"));
+  EXPECT_THAT(Refused([&] { Set(demanding, R"({"name":"n"})"); }),
               HasSubstr("member \"serial\" is required"));
-  EXPECT_EQ(write(R"({"mtu":2})", update), "nothing");
-  EXPECT_THAT(write(R"({"serial":"x"})", update), HasSubstr("/mixed: member \"v\" is required"))
+  EXPECT_EQ(update(R"({"mtu":2})"), "nothing");
+  EXPECT_THAT(update(R"({"serial":"x"})"), HasSubstr("/mixed: member \"v\" is required"))
       << "the vital part is written, and has to be whole then";
-  EXPECT_EQ(write(R"({"serial":"x","mixed":{"v":1}})", update), "nothing");
-  EXPECT_EQ(store_->Get(demanding_)->GetData(),
+  EXPECT_EQ(update(R"({"serial":"x","mixed":{"v":1}})"), "nothing");
+  EXPECT_EQ(Data(store_->Get(demanding)),
             R"({"serial":"x","mixed":{"v":1,"u":1},"name":"n","mtu":2})");
 }
 
 TEST_F(Identity, AnUpdateDuringAnUpgradeKeepsWhatItsReaderSees) {
-  Set(switch_, R"({"name":"s1","mtu":1,"serial":"x"})");
-  database_.Run(
-      R"(UPDATE Config SET DesiredValue = '{"name":"s1","mtu":2,"ports":[{"id":"p","vlan":1}]}')");
+  PutRow(switch_, R"({"name":"s1","mtu":1})",
+         R"({"name":"s1","mtu":2,"ports":[{"id":"p","vlan":1}]})", "",
+         R"({"name":"s1","serial":"x"})", "", 1);
   SetUpgradeContext("1");
   store_->Update(SwitchObject("s1", R"("ports":[{"id":"p","vlan":5}])"), EXTERNAL);
   EXPECT_EQ(database_.Rows(),
             R"(tarn/test/switch/s1 u={"name":"s1","mtu":2,"ports":[{"id":"p","vlan":5}]} d=- a=- )"
-            R"(v={"name":"s1","serial":"x"} c=- ok=1 rev=2)");
+            R"(v={"name":"s1","serial":"x"} c=- ok=1 rev=8)");
 }
 
 TEST_F(Identity, RestoringAPartKnowsTheDesiredViewAndItsElements) {
@@ -157,9 +152,8 @@ TEST_F(Identity, RestoringAPartKnowsTheDesiredViewAndItsElements) {
   InstallType(host_, R"({"component":"tarn","group":"test","key":"pair","version":"1","schema":{
       "type":"object","properties":{"a":{"type":"integer"},"b":{"type":"integer"}},
       "maxProperties":1}})");
-  const ConfigStoreObjectId pair("pair", "test", "tarn");
-  Set(pair, R"({"a":1})");
-  database_.Run(R"(UPDATE Config SET DesiredValue = '{"b":2}' WHERE Name = 'pair')");
+  const Id pair("pair", "test", "tarn");
+  PutRow(pair, R"({"a":1})", R"({"b":2})", "", "", "", 1);
   EXPECT_THAT(Refused([&] { SetPartialBootStatus(Object(pair, R"({"b":2})")); }),
               HasSubstr("1088"));
 }

@@ -14,29 +14,6 @@
 namespace TarnConfigStore {
 namespace {
 
-// A member's letter tells its part: "v" is vital, "c" cached, anything else the user's. The elements
-// of a list are reached by name; objects whose properties are of one part admit others.
-constexpr const char* kType = R"({
-  "component": "tarn", "group": "test", "key": "model", "version": "1.0",
-  "schema": { "type": "object", "properties": {
-    "id": { "type": "string", "instanceId": true },
-    "u1": { "type": "integer" }, "u2": { "type": "integer" }, "null": { "type": "null" },
-    "v1": { "type": "integer", "vital": true }, "v2": { "type": "integer", "vital": true },
-    "c1": { "type": "integer", "cached": true }, "c2": { "type": "integer", "cached": true },
-    "ports": { "type": "array", "items": { "$ref": "#port" } },
-    "ids": { "type": "array", "items": { "type": "object", "properties": {
-      "id": { "type": "string", "instanceId": true } } } },
-    "vitals": { "type": "object", "properties": { "v": { "type": "integer", "vital": true } },
-      "additionalProperties": { "type": "integer" } },
-    "caches": { "type": "object", "properties": { "c": { "type": "integer", "cached": true } },
-      "patternProperties": { "^x": {} } },
-    "either": { "type": "object", "properties": { "v": { "type": "integer", "vital": true } },
-      "anyOf": [ { "properties": { "x": {} } }, { "required": ["v"] } ] } },
-    "definitions": { "port": { "$id": "#port", "type": "object", "properties": {
-      "id": { "type": "string", "instanceId": true }, "u": { "type": "integer" },
-      "v": { "type": "integer", "vital": true }, "c": { "type": "integer", "cached": true } } } } }
-})";
-
 // What is in an object, by path: "u1", "vitals/v", "ports/a" for an element and "ports/a/u" in it.
 using Members = std::map<std::string, int>;
 
@@ -47,17 +24,18 @@ constexpr const char* kLeaves[] = {"u1",        "u2",        "v1",        "v2", 
 
 enum Layer { AUTOMATIC, CACHED, VITAL, USER, LAYERS };
 
-Layer OwnLayer(USERDATA_CONTEXT context) {
-  return context == EXTERNAL ? USER : AUTOMATIC;
+// A member's letter tells its part.
+Layer LayerOf(const std::string& path, USERDATA_CONTEXT context) {
+  const char letter = path[path.rfind('/') + 1];
+  return letter == 'v' ? VITAL : letter == 'c' ? CACHED : context == EXTERNAL ? USER : AUTOMATIC;
 }
 
-char LetterOf(const std::string& path) {
-  const char letter = path[path.rfind('/') + 1];
-  return letter == 'v' || letter == 'c' ? letter : 'u';
+bool IsUnder(const std::string& path, const std::string& around) {
+  return path.size() > around.size() && path.rfind(around, 0) == 0;
 }
 
 bool IsPort(const std::string& path) {
-  return path.rfind("ports/", 0) == 0 && path.size() == 7;
+  return IsUnder(path, "ports/") && path.size() == 7;
 }
 
 // A list goes with all its elements to each part that gets anything of one; an element of nothing
@@ -66,16 +44,15 @@ std::map<Layer, Members> Divide(const Members& members, USERDATA_CONTEXT context
   std::map<Layer, Members> parts;
   std::set<Layer> withPorts;
   for (auto member = members.begin(); member != members.end(); ++member) {
-    const auto& [path, value] = *member;
-    const char letter = LetterOf(path);
-    const Layer layer = letter == 'v' ? VITAL : letter == 'c' ? CACHED : OwnLayer(context);
-    const bool isBare = IsPort(path) && (std::next(member) == members.end() ||
-                                         std::next(member)->first.rfind(path, 0) != 0);
-    if (!IsPort(path)) {
-      parts[layer][path] = value;
-    }
-    if (isBare || (path.rfind("ports/", 0) == 0 && !IsPort(path))) {
-      withPorts.insert(isBare ? OwnLayer(context) : layer);
+    const auto next = std::next(member);
+    if (!IsPort(member->first)) {
+      const Layer layer = LayerOf(member->first, context);
+      parts[layer].insert(*member);
+      if (IsUnder(member->first, "ports/")) {
+        withPorts.insert(layer);
+      }
+    } else if (next == members.end() || !IsUnder(next->first, member->first)) {
+      withPorts.insert(LayerOf("u", context));
     }
   }
   for (const Layer layer : withPorts) {
@@ -168,14 +145,16 @@ class Model : public std::map<std::string, Row> {
 
 class RandomOperations : public TestSupport::StoreFixture {
  protected:
-  RandomOperations() { InstallType(host_, kType); }
+  RandomOperations() { InstallType(host_, TestSupport::kManyWaysType); }
 
   std::string AnyId() { return std::string(1, static_cast<char>('a' + random_.Below(6))); }
   // Some of the members of these parts.
   Members AnyMembers(const std::string& letters) {
     Members members;
     for (const std::string path : kLeaves) {
-      if (letters.find(LetterOf(path)) != std::string::npos && random_.OneIn(4)) {
+      const Layer layer = LayerOf(path, EXTERNAL);
+      const char letter = layer == VITAL ? 'v' : layer == CACHED ? 'c' : 'u';
+      if (letters.find(letter) != std::string::npos && random_.OneIn(4)) {
         members[path] = static_cast<int>(random_.Below(3));
         if (path.size() == 9) {
           members[path.substr(0, 7)] = 0;
@@ -200,7 +179,7 @@ class RandomOperations : public TestSupport::StoreFixture {
     return instances;
   }
 
-  static Id ModelId(const std::string& instance) { return {"model", "test", "tarn", instance}; }
+  static Id ModelId(const std::string& instance) { return {"ways", "test", "tarn", instance}; }
   // The object, or the one within it, in which a path ends.
   static ObjectHandle At(const ObjectHandle& object, const std::string& path) {
     const std::size_t slash = path.find('/');
@@ -239,8 +218,6 @@ class RandomOperations : public TestSupport::StoreFixture {
   void Step() {
     const std::string id = AnyId();
     const USERDATA_CONTEXT context = random_.OneIn(2) ? EXTERNAL : AUTO_CONFIG;
-    const bool vital = random_.OneIn(2);
-    const Layer part = vital ? VITAL : CACHED;
     switch (random_.Below(16)) {
       case 0:
       case 1: {
@@ -256,50 +233,53 @@ class RandomOperations : public TestSupport::StoreFixture {
         return model_.Set(id, members, context, true);
       }
       case 5: {
-        const Members members = AnyMembers("u");
-        store_->SetUserData(MakeObject(id, members), context);
-        return model_.SetLayer(id, members, OwnLayer(context));
-      }
-      case 6:
-      case 7: {
-        const Members members = AnyMembers(vital ? "v" : "c");
-        const auto object = MakeObject(id, members);
-        vital ? store_->SetVitalData(object) : store_->SetCachedData(object);
-        return model_.SetLayer(id, members, part);
-      }
-      case 8: {
         const Instances instances = AnyInstances("uvc");
         store_->SetInstances(MakeObjects(instances), context);
         return model_.SetAll(instances, context);
       }
-      case 9: {
-        const Instances instances = AnyInstances("u");
-        store_->SetUserDataInstances(MakeObjects(instances), context);
-        return model_.SetLayers(instances, OwnLayer(context));
-      }
-      case 10: {
-        const Instances instances = AnyInstances(vital ? "v" : "c");
-        const Objects objects = MakeObjects(instances);
-        vital ? store_->SetVitalDataInstances(objects) : store_->SetCachedDataInstances(objects);
-        return model_.SetLayers(instances, part);
-      }
-      case 11:
+      case 6:
         store_->Delete(ModelId(id));
         model_.erase(id);
         return;
-      case 12: {
+      case 7: {
         Members conditions = AnyMembers("uc");
         std::erase_if(conditions, [](const auto& each) { return each.first.size() > 2; });
-        const auto filter = Filter(ModelId(random_.OneIn(2) ? id : ""));
+        const std::string instance = random_.OneIn(2) ? id : "";
+        const auto filter = Filter(ModelId(instance));
         for (const auto& [name, value] : conditions) {
           filter->SetValue(name.c_str(), value);
         }
         store_->DeleteInstances(filter);
-        return model_.Delete(filter->GetConfigStoreObjectId().instanceId, conditions);
+        return model_.Delete(instance, conditions);
       }
+      case 8:
+      case 9:
+      case 10:
+      case 11:
+        return WritePart(id, context);
       default:
         return ChangeTransaction();
     }
+  }
+
+  // One part of one instance, or of all.
+  void WritePart(const std::string& id, USERDATA_CONTEXT context) {
+    const std::string letter(1, "uvc"[random_.Below(3)]);
+    const Layer layer = LayerOf(letter, context);
+    if (random_.OneIn(2)) {
+      const Members members = AnyMembers(letter);
+      const ObjectHandle object = MakeObject(id, members);
+      letter == "u"   ? store_->SetUserData(object, context)
+      : letter == "v" ? store_->SetVitalData(object)
+                      : store_->SetCachedData(object);
+      return model_.SetLayer(id, members, layer);
+    }
+    const Instances instances = AnyInstances(letter);
+    const Objects objects = MakeObjects(instances);
+    letter == "u"   ? store_->SetUserDataInstances(objects, context)
+    : letter == "v" ? store_->SetVitalDataInstances(objects)
+                    : store_->SetCachedDataInstances(objects);
+    model_.SetLayers(instances, layer);
   }
 
   // Begins a level, or ends the innermost.

@@ -2,7 +2,7 @@
 #include "tarnconfigstore/diagnostics.h"
 #include "tarnconfigstore/key_values.h"
 
-#include "support/store_fixture.h"
+#include "store/every_write.h"
 
 #include <chrono>
 #include <thread>
@@ -12,28 +12,7 @@ namespace {
 
 using TestSupport::Raised;
 
-class Store : public TestSupport::StoreFixture {
- protected:
-  using Operations = std::vector<std::pair<const char*, std::function<void(const Id&)>>>;
-  using Writes = std::vector<std::pair<std::string, std::function<void(const ObjectHandle&)>>>;
-
-  Writes UserWrites() {
-    return {{"Set", [&](const auto& o) { store_->Set(o, EXTERNAL); }},
-            {"SetUserData", [&](const auto& o) { store_->SetUserData(o, EXTERNAL); }},
-            {"SetInstances", [&](const auto& o) { store_->SetInstances({o}, EXTERNAL); }},
-            {"SetUserDataInstances",
-             [&](const auto& o) { store_->SetUserDataInstances({o}, EXTERNAL); }},
-            {"Update", [&](const auto& o) { store_->Update(o, EXTERNAL); }}};
-  }
-  Writes AllWrites() {
-    Writes all = UserWrites();
-    all.push_back({"SetVitalData", [&](const auto& o) { store_->SetVitalData(o); }});
-    all.push_back({"SetCachedData", [&](const auto& o) { store_->SetCachedData(o); }});
-    all.push_back({"SetVitalDataInstances", [&](auto o) { store_->SetVitalDataInstances({o}); }});
-    all.push_back({"SetCachedDataInstances", [&](auto o) { store_->SetCachedDataInstances({o}); }});
-    return all;
-  }
-};
+class Store : public TestSupport::EveryWrite {};
 
 TEST_F(Store, SetsAndGetsWithRevisionsThatCountWrites) {
   EXPECT_EQ(store_->Get(plain_), nullptr);
@@ -70,56 +49,51 @@ TEST_F(Store, GivesElementsWithoutAnIdOneThatStays) {
   EXPECT_EQ(Data(read), R"({"name":"s1","rules":[{"allow":"x"}]})");
   store_->Set(read, EXTERNAL);
   EXPECT_EQ(stored.substr(0, stored.size() - 1), database_.Rows().substr(0, stored.size() - 1));
-  for (const auto& [name, write] : UserWrites()) {
-    write(SwitchObject("s1", R"("rules":[{"allow":"new"}])"));
-    const std::string row = database_.Rows();
-    EXPECT_EQ(row.find(R"([{"allow":"new"}])"), std::string::npos) << name << " " << row;
+  for (const NamedWrite& each : ofUser_) {
+    each.write(SwitchObject("s1", R"("rules":[{"allow":"new"}])"));
+    EXPECT_EQ(database_.Rows().find(R"([{"allow":"new"}])"), std::string::npos) << each.name;
   }
 }
 
 TEST_F(Store, ChecksIdentifiersBeforeTheDatabaseIsTouched) {
-  const Operations ofOne = {
-      {"Get", [&](const Id& id) { store_->Get(id); }},
-      {"GetDefaultConfig", [&](const Id& id) { store_->GetDefaultConfig(id); }},
-      {"GetRevision", [&](const Id& id) { store_->GetRevision(id); }},
-      {"Delete", [&](const Id& id) { store_->Delete(id); }},
-      {"Set", [&](const Id& id) { store_->Set(Object(id, "{}"), EXTERNAL); }},
-      {"SetUserData", [&](const Id& id) { store_->SetUserData(Object(id, "{}"), EXTERNAL); }},
-      {"SetVitalData", [&](const Id& id) { store_->SetVitalData(Object(id, "{}")); }},
-      {"Update", [&](const Id& id) { store_->Update(Object(id, R"({"mtu":1})"), EXTERNAL); }},
+  const std::function<void(const Id&)> ofOne[] = {
+      [&](const Id& id) { store_->Get(id); },
+      [&](const Id& id) { store_->GetDefaultConfig(id); },
+      [&](const Id& id) { store_->GetRevision(id); },
+      [&](const Id& id) { store_->Delete(id); },
   };
-  const Operations ofMany = {
-      {"GetInstances", [&](const Id& id) { store_->GetInstances(Filter(id)); }},
-      {"GetDefaultConfigInstances",
-       [&](const Id& id) { store_->GetDefaultConfigInstances(Filter(id)); }},
-      {"GetInstanceIds", [&](const Id& id) { store_->GetInstanceIds(id); }},
-      {"GetInstancesRevision", [&](const Id& id) { store_->GetInstancesRevision(id); }},
-      {"DeleteInstances", [&](const Id& id) { store_->DeleteInstances(Filter(id)); }},
+  const std::function<void(const Id&)> ofMany[] = {
+      [&](const Id& id) { store_->GetInstances(Filter(id)); },
+      [&](const Id& id) { store_->GetDefaultConfigInstances(Filter(id)); },
+      [&](const Id& id) { store_->GetInstanceIds(id); },
+      [&](const Id& id) { store_->GetInstancesRevision(id); },
+      [&](const Id& id) { store_->DeleteInstances(Filter(id)); },
   };
   const Id unknown("such", "no", "tarn");
+  const Id withId("plain", "test", "tarn", "x");
+  const std::string singleton = "VE 2000 Singleton object cannot contain instanceId";
+  const std::string instance = "VE 2000 Non-Singleton object should contain instanceId";
+  const std::string instances = "VE 2000 API called for singleton object, non-singleton expected";
+  const std::string noType = "CSE 1037 No schema is installed for comp tarn grp no key such.";
   int asked = 0;
   DBStore::testing::SetHook([&](Operation, std::string_view) { return ++asked; });
-  for (const auto& [name, operation] : ofOne) {
-    SCOPED_TRACE(name);
-    ExpectRaised({{"VE 2000 Singleton object cannot contain instanceId",
-                   [&, &call = operation] { call(Id("plain", "test", "tarn", "x")); }},
-                  {"VE 2000 Non-Singleton object should contain instanceId",
-                   [&, &call = operation] { call(Switch("")); }},
-                  {"CSE 1037 No schema is installed for comp tarn grp no key such.",
-                   [&, &call = operation] { call(unknown); }}});
+  for (const auto& each : ofOne) {
+    const auto& call = each;
+    ExpectRaised({{singleton, [&] { call(withId); }},
+                  {instance, [&] { call(Switch("")); }},
+                  {noType, [&] { call(unknown); }}});
   }
-  for (const auto& [name, operation] : ofMany) {
-    SCOPED_TRACE(name);
-    ExpectRaised({{"VE 2000 API called for singleton object, non-singleton expected",
-                   [&, &call = operation] { call(plain_); }},
-                  {"CSE 1037", [&, &call = operation] { call(unknown); }}});
+  for (const auto& each : ofMany) {
+    const auto& call = each;
+    ExpectRaised({{instances, [&] { call(plain_); }}, {noType, [&] { call(unknown); }}});
   }
-  for (const auto& [name, write] : AllWrites()) {
-    if (name.find("Instances") != std::string::npos) {
-      EXPECT_EQ(Raised([&, &call = write] { call(Object(plain_, R"({"name":"a"})")); }),
-                "VE 2000 API called for singleton object, non-singleton expected")
-          << name;
-    }
+  for (const auto* writes : {&ofUser_, &ofParts_}) {
+    ExpectOfEach(*writes, Object(withId, R"({"name":"a"})"),
+                 [&](const auto& each) { return IsOfMany(each) ? instances : singleton; });
+  }
+  for (const NamedWrite& each : {ofUser_[0], ofUser_[1], ofUser_[4], ofParts_[0]}) {
+    const auto unnamed = Object(Switch(""), R"({"mtu":1})");
+    EXPECT_EQ(Raised([&] { each.write(unnamed); }), instance) << each.name;
   }
   ExpectRaised({{"IAE 2000 Invalid value for namespace.", [] { ConfigStore::GetStore(" "); }}});
   EXPECT_EQ(asked, 0);
@@ -141,16 +115,9 @@ TEST_F(Store, RefusedWritesNameEveryFaultAndChangeNothing) {
        {expected + "ports/1/id",
         [&] { Set(switch_, R"({"name":"s1","ports":[{"id":"a"},{"id":"a","vlan":1}]})"); }},
        {expected, [&] { Set(plain_, "[]"); }}});
-  const std::map<std::string, std::string> codes = {
-      {"Set", "9"},           {"SetInstances", "9"},
-      {"SetUserData", "7"},   {"SetUserDataInstances", "7"},
-      {"SetVitalData", "6"},  {"SetVitalDataInstances", "6"},
-      {"SetCachedData", "4"}, {"SetCachedDataInstances", "4"}};
-  for (const auto& [name, write] : AllWrites()) {
-    const auto code = codes.find(name);
-    EXPECT_EQ(Raised([&, &call = write] { call(SwitchObject("s1", R"("other":1)")); }).substr(0, 7),
-              code == codes.end() ? "VE 1090" : "VE 108" + code->second)
-        << name;
+  for (const auto* writes : {&ofUser_, &ofParts_}) {
+    ExpectOfEach(*writes, SwitchObject("s1", R"("other":1)"),
+                 [](const auto& each) { return "VE " + each.code; });
   }
   EXPECT_EQ(database_.Rows(), before);
 }
@@ -158,28 +125,25 @@ TEST_F(Store, RefusedWritesNameEveryFaultAndChangeNothing) {
 TEST_F(Store, HandlesAndEmptyObjectsAreLoggedAndLeftAlone) {
   Set(switch_, R"({"name":"s1","mtu":1})");
   const std::string before = database_.Rows();
-  for (const auto& [name, write] : AllWrites()) {
-    const bool ofMany = name.find("Instances") != std::string::npos;
-    EXPECT_EQ(Raised([&, &call = write] { call(nullptr); }).substr(0, 8),
-              ofMany ? "IAE 1061" : "nothing");
-    EXPECT_EQ(log_.Count("1 [1041] " + name + ": The argument is null."), 1) << name;
-    // Emptiness is asked of what passes the checks of its type: this one has no required member.
-    const bool cleans = name.find("Vital") == std::string::npos && name.find("Cached") == name.npos;
-    write(Object(switch_, cleans ? R"({"name":"s1","ports":[]})" : "{}"));
-    EXPECT_EQ(log_.Count(name == "Update"
-                             ? "1 Update called with empty object for " + switch_.toString() +
-                                   ", deletes are not supported"
-                             : "1 " + name + ", Configuration object for " + switch_.toString() +
-                                   " is empty, will not be persisted in the db"),
-              1)
-        << name;
+  for (const auto* writes : {&ofUser_, &ofParts_}) {
+    ExpectOfEach(*writes, nullptr,
+                 [](const auto& each) { return IsOfMany(each) ? "IAE 1061" : "nothing"; });
+    for (const auto& [name, code, write] : *writes) {
+      EXPECT_EQ(log_.Count("1 [1041] " + name + ": The argument is null."), 1) << name;
+      // Emptiness is asked of what passes the checks of its type: this one has no required member.
+      write(Object(switch_, writes == &ofUser_ ? R"({"name":"s1","ports":[]})" : "{}"));
+      EXPECT_EQ(log_.Count(name == "Update"
+                               ? "1 Update called with empty object for " + switch_.toString() +
+                                     ", deletes are not supported"
+                               : "1 " + name + ", Configuration object for " + switch_.toString() +
+                                     " is empty, will not be persisted in the db"),
+                1)
+          << name;
+    }
   }
   store_->DeleteInstances(nullptr);
   EXPECT_TRUE(store_->GetInstances(nullptr).empty());
   EXPECT_TRUE(store_->GetDefaultConfigInstances(nullptr).empty());
-  for (const char* name : {"DeleteInstances", "GetInstances", "GetDefaultConfigInstances"}) {
-    EXPECT_EQ(log_.Count("1 [1041] " + std::string(name) + ": The argument is null."), 1) << name;
-  }
   EXPECT_EQ(database_.Rows(), before);
 }
 
@@ -187,11 +151,10 @@ TEST_F(Store, BootKeepsOtherThanAutomaticConfigurationOut) {
   InstallType(host_, R"({"component":"tarn","group":"test","key":"open","version":"1",
     "schema":{"type":"object","bootAccessible":true,"properties":{"x":{"type":"integer"}}}})");
   SetKeyValue("IS_BOOT", "true");
-  for (const auto& [name, write] : UserWrites()) {
-    EXPECT_EQ(Raised([&, &call = write] { call(SwitchObject("s1", R"("mtu":1)")); }),
-              "VE 2000 API cannot be invoked with EXTERNAL context during boot")
-        << name;
-  }
+  const auto user = SwitchObject("s1", R"("mtu":1)");
+  ExpectOfEach(ofUser_, user, [](const auto&) {
+    return "VE 2000 API cannot be invoked with EXTERNAL context during boot";
+  });
   EXPECT_EQ(database_.Rows(), "");
   const auto vital = SwitchObject("s1", R"("serial":"x")");
   ExpectRaised({{"nothing", [&] { Set(plain_, R"({"name":"a"})", AUTO_CONFIG); }},
@@ -199,10 +162,7 @@ TEST_F(Store, BootKeepsOtherThanAutomaticConfigurationOut) {
                 {"nothing", [&] { store_->SetInstances({vital}, EXTERNAL); }},
                 {"nothing", [&] { Set(Id("open", "test", "tarn"), R"({"x":1})"); }}});
   SetUpgradeContext("1");
-  for (const auto& [name, write] : UserWrites()) {
-    EXPECT_EQ(Raised([&, &call = write] { call(SwitchObject("s1", R"("mtu":1)")); }), "nothing")
-        << name;
-  }
+  ExpectOfEach(ofUser_, user, [](const auto&) { return "nothing"; });
 }
 
 TEST_F(Store, NeverOpensOrPreparesTwice) {

@@ -48,6 +48,39 @@ inline constexpr const char* kSwitchType = R"({
   }
 })";
 
+/// A type, tarn/test/ways, in which "v" is vital, "c" cached and anything else the user's: elements
+/// that are reached by name, lists of nothing but ids, members that may be null, objects whose
+/// properties are of one part but that admit others ("x-admits"), a tuple and a list of lists.
+inline constexpr const char* kManyWaysType = R"({
+  "component": "tarn", "group": "test", "key": "ways", "version": "1.0",
+  "schema": { "type": "object", "properties": {
+    "id": { "type": "string", "instanceId": true }, "null": { "type": "null" },
+    "u1": { "type": "integer" }, "u2": { "type": ["integer", "null"] },
+    "v1": { "type": "integer", "vital": true }, "v2": { "type": ["integer", "null"], "vital": true },
+    "c1": { "type": "integer", "cached": true }, "c2": { "type": "integer", "cached": true },
+    "ports": { "type": "array", "items": { "$ref": "#port" } },
+    "rules": { "type": "array", "items": { "type": "object", "generatedInstanceId": true,
+      "properties": { "u": { "type": "string" }, "c": { "type": "integer", "cached": true } } } },
+    "ids": { "type": "array", "items": { "$ref": "#/definitions/named" } },
+    "seen": { "type": "array", "cached": true, "items": { "$ref": "#/definitions/named" } },
+    "tuple": { "type": "array", "vital": true, "items": [ { "type": "integer" }, {} ] },
+    "vitals": { "type": "object", "properties": { "v": { "type": "integer", "vital": true } },
+      "additionalProperties": { "type": "integer" }, "x-admits": "x" },
+    "caches": { "type": "object", "properties": { "c": { "type": "integer", "cached": true } },
+      "patternProperties": { "^x": {} }, "x-admits": "x" },
+    "either": { "type": "object", "properties": { "v": { "type": "integer", "vital": true } },
+      "anyOf": [ { "properties": { "x": {} } }, { "required": ["v"] } ], "x-admits": "x" },
+    "kept": { "type": "object", "cached": true, "properties": { "lists": { "type": "array",
+      "items": { "type": "array", "items": { "type": ["integer", "null"] } } } },
+      "additionalProperties": {}, "x-admits": "x" } },
+    "definitions": {
+      "named": { "type": "object", "properties": { "id": { "type": "string", "instanceId": true } } },
+      "port": { "$id": "#port", "type": "object", "properties": {
+        "id": { "type": "string", "instanceId": true }, "u": { "type": ["integer", "null"] },
+        "v": { "type": "integer", "vital": true }, "c": { "type": "integer", "cached": true },
+        "ports": { "type": "array", "items": { "$ref": "#port" } } } } } }
+})";
+
 /// A type under another key, whose changes wait for the next boot.
 inline std::string Staged(std::string type, const std::string& key) {
   const auto replace = [&type](const std::string& old, const std::string& text) {
