@@ -17,3 +17,13 @@ elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
   target_compile_definitions(tarn_compiler INTERFACE _FORTIFY_SOURCE=2)
 endif()
 target_link_options(tarn_compiler INTERFACE LINKER:-z,relro,-z,now)
+
+# Headers that most sources include are compiled once for all of them. Every source includes what it uses all the
+# same: whoever builds the library goes without.
+function(tarn_precompile target)
+  if(TARN_PRECOMPILE_HEADERS)
+    target_precompile_headers(${target} ${ARGN})
+    # What a compiler cache has to look at are the headers, not their compiled form.
+    target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
+  endif()
+endfunction()

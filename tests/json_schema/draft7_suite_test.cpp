@@ -96,7 +96,7 @@ TEST(Draft7Suite, FailsInNothingButTheListedCases) {
         const std::string about = name + " | " + group["description"].GetString() + " | " +
                                   one["description"].GetString();
         const bool right = IsRight(group["schema"], one["data"], one["valid"].GetBool());
-        held += right && name.rfind("optional/", 0) != 0 ? 1 : 0;
+        held += right && name.rfind("optional/", 0) != 0 ? 1U : 0U;
         EXPECT_NE(right, exceptions.erase(about) > 0)
             << about << (right ? ": take it off the list" : "");
       }
