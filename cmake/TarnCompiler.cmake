@@ -18,8 +18,8 @@ elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
 endif()
 target_link_options(tarn_compiler INTERFACE LINKER:-z,relro,-z,now)
 
-# Headers that most sources include are compiled once for all of them. Every source includes what it uses all the
-# same: whoever builds the library goes without.
+# Headers that most sources include are compiled once for all of them, in the sanitizers' builds. Every source
+# includes what it uses all the same: the everyday build, and whoever builds the library, go without.
 function(tarn_precompile target)
   if(TARN_PRECOMPILE_HEADERS)
     target_precompile_headers(${target} ${ARGN})

@@ -6,6 +6,7 @@
 #include "tarnconfigstore/next_boot_store.h"
 #include "tarnconfigstore/object_id.h"
 
+#include <string>
 #include <vector>
 
 namespace TarnConfigStore {
@@ -13,6 +14,10 @@ namespace TarnConfigStore {
 /// What ApplyNextBootConfig does with changes that do not fit their types.
 struct ApplyOptions {
   bool applyRest = false;  ///< applies the others all the same; else nothing is applied
+
+  /// What the key/value entry "BOOT_MODE" gets, in the same transaction, when nothing stays staged;
+  /// empty: it stays as it is. Only the process that boots the host knows what it should be.
+  std::string bootModeWhenDone = {};
 };
 
 /// A change that was applied. It is no longer staged.
@@ -52,13 +57,14 @@ struct ApplyResult {
 /// - DELETE deletes every row of the type, DELETE_INSTANCE the row of the instance. Neither looks
 ///   at the type.
 ///
-/// Nothing is announced to the management daemon, and "BOOT_MODE" stays as it is.
+/// Nothing is announced to the management daemon.
 /// \return what was applied, and what stays staged
 /// \throws ConfigStoreException 2000 "Tarn host is being remediated by ORC, cannot set next-boot
 ///         configuration." while the key/value entry "BOOT_MODE" is "1"
 /// \throws ConfigStoreException 2000 "Begin Transaction failed for: ApplyNextBootConfig" when this
 ///         user may only read the store, another writer does not end within 3 seconds, or the
 ///         calling thread holds a transaction on a store
+/// \throws ConfigStoreException 2000 "Failed to write BootMode to database."
 /// \throws ConfigStoreException 2000 for any other failure of the database
 TARN_CONFIG_STORE_EXPORT ApplyResult ApplyNextBootConfig(const ApplyOptions& options);
 

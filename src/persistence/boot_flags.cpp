@@ -64,10 +64,14 @@ void RequireNoRemediation(const DBStore::ConnectionHandle& connection) {
   }
 }
 
-void AnnounceStagedChanges(const DBStore::ConnectionHandle& connection) {
-  if (DBStore::WriteKeyValue(keys.Get().bootMode, kModeChangesStaged, connection) != 0) {
+void WriteBootMode(const std::string& mode, const DBStore::ConnectionHandle& connection) {
+  if (DBStore::WriteKeyValue(keys.Get().bootMode, mode, connection) != 0) {
     ThrowFailure("Failed to write BootMode to database.");
   }
+}
+
+void AnnounceStagedChanges(const DBStore::ConnectionHandle& connection) {
+  WriteBootMode(kModeChangesStaged, connection);
 }
 
 }  // namespace TarnConfigStore

@@ -5,6 +5,8 @@
 
 #include "platform/db_store.h"
 
+#include <string>
+
 namespace TarnConfigStore {
 
 /// True exactly while "IS_BOOT" holds "true". Raises "Failed to read value from database.".
@@ -17,8 +19,10 @@ bool IsRemediatedInternal(const DBStore::ConnectionHandle& connection);
 /// Raises "Tarn host is being remediated by ORC, cannot set next-boot configuration." while it is.
 void RequireNoRemediation(const DBStore::ConnectionHandle& connection);
 
-/// Tells the boot process by "BOOT_MODE" that changes are staged. Raises "Failed to write BootMode
-/// to database.".
+/// Writes "BOOT_MODE". Raises "Failed to write BootMode to database.".
+void WriteBootMode(const std::string& mode, const DBStore::ConnectionHandle& connection);
+
+/// Tells the boot process by "BOOT_MODE" that changes are staged. Raises as WriteBootMode.
 void AnnounceStagedChanges(const DBStore::ConnectionHandle& connection);
 
 }  // namespace TarnConfigStore

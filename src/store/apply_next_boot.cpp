@@ -110,6 +110,9 @@ ApplyResult ApplyNextBootConfig(const ApplyOptions& options) {
       }
     }
     Unstage(result, connection);
+    if (result.staged.empty() && !options.bootModeWhenDone.empty()) {
+      WriteBootMode(options.bootModeWhenDone, connection);
+    }
   });
   CSLogger::Log(CSLogger::kOutcome, "ApplyNextBootConfig: %zu applied, %zu stay staged",
                 result.applied.size(), result.staged.size());

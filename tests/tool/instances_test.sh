@@ -197,4 +197,20 @@ expect 3 "" "no object $resolver is stored" get $resolver
 expect 0 '"servers"' "" get $resolver --default
 expect 0 "=1600" "" get $nics/nic0 mtu
 
+# --- a member that a new version moves to another part is read, written and staged as before
+moved=$work/resolver.json
+expect 0 "" "" set $resolver 'servers=["10.0.0.1"]' timeout=9
+"$tarnctl" schema show $resolver | sed 's/"version": "1.0"/"version": "1.1"/; s/"timeout": {/"timeout": { "vital": true,/' >"$moved"
+expect 0 "\"divided\":[{\"object\":\"$resolver\",\"version\":\"1.0\",\"outcome\":\"divided\"" "" schema install "$moved"
+expect 0 "=9" "" get $resolver timeout
+expect 0 "" "" set $resolver --vital timeout=12
+expect 0 '={"timeout":12,"servers":["10.0.0.1"]}' "" get $resolver
+expect 0 "=[]" "" schema upgrade-rows
+sqlite3 "$store" "UPDATE Config SET Version = '0.9' WHERE Name = 'resolver'"
+expect 0 '"version":"0.9"' "" list --outdated $resolver
+expect 0 '"outcome":"renewed"' "" schema upgrade-rows --check $resolver
+expect 0 '"outcome":"renewed"' "" schema upgrade-rows
+expect 0 "=[]" "" list --outdated
+refused 3 "tarn" schema upgrade-rows tarn/no/type
+
 finish

@@ -31,6 +31,7 @@ constexpr const char* kRemediation = "1";
 
 constexpr const char* kRest = "--rest";
 constexpr const char* kAll = "--all";
+constexpr const char* kShared = "--shared";
 
 Json::Value EntryOrNull(const char* key, JsonMaker& make) {
   const std::string value = TarnConfigStore::GetKeyValue(key);
@@ -124,10 +125,8 @@ std::string DescribeRefusal(const ApplyResult& result, bool applyRest) {
 // staged.
 void Apply(const Given& given, const Output& output) {
   const bool applyRest = given.Has(kRest);
-  const ApplyResult result = TarnConfigStore::ApplyNextBootConfig({applyRest});
-  if (result.staged.empty()) {
-    TarnConfigStore::SetKeyValue(kBootMode, kNothingStaged);
-  }
+  const ApplyResult result = TarnConfigStore::ApplyNextBootConfig(
+      {.applyRest = applyRest, .bootModeWhenDone = kNothingStaged});
   JsonMaker make;
   output.PrintLenient(Describe(result, make));
   if (!result.staged.empty()) {
@@ -147,20 +146,24 @@ void JudgeObject(const ConfigStoreObjectId& id, bool isAccepted) {
 }
 
 void JudgeAll(const std::vector<StoredObject>& concerned, bool isAccepted) {
-  ConfigStoreObjectId judged("", "", "");
+  std::vector<ConfigStoreObjectId> types;
   for (const StoredObject& object : concerned) {  // sorted: the instances of a type in a row
     const ConfigStoreObjectId type(object.id.key, object.id.group, object.id.component);
-    if (type != judged) {
-      TarnConfigStore::SetBootStatus(type, isAccepted);
-      judged = type;
+    if (types.empty() || type != types.back()) {
+      types.push_back(type);
     }
   }
+  TarnConfigStore::SetBootStatus(types, isAccepted);
 }
 
 // What the host made of the values that waited for its boot: they become the user's, or are dropped.
 // Rows that an upgrade left to be confirmed are confirmed by the former, and stay as they are by the
 // latter.
 void Judge(const Given& given, bool isAccepted) {
+  if (given.Has(kShared)) {
+    TarnConfigStore::SetSharedBootStatus(isAccepted);
+    return;
+  }
   const bool isWhole = given.Has(kAll);
   const ConfigStoreObjectId id =
       isWhole ? ParsePrefixIfGiven("") : ParseObject(given.Text(kObject));
@@ -184,6 +187,9 @@ Verb VerdictVerb(const char* name, const char* help, bool isAccepted) {
                        .arguments = {{.name = kObject, .help = "A TYPE means all its instances"},
                                      {.name = kAll,
                                       .help = "Everything that waits",
+                                      .takes = Takes::NOTHING},
+                                     {.name = kShared,
+                                      .help = "What waits of the types shared with a SmartNIC",
                                       .takes = Takes::NOTHING}}},
       .run = [isAccepted](const Given& given, const Output& /*output*/) {
         Judge(given, isAccepted);

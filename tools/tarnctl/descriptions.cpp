@@ -71,6 +71,12 @@ Json::Value Describe(const TarnConfigStore::StoredObject& object, JsonMaker& mak
                      NamePresent(values, make));
 }
 
+Json::Value Describe(const TarnConfigStore::OutdatedObject& object, JsonMaker& make) {
+  Json::Value description = Describe(object.stored, make);
+  make.Add(description, "installedVersion", object.installedVersion);
+  return description;
+}
+
 Json::Value Describe(const TarnConfigStore::StagedChange& change, JsonMaker& make) {
   const NamedValues values = {
       {change.hasUser, "user"}, {change.hasVital, "vital"}, {change.hasCached, "cached"}};

@@ -13,6 +13,8 @@ const char* NameAction(TarnConfigStore::NextBootAction action);
 
 Json::Value Describe(const TarnConfigStore::InstalledType& type, JsonMaker& make);
 Json::Value Describe(const TarnConfigStore::StoredObject& object, JsonMaker& make);
+/// As a stored object, and the version that is installed.
+Json::Value Describe(const TarnConfigStore::OutdatedObject& object, JsonMaker& make);
 Json::Value Describe(const TarnConfigStore::StagedChange& change, JsonMaker& make);
 
 /// An array of all changes that are staged under a prefix.

@@ -53,6 +53,12 @@ class JsonMaker {
     return list;
   }
 
+  /// Adds a member to an object.
+  template <class Value>
+  void Add(Json::Value& object, const char* name, Value&& value) {
+    AddMembers(object, name, std::forward<Value>(value));
+  }
+
  private:
   static void AddMembers(Json::Value& /*object*/) {}
   template <class Value, class... Rest>

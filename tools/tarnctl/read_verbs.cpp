@@ -15,6 +15,7 @@ using TarnConfigStore::ConfigStoreObject;
 using TarnConfigStore::ConfigStoreObjectId;
 
 constexpr const char* kDefault = "--default";
+constexpr const char* kOutdated = "--outdated";
 
 std::shared_ptr<ConfigStoreObject> ReadStored(const ConfigStoreObjectId& id) {
   auto stored = OpenStore()->Get(id);
@@ -49,6 +50,12 @@ void GetInstances(const Given& given, const Output& output) {
 
 void List(const Given& given, const Output& output) {
   JsonMaker make;
+  if (given.Has(kOutdated)) {
+    output.Print(make.List(
+        TarnConfigStore::ListOutdated(ParsePrefixIfGiven(given.Text(kPrefix))),
+        [&](const TarnConfigStore::OutdatedObject& object) { return Describe(object, make); }));
+    return;
+  }
   output.Print(make.List(
       TarnConfigStore::ListStored(ParsePrefixIfGiven(given.Text(kPrefix))),
       [&](const TarnConfigStore::StoredObject& object) { return Describe(object, make); }));
@@ -81,7 +88,10 @@ Verb GetVerb() {
 Verb ListVerb() {
   return {.name = "list",
           .help = "List the stored objects",
-          .arguments = {PrefixArgument()},
+          .arguments = {PrefixArgument(),
+                        {.name = kOutdated,
+                         .help = "Only those last written under another version of their type",
+                         .takes = Takes::NOTHING}},
           .run = List};
 }
 

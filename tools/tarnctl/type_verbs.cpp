@@ -8,11 +8,14 @@
 #include "verbs.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace tarnctl {
 namespace {
 
 using TarnConfigStore::ConfigStoreObjectId;
+using TarnConfigStore::RowOutcome;
+using TarnConfigStore::RowReport;
 using TarnConfigStore::TypeOutcome;
 using TarnConfigStore::TypeReport;
 
@@ -81,13 +84,77 @@ void RefuseInvalid(const std::vector<TypeReport>& reports, bool checkOnly) {
                   std::move(findings));
 }
 
+const char* Name(RowOutcome outcome) {
+  switch (outcome) {
+    case RowOutcome::RENEWED:
+      return "renewed";
+    case RowOutcome::DIVIDED:
+      return "divided";
+    case RowOutcome::PARTLY_DIVIDED:
+      return "partly-divided";
+    case RowOutcome::LEFT:
+      return "left";
+    case RowOutcome::UNFIT:
+      break;
+  }
+  return "unfit";
+}
+
+bool IsLeftOver(const RowReport& row) {
+  return row.outcome == RowOutcome::PARTLY_DIVIDED || row.outcome == RowOutcome::LEFT;
+}
+
+Json::Value DescribeRows(const std::vector<RowReport>& rows, JsonMaker& make) {
+  return make.List(rows, [&](const RowReport& row) {
+    const Findings misfits(row.misfits.begin(), row.misfits.end());
+    return make.Object("object", FormatObject(row.object), "version", row.version, "outcome",
+                       Name(row.outcome), "misfits", ListFindings(misfits, make));
+  });
+}
+
+// Rows that wait for their boot cannot be divided yet without changing what is read.
+void WarnOfRowsLeft(const std::vector<RowReport>& rows) {
+  const auto left = std::count_if(rows.begin(), rows.end(), IsLeftOver);
+  if (left > 0) {
+    std::fprintf(stderr,
+                 "tarnctl: %td stored object%s with members that moved to another part wait%s: run "
+                 "\"schema upgrade-rows\" once the boot is accepted or rejected\n",
+                 left, left == 1 ? "" : "s", left == 1 ? "s" : "");
+  }
+}
+
 void Print(const std::vector<TypeReport>& reports, const Output& output) {
   JsonMaker make;
   output.PrintLenient(make.List(reports, [&](const TypeReport& report) {
     return make.Object("path", report.path, "type",
                        FormatObject({report.key, report.group, report.component}), "version",
-                       report.version, "outcome", Name(report.outcome));
+                       report.version, "outcome", Name(report.outcome), "divided",
+                       DescribeRows(report.divided, make));
   }));
+  for (const TypeReport& report : reports) {
+    WarnOfRowsLeft(report.divided);
+  }
+}
+
+void UpgradeStoredRows(const Given& given, const Output& output) {
+  const std::string& text = given.Text(kType);
+  const ConfigStoreObjectId type = text.empty() ? ConfigStoreObjectId("", "", "") : ParseType(text);
+  RequireStore();
+  const auto rows =
+      TarnConfigStore::UpgradeRows(type.component, type.group, type.key, given.Has(kCheck));
+  JsonMaker make;
+  output.PrintLenient(DescribeRows(rows, make));
+  Findings misfits;
+  for (const RowReport& row : rows) {
+    misfits.insert(misfits.end(), row.misfits.begin(), row.misfits.end());
+  }
+  if (!misfits.empty()) {
+    throw ToolError(ExitCode::INVALID, kMisfits, TarnConfigStore::CS_GENERIC, std::move(misfits));
+  }
+  WarnOfRowsLeft(rows);
+  if (std::any_of(rows.begin(), rows.end(), IsLeftOver)) {
+    throw ToolError(ExitCode::CONFLICT, "not all stored objects could be brought up to date");
+  }
 }
 
 // Type files can be checked where there is no host at all.
@@ -147,6 +214,8 @@ Verb TypeVerbs() {
                       .help = "Type files, or directories of them",
                       .takes = Takes::TEXTS,
                       .isRequired = true};
+  Argument optionalType = TypeArgument();
+  optionalType.isRequired = false;
   const auto flag = [](const char* name, const char* help) {
     return Argument{.name = name, .help = help, .takes = Takes::NOTHING};
   };
@@ -170,10 +239,17 @@ Verb TypeVerbs() {
            .help = "Print the type file of a type",
            .arguments = {TypeArgument()},
            .run = Show},
+          {.name = "upgrade-rows",
+           .help = "Bring stored objects up to date with the parts that their types have now",
+           .arguments = {optionalType, flag(kCheck, "Only tell what would be done")},
+           .run = UpgradeStoredRows},
           {.name = "remove",
            .help = "Remove a type and its shipped objects",
            .arguments = {TypeArgument(),
-                         flag(kForce, "Even if objects of the type are stored; they stay")},
+                         flag(
+                             kForce,
+                             "Even if objects of the type are stored, which stay, or changes of it "
+                             "staged, which go")},
            .run = Remove}}};
 }
 
