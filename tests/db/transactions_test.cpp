@@ -132,6 +132,31 @@ TEST_F(Transactions, AnotherThreadWaitsForTheEndOfATransaction) {
   EXPECT_EQ(ReadKey(connection_, "key"), "second");
 }
 
+TEST_F(Transactions, TwoProcessesWritingAtOnceLoseNothing) {
+  constexpr int kWrites = 100;
+  const auto write = [] {
+    const auto connection = Connect();
+    for (int i = 0; i < kWrites; ++i) {
+      if (BeginTransaction(connection) != 0 ||
+          Execute(
+              connection,
+              "INSERT INTO KeyValue VALUES('n', 1) ON CONFLICT DO UPDATE SET Value = Value + 1") !=
+              0 ||
+          CommitTransaction(connection) != 0) {
+        return 1;
+      }
+    }
+    return 0;
+  };
+  connection_.reset();
+  ChildProcess first(write);
+  ChildProcess second(write);
+  EXPECT_EQ(first.Wait(), 0);
+  EXPECT_EQ(second.Wait(), 0);
+  EXPECT_EQ(ReadKey(Connect(), "n"), std::to_string(2 * kWrites));
+  EXPECT_EQ(Query(Connect(), "PRAGMA integrity_check"), "ok");
+}
+
 TEST_F(Transactions, WhoWaitsLongerThanTheLimitIsToldThatItIsBusy) {
   ASSERT_EQ(BeginTransaction(connection_), 0);
   int status = -1;

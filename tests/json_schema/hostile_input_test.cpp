@@ -103,8 +103,7 @@ TEST(HostileSchemas, LongChainsOfReferencesAreRefusedBeforeTheyOverflow) {
                    std::to_string(i + 1) + "\"}]},";
   }
   const std::string lines = FindingsOf(
-      R"({"$ref": "#/definitions/d0", "definitions": {)" + definitions + R"("d3000": true}})",
-      "1");
+      R"({"$ref": "#/definitions/d0", "definitions": {)" + definitions + R"("d3000": true}})", "1");
   EXPECT_NE(lines.find("too many schemas are nested in one another"), std::string::npos) << lines;
 }
 

@@ -35,7 +35,6 @@ run_tests(tests/store/store_test
   ApplyingKilled.LeavesAllOrNothing)
 run_tests(tests/platform_test
   # As above: it keeps neither connections nor statements for the next user,
-  Statements.AreOpenedAndPreparedOnceHoweverOftenTheyAreUsed
   Statements.OfOneTextGoToOneUserAtATime
   Transactions.AHandleDroppedInTheMiddleIsRolledBack
   # and other processes have stores of their own.
