@@ -185,9 +185,6 @@ TEST_F(MergeAndDivision, MergingThePartsGivesBackTheObjectAndValidationKnowsEach
   const auto takes = [&](const RuleSet& rules, const std::string& json) {
     std::vector<ErrorInfo> errors;
     ValidateObjectData(type, Object(id, json), rules, errors, true);
-    for (auto& e : errors)
-      if (getenv("SHOW"))
-        std::cout << e.field << ": " << e.error << "\n";
     return errors.empty();
   };
   int wholes = 0;
