@@ -136,13 +136,22 @@ TEST(RulesOfWholeTypes, TheNearestTagGoverns) {
 }
 
 TEST(RulesOfWholeTypes, GeneratedInstanceIdsMayBeGivenAndAreNotAskedFor) {
-  constexpr std::string_view kGenerated = R"({"properties": {"list": {"items": {
-      "generatedInstanceId": true, "properties": {"a": {}}}}}})";
-  EXPECT_EQ(FindingsOf(kGenerated, R"({"list": [{"a": 1}, {"cs_generated_id": "x", "a": 1}]})"),
-            "");
-  EXPECT_EQ(FindingsOf(kGenerated, R"({"list": [{"cs_generated_id": 1, "b": 1}]})"),
-            "/list/0/cs_generated_id: expected a text, found 1\n"
-            "/list/0/b: member \"b\" is not known; known members: a");
+  for (const std::string_view items :
+       {R"({"generatedInstanceId": true, "properties": {"a": {}}})",
+        R"({"generatedInstanceId": true, "$ref": "#/definitions/rule"})"}) {
+    const std::string schema =
+        R"({"definitions": {"rule": {"properties": {"a": {}}, "additionalProperties": false}},
+            "properties": {"others": {"items": {"$ref": "#/definitions/rule"}},
+                           "list": {"items": )" +
+        std::string(items) + "}}}";
+    EXPECT_EQ(FindingsOf(schema, R"({"list": [{"a": 1}, {"cs_generated_id": "x", "a": 1}]})"), "");
+    EXPECT_EQ(FindingsOf(schema, R"({"list": [{"cs_generated_id": 1, "b": 1}],
+                                     "others": [{"cs_generated_id": "x"}]})"),
+              "/list/0/cs_generated_id: expected a text, found 1\n"
+              "/list/0/b: member \"b\" is not known; known members: a\n"
+              "/others/0/cs_generated_id: member \"cs_generated_id\" is not known; known members: "
+              "a");
+  }
 }
 
 TEST(RulesOfWholeTypes, TagsAreFoundThroughReferences) {

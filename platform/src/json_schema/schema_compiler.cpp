@@ -41,22 +41,35 @@ void SchemaCompiler::ReadSchema(Node& node) {
     return;
   }
   const Json::Value* reference = Json::FindMember(schema, "$ref");
-  if (reference != nullptr) {
+  const bool getsId = Json::IsTrue(schema, "generatedInstanceId");
+  const std::vector<const Json::Value*> chain = view_.References().Chain(schema);
+  const bool ends = chain.back()->IsObject() && Json::FindMember(*chain.back(), "$ref") == nullptr;
+  if (reference != nullptr && !(getsId && ends)) {
     ReadReference(node, *reference, *view_.References().Find(schema));
+    ReadKeywords(node, schema, true);
+  } else {
+    // Elements that get an identifier are not those that other places refer to: what the reference
+    // leads to is read once more for them.
+    for (const Json::Value* part : chain) {
+      ReadKeywords(node, *part, part != chain.back());
+    }
+    if (getsId) {
+      DeclareGeneratedId(node);
+    }
   }
+  if (node.object) {
+    FinishRequired(*node.object);
+  }
+}
+
+void SchemaCompiler::ReadKeywords(Node& node, const Json::Value& schema, bool besideReference) {
   const auto& keywords = Keywords();
   for (const auto& member : schema.GetObject()) {
     const Entry entry{Json::Text(member.name), member.value};
     const auto keyword = keywords.find(entry.keyword);
-    if (keyword != keywords.end() && (reference == nullptr || keyword->second.besideReference)) {
+    if (keyword != keywords.end() && (!besideReference || keyword->second.besideReference)) {
       keyword->second.read(*this, node, entry);
     }
-  }
-  if (reference == nullptr && Json::IsTrue(schema, "generatedInstanceId")) {
-    DeclareGeneratedId(node);
-  }
-  if (node.object) {
-    FinishRequired(*node.object);
   }
 }
 

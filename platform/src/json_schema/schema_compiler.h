@@ -41,6 +41,7 @@ class SchemaCompiler {
   /// The node of a schema; it is read later.
   const Node* NodeOf(const Json::Value& schema);
   void ReadSchema(Node& node);
+  void ReadKeywords(Node& node, const Json::Value& schema, bool besideReference);
   void ReadReference(Node& node, const Json::Value& reference,
                      const Json::SchemaReferences::Target& target);
   void DeclareGeneratedId(Node& node);
