@@ -4,23 +4,25 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <array>
-#include <charconv>
 #include <cstdint>
-#include <system_error>
 
 namespace JsonValidator {
 namespace {
 
 /// A decimal number without sign and leading zeros, at most `most`.
 bool IsDecimal(std::string_view text, std::uint32_t least, std::uint32_t most) {
-  if (text.empty() || !std::all_of(text.begin(), text.end(), Json::IsDigit) ||
-      (text.size() > 1 && text.front() == '0')) {
+  constexpr std::size_t kMostDigits = 9;  // the number fits
+  if (text.empty() || text.size() > kMostDigits || (text.size() > 1 && text.front() == '0')) {
     return false;
   }
   std::uint32_t number = 0;
-  const std::from_chars_result end =
-      std::from_chars(text.data(), text.data() + text.size(), number);
-  return end.ec == std::errc() && number >= least && number <= most;
+  for (const char digit : text) {
+    if (!Json::IsDigit(digit)) {
+      return false;
+    }
+    number = number * 10 + static_cast<std::uint32_t>(digit - '0');
+  }
+  return number >= least && number <= most;
 }
 
 bool IsPrefix(std::string_view text, bool (*isAddress)(std::string_view), std::uint32_t bits) {
