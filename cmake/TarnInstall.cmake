@@ -4,8 +4,6 @@ install(TARGETS tarnconfigstore EXPORT tarnconfigstoreTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/tarnconfigstore" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
   FILES_MATCHING PATTERN "*.h")
-install(FILES "${PROJECT_BINARY_DIR}/include/tarnconfigstore/export.h"
-  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/tarnconfigstore")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/share/types" DESTINATION "${CMAKE_INSTALL_DATADIR}/tarnconfigstore")
 if(TARGET tarnctl)
   install(TARGETS tarnctl RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
