@@ -31,8 +31,10 @@ TARN_CONFIG_STORE_EXPORT int GetBootInfo();
 
 /// Reads the upgrade context, a decimal number, from a file of the host's. Reads it at each call.
 /// \return 0 when no upgrade runs, 2 in the part of an upgrade whose writes are confirmed
-///         afterwards. A missing file means 0; so does one that cannot be read or holds no number,
-///         which is logged
+///         afterwards; a missing file means 0
+/// \throws ConfigStoreException 2000 with a message that says why, when there is a file that cannot
+///         be read, is no regular file or holds anything but a decimal number. So does every
+///         operation that needs to know: reads, writes of the user's value, updates
 TARN_CONFIG_STORE_EXPORT int GetUpgradeContext();
 
 /// Confirms the pending values of a type after a boot, or drops them. Revisions stay as they are,

@@ -105,7 +105,7 @@ class TARN_CONFIG_STORE_EXPORT StoreObject {
   /// \throws InvalidArgumentException 2000 "Key not found: KEY" when there is no such member
   /// \throws InvalidTypeException 2000 when the member is no list, or its first element has another
   ///         type
-  /// \throws std::logic_error for a null text
+  /// \throws InvalidArgumentException 2000 "value cannot be null" for a null text
   void AppendValue(const char* key, int value);
   void AppendValue(const char* key, long long value);
   void AppendValue(const char* key, double value);
@@ -144,8 +144,9 @@ class TARN_CONFIG_STORE_EXPORT StoreObject {
   /// \return true when there are no members
   bool IsEmpty() const;
 
-  /// \return the data as compact JSON text; empty when it holds a text that is not UTF-8 or a
-  ///         number that is not finite
+  /// \return the data as compact JSON text
+  /// \throws ConfigStoreException 2000 when it holds a text that is not UTF-8 or a number that is
+  ///         not finite
   std::string GetData() const;
 
   /// Replaces the data.

@@ -3,6 +3,7 @@
 #include "tarnconfigstore/exceptions.h"
 
 #include "platform/logger.h"
+#include "platform/no_cancellation.h"
 
 #include "notify/allowlist.h"
 #include "notify/notification_message.h"
@@ -64,6 +65,7 @@ bool IsKeeldNotificationEnabled() {
 
 void NotifyIfAllowlisted(const ConfigStoreObjectId& id,
                          const DBStore::ConnectionHandle& connection) noexcept {
+  const NoCancellation uncancelled;
   try {
     if (!IsKeeldNotificationEnabled(connection)) {
       return;
@@ -78,6 +80,7 @@ void NotifyIfAllowlisted(const ConfigStoreObjectId& id,
 }
 
 void NotifyIfAllowlisted(const ConfigStoreObjectId& id) noexcept {
+  const NoCancellation uncancelled;
   try {
     NotifyIfAllowlisted(id, GetDBStore(DBStore::Type::CURRENT_STORE, false));
   } catch (...) {

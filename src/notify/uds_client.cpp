@@ -1,5 +1,6 @@
 #include "notify/uds_client.h"
 
+#include "platform/daemon_patience.h"
 #include "platform/logger.h"
 
 #include <algorithm>
@@ -17,9 +18,7 @@ namespace {
 
 using std::chrono::microseconds;
 
-constexpr microseconds kTimeLimit{100000};
 constexpr microseconds kTick{1000};  // the kernel's own is no shorter
-static_assert(kTimeLimit < std::chrono::seconds(1), "a timeval holds less as microseconds");
 constexpr std::size_t kLongestName = sizeof(sockaddr_un::sun_path) - 1;
 
 }  // namespace
@@ -33,6 +32,9 @@ UdsClient::~UdsClient() {
 // Bounds each later wait on the socket by the time that is left, connecting to a full backlog
 // included: poll says nothing of that one.
 bool UdsClient::LimitWaits(Clock::time_point now) {
+  if (!waits_) {
+    return true;
+  }
   const auto left = std::chrono::duration_cast<microseconds>(deadline_ - now);
   const bool isLimited = waitLimit_ > microseconds::zero();
   if (isLimited && left <= waitLimit_ && left + kTick > waitLimit_) {
@@ -40,7 +42,7 @@ bool UdsClient::LimitWaits(Clock::time_point now) {
   }
   waitLimit_ = std::max(left, microseconds(1));  // none at all would mean for ever
   timeval timeout{};
-  timeout.tv_usec = waitLimit_.count();
+  timeout.tv_usec = waitLimit_.count();  // less than a second
   return ::setsockopt(socket_.Number(), SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout) == 0;
 }
 
@@ -63,15 +65,27 @@ auto UdsClient::CallWithinDeadline(Call call) {
   return result;
 }
 
+// With errno. "Try again" is what a wait ends with that was too long, or not to be.
+void UdsClient::Fail(const char* what) {
+  const int error = errno;
+  if (error == EAGAIN || error == EINTR) {
+    DaemonPatience::NoteTimeout();
+  }
+  throw std::runtime_error(what + std::string(std::strerror(error)));
+}
+
 void UdsClient::Connect() {
   if (socket_.IsOpen()) {
     return;
   }
-  deadline_ = Clock::now() + kTimeLimit;
+  const std::chrono::milliseconds limit(DaemonPatience::Limit());
+  waits_ = limit.count() > 0;
+  deadline_ = Clock::now() + limit;
   waitLimit_ = microseconds::zero();
-  socket_ = FileDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  socket_ = FileDescriptor(
+      ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | (waits_ ? 0 : SOCK_NONBLOCK), 0));
   if (!socket_.IsOpen()) {
-    throw std::runtime_error(std::string("Failed to create socket: ") + std::strerror(errno));
+    Fail("Failed to create socket: ");
   }
   if (endpoint_.size() > kLongestName) {
     throw std::runtime_error("Endpoint address too long.");
@@ -88,8 +102,10 @@ void UdsClient::Connect() {
       }) < 0) {
     const int error = errno;
     Disconnect();
-    throw std::runtime_error(std::string("Failed to connect socket: ") + std::strerror(error));
+    errno = error;
+    Fail("Failed to connect socket: ");
   }
+  DaemonPatience::NoteAnswer();
 }
 
 void UdsClient::Send(const std::string& data) {
@@ -99,7 +115,7 @@ void UdsClient::Send(const std::string& data) {
   const ssize_t written = CallWithinDeadline(
       [&] { return ::send(socket_.Number(), data.data(), data.size(), MSG_NOSIGNAL); });
   if (written < 0) {
-    throw std::runtime_error(std::string("Failed to send data: ") + std::strerror(errno));
+    Fail("Failed to send data: ");
   }
   if (static_cast<std::size_t>(written) != data.size()) {
     throw std::runtime_error("Partial write: " + std::to_string(written) + "B written, expected " +

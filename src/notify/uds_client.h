@@ -10,8 +10,9 @@ namespace TarnConfigStore {
 
 /// Writes messages to a socket that somebody listens on, and reads nothing. Its failures are
 /// std::runtime_error with the system's own text. Nobody can keep it waiting: connecting and sending
-/// together wait for 100 ms at most, counted from the start of Connect (a message of several tens of
-/// kilobytes, for that long wherever its reader falls behind). A peer that has gone raises no
+/// together wait for as long as DaemonPatience allows at most, counted from the start of Connect (a
+/// message of several tens of kilobytes, for that long wherever its reader falls behind). What the
+/// peer makes of that time is noted there. A peer that has gone raises no
 /// signal, and programs that are started meanwhile do not inherit the socket. For one thread at a
 /// time.
 class UdsClient {
@@ -43,7 +44,10 @@ class UdsClient {
   template <class Call>
   auto CallWithinDeadline(Call call);
 
+  [[noreturn]] static void Fail(const char* what);
+
   std::string endpoint_;
+  bool waits_ = true;
   FileDescriptor socket_;
   Clock::time_point deadline_;
   std::chrono::microseconds waitLimit_{0};  // of the socket; zero while it has none

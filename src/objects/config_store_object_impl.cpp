@@ -14,26 +14,6 @@
 namespace TarnConfigStore {
 namespace {
 
-std::string Serialized(const Json::Value& value, const ConfigStoreObjectId& id) {
-  std::string text;
-  if (!ConfigStoreDocument::SerializeValue(value, text)) {
-    ThrowFailure("The data holds a text that is not UTF-8 or a number that is not finite: " +
-                 id.toString());
-  }
-  return text;
-}
-
-// Hardly any object holds generated ids; the others need no copy.
-std::string SerializedForCallers(const Json::Value& value, const ConfigStoreObjectId& id) {
-  if (!HasGeneratedInstanceId(value)) {
-    return Serialized(value, id);
-  }
-  Json::Document copy;
-  copy.CopyFrom(value, copy.GetAllocator());
-  ClearGeneratedInstanceId(copy);
-  return Serialized(copy, id);
-}
-
 // Raises InvalidArgumentException 2000 when the text is no pointer.
 const Json::Value* FindPath(const Json::Value& root, const std::string& pointer) {
   const auto names = Json::ParsePointer(pointer);
@@ -109,8 +89,19 @@ std::string ConfigStoreObjectImpl::GetIdMapStr() const {
   return text;
 }
 
+// Hardly any object holds generated ids; the others need no copy.
+std::string ConfigStoreObjectImpl::SerializedForCallers(const Json::Value& value) const {
+  if (!HasGeneratedInstanceId(value)) {
+    return Serialized(value);
+  }
+  Json::Document copy;
+  copy.CopyFrom(value, copy.GetAllocator());
+  ClearGeneratedInstanceId(copy);
+  return Serialized(copy);
+}
+
 std::string ConfigStoreObjectImpl::GetData() const {
-  return SerializedForCallers(GetRoot(), GetConfigStoreObjectId());
+  return SerializedForCallers(GetRoot());
 }
 
 std::optional<std::string> ConfigStoreObjectImpl::GetPath(const std::string& pointer) const {
@@ -118,11 +109,11 @@ std::optional<std::string> ConfigStoreObjectImpl::GetPath(const std::string& poi
   if (value == nullptr || value->IsNull()) {
     return std::nullopt;
   }
-  return SerializedForCallers(*value, GetConfigStoreObjectId());
+  return SerializedForCallers(*value);
 }
 
 std::string ConfigStoreObjectImpl::GetSerializedData() const {
-  return Serialized(GetRoot(), GetConfigStoreObjectId());
+  return Serialized(GetRoot());
 }
 
 void ConfigStoreObjectImpl::SetValueEx(const char* key, const void* value) {

@@ -75,6 +75,8 @@ class ConfigStoreObjectImpl : public StoreObjectImpl {
   void SetValueEx(const char* key, const void* value);
 
  private:
+  std::string SerializedForCallers(const Json::Value& value) const;
+
   std::shared_ptr<JsonDoc> idMap_;
   ConfigStoreObjectId parent_;
   bool whole_;

@@ -1,13 +1,12 @@
 #include "objects/document.h"
 
 #include "platform/logger.h"
+#include "platform/regular_file.h"
 
 #include "errors/raise.h"
 
 #include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 
 namespace TarnConfigStore {
 
@@ -26,18 +25,16 @@ std::shared_ptr<JsonDoc> CreateDocumentFromString(std::string_view text, Json::O
 }
 
 std::shared_ptr<JsonDoc> CreateDocumentFromFile(const std::string& path) {
-  errno = 0;
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  if (!file || !(text << file.rdbuf())) {
+  constexpr std::size_t kLongest = std::size_t{64} << 20U;
+  std::string text;
+  if (!ReadRegularFile(path, kLongest, text)) {
     CSLogger::Log(CSLogger::kFailure, "%s cannot be read: %s", path.c_str(), std::strerror(errno));
     ThrowException<InvalidArgumentException>(CS_JSON_FILE_FAILED, path);
   }
-  auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text.str().size()));
-  if (const Json::ParseResult result = document->Parse(text.str(), Json::Origin::OUTSIDE);
-      !result) {
+  auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text.size()));
+  if (const Json::ParseResult result = document->Parse(text, Json::Origin::OUTSIDE); !result) {
     CSLogger::Log(CSLogger::kFailure, "%s is not valid JSON at byte %zu: %s", path.c_str(),
-                  result.offset, result.message.c_str());
+                  result.offset, text.empty() ? "the file is empty" : result.message.c_str());
     ThrowException<InvalidArgumentException>(CS_JSON_FILE_FAILED, path);
   }
   return document;

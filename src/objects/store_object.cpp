@@ -69,11 +69,11 @@ TARN_CHANGE(const std::string&)
 #undef TARN_CHANGE
 
 void StoreObject::AppendValue(const char* key, const char* value) {
-  implementation_->AppendValue(key, std::string(value));
+  implementation_->AppendValue(key, value);
 }
 
 void StoreObject::RemoveValue(const char* key, const char* value) {
-  implementation_->RemoveValue(key, std::string(value));
+  implementation_->RemoveValue(key, value);
 }
 
 void StoreObject::SetValueEmptyList(const char* key) {

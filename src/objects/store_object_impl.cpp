@@ -18,6 +18,12 @@ int Origin(bool isDefault) {
   return isDefault ? 2 : 1;
 }
 
+void RequireText(const char* value) {
+  if (value == nullptr) {
+    ThrowArgument("value cannot be null");
+  }
+}
+
 }  // namespace
 
 StoreObjectImpl::StoreObjectImpl(const ConfigStoreObjectId& id) : StoreObjectImpl(id, nullptr) {}
@@ -127,10 +133,18 @@ void StoreObjectImpl::SetValue(const char* key, const T& value) {
 }
 
 void StoreObjectImpl::SetValue(const char* key, const char* value) {
-  if (value == nullptr) {
-    ThrowArgument("value cannot be null");
-  }
+  RequireText(value);
   SetValue(key, std::string_view(value));
+}
+
+void StoreObjectImpl::AppendValue(const char* key, const char* value) {
+  RequireText(value);
+  AppendValue(key, std::string(value));
+}
+
+void StoreObjectImpl::RemoveValue(const char* key, const char* value) {
+  RequireText(value);
+  RemoveValue(key, std::string(value));
 }
 
 template <class T>
@@ -194,10 +208,17 @@ bool StoreObjectImpl::IsEmpty() const {
   return GetRoot().ObjectEmpty();
 }
 
-std::string StoreObjectImpl::GetData() const {
+std::string StoreObjectImpl::Serialized(const Json::Value& value) const {
   std::string text;
-  ConfigStoreDocument::SerializeValue(GetRoot(), text);
+  if (!ConfigStoreDocument::SerializeValue(value, text)) {
+    ThrowFailure("The data holds a text that is not UTF-8 or a number that is not finite: " +
+                 id_.toString());
+  }
   return text;
+}
+
+std::string StoreObjectImpl::GetData() const {
+  return Serialized(GetRoot());
 }
 
 void StoreObjectImpl::SetData(const char* json) {

@@ -56,8 +56,10 @@ class StoreObjectImpl {
   void SetValue(const char* key, const std::vector<T>& values);
   template <class T>
   void AppendValue(const char* key, const T& value);
+  void AppendValue(const char* key, const char* value);
   template <class T>
   void RemoveValue(const char* key, const T& value);
+  void RemoveValue(const char* key, const char* value);
 
   void SetValueEmptyList(const char* key);
   void SetValueBinary(const char* key, const unsigned char* data, unsigned long length);
@@ -71,6 +73,9 @@ class StoreObjectImpl {
   void SetData(const char* json);
 
  protected:
+  /// A value of the data as text. Raises ConfigStoreException 2000 when it holds what JSON cannot
+  /// say.
+  std::string Serialized(const Json::Value& value) const;
   StoreObjectImpl(const ConfigStoreObjectId& id, std::shared_ptr<JsonDoc> document);
   /// A view. Its identifier has key and instance id only, so that no store takes it for a whole
   /// object.

@@ -3,8 +3,9 @@
 #include "tarnconfigstore/boot_state.h"
 
 #include "platform/made_once.h"
+#include "platform/upgrade_context.h"
 
-#include "errors/raise.h"
+#include "errors/platform_failures.h"
 #include "json/json.h"
 
 #include <string>
@@ -32,6 +33,10 @@ std::string ReadFlag(const std::string& key, const DBStore::ConnectionHandle& co
 }
 
 }  // namespace
+
+int ReadUpgradeContext() {
+  return WithStoreFailures(GetUpgradeCtx);
+}
 
 bool IsBootInternal(const DBStore::ConnectionHandle& connection) {
   return ReadFlag(keys.Get().isBoot, connection) == "true";

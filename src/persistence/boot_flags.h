@@ -1,6 +1,6 @@
 // The key/value entries that tell of the host's boot, read and written on a connection that the
-// caller holds, and so in its transaction. All raise ConfigStoreException 2000, also for an empty
-// handle.
+// caller holds, and so in its transaction; and whether the host is being upgraded. All raise
+// ConfigStoreException 2000, also for an empty handle.
 #pragma once
 
 #include "platform/db_store.h"
@@ -8,6 +8,10 @@
 #include <string>
 
 namespace TarnConfigStore {
+
+/// The host's upgrade context: 0 while no upgrade runs. Ask once an operation, not once a row. Raises
+/// with the platform's own message when it cannot be told.
+int ReadUpgradeContext();
 
 /// True exactly while "IS_BOOT" holds "true". Raises "Failed to read value from database.".
 bool IsBootInternal(const DBStore::ConnectionHandle& connection);

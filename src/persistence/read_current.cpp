@@ -2,7 +2,6 @@
 
 #include "platform/formatted_text.h"
 #include "platform/logger.h"
-#include "platform/upgrade_context.h"
 
 #include "errors/raise.h"
 #include "objects/filter.h"
@@ -40,7 +39,7 @@ ObjectHandle GetInternal(const ConfigStoreObjectId& id, const DBStore::Connectio
   if (row.Empty()) {
     return nullptr;
   }
-  return MergeLayers(row, id, schema, MakeUserObject(row, id, schema, GetUpgradeCtx()));
+  return MergeLayers(row, id, schema, MakeUserObject(row, id, schema, ReadUpgradeContext()));
 }
 
 ObjectHandle GetCurrentConfigInternal(const ConfigStoreObjectId& id,
@@ -56,7 +55,7 @@ std::vector<ObjectHandle> GetConfigInstancesInternal(
   if (!id.instanceId.empty()) {
     return FilterConfigStoreObjects(ListOf(GetInternal(id, connection, schema)), filter);
   }
-  const int upgradeContext = GetUpgradeCtx();
+  const int upgradeContext = ReadUpgradeContext();
   return FilterConfigStoreObjects(
       ObjectsOfType(connection, GET_INSTANCES.Text(), id,
                     [&](const RowMap& row, const ConfigStoreObjectId& instance) {
@@ -81,7 +80,7 @@ std::vector<ObjectHandle> GetCurrentConfigInstancesInternal(
 ObjectHandle GetConfigByBootAndContext(const ConfigStoreObjectId& id, const SchemaHandle& schema,
                                        const USERDATA_CONTEXT& context,
                                        const DBStore::ConnectionHandle& connection) {
-  const int upgradeContext = GetUpgradeCtx();
+  const int upgradeContext = ReadUpgradeContext();
   bool pendingVisible = true;
   if (upgradeContext == 0) {
     pendingVisible = IsBootInternal(connection);

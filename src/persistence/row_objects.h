@@ -28,7 +28,7 @@ ObjectHandle MakeConfirmedUserObject(const RowMap& row, const ConfigStoreObjectI
 
 /// The user's object as the upgrade context asks for it: outside an upgrade the confirmed one,
 /// during one the pending value if there is one and the user's otherwise, confirmed or not.
-/// \param upgradeContext  what GetUpgradeCtx answered; asked once an operation, not once a row
+/// \param upgradeContext  what ReadUpgradeContext answered; asked once an operation, not once a row
 ObjectHandle MakeUserObject(const RowMap& row, const ConfigStoreObjectId& id,
                             const SchemaHandle& schema, int upgradeContext);
 

@@ -1,12 +1,11 @@
 #include "persistence/write_values.h"
 
-#include "platform/upgrade_context.h"
-
 #include "errors/raise.h"
 #include "objects/access.h"
 #include "objects/division.h"
 #include "objects/schema_lookup.h"
 #include "persistence/binder.h"
+#include "persistence/boot_flags.h"
 #include "persistence/statements.h"
 
 #include <string_view>
@@ -53,7 +52,7 @@ void WriteInstances(std::string_view sql, const std::vector<ObjectHandle>& objec
 
 void WriteUserConfigInstances(const std::vector<ObjectHandle>& objects,
                               const DBStore::ConnectionHandle& connection, bool confirmed) {
-  const int success = confirmed || GetUpgradeCtx() != kUnconfirmedUpgrade ? 1 : 0;
+  const int success = confirmed || ReadUpgradeContext() != kUnconfirmedUpgrade ? 1 : 0;
   ForEachText(objects, [&](const ConfigStoreObjectId& id, const std::string& version,
                            const std::string& text) {
     const DBStore::StatementHandle statement =

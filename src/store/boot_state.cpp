@@ -1,9 +1,9 @@
 #include "tarnconfigstore/boot_state.h"
 
 #include "platform/logger.h"
-#include "platform/upgrade_context.h"
 
 #include "objects/schema_lookup.h"
+#include "persistence/boot_flags.h"
 #include "persistence/boot_status.h"
 #include "persistence/connection.h"
 #include "persistence/desired_view.h"
@@ -21,7 +21,7 @@ DBStore::ConnectionHandle Connect() {
 }  // namespace
 
 int GetUpgradeContext() {
-  return GetUpgradeCtx();
+  return ReadUpgradeContext();
 }
 
 void SetBootStatus(const ConfigStoreObjectId& csoId, bool status) {

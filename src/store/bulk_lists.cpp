@@ -5,6 +5,7 @@
 #include "platform/logger.h"
 
 #include "errors/raise.h"
+#include "json/utf8.h"
 #include "objects/schema_lookup.h"
 #include "validation/guards.h"
 
@@ -12,6 +13,24 @@
 #include <unordered_set>
 
 namespace TarnConfigStore {
+
+namespace {
+
+// The findings name members only, which all the instances have.
+[[noreturn]] void RefuseInstance(const ValidationException& refused,
+                                 const ConfigStoreObjectId& id) {
+  CSLogger::Log(CSLogger::kFailure, "Refused: %s", id.toString().c_str());
+  std::vector<ErrorInfo> findings = refused.GetErrors();
+  if (findings.empty()) {
+    throw;
+  }
+  for (ErrorInfo& finding : findings) {
+    finding.error += " (instance \"" + Json::Utf8::Escaped(id.instanceId) + "\")";
+  }
+  ThrowException<ValidationException>(static_cast<CSErrorCodes>(refused.GetErrorCode()), findings);
+}
+
+}  // namespace
 
 ConfigStoreObjectId DropEmptyHandles(ObjectList& objects, const char* operation) {
   std::erase_if(objects, [operation](const auto& object) { return IsNull(object, operation); });
@@ -37,10 +56,8 @@ void CheckInstances(const ObjectList& objects, const ConfigStoreObjectId& type,
     }
     try {
       validate(object);
-    } catch (const ValidationException&) {
-      // The findings name members only.
-      CSLogger::Log(CSLogger::kFailure, "Refused: %s", id.toString().c_str());
-      throw;
+    } catch (const ValidationException& refused) {
+      RefuseInstance(refused, id);
     }
   }
 }

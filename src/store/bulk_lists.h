@@ -15,7 +15,7 @@ ConfigStoreObjectId DropEmptyHandles(ObjectList& objects, const char* operation)
 /// Checks every object, in order: it is of the type named (else InvalidArgumentException 1062), its
 /// identifier has an instance id that no object before it has (else ValidationException 2000, or
 /// InvalidArgumentException 2000 naming the id), and what `validate` raises; the object that it
-/// refuses is logged.
+/// refuses is logged, and named in its findings.
 void CheckInstances(const ObjectList& objects, const ConfigStoreObjectId& type,
                     const std::function<void(const ObjectHandle&)>& validate);
 

@@ -36,7 +36,7 @@ void ConfigStoreImpl::DeleteInstances(const std::shared_ptr<FilterSpecObject>& f
     }
     return;
   }
-  RunUnderTransaction(*this, "DeleteInstances", [&] {
+  RunUnderTransaction(*this, connection_, "DeleteInstances", [&] {
     for (const ObjectHandle& object : GetConfigInstancesInternal(filter, connection_, schema)) {
       DeleteInternal(object->GetConfigStoreObjectId(), connection_);
     }
@@ -63,7 +63,7 @@ void ConfigStoreImpl::SetInstances(std::vector<std::shared_ptr<ConfigStoreObject
   if (objects.empty()) {
     return;
   }
-  RunUnderTransaction(*this, "SetInstances", [&] {
+  RunUnderTransaction(*this, connection_, "SetInstances", [&] {
     const ExistingInstances existing = ReadExistingInstances(type, connection_);
     DeleteInstancesInternal(type, connection_);
     SetInstancesInternal(objects, context, schemaCache, connection_, existing);
@@ -81,7 +81,7 @@ void ConfigStoreImpl::SetDataInstancesInternal(ObjectList objects, ValidateData 
   if (objects.empty()) {
     return;
   }
-  RunUnderTransaction(*this, "SetDataInstancesInternal", [&] {
+  RunUnderTransaction(*this, connection_, "SetDataInstancesInternal", [&] {
     deleteExisting(first, connection_);
     if (writeWithFlag != nullptr) {
       writeWithFlag(objects, connection_, schema->IsConfirmedDuringUpgrade());

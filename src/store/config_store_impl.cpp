@@ -1,7 +1,5 @@
 #include "store/config_store_impl.h"
 
-#include "platform/upgrade_context.h"
-
 #include "errors/raise.h"
 #include "persistence/boot_flags.h"
 #include "persistence/connection.h"
@@ -53,7 +51,7 @@ int ConfigStoreImpl::CancelTransaction() noexcept {
 }
 
 std::shared_ptr<NextBootStore> ConfigStoreImpl::GetNextBootStore() {
-  if (GetUpgradeCtx() != 0 || IsBootInternal(connection_)) {
+  if (ReadUpgradeContext() != 0 || IsBootInternal(connection_)) {
     ThrowRefusal("NextBootStore is not supported during the upgrade or boot phase");
   }
   return std::make_shared<NextBootStoreImpl>(connection_);

@@ -3,6 +3,7 @@
 #include "platform/logger.h"
 
 #include "notify/notification.h"
+#include "objects/access.h"
 #include "objects/schema_lookup.h"
 #include "persistence/boot_flags.h"
 #include "persistence/delete_config.h"
@@ -21,7 +22,8 @@ namespace {
 
 // Deleting members takes more than leaving them out.
 bool UpdatesNothing(const ObjectHandle& object) {
-  if (!object->IsEmpty()) {
+  // What is no object at all is refused with the rest of what does not fit.
+  if (!Internal::Access::Of(*object).GetRoot().IsObject() || !object->IsEmpty()) {
     return false;
   }
   CSLogger::Log(CSLogger::kProblem,
@@ -120,7 +122,7 @@ void ConfigStoreImpl::Update(std::shared_ptr<ConfigStoreObject> object,
   }
   CheckBootTimeContext(schema, object, context, connection_);
   // What is read has to be there still when the result is written.
-  RunUnderTransaction(*this, "Update",
+  RunUnderTransaction(*this, connection_, "Update",
                       [&] { UpdateInternal(object, schema, context, connection_); });
   NotifyIfAllowlisted(csoId, connection_);
 }

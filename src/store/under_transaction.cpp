@@ -9,8 +9,9 @@ namespace TarnConfigStore {
 namespace {
 
 template <class Begin, class Commit, class Cancel>
-void Run(const char* name, const std::function<void()>& steps, Begin begin, Commit commit,
-         Cancel cancel) {
+void Run(const DBStore::ConnectionHandle& connection, const char* name,
+         const std::function<void()>& steps, Begin begin, Commit commit, Cancel cancel) {
+  const DBStore::Turn turn(connection);
   if (begin() != 0) {
     ThrowFailure(std::string("Begin Transaction failed for: ") + name);
   }
@@ -33,14 +34,15 @@ void Run(const char* name, const std::function<void()>& steps, Begin begin, Comm
 void RunUnderTransaction(const DBStore::ConnectionHandle& connection, const char* name,
                          const std::function<void()>& steps) {
   Run(
-      name, steps, [&] { return DBStore::BeginTransaction(connection); },
+      connection, name, steps, [&] { return DBStore::BeginTransaction(connection); },
       [&] { return DBStore::CommitTransaction(connection); },
       [&] { DBStore::CancelTransaction(connection); });
 }
 
-void RunUnderTransaction(ConfigStore& store, const char* name, const std::function<void()>& steps) {
+void RunUnderTransaction(ConfigStore& store, const DBStore::ConnectionHandle& connection,
+                         const char* name, const std::function<void()>& steps) {
   Run(
-      name, steps, [&] { return store.BeginTransaction(); },
+      connection, name, steps, [&] { return store.BeginTransaction(); },
       [&] { return store.CommitTransaction(); }, [&] { store.CancelTransaction(); });
 }
 

@@ -13,12 +13,13 @@ namespace TarnConfigStore {
 /// the steps, or a failed commit ("Commit transaction failed."), cancels the transaction and passes
 /// on unchanged; any other standard exception cancels it and becomes ConfigStoreException 2000
 /// "Operation failed: TEXT". A begin that fails raises ConfigStoreException 2000 "Begin Transaction
-/// failed for: NAME" and cancels nothing.
+/// failed for: NAME" and cancels nothing. Other threads' calls on the connection wait meanwhile.
 void RunUnderTransaction(const DBStore::ConnectionHandle& connection, const char* name,
                          const std::function<void()>& steps);
 
-/// The same in a transaction of a store, through the store's own operations: a database layer that
+/// The same in a transaction of a store on its connection, through the store's own operations: a database layer that
 /// refuses to cancel is fatal there.
-void RunUnderTransaction(ConfigStore& store, const char* name, const std::function<void()>& steps);
+void RunUnderTransaction(ConfigStore& store, const DBStore::ConnectionHandle& connection,
+                         const char* name, const std::function<void()>& steps);
 
 }  // namespace TarnConfigStore

@@ -1,10 +1,9 @@
 #include "store/update.h"
 
-#include "platform/upgrade_context.h"
-
 #include "objects/access.h"
 #include "objects/division.h"
 #include "objects/merge.h"
+#include "persistence/boot_flags.h"
 #include "persistence/statements.h"
 #include "persistence/write_by_context.h"
 #include "validation/object_validation.h"
@@ -19,7 +18,7 @@ UPDATE_CONTEXT UpdateContextOf(const USERDATA_CONTEXT& context) {
   if (context != EXTERNAL) {
     return UPDATE_AUTOMATIC;
   }
-  return GetUpgradeCtx() == 0 ? UPDATE_USER : UPDATE_DURING_UPGRADE;
+  return ReadUpgradeContext() == 0 ? UPDATE_USER : UPDATE_DURING_UPGRADE;
 }
 
 unsigned PartsOf(const ColumnValues& values) {

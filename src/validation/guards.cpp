@@ -2,12 +2,12 @@
 
 #include "platform/error_messages.h"
 #include "platform/logger.h"
-#include "platform/upgrade_context.h"
 
 #include "errors/raise.h"
 #include "json/instance_ids.h"
 #include "json/utf8.h"
 #include "objects/access.h"
+#include "persistence/boot_flags.h"
 
 #include <algorithm>
 #include <string>
@@ -47,7 +47,7 @@ bool IsUserData(const Json::Value& value, Json::SchemaPlace schema) {
 }  // namespace
 
 void checkUserContext(bool booting, const USERDATA_CONTEXT& context) {
-  if (booting && context == EXTERNAL && GetUpgradeCtx() == 0) {
+  if (booting && context == EXTERNAL && ReadUpgradeContext() == 0) {
     ThrowRefusal("API cannot be invoked with EXTERNAL context during boot");
   }
 }

@@ -5,6 +5,7 @@
 
 #include "descriptions.h"
 #include "failure.h"
+#include "given_object.h"
 #include "stored_objects.h"
 #include "verbs.h"
 
@@ -32,6 +33,8 @@ constexpr const char* kRemediation = "1";
 constexpr const char* kRest = "--rest";
 constexpr const char* kAll = "--all";
 constexpr const char* kShared = "--shared";
+constexpr const char* kPart = "--part";
+constexpr const char* kAllParts = "--all-parts";
 
 Json::Value EntryOrNull(const char* key, JsonMaker& make) {
   const std::string value = TarnConfigStore::GetKeyValue(key);
@@ -145,6 +148,34 @@ void JudgeObject(const ConfigStoreObjectId& id, bool isAccepted) {
   TarnConfigStore::SetBootStatus(id, isAccepted);
 }
 
+// The rest of what waited is dropped.
+void AcceptPart(const Given& given) {
+  if (!given.Has(kObject)) {
+    throw ToolError(ExitCode::USAGE,
+                    std::string(kPart) + " is of one " + kObject + " (see --help)");
+  }
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
+  const auto object = MakeObject(id, given.Texts(kPart), TypeSchema(id));
+  TarnConfigStore::SetPartialBootStatus(object);
+  // The library writes nothing, and says nothing, when cleaning leaves nothing of it.
+  if (object->IsEmpty()) {
+    throw ToolError(ExitCode::INVALID,
+                    "nothing was accepted: without its empty members the part holds no data");
+  }
+}
+
+void ShowDesired(const Given& given, const Output& output) {
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
+  const auto desired = TarnConfigStore::GetDesiredUserConfig(
+      id, given.Has(kAllParts) ? TarnConfigStore::DESIRED_WITH_VITAL_AND_CACHED
+                               : TarnConfigStore::DESIRED_USER_ONLY);
+  if (!desired) {
+    throw ToolError(ExitCode::NOT_FOUND,
+                    "nothing of " + FormatObject(id) + " waits to be accepted");
+  }
+  PrintObject(*desired, {}, output);
+}
+
 void JudgeAll(const std::vector<StoredObject>& concerned, bool isAccepted) {
   std::vector<ConfigStoreObjectId> types;
   for (const StoredObject& object : concerned) {  // sorted: the instances of a type in a row
@@ -196,24 +227,48 @@ Verb VerdictVerb(const char* name, const char* help, bool isAccepted) {
       }};
 }
 
+Verb AcceptVerb() {
+  Verb verb = VerdictVerb("accept", "Make the values that waited for this boot the user's", true);
+  verb.arguments.push_back(
+      {.name = kPart,
+       .help = "This part alone, a file of JSON, - for standard input, or MEMBER=VALUE ...; the "
+               "rest of what waited for the OBJECT is dropped",
+       .takes = Takes::REST,
+       .valueName = kData});
+  verb.run = [](const Given& given, const Output& /*output*/) {
+    given.Has(kPart) ? AcceptPart(given) : Judge(given, true);
+  };
+  return verb;
+}
+
+Verb DesiredVerb() {
+  return {.name = "desired",
+          .help = "Print what waits to be accepted of an object",
+          .arguments = {ObjectArgument(),
+                        {.name = kAllParts,
+                         .help = "With its vital and cached part",
+                         .takes = Takes::NOTHING}},
+          .run = ShowDesired};
+}
+
 }  // namespace
 
 Verb BootVerbs() {
-  return {
-      .name = "boot",
-      .help = "Look at the host's boot, and play the boot process",
-      .verbs = {{.name = "status",
-                 .help = "Print what boots, what is staged, and what waits to be accepted",
-                 .run = ShowStatus},
-                {.name = "info", .help = "Print the kind of the boot", .run = ShowInfo},
-                {.name = "apply",
-                 .help = "Make the staged changes current: all of them, or none",
-                 .arguments = {{.name = kRest,
-                                .help = "Apply those that fit even when others do not",
-                                .takes = Takes::NOTHING}},
-                 .run = Apply},
-                VerdictVerb("accept", "Make the values that waited for this boot the user's", true),
-                VerdictVerb("reject", "Drop the values that waited for this boot", false)}};
+  return {.name = "boot",
+          .help = "Look at the host's boot, and play the boot process",
+          .verbs = {{.name = "status",
+                     .help = "Print what boots, what is staged, and what waits to be accepted",
+                     .run = ShowStatus},
+                    {.name = "info", .help = "Print the kind of the boot", .run = ShowInfo},
+                    {.name = "apply",
+                     .help = "Make the staged changes current: all of them, or none",
+                     .arguments = {{.name = kRest,
+                                    .help = "Apply those that fit even when others do not",
+                                    .takes = Takes::NOTHING}},
+                     .run = Apply},
+                    DesiredVerb(),
+                    AcceptVerb(),
+                    VerdictVerb("reject", "Drop the values that waited for this boot", false)}};
 }
 
 }  // namespace tarnctl

@@ -28,10 +28,9 @@ CLI::Option* AddOption(CLI::App& app, const Argument& argument) {
   CLI::Option* option = app.add_option(argument.name);
   option->type_name(argument.valueName.empty() ? "TEXT" : argument.valueName);
   option->required(argument.isRequired);
-  if (argument.takes == Takes::TEXTS) {
+  if (argument.takes == Takes::TEXTS || argument.takes == Takes::REST) {
     option->expected(CLI::detail::expected_max_vector_size);
-    // An option that can be repeated takes one each time.
-    option->allow_extra_args(option->get_positional());
+    option->allow_extra_args(argument.takes == Takes::REST || option->get_positional());
   }
   if (argument.range) {
     option->check(MakeRange(*argument.range));

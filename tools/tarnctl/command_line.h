@@ -20,7 +20,12 @@ struct NumberRange {
 };
 
 /// What follows the name of an option, or stands for a positional argument.
-enum class Takes { NOTHING, ONE_TEXT, TEXTS };
+enum class Takes {
+  NOTHING,
+  ONE_TEXT,
+  TEXTS,  ///< one each time, for an option that may be repeated
+  REST    ///< what follows, up to the next option
+};
 
 struct Argument {
   std::string name;  ///< "--all" for an option, "OBJECT" for a positional argument

@@ -155,7 +155,8 @@ Verb KernelOptionVerbs() {
               {.name = "set",
                .help = "Replace the options; boot accept puts them in force",
                .arguments = {DataArgument()},
-               .note = "Vital members are in force at once, and gone at once where DATA has none.",
+               .note = "Replaces what automatic configuration set, too. Vital members are in force "
+                       "at once, and gone at once where DATA has none; cached members are refused.",
                .run = SetKernelOptions}}};
 }
 

@@ -61,6 +61,16 @@ void List(const Given& given, const Output& output) {
       [&](const TarnConfigStore::StoredObject& object) { return Describe(object, make); }));
 }
 
+void ShowRevisions(const Given& given, const Output& output) {
+  const ConfigStoreObjectId type = ParseType(given.Text(kObject));
+  JsonMaker make;
+  Json::Value revisions(rapidjson::kObjectType);
+  for (const auto& [id, revision] : OpenStore()->GetInstancesRevision(type)) {
+    revisions.AddMember(make.Of(id), JsonMaker::Of(revision), make.GetAllocator());
+  }
+  output.PrintLenient(revisions);  // ids may be older than what is asked of them today
+}
+
 void ShowRevision(const Given& given, const Output& output) {
   const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
   const std::int32_t revision = OpenStore()->GetRevision(id);
@@ -98,8 +108,15 @@ Verb ListVerb() {
 Verb RevisionVerb() {
   return {.name = "revision",
           .help = "Print the number of writes of an object",
-          .arguments = {ObjectArgument()},
-          .run = ShowRevision};
+          .arguments = {{.name = kObject,
+                         .help = std::string("A TYPE with ") + kAllInstances,
+                         .isRequired = true},
+                        {.name = kAllInstances,
+                         .help = "Of each instance of a type, by its id",
+                         .takes = Takes::NOTHING}},
+          .run = [](const Given& given, const Output& output) {
+            (given.Has(kAllInstances) ? ShowRevisions : ShowRevision)(given, output);
+          }};
 }
 
 }  // namespace tarnctl

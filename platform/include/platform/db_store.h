@@ -7,8 +7,15 @@
 // is logged at priority 0 and kept as the thread's last store error (store_error.h). An empty
 // connection or statement is answered with a status other than 0, or with an empty handle.
 //
-// Thread safety: everything may be called from several threads, for one connection too; threads that
-// share a connection share its transaction. A statement is for one thread at a time.
+// Thread safety: everything may be called from several threads, for one connection too; each call is
+// one step, and a Turn makes several of them one. Threads that share a connection share its
+// transaction. A statement is for one thread at a time. A thread is not cancelled (pthreads(7)) in
+// the middle of a call.
+//
+// A connection serves the store that it was opened for: it fails as a store that is missing does when
+// another file, or none, stands at its path, and with 21 when the host root is another one. Asked
+// before each outermost begin and each write outside a transaction; for reads, every few
+// milliseconds. What was begun may be committed and cancelled all the same.
 //
 // Forking: what was opened before is never touched by the child, whose calls on it fail. The child
 // gets connections of its own, or none when the platform cannot give it any, with the reason told.
@@ -40,6 +47,21 @@ using ConnectionHandle = std::shared_ptr<StoreConnection>;
 ///                  for that
 ConnectionHandle GetConnection(Type type, bool writable);
 
+/// Makes several calls on a connection one operation: while this lives, the calls of other threads on
+/// the connection wait for its end. A thread may take several turns on a connection, one inside the
+/// other. For one operation at a time: never kept between a caller's begin and commit, nor while
+/// anybody else is told of a change. An empty connection has nothing to take.
+class Turn {
+ public:
+  explicit Turn(const ConnectionHandle& connection) noexcept;
+  ~Turn();
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+
+ private:
+  StoreConnection* connection_;  // which the caller holds
+};
+
 /// Transactions nest; each level is committed or cancelled once. Other connections see nothing of
 /// what was written before the outermost commit, and then all of it. Reading on another connection
 /// never waits for it.
@@ -70,10 +92,13 @@ int WriteKeyValue(const std::string& key, const std::string& value,
 int AttachSchemaStore(const ConnectionHandle& connection);
 int DetachSchemaStore(const ConnectionHandle& connection);
 
-/// Gives a statement back to the platform, which alone makes handles that hold one.
+/// Gives a statement back to the platform, which alone makes handles that hold one. An empty handle
+/// of a statement that could not be made says so: what runs it then fails without reporting another
+/// reason.
 struct SqliteStmtDeleter {
   mutable ConnectionHandle connection;  ///< kept alive while the statement is used, and then let go
   void* slot = nullptr;                 ///< the platform's own
+  bool failed = false;                  ///< there is no statement, and why has been reported
   void operator()(sqlite3_stmt* statement) const noexcept;
 };
 using StatementHandle = std::unique_ptr<sqlite3_stmt, SqliteStmtDeleter>;
@@ -107,6 +132,11 @@ class NullableSV {
 
 namespace internal {
 
+/// What Prepare returns after it reported a failure.
+inline StatementHandle NoStatement() {
+  return StatementHandle(nullptr, SqliteStmtDeleter{nullptr, nullptr, true});
+}
+
 /// One statement, ready to be bound, without bindings of earlier users. Empty on failure: a text
 /// that holds none, or more than one, is a failure.
 StatementHandle Prepare(const ConnectionHandle& connection, std::string_view sql, int limit);
@@ -138,7 +168,7 @@ class SqlStatement {
     int index = 1;
     if (!statement ||
         ((internal::Bind(connection, statement, index, parameters, false) != 0) || ...)) {
-      return StatementHandle();
+      return internal::NoStatement();
     }
     return statement;
   }

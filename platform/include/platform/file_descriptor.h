@@ -1,6 +1,8 @@
 // A file descriptor that is closed when its owner goes.
 #pragma once
 
+#include "platform/no_cancellation.h"
+
 #include <unistd.h>
 #include <utility>
 
@@ -22,7 +24,13 @@ class FileDescriptor {
 
   /// False, with errno, when closing what was open failed; there is nothing open afterwards all the
   /// same.
-  bool Close() noexcept { return !IsOpen() || ::close(std::exchange(number_, -1)) == 0; }
+  bool Close() noexcept {
+    if (!IsOpen()) {
+      return true;
+    }
+    const NoCancellation uncancelled;
+    return ::close(std::exchange(number_, -1)) == 0;
+  }
 
  private:
   int number_ = -1;

@@ -2,6 +2,8 @@
 // finds one held by a thread that it does not have.
 #pragma once
 
+#include "platform/no_cancellation.h"
+
 namespace ProcessLocks {
 
 /// The locks, in the order in which they are taken: who holds one may take those that stand below
@@ -21,8 +23,8 @@ enum class Rank : unsigned {
   COUNT
 };
 
-/// Holds a lock for as long as it lives, on one thread. Works before main, and while the process
-/// exits.
+/// Holds a lock for as long as it lives, on one thread, which is not cancelled meanwhile. Works
+/// before main, and while the process exits.
 class Guard {
  public:
   explicit Guard(Rank rank) noexcept;
@@ -31,6 +33,7 @@ class Guard {
   Guard& operator=(const Guard&) = delete;
 
  private:
+  const NoCancellation uncancelled_;
   const Rank rank_;
 };
 

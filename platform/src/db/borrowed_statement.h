@@ -9,8 +9,8 @@ namespace DBStore {
 /// when the statement could not be prepared; the failure is then reported.
 class StoreConnection::BorrowedStatement {
  public:
-  BorrowedStatement(StoreConnection& connection, std::string_view sql)
-      : connection_(connection), entry_(connection.TakeLocked(sql, kWaitLimit)) {}
+  BorrowedStatement(StoreConnection& connection, std::string_view sql, int limit = kWaitLimit)
+      : connection_(connection), entry_(connection.TakeLocked(sql, limit)) {}
   ~BorrowedStatement() {
     if (entry_ != nullptr) {
       connection_.statements_.GiveBack(entry_);
@@ -21,7 +21,6 @@ class StoreConnection::BorrowedStatement {
 
   explicit operator bool() const noexcept { return entry_ != nullptr; }
   sqlite3_stmt* Get() const noexcept { return entry_->statement; }
-  const internal::CachedStatement& Entry() const noexcept { return *entry_; }
 
  private:
   StoreConnection& connection_;

@@ -2,11 +2,13 @@
 
 #include "platform/host_paths.h"
 #include "platform/made_once.h"
+#include "platform/no_cancellation.h"
 
 #include "db/last_error.h"
 #include "db/layout.h"
 #include "db/open_databases.h"
 #include "db/testing_hook.h"
+#include "db/write_queue.h"
 #include "process/fork_hooks.h"
 
 #include <sqlite3.h>
@@ -22,12 +24,6 @@ using ProcessLocks::Guard;
 using ProcessLocks::Rank;
 
 constinit MadeOnce<ConnectionPool> thePool;
-constinit std::atomic<unsigned> threads{0};
-
-unsigned NumberOfThread() noexcept {
-  thread_local const unsigned number = ++threads;
-  return number;
-}
 
 }  // namespace
 
@@ -158,31 +154,6 @@ void ConnectionPool::CloseIdleLocked() noexcept {
   idle_.clear();
 }
 
-void ConnectionPool::WriteBegun(const StoreConnection& connection) {
-  const Guard guard(Rank::CONNECTION_POOL);
-  writers_.push_back({&connection, NumberOfThread()});
-  writerCount_.store(writers_.size(), std::memory_order_relaxed);
-}
-
-void ConnectionPool::WriteEnded(const StoreConnection& connection) noexcept {
-  const Guard guard(Rank::CONNECTION_POOL);
-  std::erase_if(writers_,
-                [&connection](const Writer& writer) { return writer.connection == &connection; });
-  writerCount_.store(writers_.size(), std::memory_order_relaxed);
-}
-
-bool ConnectionPool::ThisThreadWritesBeside(const StoreConnection& connection) {
-  // This thread sees at least what it did itself.
-  if (writerCount_.load(std::memory_order_relaxed) == 0) {
-    return false;
-  }
-  const Guard guard(Rank::CONNECTION_POOL);
-  return std::any_of(writers_.begin(), writers_.end(), [&connection](const Writer& writer) {
-    return writer.connection != &connection && writer.thread == NumberOfThread() &&
-           writer.connection->Identity().IsSameFile(connection.Identity());
-  });
-}
-
 // Opening a connection of the child's own beside one that it inherited would leave it without
 // locks.
 void ConnectionPool::LeaveInheritanceBehind() {
@@ -227,14 +198,14 @@ void ConnectionPool::ResumeInParent() noexcept {
 
 void ConnectionPool::ResumeInChild() noexcept {
   inheritance_ = !inUse_.empty();
-  writers_.clear();
-  writerCount_.store(0, std::memory_order_relaxed);
+  WriteQueue::ForgetAll();
   ResumeInParent();
 }
 
 }  // namespace internal
 
 ConnectionHandle GetConnection(Type type, bool writable) {
+  const NoCancellation uncancelled;
   if (internal::AskHook(testing::Operation::GET_CONNECTION) != 0) {
     return nullptr;
   }

@@ -5,14 +5,13 @@
 
 #include "db/store_connection.h"
 
-#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <vector>
 
 namespace DBStore::internal {
 
-/// Keeps idle connections for the next user, knows those in use, and who of them writes.
+/// Keeps idle connections for the next user, and knows those in use.
 /// Thread-safe.
 ///
 /// SQLite's locks belong to the process, and a child does not inherit them although it inherits
@@ -27,20 +26,9 @@ class ConnectionPool {
 
   ConnectionHandle Take(bool writable);
 
-  void WriteBegun(const StoreConnection& connection);
-  void WriteEnded(const StoreConnection& connection) noexcept;
-  /// Whether the calling thread began a transaction on another connection to the same file: waiting
-  /// for its end would be waiting for oneself.
-  bool ThisThreadWritesBeside(const StoreConnection& connection);
-
  private:
   class Lifetime;
   static constexpr std::size_t kMaxIdle = 8;
-
-  struct Writer {
-    const StoreConnection* connection;
-    unsigned thread;
-  };
 
   void LeaveInheritanceBehind();
   std::unique_ptr<StoreConnection> TakeIdle(bool writable);
@@ -59,8 +47,6 @@ class ConnectionPool {
   // All of it under the lock of the process's connection pool.
   std::vector<std::unique_ptr<StoreConnection>> idle_;
   std::vector<StoreConnection*> inUse_;
-  std::vector<Writer> writers_;
-  std::atomic<std::size_t> writerCount_{0};
   bool inheritance_ = false;  // connections of the parent are still to be closed
 };
 

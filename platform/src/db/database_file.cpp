@@ -7,6 +7,7 @@
 #include "db/access_rights.h"
 #include "db/last_error.h"
 #include "db/open_databases.h"
+#include "db/waiting.h"
 
 #include <climits>
 #include <sqlite3.h>
@@ -114,7 +115,7 @@ int ReadPragma(sqlite3* database, const char* pragma, std::string& value) {
 }
 
 int Harden(sqlite3* database) {
-  sqlite3_busy_timeout(database, kWaitLimit);
+  WaitAtMost(database, kWaitLimit);
   int code = sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   if (code == SQLITE_OK) {
     code = sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
@@ -278,6 +279,20 @@ DatabaseFile OpenDatabase(const Layout& layout, bool writable) {
   Report(ErrorKind::OTHER, SQLITE_CANTOPEN, layout,
          "is being replaced again and again; try again later");
   return file;
+}
+
+bool CheckStillThere(const Layout& layout, const DatabaseFile& file) {
+  FileIdentity present;
+  if (!IdentifyFile(file.path, present)) {
+    ReportUnreachable(layout, file.path, errno);
+    return false;
+  }
+  if (!present.IsSameFile(file.identity)) {
+    Report(ErrorKind::MISSING, SQLITE_CANTOPEN, layout,
+           "the database that was opened is not there any more, but another one; open it again");
+    return false;
+  }
+  return true;
 }
 
 int DefineDatabase(const Layout& layout, const std::string& path) noexcept {

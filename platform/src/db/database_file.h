@@ -52,6 +52,10 @@ struct DatabaseFile {
 ///                  that
 DatabaseFile OpenDatabase(const Layout& layout, bool writable);
 
+/// Whether the database that is open is still the one at its path. Reports, as opening it would,
+/// where there is none any more, or another one.
+bool CheckStillThere(const Layout& layout, const DatabaseFile& file);
+
 /// Makes a database in an empty file that nobody else knows yet. An SQLite result code.
 int DefineDatabase(const Layout& layout, const std::string& path) noexcept;
 

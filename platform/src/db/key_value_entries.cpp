@@ -1,6 +1,7 @@
 // The key/value entries beside the configuration.
 #include "db/borrowed_statement.h"
 #include "db/last_error.h"
+#include "db/queued_write.h"
 #include "db/store_connection.h"
 #include "db/testing_hook.h"
 
@@ -22,10 +23,10 @@ int BindWhole(sqlite3_stmt* statement, int index, const std::string& text) noexc
 }  // namespace
 
 int StoreConnection::ReadKeyValue(const std::string& key, std::string* value) {
-  const std::string_view action = "reading a key/value entry";
-  const std::lock_guard<std::mutex> guard(lock_);
-  if (IsTransactionGone()) {
-    return RefuseGone(action);
+  const Action action("reading a key/value entry");
+  const Guard guard(lock_);
+  if (const int refused = CheckReading(action)) {
+    return refused;
   }
   const BorrowedStatement statement(*this, kRead);
   if (!statement) {
@@ -51,13 +52,15 @@ int StoreConnection::ReadKeyValue(const std::string& key, std::string* value) {
 }
 
 int StoreConnection::WriteKeyValue(const std::string& key, const std::string& value) {
-  const std::lock_guard<std::mutex> guard(lock_);
-  const BorrowedStatement statement(*this, kWrite);
+  const Action action("writing the key/value entry", key);
+  const Guard guard(lock_);
+  QueuedWrite write(*this);
+  if (const int refused = write.Enter(kWaitLimit, action)) {
+    return refused;
+  }
+  const BorrowedStatement statement(*this, kWrite, waitLimit_);
   if (!statement) {
     return SQLITE_ERROR;
-  }
-  if (const int refused = CheckWriting(statement.Entry())) {
-    return refused;
   }
   int code = BindWhole(statement.Get(), 1, key);
   if (code == SQLITE_OK) {
@@ -67,7 +70,7 @@ int StoreConnection::WriteKeyValue(const std::string& key, const std::string& va
     code = sqlite3_step(statement.Get());
   }
   if (code != SQLITE_DONE) {
-    return Report(code, "writing the key/value entry " + key);
+    return Report(code, action);
   }
   return SQLITE_OK;
 }

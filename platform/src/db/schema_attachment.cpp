@@ -34,7 +34,7 @@ std::string ReadOnlyUri(const std::string& path) {
 }  // namespace
 
 int StoreConnection::AttachSchemaStore() {
-  const std::lock_guard<std::mutex> guard(lock_);
+  const Guard guard(lock_);
   if (!attached_) {
     // Opening it the usual way tells what is wrong with it, and ends what a killed writer left half
     // done.
@@ -61,7 +61,7 @@ int StoreConnection::AttachSchemaStore() {
 }
 
 int StoreConnection::DetachSchemaStore() {
-  const std::lock_guard<std::mutex> guard(lock_);
+  const Guard guard(lock_);
   if (attachments_ == 0) {
     internal::ReportFailure(ErrorKind::MISUSE, SQLITE_MISUSE,
                             std::string(fixedPath_) + ": the schema store is not attached");

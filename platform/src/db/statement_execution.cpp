@@ -1,6 +1,6 @@
 // Preparing, binding and running statements.
-#include "db/connection_pool.h"
 #include "db/last_error.h"
+#include "db/queued_write.h"
 #include "db/store_connection.h"
 #include "db/testing_hook.h"
 
@@ -64,6 +64,9 @@ class RowTexts {
 
 internal::CachedStatement* EntryOf(const ConnectionHandle& connection,
                                    const StatementHandle& statement) {
+  if (!statement && statement.get_deleter().failed) {
+    return nullptr;
+  }
   if (!statement || statement.get_deleter().connection != connection) {
     internal::ReportFailure(ErrorKind::MISUSE, SQLITE_MISUSE,
                             "there is no statement, or it belongs to another connection");
@@ -75,66 +78,52 @@ internal::CachedStatement* EntryOf(const ConnectionHandle& connection,
 }  // namespace
 
 internal::CachedStatement* StoreConnection::TakeStatement(std::string_view sql, int limit) {
-  const std::lock_guard<std::mutex> guard(lock_);
+  const Guard guard(lock_);
   return TakeLocked(sql, limit);
 }
 
 void StoreConnection::GiveBackStatement(internal::CachedStatement* entry) noexcept {
   if (!IsInherited()) {
-    const std::lock_guard<std::mutex> guard(lock_);
+    const Guard guard(lock_);
     statements_.GiveBack(entry);
   }
 }
 
-int StoreConnection::CheckWriting(const internal::CachedStatement& entry) {
-  if (IsTransactionGone()) {
-    return RefuseGone("running \"" + entry.text + "\"");
-  }
-  if (depth_ > 0 || sqlite3_stmt_readonly(entry.statement) != 0) {
-    return SQLITE_OK;
-  }
-  if (file_.readOnly) {
-    return RefuseReadOnly("running \"" + entry.text + "\"");
-  }
-  if (internal::ConnectionPool::Instance().ThisThreadWritesBeside(*this)) {
-    return RefuseWaitingForItself("running \"" + entry.text + "\"");
-  }
-  return SQLITE_OK;
-}
-
 int StoreConnection::Execute(internal::CachedStatement* entry, RowCallback callback, void* context,
                              int limit) {
-  std::unique_lock<std::mutex> lock(lock_);
+  const Guard guard(lock_);
+  const Action action("running", entry->text);
   if (entry->running) {
     internal::ReportFailure(
         ErrorKind::MISUSE, SQLITE_MISUSE,
         std::string(fixedPath_) + ": \"" + entry->text + "\" is running already");
     return SQLITE_ERROR;
   }
-  if (CheckWriting(*entry) != SQLITE_OK) {
+  QueuedWrite write(*this);
+  if (sqlite3_stmt_readonly(entry->statement) != 0) {
+    LimitWaiting(limit);
+    if (CheckReading(action) != SQLITE_OK) {
+      return SQLITE_ERROR;
+    }
+  } else if (write.Enter(limit, action) != SQLITE_OK) {
     return SQLITE_ERROR;
   }
-  LimitWaiting(limit);
   if (const int code = entry->parameters.Bind(entry->statement); code != SQLITE_OK) {
-    Report(code, "binding the parameters of \"" + entry->text + "\"");
+    Report(code, Action("binding the parameters of", entry->text));
     return SQLITE_ERROR;
   }
 
   // Whichever way it ends, the statement holds no read lock any more and can run again.
   class Running {
    public:
-    Running(StoreConnection& connection, internal::CachedStatement& entry,
-            std::unique_lock<std::mutex>& lock) noexcept
-        : connection_(connection), entry_(entry), lock_(lock) {
+    Running(StoreConnection& connection, internal::CachedStatement& entry) noexcept
+        : connection_(connection), entry_(entry) {
       entry_.running = true;
       ++connection_.executing_;
     }
     ~Running() {
       if (connection_.IsInherited()) {
         return;  // a callback forked, and this is the child
-      }
-      if (!lock_.owns_lock()) {
-        lock_.lock();  // a callback raised an exception
       }
       sqlite3_reset(entry_.statement);
       entry_.running = false;
@@ -146,14 +135,14 @@ int StoreConnection::Execute(internal::CachedStatement* entry, RowCallback callb
    private:
     StoreConnection& connection_;
     internal::CachedStatement& entry_;
-    std::unique_lock<std::mutex>& lock_;
   };
-  const Running running(*this, *entry, lock);
-  return StepThrough(*entry, callback, context, lock);
+  const Running running(*this, *entry);
+  return StepThrough(*entry, callback, context);
 }
 
 int StoreConnection::StepThrough(internal::CachedStatement& entry, RowCallback callback,
-                                 void* context, std::unique_lock<std::mutex>& lock) {
+                                 void* context) {
+  const Action action("running", entry.text);
   int code = sqlite3_step(entry.statement);
   if (code == SQLITE_ROW && callback != nullptr) {
     const int columns = sqlite3_column_count(entry.statement);
@@ -164,12 +153,10 @@ int StoreConnection::StepThrough(internal::CachedStatement& entry, RowCallback c
         code = SQLITE_NOMEM;
         break;
       }
-      lock.unlock();
       const int answer = callback(context, columns, row.Values(), row.Names());
       if (!IsUsable()) {
         return SQLITE_ERROR;
       }
-      lock.lock();
       if (answer != 0) {
         internal::ReportFailure(ErrorKind::OTHER, SQLITE_ABORT,
                                 std::string(fixedPath_) + ": \"" + entry.text +
@@ -186,11 +173,11 @@ int StoreConnection::StepThrough(internal::CachedStatement& entry, RowCallback c
     code = sqlite3_step(entry.statement);
   }
   if (code != SQLITE_DONE && code != SQLITE_ROW) {
-    Report(code, "running \"" + entry.text + "\"");
+    Report(code, action);
     return SQLITE_ERROR;
   }
   if (IsTransactionGone()) {
-    RefuseGone("running \"" + entry.text + "\"");
+    RefuseGone(action);
     return SQLITE_ERROR;
   }
   return SQLITE_OK;
@@ -221,11 +208,11 @@ namespace internal {
 StatementHandle Prepare(const ConnectionHandle& connection, std::string_view sql, int limit) {
   StoreConnection* const usable = Usable(connection);
   if (usable == nullptr || AskHook(testing::Operation::PREPARE, sql) != 0) {
-    return StatementHandle();
+    return NoStatement();
   }
   CachedStatement* const entry = usable->TakeStatement(sql, limit);
   if (entry == nullptr) {
-    return StatementHandle();
+    return NoStatement();
   }
   return StatementHandle(entry->statement, SqliteStmtDeleter{connection, entry});
 }
@@ -237,6 +224,9 @@ namespace {
 template <class SetParameter>
 int Set(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
         SetParameter set) {
+  if (!statement && statement.get_deleter().failed) {
+    return SQLITE_MISUSE;
+  }
   if (!connection || !statement) {
     ReportFailure(ErrorKind::MISUSE, SQLITE_MISUSE, "there is no statement, or no connection");
     return SQLITE_MISUSE;

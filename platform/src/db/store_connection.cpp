@@ -8,6 +8,8 @@
 #include "db/last_error.h"
 #include "db/layout.h"
 #include "db/testing_hook.h"
+#include "db/waiting.h"
+#include "process/clock.h"
 
 #include <sqlite3.h>
 
@@ -42,35 +44,95 @@ bool StoreConnection::IsUsable() const {
   return true;
 }
 
-int StoreConnection::Report(int code, std::string_view action) {
-  internal::ReportSqliteFailure(file_.handle.get(), code, fixedPath_, file_.path, action);
+std::string StoreConnection::Action::Text() const {
+  return sql.empty() ? std::string(verb) : std::string(verb).append(" \"").append(sql).append("\"");
+}
+
+int StoreConnection::Report(int code, const Action& action) {
+  internal::ReportSqliteFailure(file_.handle.get(), code, fixedPath_, file_.path, action.Text());
   return code & 0xff;
 }
 
-int StoreConnection::RefuseGone(std::string_view action) {
+int StoreConnection::RefuseGone(const Action& action) {
   internal::ReportFailure(
       ErrorKind::OTHER, SQLITE_ABORT_ROLLBACK,
-      std::string(fixedPath_) + ": " + std::string(action) +
+      std::string(fixedPath_) + ": " + action.Text() +
           ": the transaction was rolled back after an earlier failure; cancel it "
           "and start again");
   return SQLITE_ABORT_ROLLBACK;
 }
 
-int StoreConnection::RefuseWaitingForItself(std::string_view action) {
+int StoreConnection::RefuseWaitingForItself(const Action& action) {
   internal::ReportFailure(
       ErrorKind::BUSY, SQLITE_BUSY,
-      std::string(fixedPath_) + ": " + std::string(action) +
+      std::string(fixedPath_) + ": " + action.Text() +
           ": this thread has a transaction open on another connection and would "
           "wait for itself; end it first, or write through that connection");
   return SQLITE_BUSY;
 }
 
-int StoreConnection::RefuseReadOnly(std::string_view action) {
+int StoreConnection::RefuseLocked(const Action& action) {
+  internal::ReportFailure(ErrorKind::BUSY, SQLITE_BUSY,
+                          std::string(fixedPath_) + ": " + action.Text() +
+                              ": another thread of this process kept writing for longer than the "
+                              "limit");
+  return SQLITE_BUSY;
+}
+
+int StoreConnection::RefuseReadOnly(const Action& action) {
   internal::ReportFailure(ErrorKind::PERMISSION, SQLITE_READONLY,
-                          std::string(fixedPath_) + ": " + std::string(action) +
+                          std::string(fixedPath_) + ": " + action.Text() +
                               ": it was opened for reading; " +
                               internal::MissingWriteRight(file_.path));
   return SQLITE_READONLY;
+}
+
+// What is written to a file that has no name any more is lost as soon as it is closed.
+int StoreConnection::CheckFile(const Action& action) {
+  if (rootGeneration_ != HostPaths::RootGeneration()) {
+    internal::ReportFailure(ErrorKind::MISUSE, SQLITE_MISUSE,
+                            std::string(fixedPath_) + ": " + action.Text() +
+                                ": the host root is another one since this store was opened; open "
+                                "it again");
+    return SQLITE_MISUSE;
+  }
+  return internal::CheckStillThere(internal::CurrentStoreLayout(), file_) ? SQLITE_OK
+                                                                          : SQLITE_CANTOPEN;
+}
+
+int StoreConnection::CheckFileOnceInATick(const Action& action) {
+  const std::int64_t now = Clock::CoarseNow();
+  if (now == lastLook_ && rootGeneration_ == HostPaths::RootGeneration()) {
+    return SQLITE_OK;
+  }
+  const int code = CheckFile(action);
+  lastLook_ = code == SQLITE_OK ? now : 0;
+  return code;
+}
+
+int StoreConnection::CheckReading(const Action& action) {
+  if (IsTransactionGone()) {
+    return RefuseGone(action);
+  }
+  return CheckFileOnceInATick(action);
+}
+
+int StoreConnection::EnterQueue(int& limit, const Action& action) {
+  if (file_.readOnly) {
+    // SQLite would begin a transaction that can only read.
+    return RefuseReadOnly(action);
+  }
+  if (const int refused = CheckFile(action)) {
+    return refused;
+  }
+  if (internal::WriteQueue::ThisThreadWritesBeside(place_, file_.identity)) {
+    return RefuseWaitingForItself(action);
+  }
+  if (!internal::WriteQueue::Enter(place_, file_.identity, limit)) {
+    return RefuseLocked(action);
+  }
+  LimitWaiting(limit);
+  return SQLITE_OK;
 }
 
 bool StoreConnection::IsTransactionGone() const noexcept {
@@ -81,7 +143,7 @@ bool StoreConnection::IsTransactionGone() const noexcept {
 
 void StoreConnection::LimitWaiting(int limit) noexcept {
   if (limit != waitLimit_) {
-    sqlite3_busy_timeout(file_.handle.get(), limit);
+    internal::WaitAtMost(file_.handle.get(), limit);
     waitLimit_ = limit;
   }
 }
@@ -99,7 +161,7 @@ internal::CachedStatement* StoreConnection::PrepareLocked(std::string_view sql) 
   const int code = sqlite3_prepare_v3(file_.handle.get(), sql.data(), static_cast<int>(sql.size()),
                                       SQLITE_PREPARE_PERSISTENT, &statement, &tail);
   if (code != SQLITE_OK) {
-    Report(code, "preparing \"" + std::string(sql) + "\"");
+    Report(code, Action("preparing", sql));
     return nullptr;
   }
   // What follows a statement would be left out without a word.
@@ -114,8 +176,8 @@ internal::CachedStatement* StoreConnection::PrepareLocked(std::string_view sql) 
   return statements_.Add(sql, statement);
 }
 
-int StoreConnection::Run(const char* sql) {
-  const BorrowedStatement statement(*this, sql);
+int StoreConnection::Run(const char* sql, int limit) {
+  const BorrowedStatement statement(*this, sql, limit);
   if (!statement) {
     return sqlite3_extended_errcode(file_.handle.get());
   }
@@ -124,7 +186,7 @@ int StoreConnection::Run(const char* sql) {
 }
 
 bool StoreConnection::MakeReusable() noexcept {
-  const std::lock_guard<std::mutex> guard(lock_);
+  const Guard guard(lock_);
   try {
     if (sqlite3_get_autocommit(file_.handle.get()) == 0) {
       Run("ROLLBACK");
@@ -151,7 +213,8 @@ bool StoreConnection::IsCurrent() const noexcept {
 
 void StoreConnection::Close() noexcept {
   // Under the lock: a fork in the middle of it has to notice.
-  const std::lock_guard<std::mutex> guard(lock_);
+  const Guard guard(lock_);
+  internal::WriteQueue::Leave(place_);
   CloseUnshared();
 }
 
@@ -184,4 +247,19 @@ StoreConnection* Usable(const ConnectionHandle& connection) {
 }
 
 }  // namespace internal
+
+// A child's inheritance may be held by a thread that the child does not have.
+Turn::Turn(const ConnectionHandle& connection) noexcept
+    : connection_(connection && !connection->IsInherited() ? connection.get() : nullptr) {
+  if (connection_ != nullptr) {
+    connection_->TakeTurn();
+  }
+}
+
+Turn::~Turn() {
+  if (connection_ != nullptr) {
+    connection_->GiveTurnBack();
+  }
+}
+
 }  // namespace DBStore

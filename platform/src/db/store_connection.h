@@ -4,10 +4,12 @@
 #include "platform/db_store.h"
 
 #include "db/database_file.h"
+#include "db/recursive_lock.h"
 #include "db/statement_cache.h"
+#include "db/write_queue.h"
 
 #include <atomic>
-#include <mutex>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -20,16 +22,20 @@ inline std::atomic<unsigned> forkGeneration{0};
 
 }  // namespace internal
 
-/// Several threads may use a connection; they take turns at each call of the engine, and share its
+/// Several threads may use a connection; they take turns, one operation each, and share its
 /// transaction. Failures are reported by the operation that meets them. A connection that was
 /// opened before the process forked is never touched in the child by any of the operations: they
-/// refuse.
+/// refuse. So do those on a store whose file is not the one at its path any more.
 class StoreConnection {
  public:
   StoreConnection(internal::DatabaseFile file, bool writable, unsigned rootGeneration) noexcept;
   ~StoreConnection();
   StoreConnection(const StoreConnection&) = delete;
   StoreConnection& operator=(const StoreConnection&) = delete;
+
+  /// Keeps the other threads out until it is given back. A thread may take it several times.
+  void TakeTurn() noexcept { lock_.lock(); }
+  void GiveTurnBack() noexcept { lock_.unlock(); }
 
   int Begin();
   int Commit();
@@ -69,22 +75,38 @@ class StoreConnection {
   void CloseUnshared() noexcept;
 
  private:
+  /// What was tried, for messages; put into words only when there is something to say.
+  struct Action {
+    Action(const char* what) : verb(what) {}
+    Action(const char* what, std::string_view text) : verb(what), sql(text) {}
+    std::string Text() const;
+
+    std::string_view verb;
+    std::string_view sql = {};
+  };
   class BorrowedStatement;
+  class QueuedWrite;
+  using Guard = std::lock_guard<internal::RecursiveLock>;
 
   // What follows expects the lock to be held.
   bool IsTransactionGone() const noexcept;
-  int RefuseGone(std::string_view action);
-  int RefuseWaitingForItself(std::string_view action);
-  int RefuseReadOnly(std::string_view action);
-  int Report(int code, std::string_view action);
+  int RefuseGone(const Action& action);
+  int RefuseWaitingForItself(const Action& action);
+  int RefuseReadOnly(const Action& action);
+  int RefuseLocked(const Action& action);
+  int CheckFile(const Action& action);
+  int CheckFileOnceInATick(const Action& action);
+  int Report(int code, const Action& action);
   void LimitWaiting(int limit) noexcept;
   internal::CachedStatement* TakeLocked(std::string_view sql, int limit);
   internal::CachedStatement* PrepareLocked(std::string_view sql);
-  int CheckWriting(const internal::CachedStatement& entry);
-  int Run(const char* sql);
+  int CheckReading(const Action& action);
+  /// Waits for this connection's turn to write, up to the limit, of which it leaves the rest.
+  int EnterQueue(int& limit, const Action& action);
+  int Run(const char* sql, int limit = kWaitLimit);
+  void EndLevel() noexcept;
   void EndTransaction() noexcept;
-  int StepThrough(internal::CachedStatement& entry, RowCallback callback, void* context,
-                  std::unique_lock<std::mutex>& lock);
+  int StepThrough(internal::CachedStatement& entry, RowCallback callback, void* context);
   int Detach();
 
   const char* fixedPath_;
@@ -93,7 +115,8 @@ class StoreConnection {
   const unsigned rootGeneration_;
   const unsigned forkGeneration_;
 
-  std::mutex lock_;
+  internal::RecursiveLock lock_;
+  internal::WriteQueue::Place place_;
   internal::StatementCache statements_;
   int waitLimit_ = kWaitLimit;
   int depth_ = 0;      // levels that were begun and neither committed nor cancelled
@@ -101,6 +124,8 @@ class StoreConnection {
   int executing_ = 0;  // statements being stepped through, their callbacks included
   int attachments_ = 0;
   bool attached_ = false;  // outlives the attachments while a transaction is open
+
+  std::int64_t lastLook_ = 0;  // at the file, by the coarse clock
 
   bool paused_ = false;
   bool atRest_ = false;

@@ -1,7 +1,6 @@
 // Nested transactions of a connection. SQLite sometimes rolls everything back by itself: it then
 // accepts new savepoints and plain statements as if nothing had happened, and commits them at once.
 // So the levels that are still open are refused everything but being cancelled.
-#include "db/connection_pool.h"
 #include "db/last_error.h"
 #include "db/store_connection.h"
 #include "db/testing_hook.h"
@@ -12,6 +11,7 @@ namespace DBStore {
 namespace {
 
 // All levels share a name: SQLite means the innermost of it.
+constexpr const char* kBegin = "BEGIN IMMEDIATE";
 constexpr const char* kBeginLevel = "SAVEPOINT level";
 constexpr const char* kCommitLevel = "RELEASE level";
 constexpr const char* kUndoLevel = "ROLLBACK TO level";
@@ -27,35 +27,35 @@ int RefuseWithoutTransaction(const char* path, const char* action) {
 
 int StoreConnection::Begin() {
   constexpr const char* kAction = "beginning a transaction";
-  const std::lock_guard<std::mutex> guard(lock_);
-  int code = SQLITE_OK;
+  const Guard guard(lock_);
   if (depth_ > 0) {
     if (IsTransactionGone()) {
       return RefuseGone(kAction);
     }
-    code = Run(kBeginLevel);
-  } else if (file_.readOnly) {
-    // SQLite would begin a transaction that can only read.
-    return RefuseReadOnly(kAction);
-  } else if (internal::ConnectionPool::Instance().ThisThreadWritesBeside(*this)) {
-    return RefuseWaitingForItself(kAction);
+    internal::WriteQueue::BeginLevel(place_);
   } else {
-    internal::ConnectionPool::Instance().WriteBegun(*this);
-    code = Run("BEGIN IMMEDIATE");
-    if (code != SQLITE_OK) {
-      internal::ConnectionPool::Instance().WriteEnded(*this);
+    int limit = kWaitLimit;
+    if (const int refused = EnterQueue(limit, kAction)) {
+      return refused;
     }
   }
-  if (code != SQLITE_OK) {
-    return Report(code, kAction);
+  const int code = Run(depth_ > 0 ? kBeginLevel : kBegin, waitLimit_);
+  if (code == SQLITE_OK) {
+    ++depth_;
+    return SQLITE_OK;
   }
-  ++depth_;
-  return SQLITE_OK;
+  const int status = Report(code, kAction);
+  if (depth_ > 0) {
+    internal::WriteQueue::EndLevel(place_);
+  } else {
+    internal::WriteQueue::Leave(place_);
+  }
+  return status;
 }
 
 int StoreConnection::Commit() {
   constexpr const char* kAction = "committing";
-  const std::lock_guard<std::mutex> guard(lock_);
+  const Guard guard(lock_);
   if (depth_ == 0) {
     return RefuseWithoutTransaction(fixedPath_, kAction);
   }
@@ -66,14 +66,12 @@ int StoreConnection::Commit() {
   if (code != SQLITE_OK) {
     return Report(code, kAction);
   }
-  if (--depth_ == 0) {
-    EndTransaction();
-  }
+  EndLevel();
   return SQLITE_OK;
 }
 
 int StoreConnection::Cancel() {
-  const std::lock_guard<std::mutex> guard(lock_);
+  const Guard guard(lock_);
   if (depth_ == 0) {
     return RefuseWithoutTransaction(fixedPath_, "cancelling");
   }
@@ -86,15 +84,21 @@ int StoreConnection::Cancel() {
       lost_ = true;
     }
   }
+  EndLevel();
+  return SQLITE_OK;
+}
+
+void StoreConnection::EndLevel() noexcept {
   if (--depth_ == 0) {
     EndTransaction();
+  } else {
+    internal::WriteQueue::EndLevel(place_);
   }
-  return SQLITE_OK;
 }
 
 void StoreConnection::EndTransaction() noexcept {
   lost_ = false;
-  internal::ConnectionPool::Instance().WriteEnded(*this);
+  internal::WriteQueue::Leave(place_);
   if (attached_ && attachments_ == 0) {
     Detach();
   }

@@ -1,16 +1,14 @@
 #include "platform/upgrade_context.h"
 
-#include "platform/file_descriptor.h"
 #include "platform/host_paths.h"
-#include "platform/logger.h"
+#include "platform/regular_file.h"
 
 #include <cerrno>
 #include <charconv>
-#include <cstring>
-#include <fcntl.h>
+#include <stdexcept>
 #include <string>
 #include <string_view>
-#include <unistd.h>
+#include <system_error>
 
 namespace {
 
@@ -35,35 +33,28 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
+// Taking it for 0 would confirm what must not be confirmed.
+[[noreturn]] void Fail(const std::string& what) {
+  throw std::runtime_error(std::string("Upgrade context ") + HostPaths::kUpgradeContext + " " +
+                           what);
+}
+
 }  // namespace
 
 int GetUpgradeCtx() {
-  const FileDescriptor file(open(Path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  if (!file.IsOpen()) {
-    if (errno != ENOENT && errno != ENOTDIR) {
-      CSLogger::Log(CSLogger::kProblem, "Upgrade context %s cannot be read: %s",
-                    HostPaths::kUpgradeContext, std::strerror(errno));
+  constexpr std::size_t kLongest = 63;
+  std::string content;
+  if (!ReadRegularFile(Path(), kLongest, content)) {
+    if (errno == ENOENT || errno == ENOTDIR) {
+      return 0;
     }
-    return 0;
+    Fail("cannot be read: " + std::error_code(errno, std::generic_category()).message());
   }
-  char buffer[64];
-  ssize_t length = -1;
-  do {
-    length = read(file.Number(), buffer, sizeof buffer);
-  } while (length < 0 && errno == EINTR);
-  if (length < 0) {
-    CSLogger::Log(CSLogger::kProblem, "Upgrade context %s cannot be read: %s",
-                  HostPaths::kUpgradeContext, std::strerror(errno));
-    return 0;
-  }
-  const std::string_view text = Trimmed({buffer, static_cast<std::size_t>(length)});
+  const std::string_view text = Trimmed(content);
   int value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error != std::errc() || end != text.data() + text.size()) {
-    CSLogger::Log(CSLogger::kProblem,
-                  "Upgrade context %s does not hold a decimal number; taken as 0",
-                  HostPaths::kUpgradeContext);
-    return 0;
+    Fail("does not hold a decimal number");
   }
   return value;
 }

@@ -1,5 +1,7 @@
 #include "schema/file_stamp.h"
 
+#include "process/clock.h"
+
 #include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -23,12 +25,6 @@ FileStamp StampFrom(const struct stat& status) noexcept {
           Nanoseconds(status.st_ctim)};
 }
 
-std::int64_t Read(clockid_t clock) noexcept {
-  timespec time = {};
-  clock_gettime(clock, &time);
-  return Nanoseconds(time);
-}
-
 }  // namespace
 
 FileStamp StampOf(const std::string& path) noexcept {
@@ -45,11 +41,7 @@ FileStamp FileWatch::Stamp() const noexcept {
 }
 
 std::int64_t Now() noexcept {
-  return Read(CLOCK_REALTIME);
-}
-
-std::int64_t CoarseNow() noexcept {
-  return Read(CLOCK_MONOTONIC_COARSE);
+  return Clock::Read(CLOCK_REALTIME);
 }
 
 bool MayHideChanges(const FileStamp& stamp, std::int64_t taken) noexcept {

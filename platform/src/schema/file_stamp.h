@@ -42,10 +42,6 @@ class FileWatch {
 /// Nanoseconds since 1970.
 std::int64_t Now() noexcept;
 
-/// Nanoseconds since some moment, on a clock that only goes forward and ticks every few
-/// milliseconds.
-std::int64_t CoarseNow() noexcept;
-
 /// A file that was written just before the stamp was taken could be written again without its stamp
 /// changing, because clocks of file systems tick a few milliseconds apart. Only a stamp of which
 /// this is false speaks for what comes after it.

@@ -4,6 +4,7 @@
 #include "platform/made_once.h"
 #include "platform/process_locks.h"
 
+#include "process/clock.h"
 #include "schema/file_stamp.h"
 #include "schema/schema_database.h"
 #include "schema/type_cache.h"
@@ -67,7 +68,7 @@ std::shared_ptr<UsedTypes> Observe() {
   next->path = sameRoot ? last->path : HostPaths::Resolve(HostPaths::kSchemaStore);
 
   const std::int64_t now = Now();
-  next->pathSeen = CoarseNow();
+  next->pathSeen = Clock::CoarseNow();
   next->watch = std::make_unique<FileWatch>(next->path);
   next->stamp = next->watch->Stamp();
   next->settled = !MayHideChanges(next->stamp, now);
@@ -97,7 +98,7 @@ bool IsUpToDate(const Observation& seen) {
   if (!seen.settled || seen.rootGeneration != HostPaths::RootGeneration()) {
     return false;
   }
-  const std::int64_t now = CoarseNow();
+  const std::int64_t now = Clock::CoarseNow();
   if (now == seen.stampSeen.load(std::memory_order_relaxed) && !seen.types->KnowsOfAbsentTypes()) {
     return true;
   }

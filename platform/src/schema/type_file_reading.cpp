@@ -1,18 +1,15 @@
-#include "platform/file_descriptor.h"
+#include "platform/regular_file.h"
 #include "platform/type_files.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <fcntl.h>
 #include <filesystem>
-#include <sys/stat.h>
 #include <system_error>
-#include <unistd.h>
+#include <utility>
 
 namespace TypeFiles {
 namespace {
 
-constexpr off_t kMaxFileSize = off_t{16} * 1024 * 1024;
+constexpr std::size_t kMaxFileSize = std::size_t{16} * 1024 * 1024;
 
 }  // namespace
 
@@ -41,30 +38,8 @@ std::optional<std::vector<std::string>> FilesAt(const std::string& path) {
 }
 
 std::optional<std::string> ReadText(const std::string& path) {
-  // Opening a pipe would wait for its writer.
-  const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  struct stat status = {};
-  if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || !S_ISREG(status.st_mode) ||
-      status.st_size > kMaxFileSize) {
-    return std::nullopt;
-  }
-  std::string text(static_cast<std::size_t>(status.st_size), '\0');
-  std::size_t length = 0;
-  while (length < text.size()) {
-    const ssize_t got = read(file.Number(), text.data() + length, text.size() - length);
-    if (got < 0 && errno == EINTR) {
-      continue;
-    }
-    if (got < 0) {
-      return std::nullopt;
-    }
-    if (got == 0) {
-      break;
-    }
-    length += static_cast<std::size_t>(got);
-  }
-  text.resize(length);
-  return text;
+  std::string text;
+  return ReadRegularFile(path, kMaxFileSize, text) ? std::optional(std::move(text)) : std::nullopt;
 }
 
 }  // namespace TypeFiles

@@ -1,0 +1,70 @@
+#include "db/waiting.h"
+
+#include "process/clock.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <ctime>
+
+namespace DBStore::internal {
+namespace {
+
+constexpr std::int64_t kMicrosecond = 1'000;
+constexpr std::int64_t kMillisecond = 1'000'000;
+
+// One thread waits for one lock at a time.
+struct Wait {
+  std::int64_t began = 0;
+  std::uint32_t random = 0;
+};
+constinit thread_local Wait wait;
+
+// xorshift32; what it has to be is different for each thread.
+std::uint32_t Random() noexcept {
+  std::uint32_t& x = wait.random;
+  while (x == 0) {
+    x = static_cast<std::uint32_t>(Clock::Now() / kMicrosecond) ^
+        static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(&wait) >> 4U);
+  }
+  x ^= x << 13U;
+  x ^= x >> 17U;
+  x ^= x << 5U;
+  return x;
+}
+
+// A lock is held for about as long as a disk takes to write. Who has waited through many such turns
+// looks more often than who has just come, and so is served before.
+std::int64_t NextSleep(std::int64_t waited) noexcept {
+  const std::int64_t most = waited < 10 * kMillisecond    ? 1'200 * kMicrosecond
+                            : waited < 40 * kMillisecond  ? 600 * kMicrosecond
+                            : waited < 160 * kMillisecond ? 300 * kMicrosecond
+                                                          : 150 * kMicrosecond;
+  return most / 4 + static_cast<std::int64_t>(Random()) % most;
+}
+
+int Sleep(void* limit, int calls) {
+  const std::int64_t now = Clock::Now();
+  if (calls == 0) {
+    wait.began = now;
+  }
+  const std::int64_t waited = now - wait.began;
+  const auto most =
+      static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(limit)) * kMillisecond;
+  if (waited >= most) {
+    return 0;
+  }
+  const timespec pause = {0, static_cast<long>(std::min(NextSleep(waited), most - waited))};
+  nanosleep(&pause, nullptr);
+  return 1;
+}
+
+}  // namespace
+
+void WaitAtMost(sqlite3* database, int milliseconds) noexcept {
+  sqlite3_busy_handler(database, milliseconds > 0 ? Sleep : nullptr,
+                       reinterpret_cast<void*>(static_cast<std::intptr_t>(milliseconds)));
+}
+
+}  // namespace DBStore::internal
