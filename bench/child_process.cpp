@@ -2,6 +2,7 @@
 
 #include "tarnconfigstore/host.h"
 
+#include "contention.h"
 #include "daemon.h"
 
 #include <array>
@@ -38,6 +39,9 @@ double Perform(ChildTask task, const std::string& root) {
     case ChildTask::DAEMON_THAT_READS:
     case ChildTask::DAEMON_THAT_ACCEPTS:
       ServeAsDaemon(task == ChildTask::DAEMON_THAT_READS);
+    case ChildTask::CONTEND:
+      Contend();
+      return 0;
   }
   throw std::runtime_error("no such task");
 }
@@ -82,8 +86,7 @@ Child StartChild(ChildTask task, const std::string& root) {
   return {child, ends[0]};
 }
 
-double MeasureInChild(ChildTask task, const std::string& root) {
-  const Child child = StartChild(task, root);
+std::string Collect(const Child& child) {
   const std::string answer = ReadAll(child.output);
   close(child.output);
   int status = 0;
@@ -92,7 +95,11 @@ double MeasureInChild(ChildTask task, const std::string& root) {
   if (status != 0 || answer.empty()) {
     throw std::runtime_error("a child failed");
   }
-  return std::strtod(answer.c_str(), nullptr);
+  return answer;
+}
+
+double MeasureInChild(ChildTask task, const std::string& root) {
+  return std::strtod(Collect(StartChild(task, root)).c_str(), nullptr);
 }
 
 bool ServeAsChild(int argc, char** argv) {

@@ -16,6 +16,7 @@ enum class ChildTask : int {
   HELD_INSTANCES_FLOOR,
   DAEMON_THAT_READS,    ///< serves until it is ended
   DAEMON_THAT_ACCEPTS,  ///< the same
+  CONTEND,              ///< prints several figures
 };
 
 /// A child, and the end of the pipe that its standard output goes to.
@@ -26,6 +27,9 @@ struct Child {
 
 /// Starts a child; the caller closes the pipe and waits for it. Raises std::runtime_error.
 Child StartChild(ChildTask task, const std::string& root);
+
+/// Waits for a child's end; what it printed. Raises std::runtime_error when it failed.
+std::string Collect(const Child& child);
 
 /// Starts a child and returns the number it answers with. Raises std::runtime_error when it fails.
 double MeasureInChild(ChildTask task, const std::string& root);

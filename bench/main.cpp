@@ -1,15 +1,18 @@
 // Measures the library against the same road written by hand, on a host of its own under the
-// current directory. Takes Google Benchmark's arguments.
+// current directory. Takes Google Benchmark's arguments; or --contention alone, for many writers at
+// once, who tell of nothing but themselves.
 #include "benchmarks.h"
 #include "child_process.h"
 #include "comparison_table.h"
 #include "conditions.h"
+#include "contention.h"
 #include "measured_host.h"
 #include "roads.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <string>
 #include <vector>
@@ -57,6 +60,10 @@ int main(int argc, char** argv) {
   try {
     if (Benchmarks::ServeAsChild(argc, argv)) {
       return 0;
+    }
+    if (argc == 2 && std::strcmp(argv[1], "--contention") == 0) {
+      const Benchmarks::Host host;
+      return Benchmarks::MeasureContention(host.Root()) ? 0 : 1;
     }
     std::vector<char*> arguments = WithDefaults(argc, argv);
     int count = static_cast<int>(arguments.size()) - 1;
