@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -44,6 +45,31 @@ inline std::string FindingsOf(const Json::Value& schema, const Json::Value& valu
 inline std::string FindingsOf(std::string_view schema, std::string_view value,
                               const Rules& rules = kSetRules) {
   return FindingsOf(Parsed(schema), Parsed(value), rules);
+}
+
+/// Values, and what is found in them.
+struct Case {
+  const char* schema;
+  const char* value;
+  std::string findings;
+  Rules rules = kSetRules;
+};
+
+inline void Expect(const std::vector<Case>& cases) {
+  for (const Case& each : cases) {
+    EXPECT_EQ(FindingsOf(each.schema, each.value, each.rules), each.findings)
+        << each.schema << " " << each.value;
+  }
+}
+
+/// The parts of "a,b,c".
+inline std::vector<std::string> Split(const std::string& list) {
+  std::vector<std::string> parts;
+  std::istringstream text(list);
+  for (std::string part; std::getline(text, part, ',');) {
+    parts.push_back(part);
+  }
+  return parts;
 }
 
 }  // namespace ValidatorTest

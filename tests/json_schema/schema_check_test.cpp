@@ -14,61 +14,53 @@ std::string Check(std::string_view schema) {
 
 TEST(CheckSchema, FindsNothingInSoundSchemas) {
   for (const char* schema :
-       {"true", "{}", R"({"type": ["string", "null"], "unknown": {"type": 3}, "format": "any"})",
+       {R"({"type": ["string", "null"], "unknown": {"type": 3}, "format": "any"})",
         R"({"properties": {"$ref": {"type": "string"}, "next": {"$ref": "#"}},
-               "definitions": {"a/b~": {"items": {"$ref": "#/definitions/a~1b~0"}}, "c d": false},
-               "additionalProperties": {"$ref": "#/definitions/c%20d"}})",
+            "definitions": {"a/b~": {"items": {"$ref": "#/definitions/a~1b~0"}}, "c d": false},
+            "additionalProperties": {"$ref": "#/definitions/c%20d"}})",
         R"({"$ref": "#/definitions/a", "minimum": "hidden by the reference",
-               "definitions": {"a": {"minLength": 2.0}}})"}) {
+            "definitions": {"a": {"minLength": 2.0}}})"}) {
     EXPECT_EQ(Check(schema), "") << schema;
   }
 }
 
 TEST(CheckSchema, ReportsEveryMalformedKeywordWhereItStands) {
-  EXPECT_EQ(
-      Check(R"({
+  EXPECT_EQ(Check(R"({
       "type": "text", "properties": {"a": 1, "b": {"minimum": "3", "vital": 1}},
       "required": ["x", "x", 2], "allOf": [], "items": [{"maxLength": -1}, null],
       "definitions": {"unused": {"multipleOf": 0, "uniqueItems": "yes"}},
       "dependencies": {"a": ["b", 1]}, "enum": 1, "format": 2, "patternProperties": {"(": {}}})"),
-      "/type: \"text\" is not a type; the types are array, boolean, integer, null, number, object "
-      "and string\n"
-      "/properties/a: expected a schema (an object, or true or false), found 1\n"
-      "/properties/b/minimum: \"minimum\" has to be a number, found the text \"3\"\n"
-      "/properties/b/vital: \"vital\" has to be true or false, found 1\n"
-      "/required/1: \"x\" is listed twice\n"
-      "/required/2: expected the name of a member, found 2\n"
-      "/allOf: \"allOf\" has to be an array of at least one schema, found an empty array\n"
-      "/items/0/maxLength: \"maxLength\" has to be a whole number from 0, found -1\n"
-      "/items/1: expected a schema (an object, or true or false), found null\n"
-      "/definitions/unused/multipleOf: \"multipleOf\" has to be a number greater than 0, found 0\n"
-      "/definitions/unused/uniqueItems: \"uniqueItems\" has to be true or false, found the text "
-      "\"yes\"\n"
-      "/dependencies/a/1: expected the name of a member, found 1\n"
-      "/enum: \"enum\" has to be an array, found 1\n"
-      "/format: \"format\" has to be a text, found 2\n"
-      "/patternProperties/(: \"(\" is not a valid pattern: missing closing parenthesis (at byte "
-      "1)");
+            R"(/type: "text" is not a type; the types are array, boolean, integer, null, number, )"
+            R"(object and string
+/properties/a: expected a schema (an object, or true or false), found 1
+/properties/b/minimum: "minimum" has to be a number, found the text "3"
+/properties/b/vital: "vital" has to be true or false, found 1
+/required/1: "x" is listed twice
+/required/2: expected the name of a member, found 2
+/allOf: "allOf" has to be an array of at least one schema, found an empty array
+/items/0/maxLength: "maxLength" has to be a whole number from 0, found -1
+/items/1: expected a schema (an object, or true or false), found null
+/definitions/unused/multipleOf: "multipleOf" has to be a number greater than 0, found 0
+/definitions/unused/uniqueItems: "uniqueItems" has to be true or false, found the text "yes"
+/dependencies/a/1: expected the name of a member, found 1
+/enum: "enum" has to be an array, found 1
+/format: "format" has to be a text, found 2
+/patternProperties/(: "(" is not a valid pattern: missing closing parenthesis (at byte 1))");
 }
 
 TEST(CheckSchema, ReportsReferencesThatLeadNowhereOrOutside) {
-  EXPECT_EQ(
-      Check(R"({"properties": {
+  EXPECT_EQ(Check(R"({"required": ["a"], "properties": {
       "a": {"$ref": "#/definitions/missing"}, "b": {"$ref": "http://example.com/schema#/a"},
-      "d": {"$ref": 5}, "e": {"$ref": "#/properties"}, "f": {"$ref": "#/required/0"}},
-      "required": ["a"]})"),
-      "/properties/a/$ref: the reference \"#/definitions/missing\" leads nowhere\n"
-      "/properties/b/$ref: the reference \"http://example.com/schema#/a\" leads outside the "
-      "schema\n"
-      "/properties/d/$ref: \"$ref\" has to be a text, found 5\n"
-      "/properties/f/$ref: the reference \"#/required/0\" leads to something that is no schema: "
-      "the text \"a\"");
+      "d": {"$ref": 5}, "e": {"$ref": "#/properties"}, "f": {"$ref": "#/required/0"}}})"),
+            R"(/properties/a/$ref: the reference "#/definitions/missing" leads nowhere
+/properties/b/$ref: the reference "http://example.com/schema#/a" leads outside the schema
+/properties/d/$ref: "$ref" has to be a text, found 5
+/properties/f/$ref: the reference "#/required/0" leads to something that is no schema: the text "a")");
 }
 
 TEST(CheckSchema, ReferencesByNameLeadToWhatValuesAreCheckedBy) {
-  constexpr std::string_view kNamed = R"({
-      "definitions": { "a": {"$id": "#text", "type": "string"} }, "enum": [{"$id": "#hidden"}, {"x": 1}],
-      "properties": {"x": {"$ref": "#text"}}})";
+  constexpr std::string_view kNamed = R"({"definitions": {"a": {"$id": "#text", "type": "string"}},
+      "enum": [{"$id": "#hidden"}, {"x": 1}], "properties": {"x": {"$ref": "#text"}}})";
   EXPECT_EQ(Check(kNamed), "");
   EXPECT_EQ(FindingsOf(kNamed, R"({"x": 1})"), "/x: expected a text, found 1");
 }
@@ -86,10 +78,9 @@ TEST(CheckSchema, ReportsReferencesThatLoopInOnePlace) {
         << lines;
     EXPECT_EQ(lines.find('\n'), std::string::npos) << lines;
   }
-  EXPECT_EQ(
-      Check(
-          R"({"definitions": {"a": {"$ref": "#/definitions/b"}, "b": {"$ref": "#/definitions/a"}}})"),
-      "/definitions/b/$ref: the reference leads back to where it stands");
+  EXPECT_EQ(Check(R"({"definitions": {"a": {"$ref": "#/definitions/b"},
+                                      "b": {"$ref": "#/definitions/a"}}})"),
+            "/definitions/b/$ref: the reference leads back to where it stands");
   EXPECT_EQ(Check(R"({"properties": {"a": {"type": "null"}, "a": {"type": "string"}}})"),
             "/properties/a: member \"a\" is given twice");
 }
