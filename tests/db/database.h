@@ -31,10 +31,10 @@ int Execute(const DBStore::ConnectionHandle& connection, std::string_view sql,
                : -1;
 }
 
-/// Rows as "a b - c; d e f g", "-" for NULL; "failed" when the query does.
-inline std::string Query(const DBStore::ConnectionHandle& connection, std::string_view sql) {
+/// Rows as "a b - c; d e f g", "-" for NULL; "failed" when the statement does.
+inline std::string Rows(const DBStore::ConnectionHandle& connection,
+                        const DBStore::StatementHandle& statement) {
   std::string rows;
-  const auto statement = DBStore::internal::Prepare(connection, sql, DBStore::kWaitLimit);
   const auto append = [](void* context, int columns, char** values, char**) {
     std::string& text = *static_cast<std::string*>(context);
     text += text.empty() ? "" : "; ";
@@ -47,6 +47,10 @@ inline std::string Query(const DBStore::ConnectionHandle& connection, std::strin
   return DBStore::ExecuteStmt(connection, statement, append, &rows, DBStore::kWaitLimit) == 0
              ? rows
              : "failed";
+}
+
+inline std::string Query(const DBStore::ConnectionHandle& connection, std::string_view sql) {
+  return Rows(connection, DBStore::internal::Prepare(connection, sql, DBStore::kWaitLimit));
 }
 
 inline std::string ReadKey(const DBStore::ConnectionHandle& connection, const std::string& key) {

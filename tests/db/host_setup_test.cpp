@@ -17,19 +17,15 @@ namespace fs = std::filesystem;
 class HostSetup : public testing::Test {
  protected:
   std::string ModesUnderRoot() {
-    std::string modes;
-    for (const char* path :
-         {"/etc", "/etc/kestrel", "/etc/kestrel/configstore", HostPaths::kStore,
-          "/etc/kestrel/configstore/current-store-1-wal",
-          "/etc/kestrel/configstore/current-store-1-shm", HostPaths::kSchemaStore}) {
-      struct stat status {};
-      char text[16] = "none ";
-      if (stat(host_.Path(path).c_str(), &status) == 0) {
-        std::snprintf(text, sizeof text, "%o ", status.st_mode & 07777U);
-      }
-      modes += text;
+    const std::string store = HostPaths::kStore;
+    std::ostringstream modes;
+    for (const std::string& path :
+         {std::string("/etc"), std::string("/etc/kestrel"), std::string("/etc/kestrel/configstore"),
+          store, store + "-wal", store + "-shm", std::string(HostPaths::kSchemaStore)}) {
+      modes << std::oct << static_cast<int>(fs::status(host_.Path(path.c_str())).permissions())
+            << " ";
     }
-    return modes;
+    return modes.str();
   }
 
   TemporaryHost host_{TemporaryHost::Content::NOTHING};
@@ -54,21 +50,19 @@ TEST_F(HostSetup, MakesWhatIsMissingOnceAndWithTheRightModes) {
   EXPECT_EQ(ReadKey(Connect(), "key"), "value");
 }
 
-TEST_F(HostSetup, LeavesAloneWhatIsNoStore) {
+TEST_F(HostSetup, NamesWhatIsInTheWayAndLeavesItAlone) {
+  std::ofstream(host_.Path("/etc")).flush();
+  EXPECT_THAT(::HostSetup::Initialize().failure, testing::StartsWith("/etc: "));
+  fs::remove(host_.Path("/etc"));
+
   fs::create_directories(fs::path(store_).parent_path());
   std::ofstream(store_).flush();
   const auto result = ::HostSetup::Initialize();
   EXPECT_FALSE(result.ok);
   EXPECT_THAT(result.failure, testing::StartsWith(std::string(HostPaths::kStore) + ": is empty"));
   EXPECT_EQ(fs::file_size(store_), 0U);
-}
+  fs::remove_all(host_.Path("/etc"));
 
-TEST_F(HostSetup, NamesWhatIsInTheWay) {
-  std::ofstream(host_.Path("/etc")).flush();
-  const auto result = ::HostSetup::Initialize();
-  EXPECT_FALSE(result.ok);
-  EXPECT_THAT(result.failure, testing::StartsWith("/etc: "));
-  fs::remove(host_.Path("/etc"));
   ASSERT_EQ(chmod(host_.Root().c_str(), 0555), 0);
   EXPECT_EQ(AsPlainUser([] {
               const bool ok = ::HostSetup::Initialize().ok;

@@ -35,8 +35,6 @@ run_tests(tests/store/store_test
   # The memory of one process is no other's.
   ApplyingKilled.LeavesAllOrNothing)
 run_tests(tests/platform_test
-  # As above: it keeps neither connections nor statements for the next user,
+  # As above: it keeps neither connections nor statements for the next user.
   Statements.OfOneTextGoToOneUserAtATime
-  Transactions.AHandleDroppedInTheMiddleIsRolledBack
-  # and other processes have stores of their own.
-  Transactions.TwoProcessesWritingAtOnceLoseNothing)
+  Transactions.AHandleDroppedInTheMiddleIsRolledBack)
