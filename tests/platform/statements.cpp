@@ -1,7 +1,5 @@
 // Statements and key/value entries. A statement is prepared anew for each user, and its rows are
 // collected before anybody gets one.
-#include "platform/store_error.h"
-
 #include "store.h"
 
 #include <optional>
@@ -10,7 +8,6 @@
 namespace DBStore {
 namespace {
 
-using internal::InTurn;
 using testing::Operation;
 using Row = std::vector<std::optional<std::string>>;
 
@@ -30,7 +27,7 @@ StatementHandle PrepareUnasked(const ConnectionHandle& connection, std::string_v
     const char* rest = nullptr;
     const int status = sqlite3_prepare_v2(connection->database, sql.data(),
                                           static_cast<int>(sql.size()), &statement, &rest);
-    ++internal::prepares;
+    internal::CountPrepare();
     const std::string_view more(rest, static_cast<std::size_t>(sql.data() + sql.size() - rest));
     if (statement != nullptr && more.find_first_not_of(" \t\n;") == std::string_view::npos) {
       return SQLITE_OK;
@@ -39,32 +36,30 @@ StatementHandle PrepareUnasked(const ConnectionHandle& connection, std::string_v
     return connection->Fail(status == SQLITE_OK ? SQLITE_MISUSE : status,
                             "preparing \"" + std::string(sql) + "\", one statement");
   };
-  return InTurn(*connection, StoreConnection::READ, kWaitLimit, prepare) == SQLITE_OK
+  return internal::InTurn(*connection, StoreConnection::READ, kWaitLimit, prepare) == SQLITE_OK
              ? StatementHandle(statement, SqliteStmtDeleter{connection, nullptr})
              : StatementHandle();
 }
 
-int StepThrough(StoreConnection& connection, sqlite3_stmt* statement, std::vector<Row>& rows) {
-  const std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_reset)> running(statement, sqlite3_reset);
-  int status = SQLITE_OK;
-  while ((status = sqlite3_step(statement)) == SQLITE_ROW) {
-    rows.push_back(RowOf(statement));
-  }
-  if (status != SQLITE_DONE) {
-    return connection.Fail(sqlite3_extended_errcode(connection.database), sqlite3_sql(statement));
-  }
-  if (!connection.InOrder()) {
-    return internal::Fail(SQLITE_MISUSE, "transactions are not begun or ended by statements");
-  }
-  return sqlite3_stmt_readonly(statement) != 0 ? SQLITE_OK : connection.Publish();
-}
-
 // The engine's own status, and all rows.
-int Execute(const ConnectionHandle& connection, sqlite3_stmt* statement, int limit,
+int Execute(StoreConnection& connection, sqlite3_stmt* statement, int limit,
             std::vector<Row>& rows) {
   const bool reads = sqlite3_stmt_readonly(statement) != 0;
-  return InTurn(*connection, reads ? StoreConnection::READ : StoreConnection::WRITE, limit,
-                [&] { return StepThrough(*connection, statement, rows); });
+  const auto access = reads ? StoreConnection::READ : StoreConnection::WRITE;
+  return internal::InTurn(connection, access, limit, [&] {
+    const std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_reset)> running(statement, sqlite3_reset);
+    int status = SQLITE_OK;
+    while ((status = sqlite3_step(statement)) == SQLITE_ROW) {
+      rows.push_back(RowOf(statement));
+    }
+    if (status != SQLITE_DONE) {
+      return connection.Fail(sqlite3_extended_errcode(connection.database), sqlite3_sql(statement));
+    }
+    if (!connection.InOrder()) {
+      return internal::Fail(SQLITE_MISUSE, "transactions are not begun or ended by statements");
+    }
+    return reads ? SQLITE_OK : connection.Publish();
+  });
 }
 
 int BindText(sqlite3_stmt* statement, int index, std::string_view text) {
@@ -73,32 +68,31 @@ int BindText(sqlite3_stmt* statement, int index, std::string_view text) {
                              SQLITE_STATIC, SQLITE_UTF8);
 }
 
-// Ends one of the Bind functions.
-int Bound(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
-          int status) {
-  if (!statement) {
-    return internal::Fail(SQLITE_MISUSE, "there is no statement to bind to");
-  }
+// Ends one of the Bind functions. On no statement, the engine's own answer that they are misused.
+int Bound(const StatementHandle& statement, int& index, int status) {
   if (status != SQLITE_OK) {
-    return connection->Fail(status, "binding parameter " + std::to_string(index));
+    return internal::Fail(
+        status,
+        "binding a parameter of " + std::string(statement ? sqlite3_sql(statement.get()) : "none"));
   }
   ++index;
   return SQLITE_OK;
 }
 
-int RunOnEntries(const ConnectionHandle& connection, std::string_view sql,
-                 std::initializer_list<std::string_view> texts, std::vector<Row>& rows) {
+int RunOnEntries(const ConnectionHandle& connection, Operation operation, std::string_view sql,
+                 const std::vector<std::string>& texts, std::vector<Row>& rows) {
+  if (const int refused = internal::Refuse(connection, operation, texts[0])) {
+    return refused;
+  }
   const StatementHandle statement = PrepareUnasked(connection, sql);
   if (!statement) {
     return GetLastError().code;
   }
   int index = 0;
-  for (const std::string_view text : texts) {
-    if (const int status = BindText(statement.get(), ++index, text)) {
-      return connection->Fail(status, sql);
-    }
+  for (const std::string& text : texts) {
+    BindText(statement.get(), ++index, text);
   }
-  return Execute(connection, statement.get(), kWaitLimit, rows);
+  return Execute(*connection, statement.get(), kWaitLimit, rows);
 }
 
 }  // namespace
@@ -120,7 +114,7 @@ int ExecuteStmt(const ConnectionHandle& connection, const StatementHandle& state
     return refused;
   }
   std::vector<Row> rows;
-  if (Execute(connection, engines, limit, rows) != SQLITE_OK) {
+  if (Execute(*connection, engines, limit, rows) != SQLITE_OK) {
     return SQLITE_ERROR;
   }
   for (Row& row : rows) {
@@ -141,12 +135,9 @@ int ExecuteStmt(const ConnectionHandle& connection, const StatementHandle& state
 }
 
 int ReadKeyValue(const std::string& key, std::string* value, const ConnectionHandle& connection) {
-  if (const int refused = internal::Refuse(connection, Operation::READ_KEY_VALUE, key)) {
-    return refused;
-  }
   std::vector<Row> rows;
-  const int status =
-      RunOnEntries(connection, "SELECT Value FROM KeyValue WHERE Key = ?", {key}, rows);
+  const int status = RunOnEntries(connection, Operation::READ_KEY_VALUE,
+                                  "SELECT Value FROM KeyValue WHERE Key = ?", {key}, rows);
   if (status == SQLITE_OK) {
     *value = rows.empty() ? std::string() : rows.at(0).at(0).value_or("");
   }
@@ -155,12 +146,9 @@ int ReadKeyValue(const std::string& key, std::string* value, const ConnectionHan
 
 int WriteKeyValue(const std::string& key, const std::string& value,
                   const ConnectionHandle& connection) {
-  if (const int refused = internal::Refuse(connection, Operation::WRITE_KEY_VALUE, key)) {
-    return refused;
-  }
   std::vector<Row> none;
-  return RunOnEntries(connection, "INSERT OR REPLACE INTO KeyValue VALUES(?, ?)", {key, value},
-                      none);
+  return RunOnEntries(connection, Operation::WRITE_KEY_VALUE,
+                      "INSERT OR REPLACE INTO KeyValue VALUES(?, ?)", {key, value}, none);
 }
 
 StatementHandle internal::Prepare(const ConnectionHandle& connection, std::string_view sql,
@@ -169,26 +157,21 @@ StatementHandle internal::Prepare(const ConnectionHandle& connection, std::strin
                                                           : StatementHandle();
 }
 
-// On no statement, the engine's own functions answer that they are misused.
-int internal::Bind(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
+int internal::Bind(const ConnectionHandle&, const StatementHandle& statement, int& index,
                    int value) {
-  return Bound(connection, statement, index, sqlite3_bind_int(statement.get(), index, value));
+  return Bound(statement, index, sqlite3_bind_int(statement.get(), index, value));
 }
 
-int internal::Bind(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
+int internal::Bind(const ConnectionHandle&, const StatementHandle& statement, int& index,
                    std::string_view text, bool /*flag*/) {
-  return Bound(connection, statement, index, BindText(statement.get(), index, text));
+  return Bound(statement, index, BindText(statement.get(), index, text));
 }
 
-int internal::Bind(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
+int internal::Bind(const ConnectionHandle&, const StatementHandle& statement, int& index,
                    NullableSV value) {
-  return Bound(connection, statement, index,
+  return Bound(statement, index,
                value.IsNull() ? sqlite3_bind_null(statement.get(), index)
                               : BindText(statement.get(), index, value.Text()));
-}
-
-testing::Counters testing::GetCounters() {
-  return {internal::opens, internal::prepares};
 }
 
 }  // namespace DBStore

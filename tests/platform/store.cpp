@@ -4,7 +4,9 @@
 #include "platform/host_paths.h"
 #include "platform/host_setup.h"
 
+#include "db/last_error.h"
 #include "db/layout.h"
+#include "db/open_databases.h"
 
 #include <map>
 #include <stdexcept>
@@ -31,17 +33,6 @@ int Copy(sqlite3* from, sqlite3* to) {
   return sqlite3_backup_finish(copy);
 }
 
-// Differs after every change of what is committed, from outside too.
-unsigned GenerationOf(const Store& store) {
-  unsigned fromOutside = 0;
-  const auto read = [](void* context, int, char** values, char**) {
-    *static_cast<unsigned*>(context) = static_cast<unsigned>(std::stoul(values[0]));
-    return 0;
-  };
-  sqlite3_exec(store.committed, "PRAGMA data_version", read, &fromOutside, nullptr);
-  return fromOutside + store.ownChanges;
-}
-
 }  // namespace
 
 Store::Store(int number)
@@ -55,11 +46,13 @@ Store::Store(int number)
 
 StoreConnection::StoreConnection(Store& itsStore) : store(itsStore) {
   OpenOrRaise(":memory:", &database);
+  internal::OpenDatabases::Enter();
 }
 
 StoreConnection::~StoreConnection() {
   const std::lock_guard guard(store.lock);
   sqlite3_close(database);
+  internal::OpenDatabases::Leave();
   if (store.writer == this) {
     store.writer = nullptr;
     store.writerIsDone.notify_all();
@@ -80,27 +73,14 @@ int StoreConnection::Enter(std::unique_lock<std::mutex>& lock, Access access, in
   if (access != UNDO && !InOrder()) {
     return internal::Fail(SQLITE_ABORT_ROLLBACK, "the transaction was ended by somebody else");
   }
-  const unsigned generation = GenerationOf(store);
-  if (depth == 0 && seen != generation) {
-    if (const int status = Copy(store.committed, database)) {
-      return internal::Fail(status, "what is committed cannot be read");
-    }
-    seen = generation;
-  }
-  return SQLITE_OK;
+  const int status = depth == 0 ? Copy(store.committed, database) : SQLITE_OK;
+  return status == SQLITE_OK ? SQLITE_OK : internal::Fail(status, "reading what is committed");
 }
 
 int StoreConnection::Publish() {
-  if (sqlite3_get_autocommit(database) == 0) {
-    return SQLITE_OK;
-  }
-  if (const int status = Copy(database, store.committed)) {
-    seen = 0;
-    return internal::Fail(status, "what was committed cannot be kept");
-  }
-  ++store.ownChanges;
-  seen = GenerationOf(store);
-  return SQLITE_OK;
+  const bool ended = sqlite3_get_autocommit(database) != 0;
+  const int status = ended ? Copy(database, store.committed) : SQLITE_OK;
+  return status == SQLITE_OK ? SQLITE_OK : internal::Fail(status, "keeping what was committed");
 }
 
 int StoreConnection::Fail(int status, std::string_view action) const {
@@ -116,7 +96,6 @@ ConnectionHandle GetConnection(Type type, bool /*writable*/) {
     internal::Fail(SQLITE_CANTOPEN, "there is no such store in the memory of this process");
     return nullptr;
   }
-  ++internal::opens;
   return std::make_shared<StoreConnection>(*store);
 }
 
@@ -126,6 +105,11 @@ Store* CurrentStore() {
   const std::lock_guard guard(storesLock);
   const auto found = stores.find(HostPaths::GetRoot());
   return found == stores.end() ? nullptr : &found->second;
+}
+
+int Fail(int status, const std::string& what) {
+  ReportFailure(status == SQLITE_CANTOPEN ? ErrorKind::MISSING : ErrorKindOf(status), status, what);
+  return status;
 }
 
 int Refuse(const ConnectionHandle& connection, testing::Operation operation,

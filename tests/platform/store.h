@@ -1,16 +1,17 @@
 // Stores in memory, one for each host root.
 //
 // What is committed lies in a database that nobody works on. Each connection works on a copy, which
-// it takes anew when somebody else has committed, and a commit is copied back: so nobody ever sees
-// half of a change, or waits to read.
+// it takes anew whenever it is outside of a transaction, and a commit is copied back: so nobody ever
+// sees half of a change, or waits to read.
 #pragma once
 
 #include "platform/db_store.h"
-#include "platform/db_testing.h"
+#include "platform/store_error.h"
+
+#include "db/testing_hook.h"
 
 #include <sqlite3.h>
 
-#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <string>
@@ -25,7 +26,6 @@ struct Store {
   const std::string name;
   std::mutex lock;  // held by one operation at a time, and guards all that follows
   sqlite3* committed = nullptr;
-  unsigned ownChanges = 0;
   const StoreConnection* writer = nullptr;  // the connection with a transaction
   std::thread::id writersThread;
   std::condition_variable writerIsDone;
@@ -52,16 +52,12 @@ class StoreConnection {
 
   Store& store;
   sqlite3* database = nullptr;
-  unsigned seen = 0;  // the generation that this is a copy of; 0 for none
   int depth = 0;
   int attachments = 0;
   bool attached = false;
 };
 
 namespace internal {
-
-inline std::atomic<std::uint64_t> opens{0};
-inline std::atomic<std::uint64_t> prepares{0};
 
 /// The store under the root in force, or null.
 Store* CurrentStore();
@@ -73,7 +69,6 @@ int Fail(int status, const std::string& what);
 /// parent's, or a test says so.
 int Refuse(const ConnectionHandle& connection, testing::Operation operation,
            std::string_view detail = {});
-int AskHook(testing::Operation operation, std::string_view detail);
 
 /// Runs steps in the connection's turn on the store; their status, or why they could not run.
 template <class Steps>

@@ -54,10 +54,9 @@ int CancelTransaction(const ConnectionHandle& connection) {
       return internal::Fail(SQLITE_MISUSE, "cancelling: no transaction was begun");
     }
     // What cannot be undone alone is undone with all the rest: the levels around it are then lost.
-    if (!connection->InOrder()) {
-      connection->seen = 0;
-    } else if (connection->depth == 1 ||
-               connection->Run("ROLLBACK TO level; RELEASE level") != SQLITE_OK) {
+    if (connection->InOrder() &&
+        (connection->depth == 1 ||
+         connection->Run("ROLLBACK TO level; RELEASE level") != SQLITE_OK)) {
       connection->Run("ROLLBACK");
     }
     if (--connection->depth == 0) {

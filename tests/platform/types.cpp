@@ -71,16 +71,12 @@ class MemoryType final : public SchemaObject {
   bool IsBootAccessible() const override { return document_->Has("bootAccessible"); }
   bool IsRebootRequired() const override { return document_->Has("rebootRequired"); }
   int GetConfigType() const override {
-    // By the bits of Json::Kind; 3 and above but for 4 and 6 are mixtures with the user's.
-    constexpr ConfigType kTypes[] = {CONFIG_MIXED,
-                                     CONFIG_USER,
-                                     CONFIG_VITAL,
-                                     CONFIG_MIXED,
-                                     CONFIG_CACHED,
-                                     CONFIG_MIXED,
-                                     CONFIG_VITAL_AND_CACHED,
-                                     CONFIG_MIXED};
-    return kTypes[place_.Kinds()];
+    const unsigned kinds = place_.Kinds();  // by the bits of Json::Kind
+    return kinds == 1   ? CONFIG_USER
+           : kinds == 2 ? CONFIG_VITAL
+           : kinds == 4 ? CONFIG_CACHED
+           : kinds == 6 ? CONFIG_VITAL_AND_CACHED
+                        : CONFIG_MIXED;
   }
   bool IsNonSingleton() const override { return nonSingleton_; }
   bool IsConfirmedDuringUpgrade() const override {
@@ -88,6 +84,7 @@ class MemoryType final : public SchemaObject {
   }
   const std::vector<std::string>& GetPropertyNames() const override { return names_; }
   Json::SchemaPlace GetSchemaPlace() const override { return place_; }
+  const KeptType& Kept() const { return document_->type; }
 
  private:
   std::shared_ptr<const TypeDocument> document_;
@@ -99,16 +96,19 @@ class MemoryType final : public SchemaObject {
   std::shared_ptr<JsonDoc> defaults_;
 };
 
-struct Entry {
-  KeptType kept;
-  std::shared_ptr<SchemaObject> type;
-};
+using TypeHandle = std::shared_ptr<MemoryType>;
+
+TypeHandle MakeType(const KeptType& type) {
+  const auto document = std::make_shared<const TypeDocument>(type);
+  const Json::SchemaPlace root = document->view->Root();
+  return std::make_shared<MemoryType>(document, type.name.key, root, root.InstanceIdMember());
+}
 
 class Types final : public SchemaStore, public SchemaObjectCache {
  public:
   std::vector<TypeName> GetTypes() const override {
     std::vector<TypeName> names;
-    for (const auto& [name, entry] : Entries()) {
+    for (const auto& [name, type] : All()) {
       names.push_back(name);
     }
     return names;
@@ -116,24 +116,26 @@ class Types final : public SchemaStore, public SchemaObjectCache {
   std::shared_ptr<SchemaObject> GetSchemaObject(const std::string& component,
                                                 const std::string& group,
                                                 const std::string& key) override {
-    const Entry* const entry = Find({component, group, key});
-    return entry == nullptr ? nullptr : entry->type;
+    return Find({component, group, key});
   }
-
-  const Entry* Find(const TypeName& name) const {
-    const auto found = Entries().find(name);
-    return found == entries.end() ? nullptr : &found->second;
+  TypeHandle Find(const TypeName& name) const {
+    const auto found = All().find(name);
+    return found == types.end() ? nullptr : found->second;
+  }
+  std::optional<KeptType> Kept(const TypeName& name) const {
+    const TypeHandle type = Find(name);
+    return type ? std::optional(type->Kept()) : std::nullopt;
   }
   // A store that was never made must not look like one without types.
-  const std::map<TypeName, Entry>& Entries() const {
+  const std::map<TypeName, TypeHandle>& All() const {
     if (DBStore::internal::CurrentStore() == nullptr) {
       DBStore::internal::Fail(SQLITE_CANTOPEN, "no schema store was made");
       throw std::runtime_error("The schema store cannot be opened: none was made.");
     }
-    return entries;
+    return types;
   }
 
-  std::map<TypeName, Entry> entries;
+  std::map<TypeName, TypeHandle> types;
 };
 
 std::mutex currentLock;
@@ -143,10 +145,6 @@ std::shared_ptr<Types> CurrentTypes() {
   const std::lock_guard guard(currentLock);
   std::shared_ptr<Types>& types = current[HostPaths::GetRoot()];
   return types = types ? types : std::make_shared<Types>();
-}
-
-std::optional<KeptType> Kept(const Entry* entry) {
-  return entry == nullptr ? std::nullopt : std::optional(entry->kept);
 }
 
 }  // namespace
@@ -170,49 +168,47 @@ std::mutex writing;
 }
 
 std::shared_ptr<SchemaObject> Load(const KeptType& type) {
-  const auto document = std::make_shared<const TypeDocument>(type);
-  const Json::SchemaPlace root = document->view->Root();
-  return std::make_shared<MemoryType>(document, type.name.key, root, root.InstanceIdMember());
+  return MakeType(type);
 }
 
 std::vector<KeptType> ReadAll() {
   std::vector<KeptType> kept;
-  for (const auto& [name, entry] : CurrentTypes()->Entries()) {
-    kept.push_back(entry.kept);
+  for (const auto& [name, type] : CurrentTypes()->All()) {
+    kept.push_back(type->Kept());
   }
   return kept;
 }
 
 std::optional<KeptType> Read(const TypeName& name) {
-  return Kept(CurrentTypes()->Find(name));
+  return CurrentTypes()->Kept(name);
 }
 
 struct TypeWriter::State {
   const std::lock_guard<std::mutex> lock{writing};
-  std::shared_ptr<Types> types = std::make_shared<Types>(*CurrentTypes());
+  std::shared_ptr<Types> next = std::make_shared<Types>(*CurrentTypes());
 };
 
 TypeWriter::TypeWriter() : state_(std::make_unique<State>()) {
-  state_->types->Entries();
+  state_->next->All();
 }
 
 TypeWriter::~TypeWriter() = default;
 
 std::optional<KeptType> TypeWriter::Read(const TypeName& name) {
-  return Kept(state_->types->Find(name));
+  return state_->next->Kept(name);
 }
 
 void TypeWriter::Put(const KeptType& type) {
-  state_->types->entries[type.name] = {type, Load(type)};
+  state_->next->types[type.name] = MakeType(type);
 }
 
 void TypeWriter::Remove(const TypeName& name) {
-  state_->types->entries.erase(name);
+  state_->next->types.erase(name);
 }
 
 void TypeWriter::Commit() {
   const std::lock_guard guard(currentLock);
-  current[HostPaths::GetRoot()] = state_->types;
+  current[HostPaths::GetRoot()] = state_->next;
 }
 
 }  // namespace TypeFiles
