@@ -45,7 +45,7 @@ std::uint64_t OpensDuring(const std::function<void()>& action) {
   return DBStore::testing::GetCounters().opens - before;
 }
 
-TEST(SchemaStore, TypeIsReadOnFirstUseAndKept) {
+TEST(SchemaStore, TypeIsReadOnFirstUseAndKeptAndSoIsThatItIsAbsent) {
   const TemporaryHost host;
   KeepType("one", kAnySchema);
   KeepType("two", kAnySchema);
@@ -54,11 +54,6 @@ TEST(SchemaStore, TypeIsReadOnFirstUseAndKept) {
   EXPECT_EQ(OpensDuring([&] { first = Get("one"); }), 1U);
   EXPECT_EQ(OpensDuring([&] { EXPECT_EQ(Get("one"), first); }), 0U);
   EXPECT_EQ(SchemaStore::GetCache()->GetSchemaObject("tarn", "test", "one"), first);
-}
-
-TEST(SchemaStore, AbsentTypeIsRememberedUntilItIsInstalled) {
-  const TemporaryHost host;
-  LetTheFileSettle();
   EXPECT_EQ(VersionOf("later"), "none");
   EXPECT_EQ(OpensDuring([] { EXPECT_EQ(VersionOf("later"), "none"); }), 0U);
   KeepType("later", kAnySchema);
@@ -66,37 +61,31 @@ TEST(SchemaStore, AbsentTypeIsRememberedUntilItIsInstalled) {
 }
 
 // Many changes in a row, faster than the file system's clock ticks and of one size.
-TEST(SchemaStore, EveryChangeIsSeenAtTheNextLook) {
+TEST(SchemaStore, EveryChangeIsSeenAtTheNextLookAndLeavesWhatWasHandedOut) {
   const TemporaryHost host;
+  KeepType("busy", R"({"properties":{"a":{"default":1}}})");
+  const auto old = Get("busy");
   for (int version = 100; version < 150; ++version) {
     KeepType("busy", kAnySchema, std::to_string(version));
     ASSERT_EQ(VersionOf("busy"), std::to_string(version));
   }
+  EXPECT_EQ(old->GetVersion(), "1.0");
+  EXPECT_NE(old->GetPropertyValueSchema("a"), nullptr);
 }
 
 TEST(SchemaStore, StampSpeaksForTheFutureOnlyWhenTheFileWasAtRest) {
   constexpr std::int64_t kSecond = 1'000'000'000;
-  const auto stamp = [](std::int64_t modified, std::int64_t changed) {
-    return FileStamp{1, 2, 3, modified, changed};
+  constexpr std::int64_t kTaken = 100 * kSecond;
+  const auto mayHide = [](std::int64_t modified, std::int64_t changed) {
+    return MayHideChanges(FileStamp{1, 2, 3, modified, changed}, kTaken);
   };
-  const std::int64_t taken = 100 * kSecond;
-  EXPECT_FALSE(MayHideChanges(stamp(99 * kSecond, 98 * kSecond), taken));
-  EXPECT_TRUE(MayHideChanges(stamp(taken - kSecond / 20, 0), taken));
-  EXPECT_TRUE(MayHideChanges(stamp(0, taken - kSecond / 20), taken));
-  EXPECT_TRUE(MayHideChanges(stamp(taken + kSecond / 20, 0), taken));
+  EXPECT_FALSE(mayHide(99 * kSecond, 98 * kSecond));
+  EXPECT_TRUE(mayHide(kTaken - kSecond / 20, 0));
+  EXPECT_TRUE(mayHide(0, kTaken - kSecond / 20));
+  EXPECT_TRUE(mayHide(kTaken + kSecond / 20, 0));
   // The clock was set back: a write would get a time of its own.
-  EXPECT_FALSE(MayHideChanges(stamp(200 * kSecond, 200 * kSecond), taken));
-  EXPECT_FALSE(MayHideChanges(FileStamp(), taken));
-}
-
-TEST(SchemaStore, ObjectsHandedOutOutliveAChange) {
-  const TemporaryHost host;
-  KeepType("one", R"({"properties":{"a":{"default":1}}})", "1.0");
-  const auto old = Get("one");
-  KeepType("one", kAnySchema, "2.0");
-  EXPECT_EQ(VersionOf("one"), "2.0");
-  EXPECT_EQ(old->GetVersion(), "1.0");
-  EXPECT_NE(old->GetPropertyValueSchema("a"), nullptr);
+  EXPECT_FALSE(mayHide(200 * kSecond, 200 * kSecond));
+  EXPECT_FALSE(MayHideChanges(FileStamp(), kTaken));
 }
 
 TEST(SchemaStore, ChangeByAnotherProcessIsSeen) {
@@ -169,9 +158,9 @@ TEST(SchemaStore, MissingOrBrokenStoreNeverLooksEmpty) {
 
 TEST(SchemaStore, NamesAreListedInOrderAndNotRunTogether) {
   const TemporaryHost host;
-  KeepType("two", kAnySchema);
-  KeepType("one", kAnySchema);
-  KeepType("ab", kAnySchema);
+  for (const char* key : {"two", "one", "ab"}) {
+    KeepType(key, kAnySchema);
+  }
   const std::vector<TypeName> expected = {
       {"tarn", "test", "ab"}, {"tarn", "test", "one"}, {"tarn", "test", "two"}};
   EXPECT_EQ(SchemaStore::GetCache()->GetTypes(), expected);
@@ -179,64 +168,51 @@ TEST(SchemaStore, NamesAreListedInOrderAndNotRunTogether) {
   EXPECT_NE(Get("ab"), nullptr);
 }
 
-TEST(SchemaStore, ThreadsShareOneObjectWhileTypesChange) {
+// A child has none of the other threads, but a copy of every lock that they held.
+TEST(SchemaStore, ThreadsAndChildrenReadTypesWhileTheyChange) {
   const TemporaryHost host;
-  KeepType("one", R"({"properties":{"part":{"properties":{"a":{"default":1}}}}})", "1");
+  const auto keep = [](int version) {
+    KeepType("one", R"({"properties":{"part":{"properties":{"a":{"default":1}}}}})",
+             std::to_string(version));
+  };
+  const auto isWhole = [] {
+    const auto type = Get("one");
+    return type && type->GetPropertySchema("part")->GetDefaults() && VersionOf("absent") == "none";
+  };
+  int version = 1;
+  keep(version);
+  ASSERT_TRUE(isWhole());
+  // After the schema store: the handlers of a fork run in the order opposite to that of the first
+  // uses.
+  ASSERT_NE(DBStore::GetConnection(DBStore::Type::CURRENT_STORE, true), nullptr);
   std::atomic<bool> stop = false;
   std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
+  for (int i = 0; i < 3; ++i) {
     threads.emplace_back([&] {
       while (!stop) {
-        const auto type = Get("one");
-        ASSERT_NE(type, nullptr);
-        ASSERT_NE(type->GetPropertySchema("part")->GetDefaults(), nullptr);
-        ASSERT_EQ(VersionOf("absent"), "none");
+        ASSERT_TRUE(isWhole());
       }
     });
   }
-  for (int version = 2; version < 12; ++version) {
-    KeepType("one", R"({"properties":{"part":{"properties":{"a":{"default":1}}}}})",
-             std::to_string(version));
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  threads.emplace_back([&] {
+    while (!stop) {
+      keep(++version);
+      // Readers get no turn beside a writer that never rests.
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+  });
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_EQ(InChild([&] {
+                alarm(20);
+                return isWhole() ? 0 : 1;
+              }),
+              0);
   }
   stop = true;
   for (std::thread& thread : threads) {
     thread.join();
   }
-  EXPECT_EQ(VersionOf("one"), "11");
-}
-
-// The child has none of the other threads, but a copy of every lock that they held.
-TEST(SchemaStore, ChildOfABusyProcessCanReadTypes) {
-  const TemporaryHost host;
-  KeepType("one", kAnySchema);
-  ASSERT_EQ(VersionOf("one"), "1.0");
-  // After the schema store: the handlers of a fork run in the order opposite to that of the first
-  // uses.
-  ASSERT_NE(DBStore::GetConnection(DBStore::Type::CURRENT_STORE, true), nullptr);
-  std::atomic<bool> stop = false;
-  std::thread reader([&] {
-    while (!stop) {
-      ASSERT_EQ(VersionOf("one"), "1.0");
-    }
-  });
-  std::thread writer([&] {
-    while (!stop) {
-      KeepType("other", kAnySchema);
-      // Readers get no turn beside a writer that never rests.
-      std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-  });
-  for (int i = 0; i < 20; ++i) {
-    ASSERT_EQ(InChild([] {
-                alarm(20);
-                return VersionOf("one") == "1.0" ? 0 : 1;
-              }),
-              0);
-  }
-  stop = true;
-  reader.join();
-  writer.join();
+  EXPECT_EQ(VersionOf("one"), std::to_string(version));
 }
 
 // Closing any other descriptor of a file drops the locks that the process holds on it.

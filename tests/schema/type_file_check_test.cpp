@@ -3,18 +3,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <string>
-#include <string_view>
-#include <vector>
+#include <iterator>
+#include <sstream>
 
 namespace TypeFiles {
 namespace {
 
-using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
+using ::testing::UnorderedPointwise;
 
 // "pointer: text" of everything that is found.
 std::vector<std::string> FaultsOf(std::string_view text) {
@@ -37,6 +35,10 @@ std::string Properties(const std::string& properties, const std::string& more = 
 std::string Shipped(const std::string& properties, const std::string& defaults) {
   return File(R"({"type":"object","properties":{)" + properties + R"(},"required":["a"]})",
               R"(,"defaults":[)" + defaults + "]");
+}
+
+MATCHER(Begins, "one begins with the other") {
+  return std::get<0>(arg).starts_with(std::get<1>(arg));
 }
 
 TEST(TypeFileCheck, GoodFilesAreGood) {
@@ -70,11 +72,14 @@ TEST(TypeFileCheck, ResultHoldsTheTypeInTheOrderOfTheFile) {
 }
 
 TEST(TypeFileCheck, TextThatIsNoJsonIsOneFaultWithItsPlace) {
-  EXPECT_THAT(FaultsOf("{\n  \"a\": 1,\n  \"b\": tru\n}"),
-              ElementsAre(StartsWith("/: line 3, column ")));
-  EXPECT_THAT(FaultsOf("{\"a\":1,\"a\":2}"), ElementsAre(StartsWith("/: line 1, column ")));
-  EXPECT_THAT(FaultsOf(""), ElementsAre(StartsWith("/: line 1, column 1: ")));
-  EXPECT_THAT(FaultsOf("[]"), ElementsAre(StartsWith("/: ")));
+  const std::pair<const char*, const char*> cases[] = {
+      {"{\n  \"a\": 1,\n  \"b\": tru\n}", "/: line 3, column "},
+      {R"({"a":1,"a":2})", "/: line 1, column "},
+      {"", "/: line 1, column 1: "},
+      {"[]", "/: "}};
+  for (const auto& [text, fault] : cases) {
+    EXPECT_THAT(FaultsOf(text), ElementsAre(StartsWith(fault))) << text;
+  }
 }
 
 TEST(TypeFileCheck, EachRuleIsReportedAtItsPlace) {
@@ -94,28 +99,21 @@ TEST(TypeFileCheck, EachRuleIsReportedAtItsPlace) {
       {File(R"({"type":"array"})"), {"/schema/type: objects of a type are JSON objects"}},
       {File(R"({"type":"object","$ref":"#/definitions/a","definitions":{"a":{}}})"),
        {"/schema/$ref: the root of the schema has to"}},
-      {Properties(R"("a":{"type":"text","minimum":"1"})"),
-       {"/schema/properties/a/type: ", "/schema/properties/a/minimum: "}},
       {Properties(R"("a/b":{"vitl":true})"),
        {"/schema/properties/a~1b/vitl: is neither a keyword"}},
-      {Properties(R"("a":{"pattern":"(","items":{"pattern":"["}})"),
-       {"/schema/properties/a/pattern: ", "/schema/properties/a/items/pattern: "}},
-      {Properties(R"("a":{"$ref":"#/definitions/none"},"b":{"$ref":"http://elsewhere"})"),
-       {"/schema/properties/b/$ref: ", "/schema/properties/a/$ref: "}},
       // Flags and tags.
       {File(R"({"type":"object","shared":false,"vital":1})"),
        {"/schema/shared: can only be true", "/schema/vital: can only be true"}},
-      {Properties(R"("a":{"rebootRequired":true})"),
-       {"/schema/properties/a/rebootRequired: is a flag of the whole type"}},
-      {Properties(R"("a":{"vital":true,"cached":true})"),
-       {"/schema/properties/a/cached: cannot stand beside"}},
-      {File(
-           R"({"type":"object","cached":true,"properties":{"a":{"properties":{"b":{"vital":true}}}}})"),
+      {File(R"({"type":"object","cached":true,"properties":{
+               "a":{"properties":{"b":{"vital":true}}}}})"),
        {"/schema/properties/a/properties/b/vital: stands inside of what is tagged \"cached\""}},
-      {Properties(R"("a":{"items":{"vital":true}})"),
-       {"/schema/properties/a/items/vital: means something at the root"}},
-      {Properties(R"("a":{"anyOf":[{"properties":{"b":{"cached":true}}}]})"),
-       {"/schema/properties/a/anyOf/0/properties/b/cached: means something"}},
+      {Properties(R"("a":{"rebootRequired":true},"b":{"vital":true,"cached":true},
+                     "c":{"items":{"vital":true}},
+                     "d":{"anyOf":[{"properties":{"b":{"cached":true}}}]})"),
+       {"/schema/properties/a/rebootRequired: is a flag of the whole type",
+        "/schema/properties/b/cached: cannot stand beside",
+        "/schema/properties/c/items/vital: means something at the root",
+        "/schema/properties/d/anyOf/0/properties/b/cached: means something"}},
       // What references lead to has to agree with where they stand, and to be found by the library.
       {Properties(R"("a":{"cached":true,"$ref":"#d"},"b":{"cached":true,"$ref":"#/properties/c"},
                       "c":{"properties":{"x":{"$ref":"#d"}}},"e":{"$ref":"#/definitions/x~2"})",
@@ -136,26 +134,25 @@ TEST(TypeFileCheck, EachRuleIsReportedAtItsPlace) {
            R"(,"definitions":{"e":{"properties":{"id":)" + id + R"(,"v":{"vital":true},"u":{}}}})"),
        {"/schema/properties/l/items: the elements have members of several kinds, and are told"}},
       // Instance ids.
-      {Properties(R"("a":)" + id + R"(,"b":)" + id),
-       {"/schema/properties/b/instanceId: an object has one instance id, and this one has \"a\""}},
+      {Properties(R"("a":)" + id + R"(,"b":)" + id + R"(,"c":{"properties":{"b":)" + id + "}}"),
+       {"/schema/properties/b/instanceId: an object has one instance id, and this one has \"a\"",
+        "/schema/properties/c/properties/b/instanceId: means something only in"}},
       {Properties(R"("a":{"type":"integer","instanceId":true})"),
        {"/schema/properties/a/instanceId: belongs to a property of \"type\": \"string\""}},
       {Properties(R"("a":{"type":"string","instanceId":true,"vital":true})"),
        {"/schema/properties/a/instanceId: cannot be vital or cached"}},
-      {Properties(R"("a":{"properties":{"b":)" + id + "}}"),
-       {"/schema/properties/a/properties/b/instanceId: means something only in"}},
       {File(R"({"type":"object","instanceId":true})"),
        {"/schema/instanceId: means something only in"}},
-      {Properties(R"("a":{"generatedInstanceId":true})"),
-       {"/schema/properties/a/generatedInstanceId: means something only in"}},
-      {Properties(R"("a":{"items":{"type":"string","generatedInstanceId":true}})"),
-       {"/schema/properties/a/items/generatedInstanceId: belongs to elements of"}},
-      {Properties(R"("a":{"items":{"generatedInstanceId":true,"properties":{"b":)" + id + "}}}"),
-       {"/schema/properties/a/items/generatedInstanceId: cannot be had beside"}},
-      {Properties(R"("sample":{"items":{"properties":{"b":)" + id + "}}}"),
-       {"/schema/properties/sample: an array of instances cannot have the name"}},
-      {Properties(R"("a":{"items":{"properties":{"b":{"vital":true},"c":{}}}})"),
-       {"/schema/properties/a/items: the elements have no instance id"}},
+      {Properties(R"("a":{"generatedInstanceId":true},"sample":{"items":{"properties":{"b":)" + id +
+                  R"(}}},"c":{"items":{"type":"string","generatedInstanceId":true}},
+                     "d":{"items":{"generatedInstanceId":true,"properties":{"b":)" +
+                  id + R"(}}},
+                     "e":{"items":{"properties":{"b":{"vital":true},"c":{}}}})"),
+       {"/schema/properties/a/generatedInstanceId: means something only in",
+        "/schema/properties/sample: an array of instances cannot have the name",
+        "/schema/properties/c/items/generatedInstanceId: belongs to elements of",
+        "/schema/properties/d/items/generatedInstanceId: cannot be had beside",
+        "/schema/properties/e/items: the elements have no instance id"}},
       // Defaults.
       {Properties(R"("a":{"type":"integer","default":"1"},
                      "b":{"default":{"c":1,"d":2},"additionalProperties":false,"properties":{"c":{
@@ -184,24 +181,14 @@ TEST(TypeFileCheck, EachRuleIsReportedAtItsPlace) {
        {"/defaults: ", "/component: ", "/schema/vital: ", "/schema/properties/a/pattern: "}},
   };
   for (const Case& each : cases) {
-    std::vector<::testing::Matcher<std::string>> expected;
-    for (const std::string& fault : each.faults) {
-      expected.push_back(StartsWith(fault));
-    }
-    EXPECT_THAT(FaultsOf(each.file), ::testing::UnorderedElementsAreArray(expected)) << each.file;
+    EXPECT_THAT(FaultsOf(each.file), UnorderedPointwise(Begins(), each.faults)) << each.file;
   }
 }
 
 TEST(TypeFileCheck, VersionsAreComparedNumberByNumber) {
-  const std::vector<std::string> ascending = {"0.9",
-                                              "1",
-                                              "1.0.1",
-                                              "1.2",
-                                              "1.10",
-                                              "2.0",
-                                              "2.1.0.5",
-                                              "99999999999999999999.1",
-                                              "100000000000000000000"};
+  std::istringstream list(
+      "0.9 1 1.0.1 1.2 1.10 2.0 2.1.0.5 99999999999999999999.1 100000000000000000000");
+  const std::vector<std::string> ascending(std::istream_iterator<std::string>(list), {});
   for (std::size_t i = 0; i < ascending.size(); ++i) {
     for (std::size_t j = 0; j < ascending.size(); ++j) {
       const int order = CompareVersions(ascending[i], ascending[j]);
