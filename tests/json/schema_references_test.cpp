@@ -59,6 +59,7 @@ TEST(References, LeadByPointerAndByName) {
       {"#port", "a"},
       {"#/definitions/b~1c", "b"},
       {"#/definitions/d%25e", "d"},
+      {"#/definitions/b%7E1c", "b"},
       {"http://x/y/w", "f"},
       {"http://x/y/z#/properties/g", "g"},
       {"#named", "a property called const"},

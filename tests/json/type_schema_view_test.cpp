@@ -32,8 +32,12 @@ std::string At(const std::string& schema, std::string_view path) {
          (id.empty() ? "" : " " + id);
 }
 
+// A schema with a vital property "a", and more.
+std::string WithVital(const std::string& more, const std::string& properties = "") {
+  return "{" + more + R"("properties":{"a":{"vital":true})" + properties + "}}";
+}
+
 TEST(TypeSchemaView, TellsTheKindsOfEachPlace) {
-  const std::string v = R"("a":{"vital":true})";
   const struct {
     std::string schema;
     const char* path;
@@ -42,38 +46,35 @@ TEST(TypeSchemaView, TellsTheKindsOfEachPlace) {
       {"{}", "", "u:u"},
       {R"({"vital":true})", "", "v:v"},
       {R"({"vital":true,"properties":{"x":{"properties":{"y":{}}}}})", "/x/y", "v:v"},
-      {R"({"properties":{)" + v + "}}", "", "u:v"},
-      {R"({"properties":{)" + v + "}}", "/unknown", "u:u"},
-      {R"({"properties":{)" + v + R"(,"b":{"cached":true}}})", "", "u:vc"},
+      {WithVital(""), "", "u:v"},
+      {WithVital(""), "/unknown", "u:u"},
+      {WithVital("", R"(,"b":{"cached":true})"), "", "u:vc"},
       // What an object admits beside its properties is the user's.
-      {R"({"additionalProperties":{},"properties":{)" + v + "}}", "", "u:uv"},
-      {R"({"additionalProperties":false,"properties":{)" + v + "}}", "", "u:v"},
-      {R"({"patternProperties":{"^x":{}},"properties":{)" + v + "}}", "", "u:uv"},
-      {R"({"anyOf":[{"properties":{"b":{}}}],"properties":{)" + v + "}}", "", "u:uv"},
-      {R"({"anyOf":[{"required":["a"]}],"properties":{)" + v + "}}", "", "u:v"},
-      {R"({"oneOf":[{"properties":{"a":{"const":1}}}],"properties":{)" + v + "}}", "", "u:v"},
-      {R"({"if":{"properties":{"b":{}}},"properties":{)" + v + "}}", "", "u:uv"},
-      {R"({"dependencies":{"a":{"additionalProperties":true}},"properties":{)" + v + "}}", "",
-       "u:uv"},
-      {R"({"not":{"properties":{"b":{}}},"properties":{)" + v + "}}", "", "u:v"},
-      {R"({"allOf":[{"$ref":"#/definitions/d"}],"properties":{)" + v +
-           R"(},"definitions":{"d":{"allOf":[{"properties":{"b":{}}}]}}})",
+      {WithVital(R"("additionalProperties":{},)"), "", "u:uv"},
+      {WithVital(R"("additionalProperties":false,)"), "", "u:v"},
+      {WithVital(R"("patternProperties":{"^x":{}},)"), "", "u:uv"},
+      {WithVital(R"("anyOf":[{"properties":{"b":{}}}],)"), "", "u:uv"},
+      {WithVital(R"("anyOf":[{"required":["a"]}],)"), "", "u:v"},
+      {WithVital(R"("oneOf":[{"properties":{"a":{"const":1}}}],)"), "", "u:v"},
+      {WithVital(R"("if":{"properties":{"b":{}}},)"), "", "u:uv"},
+      {WithVital(R"("dependencies":{"a":{"additionalProperties":true}},)"), "", "u:uv"},
+      {WithVital(R"("not":{"properties":{"b":{}}},)"), "", "u:v"},
+      {WithVital(R"("allOf":[{"$ref":"#/definitions/d"}],
+           "definitions":{"d":{"allOf":[{"properties":{"b":{}}}]}},)"),
        "", "u:uv"},
-      {R"({"allOf":[{"properties":{"x":{"properties":{"b":{}}}}}],
-           "properties":{"x":{"properties":{)" +
-           v + "}}}}",
+      {R"({"allOf":[{"properties":{"x":{"properties":{"b":{}}}}}],"properties":{"x":)" +
+           WithVital("") + "}}",
        "/x", "u:uv"},
       // Ids belong to every part; where nothing else is known, the place has its own kind.
       {R"({"properties":{"id":{"instanceId":true}}})", "", "u:u id"},
       {R"({"vital":true,"properties":{"id":{"instanceId":true}}})", "", "v:v id"},
-      {R"({"properties":{)" + v + R"(,"l":{"items":{"properties":{"id":{"instanceId":true}}}}}})",
-       "", "u:uv"},
+      {WithVital("", R"(,"l":{"items":{"properties":{"id":{"instanceId":true}}}})"), "", "u:uv"},
       {R"({"properties":{"l":{"cached":true,"items":{"properties":{"id":{"instanceId":true}}}}}})",
        "/l", "c:c"},
-      {R"({"properties":{"l":{"items":{"generatedInstanceId":true,"properties":{)" + v + "}}}}}",
+      {R"({"properties":{"l":{"items":)" + WithVital(R"("generatedInstanceId":true,)") + "}}}",
        "/l/*", "u:v cs_generated_id"},
       {R"({"properties":{"l":{"items":[{},{}]}}})", "/l/*", "u:u"},
-      {R"({"properties":{"l":{"items":{"items":{"properties":{)" + v + "}}}}}}", "/l", "u:v"},
+      {R"({"properties":{"l":{"items":{"items":)" + WithVital("") + "}}}}", "/l", "u:v"},
       // References, by pointer and by name, with tags beside them or where they lead.
       {R"({"properties":{"l":{"items":{"$ref":"#p"}}},"definitions":{"p":{"$id":"#p",
            "properties":{"id":{"$ref":"#i"},"s":{"cached":true},"n":{}}},

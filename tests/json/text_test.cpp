@@ -1,0 +1,123 @@
+// JSON text, read and written.
+#include "json/json_doc.h"
+#include "json/print.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace Json {
+namespace {
+
+// What is wrong with a text, and where; "" when it is taken.
+std::string Refusal(std::string_view text, Origin origin = Origin::OUTSIDE) {
+  TarnConfigStore::JsonDoc document(TarnConfigStore::JsonDoc::CapacityFor(text.size()));
+  const ParseResult result = document.Parse(text, origin);
+  EXPECT_TRUE(result || document.GetJsonValuePtr()->IsNull());
+  return result ? "" : result.Describe(text);
+}
+
+std::string Printed(const Value& value, Layout layout = Layout::ONE_LINE,
+                    BadText badText = BadText::REFUSED) {
+  std::string text = "left over";
+  return Print(value, layout, badText, text) ? text : "refused" + text;
+}
+
+std::string Serialized(const Value& value) {
+  std::string text = "left over";
+  return Serialize(value, text) ? text : "refused" + text;
+}
+
+TEST(Parse, IsStrictAndTellsThePlace) {
+  const std::pair<std::string_view, const char*> cases[] = {
+      {R"({"a":[1,"\u00e9",{"b":null}]})", ""},
+      {"{\n \"a\":}", "line 2, column 6: Invalid value."},
+      {"[1,\n2", "line 2, column 2: Missing a comma or ']' after an array element."},
+      {"", "line 1, column 1: The document is empty."},
+      {"{} x", "line 1, column 4: The document root must not be followed by other values."},
+      {"\"\xc3\x28\"", "line 1, column 2: Invalid encoding in string."},
+      {std::string_view("{}\0{}", 5), "line 1, column 3: a NUL byte"},
+      {R"({"a":{"a":1},"b":[{"a":1,"c":2,"\u0061":3}]})",
+       "line 1, column 40: member \"a\" is named twice"}};
+  for (const auto& [text, expected] : cases) {
+    EXPECT_EQ(Refusal(text), expected);
+  }
+  EXPECT_EQ(Refusal(R"({"a":{"b":1,"b":2}})", Origin::STORED), "");
+  std::string many = "{";
+  for (int i = 0; i < 40; ++i) {
+    many += "\"m" + std::to_string(i) + "\":1,";
+  }
+  EXPECT_EQ(Refusal(many + "\"x\":1}"), "");
+  EXPECT_NE(Refusal(many + "\"m7\":1}"), "");
+}
+
+TEST(Parse, RefusesWhatWalksCannotBear) {
+  const auto nested = [](std::size_t levels) {
+    return std::string(levels, '[') + std::string(levels, ']');
+  };
+  EXPECT_EQ(Refusal(nested(kMaxDepth)), "");
+  EXPECT_NE(Refusal(nested(kMaxDepth + 1)).find("nested deeper than 128"), std::string::npos);
+  EXPECT_NE(Refusal(std::string(10'000'000, '[')), "");
+}
+
+TEST(Parse, RefusesIntegersThatItWouldAlter) {
+  for (const char* text :
+       {"18446744073709551616", "-9223372036854775809", "123456789012345678901"}) {
+    EXPECT_EQ(Refusal("\n[" + std::string(text) + "]"),
+              "line 2, column 2: an integer of more than 64 bits");
+    EXPECT_EQ(Refusal(text, Origin::STORED), "");
+  }
+  for (const char* text :
+       {"1e21", "1E+21", "1e300", "123456789012345678901.5", "-9.3e18", "1e-21"}) {
+    EXPECT_EQ(Refusal(text), "") << text;
+  }
+}
+
+TEST(Print, IndentsAndKeepsWhatWasRead) {
+  constexpr std::string_view kText = R"({
+  "b": {},
+  "a": [
+    [],
+    {
+      "\u000b\u001f\n\"\\": "/\u007fä\u2028",
+      "": null
+    }
+  ],
+  "é": true
+})";
+  std::string text(kText);
+  text.replace(text.find("\\u007f"), 6, "\x7F");
+  text.replace(text.find("\\u2028"), 6, "\xE2\x80\xA8");
+  Document document;
+  ASSERT_TRUE(Parse(text, document, Origin::OUTSIDE));
+  EXPECT_EQ(Printed(document, Layout::INDENTED), text);
+}
+
+// A number as it is serialized, and as it is printed.
+std::string Written(const char* number) {
+  Document document;
+  EXPECT_TRUE(Parse(number, document, Origin::OUTSIDE));
+  return Serialized(document) + " " + Printed(document);
+}
+
+TEST(Print, WritesNumbersAsPeopleDoAndEveryDigit) {
+  EXPECT_EQ(Written("1e5"), "1e+05 100000.0");
+  EXPECT_EQ(Written("0.0001"), "1e-04 0.0001");
+  for (const char* same : {"-0.0", "5.0", "0.1", "1e-05", "1e+15", "0.30000000000000004",
+                           "123456789012345.6", "1.7976931348623157e+308", "9007199254740993",
+                           "18446744073709551615", "-9223372036854775808"}) {
+    EXPECT_EQ(Written(same), std::string(same) + " " + same);
+  }
+}
+
+TEST(Print, RefusesOrRepairsWhatJsonCannotSay) {
+  Document document(rapidjson::kObjectType);
+  document.AddMember(Reference("a\xFF"), Reference("\xED\xA0\x80"), document.GetAllocator());
+  EXPECT_EQ(Serialized(document) + Printed(document), "refusedrefused");
+  EXPECT_EQ(Printed(document, Layout::ONE_LINE, BadText::REPAIRED),
+            "{\"a\uFFFD\":\"\uFFFD\uFFFD\uFFFD\"}");
+  EXPECT_EQ(Serialized(Value(std::numeric_limits<double>::infinity())), "refused");
+}
+
+}  // namespace
+}  // namespace Json
