@@ -20,17 +20,14 @@ void Expect(bool condition, const char* what) {
 
 // The exception that crosses the library's border is the caller's own type.
 template <class Exception, class Call>
-void ExpectThrow(int code, Call call, const char* what) {
+void ExpectThrow(int code, const char* what, Call call) {
   try {
     call();
-  } catch (const Exception& exception) {
-    Expect(exception.GetErrorCode() == code, what);
-    try {
-      throw;
-    } catch (const HostCtl::Lib::HostCtlException& base) {
-      Expect(base.GetDetailedMessage() == base.what(), what);
-      return;
-    }
+  } catch (const HostCtl::Lib::HostCtlException& base) {
+    const auto* exception = dynamic_cast<const Exception*>(&base);
+    Expect(exception != nullptr && exception->GetErrorCode() == code, what);
+    Expect(base.GetDetailedMessage() == base.what(), what);
+    return;
   } catch (const std::exception& other) {
     std::fprintf(stderr, "caught as another type: %s\n", other.what());
   }
@@ -75,9 +72,9 @@ int main(int argc, char** argv) {
   const ConfigStoreObjectId id("resolver", "network", kDefaultComponent);
   auto store = ConfigStore::GetStore(sGlobalNamespace);
   Expect(!store->Get(id), "nothing is stored yet");
+  auto resolver = std::make_shared<ConfigStoreObject>(id);
   {
     ConfigStoreTransaction transaction(store);
-    auto resolver = std::make_shared<ConfigStoreObject>(id);
     resolver->SetValue("servers", std::vector<std::string>{"10.0.0.1"});
     resolver->SetValue("timeout", 9);
     store->Set(resolver, EXTERNAL);
@@ -85,41 +82,23 @@ int main(int argc, char** argv) {
   }
   int timeout = 0;
   Expect(store->Get(id)->GetValue("timeout", &timeout) == 1 && timeout == 9, "timeout reads back");
-  Expect(store->GetRevision(id) == 1, "one write");
 
-  ExpectThrow<InvalidArgumentException>(
-      2000, [] { ConfigStore::GetStore(" "); }, "namespace");
-  ExpectThrow<ConfigStoreException>(
-      1037, [&] { store->Get(ConfigStoreObjectId("such", "no", "tarn")); }, "unknown type");
-  ExpectThrow<ValidationException>(
-      2000, [&] { store->Get(ConfigStoreObjectId("resolver", "network", "tarn", "x")); },
-      "instance id of a singleton");
-  ExpectThrow<ValidationException>(
-      1089,
-      [&] {
-        auto wrong = std::make_shared<ConfigStoreObject>(id);
-        wrong->SetValue("timeout", "soon");
-        store->Set(wrong, EXTERNAL);
-      },
-      "invalid object");
-  ExpectThrow<InvalidTypeException>(
-      2000,
-      [&] {
-        std::string text;
-        store->Get(id)->GetValue("timeout", &text);
-      },
-      "type mismatch");
-  Expect(store->GetRevision(id) == 1, "refused writes change nothing");
+  ExpectThrow<InvalidArgumentException>(2000, "namespace", [] { ConfigStore::GetStore(" "); });
+  ExpectThrow<ConfigStoreException>(1037, "unknown type", [&] {
+    store->Get({"such", "no", "tarn"});
+  });
+  ExpectThrow<ValidationException>(2000, "instance id of a singleton", [&] {
+    store->Get({"resolver", "network", "tarn", "x"});
+  });
+  ExpectThrow<ValidationException>(1089, "invalid object", [&] {
+    resolver->SetValue("timeout", "soon");
+    store->Set(resolver, EXTERNAL);
+  });
+  std::string text;
+  ExpectThrow<InvalidTypeException>(2000, "type mismatch",
+                                    [&] { store->Get(id)->GetValue("timeout", &text); });
+  Expect(store->GetRevision(id) == 1, "one write, and refused ones change nothing");
 
-  const ConfigStoreObjectId options("options", "tkernel", kDefaultComponent);
-  auto staged = std::make_shared<ConfigStoreObject>(options);
-  staged->SetValue("maximumCpus", 4);
-  store->GetNextBootStore()->Set(staged);
-  Expect(ListStaged(options).size() == 1 && !store->Get(options), "staged and not current");
-  Expect(ApplyNextBootConfig({}).applied.size() == 1, "applied at boot");
-  SetBootStatus(options, true);
-  int cpus = 0;
-  Expect(GetKernelOptions(options)->GetValue("maximumCpus", &cpus) == 1 && cpus == 4, "in force");
   ShowFirstSteps();
   std::puts("consumer: ok");
   return 0;

@@ -5,19 +5,17 @@
 
 namespace {
 
+using namespace DBStore;
 using namespace TestSupport;
-using DBStore::ExecuteStmt;
-using DBStore::NullableSV;
-using DBStore::internal::Bind;
-using DBStore::testing::GetCounters;
+using internal::Bind;
 
-constexpr int kLimit = DBStore::kWaitLimit;
+constexpr int kLimit = kWaitLimit;
 constexpr const char* kThreeRows = "SELECT 1 UNION SELECT 2 UNION SELECT 3";
 
 class Statements : public DatabaseTest {
  protected:
-  DBStore::StatementHandle Prepare(std::string_view sql) {
-    return DBStore::internal::Prepare(connection_, sql, kLimit);
+  StatementHandle Prepare(std::string_view sql) {
+    return internal::Prepare(connection_, sql, kLimit);
   }
 };
 
@@ -26,13 +24,13 @@ TEST_F(Statements, OfOneTextGoToOneUserAtATime) {
   auto second = Prepare(kThreeRows);
   ASSERT_TRUE(first && second);
   EXPECT_NE(first.get(), second.get());
-  const auto before = GetCounters();
+  const auto before = DBStore::testing::GetCounters();
   first.reset();
   second.reset();
   first = Prepare(kThreeRows);
   second = Prepare(std::string(kThreeRows));
   EXPECT_TRUE(first && second);
-  EXPECT_EQ(GetCounters().prepares, before.prepares);
+  EXPECT_EQ(DBStore::testing::GetCounters().prepares, before.prepares);
 }
 
 TEST_F(Statements, ATextAtAnAddressThatHeldAnotherIsNotMistakenForIt) {
@@ -56,7 +54,7 @@ TEST_F(Statements, ComeBackWithoutBindingsAndKeepTheirConnectionFromOthers) {
   auto statement = Prepare("SELECT ?");
   int index = 1;
   ASSERT_EQ(Bind(connection_, statement, index, "secret", false), 0);
-  const DBStore::StoreConnection* const bound = connection_.get();
+  const StoreConnection* const bound = connection_.get();
   connection_.reset();
   EXPECT_NE(Connect().get(), bound);
   statement.reset();
@@ -104,16 +102,16 @@ TEST_F(Statements, CanRunAgainAfterTheirReceiverStoppedThem) {
 
 TEST_F(Statements, FailWithStatusOneAndTellWhy) {
   EXPECT_FALSE(Prepare("SELECT * FROM Nowhere"));
-  EXPECT_NE(DBStore::GetLastError().message.find("no such table: Nowhere"), std::string::npos);
+  EXPECT_NE(GetLastError().message.find("no such table: Nowhere"), std::string::npos);
   EXPECT_FALSE(Prepare("SELECT 1; DELETE FROM Config"));
   EXPECT_TRUE(Prepare("DELETE FROM 'Config' WHERE Name=?; "));
   EXPECT_FALSE(Prepare(""));
-  EXPECT_FALSE(DBStore::internal::Prepare(nullptr, kThreeRows, kLimit));
-  EXPECT_EQ(ExecuteStmt(connection_, DBStore::StatementHandle(), nullptr, nullptr, kLimit), 1);
+  EXPECT_FALSE(internal::Prepare(nullptr, kThreeRows, kLimit));
+  EXPECT_EQ(ExecuteStmt(connection_, StatementHandle(), nullptr, nullptr, kLimit), 1);
   EXPECT_EQ(ExecuteStmt(Connect(), Prepare(kThreeRows), nullptr, nullptr, kLimit), 1);
   ASSERT_EQ(Execute(connection_, "INSERT INTO KeyValue VALUES('k', 'v')"), 0);
   EXPECT_EQ(Execute(connection_, "INSERT INTO KeyValue VALUES('k', 'v')"), 1);
-  EXPECT_EQ(DBStore::GetLastError().code & 0xff, 19);
+  EXPECT_EQ(GetLastError().code & 0xff, 19);
 }
 
 TEST_F(Statements, OfThreadsThatShareAConnectionDoNotMix) {
@@ -124,7 +122,7 @@ TEST_F(Statements, OfThreadsThatShareAConnectionDoNotMix) {
       const std::string key = std::to_string(thread);
       for (int i = 0; i < 50; ++i) {
         const std::string value = key + "." + std::to_string(i);
-        DBStore::WriteKeyValue(key, value, connection_);
+        WriteKeyValue(key, value, connection_);
         wrong += ReadKey(connection_, key) == value ? 0 : 1;
         wrong += Query(connection_, kThreeRows) == "1; 2; 3" ? 0 : 1;
         wrong += Connect() == connection_ ? 1 : 0;

@@ -1,17 +1,13 @@
 #include "db/database.h"
+#include "support/test_types.h"
 
 #include <chrono>
 #include <thread>
 
 namespace {
 
+using namespace DBStore;
 using namespace TestSupport;
-using DBStore::BeginTransaction;
-using DBStore::CancelTransaction;
-using DBStore::CommitTransaction;
-using DBStore::ErrorKind;
-using DBStore::GetLastError;
-using DBStore::WriteKeyValue;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
@@ -138,6 +134,25 @@ TEST_F(Transactions, WhoWaitsLongerThanTheLimitIsToldThatItIsBusy) {
   }).join();
   EXPECT_EQ(status, 1);
   EXPECT_EQ(kind, ErrorKind::BUSY);
+}
+
+TEST_F(Transactions, SeeTheSharedTypesForAsLongAsSomebodyAskedForThem) {
+  constexpr const char* kShared =
+      "SELECT Component, ConfigGroup, Name, ValueType FROM ss.SmartnicSchema";
+  InstallType(host_, kPlainType);
+  InstallType(host_, R"({"component":"tarn","group":"test","key":"card","version":"1",
+      "schema":{"type":"object","shared":true}})");
+  EXPECT_EQ(Query(connection_, kShared), "failed");
+  EXPECT_EQ(DetachSchemaStore(connection_), kMisuse);
+  ASSERT_EQ(AttachSchemaStore(connection_), 0);
+  ASSERT_EQ(AttachSchemaStore(connection_), 0);
+  ASSERT_EQ(DetachSchemaStore(connection_), 0);
+  EXPECT_EQ(Query(connection_, kShared), "tarn test card tarn-shared");
+  Run("(");
+  EXPECT_EQ(Query(connection_, kShared), "tarn test card tarn-shared");
+  EXPECT_EQ(DetachSchemaStore(connection_), 0);
+  Run(")");
+  EXPECT_EQ(Query(connection_, kShared), "failed");
 }
 
 }  // namespace
