@@ -10,9 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <string_view>
-
 namespace TestSupport {
 
 inline DBStore::ConnectionHandle Connect() {
@@ -63,6 +60,10 @@ inline std::string ReadKey(const DBStore::ConnectionHandle& connection, const st
 class DatabaseTest : public testing::Test {
  protected:
   ~DatabaseTest() override { DBStore::testing::SetHook(nullptr); }
+
+  DBStore::StatementHandle Prepare(std::string_view sql) {
+    return DBStore::internal::Prepare(connection_, sql, DBStore::kWaitLimit);
+  }
 
   TemporaryHost host_;
   DBStore::ConnectionHandle connection_ = Connect();

@@ -13,7 +13,7 @@ using DBStore::BeginTransaction;
 using DBStore::CommitTransaction;
 using DBStore::WriteKeyValue;
 
-class Fork : public testing::Test {
+class Fork : public DatabaseTest {
  protected:
   static constexpr int kTimes = 50;
 
@@ -22,9 +22,9 @@ class Fork : public testing::Test {
   static int CountUp() {
     for (int i = 0; i < kTimes; ++i) {
       const auto connection = Connect();
-      if (BeginTransaction(connection) != 0 ||
-          WriteKeyValue("n", std::to_string(std::stoi("0" + ReadKey(connection, "n")) + 1),
-                        connection) != 0 ||
+      const int begun = BeginTransaction(connection);
+      const int next = std::stoi("0" + ReadKey(connection, "n")) + 1;
+      if (begun != 0 || WriteKeyValue("n", std::to_string(next), connection) != 0 ||
           CommitTransaction(connection) != 0) {
         return 1;
       }
@@ -39,37 +39,34 @@ class Fork : public testing::Test {
     EXPECT_EQ(ReadKey(connection, "n"), std::to_string(2 * kTimes));
     EXPECT_EQ(Query(connection, "PRAGMA integrity_check"), "ok");
   }
-
-  TemporaryHost host_;
 };
 
 TEST_F(Fork, WithIdleConnectionsLosesNoLockAndNothingThatBothSidesWrite) {
-  Connect().reset();
+  connection_.reset();
   ExpectBothSidesWrite(CountUp);
 }
 
 TEST_F(Fork, ClosesAConnectionAtRestInTheChildOnly) {
-  const auto held = Connect();
-  const auto statement = DBStore::internal::Prepare(held, "SELECT 1", DBStore::kWaitLimit);
-  ASSERT_EQ(WriteKeyValue("before", "x", held), 0);
-  ExpectBothSidesWrite([&held, &statement] {
-    const bool refused = WriteKeyValue("n", "child", held) != 0 && ReadKey(held, "n") != "" &&
-                         BeginTransaction(held) != 0 && Query(held, "SELECT 1") == "failed" &&
-                         DBStore::AttachSchemaStore(held) != 0 &&
-                         DBStore::ExecuteStmt(held, statement, nullptr, nullptr, 0) == 1 &&
+  const auto statement = Prepare("SELECT 1");
+  ASSERT_EQ(WriteKeyValue("before", "x", connection_), 0);
+  ExpectBothSidesWrite([this, &statement] {
+    const bool refused = WriteKeyValue("n", "child", connection_) != 0 &&
+                         ReadKey(connection_, "n") != "" && BeginTransaction(connection_) != 0 &&
+                         Query(connection_, "SELECT 1") == "failed" &&
+                         DBStore::AttachSchemaStore(connection_) != 0 &&
+                         DBStore::ExecuteStmt(connection_, statement, nullptr, nullptr, 0) == 1 &&
                          DBStore::GetLastError().kind == DBStore::ErrorKind::MISUSE;
     return refused ? CountUp() : 2;
   });
-  EXPECT_EQ(ReadKey(held, "before"), "x");
-  EXPECT_EQ(DBStore::ExecuteStmt(held, statement, nullptr, nullptr, 0), 0);
+  EXPECT_EQ(ReadKey(connection_, "before"), "x");
+  EXPECT_EQ(DBStore::ExecuteStmt(connection_, statement, nullptr, nullptr, 0), 0);
 }
 
 // A child that opened its own connection beside the inherited one would hold no locks: the parent
 // would then take itself for the last user of the log and begin it anew.
 TEST_F(Fork, LeavesTheChildWithLocksOfItsOwn) {
-  auto held = Connect();
-  auto statement = DBStore::internal::Prepare(held, "SELECT 1", DBStore::kWaitLimit);
-  ASSERT_EQ(WriteKeyValue("first", "parent", held), 0);
+  auto statement = Prepare("SELECT 1");
+  ASSERT_EQ(WriteKeyValue("first", "parent", connection_), 0);
   const int begun = eventfd(0, 0);
   const int reopened = eventfd(0, 0);
   eventfd_t signal = 0;
@@ -79,30 +76,29 @@ TEST_F(Fork, LeavesTheChildWithLocksOfItsOwn) {
     eventfd_write(begun, 1);
     eventfd_read(reopened, &signal);
     statement.reset();
-    held.reset();
+    connection_.reset();
     return written && CommitTransaction(own) == 0 ? 0 : 1;
   });
   eventfd_read(begun, &signal);
   statement.reset();
-  held.reset();
+  connection_.reset();
   EXPECT_EQ(InChild([] { return 0; }), 0);  // closes what the parent has idle
-  held = Connect();
-  EXPECT_EQ(ReadKey(held, "first"), "parent");
+  connection_ = Connect();
+  EXPECT_EQ(ReadKey(connection_, "first"), "parent");
   eventfd_write(reopened, 1);
   EXPECT_EQ(child.Wait(), 0);
-  EXPECT_EQ(WriteKeyValue("third", "parent", held), 0);
+  EXPECT_EQ(WriteKeyValue("third", "parent", connection_), 0);
   EXPECT_EQ(Query(Connect(), "SELECT Key FROM KeyValue ORDER BY Key"), "first; second; third");
 }
 
 TEST_F(Fork, InTheMiddleOfATransactionLeavesItToTheParent) {
-  auto held = Connect();
-  ASSERT_EQ(BeginTransaction(held), 0);
-  ASSERT_EQ(WriteKeyValue("key", "parent", held), 0);
-  EXPECT_EQ(InChild([&held] {
-              const bool refused = WriteKeyValue("key", "child", held) != 0 &&
-                                   CommitTransaction(held) != 0 &&
-                                   DBStore::CancelTransaction(held) != 0 && !Connect();
-              held.reset();
+  ASSERT_EQ(BeginTransaction(connection_), 0);
+  ASSERT_EQ(WriteKeyValue("key", "parent", connection_), 0);
+  EXPECT_EQ(InChild([this] {
+              const bool refused = WriteKeyValue("key", "child", connection_) != 0 &&
+                                   CommitTransaction(connection_) != 0 &&
+                                   DBStore::CancelTransaction(connection_) != 0 && !Connect();
+              connection_.reset();
               // A thread that the child does not have may hold a lock of SQLite's.
               EXPECT_THROW(TypeFiles::ReadAll(), std::runtime_error);
               EXPECT_FALSE(HostSetup::Initialize().ok);
@@ -112,22 +108,21 @@ TEST_F(Fork, InTheMiddleOfATransactionLeavesItToTheParent) {
                          : 1;
             }),
             0);
-  ASSERT_EQ(WriteKeyValue("more", "parent", held), 0);
-  ASSERT_EQ(CommitTransaction(held), 0);
+  ASSERT_EQ(WriteKeyValue("more", "parent", connection_), 0);
+  ASSERT_EQ(CommitTransaction(connection_), 0);
   EXPECT_EQ(Query(Connect(), "SELECT Key, Value FROM KeyValue"), "key parent; more parent");
 }
 
 TEST_F(Fork, InARowCallbackStopsTheStatementInTheChildOnly) {
-  const auto held = Connect();
-  const auto statement = DBStore::internal::Prepare(held, "SELECT 1 UNION SELECT 2 UNION SELECT 3",
-                                                    DBStore::kWaitLimit);
+  const auto statement = Prepare("SELECT 1 UNION SELECT 2 UNION SELECT 3");
   pid_t child = -1;
   const auto forkOnce = [](void* context, int, char**, char**) {
     pid_t& process = *static_cast<pid_t*>(context);
     process = process < 0 ? fork() : process;
     return 0;
   };
-  const int status = DBStore::ExecuteStmt(held, statement, forkOnce, &child, DBStore::kWaitLimit);
+  const int status =
+      DBStore::ExecuteStmt(connection_, statement, forkOnce, &child, DBStore::kWaitLimit);
   if (child == 0) {
     _exit(status == 1 && !Connect() ? 0 : 1);
   }
@@ -135,7 +130,7 @@ TEST_F(Fork, InARowCallbackStopsTheStatementInTheChildOnly) {
   waitpid(child, &result, 0);
   EXPECT_EQ(result, 0);
   EXPECT_EQ(status, 0);
-  EXPECT_EQ(WriteKeyValue("key", "value", held), 0);
+  EXPECT_EQ(WriteKeyValue("key", "value", connection_), 0);
 }
 
 }  // namespace

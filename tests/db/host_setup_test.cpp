@@ -20,18 +20,6 @@ namespace fs = std::filesystem;
 
 class HostSetup : public testing::Test {
  protected:
-  std::string ModesUnderRoot() {
-    const std::string store = HostPaths::kStore;
-    std::ostringstream modes;
-    for (const std::string& path :
-         {std::string("/etc"), std::string("/etc/kestrel"), std::string("/etc/kestrel/configstore"),
-          store, store + "-wal", store + "-shm", std::string(HostPaths::kSchemaStore)}) {
-      modes << std::oct << static_cast<int>(fs::status(host_.Path(path.c_str())).permissions())
-            << " ";
-    }
-    return modes.str();
-  }
-
   TemporaryHost host_{TemporaryHost::Content::NOTHING};
   const std::string store_ = host_.Path(HostPaths::kStore);
 };
@@ -44,7 +32,13 @@ TEST_F(HostSetup, MakesWhatIsMissingOnceAndWithTheRightModes) {
   EXPECT_THAT(first.created, ElementsAre(host_.Path("/etc"), host_.Path("/etc/kestrel"),
                                          host_.Path("/etc/kestrel/configstore"), store_,
                                          host_.Path(HostPaths::kSchemaStore)));
-  EXPECT_EQ(ModesUnderRoot(), "755 755 755 640 640 640 640 ");
+  std::ostringstream modes;
+  for (const std::string& path :
+       {host_.Path("/etc"), host_.Path("/etc/kestrel"), host_.Path("/etc/kestrel/configstore"),
+        store_, store_ + "-wal", store_ + "-shm", host_.Path(HostPaths::kSchemaStore)}) {
+    modes << std::oct << static_cast<int>(fs::status(path).permissions()) << " ";
+  }
+  EXPECT_EQ(modes.str(), "755 755 755 640 640 640 640 ");
 
   ASSERT_EQ(DBStore::WriteKeyValue("key", "value", Connect()), 0);
   const auto second = ::HostSetup::Initialize();
@@ -115,8 +109,7 @@ class Layout : public DatabaseTest {
  protected:
   // What becomes of the types' generation.
   std::string Types(const char* sql) {
-    const auto types =
-        DBStore::internal::OpenDatabase(DBStore::internal::SchemaStoreLayout(), true);
+    const auto types = OpenDatabase(DBStore::internal::SchemaStoreLayout(), true);
     EXPECT_EQ(sqlite3_exec(types.handle.get(), sql, nullptr, nullptr, nullptr), SQLITE_OK);
     return Query(connection_, "SELECT Value FROM ss.Generation");
   }
@@ -128,15 +121,13 @@ constexpr const char* kOldRow =
 constexpr const char* kIsNew = "SELECT ModifiedTime >= datetime('now', '-60 seconds') FROM Config";
 
 TEST_F(Layout, AFreshRowIsConfirmedAndDated) {
-  ASSERT_EQ(Execute(connection_,
-                    "INSERT OR REPLACE INTO Config(Identifier, Name, ConfigGroup, Component, "
-                    "Version, Success) VALUES('', 'n', 'g', 'c', '1', NULL)"),
-            0);
+  Execute(connection_,
+          "REPLACE INTO Config(Identifier, Name, ConfigGroup, Component, Version, Success) "
+          "VALUES('', 'n', 'g', 'c', '1', NULL)");
   EXPECT_EQ(Query(connection_,
-                  "SELECT Success, Revision, CreationTime = ModifiedTime, length(CreationTime) "
-                  "FROM Config"),
-            "1 1 1 19");
-  EXPECT_EQ(Query(connection_, kIsNew), "1");
+                  "SELECT Success, Revision, CreationTime = ModifiedTime, length(CreationTime), "
+                  "ModifiedTime >= datetime('now', '-60 seconds') FROM Config"),
+            "1 1 1 19 1");
 }
 
 TEST_F(Layout, ARowIsDatedAnewWhenAValueChanges) {
@@ -157,12 +148,10 @@ TEST_F(Layout, ARowIsDatedAnewWhenAValueChanges) {
 }
 
 TEST_F(Layout, OnlyTheThreeBootActionsAreStored) {
+  constexpr const char* kStage =
+      "REPLACE INTO DesiredUserConfig VALUES('c', 'g', 'n', '', '1', NULL, NULL, NULL, ?)";
   for (const char* action : {"SET", "DELETE", "DELETE_INSTANCE", "set"}) {
-    EXPECT_EQ(Execute(connection_,
-                      "INSERT OR REPLACE INTO DesiredUserConfig VALUES('c', 'g', 'n', '', '1', "
-                      "NULL, NULL, NULL, ?)",
-                      action),
-              *action == 's' ? 1 : 0);
+    EXPECT_EQ(Execute(connection_, kStage, action), *action == 's' ? 1 : 0);
   }
 }
 

@@ -12,12 +12,7 @@ using internal::Bind;
 constexpr int kLimit = kWaitLimit;
 constexpr const char* kThreeRows = "SELECT 1 UNION SELECT 2 UNION SELECT 3";
 
-class Statements : public DatabaseTest {
- protected:
-  StatementHandle Prepare(std::string_view sql) {
-    return internal::Prepare(connection_, sql, kLimit);
-  }
-};
+class Statements : public DatabaseTest {};
 
 TEST_F(Statements, OfOneTextGoToOneUserAtATime) {
   auto first = Prepare(kThreeRows);
@@ -81,8 +76,8 @@ TEST_F(Statements, GiveNamesAndValuesOfManyColumns) {
     sql += ", " + std::to_string(i) + " AS c" + std::to_string(i);
   }
   const auto check = [](void*, int columns, char** values, char** names) {
-    return columns == 100 && std::string(values[99]) == "99" && std::string(names[99]) == "c99" ? 0
-                                                                                                : 1;
+    return static_cast<int>(columns != 100 || values[99] != std::string("99") ||
+                            names[99] != std::string("c99"));
   };
   EXPECT_EQ(ExecuteStmt(connection_, Prepare(sql), check, nullptr, kLimit), 0);
 }
@@ -115,7 +110,7 @@ TEST_F(Statements, FailWithStatusOneAndTellWhy) {
 }
 
 TEST_F(Statements, OfThreadsThatShareAConnectionDoNotMix) {
-  std::atomic<int> wrong{0};
+  std::atomic<int> right{0};
   std::vector<std::thread> threads;
   for (int thread = 0; thread < 4; ++thread) {
     threads.emplace_back([&, thread] {
@@ -123,16 +118,15 @@ TEST_F(Statements, OfThreadsThatShareAConnectionDoNotMix) {
       for (int i = 0; i < 50; ++i) {
         const std::string value = key + "." + std::to_string(i);
         WriteKeyValue(key, value, connection_);
-        wrong += ReadKey(connection_, key) == value ? 0 : 1;
-        wrong += Query(connection_, kThreeRows) == "1; 2; 3" ? 0 : 1;
-        wrong += Connect() == connection_ ? 1 : 0;
+        right += ReadKey(connection_, key) == value && Connect() != connection_ &&
+                 Query(connection_, kThreeRows) == "1; 2; 3";
       }
     });
   }
   for (std::thread& thread : threads) {
     thread.join();
   }
-  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(right, 4 * 50);
 }
 
 }  // namespace
