@@ -66,6 +66,7 @@ TEST(GeneratedInstanceId, IsGivenOnceAndOnlyWhereTheSchemaAsks) {
   EXPECT_EQ(root["rules"][0]["cs_generated_id"].GetStringLength(), 36U);
   EXPECT_EQ(root["rules"][0]["more"][0]["cs_generated_id"].GetStringLength(), 36U);
   EXPECT_STREQ(root["rules"][1]["cs_generated_id"].GetString(), "kept");
+  EXPECT_EQ(root["rules"][1].MemberCount(), 1U);
   EXPECT_TRUE(root["plain"][0].ObjectEmpty() && root["other"][0].ObjectEmpty());
 }
 

@@ -6,8 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <string>
-#include <string_view>
 #include <unordered_set>
 #include <vector>
 

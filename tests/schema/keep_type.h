@@ -3,8 +3,6 @@
 
 #include "platform/type_files.h"
 
-#include <string>
-
 namespace TestSupport {
 
 /// A type file around a schema's text.

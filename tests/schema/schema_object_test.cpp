@@ -2,7 +2,6 @@
 #include "schema/loaded_type.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace TarnSchemaStore {
 namespace {

@@ -19,11 +19,15 @@
 namespace TarnSchemaStore {
 namespace {
 
-using TestSupport::InChild;
-using TestSupport::KeepType;
-using TestSupport::TemporaryHost;
+using namespace TestSupport;
 
 constexpr const char* kAnySchema = R"({"type":"object"})";
+
+class SchemaStoreTest : public testing::Test {
+ protected:
+  const TemporaryHost host_;
+  const std::string path_ = host_.Path(HostPaths::kSchemaStore);
+};
 
 std::shared_ptr<SchemaObject> Get(const std::string& key) {
   return SchemaStore::GetStore(false)->GetSchemaObject("tarn", "test", key);
@@ -45,8 +49,7 @@ std::uint64_t OpensDuring(const std::function<void()>& action) {
   return DBStore::testing::GetCounters().opens - before;
 }
 
-TEST(SchemaStore, TypeIsReadOnFirstUseAndKeptAndSoIsThatItIsAbsent) {
-  const TemporaryHost host;
+TEST_F(SchemaStoreTest, TypeIsReadOnFirstUseAndKeptAndSoIsThatItIsAbsent) {
   KeepType("one", kAnySchema);
   KeepType("two", kAnySchema);
   LetTheFileSettle();
@@ -61,8 +64,7 @@ TEST(SchemaStore, TypeIsReadOnFirstUseAndKeptAndSoIsThatItIsAbsent) {
 }
 
 // Many changes in a row, faster than the file system's clock ticks and of one size.
-TEST(SchemaStore, EveryChangeIsSeenAtTheNextLookAndLeavesWhatWasHandedOut) {
-  const TemporaryHost host;
+TEST_F(SchemaStoreTest, EveryChangeIsSeenAtTheNextLookAndLeavesWhatWasHandedOut) {
   KeepType("busy", R"({"properties":{"a":{"default":1}}})");
   const auto old = Get("busy");
   for (int version = 100; version < 150; ++version) {
@@ -73,7 +75,7 @@ TEST(SchemaStore, EveryChangeIsSeenAtTheNextLookAndLeavesWhatWasHandedOut) {
   EXPECT_NE(old->GetPropertyValueSchema("a"), nullptr);
 }
 
-TEST(SchemaStore, StampSpeaksForTheFutureOnlyWhenTheFileWasAtRest) {
+TEST(FileStampTest, SpeaksForTheFutureOnlyWhenTheFileWasAtRest) {
   constexpr std::int64_t kSecond = 1'000'000'000;
   constexpr std::int64_t kTaken = 100 * kSecond;
   const auto mayHide = [](std::int64_t modified, std::int64_t changed) {
@@ -88,46 +90,39 @@ TEST(SchemaStore, StampSpeaksForTheFutureOnlyWhenTheFileWasAtRest) {
   EXPECT_FALSE(MayHideChanges(FileStamp(), kTaken));
 }
 
-TEST(SchemaStore, ChangeByAnotherProcessIsSeen) {
-  const TemporaryHost host;
-  KeepType("one", kAnySchema, "1.0");
-  LetTheFileSettle();
-  EXPECT_EQ(VersionOf("one"), "1.0");
-  EXPECT_EQ(InChild([] {
-              KeepType("one", kAnySchema, "2.0");
-              return VersionOf("one") == "2.0" ? 0 : 1;  // its own change is seen at once
-            }),
-            0);
-  std::this_thread::sleep_for(std::chrono::milliseconds(20));  // some ticks of the clock
-  EXPECT_EQ(VersionOf("one"), "2.0");
-}
-
-TEST(SchemaStore, ATypeThatAnotherProcessInstalledIsNeverSaidToBeMissing) {
-  const TemporaryHost host;
-  KeepType("one", kAnySchema);
-  for (int i = 0; i < 3; ++i) {
-    LetTheFileSettle();
+TEST_F(SchemaStoreTest, ChangesByAnotherProcessAreSeenAndNewTypesAtOnce) {
+  KeepType("one", kAnySchema, "0");
+  for (int i = 1; i <= 3; ++i) {
     const std::string key = "later" + std::to_string(i);
-    EXPECT_EQ(VersionOf("one"), "1.0");
+    const std::string version = std::to_string(i);
+    LetTheFileSettle();
+    EXPECT_EQ(VersionOf("one"), std::to_string(i - 1));
     EXPECT_EQ(VersionOf(key), "none");
     InChild([&key] {
       KeepType(key, kAnySchema);
       return 0;
     });
     EXPECT_EQ(VersionOf(key), "1.0");
+    LetTheFileSettle();
+    EXPECT_EQ(VersionOf("one"), std::to_string(i - 1));
+    EXPECT_EQ(InChild([&version] {
+                KeepType("one", kAnySchema, version);
+                return VersionOf("one") == version ? 0 : 1;  // its own change is seen at once
+              }),
+              0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // some ticks of the clock
+    EXPECT_EQ(VersionOf("one"), version);
   }
 }
 
 // A restored backup can have the same generation and size.
-TEST(SchemaStore, ReplacedFilesAndOtherRootsAreSeen) {
-  const TemporaryHost host;
-  const std::string path = host.Path(HostPaths::kSchemaStore);
+TEST_F(SchemaStoreTest, ReplacedFilesAndOtherRootsAreSeen) {
   KeepType("one", kAnySchema, "1.0");
-  std::filesystem::copy_file(path, path + ".backup");
+  std::filesystem::copy_file(path_, path_ + ".backup");
   KeepType("one", kAnySchema, "2.0");
   LetTheFileSettle();
   EXPECT_EQ(VersionOf("one"), "2.0");
-  std::filesystem::rename(path + ".backup", path);
+  std::filesystem::rename(path_ + ".backup", path_);
   EXPECT_EQ(VersionOf("one"), "1.0");
   {
     const TemporaryHost other;
@@ -136,9 +131,7 @@ TEST(SchemaStore, ReplacedFilesAndOtherRootsAreSeen) {
   EXPECT_EQ(VersionOf("one"), "1.0");
 }
 
-TEST(SchemaStore, MissingOrBrokenStoreNeverLooksEmpty) {
-  const TemporaryHost host;
-  const std::string path = host.Path(HostPaths::kSchemaStore);
+TEST_F(SchemaStoreTest, MissingOrBrokenStoreNeverLooksEmpty) {
   KeepType("one", kAnySchema);
   ASSERT_NE(Get("one"), nullptr);
 
@@ -148,16 +141,15 @@ TEST(SchemaStore, MissingOrBrokenStoreNeverLooksEmpty) {
     EXPECT_EQ(DBStore::GetLastError().kind, kind);
     EXPECT_THROW(SchemaStore::GetCache()->GetTypes(), std::runtime_error);
   };
-  std::filesystem::rename(path, path + ".away");
+  std::filesystem::rename(path_, path_ + ".away");
   expectFailure(DBStore::ErrorKind::MISSING);
-  std::ofstream(path) << "this is no database, only a text that is long enough to be read as one";
+  std::ofstream(path_) << "this is no database, only a text that is long enough to be read as one";
   expectFailure(DBStore::ErrorKind::CORRUPT);
-  std::filesystem::rename(path + ".away", path);
+  std::filesystem::rename(path_ + ".away", path_);
   EXPECT_EQ(VersionOf("one"), "1.0");
 }
 
-TEST(SchemaStore, NamesAreListedInOrderAndNotRunTogether) {
-  const TemporaryHost host;
+TEST_F(SchemaStoreTest, NamesAreListedInOrderAndNotRunTogether) {
   for (const char* key : {"two", "one", "ab"}) {
     KeepType(key, kAnySchema);
   }
@@ -169,8 +161,7 @@ TEST(SchemaStore, NamesAreListedInOrderAndNotRunTogether) {
 }
 
 // A child has none of the other threads, but a copy of every lock that they held.
-TEST(SchemaStore, ThreadsAndChildrenReadTypesWhileTheyChange) {
-  const TemporaryHost host;
+TEST_F(SchemaStoreTest, ThreadsAndChildrenReadTypesWhileTheyChange) {
   const auto keep = [](int version) {
     KeepType("one", R"({"properties":{"part":{"properties":{"a":{"default":1}}}}})",
              std::to_string(version));
@@ -216,25 +207,23 @@ TEST(SchemaStore, ThreadsAndChildrenReadTypesWhileTheyChange) {
 }
 
 // Closing any other descriptor of a file drops the locks that the process holds on it.
-TEST(FileWatch, DropsNobodysLocksAndTellsOfReplacedFiles) {
-  const TestSupport::TemporaryHost host;
-  const std::string path = host.Path(HostPaths::kSchemaStore);
-  const int file = open(path.c_str(), O_RDWR | O_CLOEXEC);
+TEST_F(SchemaStoreTest, IsWatchedWithoutDroppingAnybodysLocksAndUntilItIsReplaced) {
+  const int file = open(path_.c_str(), O_RDWR | O_CLOEXEC);
   struct flock lock = {};
   lock.l_type = F_WRLCK;
   ASSERT_EQ(fcntl(file, F_SETLK, &lock), 0);
-  { const FileWatch gone(path); }
+  { const FileWatch gone(path_); }
   EXPECT_EQ(
       InChild([&] { return fcntl(file, F_GETLK, &lock) == 0 && lock.l_type == F_WRLCK ? 0 : 1; }),
       0)
       << "the lock is gone";
   close(file);
 
-  const FileWatch watch(path);
+  const FileWatch watch(path_);
   const FileStamp before = watch.Stamp();
-  EXPECT_EQ(before, StampOf(path));
-  std::filesystem::copy_file(path, path + ".copy");
-  std::filesystem::rename(path + ".copy", path);
+  EXPECT_EQ(before, StampOf(path_));
+  std::filesystem::copy_file(path_, path_ + ".copy");
+  std::filesystem::rename(path_ + ".copy", path_);
   EXPECT_NE(watch.Stamp(), before);
 }
 

@@ -1,7 +1,6 @@
 #include "platform/type_files.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <iterator>
 #include <sstream>
