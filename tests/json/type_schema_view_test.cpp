@@ -18,7 +18,7 @@ std::string Kinds(unsigned kinds) {
 
 // The place at a path of property names, "*" standing for a list's elements: its own kind, the
 // kinds below it, and the member that holds its id.
-std::string At(const std::string& schema, std::string_view path) {
+void Expect(std::string_view path, const std::string& expected, const std::string& schema) {
   Document document;
   EXPECT_TRUE(Parse(schema, document, Origin::OUTSIDE)) << schema;
   const TypeSchemaView view(document);
@@ -28,8 +28,10 @@ std::string At(const std::string& schema, std::string_view path) {
     place = name == "*" ? place.Items() : place.Property(name);
   }
   const std::string id(place.InstanceIdMember());
-  return Kinds(static_cast<unsigned>(place.OwnKind())) + ":" + Kinds(place.Kinds()) +
-         (id.empty() ? "" : " " + id);
+  EXPECT_EQ(Kinds(static_cast<unsigned>(place.OwnKind())) + ":" + Kinds(place.Kinds()) +
+                (id.empty() ? "" : " " + id),
+            expected)
+      << schema << " " << path;
 }
 
 // A schema with a vital property "a", and more.
@@ -38,63 +40,54 @@ std::string WithVital(const std::string& more, const std::string& properties = "
 }
 
 TEST(TypeSchemaView, TellsTheKindsOfEachPlace) {
-  const struct {
-    std::string schema;
-    const char* path;
-    const char* expected;
-  } cases[] = {
-      {"{}", "", "u:u"},
-      {R"({"vital":true})", "", "v:v"},
-      {R"({"vital":true,"properties":{"x":{"properties":{"y":{}}}}})", "/x/y", "v:v"},
-      {WithVital(""), "", "u:v"},
-      {WithVital(""), "/unknown", "u:u"},
-      {WithVital("", R"(,"b":{"cached":true})"), "", "u:vc"},
-      // What an object admits beside its properties is the user's.
-      {WithVital(R"("additionalProperties":{},)"), "", "u:uv"},
-      {WithVital(R"("additionalProperties":false,)"), "", "u:v"},
-      {WithVital(R"("patternProperties":{"^x":{}},)"), "", "u:uv"},
-      {WithVital(R"("anyOf":[{"properties":{"b":{}}}],)"), "", "u:uv"},
-      {WithVital(R"("anyOf":[{"required":["a"]}],)"), "", "u:v"},
-      {WithVital(R"("oneOf":[{"properties":{"a":{"const":1}}}],)"), "", "u:v"},
-      {WithVital(R"("if":{"properties":{"b":{}}},)"), "", "u:uv"},
-      {WithVital(R"("dependencies":{"a":{"additionalProperties":true}},)"), "", "u:uv"},
-      {WithVital(R"("not":{"properties":{"b":{}}},)"), "", "u:v"},
-      {WithVital(R"("allOf":[{"$ref":"#/definitions/d"}],
-           "definitions":{"d":{"allOf":[{"properties":{"b":{}}}]}},)"),
-       "", "u:uv"},
-      {R"({"allOf":[{"properties":{"x":{"properties":{"b":{}}}}}],"properties":{"x":)" +
-           WithVital("") + "}}",
-       "/x", "u:uv"},
-      // Ids belong to every part; where nothing else is known, the place has its own kind.
-      {R"({"properties":{"id":{"instanceId":true}}})", "", "u:u id"},
-      {R"({"vital":true,"properties":{"id":{"instanceId":true}}})", "", "v:v id"},
-      {WithVital("", R"(,"l":{"items":{"properties":{"id":{"instanceId":true}}}})"), "", "u:uv"},
-      {R"({"properties":{"l":{"cached":true,"items":{"properties":{"id":{"instanceId":true}}}}}})",
-       "/l", "c:c"},
-      {R"({"properties":{"l":{"items":)" + WithVital(R"("generatedInstanceId":true,)") + "}}}",
-       "/l/*", "u:v cs_generated_id"},
-      {R"({"properties":{"l":{"items":[{},{}]}}})", "/l/*", "u:u"},
-      {R"({"properties":{"l":{"items":{"items":)" + WithVital("") + "}}}}", "/l", "u:v"},
-      // References, by pointer and by name, with tags beside them or where they lead.
-      {R"({"properties":{"l":{"items":{"$ref":"#p"}}},"definitions":{"p":{"$id":"#p",
+  Expect("", "u:u", "{}");
+  Expect("", "v:v", R"({"vital":true})");
+  Expect("/x/y", "v:v", R"({"vital":true,"properties":{"x":{"properties":{"y":{}}}}})");
+  Expect("", "u:v", WithVital(""));
+  Expect("/unknown", "u:u", WithVital(""));
+  Expect("", "u:vc", WithVital("", R"(,"b":{"cached":true})"));
+  // What an object admits beside its properties is the user's.
+  Expect("", "u:uv", WithVital(R"("additionalProperties":{},)"));
+  Expect("", "u:v", WithVital(R"("additionalProperties":false,)"));
+  Expect("", "u:uv", WithVital(R"("patternProperties":{"^x":{}},)"));
+  Expect("", "u:uv", WithVital(R"("anyOf":[{"properties":{"b":{}}}],)"));
+  Expect("", "u:v", WithVital(R"("anyOf":[{"required":["a"]}],)"));
+  Expect("", "u:v", WithVital(R"("oneOf":[{"properties":{"a":{"const":1}}}],)"));
+  Expect("", "u:uv", WithVital(R"("if":{"properties":{"b":{}}},)"));
+  Expect("", "u:uv", WithVital(R"("dependencies":{"a":{"additionalProperties":true}},)"));
+  Expect("", "u:v", WithVital(R"("not":{"properties":{"b":{}}},)"));
+  Expect("", "u:uv", WithVital(R"("allOf":[{"$ref":"#/definitions/d"}],
+           "definitions":{"d":{"allOf":[{"properties":{"b":{}}}]}},)"));
+  Expect("/x", "u:uv",
+         R"({"allOf":[{"properties":{"x":{"properties":{"b":{}}}}}],"properties":{"x":)" +
+             WithVital("") + "}}");
+  // Ids belong to every part; where nothing else is known, the place has its own kind.
+  Expect("", "u:u id", R"({"properties":{"id":{"instanceId":true}}})");
+  Expect("", "v:v id", R"({"vital":true,"properties":{"id":{"instanceId":true}}})");
+  Expect("", "u:uv", WithVital("", R"(,"l":{"items":{"properties":{"id":{"instanceId":true}}}})"));
+  Expect(
+      "/l", "c:c",
+      R"({"properties":{"l":{"cached":true,"items":{"properties":{"id":{"instanceId":true}}}}}})");
+  Expect("/l/*", "u:v cs_generated_id",
+         R"({"properties":{"l":{"items":)" + WithVital(R"("generatedInstanceId":true,)") + "}}}");
+  Expect("/l/*", "u:u", R"({"properties":{"l":{"items":[{},{}]}}})");
+  Expect("/l", "u:v", R"({"properties":{"l":{"items":{"items":)" + WithVital("") + "}}}}");
+  // References, by pointer and by name, with tags beside them or where they lead.
+  Expect("/l/*", "u:uc id",
+         R"({"properties":{"l":{"items":{"$ref":"#p"}}},"definitions":{"p":{"$id":"#p",
            "properties":{"id":{"$ref":"#i"},"s":{"cached":true},"n":{}}},
-           "i":{"$id":"#i","instanceId":true}}})",
-       "/l/*", "u:uc id"},
-      {R"({"properties":{"x":{"vital":true,"$ref":"#/definitions/d"}},"definitions":{"d":{}}})",
-       "/x", "v:v"},
-      {R"({"properties":{"y":{"$ref":"#/properties/x"},"x":{"vital":true}}})", "/y", "v:v"},
-      {R"({"properties":{"lost":{"$ref":"#/definitions/no"}}})", "/lost", "u:u"},
-      // A tree of trees.
-      {R"({"properties":{"t":{"$ref":"#/definitions/t"}},"definitions":{"t":{"properties":{
-           "id":{"instanceId":true},"of":{"items":{"$ref":"#/definitions/t"}}}}}})",
-       "/t/of/*/of", "u:u"},
-      {R"({"properties":{"t":{"$ref":"#/definitions/t"}},"definitions":{"t":{"properties":{
-           "seen":{"cached":true},"of":{"items":{"$ref":"#/definitions/t"}}}}}})",
-       "/t/of/*/of", "u:c"},
-  };
-  for (const auto& [schema, path, expected] : cases) {
-    EXPECT_EQ(At(schema, path), expected) << schema << " " << path;
-  }
+           "i":{"$id":"#i","instanceId":true}}})");
+  Expect("/x", "v:v",
+         R"({"properties":{"x":{"vital":true,"$ref":"#/definitions/d"}},"definitions":{"d":{}}})");
+  Expect("/y", "v:v", R"({"properties":{"y":{"$ref":"#/properties/x"},"x":{"vital":true}}})");
+  Expect("/lost", "u:u", R"({"properties":{"lost":{"$ref":"#/definitions/no"}}})");
+  // A tree of trees.
+  Expect("/t/of/*/of", "u:u",
+         R"({"properties":{"t":{"$ref":"#/definitions/t"}},"definitions":{"t":{"properties":{
+           "id":{"instanceId":true},"of":{"items":{"$ref":"#/definitions/t"}}}}}})");
+  Expect("/t/of/*/of", "u:c",
+         R"({"properties":{"t":{"$ref":"#/definitions/t"}},"definitions":{"t":{"properties":{
+           "seen":{"cached":true},"of":{"items":{"$ref":"#/definitions/t"}}}}}})");
 }
 
 }  // namespace

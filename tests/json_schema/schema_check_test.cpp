@@ -3,6 +3,8 @@
 
 #include "json_schema/findings_text.h"
 
+#include <gmock/gmock.h>
+
 namespace ValidatorTest {
 namespace {
 
@@ -58,13 +60,6 @@ TEST(CheckSchema, ReportsReferencesThatLeadNowhereOrOutside) {
 /properties/f/$ref: the reference "#/required/0" leads to something that is no schema: the text "a")");
 }
 
-TEST(CheckSchema, ReferencesByNameLeadToWhatValuesAreCheckedBy) {
-  constexpr std::string_view kNamed = R"({"definitions": {"a": {"$id": "#text", "type": "string"}},
-      "enum": [{"$id": "#hidden"}, {"x": 1}], "properties": {"x": {"$ref": "#text"}}})";
-  EXPECT_EQ(Check(kNamed), "");
-  EXPECT_EQ(FindingsOf(kNamed, R"({"x": 1})"), "/x: expected a text, found 1");
-}
-
 TEST(CheckSchema, ReportsReferencesThatLoopInOnePlace) {
   for (const char* keyword :
        {R"("allOf": [@])", R"("anyOf": [true, @])", R"("oneOf": [@])", R"("not": @)", R"("if": @)",
@@ -72,11 +67,9 @@ TEST(CheckSchema, ReportsReferencesThatLoopInOnePlace) {
     std::string schema = std::string(R"({"definitions": {"loop": {)") + keyword +
                          R"(}}, "properties": {"x": {"$ref": "#/definitions/loop"}}})";
     schema.replace(schema.find('@'), 1, R"({"$ref": "#/definitions/loop"})");
-    const std::string lines = Check(schema);
-    EXPECT_NE(lines.find("/$ref: the reference leads back to where it stands"), std::string::npos)
-        << schema << "\n"
-        << lines;
-    EXPECT_EQ(lines.find('\n'), std::string::npos) << lines;
+    EXPECT_THAT(Check(schema),
+                testing::MatchesRegex("[^\n]*/.ref: the reference leads back to where it stands"))
+        << schema;
   }
   EXPECT_EQ(Check(R"({"definitions": {"a": {"$ref": "#/definitions/b"},
                                       "b": {"$ref": "#/definitions/a"}}})"),

@@ -22,16 +22,16 @@ class Rows : public TestSupport::StoreFixture {
 };
 
 TEST_F(Rows, MapsLeaveOutNullsAndKeepEmptyTexts) {
-  char name[] = "A", other[] = "B", last[] = "C", value[] = "x", empty[] = "", later[] = "longer";
-  char* names[] = {name, other, last};
-  char* values[] = {value, nullptr, empty};
   RowMap row;
-  EXPECT_EQ(CollectRowMap(&row, 3, values, names), 0);
+  const auto collect = [&](const char* sql) {
+    DBStore::ExecuteStmt(connection_, DBStore::internal::Prepare(connection_, sql, 0),
+                         CollectRowMap, &row, DBStore::kWaitLimit);
+  };
+  collect("SELECT 'x' AS A, NULL AS B, '' AS C");
   EXPECT_EQ(row.Find("A"), "x");
   EXPECT_EQ(row.Find("B"), std::nullopt);
   EXPECT_EQ(row.Find("C"), "");
-  char* second[] = {later, nullptr, nullptr};
-  CollectRowMap(&row, 3, second, names);
+  collect("SELECT 'longer' AS A, NULL AS B, NULL AS C");
   EXPECT_EQ(row.Find("A"), "longer");
   EXPECT_EQ(row.Find("C"), "") << "NULL overwrites nothing";
 }

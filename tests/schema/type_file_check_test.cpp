@@ -8,9 +8,7 @@
 namespace TypeFiles {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::StartsWith;
 using ::testing::UnorderedPointwise;
 
 // "pointer: text" of everything that is found.
@@ -38,6 +36,11 @@ std::string Shipped(const std::string& properties, const std::string& defaults) 
 
 MATCHER(Begins, "one begins with the other") {
   return std::get<0>(arg).starts_with(std::get<1>(arg));
+}
+
+// What is found, each by what it begins with.
+void Expect(const std::string& file, const std::vector<std::string>& faults) {
+  EXPECT_THAT(FaultsOf(file), UnorderedPointwise(Begins(), faults)) << file;
 }
 
 TEST(TypeFileCheck, GoodFilesAreGood) {
@@ -71,117 +74,108 @@ TEST(TypeFileCheck, ResultHoldsTheTypeInTheOrderOfTheFile) {
 }
 
 TEST(TypeFileCheck, TextThatIsNoJsonIsOneFaultWithItsPlace) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"{\n  \"a\": 1,\n  \"b\": tru\n}", "/: line 3, column "},
-      {R"({"a":1,"a":2})", "/: line 1, column "},
-      {"", "/: line 1, column 1: "},
-      {"[]", "/: "}};
-  for (const auto& [text, fault] : cases) {
-    EXPECT_THAT(FaultsOf(text), ElementsAre(StartsWith(fault))) << text;
-  }
+  Expect("{\n  \"a\": 1,\n  \"b\": tru\n}", {"/: line 3, column "});
+  Expect(R"({"a":1,"a":2})", {"/: line 1, column "});
+  Expect("", {"/: line 1, column 1: "});
+  Expect("[]", {"/: "});
 }
 
 TEST(TypeFileCheck, EachRuleIsReportedAtItsPlace) {
-  struct Case {
-    std::string file;
-    std::vector<std::string> faults;  // what each begins with
-  };
   const std::string id = R"({"type":"string","instanceId":true})";
-  const Case cases[] = {
-      // The shape of the file and of the schema.
-      {R"({"component":"","group":"a.b","key":"k/","version":"1..0","schema":{"type":"object"},"x":1})",
-       {"/x: ", "/component: a name is made of", "/group: a name", "/key: a name",
-        "/version: a version is made of"}},
-      {R"({"component":"tarn"})", {"/: ", "/: ", "/: ", "/: "}},
-      {File("[]"), {"/schema: "}},
-      {File("{}"), {"/schema: objects of a type are JSON objects"}},
-      {File(R"({"type":"array"})"), {"/schema/type: objects of a type are JSON objects"}},
-      {File(R"({"type":"object","$ref":"#/definitions/a","definitions":{"a":{}}})"),
-       {"/schema/$ref: the root of the schema has to"}},
-      {Properties(R"("a/b":{"vitl":true})"),
-       {"/schema/properties/a~1b/vitl: is neither a keyword"}},
-      // Flags and tags.
-      {File(R"({"type":"object","shared":false,"vital":1})"),
-       {"/schema/shared: can only be true", "/schema/vital: can only be true"}},
-      {File(R"({"type":"object","cached":true,"properties":{
+  // The shape of the file and of the schema.
+  Expect(
+      R"({"component":"","group":"a.b","key":"k/","version":"1..0","schema":{"type":"object"},"x":1})",
+      {"/x: ", "/component: a name is made of", "/group: a name", "/key: a name",
+       "/version: a version is made of"});
+  Expect(R"({"component":"tarn"})", {"/: ", "/: ", "/: ", "/: "});
+  Expect(File("[]"), {"/schema: "});
+  Expect(File("{}"), {"/schema: objects of a type are JSON objects"});
+  Expect(File(R"({"type":"array"})"), {"/schema/type: objects of a type are JSON objects"});
+  Expect(File(R"({"type":"object","$ref":"#/definitions/a","definitions":{"a":{}}})"),
+         {"/schema/$ref: the root of the schema has to"});
+  Expect(Properties(R"("a/b":{"vitl":true})"),
+         {"/schema/properties/a~1b/vitl: is neither a keyword"});
+  // Flags and tags.
+  Expect(File(R"({"type":"object","shared":false,"vital":1})"),
+         {"/schema/shared: can only be true", "/schema/vital: can only be true"});
+  Expect(File(R"({"type":"object","cached":true,"properties":{
                "a":{"properties":{"b":{"vital":true}}}}})"),
-       {"/schema/properties/a/properties/b/vital: stands inside of what is tagged \"cached\""}},
-      {Properties(R"("a":{"rebootRequired":true},"b":{"vital":true,"cached":true},
+         {"/schema/properties/a/properties/b/vital: stands inside of what is tagged \"cached\""});
+  Expect(Properties(R"("a":{"rebootRequired":true},"b":{"vital":true,"cached":true},
                      "c":{"items":{"vital":true}},
                      "d":{"anyOf":[{"properties":{"b":{"cached":true}}}]})"),
-       {"/schema/properties/a/rebootRequired: is a flag of the whole type",
-        "/schema/properties/b/cached: cannot stand beside",
-        "/schema/properties/c/items/vital: means something at the root",
-        "/schema/properties/d/anyOf/0/properties/b/cached: means something"}},
-      // What references lead to has to agree with where they stand, and to be found by the library.
-      {Properties(R"("a":{"cached":true,"$ref":"#d"},"b":{"cached":true,"$ref":"#/properties/c"},
+         {"/schema/properties/a/rebootRequired: is a flag of the whole type",
+          "/schema/properties/b/cached: cannot stand beside",
+          "/schema/properties/c/items/vital: means something at the root",
+          "/schema/properties/d/anyOf/0/properties/b/cached: means something"});
+  // What references lead to has to agree with where they stand, and to be found by the library.
+  Expect(Properties(R"("a":{"cached":true,"$ref":"#d"},"b":{"cached":true,"$ref":"#/properties/c"},
                       "c":{"properties":{"x":{"$ref":"#d"}}},"e":{"$ref":"#/definitions/x~2"})",
-                  R"(,"definitions":{"d":{"$id":"#d","vital":true},"x~2":{}})"),
-       {"/schema/properties/a/$ref: leads to data that is tagged otherwise",
-        "/schema/properties/b/$ref: leads to data that is tagged otherwise",
-        "/schema/properties/e/$ref: the reference \"#/definitions/x~2\" is no JSON Pointer"}},
-      {Properties(
-           R"("a":{"anyOf":[{"$ref":"#d"}],"additionalProperties":{"$ref":"#/definitions/e"}},
+                    R"(,"definitions":{"d":{"$id":"#d","vital":true},"x~2":{}})"),
+         {"/schema/properties/a/$ref: leads to data that is tagged otherwise",
+          "/schema/properties/b/$ref: leads to data that is tagged otherwise",
+          "/schema/properties/e/$ref: the reference \"#/definitions/x~2\" is no JSON Pointer"});
+  Expect(Properties(
+             R"("a":{"anyOf":[{"$ref":"#d"}],"additionalProperties":{"$ref":"#/definitions/e"}},
                       "b":{"$ref":"#/definitions/e"})",
-           R"(,"definitions":{"d":{"$id":"#d","properties":{"v":{"vital":true}}},
+             R"(,"definitions":{"d":{"$id":"#d","properties":{"v":{"vital":true}}},
                       "e":{"items":{"properties":{"id":)" +
-               id + R"(}}}})"),
-       {"/schema/properties/a/anyOf/0/$ref: leads to instance ids or to vital",
-        "/schema/properties/a/additionalProperties/$ref: leads to instance ids or to vital"}},
-      {Properties(
-           R"("l":{"items":{"$ref":"#/definitions/e"}})",
-           R"(,"definitions":{"e":{"properties":{"id":)" + id + R"(,"v":{"vital":true},"u":{}}}})"),
-       {"/schema/properties/l/items: the elements have members of several kinds, and are told"}},
-      // Instance ids.
-      {Properties(R"("a":)" + id + R"(,"b":)" + id + R"(,"c":{"properties":{"b":)" + id + "}}"),
-       {"/schema/properties/b/instanceId: an object has one instance id, and this one has \"a\"",
-        "/schema/properties/c/properties/b/instanceId: means something only in"}},
-      {Properties(R"("a":{"type":"integer","instanceId":true})"),
-       {"/schema/properties/a/instanceId: belongs to a property of \"type\": \"string\""}},
-      {Properties(R"("a":{"type":"string","instanceId":true,"vital":true})"),
-       {"/schema/properties/a/instanceId: cannot be vital or cached"}},
-      {File(R"({"type":"object","instanceId":true})"),
-       {"/schema/instanceId: means something only in"}},
-      {Properties(R"("a":{"generatedInstanceId":true},"sample":{"items":{"properties":{"b":)" + id +
-                  R"(}}},"c":{"items":{"type":"string","generatedInstanceId":true}},
+                 id + R"(}}}})"),
+         {"/schema/properties/a/anyOf/0/$ref: leads to instance ids or to vital",
+          "/schema/properties/a/additionalProperties/$ref: leads to instance ids or to vital"});
+  Expect(Properties(R"("l":{"items":{"$ref":"#/definitions/e"}})",
+                    R"(,"definitions":{"e":{"properties":{"id":)" + id +
+                        R"(,"v":{"vital":true},"u":{}}}})"),
+         {"/schema/properties/l/items: the elements have members of several kinds, and are told"});
+  // Instance ids.
+  Expect(Properties(R"("a":)" + id + R"(,"b":)" + id + R"(,"c":{"properties":{"b":)" + id + "}}"),
+         {"/schema/properties/b/instanceId: an object has one instance id, and this one has \"a\"",
+          "/schema/properties/c/properties/b/instanceId: means something only in"});
+  Expect(Properties(R"("a":{"type":"integer","instanceId":true})"),
+         {"/schema/properties/a/instanceId: belongs to a property of \"type\": \"string\""});
+  Expect(Properties(R"("a":{"type":"string","instanceId":true,"vital":true})"),
+         {"/schema/properties/a/instanceId: cannot be vital or cached"});
+  Expect(File(R"({"type":"object","instanceId":true})"),
+         {"/schema/instanceId: means something only in"});
+  Expect(
+      Properties(R"("a":{"generatedInstanceId":true},"sample":{"items":{"properties":{"b":)" + id +
+                 R"(}}},"c":{"items":{"type":"string","generatedInstanceId":true}},
                      "d":{"items":{"generatedInstanceId":true,"properties":{"b":)" +
-                  id + R"(}}},
+                 id + R"(}}},
                      "e":{"items":{"properties":{"b":{"vital":true},"c":{}}}})"),
-       {"/schema/properties/a/generatedInstanceId: means something only in",
-        "/schema/properties/sample: an array of instances cannot have the name",
-        "/schema/properties/c/items/generatedInstanceId: belongs to elements of",
-        "/schema/properties/d/items/generatedInstanceId: cannot be had beside",
-        "/schema/properties/e/items: the elements have no instance id"}},
-      // Defaults.
-      {Properties(R"("a":{"type":"integer","default":"1"},
+      {"/schema/properties/a/generatedInstanceId: means something only in",
+       "/schema/properties/sample: an array of instances cannot have the name",
+       "/schema/properties/c/items/generatedInstanceId: belongs to elements of",
+       "/schema/properties/d/items/generatedInstanceId: cannot be had beside",
+       "/schema/properties/e/items: the elements have no instance id"});
+  // Defaults.
+  Expect(Properties(R"("a":{"type":"integer","default":"1"},
                      "b":{"default":{"c":1,"d":2},"additionalProperties":false,"properties":{"c":{
                           "$ref":"#/definitions/t","default":3}}})",
-                  R"(,"definitions":{"t":{"type":"string"}})"),
-       {"/schema/properties/a/default: ", "/schema/properties/b/default/c: ",
-        "/schema/properties/b/default/d: ", "/schema/properties/b/properties/c/default: "}},
-      {Shipped(R"("a":{"type":"integer"})",
-               R"({"instance":"x","value":{"a":"1","z":2}},{"instance":"","value":{}},{"value":{}},
+                    R"(,"definitions":{"t":{"type":"string"}})"),
+         {"/schema/properties/a/default: ", "/schema/properties/b/default/c: ",
+          "/schema/properties/b/default/d: ", "/schema/properties/b/properties/c/default: "});
+  Expect(
+      Shipped(R"("a":{"type":"integer"})",
+              R"({"instance":"x","value":{"a":"1","z":2}},{"instance":"","value":{}},{"value":{}},
                   {"instance":"x","value":{"a":1}})"),
-       {"/defaults/2: ", "/defaults/0/instance: has to be empty",
-        "/defaults/0/value/a: ", "/defaults/0/value/z: ", "/defaults/1/value: ",
-        "/defaults/3/instance: the file brings this instance along twice",
-        "/defaults/3/instance: has to be empty"}},
-      {Shipped(R"("a":)" + id,
-               R"({"instance":"","value":{"a":"x"}},{"instance":"y","value":{"a":"z"}},
+      {"/defaults/2: ", "/defaults/0/instance: has to be empty",
+       "/defaults/0/value/a: ", "/defaults/0/value/z: ", "/defaults/1/value: ",
+       "/defaults/3/instance: the file brings this instance along twice",
+       "/defaults/3/instance: has to be empty"});
+  Expect(
+      Shipped(R"("a":)" + id,
+              R"({"instance":"","value":{"a":"x"}},{"instance":"y","value":{"a":"z"}},
                   {"instance":"a\u0000b","value":{"a":"a\u0000b"}},{"instance":")" +
-                   std::string(256, 'x') + R"(","value":{"a":")" + std::string(256, 'x') +
-                   R"("}})"),
-       {"/defaults/0/instance: an instance id is a text of 1 to 255 bytes",
-        "/defaults/0/value/a: differs from \"instance\"", "/defaults/1/value/a: differs",
-        "/defaults/2/instance: an instance id", "/defaults/3/instance: an instance id"}},
-      // What is wrong in several places is all reported.
-      {R"({"component":"t n","group":"g","key":"k","version":"1","schema":{"type":"object","vital":false,
+                  std::string(256, 'x') + R"(","value":{"a":")" + std::string(256, 'x') + R"("}})"),
+      {"/defaults/0/instance: an instance id is a text of 1 to 255 bytes",
+       "/defaults/0/value/a: differs from \"instance\"", "/defaults/1/value/a: differs",
+       "/defaults/2/instance: an instance id", "/defaults/3/instance: an instance id"});
+  // What is wrong in several places is all reported.
+  Expect(
+      R"({"component":"t n","group":"g","key":"k","version":"1","schema":{"type":"object","vital":false,
           "properties":{"a":{"pattern":"("}}},"defaults":7})",
-       {"/defaults: ", "/component: ", "/schema/vital: ", "/schema/properties/a/pattern: "}},
-  };
-  for (const Case& each : cases) {
-    EXPECT_THAT(FaultsOf(each.file), UnorderedPointwise(Begins(), each.faults)) << each.file;
-  }
+      {"/defaults: ", "/component: ", "/schema/vital: ", "/schema/properties/a/pattern: "});
 }
 
 TEST(TypeFileCheck, VersionsAreComparedNumberByNumber) {
