@@ -45,19 +45,9 @@ inline std::string FindingsOf(std::string_view schema, std::string_view value,
   return FindingsOf(Parsed(schema), Parsed(value), rules);
 }
 
-/// Values, and what is found in them.
-struct Case {
-  const char* schema;
-  const char* value;
-  std::string findings;
-  Rules rules = kSetRules;
-};
-
-inline void Expect(const std::vector<Case>& cases) {
-  for (const Case& each : cases) {
-    EXPECT_EQ(FindingsOf(each.schema, each.value, each.rules), each.findings)
-        << each.schema << " " << each.value;
-  }
+inline void Expect(const std::string& schema, const std::string& value, const std::string& findings,
+                   const Rules& rules = kSetRules) {
+  EXPECT_EQ(FindingsOf(schema, value, rules), findings) << schema << " " << value;
 }
 
 /// The parts of "a,b,c".

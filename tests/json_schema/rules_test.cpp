@@ -114,10 +114,10 @@ TEST(RulesOfWholeTypes, TheNearestTagGoverns) {
 TEST(RulesOfWholeTypes, GeneratedInstanceIdsMayBeGivenAndAreNotAskedFor) {
   constexpr const char* kGenerated = R"({"properties": {"list": {"items": {
       "generatedInstanceId": true, "properties": {"a": {}}}}}})";
-  Expect({{kGenerated, R"({"list": [{"a": 1}, {"cs_generated_id": "x", "a": 1}]})", ""},
-          {kGenerated, R"({"list": [{"cs_generated_id": 1, "b": 1}]})",
-           R"(/list/0/cs_generated_id: expected a text, found 1
-/list/0/b: member "b" is not known; known members: a)"}});
+  Expect(kGenerated, R"({"list": [{"a": 1}, {"cs_generated_id": "x", "a": 1}]})", "");
+  Expect(kGenerated, R"({"list": [{"cs_generated_id": 1, "b": 1}]})",
+         R"(/list/0/cs_generated_id: expected a text, found 1
+/list/0/b: member "b" is not known; known members: a)");
 }
 
 TEST(Composition, WhatAppliesDeclaresAndNothingElse) {
@@ -150,13 +150,13 @@ TEST(Composition, WhatAppliesDeclaresAndNothingElse) {
 }
 
 TEST(Composition, WhatIsOpenStaysOpen) {
-  Expect({{R"({"type": "object"})", R"({"any": {"thing": 1}})", ""},
-          {R"({"properties": {"a": {}}, "additionalProperties": true})", R"({"b": 1})", ""},
-          {R"({"properties": {"a": {}}, "allOf": [{"additionalProperties": {"type": "null"}}]})",
-           R"({"a": null, "b": null})", ""},
-          // A condition asks about members without making the object one of those members only.
-          {R"({"if": {"properties": {"a": {"const": 1}}}, "then": {"properties": {"b": {}}}})",
-           R"({"a": 1, "c": 2})", ""}});
+  Expect(R"({"type": "object"})", R"({"any": {"thing": 1}})", "");
+  Expect(R"({"properties": {"a": {}}, "additionalProperties": true})", R"({"b": 1})", "");
+  Expect(R"({"properties": {"a": {}}, "allOf": [{"additionalProperties": {"type": "null"}}]})",
+         R"({"a": null, "b": null})", "");
+  // A condition asks about members without making the object one of those members only.
+  Expect(R"({"if": {"properties": {"a": {"const": 1}}}, "then": {"properties": {"b": {}}}})",
+         R"({"a": 1, "c": 2})", "");
 }
 
 TEST(Composition, SchemasOfOneObjectAreTakenTogether) {
@@ -165,17 +165,17 @@ TEST(Composition, SchemasOfOneObjectAreTakenTogether) {
   constexpr const char* kTwice = R"({"allOf": [
     {"properties": {"net": {"properties": {"a": {}}}, "list": {"items": {"properties": {"x": {}}}}}},
     {"properties": {"net": {"properties": {"b": {}}}, "list": {"items": {"properties": {"y": {}}}}}}]})";
-  Expect({// A member that the schema itself refuses is named once.
-          {kClosed, R"({"c": 1})", R"(/c: member "c" is not known; known members: a)", {0, 1}},
-          {kClosed, R"({"c": 1})", R"(/c: member "c" is not known; known members: a, b)", {0}},
-          {kTwice, R"({"net": {"a": 1, "b": 2}, "list": [{"x": 1, "y": 2}]})", ""},
-          {kTwice, R"({"net": {"c": 1}, "list": [{"z": 1}]})",
-           R"(/net/c: member "c" is not known; known members: a, b
-/list/0/z: member "z" is not known; known members: x, y)"},
-          {R"({"properties": {"name": {"type": "string"}, "children": {"items": {"$ref": "#"}}}})",
-           R"({"children": [{"name": "a", "children": [{"name": 1, "x": 2}]}]})",
-           R"(/children/0/children/0/name: expected a text, found 1
-/children/0/children/0/x: member "x" is not known; known members: name, children)"}});
+  // A member that the schema itself refuses is named once.
+  Expect(kClosed, R"({"c": 1})", R"(/c: member "c" is not known; known members: a)", {0, 1});
+  Expect(kClosed, R"({"c": 1})", R"(/c: member "c" is not known; known members: a, b)", {0});
+  Expect(kTwice, R"({"net": {"a": 1, "b": 2}, "list": [{"x": 1, "y": 2}]})", "");
+  Expect(kTwice, R"({"net": {"c": 1}, "list": [{"z": 1}]})",
+         R"(/net/c: member "c" is not known; known members: a, b
+/list/0/z: member "z" is not known; known members: x, y)");
+  Expect(R"({"properties": {"name": {"type": "string"}, "children": {"items": {"$ref": "#"}}}})",
+         R"({"children": [{"name": "a", "children": [{"name": 1, "x": 2}]}]})",
+         R"(/children/0/children/0/name: expected a text, found 1
+/children/0/children/0/x: member "x" is not known; known members: name, children)");
 }
 
 TEST(Composition, WithoutRequiredOnlyPlainlyMissingMembersAreForgiven) {
@@ -198,8 +198,8 @@ TEST(Composition, WithoutRequiredOnlyPlainlyMissingMembersAreForgiven) {
     EXPECT_NE(FindingsOf(one.schema, one.value, {1, 8}), "") << one.schema;
     EXPECT_EQ(FindingsOf(one.schema, one.value, kUpdate) == "", one.forgiven) << one.schema;
   }
-  Expect({{R"({"not": {"required": ["a"]}})", "{}", "", kUpdate},
-          {R"({"if": {"required": ["a"]}, "then": false})", "{}", "", kUpdate}});
+  Expect(R"({"not": {"required": ["a"]}})", "{}", "", kUpdate);
+  Expect(R"({"if": {"required": ["a"]}, "then": false})", "{}", "", kUpdate);
 }
 
 }  // namespace
