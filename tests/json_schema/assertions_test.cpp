@@ -29,68 +29,60 @@ TEST(Numbers, LimitsPastTheExactRangeOfDoublesAreExact) {
   EXPECT_FALSE(Fits("const", "9007199254740993", "9007199254740992.0"));
 }
 
+void ExpectMultiples(const char* divisor, const char* multiples, const char* others) {
+  for (const std::string& value : Split(multiples)) {
+    EXPECT_TRUE(Fits("multipleOf", divisor, value)) << value << " of " << divisor;
+  }
+  for (const std::string& value : Split(others)) {
+    EXPECT_FALSE(Fits("multipleOf", divisor, value)) << value << " of " << divisor;
+  }
+}
+
 TEST(Numbers, MultiplesAreThoseOfDecimalNumbers) {
-  const struct {
-    const char* divisor;
-    const char* multiples;
-    const char* others;
-  } cases[] = {
-      {"0.1", "0.3,1,-0.7,0,1e22", "0.35,1e-9"},
-      {"0.01", "19.99,4.35,1.1", "0.001,4.355"},
-      {"7", "9223372036854775807,-7,14.0", "18446744073709551616,7.5"},
-      {"2.5", "5,1e308", "4"},
-      {"0.123456789", "0.246913578", "1e308"},
-      {"1e300", "3e300", "1,1e299"},
-  };
-  for (const auto& one : cases) {
-    for (const std::string& value : Split(one.multiples)) {
-      EXPECT_TRUE(Fits("multipleOf", one.divisor, value)) << value << " of " << one.divisor;
-    }
-    for (const std::string& value : Split(one.others)) {
-      EXPECT_FALSE(Fits("multipleOf", one.divisor, value)) << value << " of " << one.divisor;
-    }
+  ExpectMultiples("0.1", "0.3,1,-0.7,0,1e22", "0.35,1e-9");
+  ExpectMultiples("0.01", "19.99,4.35,1.1", "0.001,4.355");
+  ExpectMultiples("7", "9223372036854775807,-7,14.0", "18446744073709551616,7.5");
+  ExpectMultiples("2.5", "5,1e308", "4");
+  ExpectMultiples("0.123456789", "0.246913578", "1e308");
+  ExpectMultiples("1e300", "3e300", "1,1e299");
+}
+
+void ExpectFormat(const char* name, const char* good, const std::string& bad) {
+  const JsonValidator::Format* format = JsonValidator::FindFormat(name);
+  ASSERT_NE(format, nullptr) << name;
+  for (const std::string& text : Split(good)) {
+    EXPECT_TRUE(format->holds(text)) << name << " " << text;
+  }
+  for (const std::string& text : Split(bad)) {
+    EXPECT_FALSE(format->holds(text)) << name << " " << text;
   }
 }
 
 // Beside what the public suite has of them.
 TEST(Formats, TellGoodTextsFromBad) {
-  const struct {
-    const char* format;
-    const char* good;
-    std::string bad;
-  } cases[] = {
-      {"date", "2024-02-29,2000-02-29", ",2023-02-29,1900-02-29,2024-13-01,2024-1-01,2024-04-31"},
-      {"time", "23:20:50Z,00:00:00.123+05:30,23:59:60Z,01:29:60+01:30",
-       "24:00:00Z,12:00:00,12:00Z,12:00:00.Z,22:59:60Z,12:00:00+24:00"},
-      {"date-time", "2024-02-29T23:20:50Z", "2024-02-29 23:20:50Z,2024-02-29,2023-02-29T00:00:00Z"},
-      {"email", R"("joe \" b"@example.com,a@[10.0.0.1],a+b@localhost)",
-       "joe,@example.com,joe@,.a@b.c,a..b@c.d,a b@c.d,a@-b.c"},
-      {"hostname", "a,node-17.example.com,3com.com", ",-a,a-.b,a..b,a_b,a.,xn--\xC3\xBC"},
-      {"ipv4", "0.0.0.0,255.255.255.255", "256.0.0.1,1.2.3,01.2.3.4,1.2.3.4 ,1.2.3."},
-      {"ipv6", "::,fe80::1,::ffff:10.0.0.1", "fe80::1%eth0,1:2,:::"},
-      {"ipv4", "1.2.3.4", std::string("1.2.3.4\0", 8)},
-      {"ipv6", "::1", std::string("::1\0", 4)},
-      {"uri", "http://a:b@host:80/p?q#f,urn:x:y,http://[::1]/",
-       "http://a b,a%zz:b,http://[::1,http://h:x/,1a:b"},
-      {"uri-reference", ",//host/p,a/b:c,?q", "a:b c,1:2,%1"},
-      {"regex", "(?=x)\\d{2}", "(,[a,a**"},
-      {"mac-address", "02:00:5e:10:00:0F,02-00-5E-10-00-0f",
-       "02:00:5e:10:00,02:00-5e:10:00:01,0g:00:5e:10:00:01"},
-      {"ipv4-prefix", "10.0.0.0/8,0.0.0.0/0,1.2.3.4/32",
-       "10.0.0.0,10.0.0.0/33,10.0.0.0/,10.0.0.0/08,10.0.0/8"},
-      {"ipv6-prefix", "fd00::/8,::/0,::1/128", "fd00::,fd00::/129,10.0.0.0/8"},
-      {"port", "1,65535", ",0,65536,080,-1,99999999999"},
-  };
-  for (const auto& one : cases) {
-    const JsonValidator::Format* format = JsonValidator::FindFormat(one.format);
-    ASSERT_NE(format, nullptr) << one.format;
-    for (const std::string& text : Split(one.good)) {
-      EXPECT_TRUE(format->holds(text)) << one.format << " " << text;
-    }
-    for (const std::string& text : Split(one.bad)) {
-      EXPECT_FALSE(format->holds(text)) << one.format << " " << text;
-    }
-  }
+  ExpectFormat("date", "2024-02-29,2000-02-29",
+               ",2023-02-29,1900-02-29,2024-13-01,2024-1-01,2024-04-31");
+  ExpectFormat("time", "23:20:50Z,00:00:00.123+05:30,23:59:60Z,01:29:60+01:30",
+               "24:00:00Z,12:00:00,12:00Z,12:00:00.Z,22:59:60Z,12:00:00+24:00");
+  ExpectFormat("date-time", "2024-02-29T23:20:50Z",
+               "2024-02-29 23:20:50Z,2024-02-29,2023-02-29T00:00:00Z");
+  ExpectFormat("email", R"("joe \" b"@example.com,a@[10.0.0.1],a+b@localhost)",
+               "joe,@example.com,joe@,.a@b.c,a..b@c.d,a b@c.d,a@-b.c");
+  ExpectFormat("hostname", "a,node-17.example.com,3com.com", ",-a,a-.b,a..b,a_b,a.,xn--\xC3\xBC");
+  ExpectFormat("ipv4", "0.0.0.0,255.255.255.255", "256.0.0.1,1.2.3,01.2.3.4,1.2.3.4 ,1.2.3.");
+  ExpectFormat("ipv6", "::,fe80::1,::ffff:10.0.0.1", "fe80::1%eth0,1:2,:::");
+  ExpectFormat("ipv4", "1.2.3.4", std::string("1.2.3.4\0", 8));
+  ExpectFormat("ipv6", "::1", std::string("::1\0", 4));
+  ExpectFormat("uri", "http://a:b@host:80/p?q#f,urn:x:y,http://[::1]/",
+               "http://a b,a%zz:b,http://[::1,http://h:x/,1a:b");
+  ExpectFormat("uri-reference", ",//host/p,a/b:c,?q", "a:b c,1:2,%1");
+  ExpectFormat("regex", "(?=x)\\d{2}", "(,[a,a**");
+  ExpectFormat("mac-address", "02:00:5e:10:00:0F,02-00-5E-10-00-0f",
+               "02:00:5e:10:00,02:00-5e:10:00:01,0g:00:5e:10:00:01");
+  ExpectFormat("ipv4-prefix", "10.0.0.0/8,0.0.0.0/0,1.2.3.4/32",
+               "10.0.0.0,10.0.0.0/33,10.0.0.0/,10.0.0.0/08,10.0.0/8");
+  ExpectFormat("ipv6-prefix", "fd00::/8,::/0,::1/128", "fd00::,fd00::/129,10.0.0.0/8");
+  ExpectFormat("port", "1,65535", ",0,65536,080,-1,99999999999");
 }
 
 TEST(Formats, ApplyOnlyToTheKindsOfValuesTheyMean) {
