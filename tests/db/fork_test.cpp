@@ -5,6 +5,7 @@
 #include "db/database.h"
 
 #include <sys/eventfd.h>
+#include <thread>
 
 namespace {
 
@@ -15,7 +16,7 @@ using DBStore::WriteKeyValue;
 
 class Fork : public DatabaseTest {
  protected:
-  static constexpr int kTimes = 50;
+  static constexpr int kTimes = 30;
 
   // Counts "n" up, each time in a transaction of its own that lasts until the other side has had
   // time to break into it.
@@ -24,6 +25,7 @@ class Fork : public DatabaseTest {
       const auto connection = Connect();
       const int begun = BeginTransaction(connection);
       const int next = std::stoi("0" + ReadKey(connection, "n")) + 1;
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
       if (begun != 0 || WriteKeyValue("n", std::to_string(next), connection) != 0 ||
           CommitTransaction(connection) != 0) {
         return 1;

@@ -48,7 +48,10 @@ TEST_F(Statements, MoreTextsThanTheCacheHoldsStillWork) {
 TEST_F(Statements, ComeBackWithoutBindingsAndKeepTheirConnectionFromOthers) {
   auto statement = Prepare("SELECT ?");
   int index = 1;
-  ASSERT_EQ(Bind(connection_, statement, index, "secret", false), 0);
+  ASSERT_EQ(Bind(connection_, statement, index, "ran", false), 0);
+  EXPECT_EQ(Rows(connection_, statement), "ran");
+  index = 1;
+  ASSERT_EQ(Bind(connection_, statement, index, "bound and not run", false), 0);
   const StoreConnection* const bound = connection_.get();
   connection_.reset();
   EXPECT_NE(Connect().get(), bound);
