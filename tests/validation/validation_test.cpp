@@ -168,6 +168,7 @@ TEST_F(Validation, WholeDocumentsAreCheckedTypeByType) {
   EXPECT_EQ(wrong(R"({"tarn":{"test":{"plain":{"name":"a"},"linked":{"a":1},
            "switch":[{"name":"a","mtu":1},{"name":"b","rules":[{"allow":"x"}]}]}}})"),
             "");
+  EXPECT_EQ(wrong(R"({"tarn":{"test":{"linked":{"a":10}}}})"), "/tarn/test/linked/a ");
   EXPECT_EQ(wrong(R"({"tarn":{"test":{"linked":[{"a":1},{"a":10}]}}})"), "/tarn/test/linked/1/a ");
   EXPECT_EQ(
       wrong(
