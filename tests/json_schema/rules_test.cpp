@@ -109,6 +109,9 @@ TEST(RulesOfWholeTypes, TheNearestTagGoverns) {
   EXPECT_EQ(FindingsOf(R"({"vital": false, "cached": true, "properties": {"a": {}}})",
                        R"({"a": 1})", {0, 1, 9}),
             "");
+  // An empty object belongs to the part of all that it may hold.
+  Expect(R"({"properties": {"o": {"properties": {"v": {"vital": true}}}}})", R"({"o": {}})", "",
+         {5});
 }
 
 TEST(RulesOfWholeTypes, GeneratedInstanceIdsMayBeGivenAndAreNotAskedFor) {
