@@ -5,16 +5,27 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <functional>
 #include <sys/stat.h>
+#include <thread>
 
 namespace {
 
 using namespace TestSupport;
+using DBStore::BeginTransaction;
+using DBStore::CommitTransaction;
 using DBStore::ErrorKind;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 namespace fs = std::filesystem;
+
+constexpr const char* kDelete = "DELETE FROM KeyValue";
+constexpr const char* kThree = "SELECT 3";
+
+int WriteKey(const DBStore::ConnectionHandle& connection, const std::string& key) {
+  return DBStore::WriteKeyValue(key, "", connection);
+}
 
 class Opening : public testing::Test {
  protected:
@@ -179,7 +190,49 @@ TEST_F(Pool, DropsConnectionsToAFileThatWasReplaced) {
   EXPECT_EQ(DBStore::GetLastError().kind, DBStore::ErrorKind::MISSING);
   ASSERT_TRUE(HostSetup::Initialize().ok);
   EXPECT_EQ(ReadKey(Connect(), "key"), "");
-  EXPECT_EQ(ReadKey(connection_, "key"), "old");
+}
+
+// What is written to a file that has no name is lost, although it is written.
+TEST_F(Pool, AConnectionServesTheFileAtItsPathAndNoOther) {
+  const auto unusable = [&](ErrorKind kind) {
+    for (const auto& fails :
+         {std::function([&] { return BeginTransaction(connection_) != 0; }),
+          std::function([&] { return WriteKey(connection_, "key") != 0; }),
+          std::function([&] { return Execute(connection_, kDelete) != 0; }),
+          std::function([&] { return ReadKey(connection_, "key") != ""; }),
+          std::function([&] { return Query(connection_, kThree) == "failed"; })}) {
+      DBStore::ClearLastError();
+      EXPECT_TRUE(fails());
+      EXPECT_EQ(DBStore::GetLastError().kind, kind);
+    }
+  };
+  // Reading looks again when the clock has ticked.
+  const auto wait = [] { std::this_thread::sleep_for(std::chrono::milliseconds(20)); };
+  ASSERT_EQ(BeginTransaction(connection_), 0);
+  fs::rename(store_, store_ + ".moved");
+  EXPECT_EQ(WriteKey(connection_, "key"), 0);
+  EXPECT_EQ(CommitTransaction(connection_), 0);
+  wait();
+  unusable(ErrorKind::MISSING);
+  fs::copy_file(store_ + ".moved", store_);
+  unusable(ErrorKind::MISSING);
+  fs::rename(store_ + ".moved", store_);
+  EXPECT_EQ(WriteKey(connection_, "key"), 0);
+  const TemporaryHost other;
+  unusable(ErrorKind::MISUSE);
+}
+
+// Whose transaction it is tells who began what is open of it.
+TEST_F(Pool, AThreadWaitsForWhatAnotherOneBeganOnItsConnection) {
+  ASSERT_EQ(BeginTransaction(connection_), 0);
+  std::thread([&] { ASSERT_EQ(BeginTransaction(connection_), 0); }).join();
+  ASSERT_EQ(CommitTransaction(connection_), 0);
+  std::thread rest([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    EXPECT_EQ(CommitTransaction(connection_), 0);
+  });
+  EXPECT_EQ(WriteKey(Connect(), "key"), 0);
+  rest.join();
 }
 
 TEST_F(Pool, FollowsTheRootAndThePermissions) {

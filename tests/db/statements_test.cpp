@@ -105,6 +105,9 @@ TEST_F(Statements, FailWithStatusOneAndTellWhy) {
   EXPECT_TRUE(Prepare("DELETE FROM 'Config' WHERE Name=?; "));
   EXPECT_FALSE(Prepare(""));
   EXPECT_FALSE(internal::Prepare(nullptr, kThreeRows, kLimit));
+  EXPECT_EQ(Execute(connection_, "INSERT INTO Nowhere VALUES(?)", "x"), -1);
+  EXPECT_EQ(Query(connection_, "SELECT * FROM Nowhere"), "failed");
+  EXPECT_NE(GetLastError().message.find("no such table: Nowhere"), std::string::npos);
   EXPECT_EQ(ExecuteStmt(connection_, StatementHandle(), nullptr, nullptr, kLimit), 1);
   EXPECT_EQ(ExecuteStmt(Connect(), Prepare(kThreeRows), nullptr, nullptr, kLimit), 1);
   ASSERT_EQ(Execute(connection_, "INSERT INTO KeyValue VALUES('k', 'v')"), 0);

@@ -82,13 +82,14 @@ TEST_F(Transactions, AStrayBeginIsRefusedInsteadOfSwallowingWhatFollows) {
 }
 
 TEST_F(Transactions, AHandleDroppedInTheMiddleIsRolledBack) {
-  Run("((l");
+  Run("((");
+  ASSERT_EQ(WriteKeyValue("key", "lost", connection_), 0);
   const auto before = DBStore::testing::GetCounters().opens;
   connection_.reset();
 
   connection_ = Connect();
   EXPECT_EQ(DBStore::testing::GetCounters().opens, before);
-  EXPECT_EQ(ReadKey(connection_, "l"), "");
+  EXPECT_EQ(ReadKey(connection_, "key"), "");
   EXPECT_EQ(CommitTransaction(connection_), kMisuse);
   Run("(");
 }
@@ -120,6 +121,23 @@ TEST_F(Transactions, AnotherThreadWaitsForTheEndOfATransaction) {
   writer.join();
   EXPECT_EQ(status, 0);
   EXPECT_EQ(ReadKey(connection_, "key"), "second");
+}
+
+TEST_F(Transactions, CallsOfOneTurnAreOneForOtherThreads) {
+  std::thread other;
+  {
+    const Turn turn(connection_);
+    Run("(");
+    other = std::thread([&] { EXPECT_EQ(WriteKeyValue("b", "", connection_), 0); });
+    {
+      const Turn again(connection_);
+      std::this_thread::sleep_for(milliseconds(30));
+      Run("a");
+    }
+    Run("!");
+  }
+  other.join();
+  EXPECT_EQ(Committed(), "b");
 }
 
 TEST_F(Transactions, WhoWaitsLongerThanTheLimitIsToldThatItIsBusy) {

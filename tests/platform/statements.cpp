@@ -38,7 +38,7 @@ StatementHandle PrepareUnasked(const ConnectionHandle& connection, std::string_v
   };
   return internal::InTurn(*connection, StoreConnection::READ, kWaitLimit, prepare) == SQLITE_OK
              ? StatementHandle(statement, SqliteStmtDeleter{connection, nullptr})
-             : StatementHandle();
+             : internal::NoStatement();
 }
 
 // The engine's own status, and all rows.
@@ -70,6 +70,9 @@ int BindText(sqlite3_stmt* statement, int index, std::string_view text) {
 
 // Ends one of the Bind functions. On no statement, the engine's own answer that they are misused.
 int Bound(const StatementHandle& statement, int& index, int status) {
+  if (!statement && statement.get_deleter().failed) {
+    return SQLITE_MISUSE;
+  }
   if (status != SQLITE_OK) {
     return internal::Fail(
         status,
@@ -105,6 +108,9 @@ void SqliteStmtDeleter::operator()(sqlite3_stmt* statement) const noexcept {
 
 int ExecuteStmt(const ConnectionHandle& connection, const StatementHandle& statement,
                 RowCallback callback, void* context, int limit) {
+  if (!statement && statement.get_deleter().failed) {
+    return SQLITE_ERROR;
+  }
   if (!connection || !statement || statement.get_deleter().connection != connection) {
     internal::Fail(SQLITE_MISUSE, "there is no statement, or it is another connection's");
     return SQLITE_ERROR;
@@ -154,7 +160,7 @@ int WriteKeyValue(const std::string& key, const std::string& value,
 StatementHandle internal::Prepare(const ConnectionHandle& connection, std::string_view sql,
                                   int /*limit*/) {
   return Refuse(connection, Operation::PREPARE, sql) == 0 ? PrepareUnasked(connection, sql)
-                                                          : StatementHandle();
+                                                          : NoStatement();
 }
 
 int internal::Bind(const ConnectionHandle&, const StatementHandle& statement, int& index,

@@ -60,6 +60,18 @@ StoreConnection::~StoreConnection() {
   }
 }
 
+Turn::Turn(const ConnectionHandle& connection) noexcept : connection_(connection.get()) {
+  if (connection_ != nullptr) {
+    connection_->turn.lock();
+  }
+}
+
+Turn::~Turn() {
+  if (connection_ != nullptr) {
+    connection_->turn.unlock();
+  }
+}
+
 int StoreConnection::Enter(std::unique_lock<std::mutex>& lock, Access access, int limit) {
   const auto mayWrite = [&] { return store.writer == nullptr || store.writer == this; };
   if (access == WRITE && !mayWrite()) {

@@ -8,6 +8,7 @@
 #include "platform/db_store.h"
 #include "platform/store_error.h"
 
+#include "db/recursive_lock.h"
 #include "db/testing_hook.h"
 
 #include <sqlite3.h>
@@ -51,6 +52,7 @@ class StoreConnection {
   int Fail(int status, std::string_view action) const;
 
   Store& store;
+  internal::RecursiveLock turn;  // before the store's own
   sqlite3* database = nullptr;
   int depth = 0;
   int attachments = 0;
@@ -74,6 +76,7 @@ int Refuse(const ConnectionHandle& connection, testing::Operation operation,
 template <class Steps>
 int InTurn(StoreConnection& connection, StoreConnection::Access access, int limit,
            const Steps& steps) {
+  const std::lock_guard turn(connection.turn);
   std::unique_lock<std::mutex> lock(connection.store.lock);
   const int status = connection.Enter(lock, access, limit);
   return status != 0 ? status : steps();
