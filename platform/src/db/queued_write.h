@@ -14,7 +14,7 @@ class StoreConnection::QueuedWrite {
   explicit QueuedWrite(StoreConnection& connection) noexcept : connection_(connection) {}
   ~QueuedWrite() {
     if (entered_) {
-      internal::WriteQueue::Leave(connection_.place_);
+      connection_.LeaveQueue();
     }
   }
   QueuedWrite(const QueuedWrite&) = delete;

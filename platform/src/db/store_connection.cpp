@@ -132,7 +132,13 @@ int StoreConnection::EnterQueue(int& limit, const Action& action) {
     return RefuseLocked(action);
   }
   LimitWaiting(limit);
+  internal::LetOthersWrite();
   return SQLITE_OK;
+}
+
+void StoreConnection::LeaveQueue() noexcept {
+  internal::NoteWritten();
+  internal::WriteQueue::Leave(place_);
 }
 
 bool StoreConnection::IsTransactionGone() const noexcept {

@@ -103,6 +103,7 @@ class StoreConnection {
   int CheckReading(const Action& action);
   /// Waits for this connection's turn to write, up to the limit, of which it leaves the rest.
   int EnterQueue(int& limit, const Action& action);
+  void LeaveQueue() noexcept;
   int Run(const char* sql, int limit = kWaitLimit);
   void EndLevel() noexcept;
   void EndTransaction() noexcept;

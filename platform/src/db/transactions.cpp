@@ -48,7 +48,7 @@ int StoreConnection::Begin() {
   if (depth_ > 0) {
     internal::WriteQueue::EndLevel(place_);
   } else {
-    internal::WriteQueue::Leave(place_);
+    LeaveQueue();
   }
   return status;
 }
@@ -98,7 +98,7 @@ void StoreConnection::EndLevel() noexcept {
 
 void StoreConnection::EndTransaction() noexcept {
   lost_ = false;
-  internal::WriteQueue::Leave(place_);
+  LeaveQueue();
   if (attached_ && attachments_ == 0) {
     Detach();
   }

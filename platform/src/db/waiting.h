@@ -10,4 +10,10 @@ namespace DBStore::internal {
 /// first and who waits longest starves.
 void WaitAtMost(sqlite3* database, int milliseconds) noexcept;
 
+/// Called before this process takes the right to write, and after it gave it back. While it had to
+/// wait for others of late, it leaves them a moment in between: who tries again and again is asleep
+/// or has no processor just then, and would never find the lock free.
+void LetOthersWrite() noexcept;
+void NoteWritten() noexcept;
+
 }  // namespace DBStore::internal
