@@ -89,6 +89,7 @@ TEST(References, LeadByPointerAndByName) {
   EXPECT_EQ(Target("#"), "root");
   EXPECT_EQ(Target(""), "root");
   EXPECT_EQ(Target("#port"), "a");
+  EXPECT_EQ(Target(R"(#port","$id":"http://hidden/by/the/reference)"), "a");
   EXPECT_EQ(Target("#/definitions/b~1c"), "b");
   EXPECT_EQ(Target("#/definitions/d%25e"), "d");
   EXPECT_EQ(Target("#/definitions/b%7E1c"), "b");

@@ -101,6 +101,7 @@ std::string Written(const char* number) {
 TEST(Print, WritesNumbersAsPeopleDoAndEveryDigit) {
   EXPECT_EQ(Written("1e5"), "1e+05 100000.0");
   EXPECT_EQ(Written("0.0001"), "1e-04 0.0001");
+  EXPECT_EQ(Written("9007199254740993.5"), "9007199254740994.0 9.007199254740994e+15");
   for (const char* same : {"-0.0", "5.0", "0.1", "1e-05", "1e+15", "0.30000000000000004",
                            "123456789012345.6", "1.7976931348623157e+308", "9007199254740993",
                            "18446744073709551615", "-9223372036854775808"}) {

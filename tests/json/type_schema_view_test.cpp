@@ -45,6 +45,7 @@ TEST(TypeSchemaView, TellsTheKindsOfEachPlace) {
   Expect("/x/y", "v:v", R"({"vital":true,"properties":{"x":{"properties":{"y":{}}}}})");
   Expect("", "u:v", WithVital(""));
   Expect("/unknown", "u:u", WithVital(""));
+  Expect("/beyond", "v:v", R"({"vital":true,"additionalProperties":true})");
   Expect("", "u:vc", WithVital("", R"(,"b":{"cached":true})"));
   // What an object admits beside its properties is the user's.
   Expect("", "u:uv", WithVital(R"("additionalProperties":{},)"));
