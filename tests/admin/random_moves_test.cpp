@@ -6,100 +6,37 @@
 #include "objects/schema_lookup.h"
 #include "persistence/connection.h"
 #include "persistence/read_current.h"
+#include "support/random_objects.h"
 #include "support/store_fixture.h"
-
-#include <algorithm>
-#include <random>
 
 namespace TarnConfigStore {
 namespace {
 
-// Types of one shape with tags at random places, and values for the columns of their rows.
-class Generator {
- public:
-  explicit Generator(unsigned seed) : random_(seed) {}
+using TestSupport::Canonical;
+using TestSupport::Parsed;
 
-  std::string Schema() {
-    // "^" is the place of a tag for all that follows up to the next one, "%" of one for a member.
-    std::string schema = R"({"type":"object","rebootRequired":true,"properties":{
-      "name":{"type":"string","instanceId":true}, "a":{"title":""%}, "b":{"title":""%},
-      "o":{"type":"object"^,"properties":{"x":{"title":""%},
-        "p":{"type":"object"%,"additionalProperties":true,"properties":{"y":{}}}}},
-      "l":{"type":"array"^,"items":{"type":"object","properties":{
-        "id":{"type":"string","instanceId":true},"x":{"title":""%},"y":{"title":""%}}}},
-      "g":{"type":"array"^,"items":{"type":"object","generatedInstanceId":true,"properties":{
-        "x":{"title":""%},"y":{"title":""%}}}}}})";
-    bool around = false;
-    for (std::size_t at; (at = schema.find_first_of("^%")) != std::string::npos;) {
-      const bool list = schema[at] == '^';
-      const bool tags = One(3) && (list || !around);
-      around = list ? tags : around;
-      schema.replace(at, 1, !tags ? "" : One(2) ? R"(,"vital":true)" : R"(,"cached":true)");
-    }
-    return schema;
-  }
+// "^" is the place of a tag for all that follows up to the next one, "%" of one for a member.
+constexpr const char* kShape = R"({"type":"object","rebootRequired":true,"properties":{
+    "name":{"type":"string","instanceId":true},
+    "a":{"type":["integer","null"]%}, "b":{"type":["integer","null"]%},
+    "o":{"type":"object"^,"properties":{"x":{"type":["integer","null"]%},
+      "p":{"type":"object"%,"additionalProperties":true,"x-admits":"z","properties":{"y":{}}}}},
+    "l":{"type":"array"^,"items":{"type":"object","properties":{
+      "id":{"type":"string","instanceId":true},"x":{"title":""%},"y":{"type":["integer","null"]%}}}},
+    "g":{"type":"array"^,"items":{"type":"object","generatedInstanceId":true,"properties":{
+      "x":{"title":""%},"y":{"title":""%}}}}}})";
 
-  std::string Value(const std::string& instance) {
-    const std::string p = R"("p":{)" + Some({Member("y"), Member("z")}) + "}";
-    const std::string members = Some({Member("a"), Member("b"), List("l"), List("g"),
-                                      R"("o":{)" + Some({Member("x"), p}) + "}"});
-    return R"({"name":")" + instance + (members.empty() ? "\"}" : "\"," + members + "}");
+// The shape with tags at some of its places.
+std::string Schema(TestSupport::Random& random) {
+  std::string schema = kShape;
+  bool around = false;
+  for (std::size_t at; (at = schema.find_first_of("^%")) != std::string::npos;) {
+    const bool list = schema[at] == '^';
+    const bool tags = random.OneIn(3) && (list || !around);
+    around = list ? tags : around;
+    schema.replace(at, 1, !tags ? "" : random.OneIn(2) ? R"(,"vital":true)" : R"(,"cached":true)");
   }
-
-  bool One(unsigned in) { return random_() % in == 0; }
-
- private:
-  std::string Some(std::vector<std::string> members) {
-    std::shuffle(members.begin(), members.end(), random_);
-    std::string some;
-    for (const std::string& member : members) {
-      some += One(2) ? "" : (some.empty() ? "" : ",") + member;
-    }
-    return some;
-  }
-  std::string Member(const char* name) {
-    return "\"" + std::string(name) + "\":" + (One(8) ? "null" : std::to_string(random_() % 2));
-  }
-  std::string List(const std::string& name) {
-    std::vector<std::string> elements;
-    for (const char* id : {"1", "2", "3"}) {
-      const std::string more = Some({Member("x"), Member("y")});
-      elements.push_back((name == "l" ? R"({"id":")" : R"({"cs_generated_id":")") +
-                         std::string(id) + (more.empty() ? "\"}" : "\"," + more + "}"));
-    }
-    return "\"" + name + "\":[" + Some(std::move(elements)) + "]";
-  }
-
-  std::mt19937 random_;
-};
-
-// A value with its members sorted, and without those that are null.
-std::string Canonical(const Json::Value& value) {
-  std::string text;
-  std::vector<std::string> parts;
-  if (value.IsObject()) {
-    for (const auto& member : value.GetObject()) {
-      parts.push_back(
-          member.value.IsNull() ? "" : Json::Text(member.name).data() + Canonical(member.value));
-    }
-    std::sort(parts.begin(), parts.end());
-  } else if (value.IsArray()) {
-    for (const Json::Value& element : value.GetArray()) {
-      parts.push_back(Canonical(element));
-    }
-  } else {
-    Json::Serialize(value, text);
-  }
-  for (const std::string& part : parts) {
-    text += part.empty() ? "" : part + " ";
-  }
-  return value.IsObject() ? "{" + text + "}" : value.IsArray() ? "[" + text + "]" : text;
-}
-
-Json::Document Parsed(const std::string& text) {
-  Json::Document value;
-  Json::Parse(text, value);
-  return value;
+  return schema;
 }
 
 class RandomMoves : public TestSupport::StoreFixture {
@@ -144,13 +81,8 @@ class RandomMoves : public TestSupport::StoreFixture {
     text += "waiting\n";
     for (const ObjectHandle& object :
          GetDesiredUserConfigInstances(Id(), DESIRED_WITH_VITAL_AND_CACHED)) {
-      const std::string& instance = object->GetConfigStoreObjectId().instanceId;
-      if (!database_
-               .Run("SELECT 1 FROM Config WHERE Name = 't' AND Identifier = '" + instance +
-                    "' AND (DesiredValue NOT NULL OR Success = 0)")
-               .empty()) {
-        text += Text({object});
-      }
+      const StoredObject stored = ListStored(object->GetConfigStoreObjectId()).at(0);
+      text += stored.hasPending || !stored.confirmed ? Text({object}) : "";
     }
     return text;
   }
@@ -172,36 +104,34 @@ class RandomMoves : public TestSupport::StoreFixture {
 };
 
 TEST_F(RandomMoves, ChangeNothingThatIsRead) {
-  constexpr const char* kColumns[] = {"UserValue", "DesiredValue", "AutoConfValue", "VitalValue",
-                                      "CachedValue"};
   int outcomes[5] = {};
   database_.Run("PRAGMA synchronous=OFF");
   for (unsigned seed = 20; seed < 36; ++seed) {
-    Generator generator(seed);
-    shipped_ = R"({"instance":"i1","value":)" + generator.Value("i1") + "}";
-    ASSERT_EQ(Install(1000 * seed + 1, generator.Schema()).errors.size(), 0U);
+    TestSupport::Random random(seed);
+    TestSupport::RandomObjects objects(random, 2);
+    const auto make = [&](const std::string& instance) {
+      return objects.Make(FindSchema(Id())->GetSchemaPlace(), instance);
+    };
     database_.Run("DELETE FROM Config; DELETE FROM DesiredUserConfig");
+    shipped_.clear();
+    ASSERT_EQ(Install(1000 * seed + 1, Schema(random)).errors.size(), 0U);
+    shipped_ = R"({"instance":"i1","value":)" + make("i1") + "}";
+    ASSERT_EQ(Install(1000 * seed + 2, Schema(random)).errors.size(), 0U);
     for (unsigned row = 0; row < 30; ++row) {
       const std::string instance = "i" + std::to_string(row);
       const auto value = [&](unsigned oneIn) {
-        return generator.One(oneIn) ? "'" + generator.Value(instance) + "'" : "NULL";
+        return random.OneIn(oneIn) ? make(instance) : std::string();
       };
-      std::string values;
-      for (const char* column : kColumns) {
-        values += "," + value(column == kColumns[1] ? 4 : 1 + row % 2);
-      }
-      const std::string key = "('tarn','test','t','" + instance + "','1'";
-      database_.Run(
-          "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, UserValue, "
-          "DesiredValue, AutoConfValue, VitalValue, CachedValue, Success, CreationTime, Revision) "
-          "VALUES " +
-          key + values + "," + (generator.One(4) ? "0" : "1") + ",'2020-01-01', 7)");
-      database_.Run("INSERT INTO DesiredUserConfig VALUES " + key + ",'" +
-                    generator.Value(instance) + "'," + value(2) + "," + value(2) + ",'SET')");
+      const unsigned often = 1 + row % 2;
+      PutRow(Id(instance), value(often), value(4), value(often), value(often), value(often),
+             random.OneIn(4) ? 0 : 1);
+      database_.Run("INSERT INTO DesiredUserConfig VALUES ('tarn','test','t','" + instance +
+                    "','1','" + make(instance) + "',nullif('" + value(2) + "',''),nullif('" +
+                    value(2) + "',''),'SET')");
     }
     const std::string before = AnswersNowAndLater();
-    const std::string schema = generator.Schema();
-    TypeReport report = Install(1000 * seed + 2, schema);
+    const std::string schema = Schema(random);
+    const TypeReport report = Install(1000 * seed + 3, schema);
     ASSERT_EQ(report.misfits.size(), 0U);
     ASSERT_EQ(AnswersNowAndLater(), before) << seed;
     for (const RowReport& row : report.divided) {
@@ -226,7 +156,7 @@ TEST_F(RandomMoves, ChangeNothingThatIsRead) {
       }
     }
     // Dividing once is enough; what had to stay goes once nothing waits.
-    for (const RowReport& row : Install(1000 * seed + 3, schema).divided) {
+    for (const RowReport& row : Install(1000 * seed + 4, schema).divided) {
       ASSERT_EQ(row.outcome, RowOutcome::LEFT) << seed << " " << row.object.toString();
     }
     SetBootStatus(Id(), true);

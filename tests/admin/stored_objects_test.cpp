@@ -1,3 +1,4 @@
+#include "tarnconfigstore/boot_state.h"
 #include "tarnconfigstore/listing.h"
 
 #include "admin/type_folder.h"
@@ -10,6 +11,7 @@
 namespace TarnConfigStore {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -53,11 +55,10 @@ class StoredObjects : public TestSupport::StoreFixture {
   }
   // The rows with their versions.
   std::string Rows() {
-    return database_.Lines(
-        "SELECT Identifier || ' ' || Version || replace(ifnull(' u=' || UserValue, '') || "
-        "ifnull(' d=' || DesiredValue, '') || ifnull(' a=' || AutoConfValue, '') || ifnull(' v=' "
-        "|| VitalValue, '') || ifnull(' c=' || CachedValue, ''), '\"name\":', '') FROM Config "
-        "WHERE Name = 't'");
+    return database_.Lines(R"(SELECT Identifier || ' ' || Version || replace(
+        ifnull(' u=' || UserValue, '') || ifnull(' d=' || DesiredValue, '') ||
+        ifnull(' a=' || AutoConfValue, '') || ifnull(' v=' || VitalValue, '') ||
+        ifnull(' c=' || CachedValue, ''), '"name":', '') FROM Config WHERE Name = 't')");
   }
   static std::vector<std::string> Lines(const std::vector<RowReport>& reports) {
     std::vector<std::string> lines;
@@ -84,17 +85,6 @@ class StoredObjects : public TestSupport::StoreFixture {
 };
 
 TEST_F(StoredObjects, LaterWritesReachMembersThatMoved) {
-  const auto write = [&](const std::string& tag, int value) {
-    const ObjectHandle object =
-        Object(Id("i"), (R"({"name":"i","m":)" + std::to_string(value) + "}").c_str());
-    if (tag == kVital) {
-      store_->SetVitalData(object);
-    } else if (tag == kCached) {
-      store_->SetCachedData(object);
-    } else {
-      store_->SetUserData(object, EXTERNAL);
-    }
-  };
   int version = 0;
   for (const std::string before : {"", kVital, kCached}) {
     for (const std::string after : {"", kVital, kCached}) {
@@ -105,7 +95,10 @@ TEST_F(StoredObjects, LaterWritesReachMembersThatMoved) {
       EXPECT_EQ(report.divided.size(), before == after ? 0U : 1U) << version;
       EXPECT_EQ(store_->GetRevision(Id("i")), revision);
       EXPECT_EQ(*store_->Get(Id("i"))->GetPath("/m"), "5");
-      write(after, 6);
+      const ObjectHandle later = Object(Id("i"), R"({"name":"i","m":6})");
+      after == kVital    ? store_->SetVitalData(later)
+      : after == kCached ? store_->SetCachedData(later)
+                         : store_->SetUserData(later, EXTERNAL);
       EXPECT_EQ(*store_->Get(Id("i"))->GetPath("/m"), "6")
           << before << " -> " << after << database_.Rows();
     }
@@ -189,8 +182,12 @@ TEST_F(StoredObjects, WhatDoesNotFitIsNamedWithWhereItWaits) {
       "unconf 2 /a | tarn/test/t/unconf#/a: unconfirmed: " + above + "7",
       "s 3 /a | tarn/test/t/s#/a: staged: " + above + "8");
   const std::string before = Rows();
+  const TypeReport checked = Install(narrow, {.checkOnly = true, .force = true});
+  EXPECT_EQ(checked.outcome, TypeOutcome::VALID);
+  EXPECT_THAT(Misfits(checked), misfits);
   const TypeReport refused = Install(narrow);
   EXPECT_EQ(refused.outcome, TypeOutcome::INVALID);
+  EXPECT_EQ(GetSchemaVersion(Id("")), "1");
   EXPECT_THAT(Misfits(refused), misfits);
   EXPECT_THAT(refused.divided, IsEmpty());
   EXPECT_EQ(Rows(), before);
@@ -203,6 +200,8 @@ TEST_F(StoredObjects, WhatDoesNotFitIsNamedWithWhereItWaits) {
   EXPECT_THAT(Misfits(Install(Type("3", ""))),
               ElementsAre(HasSubstr("torn 1 /"), StartsWith("gone 3 / |"), StartsWith("s 3 / |")))
       << "nobody could take staged changes back";
+  EXPECT_THAT(Misfits(Install(TypeFile("t", "4"), {.checkOnly = true})),
+              Contains(HasSubstr("now 0 / | tarn/test/t/now#/: The object cannot have an ")));
 }
 
 TEST_F(StoredObjects, UpgradeBringsRowsUpToDateThatFit) {

@@ -3,7 +3,7 @@
 
 #include "tarnconfigstore/type_administration.h"
 
-#include "support/temporary_host.h"
+#include "support/test_types.h"
 
 #include <filesystem>
 #include <fstream>
@@ -11,14 +11,6 @@
 #include <vector>
 
 namespace TestSupport {
-
-/// A type file "tarn/test/KEY" with a schema and shipped objects.
-inline std::string TypeFile(const std::string& key, const std::string& version,
-                            const std::string& schema = R"({"type":"object"})",
-                            const std::string& defaults = "") {
-  return R"({"component":"tarn","group":"test","key":")" + key + R"(","version":")" + version +
-         R"(","schema":)" + schema + R"(,"defaults":[)" + defaults + "]}";
-}
 
 class TypeFolder {
  public:

@@ -12,9 +12,7 @@ using Handle = std::shared_ptr<ConfigStoreObject>;
 
 constexpr const char* kGone = "CSE 2000 Subobject does not exists.";
 constexpr const char* kInstanceGone = "CSE 2000 Subobject instance does not exists.";
-constexpr const char* kTreeType = R"({
-  "component": "tarn", "group": "test", "key": "tree", "version": "1.0",
-  "schema": { "type": "object", "properties": {
+constexpr const char* kTree = R"({ "type": "object", "properties": {
     "name": { "type": "string" },
     "lease": { "type": "object", "properties": { "ttl": { "type": "integer", "default": 60 },
       "from": { "type": "object", "properties": { "host": { "type": "string" } } } } },
@@ -22,20 +20,21 @@ constexpr const char* kTreeType = R"({
     "rules": { "type": "array", "items": { "type": "object", "generatedInstanceId": true,
       "properties": { "allow": { "type": "string" } } } },
     "plain": { "type": "array", "items": { "type": "object", "properties": { "x": {} } } } },
-    "definitions": { "port": { "type": "object", "properties": {
-      "id": { "type": "string", "instanceId": true }, "vlan": { "type": "integer", "default": 1 },
-      "ports": { "type": "array", "items": { "$ref": "#/definitions/port" } } } } } }
-})";
+  "definitions": { "port": { "type": "object", "properties": {
+    "id": { "type": "string", "instanceId": true }, "vlan": { "type": "integer", "default": 1 },
+    "ports": { "type": "array", "items": { "$ref": "#/definitions/port" } } } } } })";
 
 SubObjectId Port(const std::string& id) {
   return SubObjectId("ports", id);
 }
 
+// The data with ports from "p<first>" on up or down to before "p<last>".
 std::string Ports(int first, int last) {
   std::string text;
   for (int i = first; i != last; i += first < last ? 1 : -1) {
-    text += (text.empty() ? R"({"id":"p)" : R"(,{"id":"p)") + std::to_string(i) + R"(","vlan":)" +
-            std::to_string(i) + "}";
+    const std::string number = std::to_string(i);
+    text +=
+        (text.empty() ? R"({"id":"p)" : R"(,{"id":"p)") + number + R"(","vlan":)" + number + "}";
   }
   return R"({"ports":[)" + text + "]}";
 }
@@ -49,7 +48,7 @@ int Vlan(const Handle& port) {
 class SubObjectsTest : public TestSupport::StoreFixture {
  protected:
   SubObjectsTest() {
-    InstallType(host_, kTreeType);
+    InstallType(host_, TestSupport::TypeFile("tree", "1.0", kTree));
     tree_ = std::make_shared<ConfigStoreObject>(id_);
   }
   // An object with this schema, or none, as the store would read it.
@@ -193,21 +192,13 @@ TEST_F(SubObjectsTest, RefusesWhatTheTypeDoesNotKnow) {
 }
 
 TEST_F(SubObjectsTest, PathsLeadIntoTheData) {
-  tree_->SetData(R"({"a/b":{"~":[1,{"x":null}]},"":"empty","m~1":true,"0":"zero"})");
+  tree_->SetData(R"({"a/b":{"~":[1,{"x":null}]},"":"empty"})");
   const auto at = [&](const char* pointer) { return tree_->GetPath(pointer).value_or("nothing"); };
   EXPECT_EQ(at(""), tree_->GetData());
   EXPECT_EQ(at("/a~1b/~0"), R"([1,{"x":null}])");
-  EXPECT_EQ(at("/a~1b/~0/0"), "1");
-  EXPECT_EQ(at("/"), R"("empty")");
-  EXPECT_EQ(at("/m~01"), "true") << "unescaped once";
-  EXPECT_EQ(at("/0"), R"("zero")");
-  for (const char* nowhere : {"/a", "/a~1b/~0/2", "/a~1b/~0/-", "/a~1b/~0/00", "/a~1b/~0/",
-                              "/a~1b/~0/1/x", "/0/0", "/a~1b/~0/4294967296"}) {
-    EXPECT_EQ(at(nowhere), "nothing") << nowhere;
-  }
-  for (const char* wrong : {"a", "/~", "/a~2", "/~~0"}) {
-    EXPECT_EQ(Raised([&] { at(wrong); }), std::string("IAE 2000 Not a JSON Pointer: ") + wrong);
-  }
+  EXPECT_EQ(at("/a~1b/~0/0") + at("/"), R"(1"empty")");
+  EXPECT_EQ(at("/a") + at("/a~1b/~0/2"), "nothingnothing");
+  EXPECT_EQ(Raised([&] { at("/a~2"); }), "IAE 2000 Not a JSON Pointer: /a~2");
 }
 
 TEST_F(SubObjectsTest, FiltersHaveConditionsOnSubObjects) {
@@ -216,42 +207,42 @@ TEST_F(SubObjectsTest, FiltersHaveConditionsOnSubObjects) {
                            R"({"lease":{"ttl":2,"from":{"host":"a"}}})", R"({"ports":[]})"}) {
     trees.push_back(Object(id_, data));
   }
+  const SubObjectId leaseId("lease");
   const auto filter = Filter(id_);
   const auto kept = [&] { return FilterConfigStoreObjects(trees, filter).size(); };
-  const auto lease = filter->CreateSubObjectFilter(SubObjectId("lease"));
+  const auto lease = filter->CreateSubObjectFilter(leaseId);
   const auto from = lease->CreateSubObjectFilter(SubObjectId("from"));
   EXPECT_EQ(kept(), 2U);
-  filter->GetSubObjectFilter(SubObjectId("lease"))->SetValue("ttl", 1);
+  filter->GetSubObjectFilter(leaseId)->SetValue("ttl", 1);
   from->SetValue("host", "a");
   EXPECT_EQ(filter->GetData(), R"({"lease":{"from":{"host":"a"},"ttl":1}})");
   EXPECT_EQ(kept(), 1U);
   EXPECT_EQ(log_.Count("4 obj is not susbset, key lease did not match"), 3);
-  EXPECT_EQ(Raised([&] { filter->CreateSubObjectFilter(SubObjectId("lease")); }),
-            "CSE 2000 SubObject filter already exists.");
 
-  const char* refused =
+  const std::string twice = "CSE 2000 SubObject filter already exists.";
+  const std::string refused =
       "CSE 2000 FilterConfigStoreObjects: Non-Singleton SubObject filtering not supported";
   lease->CreateSubObjectFilter(Port("p1"))->SetValue("vlan", 1);
-  EXPECT_EQ(Raised([&] { lease->CreateSubObjectFilter(Port("p1")); }),
-            "CSE 2000 SubObject filter already exists.");
   int vlan = 0;
   EXPECT_EQ(lease->GetSubObjectFilter(Port("p1"))->GetValue("vlan", &vlan), 1);
-  EXPECT_EQ(Raised(kept), refused);
+  ExpectRaised({{twice, [&] { filter->CreateSubObjectFilter(leaseId); }},
+                {twice, [&] { lease->CreateSubObjectFilter(Port("p1")); }},
+                {refused, kept}});
   lease->DeleteSubObjectFilter(Port("p1"));
   EXPECT_EQ(kept(), 1U);
-  EXPECT_EQ(Raised([&] { lease->DeleteSubObjectFilter(Port("p1")); }), kInstanceGone);
+  ExpectRaised({{kInstanceGone, [&] { lease->DeleteSubObjectFilter(Port("p1")); }}});
   from->CreateSubObjectFilter(Port("p1"));
-  filter->DeleteSubObjectFilter(SubObjectId("lease"));
+  filter->DeleteSubObjectFilter(leaseId);
   EXPECT_EQ(kept(), 3U) << "with the conditions go those inside";
-  EXPECT_EQ(Raised([&] { from->GetSubObjectFilter(Port("p1")); }), kGone);
-  EXPECT_EQ(filter->GetSubObjectFilter(SubObjectId("lease")), nullptr);
-  EXPECT_EQ(Raised([&] { filter->DeleteSubObjectFilter(SubObjectId("lease")); }), kGone);
+  EXPECT_EQ(filter->GetSubObjectFilter(leaseId), nullptr);
+  ExpectRaised({{kGone, [&] { from->GetSubObjectFilter(Port("p1")); }},
+                {kGone, [&] { filter->DeleteSubObjectFilter(leaseId); }}});
   filter->CreateSubObjectFilter(SubObjectId("ports"));
-  EXPECT_EQ(Raised(kept), refused) << "the type holds instances there";
+  ExpectRaised({{refused, kept}});  // the type holds instances there
   filter->DeleteSubObjectFilter(SubObjectId("ports"));
   filter->CreateSubObjectFilter(Port("p1"));
   trees.clear();
-  EXPECT_EQ(Raised(kept), refused) << "whatever there is to filter";
+  ExpectRaised({{refused, kept}});  // whatever there is to filter
   EXPECT_FALSE(filter->IsEmpty()) << "empty filters stand for everything, deletes included";
 }
 

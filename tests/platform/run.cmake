@@ -29,9 +29,6 @@ run("${CMAKE_COMMAND}" --build "${WORK_DIR}" --target tarnconfigstore store_test
 run_tests(tests/store/store_test
   # Opens for each connection, and prepares for each use.
   Store.NeverOpensOrPreparesTwice
-  # A store in memory has no file to lose, or to be kept from writing.
-  Store.ALostStoreIsAnErrorAndNeverAnEmptyOne
-  NextBoot.AReadOnlyStoreIsReadAndRefusesAtOnce
   # The memory of one process is no other's.
   ApplyingKilled.LeavesAllOrNothing)
 run_tests(tests/platform_test

@@ -15,10 +15,9 @@ class BootState : public TestSupport::NextBootFixture {
  protected:
   // "s1 1 2 0 7 touched|...": user's and pending value, whether confirmed, revision, of each row.
   std::string Rows() {
-    return database_.Lines(
-        "SELECT group_concat(Identifier || ' ' || ifnull(UserValue ->> 'mtu', '-') || "
-        "ifnull(DesiredValue ->> 'mtu', '-') || Success || Revision || iif(ModifiedTime > "
-        "'2020-01-02', ' touched', ' left'), '|') FROM Config");
+    return database_.Lines(R"(SELECT group_concat(Identifier || ' ' ||
+        ifnull(UserValue ->> 'mtu', '-') || ifnull(DesiredValue ->> 'mtu', '-') || Success ||
+        Revision || iif(ModifiedTime > '2020-01-02', ' touched', ' left'), '|') FROM Config)");
   }
   void PutPending() {
     PutRow("s1", R"("mtu":1)", R"("mtu":2)", "", "", 1);
@@ -106,10 +105,7 @@ TEST_F(BootState, SeveralAreJudgedTogetherOrNotAtAll) {
 }
 
 TEST_F(BootState, SharedTypesAreJudgedTogether) {
-  std::string shared = TestSupport::kPlainType;
-  shared.replace(shared.find("plain"), 5, "nic")
-      .insert(shared.find("\"type\""), R"("shared":true,)");
-  InstallType(host_, shared);
+  InstallType(host_, TestSupport::TypeFile("nic", "1", R"({"type":"object","shared":true})"));
   const Id nic("nic", "test", "tarn");
   const auto status = [](bool accept) { return Raised([=] { SetSharedBootStatus(accept); }); };
   PutPending();
@@ -123,49 +119,40 @@ TEST_F(BootState, SharedTypesAreJudgedTogether) {
   EXPECT_NE(Rows().find("s1 1217 left"), std::string::npos) << "not shared";
   PutRow(nic, R"({"name":"b"})", R"({"name":"c"})", "", "", "", 1);
   EXPECT_EQ(status(false) + Data(store_->Get(nic)), R"(nothing{"name":"b"})");
-  DBStore::testing::SetHook([](DBStore::testing::Operation asked, std::string_view) {
-    return asked == DBStore::testing::Operation::ATTACH ? 14 : 0;
-  });
+  Fail(Operation::ATTACH, 14);
   EXPECT_EQ(status(true), "CSE 2000 Failed to attach schema store");
 }
 
-// Who sees which value of a row: user's 1, pending 2, automatic 3.
+// Who sees which value of a row: user's 1, pending 2, automatic 3, and whether the vital one too.
 TEST_F(BootState, EachReaderSeesItsValue) {
-  struct Case {
+  const auto sketch = [](const ObjectHandle& object) {
+    return object ? object->GetPath("/mtu").value_or("-") + (object->GetPath("/serial") ? "x" : "")
+                  : "none";
+  };
+  const struct {
     const char* instance;
     const char* user;
     const char* desired;
     int success;
     const char* seen;  // Get outside and inside an upgrade, desired user only, desired with all
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"confirmed", R"("mtu":1)", "", 1, "1x 1x none -x"},
       {"pending", R"("mtu":1)", R"("mtu":2)", 1, "1x 2x 2 2x"},
       {"unconfirmed", R"("mtu":1)", "", 0, "3x 1x 1 1x"},
       {"both", R"("mtu":1)", R"("mtu":2)", 0, "3x 2x 1 1x"},
       {"neither", "", "", 1, "3x 3x none -x"},
   };
-  const auto sketch = [](const ObjectHandle& object) {
-    int mtu = 0;
-    std::string serial;
-    if (!object) {
-      return std::string("none");
-    }
-    const bool has = object->GetValue("mtu", &mtu) != 0;
-    object->GetValue("serial", &serial);
-    return (has ? std::to_string(mtu) : "-") + serial;
-  };
-  for (const Case& c : cases) {
-    PutRow(c.instance, c.user, c.desired, R"("mtu":3)", R"("serial":"x")", c.success);
-    const Id id = Many(c.instance);
-    SetUpgradeContext("0");
+  for (const auto& each : cases) {
+    PutRow(each.instance, each.user, each.desired, R"("mtu":3)", R"("serial":"x")", each.success);
+    const Id id = Many(each.instance);
     std::string seen = sketch(store_->Get(id));
     SetUpgradeContext("1");
     seen += " " + sketch(store_->Get(id));
     SetUpgradeContext("0");
-    seen += " " + sketch(GetDesiredUserConfig(id, DESIRED_USER_ONLY)) + " " +
-            sketch(GetDesiredUserConfig(id, DESIRED_WITH_VITAL_AND_CACHED));
-    EXPECT_EQ(seen, c.seen) << c.instance;
+    for (const FLAG flag : {DESIRED_USER_ONLY, DESIRED_WITH_VITAL_AND_CACHED}) {
+      seen += " " + sketch(GetDesiredUserConfig(id, flag));
+    }
+    EXPECT_EQ(seen, each.seen) << each.instance;
   }
   PutRow("neither", "", "", R"("mtu":3)", "", 1);
   EXPECT_EQ(sketch(GetDesiredUserConfig(Many("neither"), DESIRED_WITH_VITAL_AND_CACHED)), "none");

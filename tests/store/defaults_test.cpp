@@ -8,24 +8,19 @@
 namespace TarnConfigStore {
 namespace {
 
-constexpr const char* kShippedType = R"({
-  "component": "tarn", "group": "test", "key": "shipped", "version": "1.0",
-  "schema": { "type": "object", "properties": {
+constexpr const char* kSchema = R"({ "type": "object", "properties": {
     "id": { "type": "string", "instanceId": true },
-    "level": { "type": "integer" },
-    "serial": { "type": "string", "vital": true },
+    "level": { "type": "integer" }, "serial": { "type": "string", "vital": true },
     "rules": { "type": "array", "items": { "type": "object", "generatedInstanceId": true,
-      "properties": { "allow": { "type": "string" } } } } } },
-  "defaults": [
+      "properties": { "allow": { "type": "string" } } } } } })";
+constexpr const char* kShipped = R"(
     { "instance": "b", "value": { "id": "b", "level": 2, "serial": "x" } },
     { "instance": "a", "value": { "id": "a", "level": 1, "rules": [ { "allow": "all" } ] } },
-    { "instance": "v", "value": { "id": "v", "serial": "only" } }
-  ]
-})";
+    { "instance": "v", "value": { "id": "v", "serial": "only" } })";
 
 class Defaults : public TestSupport::StoreFixture {
  protected:
-  Defaults() { InstallType(host_, kShippedType); }
+  Defaults() { InstallType(host_, TestSupport::TypeFile("shipped", "1.0", kSchema, kShipped)); }
   static Id Shipped(const std::string& instance) { return {"shipped", "test", "tarn", instance}; }
 
   const std::string a_ = R"(a{"id":"a","level":1,"rules":[{"allow":"all"}]} )";

@@ -12,31 +12,16 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::HasSubstr;
+using TestSupport::Raised;
 
 class Identity : public TestSupport::EveryWrite {
  protected:
-  Identity() {
-    InstallType(host_, TestSupport::Staged(TestSupport::kSwitchType, "staged"));
-    nextBoot_ = store_->GetNextBootStore();
-  }
-  static ObjectHandle StagedSwitch(const std::string& instance, const char* json) {
-    return Object(Id("staged-switch", "test", "tarn", instance), json);
+  Identity() { InstallType(host_, TestSupport::Staged(TestSupport::kSwitchType, "staged")); }
+  void Stage(const std::string& instance, const char* json) {
+    store_->GetNextBootStore()->Set(Object({"staged-switch", "test", "tarn", instance}, json));
   }
   /// What a call raises, with the texts of the findings.
-  static std::string Refused(const std::function<void()>& call) {
-    try {
-      call();
-    } catch (const ValidationException& refusal) {
-      std::string text = std::to_string(refusal.GetErrorCode()) + " " + refusal.what();
-      for (const ErrorInfo& error : refusal.GetErrors()) {
-        text += "\n" + error.field + ": " + error.error;
-      }
-      return text;
-    }
-    return "nothing";
-  }
-
-  std::shared_ptr<NextBootStore> nextBoot_;
+  static std::string Refused(const std::function<void()>& call) { return Raised(call, true); }
 };
 
 TEST_F(Identity, EveryWriteRefusesIdsThatNoRowMayHave) {
@@ -45,18 +30,13 @@ TEST_F(Identity, EveryWriteRefusesIdsThatNoRowMayHave) {
       {"a\0b"s, "a\\x00b"},       {"a\nb", "a\\nb"}, {"\x7f", "\\x7f"},
       {"\xc2\x85", "\\xc2\\x85"}, {"\xff", "\\xff"}, {std::string(256, 'x'), "xxx"}};
   for (const auto& [id, shown] : ids) {
-    const auto staged = StagedSwitch(id, R"({"mtu":1})");
-    std::vector<std::string> refusals = {Refused([&] { nextBoot_->Set(staged); }),
-                                         Refused([&] { nextBoot_->SetInstances({staged}); })};
-    for (const auto* writes : {&ofUser_, &ofParts_}) {
-      for (const NamedWrite& each : *writes) {
-        refusals.push_back(
-            Refused([&, &name = id] { each.write(Object(Switch(name), R"({"mtu":1})")); }));
-      }
-    }
-    for (const std::string& refused : refusals) {
-      EXPECT_THAT(refused, AllOf(HasSubstr("2000 An instance id is a text of 1 to 255 bytes"),
-                                 HasSubstr(shown)));
+    const std::string& instance = id;
+    const auto refused =
+        AllOf(HasSubstr("VE 2000 An instance id is a text of 1 to 255 bytes"), HasSubstr(shown));
+    EXPECT_THAT(Refused([&] { Stage(instance, R"({"mtu":1})"); }), refused);
+    for (const NamedWrite& each : writes_) {
+      const auto object = Object(Switch(id), R"({"mtu":1})");
+      EXPECT_THAT(Refused([&] { each.write(object); }), refused) << each.name;
     }
   }
   EXPECT_EQ(database_.Rows(), "");
@@ -70,21 +50,16 @@ TEST_F(Identity, EveryWriteRefusesIdsThatNoRowMayHave) {
 }
 
 TEST_F(Identity, DataHoldTheirIdAndNoOther) {
-  const auto partial = [](const auto& o) { SetPartialBootStatus(o); };
-  std::vector<NamedWrite> writes = {{"SetPartialBootStatus", "1088", partial}};
-  for (const auto* some : {&ofUser_, &ofParts_}) {
-    writes.insert(writes.end(), some->begin(), some->end());
-  }
   const std::string other = R"(/name: expected "s1", found "s2")";
-  for (const NamedWrite& each : writes) {
-    const char* json = each.code == "1086"   ? R"({"name":"s2","serial":"x"})"
-                       : each.code == "1084" ? R"({"name":"s2","state":{"up":true}})"
-                                             : R"({"name":"s2","mtu":1})";
-    EXPECT_THAT(Refused([&] { each.write(Object(switch_, json)); }),
-                AllOf(HasSubstr(each.code), HasSubstr(other)));
+  for (const NamedWrite& each : writes_) {
+    const auto object = Object(switch_, Named("s2", each.members));
+    EXPECT_THAT(Refused([&] { each.write(object); }),
+                AllOf(HasSubstr("VE " + each.code), HasSubstr(other)))
+        << each.name;
   }
-  EXPECT_THAT(Refused([&] { nextBoot_->Set(StagedSwitch("s1", R"({"name":"s2","mtu":1})")); }),
-              HasSubstr(other));
+  EXPECT_THAT(Refused([&] { SetPartialBootStatus(Object(switch_, Named("s2", mtu_))); }),
+              AllOf(HasSubstr("VE 1088"), HasSubstr(other)));
+  EXPECT_THAT(Refused([&] { Stage("s1", R"({"name":"s2","mtu":1})"); }), HasSubstr(other));
   // After the schema's own findings; none where the identifier itself is wrong.
   const auto findings = store_->Validate(Object(switch_, R"({"name":"s2","mtu":"x"})"));
   ASSERT_EQ(findings.size(), 2U);
@@ -105,13 +80,13 @@ TEST_F(Identity, DataHoldTheirIdAndNoOther) {
 }
 
 TEST_F(Identity, WhatIsRequiredOfAnotherPartIsThatPartsToHold) {
-  InstallType(host_, R"({"component":"tarn","group":"test","key":"demanding","version":"1",
-      "schema":{"type":"object","required":["serial","seen","name"],
-        "dependencies":{"name":["serial"]},"allOf":[{"required":["serial"]}],
-        "properties":{"name":{"type":"string"},"serial":{"type":"string","vital":true},
-          "seen":{"type":"integer","cached":true},"mtu":{"type":"integer"},
-          "mixed":{"type":"object","required":["v","u"],"properties":{
-            "v":{"type":"integer","vital":true},"u":{"type":"integer"}}}}}})");
+  InstallType(host_, TestSupport::TypeFile("demanding", "1", R"({
+      "type":"object","required":["serial","seen","name"],
+      "dependencies":{"name":["serial"]},"allOf":[{"required":["serial"]}],"properties":{
+        "name":{"type":"string"},"serial":{"type":"string","vital":true},
+        "seen":{"type":"integer","cached":true},"mtu":{"type":"integer"},
+        "mixed":{"type":"object","required":["v","u"],"properties":{
+          "v":{"type":"integer","vital":true},"u":{"type":"integer"}}}}})"));
   const Id demanding("demanding", "test", "tarn");
   const auto user = [&](const char* json) {
     return Refused([&] { store_->SetUserData(Object(demanding, json), EXTERNAL); });
@@ -149,13 +124,12 @@ TEST_F(Identity, RestoringAPartKnowsTheDesiredViewAndItsElements) {
   SetPartialBootStatus(SwitchObject("s1", R"("rules":[{"allow":"b"}])"));
   EXPECT_EQ(database_.Rows(), before) << "the element is the one it matches, not a new one";
   // What comes out has to fit.
-  InstallType(host_, R"({"component":"tarn","group":"test","key":"pair","version":"1","schema":{
-      "type":"object","properties":{"a":{"type":"integer"},"b":{"type":"integer"}},
-      "maxProperties":1}})");
+  InstallType(host_, TestSupport::TypeFile("pair", "1", R"({"type":"object","maxProperties":1,
+      "properties":{"a":{"type":"integer"},"b":{"type":"integer"}}})"));
   const Id pair("pair", "test", "tarn");
   PutRow(pair, R"({"a":1})", R"({"b":2})", "", "", "", 1);
   EXPECT_THAT(Refused([&] { SetPartialBootStatus(Object(pair, R"({"b":2})")); }),
-              HasSubstr("1088"));
+              HasSubstr("VE 1088"));
 }
 
 TEST_F(Identity, ARevisionBeyondWhatAnObjectCanTellIsTheLargest) {

@@ -1,6 +1,3 @@
-#include "tarnconfigstore/diagnostics.h"
-
-#include "support/child_process.h"
 #include "support/next_boot_fixture.h"
 
 namespace TarnConfigStore {
@@ -157,32 +154,6 @@ TEST_F(NextBoot, IsNotGivenOutDuringBootOrUpgradeAndOutlivesTheStore) {
   EXPECT_EQ(Data(nextBoot_->Get(one_)), R"({"name":"a"})") << "one that is there stays of use";
   SetKeyValue("IS_BOOT", "TRUE");
   EXPECT_NE(ConfigStore::GetStore("")->GetNextBootStore(), nullptr);
-}
-
-TEST_F(NextBoot, AReadOnlyStoreIsReadAndRefusesAtOnce) {
-  nextBoot_->Set(Object(one_, R"({"name":"a"})"));
-  nextBoot_.reset();
-  store_.reset();
-  namespace fs = std::filesystem;
-  const fs::path path = host_.Path(HostPaths::kStore);
-  fs::permissions(host_.Root(), fs::perms(0755));
-  for (const auto& file : fs::directory_iterator(path.parent_path())) {
-    fs::permissions(file.path(), fs::perms(0444));
-  }
-  fs::permissions(path.parent_path(), fs::perms(0555));
-  const int status = TestSupport::AsPlainUser([&] {
-    const auto nextBoot = ConfigStore::GetStore("")->GetNextBootStore();
-    EXPECT_EQ(Data(nextBoot->Get(one_)), R"({"name":"a"})");
-    EXPECT_EQ(ListStaged({"", "", ""}).size(), 1U);
-    EXPECT_EQ(Raised([&] { nextBoot->Delete(one_); }),
-              "CSE 2000 Begin Transaction failed for: ExecuteUnderTransaction");
-    EXPECT_EQ(GetLastStoreError().kind, StoreErrorKind::PERMISSION);
-    EXPECT_EQ(Raised([] { ApplyNextBootConfig({}); }),
-              "CSE 2000 Begin Transaction failed for: ApplyNextBootConfig");
-    return HasFailure() ? 1 : 0;
-  });
-  EXPECT_EQ(status, 0);
-  fs::permissions(path.parent_path(), fs::perms(0755));
 }
 
 }  // namespace

@@ -1,9 +1,12 @@
-#include "persistence/connection.h"
-#include "store/next_boot_store_impl.h"
-#include "support/store_fixture.h"
+#include "tarnconfigstore/next_boot_store.h"
 
+#include "persistence/connection.h"
+#include "store/under_transaction.h"
+#include "support/store_fixture.h"
+#include "support/threads.h"
+
+#include <cstring>
 #include <stdexcept>
-#include <thread>
 
 namespace TarnConfigStore {
 namespace {
@@ -35,33 +38,7 @@ TEST(Interfaces, KeepTheirSlots) {
             (std::vector<std::size_t>{1, 4, 7}));
 }
 
-class Transactions : public TestSupport::StoreFixture {
- protected:
-  void SetName(const char* name) {
-    Set(plain_, (R"({"name":")" + std::string(name) + "\"}").c_str());
-  }
-  std::string Stored() { return database_.Lines("SELECT UserValue, Revision FROM Config"); }
-};
-
-TEST_F(Transactions, TakeEffectAtTheOutermostCommitOrNotAtAll) {
-  {
-    ConfigStoreTransaction outer(store_);
-    SetName("a");
-    {
-      const ConfigStoreTransaction inner(store_);
-      SetName("b");
-    }
-    EXPECT_EQ(Data(store_->Get(plain_)), R"({"name":"a"})");
-    {
-      ConfigStoreTransaction inner(store_);
-      SetName("c");
-      inner.Commit();
-    }
-    EXPECT_EQ(Stored(), "") << "others see it at commit";
-    EXPECT_EQ(outer.Commit(), 0);
-  }
-  EXPECT_EQ(Stored(), R"({"name":"c"} 2)");
-}
+using Transactions = TestSupport::StoreFixture;
 
 TEST_F(Transactions, GuardsCancelExactlyOnce) {
   int cancels = 0;
@@ -70,19 +47,19 @@ TEST_F(Transactions, GuardsCancelExactlyOnce) {
     cancels += asked == Operation::CANCEL ? 1 : 0;
     return asked == Operation::COMMIT ? failingCommit : 0;
   });
-  { ConfigStoreTransaction(store_).Commit(); }
+  { EXPECT_EQ(ConfigStoreTransaction(store_).Commit(), 0); }
   EXPECT_EQ(cancels, 0);
   { EXPECT_EQ(ConfigStoreTransaction(store_).Cancel(), 0); }
   EXPECT_EQ(cancels, 1);
   failingCommit = 5;
   {
     ConfigStoreTransaction transaction(store_);
-    SetName("a");
+    Set(plain_, R"({"name":"a"})");
     EXPECT_EQ(Raised([&] { transaction.Commit(); }), "CSE 2000 Commit transaction failed.");
     EXPECT_EQ(cancels, 1);
   }
   EXPECT_EQ(cancels, 2) << "a guard whose commit failed still cancels";
-  EXPECT_EQ(Stored(), "");
+  EXPECT_EQ(database_.Rows(), "");
   std::shared_ptr<ConfigStore> none;
   Fail(Operation::BEGIN, 5);
   ExpectRaised(
@@ -104,43 +81,34 @@ TEST_F(Transactions, ARefusedNestedCancelIsFatal) {
 }
 
 TEST_F(Transactions, FailuresThatAreNotTheLibrarysUndoAnOperationToo) {
-  NextBootStoreImpl nextBoot(GetDBStore(DBStore::Type::CURRENT_STORE, true));
-  const auto run = [&](const char* key) {
+  const auto connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
+  const auto write = [&](const char* value, bool fails) {
     return Raised([&] {
-      nextBoot.ExecuteUnderTransaction(
-          Id(key, "", ""), nullptr,
-          +[](const Id& id, const std::shared_ptr<TarnSchemaStore::SchemaObject>&,
-              const DBStore::ConnectionHandle& connection) {
-            DBStore::WriteKeyValue("written", id.key, connection);
-            if (id.key == "bad") {
-              throw std::out_of_range("too far");
-            }
-          });
+      RunUnderTransaction(connection, "Test", [&] {
+        DBStore::WriteKeyValue("written", value, connection);
+        if (fails) {
+          throw std::out_of_range("too far");
+        }
+      });
     });
   };
-  EXPECT_EQ(run("bad"), "CSE 2000 Operation failed: too far");
+  EXPECT_EQ(write("bad", true), "CSE 2000 Operation failed: too far");
   EXPECT_EQ(database_.Lines("SELECT Value FROM KeyValue"), "");
-  EXPECT_EQ(run("good"), "nothing") << "the connection is still of use";
+  EXPECT_EQ(write("good", false), "nothing") << "the connection is still of use";
   EXPECT_EQ(database_.Lines("SELECT Value FROM KeyValue"), "good");
 }
 
 TEST_F(Transactions, ThreadsWithStoresOfTheirOwnDoNotMeet) {
   constexpr int kThreads = 4;
   constexpr int kWrites = 25;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([this] {
-      auto store = ConfigStore::GetStore("");
-      for (int i = 0; i < kWrites; ++i) {
-        ConfigStoreTransaction transaction(store);
-        store->Set(Object(plain_, R"({"name":"x"})"), EXTERNAL);
-        transaction.Commit();
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
+  TestSupport::InThreads(kThreads, [this](int /*thread*/) {
+    auto store = ConfigStore::GetStore("");
+    for (int i = 0; i < kWrites; ++i) {
+      ConfigStoreTransaction transaction(store);
+      store->Set(Object(plain_, R"({"name":"x"})"), EXTERNAL);
+      transaction.Commit();
+    }
+  });
   EXPECT_EQ(store_->GetRevision(plain_), kThreads * kWrites);
 }
 

@@ -7,10 +7,10 @@
 
 namespace TestSupport {
 
-/// "ClassAbbreviation code message", for example "VE 1089 The object ..."; "nothing" when it
-/// returns.
+/// "ClassAbbreviation code message", for example "VE 1089 The object ...", and of each finding its
+/// place, or its text too; "nothing" when it returns.
 template <class Call>
-std::string Raised(Call call) {
+std::string Raised(Call call, bool withTexts = false) {
   using namespace TarnConfigStore;
   const auto line = [](const char* name, const ConfigStoreException& exception) {
     return std::string(name) + " " + std::to_string(exception.GetErrorCode()) + " " +
@@ -21,7 +21,7 @@ std::string Raised(Call call) {
   } catch (const ValidationException& exception) {
     std::string text = line("VE", exception);
     for (const ErrorInfo& error : exception.GetErrors()) {
-      text += " | " + error.field;
+      text += " | " + error.field + (withTexts ? ": " + error.error : "");
     }
     return text;
   } catch (const InvalidArgumentException& exception) {

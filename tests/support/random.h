@@ -16,6 +16,7 @@ class Random {
     random_.seed(seed_);
     std::cout << "seed " << seed_ << " (TARN_TEST_SEED repeats it)" << std::endl;
   }
+  explicit Random(unsigned long seed) : seed_(seed), random_(seed) {}
   unsigned long Seed() const { return seed_; }
   unsigned long Below(unsigned long limit) { return random_() % limit; }
   bool OneIn(unsigned long count) { return Below(count) == 0; }

@@ -17,19 +17,73 @@
 
 namespace TestSupport {
 
-class StoreFixture : public ::testing::Test {
+/// A host without types.
+class HostFixture : public ::testing::Test {
+ protected:
+  using Operation = DBStore::testing::Operation;
+
+  void TearDown() override { DBStore::testing::SetHook({}); }
+
+  void SetUpgradeContext(const char* text) const {
+    WriteFile(host_.Path(HostPaths::kUpgradeContext), text);
+  }
+  /// From now on, one kind of operation of the database fails.
+  static void Fail(Operation operation, int status = 1) {
+    DBStore::testing::SetHook(
+        [=](Operation asked, std::string_view) { return asked == operation ? status : 0; });
+  }
+  /// Calls, each with what it raises or how that begins.
+  static void ExpectRaised(
+      std::initializer_list<std::pair<std::string, std::function<void()>>> cases) {
+    int number = 0;
+    for (const auto& [expected, call] : cases) {
+      EXPECT_EQ(Raised(call).substr(0, expected.size()), expected) << "call " << ++number;
+    }
+  }
+
+  /// Makes everything that an operation asks of the database to write by fail, one thing after the
+  /// other, and at last nothing. What `look` sees is as it was after each failure, and another after
+  /// the success. Answers how often it failed.
+  static int FailEachStep(const char* name, const std::function<void()>& operation,
+                          const std::function<std::string()>& look) {
+    const std::string before = look();
+    int failures = 0;
+    for (bool failed = true; failed;) {
+      failed = false;
+      int countdown = failures;
+      DBStore::testing::SetHook([&](Operation asked, std::string_view detail) {
+        const bool counts = asked == Operation::BEGIN || asked == Operation::PREPARE ||
+                            asked == Operation::EXECUTE || asked == Operation::COMMIT ||
+                            detail == "BOOT_MODE";
+        const bool fails = counts && countdown-- == 0;
+        failed = failed || fails;
+        return fails ? 1 : 0;
+      });
+      const std::string raised = Raised(operation);
+      DBStore::testing::SetHook({});
+      EXPECT_EQ(raised.substr(0, 8), failed ? "CSE 2000" : "nothing") << name << " " << failures;
+      EXPECT_EQ(look() == before, failed) << name << " " << failures << ": " << look();
+      failures += failed ? 1 : 0;
+    }
+    return failures;
+  }
+
+  TemporaryHost host_;
+  Database database_{host_};
+  CapturedLog log_;
+};
+
+class StoreFixture : public HostFixture {
  protected:
   using Id = TarnConfigStore::ConfigStoreObjectId;
   using ObjectHandle = std::shared_ptr<TarnConfigStore::ConfigStoreObject>;
   using Objects = std::vector<ObjectHandle>;
-  using Operation = DBStore::testing::Operation;
 
-  StoreFixture() : database_(host_) {
+  StoreFixture() {
     InstallType(host_, kPlainType);
     InstallType(host_, kSwitchType);
     store_ = TarnConfigStore::ConfigStore::GetStore("");
   }
-  ~StoreFixture() override { DBStore::testing::SetHook({}); }
 
   static ObjectHandle Object(const Id& id, const std::string& json) {
     auto object = std::make_shared<TarnConfigStore::ConfigStoreObject>(id);
@@ -85,53 +139,7 @@ class StoreFixture : public ::testing::Test {
     }
     return text;
   }
-  void SetUpgradeContext(const char* text) const {
-    WriteFile(host_.Path(HostPaths::kUpgradeContext), text);
-  }
-  /// From now on, one kind of operation of the database fails.
-  static void Fail(Operation operation, int status = 1) {
-    DBStore::testing::SetHook(
-        [=](Operation asked, std::string_view) { return asked == operation ? status : 0; });
-  }
-  /// Calls, each with what it raises or how that begins.
-  static void ExpectRaised(
-      std::initializer_list<std::pair<std::string, std::function<void()>>> cases) {
-    int number = 0;
-    for (const auto& [expected, call] : cases) {
-      EXPECT_EQ(Raised(call).substr(0, expected.size()), expected) << "call " << ++number;
-    }
-  }
 
-  /// Makes everything that an operation asks of the database to write by fail, one thing after the
-  /// other, and at last nothing. What `look` sees is as it was after each failure, and another after
-  /// the success. Answers how often it failed.
-  static int FailEachStep(const char* name, const std::function<void()>& operation,
-                          const std::function<std::string()>& look) {
-    const std::string before = look();
-    int failures = 0;
-    for (bool failed = true; failed;) {
-      failed = false;
-      int countdown = failures;
-      DBStore::testing::SetHook([&](Operation asked, std::string_view detail) {
-        const bool counts = asked == Operation::BEGIN || asked == Operation::PREPARE ||
-                            asked == Operation::EXECUTE || asked == Operation::COMMIT ||
-                            detail == "BOOT_MODE";
-        const bool fails = counts && countdown-- == 0;
-        failed = failed || fails;
-        return fails ? 1 : 0;
-      });
-      const std::string raised = Raised(operation);
-      DBStore::testing::SetHook({});
-      EXPECT_EQ(raised.substr(0, 8), failed ? "CSE 2000" : "nothing") << name << " " << failures;
-      EXPECT_EQ(look() == before, failed) << name << " " << failures << ": " << look();
-      failures += failed ? 1 : 0;
-    }
-    return failures;
-  }
-
-  TemporaryHost host_;
-  Database database_;
-  CapturedLog log_;
   Id plain_{"plain", "test", "tarn"};
   Id switch_{Switch("s1")};
   std::shared_ptr<TarnConfigStore::ConfigStore> store_;

@@ -12,40 +12,29 @@ namespace TestSupport {
 /// A plain type, tarn/test/plain: texts, numbers, a list with bounds, a default.
 inline constexpr const char* kPlainType = R"({
   "component": "tarn", "group": "test", "key": "plain", "version": "1.0",
-  "schema": {
-    "type": "object",
-    "properties": {
-      "name": { "type": "string" },
-      "port": { "type": "integer", "minimum": 1, "maximum": 65535, "default": 22 },
-      "tags": { "type": "array", "items": { "type": "string" } },
-      "nested": { "type": "object", "properties": { "deep": { "type": "object", "properties": {
-        "leaf": { "type": "string" } } } } }
-    },
-    "required": ["name"]
-  }
+  "schema": { "type": "object", "required": ["name"], "properties": {
+    "name": { "type": "string" },
+    "port": { "type": "integer", "minimum": 1, "maximum": 65535, "default": 22 },
+    "tags": { "type": "array", "items": { "type": "string" } },
+    "nested": { "type": "object", "properties": { "deep": { "type": "object", "properties": {
+      "leaf": { "type": "string" } } } } } } }
 })";
 
 /// A type of all parts with instances, and instances inside it, tarn/test/switch.
 inline constexpr const char* kSwitchType = R"({
   "component": "tarn", "group": "test", "key": "switch", "version": "2.1",
-  "schema": {
-    "type": "object",
-    "properties": {
-      "name": { "type": "string", "instanceId": true },
-      "mtu": { "type": "integer" },
-      "serial": { "type": "string", "vital": true },
-      "state": { "type": "object", "cached": true, "properties": { "up": { "type": "boolean" } } },
-      "ports": { "type": "array", "items": { "type": "object", "properties": {
-        "id": { "type": "string", "instanceId": true },
-        "vlan": { "type": "integer" },
-        "mac": { "type": "string", "vital": true },
-        "speed": { "type": "integer", "cached": true },
-        "policy": { "type": "object", "properties": {
-          "limit": { "type": "integer" }, "seen": { "type": "integer", "cached": true } } } } } },
-      "rules": { "type": "array", "items": { "type": "object", "generatedInstanceId": true,
-        "properties": { "allow": { "type": "string" }, "hits": { "type": "integer", "cached": true } } } }
-    }
-  }
+  "schema": { "type": "object", "properties": {
+    "name": { "type": "string", "instanceId": true }, "mtu": { "type": "integer" },
+    "serial": { "type": "string", "vital": true },
+    "state": { "type": "object", "cached": true, "properties": { "up": { "type": "boolean" } } },
+    "ports": { "type": "array", "items": { "type": "object", "properties": {
+      "id": { "type": "string", "instanceId": true }, "vlan": { "type": "integer" },
+      "mac": { "type": "string", "vital": true }, "speed": { "type": "integer", "cached": true },
+      "policy": { "type": "object", "properties": {
+        "limit": { "type": "integer" }, "seen": { "type": "integer", "cached": true } } } } } },
+    "rules": { "type": "array", "items": { "type": "object", "generatedInstanceId": true,
+      "properties": { "allow": { "type": "string" },
+        "hits": { "type": "integer", "cached": true } } } } } }
 })";
 
 /// A type, tarn/test/ways, in which "v" is vital, "c" cached and anything else the user's: elements
@@ -80,6 +69,14 @@ inline constexpr const char* kManyWaysType = R"({
         "v": { "type": "integer", "vital": true }, "c": { "type": "integer", "cached": true },
         "ports": { "type": "array", "items": { "$ref": "#port" } } } } } }
 })";
+
+/// A type file "tarn/test/KEY" with a schema and shipped objects.
+inline std::string TypeFile(const std::string& key, const std::string& version,
+                            const std::string& schema = R"({"type":"object"})",
+                            const std::string& defaults = "") {
+  return R"({"component":"tarn","group":"test","key":")" + key + R"(","version":")" + version +
+         R"(","schema":)" + schema + R"(,"defaults":[)" + defaults + "]}";
+}
 
 /// A type under another key, whose changes wait for the next boot.
 inline std::string Staged(std::string type, const std::string& key) {

@@ -1,0 +1,206 @@
+#include "objects/schema_lookup.h"
+#include "persistence/connection.h"
+#include "persistence/write_by_context.h"
+#include "support/store_fixture.h"
+
+namespace TarnConfigStore {
+namespace {
+
+using TestSupport::Raised;
+
+class Writes : public TestSupport::StoreFixture {
+ protected:
+  // Something in every value, unconfirmed.
+  void PutFullRow(const char* instance = "s1") {
+    PutRow(Switch(instance), Named(instance, R"("mtu":1)"), Named(instance, R"("mtu":2)"),
+           Named(instance, R"("mtu":3)"), Named(instance, R"("serial":"old")"),
+           Named(instance, R"("state":{"up":false})"), 0);
+  }
+  // The only row: "u=1 d=2 a=3 v="old" c={"up":false} ok=0 rev=7", the values without their names.
+  std::string Row() {
+    return database_.Lines(R"(SELECT 'u=' || ifnull(UserValue ->> 'mtu', '-'),
+        'd=' || ifnull(DesiredValue ->> 'mtu', '-'), 'a=' || ifnull(AutoConfValue ->> 'mtu', '-'),
+        'v=' || ifnull(VitalValue ->> 'serial', '-'), 'c=' || ifnull(CachedValue ->> 'state', '-'),
+        'ok=' || Success, 'rev=' || Revision FROM Config)");
+  }
+  const ObjectHandle mtu_ = SwitchObject("s1", R"("mtu":9)");
+  const ObjectHandle serial_ = SwitchObject("s1", R"("serial":"new")");
+};
+
+TEST_F(Writes, EachKindChangesItsOwnValues) {
+  const auto up = SwitchObject("s1", R"("state":{"up":true})");
+  const auto all = SwitchObject("s1", R"("mtu":9,"serial":"new","state":{"up":true})");
+  struct Case {
+    const char* name;
+    std::function<void()> write;
+    const char* row;
+    const char* upgrade = "0";
+  };
+  const Case cases[] = {
+      {"Set", [&] { store_->Set(all, EXTERNAL); }, R"(u=9 d=- a=- v=new c={"up":true} ok=1 rev=8)"},
+      {"Set automatic", [&] { store_->Set(all, AUTO_CONFIG); },
+       R"(u=- d=- a=9 v=new c={"up":true} ok=1 rev=8)"},
+      {"SetUserData", [&] { store_->SetUserData(mtu_, EXTERNAL); },
+       R"(u=9 d=- a=3 v=old c={"up":false} ok=1 rev=8)"},
+      {"SetUserData in an upgrade", [&] { store_->SetUserData(mtu_, EXTERNAL); },
+       R"(u=9 d=- a=3 v=old c={"up":false} ok=0 rev=8)", "2"},
+      {"SetUserData automatic", [&] { store_->SetUserData(mtu_, AUTO_CONFIG); },
+       R"(u=1 d=2 a=9 v=old c={"up":false} ok=0 rev=8)"},
+      {"SetVitalData", [&] { store_->SetVitalData(serial_); },
+       R"(u=1 d=2 a=3 v=new c={"up":false} ok=0 rev=8)"},
+      {"SetCachedData", [&] { store_->SetCachedData(up); },
+       R"(u=1 d=2 a=3 v=old c={"up":true} ok=0 rev=8)"},
+      {"Update user", [&] { store_->Update(mtu_, EXTERNAL); },
+       R"(u=9 d=- a=3 v=old c={"up":false} ok=0 rev=8)"},
+      {"Update vital", [&] { store_->Update(serial_, EXTERNAL); },
+       R"(u=1 d=- a=3 v=new c={"up":false} ok=0 rev=8)"},
+      {"Update cached", [&] { store_->Update(up, EXTERNAL); },
+       R"(u=1 d=- a=3 v=old c={"up":true} ok=0 rev=8)"},
+      {"Update in an upgrade", [&] { store_->Update(mtu_, EXTERNAL); },
+       R"(u=9 d=- a=3 v=old c={"up":false} ok=1 rev=8)", "1"},
+      {"Update automatic", [&] { store_->Update(all, AUTO_CONFIG); },
+       R"(u=1 d=- a=9 v=new c={"up":true} ok=0 rev=8)"},
+      {"Delete", [&] { store_->Delete(switch_); }, ""},
+      {"DeleteInstances, one", [&] { store_->DeleteInstances(Filter(switch_)); }, ""},
+  };
+  for (const Case& each : cases) {
+    SetUpgradeContext(each.upgrade);
+    PutFullRow();
+    EXPECT_EQ(Raised(each.write), "nothing") << each.name;
+    EXPECT_EQ(Row(), each.row) << each.name;
+    EXPECT_EQ(
+        database_.Lines("SELECT Version, CreationTime, ModifiedTime > '2020-01-02' FROM Config"),
+        *each.row == '\0' ? "" : "2.1 2020-01-01 00:00:00 1")
+        << each.name;
+  }
+  store_->Update(mtu_, EXTERNAL);
+  EXPECT_EQ(Row(), "u=9 d=- a=- v=- c=- ok=1 rev=1") << "the first write makes the row";
+}
+
+TEST_F(Writes, WhatAnUpdateMakesOfARowHasToFitItsType) {
+  const auto update = [&](const char* json) {
+    return Raised([&] { store_->Update(Object(plain_, json), EXTERNAL); });
+  };
+  const std::string refused = "VE 1090 The update does not fit its type. | /";
+  EXPECT_EQ(update(R"({"port":2})"), refused) << "what it needs is nowhere";
+  EXPECT_EQ(update(R"({"port":0,"other":1})"), refused + "port | /other");
+  // A row that no longer fits its type is shown whole in the findings.
+  PutRow(plain_, R"({"name":7,"port":99999})", "", "", "", "", 1);
+  const std::string before = database_.Rows();
+  EXPECT_EQ(update(R"({"port":2})"), refused + "name");
+  EXPECT_EQ(database_.Rows(), before);
+  Set(plain_, R"({"name":"a","tags":["x","y"],"nested":{"deep":{"leaf":"l"}}})");
+  EXPECT_EQ(update(R"({"tags":["z"],"nested":{"deep":{}}})"), "nothing");
+  EXPECT_EQ(Data(store_->Get(plain_)),
+            R"({"name":"a","tags":["z"],"nested":{"deep":{"leaf":"l"}}})");
+}
+
+TEST_F(Writes, ContextUpdatesDoNotCountAsWrites) {
+  const SchemaHandle schema = FindSchema(switch_);
+  const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
+  const auto object = SwitchObject("s1", R"("mtu":9,"serial":"new")");
+  const auto after = [&](UPDATE_CONTEXT context) {
+    PutFullRow();
+    UpdateByContextInternal(object, schema, context, connection);
+    return Row();
+  };
+  EXPECT_EQ(after(UPDATE_USER), "u=9 d=2 a=3 v=new c=- ok=0 rev=7");
+  EXPECT_EQ(after(UPDATE_DURING_UPGRADE), "u=9 d=- a=3 v=new c=- ok=0 rev=7");
+  EXPECT_EQ(after(UPDATE_AUTOMATIC), "u=1 d=2 a=9 v=new c=- ok=0 rev=7");
+  SetByContextInternal(object, schema, UPDATE_AUTOMATIC, connection);
+  EXPECT_EQ(Row(), "u=1 d=- a=9 v=new c=- ok=0 rev=8");
+  store_->Delete(switch_);
+  UpdateByContextInternal(object, schema, UPDATE_USER, connection);
+  EXPECT_EQ(database_.Rows(), "") << "an update makes no row";
+}
+
+TEST_F(Writes, FailedStatementsSayWhichWriteItWas) {
+  Fail(Operation::EXECUTE, 5);
+  const std::string byContext = "CSE 2000 Database call to update configuration by context failed ";
+  ExpectRaised(
+      {{"CSE 2000 WriteComplete failed", [&] { store_->Set(mtu_, EXTERNAL); }},
+       {"CSE 2000 Write user data failed", [&] { store_->SetUserData(mtu_, EXTERNAL); }},
+       {"CSE 2000 Write config instances failed", [&] { store_->SetUserData(mtu_, AUTO_CONFIG); }},
+       {"CSE 2000 Write config instances failed", [&] { store_->SetVitalData(serial_); }},
+       {byContext + "for: " + switch_.toString(), [&] { store_->Update(mtu_, EXTERNAL); }},
+       {"CSE 2000 Delete failed: " + switch_.toString(), [&] { store_->Delete(switch_); }},
+       {"CSE 2000 Delete instances failed: " + Switch("").toString(),
+        [&] { store_->DeleteInstances(Filter(Switch(""))); }}});
+}
+
+TEST_F(Writes, InstancesThatAreReplacedKeepTheirHistory) {
+  PutFullRow("s2");
+  PutFullRow("s3");
+  store_->SetInstances(List(SwitchObject("s4", R"("mtu":4)"), SwitchObject("s5", R"("ports":[])"),
+                            SwitchObject("s2", R"("mtu":2,"serial":"y")")),
+                       EXTERNAL);
+  EXPECT_EQ(database_.Lines("SELECT Identifier, Revision, CreationTime < '2021' FROM Config"),
+            "s2 8 1\ns4 1 0")
+      << "the empty one is left out";
+}
+
+TEST_F(Writes, BadListsAreRefusedBeforeAnythingIsWritten) {
+  PutFullRow();
+  const std::string before = database_.Rows();
+  const auto good = SwitchObject("s9");
+  const std::pair<Objects, std::string> lists[] = {
+      {{}, "IAE 1061"},
+      {List(good, Object(plain_, R"({"name":"a"})")), "IAE 1062"},
+      {List(good, ObjectHandle(), SwitchObject("s9")),
+       "IAE 2000 The instance is listed twice: " + Switch("s9").toString()},
+      {List(good, SwitchObject("")), "VE 2000 Non-Singleton object should contain instanceId"}};
+  for (const auto& [list, expected] : lists) {
+    const Objects& objects = list;
+    ExpectRaised({{expected, [&] { store_->SetInstances(objects, EXTERNAL); }},
+                  {expected, [&] { store_->SetUserDataInstances(objects, EXTERNAL); }},
+                  {expected, [&] { store_->SetVitalDataInstances(objects); }},
+                  {expected, [&] { store_->SetCachedDataInstances(objects); }}});
+  }
+  EXPECT_EQ(database_.Rows(), before);
+}
+
+// Everything that an operation asks of the database is made to fail, one thing after the other: the
+// store is as it was before each time, and works as soon as the failing ends.
+TEST_F(Writes, AFailureAnywhereLeavesTheStoreAsItWas) {
+  const Objects mtus = List(SwitchObject("s2", R"("mtu":9)"), SwitchObject("s4", R"("mtu":9)"));
+  const Objects serials = List(SwitchObject("s2", R"("serial":"y")"));
+  const Objects states = List(SwitchObject("s2", R"("state":{"up":true})"));
+  const std::pair<const char*, std::function<void()>> operations[] = {
+      {"SetInstances", [&] { store_->SetInstances(mtus, EXTERNAL); }},
+      {"SetUserDataInstances", [&] { store_->SetUserDataInstances(mtus, EXTERNAL); }},
+      {"automatic", [&] { store_->SetUserDataInstances(mtus, AUTO_CONFIG); }},
+      {"vital", [&] { store_->SetVitalDataInstances(serials); }},
+      {"cached", [&] { store_->SetCachedDataInstances(states); }},
+      {"DeleteInstances", [&] { store_->DeleteInstances(Filter(Switch(""), R"({"mtu":3})")); }},
+      {"Update", [&] { store_->Update(mtus[0], EXTERNAL); }}};
+  const auto look = [&] { return database_.Lines("SELECT * FROM Config"); };
+  const auto putThree = [&] {
+    database_.Run("DELETE FROM Config");
+    for (const char* instance : {"s1", "s2", "s3"}) {
+      PutFullRow(instance);
+    }
+  };
+  for (const auto& [name, operation] : operations) {
+    putThree();
+    EXPECT_GE(FailEachStep(name, operation, look), 4)
+        << name << ": begin, statements and commit have failed in turn";
+  }
+  putThree();
+  const std::string before = look();
+  {
+    ConfigStoreTransaction transaction(store_);
+    store_->Delete(Switch("s3"));
+    DBStore::testing::SetHook([](Operation asked, std::string_view sql) {
+      return asked == Operation::EXECUTE && sql.find("INSERT") != sql.npos ? 1 : 0;
+    });
+    EXPECT_EQ(Raised([&] { store_->SetInstances(mtus, EXTERNAL); }),
+              "CSE 2000 WriteComplete failed");
+    DBStore::testing::SetHook({});
+    EXPECT_EQ(store_->GetInstanceIds(switch_), (std::list<std::string>{"s1", "s2"}))
+        << "the failed level undid itself alone";
+  }
+  EXPECT_EQ(look(), before);
+}
+
+}  // namespace
+}  // namespace TarnConfigStore
