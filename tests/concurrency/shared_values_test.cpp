@@ -2,29 +2,17 @@
 #include "platform/made_once.h"
 #include "platform/schema_store.h"
 
-#include "support/temporary_host.h"
 #include "support/test_types.h"
+#include "support/threads.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <stdexcept>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 
-void InThreads(const std::function<void(int thread)>& function) {
-  std::vector<std::thread> threads;
-  for (int thread = 0; thread < 4; ++thread) {
-    threads.emplace_back(function, thread);
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-}
+using TestSupport::InThreads;
 
 TEST(MadeOnce, ThreadsThatMakeAValueAtOnceGetTheSameOneAndTheOthersAreFreed) {
   static std::atomic<int> alive{0};
@@ -40,7 +28,7 @@ TEST(MadeOnce, ThreadsThatMakeAValueAtOnceGetTheSameOneAndTheOthersAreFreed) {
   EXPECT_EQ(value.Find(), nullptr);
   std::atomic<int> ready{0};
   const Value* seen[4] = {};
-  InThreads([&](int thread) {
+  InThreads(4, [&](int thread) {
     ++ready;
     while (ready < 4) {
     }
@@ -63,7 +51,7 @@ TEST(TypeCache, AnswersThreadsThatAskForSeveralTypesAndSeesNoLaterChange) {
     wrong += type && type->GetKey() == key && type->GetVersion() == version ? 0 : 1;
     wrong += cache->GetSchemaObject("tarn", "other", key) ? 1 : 0;
   };
-  InThreads([&](int thread) {
+  InThreads(4, [&](int thread) {
     for (int i = 0; i < 2000; ++i) {
       (i + thread) % 3 == 0 ? ask("plain", "1.0") : ask("switch", "2.1");
     }
