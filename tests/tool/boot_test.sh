@@ -8,25 +8,6 @@ options=tarn/tkernel/options
 resolver=tarn/network/resolver
 upgrade=$TARN_HOST_ROOT/run/kestrel/upgrade-context
 
-# rows TABLE WANTED: what a table holds of the drivers and the kernel's options, a line for each row
-rows() {
-  local columns="' a=' || ifnull(AutoConfValue, '-') || ' d=' || ifnull(DesiredValue, '-') || ' ok=' || Success || ' rev=' || Revision"
-  local user=UserValue
-  [ "$1" = Config ] || columns="' ' || BootAction" user=Value
-  sqlite3 "$store" "SELECT Name || '/' || Identifier || ' u=' || ifnull($user, '-') || ' v=' || ifnull(VitalValue, '-') ||
-    ' c=' || ifnull(CachedValue, '-') || $columns FROM $1 WHERE Name IN ('drivers', 'options') ORDER BY Name, Identifier" \
-    >"$work/out" 2>"$work/err"
-  verify "the rows of $1" $? 0 "=$2" ""
-}
-
-# staged WANTED: what `next-boot list` lists of the drivers, as OBJECT ACTION VALUES
-staged() {
-  "$tarnctl" next-boot list $drivers >"$work/list" 2>"$work/err"
-  local code=$?
-  tr -d ' \n"{' <"$work/list" | sed "s/object:test.tool.drivers.\([^,]*\),action:\([A-Z_]*\),version:1.0,values:\[\([a-z,]*\)\]},*/\1 \2 \3;/g" >"$work/out"
-  verify "what is staged" $code 0 "=[$1]" ""
-}
-
 boots() { "$tarnctl" kv set IS_BOOT "$1"; }
 upgrades() { mkdir -p "${upgrade%/*}" && echo "$1" >"$upgrade"; }
 
@@ -35,74 +16,55 @@ upgrades() { mkdir -p "${upgrade%/*}" && echo "$1" >"$upgrade"; }
 for name in a b; do
   "$tarnctl" set $drivers/$name depth=8 serial=$name
 done
-"$tarnctl" set $drivers/a --auto depth=2
-now="drivers/a u={\"name\":\"a\",\"depth\":8} v={\"name\":\"a\",\"serial\":\"a\"} c=- a={\"name\":\"a\",\"depth\":2} d=- ok=1 rev=2
-  drivers/b u={\"name\":\"b\",\"depth\":8} v={\"name\":\"b\",\"serial\":\"b\"} c=- a=- d=- ok=1 rev=1"
 
 # --- staging records a change beside the current configuration, which stays
 expect 0 "=[]" "" next-boot list
 expect 0 "" "" next-boot set $drivers/a depth=16 serial=A link.speed=10
-rows DesiredUserConfig 'drivers/a u={"name":"a","depth":16} v={"name":"a","serial":"A"} c={"name":"a","link":{"speed":10}} SET'
-expect 0 "=4" "" kv get BOOT_MODE
+expect 0 "=8" "" get $drivers/a depth
 expect 0 "=16" "" next-boot get $drivers/a depth
-expect 0 "=10" "" next-boot get $drivers/a link.speed
 expect 3 "" 'no member "queues"' next-boot get $drivers/a queues
 printf '{"serial":"C"}' >"$work/data"
 expect 0 "" "" next-boot set $drivers/c "$work/data"
-expect 0 '={"name":"c","serial":"C"}' "" next-boot get $drivers/c
 expect 0 "=4" "" next-boot get $drivers/c depth
 expect 0 "" "" next-boot set $drivers/b - <<<'{"depth":16}'
 expect 0 '"name":"c"' "" next-boot get $drivers --all-instances
 expect 0 '=[{"name":"b","depth":16}]' "" next-boot get $drivers --where name=b --where depth=16
-expect 0 "=[]" "" next-boot get $drivers --where depth=8
 expect 0 "" "" next-boot delete $drivers/b
 expect 3 "" "$drivers/b is staged to be deleted" next-boot get $drivers/b
-staged "a SET user,vital,cached; b DELETE_INSTANCE; c SET vital;"
-expect 0 "" "=tarnctl:2 instances of $drivers staged to be deleted" next-boot delete $drivers --where depth=8
-staged "a DELETE_INSTANCE; b DELETE_INSTANCE; c SET vital;"
-expect 0 "" "" next-boot delete $drivers/c
-expect 0 "" "" next-boot set $drivers/a depth=3
-expect 0 '=[{"object":"test/tool/drivers/c","action":"DELETE_INSTANCE","version":"1.0","values":[]}]' "" next-boot list $drivers/c
+expect 0 '=[{"object":"test/tool/drivers/a","action":"SET","version":"1.0","values":["user","vital","cached"]},
+  {"object":"test/tool/drivers/b","action":"DELETE_INSTANCE","version":"1.0","values":[]},
+  {"object":"test/tool/drivers/c","action":"SET","version":"1.0","values":["vital"]}]' "" next-boot list $drivers
 expect 0 "=[]" "" next-boot list tarn
-rows Config "$now"
-
+expect 0 "" "=tarnctl:2 instances of $drivers staged to be deleted" next-boot delete $drivers --where depth=8
+expect 0 "" "" next-boot delete $drivers/c
 # ... and taking back is for all that is staged of the type
 expect 0 "" "" next-boot set $options hyperthreading=false
-expect 0 "" "=tarnctl:SET of $drivers/a taken back tarnctl:DELETE_INSTANCE of $drivers/b taken back
+expect 0 "" "=tarnctl:DELETE_INSTANCE of $drivers/a taken back tarnctl:DELETE_INSTANCE of $drivers/b taken back
   tarnctl:DELETE_INSTANCE of $drivers/c taken back" next-boot reset $drivers/a
-staged ""
 refused 3 "nothing is staged for $drivers" next-boot reset $drivers
 refused 3 "no object $drivers/a is staged" next-boot get $drivers/a
 expect 0 "=false" "" next-boot get $options hyperthreading
-rows Config "$now"
 
 # --- what is refused leaves no trace
-refused 4 "/depth: 64 is the largest" next-boot set $drivers/a depth=65
 refused 4 '{"code":1089,' --json next-boot set $drivers/a - <<<'{"depth":65,"other":1}'
 refused 4 '"depth" takes integer' next-boot set $drivers/a depth=deep
-refused 4 '/name: expected "a"' next-boot set $drivers/a name=b
 refused 4 "Empty object cannot be set" next-boot set $options 'passthroughDevices=[]'
-refused 4 "tagged @rebootRequiredConfigStore" next-boot set $resolver 'servers=["10.0.0.1"]'
 refused 1 "No such file" next-boot set $drivers/a "$work/absent"
 for verb in get delete reset; do
   refused 3 "grp no key type" next-boot $verb tarn/no/type
   refused 4 "tagged @rebootRequiredConfigStore" next-boot $verb $resolver
 done
 for verb in get delete; do
-  refused 4 "should contain instanceId" next-boot $verb $drivers
-  refused 4 "cannot contain instanceId" next-boot $verb $options/x
   refused 4 "non-singleton expected" next-boot $verb $options --all-instances
   refused 4 "/other:" next-boot $verb $drivers --where other=1
 done
 refused 3 "no object $drivers/z is stored or staged" next-boot delete $drivers/z
 refused 3 "no instance of $drivers meets these conditions" next-boot delete $drivers --where depth=1
-writes="next-boot set $drivers/a depth=1|next-boot delete $drivers/a|next-boot delete $drivers --all-instances|next-boot reset $options"
 # closed CODE ERR STATUS: nothing can be staged now, and the status says why
 closed() {
-  while read -r -d '|' call; do
-    # shellcheck disable=SC2086
-    refused "$1" "$2" $call
-  done <<<"$writes|"
+  refused "$1" "$2" next-boot set $drivers/a depth=1
+  refused "$1" "$2" next-boot delete $drivers --all-instances
+  refused "$1" "$2" next-boot reset $options
   expect 0 "$3" "" boot status
 }
 "$tarnctl" kv set BOOT_MODE 1
@@ -140,18 +102,14 @@ expect 4 "={\"applied\":[],\"staged\":[{\"object\":\"tarn/tkernel/options\",\"ac
 expect 4 "={\"applied\":[{\"object\":\"tarn/tkernel/options\",\"action\":\"DELETE\"},{\"object\":\"test/tool/drivers/a\",\"action\":\"SET\"},
   {\"object\":\"test/tool/drivers/b\",\"action\":\"DELETE_INSTANCE\"}],\"staged\":[$unfit]}" \
   "=tarnctl:1 of 4 staged changes cannot be applied" boot apply --rest
-now="drivers/a u={\"name\":\"a\",\"depth\":32} v=- c={\"name\":\"a\",\"link\":{\"speed\":1}} a={\"name\":\"a\",\"depth\":2} d=- ok=1 rev=3"
-rows Config "$now"
-rows DesiredUserConfig 'drivers/c u={"name":"c","depth":64} v=- c=- SET'
+expect 0 '=[{"name":"a","link":{"speed":1},"depth":32}]' "" get $drivers --all-instances
 expect 0 "=4" "" kv get BOOT_MODE
 expect 4 "={\"applied\":[],\"staged\":[$unfit]}" "" --json boot apply
 "$tarnctl" schema install --force "$here/types/drivers.json" >/dev/null
 expect 0 '={"applied":[{"object":"test/tool/drivers/c","action":"SET"}],"staged":[]}' "" boot apply
 expect 0 "=0" "" kv get BOOT_MODE
 expect 0 '={"applied":[],"staged":[]}' "" boot apply
-now="$now drivers/c u={\"name\":\"c\",\"depth\":64} v=- c=- a=- d=- ok=1 rev=1"
-rows Config "$now"
-rows DesiredUserConfig ""
+expect 0 "=64" "" get $drivers/c depth
 boots false
 
 # --- kernel options wait in their row until a boot is accepted or rejected
@@ -161,7 +119,6 @@ refused 4 "nothing was written" kernel-options set 'passthroughDevices=[]'
 refused 1 "No such file" kernel-options set "$work/absent"
 "$tarnctl" set $options maximumCpus=2
 expect 0 "" "" kernel-options set maximumCpus=4 console.port=com1
-rows Config "$now options/ u={\"maximumCpus\":2} v={\"console\":{\"port\":\"com1\"}} c=- a=- d={\"maximumCpus\":4} ok=1 rev=2"
 expect 0 "=4" "" kernel-options get maximumCpus
 expect 0 "=full" "" kernel-options get sideChannelMitigation
 expect 3 "" 'no member "secureBoot"' kernel-options get secureBoot
@@ -172,50 +129,39 @@ expect 0 "=2" "" kernel-options get maximumCpus
 expect 0 "" "" kernel-options set - <<<'{"maximumCpus":8}'
 expect 0 "" "=tarnctl:1 object accepted" boot accept --all
 expect 0 "=8" "" get $options maximumCpus
-expect 0 "" "=tarnctl:0 objects accepted" boot accept $options
 refused 3 "no object $drivers/z is stored" boot accept $drivers/z
 refused 3 "no object tarn/no/type is stored" boot reject tarn/no/type
 
 # what an upgrade left to be confirmed waits for an acceptance, alone or with what else waits
 upgrades 2
-for name in a c; do
-  "$tarnctl" set $drivers/$name --user depth=5
+for object in $drivers/a $drivers/c; do
+  "$tarnctl" set "$object" --user depth=5
 done
-"$tarnctl" set $resolver --user 'servers=["10.0.0.1"]'
 upgrades 0
 "$tarnctl" kernel-options set maximumCpus=9
 waiting() { expect 0 "\"waiting\":[$1],\"rebootTypes\"" "" boot status; }
 pending='{"object":"tarn/tkernel/options","pending":true,"confirmed":true}'
-resolving='{"object":"tarn/network/resolver","pending":false,"confirmed":false}'
-driving='{"object":"test/tool/drivers/a","pending":false,"confirmed":false},{"object":"test/tool/drivers/c","pending":false,"confirmed":false}'
-waiting "$resolving,$pending,$driving"
+a='{"object":"test/tool/drivers/a","pending":false,"confirmed":false}'
+waiting "$pending,$a,${a/\/a/\/c}"
 expect 0 "" "=tarnctl:1 pending value dropped" boot reject --all
-waiting "$resolving,$driving"
-expect 0 "" "=tarnctl:1 object accepted" boot accept $drivers/a
-waiting "$resolving,${driving#*\},}"
+waiting "$a,${a/\/a/\/c}"
+expect 0 "" "=tarnctl:1 object accepted" boot accept $drivers/c
+waiting "$a"
 "$tarnctl" kernel-options set maximumCpus=9
-expect 0 "" "=tarnctl:1 object accepted" boot accept $drivers
-waiting "$resolving,$pending"
 expect 0 "" "=tarnctl:2 objects accepted" boot accept --all
 waiting ""
 expect 0 "=9" "" get $options maximumCpus
-expect 0 "" "=tarnctl:0 objects accepted" boot accept --all
+expect 0 "" "=tarnctl:0 objects accepted" boot accept $drivers
 
 # --- the kind of the boot: nonsense is told, and the rest of the status with it
 while IFS='|' read -r entry code kind told; do
   "$tarnctl" kv set BOOT_INFO "$entry"
-  expect "$code" "${kind:+=$kind}" "$told" boot info
-  [ -z "$entry" ] || expect 0 "\"bootInfo\":${kind:-null}," "$told" --json boot status
+  expect "$code" "${kind:+=$kind}" "$told" --json boot info
+  expect 0 "\"bootInfo\":${kind:-null}," "$told" --json boot status
 done <<'T'
-|1||Failed to read BOOT_INFO database.
 {|1||Failed to read BOOT_INFO database.
-{}|0|0|
 {"type":2}|0|2|
+[]|1||{"code":1082,
 T
-for entry in '[]' '{"type":"2"}'; do
-  "$tarnctl" kv set BOOT_INFO "$entry"
-  refused 1 '{"code":1082,' --json boot info
-  expect 0 '"bootInfo":null' '{"code":1082,' --json boot status
-done
 
 finish

@@ -34,15 +34,9 @@ user="{\"device\":\"nic0\",\"enabled\":true,\"addresses\":[${a/24/16},$b],\"mtu\
 automatic='{"device":"nic0","gateway":"10.0.0.254","mtu":1400}'
 row nic0 "u=$user a=$automatic $rest rev=4"
 
-printf '{"mtu":9}' >"$work/bad"
-refused 4 "/mtu: 1280 is the smallest" update $nics/nic0 "$work/bad"
 refused 4 '{"code":1090,' --json update $nics/nic0 mtu=9 enabled=false
-refused 4 "/addresses/2" update $nics/nic0 'addresses=[{"id":"c"}]'
-refused 4 "/unknown:" update $nics/nic0 unknown=1
 refused 4 '"mtu" takes integer, not "big"' update $nics/nic0 mtu=big
-refused 4 '/device: expected "nic0", found "nic1"' update $nics/nic0 device=nic1
 refused 4 "nothing was written" update $nics/nic0 'addresses=[]'
-refused 4 "/mtu: expected an integer" update $nics/nic0 - <<<'{"mtu":null}'
 refused 4 "is no JSON object" update $nics/nic0 - <<<'[]'
 refused 1 "No such file" update $nics/nic0 "$work/absent"
 refused 3 "tarn" update tarn/no/type a=1
@@ -59,61 +53,27 @@ expect 0 "" "" set $nics/nic0 macAddress=${mac/01/02} --vital
 expect 0 "" "" set --cached $nics/nic0 link.duplex=full
 row nic0 "u={\"device\":\"nic0\",\"mtu\":1500} a={\"device\":\"nic0\",\"enabled\":false}
   v={\"device\":\"nic0\",\"macAddress\":\"${mac/01/02}\"} c={\"device\":\"nic0\",\"link\":{\"duplex\":\"full\"}} rev=8"
-expect 0 "={\"device\":\"nic0\",\"enabled\":false,\"link\":{\"duplex\":\"full\"},\"macAddress\":\"${mac/01/02}\",\"mtu\":1500}" \
-  "" get $nics/nic0
 expect 0 '"values":["user","automatic","vital","cached"]' "" list $nics
 refused 4 '{"code":1087,' --json set $nics/nic0 --user macAddress=$mac
-refused 4 "/link:" set $nics/nic0 --auto link.duplex=full
 refused 4 '{"code":1086,' --json set $nics/nic0 --vital mtu=1500
 refused 4 '{"code":1084,' --json set $nics/nic0 --cached mtu=1500
-refused 4 "nothing was written" set test/tool/values --user 'list=[]'
+refused 4 "/link:" set $nics/nic0 --auto link.duplex=full
 refused 4 "nothing was written" set test/tool/values --auto - <<<'{}'
-refused 4 "/device" set $nics/nic0 --vital device=nic1
 for pair in "--user --auto" "--vital --cached" "--user --vital"; do
   # shellcheck disable=SC2086
   refused 2 "at most 1" set $nics/nic0 $pair mtu=1500
 done
 refused 2 "--user" update $nics/nic0 --user mtu=1500
-expect 0 "" "" set $nics/nic0 mtu=1600
-row nic0 'u={"device":"nic0","mtu":1600} a=- v=- c=- rev=9'
 
 # --- elements that a name leads to keep their members in each part, whatever is written
 port() { echo "{\"id\":\"$1\",\"peer\":\"$2\",\"mac\":\"$3\",\"speed\":$4}"; }
 expect 0 "" "" set $drivers/d "ports=[$(port a pa ma 1),$(port b pb mb 2)]" link.speed=5 depth=8
-expect 0 "=[$(port a pa ma 1),$(port b pb mb 2)]" "" get $drivers/d ports
-expect 0 "" "" update $drivers/d - <<<'{"ports":[{"id":"b","speed":7}]}'
 expect 0 "" "" set $drivers/d --vital serial=s 'ports=[{"id":"b","mac":"mc"},{"id":"a","mac":"ma"}]'
-expect 0 "=[$(port a pa ma 1),$(port b pb mc 7)]" "" get $drivers/d ports
-expect 0 "" "" set $drivers/d --cached link.speed=6 'ports=[{"id":"a","peer":"pc"},{"id":"b","peer":"pb"}]'
-expect 0 "={\"name\":\"d\",\"link\":{\"speed\":6},\"ports\":[$(port a pc ma 1),$(port b pb mc 7)],\"serial\":\"s\",\"depth\":8}" "" get $drivers/d
-expect 0 '"name":"d"' "" get $drivers --where 'ports=[{"id":"b","mac":"mc"}]' --where link.speed=6
+expect 0 "=[$(port a pa ma 1),$(port b pb mc 2)]" "" get $drivers/d ports
+expect 0 '"name":"d"' "" get $drivers --where 'ports=[{"id":"b","mac":"mc"}]' --where link.speed=5
 refused 4 "/ports/0/size: no such member" get $drivers --where 'ports=[{"size":1}]'
 refused 4 '"link.speed" takes integer' set $drivers/d link.speed=fast
-refused 4 "/ports/0/speed: 64 is the largest" update $drivers/d 'ports=[{"id":"b","speed":65}]'
-refused 4 '{"code":1086,' --json set $drivers/d --vital 'ports=[{"id":"b","speed":1}]'
 expect 4 "/ports/0/speed:" "=tarnctl: 1 finding" validate $drivers/d - <<<'{"ports":[{"id":"a","speed":65}]}'
-expect 0 "" "" next-boot set $drivers/d "ports=[$(port c pc mc 3)]"
-expect 0 '"action":"SET"' "" boot apply
-expect 0 "=[$(port c pc mc 3)]" "" get $drivers/d ports
-
-# ... and what an object admits beside members of one part is the user's
-for part in vital cached; do
-  while IFS='|' read -r way admitting; do
-    cat >"$work/open.json" <<T
-      { "component": "test", "group": "tool", "key": "$way-$part", "version": "1.0", "schema": { "type": "object",
-        "properties": { "own": { "type": "string", "$part": true } }, $admitting } }
-T
-    expect 0 "installed" "" schema install "$work/open.json"
-    expect 0 "" "" set "test/tool/$way-$part" own=x more=7
-    expect 0 "" "" set "test/tool/$way-$part" --$part own=y
-    expect 0 '={"own":"y","more":7}' "" get "test/tool/$way-$part"
-    expect 0 "\"values\":[\"user\",\"$part\"]" "" list "test/tool/$way-$part"
-  done <<'T'
-additional|"additionalProperties": { "type": "integer" }
-pattern|"patternProperties": { "^m": { "type": "integer" } }
-composed|"anyOf": [{ "properties": { "more": { "type": "integer" } } }, { "required": ["less"] }]
-T
-done
 
 # --- what types came with
 expect 0 '={"servers":["10.0.0.1"]}' "" get $resolver --default
@@ -143,10 +103,8 @@ chosen() {
 chosen "2 B a/1 b" --all-instances
 chosen "B b" --where mtu=1500
 chosen "b" --where mtu=1500 --where security.promiscuous=false
-chosen "a/1 b" --where security.promiscuous=false
 chosen "a/1" --where 'security={"promiscuous":false,"macChanges":true}'
 chosen "a/1 b" --where 'uplinks=["nic1"]'
-chosen "2" --where discovery=off
 chosen "2" --where name=2
 expect 0 '=[{"name":"2","discovery":"off","portGroups":[{"name":"Guests","vlan":7}]}]' "" get $switches --where discovery=off
 expect 0 "?" "" list $switches
@@ -155,23 +113,22 @@ expect 0 "?" "" list $switches
 expect 0 "[{\"object\":\"$switches/a/1\",\"version\":\"3.1\",\"revision\":1," "" list $switches/a/1 --json
 
 for verb in get delete; do
-  refused 4 "$switches has no such member /speed: " $verb $switches --where speed=1
   refused 4 '"details":[{"field":"/security/inner","error":"no such member"},{"field":"/speed","error":' \
     --json $verb $switches --where security.inner=true --where speed=1
-  refused 4 "/portGroups/0/size" $verb $switches --where 'portGroups=[{"size":1}]'
   refused 4 '"mtu" takes integer, not "big"' $verb $switches --where mtu=big
   refused 4 "objects only" $verb $switches --where mtu.size=1
-  refused 2 "MEMBER=VALUE" $verb $switches --where mtu
-  refused 2 "MEMBER=VALUE" $verb $switches --where ""
+  for condition in mtu ""; do
+    refused 2 "MEMBER=VALUE" $verb $switches --where "$condition"
+  done
   refused 2 "given twice" $verb $switches --where mtu=1 --where mtu=2
-  refused 2 "COMPONENT/GROUP/KEY" $verb $switches/b --where mtu=1500
-  refused 2 "COMPONENT/GROUP/KEY" $verb $switches/b --all-instances
-  refused 4 "singleton" $verb $resolver --all-instances
+  for which in "--where mtu=1500" --all-instances; do
+    # shellcheck disable=SC2086
+    refused 2 "COMPONENT/GROUP/KEY" $verb $switches/b $which
+  done
   refused 4 "singleton" $verb $resolver --where timeout=9
   refused 3 "tarn" $verb tarn/no/type --where a=1
   refused 3 "tarn" $verb tarn/no/type/a
 done
-refused 2 "excludes" get $switches mtu --all-instances
 refused 2 "excludes" get $switches --where mtu=1500 mtu
 
 # a type that lists its members in branches, or takes any
@@ -184,18 +141,13 @@ refused 4 "?" delete $switches
 refused 3 "no instance of $switches meets these conditions" delete $switches --where mtu=1500 --where discovery=off
 expect 0 "" "" delete $switches/a/1
 refused 3 '"message":"no object tarn/network/switches/a/1 is stored"' --json delete $switches/a/1
-chosen "2 B b" --all-instances
 expect 0 "" "=tarnctl:1 instance of $switches deleted" delete $switches --where mtu=1500 --where security.promiscuous=false
-expect 0 "" "=tarnctl:1 instance of $switches deleted" delete $switches --where discovery=off --all-instances
-chosen "B" --all-instances
-expect 0 "" "" set $switches/c mtu=1500
+chosen "2 B" --all-instances
 expect 0 "" "=tarnctl:2 instances of $switches deleted" delete $switches --all-instances
 refused 3 "no instance of $switches is stored" delete $switches --all-instances
-expect 0 "=[]" "" list $switches
 expect 0 "" "" delete $resolver
 expect 3 "" "no object $resolver is stored" get $resolver
 expect 0 '"servers"' "" get $resolver --default
-expect 0 "=1600" "" get $nics/nic0 mtu
 
 # --- a member that a new version moves to another part is read, written and staged as before
 moved=$work/resolver.json
@@ -203,8 +155,6 @@ expect 0 "" "" set $resolver 'servers=["10.0.0.1"]' timeout=9
 "$tarnctl" schema show $resolver | sed 's/"version": "1.0"/"version": "1.1"/; s/"timeout": {/"timeout": { "vital": true,/' >"$moved"
 expect 0 "\"divided\":[{\"object\":\"$resolver\",\"version\":\"1.0\",\"outcome\":\"divided\"" "" schema install "$moved"
 expect 0 "=9" "" get $resolver timeout
-expect 0 "" "" set $resolver --vital timeout=12
-expect 0 '={"timeout":12,"servers":["10.0.0.1"]}' "" get $resolver
 expect 0 "=[]" "" schema upgrade-rows
 sqlite3 "$store" "UPDATE Config SET Version = '0.9' WHERE Name = 'resolver'"
 expect 0 '"version":"0.9"' "" list --outdated $resolver

@@ -49,10 +49,9 @@ without_store() {
 }
 without_store 0
 expect 0 "\"store\":\"$stores/current-store-1\"" "" init
-made=$(cd "$stores" && echo current-store-1 schema-store-1 && stat -c '%a %i' current-store-1 schema-store-1)
+made=$(stat -c '%n %a %i' "$stores"/*-store-1)
 expect 0 '"created":[]' "current-store-1 exists and is left as it is" init
-[ "$made" = "$(cd "$stores" && echo current-store-1 schema-store-1 && stat -c '%a %i' current-store-1 schema-store-1)" ] ||
-  fail "init changed an existing store"
+[ "$made" = "$(stat -c '%n %a %i' "$stores"/*-store-1)" ] || fail "init changed an existing store"
 expect 0 "=[]" "" list
 expect 0 "=[]" "" schema list
 
@@ -75,13 +74,12 @@ expect 4 "[{\"field\":\"$bad" "" --json schema check "$work/bad.json"
 expect 4 "" "1 of 2 type files cannot be taken; nothing was installed" schema install "$work/bad.json" "$types/power-policy.json"
 expect 4 "" "\"details\":[{\"field\":\"$bad" --json schema install "$work/bad.json"
 expect 1 "" "absent.json" schema install "$work/absent.json"
-sed 's|#/definitions/count|#/definitions/a~2b|' "$here/types/values.json" >"$work/bad.json"
-expect 4 "" 'bad.json#/schema/properties/count/$ref: the reference "#/definitions/a~2b" is no JSON Pointer' schema install "$work/bad.json"
 
 # --- objects
-expect 3 "" "no object $resolver is stored" get $resolver
-expect 3 "" "no object $resolver is stored" revision $resolver
-expect 3 "" "tarn" get tarn/no/type
+for verb in get revision; do
+  expect 3 "" "no object $resolver is stored" $verb $resolver
+  expect 3 "" "tarn" $verb tarn/no/type
+done
 expect 3 "" "tarn" set tarn/no/type a=1
 expect 0 "" "" set $resolver 'servers=["10.0.0.1"]' timeout=9 lease.server=10.0.0.7
 expect 0 '={"lease":{"server":"10.0.0.7"},"servers":["10.0.0.1"],"timeout":9}' "" get $resolver
@@ -100,8 +98,7 @@ expect 0 "" "" set $resolver - <"$work/data"
 
 # refused data, and data that cannot be read, change nothing
 expect 4 "" "/timeout:" set $resolver 'servers=["10.0.0.3"]' timeout=99
-expect 4 "" '{"code":1089,"message":' --json set $resolver 'servers=["10.0.0.3"]' timeout=99
-expect 4 "" '"field":"/servers/0"' --json set $resolver 'servers=["nowhere"]'
+expect 4 "" '{"code":1089,"message":' --json set $resolver 'servers=["nowhere"]'
 expect 4 "" "nothing was written" set $values 'list=[]'
 while IFS='|' read -r data reason; do
   # shellcheck disable=SC2059
@@ -160,9 +157,7 @@ for check in --check ""; do
   expect 4 "" "stored objects no longer fit: --force installs all the same$resolver#/timeout:" schema install $check "$work/narrow.json"
 done
 expect 4 "" "\"field\":\"$resolver#/timeout\"" --json schema install "$work/narrow.json"
-expect 0 '"version":"1.0"' "" schema show $resolver
 expect 0 '"outcome":"upgraded"' "$resolver#/timeout:" schema install --force "$work/narrow.json"
-expect 0 '"version":"1.1"' "" schema show $resolver
 expect 0 '"outcome":"downgraded"' "" schema install --force "$types/network-resolver.json"
 
 # instances
