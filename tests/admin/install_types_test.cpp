@@ -11,14 +11,8 @@
 namespace TarnConfigStore {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
-using TestSupport::InstalledTypes;
-using TestSupport::Raised;
-using TestSupport::TypeFile;
-using TestSupport::TypeFolder;
+using namespace ::testing;
+using namespace TestSupport;
 
 constexpr const char* kObject = R"({"type":"object"})";
 constexpr const char* kEmpty = R"({"instance":"","value":{}})";
@@ -26,7 +20,7 @@ constexpr const char* kMixed = R"({"type":"object","properties":{
     "id":{"type":"string","instanceId":true},"a":{"type":"integer"},"v":{"vital":true},
     "c":{"cached":true}}})";
 
-class InstallTypes : public TestSupport::HostFixture {
+class InstallTypes : public HostFixture {
  protected:
   std::string Defaults() {
     return database_.Lines(
@@ -180,16 +174,6 @@ TEST_F(InstallTypes, PathThatCannotBeReadIsAnArgumentError) {
        {folder_.Path() + "/none.json", folder_.Path(), std::string("/dev/zero")}) {
     EXPECT_THAT(Raised([&] { CheckTypes({path}); }), StartsWith("IAE 1081 ")) << path;
   }
-}
-
-TEST(CheckTypes, NeedsNoStoreAndInstallingDoes) {
-  const TestSupport::TemporaryHost host(TestSupport::TemporaryHost::Content::NOTHING);
-  const TypeFolder folder(host);
-  folder.Write("a.json", TypeFile("a", "1"));
-  EXPECT_THAT(TypeFolder::Lines(CheckTypes({folder.Path()})), ElementsAre("a.json valid"));
-  EXPECT_THAT(Raised([&] { folder.Install(); }),
-              StartsWith("CSE 2000 The schema store cannot be opened"));
-  EXPECT_EQ(GetLastStoreError().kind, StoreErrorKind::MISSING);
 }
 
 using InstalledTypesTest = InstallTypes;

@@ -11,19 +11,14 @@
 namespace TarnConfigStore {
 namespace {
 
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
-using TestSupport::Raised;
-using TestSupport::TypeFile;
+using namespace ::testing;
+using namespace TestSupport;
 
 constexpr const char* kVital = R"(,"vital":true)";
 constexpr const char* kCached = R"(,"cached":true)";
 constexpr const char* kOutcomes[] = {"renewed", "divided", "partly", "left", "unfit"};
 
-class StoredObjects : public TestSupport::StoreFixture {
+class StoredObjects : public StoreFixture {
  protected:
   // A type with instances: "a" is the user's, "m", "c" and "v" have the tags that are given.
   static std::string Type(const char* version, const std::string& m, const std::string& c = "",
@@ -81,29 +76,8 @@ class StoredObjects : public TestSupport::StoreFixture {
     return lines;
   }
 
-  TestSupport::TypeFolder folder_{host_};
+  TypeFolder folder_{host_};
 };
-
-TEST_F(StoredObjects, LaterWritesReachMembersThatMoved) {
-  int version = 0;
-  for (const std::string before : {"", kVital, kCached}) {
-    for (const std::string after : {"", kVital, kCached}) {
-      Install(Type(std::to_string(++version).c_str(), before));
-      store_->Set(Object(Id("i"), R"({"name":"i","a":1,"m":5})"), EXTERNAL);
-      const int revision = store_->GetRevision(Id("i"));
-      const TypeReport report = Install(Type(std::to_string(++version).c_str(), after));
-      EXPECT_EQ(report.divided.size(), before == after ? 0U : 1U) << version;
-      EXPECT_EQ(store_->GetRevision(Id("i")), revision);
-      EXPECT_EQ(*store_->Get(Id("i"))->GetPath("/m"), "5");
-      const ObjectHandle later = Object(Id("i"), R"({"name":"i","m":6})");
-      after == kVital    ? store_->SetVitalData(later)
-      : after == kCached ? store_->SetCachedData(later)
-                         : store_->SetUserData(later, EXTERNAL);
-      EXPECT_EQ(*store_->Get(Id("i"))->GetPath("/m"), "6")
-          << before << " -> " << after << database_.Rows();
-    }
-  }
-}
 
 TEST_F(StoredObjects, RowsAreDividedAgainAsFarAsAllReadersAgree) {
   Install(Type("1", "", kCached, kVital));
@@ -141,8 +115,8 @@ right 1 u={"right","a":1} d={"right","a":2} a={"right","a":3}
 twice 2 u={"twice","a":1} v={"twice","m":1}
 unconf 1 u={"unconf","m":1}
 unconf-same 2 v={"unconf-same","m":1})");
-  EXPECT_EQ(database_.Run("SELECT DISTINCT CreationTime, Revision FROM Config WHERE Name = 't'"),
-            std::vector<std::string>{"2020-01-01 7"});
+  EXPECT_EQ(database_.Lines("SELECT DISTINCT CreationTime, Revision FROM Config WHERE Name = 't'"),
+            "2020-01-01 7");
 }
 
 // Without their ids the two parts of an element would read as two elements.
@@ -237,8 +211,8 @@ TEST_F(StoredObjects, UpgradeBringsRowsUpToDateThatFit) {
 b 2.0 v={"b","m":1}
 c 1 u={"c","a":10}
 d 1 u={"d","m":1} d={"d","a":1})");
-  EXPECT_EQ(database_.Run("SELECT DISTINCT CreationTime, Revision FROM Config WHERE Name = 't'"),
-            std::vector<std::string>{"2020-01-01 7"});
+  EXPECT_EQ(database_.Lines("SELECT DISTINCT CreationTime, Revision FROM Config WHERE Name = 't'"),
+            "2020-01-01 7");
   EXPECT_THAT(Lines(UpgradeRows("", "", "", false)), ElementsAre("c 1 unfit /a", "d 1 left"));
   EXPECT_THAT(Raised([] { UpgradeRows("tarn", "test", "gone", false); }), StartsWith("CSE 1037 "));
 }

@@ -1,6 +1,7 @@
 #include "notify/uds_client.h"
 
 #include "notify/listener.h"
+#include "support/raised.h"
 #include "support/temporary_host.h"
 
 #include <gmock/gmock.h>
@@ -15,25 +16,17 @@ namespace TarnConfigStore {
 namespace {
 
 using TestSupport::Listener;
+using TestSupport::Raised;
 
 class UdsClientTest : public testing::Test {
  protected:
   UdsClientTest() { std::filesystem::current_path(host_.Root()); }
-  template <class Call>
-  static std::string Failure(Call call) {
-    try {
-      call();
-    } catch (const std::runtime_error& error) {
-      return error.what();
-    }
-    return "none";
-  }
   static std::string ConnectTo(const std::string& endpoint) {
     UdsClient client(endpoint);
-    return Failure([&] { client.Connect(); });
+    return Raised([&] { client.Connect(); });
   }
   static std::string SendTo(UdsClient& client, const std::string& text) {
-    return Failure([&] { client.Send(text); });
+    return Raised([&] { client.Send(text); });
   }
 
   TestSupport::TemporaryHost host_{TestSupport::TemporaryHost::Content::NOTHING};
@@ -42,11 +35,12 @@ class UdsClientTest : public testing::Test {
 TEST_F(UdsClientTest, ConnectsToPathNamesOfUpTo107BytesAndToNothingElse) {
   const std::string longest(107, 'n');
   const Listener listener(longest);
-  EXPECT_EQ(ConnectTo(longest), "none");
-  EXPECT_EQ(ConnectTo(longest + "n"), "Endpoint address too long.");
-  EXPECT_EQ(ConnectTo("absent"), "Failed to connect socket: No such file or directory");
-  EXPECT_EQ(ConnectTo(""), "Failed to connect socket: Invalid argument");
-  EXPECT_EQ(ConnectTo(std::string("\0abstract", 9)), "Failed to connect socket: Invalid argument");
+  EXPECT_EQ(ConnectTo(longest), "nothing");
+  EXPECT_EQ(ConnectTo(longest + "n"), "std Endpoint address too long.");
+  EXPECT_EQ(ConnectTo("absent"), "std Failed to connect socket: No such file or directory");
+  EXPECT_EQ(ConnectTo(""), "std Failed to connect socket: Invalid argument");
+  EXPECT_EQ(ConnectTo(std::string("\0abstract", 9)),
+            "std Failed to connect socket: Invalid argument");
 }
 
 TEST_F(UdsClientTest, IsConnectedOnceUntilItDisconnects) {
@@ -54,7 +48,7 @@ TEST_F(UdsClientTest, IsConnectedOnceUntilItDisconnects) {
   const int next = ::dup(0);  // the number that the socket will have
   ::close(next);
   UdsClient client("socket");
-  EXPECT_EQ(SendTo(client, "x"), "Not connected to an endpoint.");
+  EXPECT_EQ(SendTo(client, "x"), "std Not connected to an endpoint.");
   client.Connect();
   client.Connect();
   EXPECT_EQ(::fcntl(next, F_GETFD), FD_CLOEXEC);
@@ -74,12 +68,12 @@ TEST_F(UdsClientTest, IsConnectedOnceUntilItDisconnects) {
 TEST_F(UdsClientTest, SaysWhatBecameOfAMessageThatThePeerDoesNotTake) {
   const std::string big(1 << 20, 'x');
   const auto partly =
-      testing::MatchesRegex("Partial write: [1-9][0-9]+B written, expected 1048576B\\.");
+      testing::MatchesRegex("std Partial write: [1-9][0-9]+B written, expected 1048576B\\.");
   const Listener listener("socket");
   UdsClient first("socket");
   first.Connect();
   ::close(listener.Accept());
-  EXPECT_EQ(SendTo(first, "x"), "Failed to send data: Broken pipe");
+  EXPECT_EQ(SendTo(first, "x"), "std Failed to send data: Broken pipe");
 
   UdsClient second("socket");
   second.Connect();
@@ -94,7 +88,7 @@ TEST_F(UdsClientTest, SaysWhatBecameOfAMessageThatThePeerDoesNotTake) {
   UdsClient third("socket");
   third.Connect();
   EXPECT_THAT(SendTo(third, big), partly);
-  EXPECT_EQ(SendTo(third, "x"), "Failed to send data: Resource temporarily unavailable");
+  EXPECT_EQ(SendTo(third, "x"), "std Failed to send data: Resource temporarily unavailable");
 }
 
 TEST_F(UdsClientTest, GivesUpOnAFullBacklogWhateverSignalsCome) {
@@ -107,7 +101,7 @@ TEST_F(UdsClientTest, GivesUpOnAFullBacklogWhateverSignalsCome) {
   const itimerval often{{0, 30000}, {0, 30000}};
   const itimerval never{};
   ::setitimer(ITIMER_REAL, &often, nullptr);
-  EXPECT_EQ(ConnectTo("socket"), "Failed to connect socket: Resource temporarily unavailable");
+  EXPECT_EQ(ConnectTo("socket"), "std Failed to connect socket: Resource temporarily unavailable");
   ::setitimer(ITIMER_REAL, &never, nullptr);
 }
 

@@ -27,11 +27,6 @@ class MergeAndDivision : public TestSupport::StoreFixture {
                     Layer(switch_, layers[3]), schema_->GetSchemaPlace());
     return merged ? Internal::Access::Of(*merged).GetSerializedData() : "none";
   }
-  std::string Parts(const char* json, USERDATA_CONTEXT context = EXTERNAL) const {
-    const ColumnValues values = DivideValue(Parsed(json), *schema_, context);
-    return "u=" + values.user.value_or("-") + " a=" + values.automatic.value_or("-") +
-           " v=" + values.vital.value_or("-") + " c=" + values.cached.value_or("-");
-  }
 
   std::shared_ptr<TarnSchemaStore::SchemaObject> schema_ = FindSchema(switch_);
 };
@@ -72,21 +67,6 @@ TEST_F(MergeAndDivision, InstancesMergeByIdAndPlainListsAreReplaced) {
       << "a number is no id";
   EXPECT_EQ(merged(R"({"a":1,"b":{"c":1}})", R"({"a":null,"b":7,"d":null})"), R"({"a":1,"b":7})")
       << "nulls add nothing, other kinds replace";
-}
-
-TEST_F(MergeAndDivision, DividesByTagsAtAnyDepth) {
-  EXPECT_EQ(
-      Parts(R"({"name":"s","mtu":9,"serial":"x","state":{"up":true}})"),
-      R"(u={"name":"s","mtu":9} a=- v={"name":"s","serial":"x"} c={"name":"s","state":{"up":true}})");
-  EXPECT_EQ(Parts(R"({"name":"s","mtu":9,"serial":"x"})", AUTO_CONFIG),
-            R"(u=- a={"name":"s","mtu":9} v={"name":"s","serial":"x"} c=-)");
-  EXPECT_EQ(Parts(R"({"name":"s","ports":[{"id":"a","vlan":1},{"id":"b","speed":2}]})"),
-            R"(u={"name":"s","ports":[{"id":"a","vlan":1},{"id":"b"}]} a=- v=- )"
-            R"(c={"name":"s","ports":[{"id":"a"},{"id":"b","speed":2}]})");
-  EXPECT_EQ(Parts(R"({"name":"s"})"), R"(u={"name":"s"} a=- v=- c=-)");
-  EXPECT_EQ(Parts(R"({"name":"s","state":{"up":true}})"),
-            R"(u=- a=- v=- c={"name":"s","state":{"up":true}})");
-  EXPECT_EQ(Parts(R"({"name":"s","ports":[]})"), R"(u={"name":"s","ports":[]} a=- v=- c=-)");
 }
 
 TEST_F(MergeAndDivision, MergingThePartsGivesBackTheObjectAndValidationKnowsEachPart) {

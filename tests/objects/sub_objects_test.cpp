@@ -2,6 +2,7 @@
 #include "objects/config_store_object_impl.h"
 #include "objects/document.h"
 #include "objects/filter.h"
+#include "support/random_objects.h"
 #include "support/store_fixture.h"
 
 namespace TarnConfigStore {
@@ -199,6 +200,18 @@ TEST_F(SubObjectsTest, PathsLeadIntoTheData) {
   EXPECT_EQ(at("/a~1b/~0/0") + at("/"), R"(1"empty")");
   EXPECT_EQ(at("/a") + at("/a~1b/~0/2"), "nothingnothing");
   EXPECT_EQ(Raised([&] { at("/a~2"); }), "IAE 2000 Not a JSON Pointer: /a~2");
+}
+
+TEST(Filters, KeepWhatTheirConditionsAreASubsetOf) {
+  const std::string data = R"({"n":1,"tags":["a","b"],"o":{"x":1,"y":2},"l":[{"x":1,"y":2}]})";
+  for (const char* part : {"{}", R"({"n":1})", R"({"tags":["b","a"]})", R"({"tags":[]})",
+                           R"({"o":{"x":1}})", R"({"l":[{"y":2}]})"}) {
+    EXPECT_TRUE(IsSubset(TestSupport::Parsed(part), TestSupport::Parsed(data))) << part;
+  }
+  for (const char* other : {R"({"n":2})", R"({"n":"1"})", R"({"m":null})", R"({"tags":["a","c"]})",
+                            R"({"tags":"a"})", R"({"o":{"x":1,"y":3}})", R"({"l":[{"z":2}]})"}) {
+    EXPECT_FALSE(IsSubset(TestSupport::Parsed(other), TestSupport::Parsed(data))) << other;
+  }
 }
 
 TEST_F(SubObjectsTest, FiltersHaveConditionsOnSubObjects) {

@@ -31,6 +31,7 @@ class ChildProcess {
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
 
+  pid_t Id() const { return process_; }
   /// The exit status, or 1000 and the signal that ended it.
   int Wait() {
     int status = 0;

@@ -49,19 +49,17 @@ class Database {
 
   /// Every row of Config: "component/group/name/identifier u={..} d=- a=- v=- c=- ok=1 rev=2".
   std::string Rows() {
-    return Lines(
-        "SELECT Component || '/' || ConfigGroup || '/' || Name || '/' || Identifier, 'u=' || "
-        "ifnull(UserValue, '-'), 'd=' || ifnull(DesiredValue, '-'), 'a=' || "
-        "ifnull(AutoConfValue, '-'), 'v=' || ifnull(VitalValue, '-'), 'c=' || "
-        "ifnull(CachedValue, '-'), 'ok=' || Success, 'rev=' || Revision FROM Config");
+    return Lines(R"(SELECT Component || '/' || ConfigGroup || '/' || Name || '/' || Identifier,
+        'u=' || ifnull(UserValue, '-'), 'd=' || ifnull(DesiredValue, '-'),
+        'a=' || ifnull(AutoConfValue, '-'), 'v=' || ifnull(VitalValue, '-'),
+        'c=' || ifnull(CachedValue, '-'), 'ok=' || Success, 'rev=' || Revision FROM Config)");
   }
 
   /// Every staged change: "component/group/name/identifier SET u={..} v=- c=- 1.0".
   std::string Staged() {
-    return Lines(
-        "SELECT Component || '/' || ConfigGroup || '/' || Name || '/' || Identifier, BootAction, "
-        "'u=' || ifnull(Value, '-'), 'v=' || ifnull(VitalValue, '-'), 'c=' || "
-        "ifnull(CachedValue, '-'), Version FROM DesiredUserConfig");
+    return Lines(R"(SELECT Component || '/' || ConfigGroup || '/' || Name || '/' || Identifier,
+        BootAction, 'u=' || ifnull(Value, '-'), 'v=' || ifnull(VitalValue, '-'),
+        'c=' || ifnull(CachedValue, '-'), Version FROM DesiredUserConfig)");
   }
 
   /// The result of a statement, a line for each row.

@@ -23,8 +23,7 @@ expect 0 "" "" next-boot set $drivers/a depth=16 serial=A link.speed=10
 expect 0 "=8" "" get $drivers/a depth
 expect 0 "=16" "" next-boot get $drivers/a depth
 expect 3 "" 'no member "queues"' next-boot get $drivers/a queues
-printf '{"serial":"C"}' >"$work/data"
-expect 0 "" "" next-boot set $drivers/c "$work/data"
+expect 0 "" "" next-boot set $drivers/c serial=C
 expect 0 "=4" "" next-boot get $drivers/c depth
 expect 0 "" "" next-boot set $drivers/b - <<<'{"depth":16}'
 expect 0 '"name":"c"' "" next-boot get $drivers --all-instances
@@ -46,31 +45,22 @@ refused 3 "no object $drivers/a is staged" next-boot get $drivers/a
 expect 0 "=false" "" next-boot get $options hyperthreading
 
 # --- what is refused leaves no trace
-refused 4 '{"code":1089,' --json next-boot set $drivers/a - <<<'{"depth":65,"other":1}'
-refused 4 '"depth" takes integer' next-boot set $drivers/a depth=deep
+refused 4 '{"code":1089,' --json next-boot set $drivers/a depth=65
 refused 4 "Empty object cannot be set" next-boot set $options 'passthroughDevices=[]'
-refused 1 "No such file" next-boot set $drivers/a "$work/absent"
 for verb in get delete reset; do
   refused 3 "grp no key type" next-boot $verb tarn/no/type
   refused 4 "tagged @rebootRequiredConfigStore" next-boot $verb $resolver
-done
-for verb in get delete; do
-  refused 4 "non-singleton expected" next-boot $verb $options --all-instances
-  refused 4 "/other:" next-boot $verb $drivers --where other=1
 done
 refused 3 "no object $drivers/z is stored or staged" next-boot delete $drivers/z
 refused 3 "no instance of $drivers meets these conditions" next-boot delete $drivers --where depth=1
 # closed CODE ERR STATUS: nothing can be staged now, and the status says why
 closed() {
   refused "$1" "$2" next-boot set $drivers/a depth=1
-  refused "$1" "$2" next-boot delete $drivers --all-instances
-  refused "$1" "$2" next-boot reset $options
   expect 0 "$3" "" boot status
 }
 "$tarnctl" kv set BOOT_MODE 1
 closed 1 "Tarn host is being remediated by ORC, cannot set next-boot configuration." '"bootMode":"1","upgradeContext":0,"canStage":false,"obstacle":"the host is being remediated"'
 refused 1 "Tarn host is being remediated" boot apply
-expect 0 '={"hyperthreading":false}' "" next-boot get $options
 expect 0 '={"hyperthreading":false}' "" kernel-options get
 "$tarnctl" kv set BOOT_MODE 4
 boots true
@@ -114,18 +104,14 @@ boots false
 
 # --- kernel options wait in their row until a boot is accepted or rejected
 refused 3 "no object $options is stored" kernel-options get
-refused 4 "/maximumCpus:" kernel-options set maximumCpus=0
 refused 4 "nothing was written" kernel-options set 'passthroughDevices=[]'
-refused 1 "No such file" kernel-options set "$work/absent"
 "$tarnctl" set $options maximumCpus=2
 expect 0 "" "" kernel-options set maximumCpus=4 console.port=com1
 expect 0 "=4" "" kernel-options get maximumCpus
 expect 0 "=full" "" kernel-options get sideChannelMitigation
-expect 3 "" 'no member "secureBoot"' kernel-options get secureBoot
 expect 0 "=2" "" get $options maximumCpus
 expect 0 '"waiting":[{"object":"tarn/tkernel/options","pending":true,"confirmed":true}]' "" boot status
 expect 0 "" "=tarnctl:1 pending value dropped" boot reject $options
-expect 0 "=2" "" kernel-options get maximumCpus
 expect 0 "" "" kernel-options set - <<<'{"maximumCpus":8}'
 expect 0 "" "=tarnctl:1 object accepted" boot accept --all
 expect 0 "=8" "" get $options maximumCpus
@@ -134,18 +120,14 @@ refused 3 "no object tarn/no/type is stored" boot reject tarn/no/type
 
 # what an upgrade left to be confirmed waits for an acceptance, alone or with what else waits
 upgrades 2
-for object in $drivers/a $drivers/c; do
-  "$tarnctl" set "$object" --user depth=5
-done
+"$tarnctl" set $drivers/a --user depth=5
 upgrades 0
 "$tarnctl" kernel-options set maximumCpus=9
 waiting() { expect 0 "\"waiting\":[$1],\"rebootTypes\"" "" boot status; }
 pending='{"object":"tarn/tkernel/options","pending":true,"confirmed":true}'
 a='{"object":"test/tool/drivers/a","pending":false,"confirmed":false}'
-waiting "$pending,$a,${a/\/a/\/c}"
+waiting "$pending,$a"
 expect 0 "" "=tarnctl:1 pending value dropped" boot reject --all
-waiting "$a,${a/\/a/\/c}"
-expect 0 "" "=tarnctl:1 object accepted" boot accept $drivers/c
 waiting "$a"
 "$tarnctl" kernel-options set maximumCpus=9
 expect 0 "" "=tarnctl:2 objects accepted" boot accept --all

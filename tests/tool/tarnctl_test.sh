@@ -152,10 +152,7 @@ expect 1 "" "No such file" validate $resolver "$work/absent"
 # a narrower type names the stored objects that it no longer allows, and takes their place only by force
 sed 's/"1.0"/"1.1"/; s/"maximum": 60/"maximum": 6/' "$types/network-resolver.json" >"$work/narrow.json"
 expect 0 "" "" set $resolver 'servers=["10.0.0.2"]' timeout=9
-for check in --check ""; do
-  # shellcheck disable=SC2086
-  expect 4 "" "stored objects no longer fit: --force installs all the same$resolver#/timeout:" schema install $check "$work/narrow.json"
-done
+expect 4 "" "stored objects no longer fit: --force installs all the same$resolver#/timeout:" schema install --check "$work/narrow.json"
 expect 4 "" "\"field\":\"$resolver#/timeout\"" --json schema install "$work/narrow.json"
 expect 0 '"outcome":"upgraded"' "$resolver#/timeout:" schema install --force "$work/narrow.json"
 expect 0 '"outcome":"downgraded"' "" schema install --force "$types/network-resolver.json"
@@ -163,8 +160,6 @@ expect 0 '"outcome":"downgraded"' "" schema install --force "$types/network-reso
 # instances
 expect 0 "" "" set $switch ports=64 'portGroups=[{"name":"Guests","vlan":7}]'
 expect 0 '={"name":"edge/0","ports":64,"portGroups":[{"name":"Guests","vlan":7}]}' "" get $switch
-expect 0 "" "" set $switch - <<<'{"ports": 32}'
-expect 0 '"name":"edge/0"' "" get $switch
 expect 4 "" "/name: expected \"edge/0\"" set $switch name=other ports=8
 expect 0 "" "" set $switch - <<<'{"name":null,"ports":32}'
 expect 0 "=32" "" get $switch ports

@@ -1,7 +1,7 @@
 #include "notify/listener.h"
 #include "notify/notification_message.h"
 #include "notify/uds_client.h"
-#include "support/temporary_host.h"
+#include "support/child_process.h"
 #include "support/test_types.h"
 
 #include <gmock/gmock.h>
@@ -10,7 +10,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
-#include <sys/wait.h>
+#include <memory>
 
 namespace {
 
@@ -25,33 +25,27 @@ constexpr const char* kSocket = "kslLocalSocketKeeldNotifyWisp";
 class WatchTest : public testing::Test {
  protected:
   WatchTest() { fs::current_path(host_.Root()); }
-  static pid_t Start(std::vector<const char*> arguments, int output = -1) {
+  using Process = std::unique_ptr<TestSupport::ChildProcess>;
+  static Process Start(std::vector<const char*> arguments, int output = -1) {
     arguments.insert(arguments.begin(), "tarnctl");
     arguments.push_back(nullptr);
-    const pid_t process = fork();
-    if (process == 0) {
+    return std::make_unique<TestSupport::ChildProcess>([&arguments, output] {
       ::dup2(output >= 0 ? output : ::creat("out", 0600), 1);
       ::dup2(::creat("err", 0600), 2);
-      ::execv(TARNCTL, const_cast<char* const*>(arguments.data()));
-      _exit(127);
-    }
-    return process;
+      return ::execv(TARNCTL, const_cast<char* const*>(arguments.data()));
+    });
   }
-  static int Wait(pid_t process) {
-    int status = -1;
-    ::waitpid(process, &status, 0);
-    return status % 256 == 0 ? status / 256 : -1;
-  }
-  static int Run(const std::vector<const char*>& arguments) { return Wait(Start(arguments)); }
-  static pid_t StartWatch(const std::vector<const char*>& arguments = {"watch"}, int output = -1) {
+  static int Run(const std::vector<const char*>& arguments) { return Start(arguments)->Wait(); }
+  static Process StartWatch(const std::vector<const char*>& arguments = {"watch"},
+                            int output = -1) {
     fs::remove("err");
-    const pid_t process = Start(arguments, output);
+    Process process = Start(arguments, output);
     AwaitLine("err", 0);
     return process;
   }
-  static int Stop(pid_t process, int signal = SIGTERM) {
-    ::kill(process, signal);
-    return Wait(process);
+  static int Stop(const Process& process, int signal = SIGTERM) {
+    ::kill(process->Id(), signal);
+    return process->Wait();
   }
   // A line of a file, counted from 0, once it is there as a whole.
   static std::string AwaitLine(const char* path, int number) {
@@ -88,14 +82,15 @@ TEST_F(WatchTest, ShowsWhatSetAnnouncesUntilItIsStopped) {
   ASSERT_EQ(Run({"schema", "install", "type.json"}), 0);
   ASSERT_EQ(Run({"kv", "set", "NOTIFY_KEELD", "true"}), 0);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    const pid_t watch = StartWatch();
+    const Process watch = StartWatch();
     EXPECT_EQ(fs::status(kSocket).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-    const pid_t set = Start({"set", "tarn/test/plain", "name=x"}, 0);
-    EXPECT_EQ(Wait(set), 0);
+    const Process set = Start({"set", "tarn/test/plain", "name=x"}, 0);
+    const std::string sender = std::to_string(set->Id());
+    EXPECT_EQ(set->Wait(), 0);
     EXPECT_THAT(AwaitLine("out", 0),
                 testing::MatchesRegex(R"(\{"time":"20..-..-..T..:..:..\....Z",)"
                                       R"("object":"tarn.test.plain","pid":)" +
-                                      std::to_string(set) + "}"));
+                                      sender + "}"));
     EXPECT_EQ(Stop(watch, signal), 0);
     EXPECT_FALSE(fs::exists(kSocket));
   }
@@ -130,7 +125,7 @@ TEST_F(WatchTest, SurvivesBrokenPartialAndSlowSenders) {
       {changed("\"a.b.c\"", "5"), "no list of texts"},
       {changed("7", "4294967296"), "no process id"},
   };
-  const pid_t watch = StartWatch();
+  const Process watch = StartWatch();
   int line = 0;
   for (const auto& [message, reason] : bad) {
     Send(message);
@@ -166,7 +161,7 @@ TEST_F(WatchTest, TakesTheSocketFromNobodyAndLeavesOnlyItsOwn) {
     EXPECT_THAT(AwaitLine("err", 0), HasSubstr("\"another program listens on ksl"));
     EXPECT_TRUE(fs::is_socket(kSocket));
   }
-  const pid_t watch = StartWatch();  // in the place of what that one left
+  const Process watch = StartWatch();  // in the place of what that one left
   Send(MakeNotificationMessage("x", 1));
   EXPECT_EQ(AwaitObject(0), R"("x","pid":1})");
   const TestSupport::Listener successor(kSocket);
@@ -177,10 +172,10 @@ TEST_F(WatchTest, TakesTheSocketFromNobodyAndLeavesOnlyItsOwn) {
 }
 
 TEST_F(WatchTest, EndsWithItsCountOrItsReader) {
-  pid_t watch = StartWatch({"watch", "--count", "2"});
+  Process watch = StartWatch({"watch", "--count", "2"});
   Send(MakeNotificationMessage("x", 1) + MakeNotificationMessage("y", 1) +
        MakeNotificationMessage("z", 1));
-  EXPECT_EQ(Wait(watch), 0);
+  EXPECT_EQ(watch->Wait(), 0);
   EXPECT_EQ(AwaitObject(1), R"("y","pid":1})");
 
   int pipe[2];
@@ -188,7 +183,7 @@ TEST_F(WatchTest, EndsWithItsCountOrItsReader) {
   watch = StartWatch({"watch"}, pipe[1]);
   ::close(pipe[1]);
   ::close(pipe[0]);
-  EXPECT_EQ(Wait(watch), 0);
+  EXPECT_EQ(watch->Wait(), 0);
   EXPECT_FALSE(fs::exists(kSocket));
   EXPECT_EQ(fs::file_size("err"), AwaitLine("err", 0).size() + 1) << "it complained";
 }
