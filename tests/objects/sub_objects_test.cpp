@@ -202,7 +202,7 @@ TEST_F(SubObjectsTest, PathsLeadIntoTheData) {
   EXPECT_EQ(Raised([&] { at("/a~2"); }), "IAE 2000 Not a JSON Pointer: /a~2");
 }
 
-TEST(Filters, KeepWhatTheirConditionsAreASubsetOf) {
+TEST_F(SubObjectsTest, FiltersKeepTheInstanceAndWhatTheirConditionsAreASubsetOf) {
   const std::string data = R"({"n":1,"tags":["a","b"],"o":{"x":1,"y":2},"l":[{"x":1,"y":2}]})";
   for (const char* part : {"{}", R"({"n":1})", R"({"tags":["b","a"]})", R"({"tags":[]})",
                            R"({"o":{"x":1}})", R"({"l":[{"y":2}]})"}) {
@@ -212,6 +212,8 @@ TEST(Filters, KeepWhatTheirConditionsAreASubsetOf) {
                             R"({"tags":"a"})", R"({"o":{"x":1,"y":3}})", R"({"l":[{"z":2}]})"}) {
     EXPECT_FALSE(IsSubset(TestSupport::Parsed(other), TestSupport::Parsed(data))) << other;
   }
+  const Objects switches = List(SwitchObject("s1"), SwitchObject("s2"));
+  EXPECT_EQ(Data(FilterConfigStoreObjects(switches, Filter(Switch("s2")))), R"(s2{"name":"s2"} )");
 }
 
 TEST_F(SubObjectsTest, FiltersHaveConditionsOnSubObjects) {
