@@ -83,6 +83,9 @@ TEST(Process, IsJudgedByItsExitByteAlone) {
   EXPECT_FALSE(Shell("exit 3"));
   EXPECT_EQ(log.Count("0 [1104] The process ended with status 3."), 1);
   EXPECT_TRUE(Shell("kill -9 $$")) << "a signal leaves the exit byte 0";
+  const int inherited = dup2(0, 9);
+  EXPECT_TRUE(Shell("test -e /proc/self/fd/2 -a ! -e /proc/self/fd/9"));
+  close(inherited);
   const char* arguments[] = {"/no/such/program", nullptr};
   EXPECT_FALSE(ExecCommand(arguments));
   EXPECT_EQ(log.Count("0 [1102] The process could not be started: No such file or directory"), 1);

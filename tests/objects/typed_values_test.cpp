@@ -94,6 +94,9 @@ TEST_F(TypedValues, WritesOverwriteInPlaceOrAddAtTheEnd) {
   EXPECT_EQ(Raised([&] { object.SetValue("", 1); }), "IAE 2000 key cannot be empty");
   EXPECT_EQ(Raised([&] { object.SetValue("a", static_cast<const char*>(nullptr)); }),
             "IAE 2000 value cannot be null");
+  object.SetValue("b", "\xFF");
+  EXPECT_EQ(Raised([&] { object.StoreObject::GetData(); }).substr(0, 24),
+            "CSE 2000 The data holds ");
 }
 
 TEST_F(TypedValues, ListsAreOfOneKindByTheirFirstElement) {
@@ -104,6 +107,10 @@ TEST_F(TypedValues, ListsAreOfOneKindByTheirFirstElement) {
       {[](auto& o) { o.AppendValue("s", std::string("z")); }, R"("s":["x","y","z"])"},
       {[](auto& o) { o.AppendValue("d", 2.0); }, R"("d":[1.5,2.0])"},
       {[](auto& o) { o.AppendValue("b", false); }, R"("b":[true,false])"},
+      {[](auto& o) { o.AppendValue("s", static_cast<const char*>(nullptr)); },
+       "IAE 2000 value cannot be null"},
+      {[](auto& o) { o.RemoveValue("s", static_cast<const char*>(nullptr)); },
+       "IAE 2000 value cannot be null"},
       {[](auto& o) { o.AppendValue("s", 1); }, "ITE 2000 Invalid type specified for: s"},
       {[](auto& o) { o.AppendValue("i", 1.0); }, "ITE 2000 Invalid type specified for: i"},
       {[](auto& o) { o.AppendValue("n", 1); }, "ITE 2000 Invalid type specified for: n"},

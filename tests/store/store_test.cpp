@@ -129,6 +129,20 @@ TEST_F(Store, RefusedWritesChangeNothing) {
   ExpectOfEach(SwitchObject("s1", R"("other":1)"), [](auto& each) { return "VE " + each.code; });
   EXPECT_EQ(Raised([&] { Set(plain_, "[]"); }),
             "VE 1089 The object to be set does not fit its type. | /");
+  EXPECT_EQ(Raised([&] { store_->Update(Object(plain_, "[1]"), EXTERNAL); }),
+            "VE 1090 The update does not fit its type. | /");
+  const auto unfit = SwitchObject("s9", R"("mtu":"x")");
+  EXPECT_THAT(Refused([&] {
+                store_->SetInstances({SwitchObject("s8"), unfit}, EXTERNAL);
+              }),
+              HasSubstr(R"((instance "s9"))"));
+  SetUpgradeContext("no number");
+  const std::string untold = "CSE 2000 Upgrade context ";
+  ExpectRaised({{untold, [&] { store_->Get(switch_); }},
+                {untold, [&] { store_->GetInstances(Filter(Switch(""))); }},
+                {untold, [&] { store_->SetUserData(SwitchObject("s1", mtu_), EXTERNAL); }},
+                {untold, [&] { store_->Update(SwitchObject("s1", mtu_), EXTERNAL); }},
+                {untold, [&] { store_->GetNextBootStore(); }}});
   EXPECT_EQ(database_.Rows(), before);
 }
 
@@ -205,6 +219,7 @@ TEST_F(Store, AnnouncesEachChangeOnce) {
   }
   const auto conditions = Filter(Switch(""), R"({"serial":"x"})");
   EXPECT_EQ(stepsOf([&] { store_->DeleteInstances(conditions); }), "written committed told ");
+  EXPECT_EQ(stepsOf([&] { store_->DeleteInstances(conditions); }), "committed told ");
   EXPECT_EQ(stepsOf([&] { store_->DeleteInstances(Filter(switch_)); }), "written ")
       << "without conditions it announces nothing";
   EXPECT_EQ(stepsOf([&] { store_->Delete(switch_); }), "written told ");

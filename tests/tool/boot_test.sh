@@ -135,6 +135,23 @@ waiting ""
 expect 0 "=9" "" get $options maximumCpus
 expect 0 "" "=tarnctl:0 objects accepted" boot accept $drivers
 
+# --- a part of what waits, and of the types that a SmartNIC shares
+refused 3 "nothing of $options waits to be accepted" boot desired $options
+"$tarnctl" kernel-options set maximumCpus=4 console.port=com1
+expect 0 '={"maximumCpus":4}' "" boot desired $options
+expect 0 '={"console":{"port":"com1"},"maximumCpus":4}' "" boot desired $options --all-parts
+refused 1 "is not part of desired config" boot accept $options --part maximumCpus=5
+refused 2 "--part is of one OBJECT" boot accept --all --part maximumCpus=4
+refused 4 "nothing was accepted" boot accept $options --part - <<<'{}'
+expect 0 "" "" boot accept $options --part maximumCpus=4
+expect 0 "=4" "" get $options maximumCpus
+expect 3 "" "?" boot desired $options
+expect 0 '={"a":3,"c":1}' "" revision $drivers --all-instances
+expect 4 "" "?" revision $options --all-instances
+"$tarnctl" kernel-options set maximumCpus=5
+expect 0 "" "" boot accept --shared
+expect 0 '"waiting":[{' "" boot status
+
 # --- the kind of the boot: nonsense is told, and the rest of the status with it
 while IFS='|' read -r entry code kind told; do
   "$tarnctl" kv set BOOT_INFO "$entry"
