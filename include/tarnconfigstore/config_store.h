@@ -35,6 +35,8 @@ namespace TarnConfigStore {
 /// - A failure of the database throws ConfigStoreException 2000 with a message that says what
 ///   failed. GetLastStoreError (diagnostics.h) returns what the database said. A schema store that
 ///   cannot be read throws the same.
+/// - A store whose file is not at its path any more fails as one that is missing; one that was opened
+///   under another host root fails, too. Writes ask each time, reads every few milliseconds.
 /// - A stored value that is no JSON throws InvalidArgumentException 1080; the log names the row.
 /// - A write joins the transaction that is open on this store, if there is one. Else it is durable
 ///   when the call returns. A write that throws has written nothing.
@@ -42,16 +44,19 @@ namespace TarnConfigStore {
 /// What holds for every write of objects, unless the function says otherwise:
 /// - The data is cleaned, and then checked against the type. Cleaning removes empty objects and
 ///   empty lists that are neither vital nor cached, and an instance id that nothing else is left
-///   beside. Cleaning, and the ids that the store generates for elements of lists, change the
-///   caller's object, also where the call throws later.
+///   beside. Where the data of an instance lack its id, it is written into them. Cleaning, that id,
+///   and the ids that the store generates for elements of lists change the caller's object, also
+///   where the call throws later.
 /// - An object without data is logged, and not written.
 /// - A change of a type on the host's allowlist is announced to the management daemon, while the
 ///   key/value entry "NOTIFY_KEELD" is "true": before the write by SetUserData, after it by all
 ///   others, and inside a transaction before its commit. DeleteInstances announces nothing for a
 ///   filter without conditions. A failure of the announcement is logged, and never reported.
 ///
-/// Thread-safe, but a transaction belongs to the store: threads that use the same store share it.
-/// Threads that want transactions of their own get a store each.
+/// Thread-safe: each operation is one unit, and other threads' operations on the store come before
+/// or after it. But what one thread begins with BeginTransaction belongs to the store: until its
+/// end, whatever any thread writes through the store is part of it, and is undone with it. Threads
+/// that want transactions of their own get a store each.
 ///
 /// The order of the virtual operations is part of the interface.
 class TARN_CONFIG_STORE_EXPORT ConfigStore {
