@@ -37,8 +37,13 @@ double Perform(ChildTask task, const std::string& root) {
     case ChildTask::HELD_INSTANCES_FLOOR:
       return MeasureInstancesOfFloor(root);
     case ChildTask::DAEMON_THAT_READS:
+      ServeAsDaemon(Daemon::Manner::READS);
     case ChildTask::DAEMON_THAT_ACCEPTS:
-      ServeAsDaemon(task == ChildTask::DAEMON_THAT_READS);
+      ServeAsDaemon(Daemon::Manner::ACCEPTS_ONLY);
+    case ChildTask::DAEMON_THAT_HANGS:
+      ServeAsDaemon(Daemon::Manner::HANGS);
+    case ChildTask::WRITE_BESIDE_OTHERS:
+      return MeasureOneWrite();
     case ChildTask::CONTEND:
       Contend();
       return 0;

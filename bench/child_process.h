@@ -16,6 +16,8 @@ enum class ChildTask : int {
   HELD_INSTANCES_FLOOR,
   DAEMON_THAT_READS,    ///< serves until it is ended
   DAEMON_THAT_ACCEPTS,  ///< the same
+  DAEMON_THAT_HANGS,    ///< the same
+  WRITE_BESIDE_OTHERS,  ///< one write; in nanoseconds
   CONTEND,              ///< prints several figures
 };
 
@@ -44,5 +46,6 @@ double MeasureMemoryOfLibrary();
 double MeasureMemoryOfFloor(const std::string& root);
 double MeasureInstancesOfLibrary();
 double MeasureInstancesOfFloor(const std::string& root);
+double MeasureOneWrite();
 
 }  // namespace Benchmarks

@@ -2,6 +2,7 @@
 
 #include "tarnconfigstore/config_store.h"
 #include "tarnconfigstore/exceptions.h"
+#include "tarnconfigstore/key_values.h"
 
 #include "child_process.h"
 #include "measured_host.h"
@@ -75,6 +76,12 @@ void Contend() {
     all.Add(figures[static_cast<std::size_t>(i)]);
   }
   std::printf("%d %.3f %.3f %.3f\n", all.failed, all.total, all.longest, MillisecondsSince(start));
+}
+
+double MeasureOneWrite() {
+  const Clock::time_point start = Clock::now();
+  TarnConfigStore::SetKeyValue("WRITTEN_BESIDE", "others");
+  return MillisecondsSince(start) * 1e6;
 }
 
 bool MeasureContention(const std::string& root) {

@@ -39,13 +39,12 @@ void Report() {
   }
 }
 
-int Listen() {
-  constexpr int kBacklog = 128;
+int Listen(int backlog) {
   const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
   const sockaddr_un address = Address();
   unlink(kEndpoint);
   if (bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-      listen(listener, kBacklog) != 0) {
+      listen(listener, backlog) != 0) {
     std::_Exit(1);
   }
   return listener;
@@ -59,16 +58,20 @@ void ReadToTheEnd(int sender) {
 
 }  // namespace
 
-void ServeAsDaemon(bool reads) {
+void ServeAsDaemon(Daemon::Manner manner) {
+  constexpr int kBacklog = 128;
   AllowManyDescriptors();
-  const int listener = Listen();
+  const int listener = Listen(manner == Daemon::Manner::HANGS ? 0 : kBacklog);
   Report();
+  while (manner == Daemon::Manner::HANGS) {
+    pause();
+  }
   for (;;) {
     const int sender = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
     if (sender < 0) {
       continue;
     }
-    if (reads) {
+    if (manner == Daemon::Manner::READS) {
       ReadToTheEnd(sender);
       close(sender);
     } else {
@@ -78,9 +81,10 @@ void ServeAsDaemon(bool reads) {
 }
 
 Daemon::Daemon(Manner manner)
-    : child_(StartChild(
-          manner == Manner::READS ? ChildTask::DAEMON_THAT_READS : ChildTask::DAEMON_THAT_ACCEPTS,
-          {})) {
+    : child_(StartChild(manner == Manner::READS          ? ChildTask::DAEMON_THAT_READS
+                        : manner == Manner::ACCEPTS_ONLY ? ChildTask::DAEMON_THAT_ACCEPTS
+                                                         : ChildTask::DAEMON_THAT_HANGS,
+                        {})) {
   if (!ReadReports(1)) {
     throw std::runtime_error("the daemon does not listen");
   }

@@ -11,7 +11,7 @@ namespace Benchmarks {
 /// daemon is, until it is destroyed. Raises std::runtime_error when it cannot.
 class Daemon {
  public:
-  enum class Manner { READS, ACCEPTS_ONLY };
+  enum class Manner { READS, ACCEPTS_ONLY, HANGS };
 
   explicit Daemon(Manner manner);
   ~Daemon();
@@ -29,8 +29,9 @@ class Daemon {
 };
 
 /// What the process does: tells by a byte on standard output that it listens and, where it only
-/// accepts, by another one of each sender, whom it keeps waiting.
-[[noreturn]] void ServeAsDaemon(bool reads);
+/// accepts, by another one of each sender, whom it keeps waiting. One that hangs has room for one
+/// sender, and accepts nobody.
+[[noreturn]] void ServeAsDaemon(Daemon::Manner manner);
 
 /// Sends a message to the daemon with nothing in between: socket, connect, send, close. Raises
 /// std::runtime_error on any failure.
