@@ -29,7 +29,7 @@ bool Equal(const RowMapList& stored, const std::string& version,
                     });
 }
 
-[[noreturn]] void Fail(const ConfigStoreObjectId& type) {
+[[noreturn]] void FailToWriteDefault(const ConfigStoreObjectId& type) {
   ThrowFailure("Write default config failed for: " + type.toString());
 }
 
@@ -41,7 +41,7 @@ void Write(const ConfigStoreObjectId& type, const std::string& version, const De
            .Text(row.instanceId, type.key, type.group, type.component, version)
            .Nullable(row.values.user, row.values.vital, row.values.cached)
            .Execute()) {
-    Fail(type);
+    FailToWriteDefault(type);
   }
 }
 
@@ -58,7 +58,7 @@ void ReplaceDefaultRows(const ConfigStoreObjectId& type, const std::string& vers
   const DBStore::StatementHandle removal = TypeStatement::PrepareAndBind(
       connection, DELETE_DEFAULT_INSTANCES, type.key, type.group, type.component);
   if (DBStore::ExecuteStmt(connection, removal, nullptr, nullptr, DBStore::kWaitLimit) != 0) {
-    Fail(type);
+    FailToWriteDefault(type);
   }
   for (const DefaultRow& row : rows) {
     Write(type, version, row, connection);

@@ -37,7 +37,7 @@ ColumnValues Divide(const ObjectHandle& object, const TarnSchemaStore::SchemaObj
   return DivideObject(*object, schema, context == UPDATE_AUTOMATIC ? AUTO_CONFIG : EXTERNAL).values;
 }
 
-[[noreturn]] void Fail(const ConfigStoreObjectId& id) {
+[[noreturn]] void FailByContext(const ConfigStoreObjectId& id) {
   ThrowFailure("Database call to update configuration by context failed for: " + id.toString());
 }
 
@@ -58,7 +58,7 @@ void WriteLayersByContext(const ConfigStoreObjectId& id, const ColumnValues& lay
            .Text(id.instanceId, id.key, id.group, id.component, version)
            .Nullable(OwnLayer(layers, context), layers.vital, layers.cached)
            .Execute()) {
-    Fail(id);
+    FailByContext(id);
   }
 }
 
@@ -72,7 +72,7 @@ void UpdateByContextInternal(const ObjectHandle& object, const SchemaHandle& sch
            .Nullable(OwnLayer(layers, context), layers.vital, layers.cached)
            .Text(id.key, id.group, id.component, id.instanceId)
            .Execute()) {
-    Fail(id);
+    FailByContext(id);
   }
 }
 

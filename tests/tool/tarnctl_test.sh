@@ -285,10 +285,7 @@ for _ in {1..200}; do
   sleep 0.05
 done
 expect 7 "" "?" set $resolver 'servers=["10.0.0.9"]'
-expect 7 "" "?" kv set K V
-expect 7 "" "?" next-boot set tarn/tkernel/options maximumCpus=9
 expect 7 "" "?" boot apply
-expect 7 "" "?" kernel-options set maximumCpus=9
 expect 0 '"canStage":true' "" boot status
 expect 0 "=[\"10.0.0.2\"]" "" get $resolver servers
 exec 5>&-
