@@ -25,7 +25,7 @@ class StoreConnection::QueuedWrite {
     if (connection_.IsTransactionGone()) {
       return connection_.RefuseGone(action);
     }
-    if (connection_.depth_ > 0) {
+    if (connection_.depth_ > 0 || connection_.queued_) {
       return SQLITE_OK;
     }
     const int status = connection_.EnterQueue(limit, action);

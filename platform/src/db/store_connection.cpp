@@ -118,6 +118,9 @@ int StoreConnection::CheckReading(const Action& action) {
 }
 
 int StoreConnection::EnterQueue(int& limit, const Action& action) {
+  if (queued_) {
+    return SQLITE_OK;  // the receiver of a writing statement's rows writes, too
+  }
   if (file_.readOnly) {
     // SQLite would begin a transaction that can only read.
     return RefuseReadOnly(action);
@@ -131,12 +134,14 @@ int StoreConnection::EnterQueue(int& limit, const Action& action) {
   if (!internal::WriteQueue::Enter(place_, file_.identity, limit)) {
     return RefuseLocked(action);
   }
+  queued_ = true;
   LimitWaiting(limit);
   internal::LetOthersWrite();
   return SQLITE_OK;
 }
 
 void StoreConnection::LeaveQueue() noexcept {
+  queued_ = false;
   internal::NoteWritten();
   internal::WriteQueue::Leave(place_);
 }

@@ -118,6 +118,7 @@ class StoreConnection {
 
   internal::RecursiveLock lock_;
   internal::WriteQueue::Place place_;
+  bool queued_ = false;
   internal::StatementCache statements_;
   int waitLimit_ = kWaitLimit;
   int depth_ = 0;      // levels that were begun and neither committed nor cancelled

@@ -39,18 +39,26 @@ int StoreConnection::Begin() {
       return refused;
     }
   }
-  const int code = Run(depth_ > 0 ? kBeginLevel : kBegin, waitLimit_);
-  if (code == SQLITE_OK) {
-    ++depth_;
-    return SQLITE_OK;
+  const auto giveUp = [this] {
+    if (depth_ > 0) {
+      internal::WriteQueue::EndLevel(place_);
+    } else {
+      LeaveQueue();
+    }
+  };
+  int code = SQLITE_NOMEM;
+  try {
+    code = Run(depth_ > 0 ? kBeginLevel : kBegin, waitLimit_);
+  } catch (...) {
+    giveUp();
+    throw;
   }
-  const int status = Report(code, kAction);
-  if (depth_ > 0) {
-    internal::WriteQueue::EndLevel(place_);
-  } else {
-    LeaveQueue();
+  if (code != SQLITE_OK) {
+    giveUp();
+    return Report(code, kAction);
   }
-  return status;
+  ++depth_;
+  return SQLITE_OK;
 }
 
 int StoreConnection::Commit() {
