@@ -23,7 +23,6 @@ using TarnConfigStore::ConfigStoreException;
 using TarnConfigStore::ConfigStoreObjectId;
 using TarnConfigStore::StoredObject;
 using TarnConfigStore::UnappliedChange;
-using TarnConfigStore::ValidationException;
 
 // The entry that tells the host what its next boot is about.
 constexpr const char* kBootMode = "BOOT_MODE";
@@ -41,16 +40,21 @@ Json::Value EntryOrNull(const char* key, JsonMaker& make) {
   return value.empty() ? Json::Value() : make.Of(value);
 }
 
-Json::Value BootInfoOrNull(const Output& output) {
-  if (TarnConfigStore::GetKeyValue("BOOT_INFO").empty()) {  // a host that never said
-    return {};
-  }
+/// What cannot be told is reported, and null.
+Json::Value NumberOrNull(int (*ask)(), const Output& output) {
   try {
-    return JsonMaker::Of(TarnConfigStore::GetBootInfo());
+    return JsonMaker::Of(ask());
   } catch (const ConfigStoreException& error) {
     Report({ExitCode::DONE, error.GetErrorCode(), error.what(), {}}, output.AsJson());
     return {};
   }
+}
+
+Json::Value BootInfoOrNull(const Output& output) {
+  if (TarnConfigStore::GetKeyValue("BOOT_INFO").empty()) {  // a host that never said
+    return {};
+  }
+  return NumberOrNull(TarnConfigStore::GetBootInfo, output);
 }
 
 /// Why nothing can be staged now; null when something can.
@@ -61,7 +65,7 @@ Json::Value StagingObstacle(JsonMaker& make) {
   try {
     OpenStore()->GetNextBootStore();
     return {};
-  } catch (const ValidationException& error) {
+  } catch (const ConfigStoreException& error) {
     return make.Of(error.what());
   }
 }
@@ -85,18 +89,19 @@ Json::Value DescribeWaiting(JsonMaker& make) {
   });
 }
 
-// Boot information that makes no sense is reported, and keeps nobody from the rest.
+// What of it makes no sense is reported, and keeps nobody from the rest.
 void ShowStatus(const Given& /*given*/, const Output& output) {
   JsonMaker make;
   const bool booting = TarnConfigStore::IsBoot();
   Json::Value bootInfo = BootInfoOrNull(output);
   Json::Value obstacle = StagingObstacle(make);
   const bool canStage = obstacle.IsNull();
-  output.Print(make.Object(
-      "booting", booting, "bootInfo", std::move(bootInfo), "bootMode", EntryOrNull(kBootMode, make),
-      "upgradeContext", TarnConfigStore::GetUpgradeContext(), "canStage", canStage, "obstacle",
-      std::move(obstacle), "staged", DescribeStaged(ParsePrefixIfGiven(""), make), "waiting",
-      DescribeWaiting(make), "rebootTypes", ListRebootTypes(make)));
+  output.Print(make.Object("booting", booting, "bootInfo", std::move(bootInfo), "bootMode",
+                           EntryOrNull(kBootMode, make), "upgradeContext",
+                           NumberOrNull(TarnConfigStore::GetUpgradeContext, output), "canStage",
+                           canStage, "obstacle", std::move(obstacle), "staged",
+                           DescribeStaged(ParsePrefixIfGiven(""), make), "waiting",
+                           DescribeWaiting(make), "rebootTypes", ListRebootTypes(make)));
 }
 
 void ShowInfo(const Given& /*given*/, const Output& output) {
