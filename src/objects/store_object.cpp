@@ -12,7 +12,8 @@ bool StoreObject::CheckKey(const char* key) const {
   return implementation_->CheckKey(key);
 }
 
-// The typed family forwards overload by overload; a table keeps the two in step.
+// The typed family forwards overload by overload; a table keeps the two in step. The arguments are
+// types. NOLINTBEGIN(bugprone-macro-parentheses)
 #define TARN_READ(T)                                         \
   int StoreObject::GetValue(const char* key, T* out) const { \
     return implementation_->GetValue(key, out);              \
@@ -28,6 +29,7 @@ bool StoreObject::CheckKey(const char* key) const {
   void StoreObject::RemoveValue(const char* key, T value) { \
     implementation_->RemoveValue(key, value);               \
   }
+// NOLINTEND(bugprone-macro-parentheses)
 TARN_READ(std::string)
 TARN_READ(int)
 TARN_READ(long)

@@ -75,8 +75,9 @@ int Sleep(void* limit, int calls) {
 }  // namespace
 
 void WaitAtMost(sqlite3* database, int milliseconds) noexcept {
-  sqlite3_busy_handler(database, milliseconds > 0 ? Sleep : nullptr,
-                       reinterpret_cast<void*>(static_cast<std::intptr_t>(milliseconds)));
+  // The limit is all that the handler has to know. NOLINTNEXTLINE(performance-no-int-to-ptr)
+  void* const limit = reinterpret_cast<void*>(static_cast<std::intptr_t>(milliseconds));
+  sqlite3_busy_handler(database, milliseconds > 0 ? Sleep : nullptr, limit);
 }
 
 void LetOthersWrite() noexcept {
