@@ -6,6 +6,7 @@
 #include "objects/filter.h"
 #include "objects/merge.h"
 #include "persistence/binder.h"
+#include "persistence/boot_statements.h"
 #include "persistence/statements.h"
 
 #include <unordered_set>

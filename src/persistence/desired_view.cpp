@@ -1,7 +1,7 @@
 #include "persistence/desired_view.h"
 
+#include "persistence/boot_statements.h"
 #include "persistence/read_current.h"
-#include "persistence/statements.h"
 
 namespace TarnConfigStore {
 

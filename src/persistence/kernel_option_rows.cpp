@@ -5,6 +5,7 @@
 #include "objects/merge.h"
 #include "persistence/binder.h"
 #include "persistence/boot_flags.h"
+#include "persistence/boot_statements.h"
 #include "persistence/statements.h"
 
 namespace TarnConfigStore {

@@ -5,8 +5,8 @@
 #include "objects/filter.h"
 #include "persistence/binder.h"
 #include "persistence/boot_flags.h"
+#include "persistence/boot_statements.h"
 #include "persistence/read_current.h"
-#include "persistence/statements.h"
 
 #include <string>
 #include <string_view>

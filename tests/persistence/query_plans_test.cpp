@@ -1,3 +1,4 @@
+#include "persistence/boot_statements.h"
 #include "persistence/statements.h"
 #include "support/database.h"
 
