@@ -6,7 +6,6 @@
 nics=tarn/network/interfaces
 switches=tarn/network/switches
 resolver=tarn/network/resolver
-drivers=test/tool/drivers
 
 # row INSTANCE WANTED: the instance's row of network interfaces, rendered as one line
 row() {
@@ -36,7 +35,6 @@ row nic0 "u=$user a=$automatic $rest rev=4"
 
 refused 4 '{"code":1090,' --json update $nics/nic0 mtu=9 enabled=false
 refused 4 "nothing was written" update $nics/nic0 'addresses=[]'
-refused 3 "tarn" update tarn/no/type a=1
 expect 0 "" "" update $resolver 'servers=["10.0.0.1"]' timeout=9
 
 # --- set with a layer replaces that layer alone
@@ -49,24 +47,12 @@ row nic0 "u={\"device\":\"nic0\",\"mtu\":1500} a={\"device\":\"nic0\",\"enabled\
   v={\"device\":\"nic0\",\"macAddress\":\"${mac/01/02}\"} c={\"device\":\"nic0\",\"link\":{\"duplex\":\"full\"}} rev=8"
 expect 0 '"values":["user","automatic","vital","cached"]' "" list $nics
 refused 4 '{"code":1087,' --json set $nics/nic0 --user macAddress=$mac
-refused 4 '{"code":1086,' --json set $nics/nic0 --vital mtu=1500
-refused 4 '{"code":1084,' --json set $nics/nic0 --cached mtu=1500
 refused 4 "nothing was written" set test/tool/values --auto - <<<'{}'
 refused 2 "at most 1" set $nics/nic0 --vital --cached mtu=1500
 refused 2 "--user" update $nics/nic0 --user mtu=1500
 
-# --- elements that a name leads to keep their members in each part, whatever is written
-port() { echo "{\"id\":\"$1\",\"peer\":\"$2\",\"mac\":\"$3\",\"speed\":$4}"; }
-expect 0 "" "" set $drivers/d "ports=[$(port a pa ma 1),$(port b pb mb 2)]" link.speed=5 depth=8
-expect 0 "" "" set $drivers/d --vital serial=s 'ports=[{"id":"b","mac":"mc"},{"id":"a","mac":"ma"}]'
-expect 0 "=[$(port a pa ma 1),$(port b pb mc 2)]" "" get $drivers/d ports
-expect 0 '"name":"d"' "" get $drivers --where 'ports=[{"id":"b","mac":"mc"}]' --where link.speed=5
-refused 4 '"link.speed" takes integer' set $drivers/d link.speed=fast
-expect 4 "/ports/0/speed:" "=tarnctl: 1 finding" validate $drivers/d - <<<'{"ports":[{"id":"a","speed":65}]}'
-
 # --- what types came with
 expect 0 '={"servers":["10.0.0.1"]}' "" get $resolver --default
-expect 0 "=5" "" get $resolver timeout --default
 expect 3 "" "no object $switches/a is shipped" get $switches/a --default
 expect 0 '=[{"name":"management","direction":"inbound","ports":[443,"5900-5964"]},
   {"name":"names","direction":"outbound","protocol":"udp","ports":[53]}]' "" get tarn/network/firewallRules --all-instances --default
@@ -78,34 +64,25 @@ expect 0 "" "" set $switches/b mtu=1500 'uplinks=["nic0","nic1"]' security.promi
 expect 0 "" "" set $switches/a/1 mtu=9000 'uplinks=["nic1"]' security.promiscuous=false security.macChanges=true
 expect 0 "" "" set $switches/2 discovery=off 'portGroups=[{"name":"Guests","vlan":7}]'
 expect 0 "" "" set $switches/B mtu=1500
-# values MEMBER: of the array that was printed last, in one line
-values() { sed -n "s/^    \"$1\": \"\(.*\)\",\{0,1\}\$/\1/p" "$work/out" | paste -sd ' '; }
 # chosen NAMES ARGUMENTS...: the switches that are printed, in their order
 chosen() {
   local names=$1
   shift
   expect 0 "?" "" get $switches "$@"
-  [ "$(values name)" = "$names" ] || fail "tarnctl get $switches $* does not print $names"
+  [ "$(sed -n 's/^    "name": "\(.*\)",\{0,1\}$/\1/p' "$work/out" | paste -sd ' ')" = "$names" ] || fail "tarnctl get $switches $* does not print $names"
 }
 chosen "2 B a/1 b" --all-instances
 chosen "B b" --where mtu=1500
 chosen "b" --where mtu=1500 --where security.promiscuous=false
 chosen "a/1" --where 'security={"promiscuous":false,"macChanges":true}'
-chosen "2" --where name=2
 expect 0 '=[{"name":"2","discovery":"off","portGroups":[{"name":"Guests","vlan":7}]}]' "" get $switches --where discovery=off
-expect 0 "?" "" list $switches
-[ "$(values object)" = "$switches/2 $switches/B $switches/a/1 $switches/b" ] ||
-  fail "list does not show each instance"
 expect 0 "[{\"object\":\"$switches/a/1\",\"version\":\"3.1\",\"revision\":1," "" list $switches/a/1 --json
 
 for verb in get delete; do
   refused 4 '"details":[{"field":"/security/inner","error":"no such member"},{"field":"/speed","error":' \
     --json $verb $switches --where security.inner=true --where speed=1
   refused 4 '"mtu" takes integer, not "big"' $verb $switches --where mtu=big
-  refused 4 "objects only" $verb $switches --where mtu.size=1
-  for condition in mtu ""; do
-    refused 2 "MEMBER=VALUE" $verb $switches --where "$condition"
-  done
+  refused 2 "MEMBER=VALUE" $verb $switches --where mtu
   refused 2 "given twice" $verb $switches --where mtu=1 --where mtu=2
   for which in "--where mtu=1500" --all-instances; do
     # shellcheck disable=SC2086
@@ -113,7 +90,6 @@ for verb in get delete; do
   done
   refused 4 "singleton" $verb $resolver --where timeout=9
   refused 3 "tarn" $verb tarn/no/type --where a=1
-  refused 3 "tarn" $verb tarn/no/type/a
 done
 refused 2 "excludes" get $switches --where mtu=1500 mtu
 
@@ -133,7 +109,6 @@ expect 0 "" "=tarnctl:2 instances of $switches deleted" delete $switches --all-i
 refused 3 "no instance of $switches is stored" delete $switches --all-instances
 expect 0 "" "" delete $resolver
 expect 3 "" "no object $resolver is stored" get $resolver
-expect 0 '"servers"' "" get $resolver --default
 
 # --- a member that a new version moves to another part is read, written and staged as before
 moved=$work/resolver.json
@@ -147,6 +122,5 @@ expect 0 '"version":"0.9"' "" list --outdated $resolver
 expect 0 '"outcome":"renewed"' "" schema upgrade-rows --check $resolver
 expect 0 '"outcome":"renewed"' "" schema upgrade-rows
 expect 0 "=[]" "" list --outdated
-refused 3 "tarn" schema upgrade-rows tarn/no/type
 
 finish
