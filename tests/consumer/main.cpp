@@ -2,7 +2,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <tarnconfigstore/tarnconfigstore.h>
 #include <vector>
@@ -16,22 +15,6 @@ void Expect(bool condition, const char* what) {
     std::fprintf(stderr, "consumer: %s\n", what);
     std::exit(1);
   }
-}
-
-// The exception that crosses the library's border is the caller's own type.
-template <class Exception, class Call>
-void ExpectThrow(int code, const char* what, Call call) {
-  try {
-    call();
-  } catch (const HostCtl::Lib::HostCtlException& base) {
-    const auto* exception = dynamic_cast<const Exception*>(&base);
-    Expect(exception != nullptr && exception->GetErrorCode() == code, what);
-    Expect(base.GetDetailedMessage() == base.what(), what);
-    return;
-  } catch (const std::exception& other) {
-    std::fprintf(stderr, "caught as another type: %s\n", other.what());
-  }
-  Expect(false, what);
 }
 
 // What tarnconfigstore.h shows, word for word.
@@ -83,20 +66,16 @@ int main(int argc, char** argv) {
   int timeout = 0;
   Expect(store->Get(id)->GetValue("timeout", &timeout) == 1 && timeout == 9, "timeout reads back");
 
-  ExpectThrow<InvalidArgumentException>(2000, "namespace", [] { ConfigStore::GetStore(" "); });
-  ExpectThrow<ConfigStoreException>(1037, "unknown type", [&] {
-    store->Get({"such", "no", "tarn"});
-  });
-  ExpectThrow<ValidationException>(2000, "instance id of a singleton", [&] {
-    store->Get({"resolver", "network", "tarn", "x"});
-  });
-  ExpectThrow<ValidationException>(1089, "invalid object", [&] {
+  // The exception that crosses the library's border is the caller's own type.
+  try {
     resolver->SetValue("timeout", "soon");
     store->Set(resolver, EXTERNAL);
-  });
-  std::string text;
-  ExpectThrow<InvalidTypeException>(2000, "type mismatch",
-                                    [&] { store->Get(id)->GetValue("timeout", &text); });
+    Expect(false, "a timeout that is no number is refused");
+  } catch (const HostCtl::Lib::HostCtlException& base) {
+    const auto* exception = dynamic_cast<const ValidationException*>(&base);
+    Expect(exception != nullptr && exception->GetErrorCode() == 1089, "what is raised, and why");
+    Expect(base.GetDetailedMessage() == base.what(), "its message");
+  }
   Expect(store->GetRevision(id) == 1, "one write, and refused ones change nothing");
 
   ShowFirstSteps();
