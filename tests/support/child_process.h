@@ -20,7 +20,12 @@ class ChildProcess {
       throw std::runtime_error("cannot fork");
     }
     if (process_ == 0) {
-      _exit(Run(function));
+      try {
+        _exit(function());
+      } catch (const std::exception& error) {
+        std::fprintf(stderr, "child: %s\n", error.what());
+      }
+      _exit(99);
     }
   }
   ~ChildProcess() {
@@ -42,15 +47,6 @@ class ChildProcess {
   }
 
  private:
-  static int Run(const std::function<int()>& function) {
-    try {
-      return function();
-    } catch (const std::exception& error) {
-      std::fprintf(stderr, "child: %s\n", error.what());
-    }
-    return 99;
-  }
-
   pid_t process_;
 };
 

@@ -93,11 +93,8 @@ inline void InstallType(const TemporaryHost& host, const std::string& text) {
   WriteFile(path, text);
   for (const auto& report : TarnConfigStore::InstallTypes({path}, {})) {
     if (report.outcome == TarnConfigStore::TypeOutcome::INVALID) {
-      std::string errors;
-      for (const auto& error : report.errors) {
-        errors += error.field + ": " + error.error + "\n";
-      }
-      throw std::runtime_error("a type of the tests is not valid:\n" + errors);
+      const TarnConfigStore::ErrorInfo& error = report.errors.front();
+      throw std::runtime_error("a type of the tests is not valid: " + error.field + error.error);
     }
   }
 }
