@@ -265,11 +265,10 @@ TEST_F(Applying, DividesByTheTypeOfToday) {
 }
 
 TEST_F(Applying, AFailureAnywhereLeavesTheStoreAsItWas) {
-  const auto look = [&] { return State(); };
   const auto apply = [] { ApplyNextBootConfig({.applyRest = true}); };
   StageThree();
   Stage("('tarn','test','unfit','','1',NULL,NULL,NULL,'SET')");
-  EXPECT_GE(FailEachStep("apply", apply, look), 17);
+  EXPECT_GE(FailEachStep("apply", apply, [&] { return State(); }), 17);
   StageThree();
   const ConfigStoreTransaction transaction(store_);
   EXPECT_EQ(Raised(apply), "CSE 2000 Begin Transaction failed for: ApplyNextBootConfig")
