@@ -44,6 +44,7 @@ expect 0 "=false" "" next-boot get $options hyperthreading
 
 # --- what is refused leaves no trace
 refused 4 '{"code":1089,' --json next-boot set $drivers/a depth=65
+refused 4 '/name: expected "a"' next-boot set $drivers/a name=b
 refused 3 "no object $drivers/z is stored or staged" next-boot delete $drivers/z
 refused 3 "no instance of $drivers meets these conditions" next-boot delete $drivers --where depth=1
 # closed CODE ERR STATUS: nothing can be staged now, and the status says why
