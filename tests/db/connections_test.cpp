@@ -155,10 +155,7 @@ TEST_F(Opening, TellsReadersThatTheLogIsGoneAndWhoMendsIt) {
   Permit(directory_, 0755);
 }
 
-class Pool : public DatabaseTest {
- protected:
-  const std::string store_ = host_.Path(HostPaths::kStore);
-};
+using Pool = DatabaseTest;
 
 TEST_F(Pool, KeepsTheReadersApartFromTheWriters) {
   DBStore::GetConnection(DBStore::Type::CURRENT_STORE, false).reset();
@@ -181,19 +178,9 @@ TEST_F(Pool, KeepsOnlyAFewIdleConnections) {
   EXPECT_LT(opened, 40U);
 }
 
-TEST_F(Pool, DropsConnectionsToAFileThatWasReplaced) {
-  ASSERT_EQ(DBStore::WriteKeyValue("key", "old", connection_), 0);
-  for (const char* suffix : {"", "-wal", "-shm"}) {
-    fs::rename(store_ + suffix, store_ + ".moved" + suffix);
-  }
-  EXPECT_FALSE(Connect());
-  EXPECT_EQ(DBStore::GetLastError().kind, DBStore::ErrorKind::MISSING);
-  ASSERT_TRUE(HostSetup::Initialize().ok);
-  EXPECT_EQ(ReadKey(Connect(), "key"), "");
-}
-
 // What is written to a file that has no name is lost, although it is written.
 TEST_F(Pool, AConnectionServesTheFileAtItsPathAndNoOther) {
+  const std::string store = host_.Path(HostPaths::kStore);
   const auto unusable = [&](ErrorKind kind) {
     for (const auto& fails :
          {std::function([&] { return BeginTransaction(connection_) != 0; }),
@@ -209,14 +196,14 @@ TEST_F(Pool, AConnectionServesTheFileAtItsPathAndNoOther) {
   // Reading looks again when the clock has ticked.
   const auto wait = [] { std::this_thread::sleep_for(std::chrono::milliseconds(20)); };
   ASSERT_EQ(BeginTransaction(connection_), 0);
-  fs::rename(store_, store_ + ".moved");
+  fs::rename(store, store + ".moved");
   EXPECT_EQ(WriteKey(connection_, "key"), 0);
   EXPECT_EQ(CommitTransaction(connection_), 0);
   wait();
   unusable(ErrorKind::MISSING);
-  fs::copy_file(store_ + ".moved", store_);
+  fs::copy_file(store + ".moved", store);
   unusable(ErrorKind::MISSING);
-  fs::rename(store_ + ".moved", store_);
+  fs::rename(store + ".moved", store);
   EXPECT_EQ(WriteKey(connection_, "key"), 0);
   const TemporaryHost other;
   unusable(ErrorKind::MISUSE);
@@ -244,7 +231,7 @@ TEST_F(Pool, FollowsTheRootAndThePermissions) {
   }
   EXPECT_EQ(ReadKey(Connect(), "key"), "here");
   const auto before = DBStore::testing::GetCounters().opens;
-  ASSERT_EQ(chmod(store_.c_str(), 0600), 0);
+  ASSERT_EQ(chmod(host_.Path(HostPaths::kStore).c_str(), 0600), 0);
   EXPECT_TRUE(Connect());
   EXPECT_EQ(DBStore::testing::GetCounters().opens, before + 1);
 }

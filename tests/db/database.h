@@ -16,16 +16,15 @@ inline DBStore::ConnectionHandle Connect() {
   return DBStore::GetConnection(DBStore::Type::CURRENT_STORE, true);
 }
 
-/// Prepares, binds the texts and runs; the status.
-template <class... Texts>
-int Execute(const DBStore::ConnectionHandle& connection, std::string_view sql,
-            const Texts&... texts) {
+/// Prepares, binds the text if there is one, and runs; the status.
+inline int Execute(const DBStore::ConnectionHandle& connection, std::string_view sql,
+                   DBStore::NullableSV text = {}) {
   const auto statement = DBStore::internal::Prepare(connection, sql, DBStore::kWaitLimit);
-  [[maybe_unused]] int index = 1;
-  const bool bound = (... && (DBStore::internal::Bind(connection, statement, index,
-                                                      std::string_view(texts), false) == 0));
-  return bound ? DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, DBStore::kWaitLimit)
-               : -1;
+  int index = 1;
+  if (!text.IsNull() && DBStore::internal::Bind(connection, statement, index, text) != 0) {
+    return -1;
+  }
+  return DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, DBStore::kWaitLimit);
 }
 
 /// Rows as "a b - c; d e f g", "-" for NULL; "failed" when the statement does.

@@ -86,15 +86,10 @@ TEST_F(HostSetup, TwoProcessesAtOnceMakeOneStore) {
 // succeeds.
 TEST_F(HostSetup, IsCompletedAfterItWasKilled) {
   for (int moment = 0; moment < 40; ++moment) {
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      ::HostSetup::Initialize();
-      _exit(0);
-    }
+    ChildProcess child([] { return ::HostSetup::Initialize().ok ? 0 : 1; });
     std::this_thread::sleep_for(std::chrono::microseconds(250 * moment));
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
+    kill(child.Id(), SIGKILL);
+    child.Wait();
     if (fs::exists(store_)) {
       EXPECT_EQ(Query(Connect(), "SELECT count(*) FROM Config, KeyValue"), "0");
     }
@@ -151,7 +146,7 @@ TEST_F(Layout, OnlyTheThreeBootActionsAreStored) {
   constexpr const char* kStage =
       "REPLACE INTO DesiredUserConfig VALUES('c', 'g', 'n', '', '1', NULL, NULL, NULL, ?)";
   for (const char* action : {"SET", "DELETE", "DELETE_INSTANCE", "set"}) {
-    EXPECT_EQ(Execute(connection_, kStage, action), *action == 's' ? 1 : 0);
+    EXPECT_EQ(Execute(connection_, kStage, std::string_view(action)), *action == 's' ? 1 : 0);
   }
 }
 

@@ -1,3 +1,4 @@
+// Statements and transactions.
 #include "db/database.h"
 #include "support/test_types.h"
 
@@ -8,12 +9,106 @@ namespace {
 
 using namespace DBStore;
 using namespace TestSupport;
+using internal::Bind;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 constexpr int kMisuse = 21;
 constexpr int kGone = 516;
 constexpr int kBusy = 5;
+constexpr int kLimit = kWaitLimit;
+constexpr const char* kThreeRows = "SELECT 1 UNION SELECT 2 UNION SELECT 3";
+
+using Statements = DatabaseTest;
+
+TEST_F(Statements, OfOneTextGoToOneUserAtATime) {
+  auto first = Prepare(kThreeRows);
+  auto second = Prepare(kThreeRows);
+  ASSERT_TRUE(first && second);
+  EXPECT_NE(first.get(), second.get());
+  const auto before = DBStore::testing::GetCounters();
+  first.reset();
+  second.reset();
+  first = Prepare(kThreeRows);
+  second = Prepare(std::string(kThreeRows));
+  EXPECT_TRUE(first && second);
+  EXPECT_EQ(DBStore::testing::GetCounters().prepares, before.prepares);
+}
+
+TEST_F(Statements, ATextAtAnAddressThatHeldAnotherIsNotMistakenForIt) {
+  std::string text = "SELECT 'one'";
+  EXPECT_EQ(Query(connection_, text), "one");
+  text.replace(8, 3, "two");
+  EXPECT_EQ(Query(connection_, text), "two");
+}
+
+TEST_F(Statements, MoreTextsThanTheCacheHoldsStillWork) {
+  const auto lent = Prepare(kThreeRows);
+  for (int round = 0; round < 2; ++round) {
+    for (int i = 0; i < 600; ++i) {
+      ASSERT_EQ(Query(connection_, "SELECT " + std::to_string(i)), std::to_string(i));
+    }
+  }
+  EXPECT_EQ(Rows(connection_, lent), "1; 2; 3");
+}
+
+TEST_F(Statements, ComeBackWithoutBindingsAndKeepTheirConnectionFromOthers) {
+  auto statement = Prepare("SELECT ?");
+  int index = 1;
+  ASSERT_EQ(Bind(connection_, statement, index, "ran", false), 0);
+  EXPECT_EQ(Rows(connection_, statement), "ran");
+  index = 1;
+  ASSERT_EQ(Bind(connection_, statement, index, "bound and not run", false), 0);
+  const StoreConnection* const bound = connection_.get();
+  connection_.reset();
+  EXPECT_NE(Connect().get(), bound);
+  statement.reset();
+  EXPECT_EQ(Query(Connect(), "SELECT ?"), "-");
+}
+
+TEST_F(Statements, BindIntegersTextsAndNull) {
+  const auto statement = Prepare("SELECT typeof(?), typeof(?), typeof(?), typeof(?) || ?");
+  int index = 1;
+  ASSERT_EQ(Bind(connection_, statement, index, 7), 0);
+  ASSERT_EQ(Bind(connection_, statement, index, std::string_view(), false), 0);
+  ASSERT_EQ(Bind(connection_, statement, index, NullableSV()), 0);
+  ASSERT_EQ(Bind(connection_, statement, index, NullableSV(std::string_view())), 0);
+  ASSERT_EQ(Bind(connection_, statement, index, NullableSV(std::string_view("!"))), 0);
+  EXPECT_EQ(index, 6);
+  EXPECT_NE(Bind(connection_, statement, index, 7), 0);
+  EXPECT_EQ(index, 6);
+  EXPECT_EQ(Rows(connection_, statement), "integer text null text!");
+}
+
+TEST_F(Statements, CanRunAgainAfterTheirReceiverStoppedThem) {
+  const auto statement = Prepare(kThreeRows);
+  int rows = 0;
+  const auto stop = [](void* context, int, char**, char**) {
+    return ++*static_cast<int*>(context) == 2 ? 1 : 0;
+  };
+  const auto raise = [](void*, int, char**, char**) -> int { throw std::out_of_range("row"); };
+  EXPECT_EQ(ExecuteStmt(connection_, statement, stop, &rows, kLimit), 1);
+  EXPECT_EQ(rows, 2);
+  EXPECT_THROW(ExecuteStmt(connection_, statement, raise, nullptr, kLimit), std::out_of_range);
+  EXPECT_EQ(Rows(connection_, statement), "1; 2; 3");
+}
+
+TEST_F(Statements, FailWithStatusOneAndTellWhy) {
+  EXPECT_FALSE(Prepare("SELECT * FROM Nowhere"));
+  EXPECT_NE(GetLastError().message.find("no such table: Nowhere"), std::string::npos);
+  EXPECT_FALSE(Prepare("SELECT 1; DELETE FROM Config"));
+  EXPECT_TRUE(Prepare("DELETE FROM 'Config' WHERE Name=?; "));
+  EXPECT_FALSE(Prepare(""));
+  EXPECT_FALSE(internal::Prepare(nullptr, kThreeRows, kLimit));
+  EXPECT_EQ(Execute(connection_, "INSERT INTO Nowhere VALUES(?)", std::string("x")), -1);
+  EXPECT_EQ(Query(connection_, "SELECT * FROM Nowhere"), "failed");
+  EXPECT_NE(GetLastError().message.find("no such table: Nowhere"), std::string::npos);
+  EXPECT_EQ(ExecuteStmt(connection_, StatementHandle(), nullptr, nullptr, kLimit), 1);
+  EXPECT_EQ(ExecuteStmt(Connect(), Prepare(kThreeRows), nullptr, nullptr, kLimit), 1);
+  ASSERT_EQ(Execute(connection_, "INSERT INTO KeyValue VALUES('k', 'v')"), 0);
+  EXPECT_EQ(Execute(connection_, "INSERT INTO KeyValue VALUES('k', 'v')"), 1);
+  EXPECT_EQ(GetLastError().code & 0xff, 19);
+}
 
 class Transactions : public DatabaseTest {
  protected:
@@ -111,18 +206,6 @@ TEST_F(Transactions, AThreadNeverWaitsForItsOwnTransaction) {
   EXPECT_EQ(WriteKeyValue("key", "other", other), 0);
 }
 
-TEST_F(Transactions, AnotherThreadWaitsForTheEndOfATransaction) {
-  Run("(");
-  int status = -1;
-  std::thread writer([&status] { status = WriteKeyValue("key", "second", Connect()); });
-  std::this_thread::sleep_for(milliseconds(50));
-  ASSERT_EQ(WriteKeyValue("key", "first", connection_), 0);
-  Run(")");
-  writer.join();
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(ReadKey(connection_, "key"), "second");
-}
-
 TEST_F(Transactions, CallsOfOneTurnAreOneForOtherThreads) {
   std::thread other;
   {
@@ -142,16 +225,12 @@ TEST_F(Transactions, CallsOfOneTurnAreOneForOtherThreads) {
 
 TEST_F(Transactions, WhoWaitsLongerThanTheLimitIsToldThatItIsBusy) {
   Run("(");
-  int status = -1;
-  ErrorKind kind = ErrorKind::NONE;
-  std::thread([&] {
+  std::thread([] {
     const auto connection = Connect();
     const auto statement = DBStore::internal::Prepare(connection, "DELETE FROM KeyValue", 20);
-    status = DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, 20);
-    kind = GetLastError().kind;
+    EXPECT_EQ(ExecuteStmt(connection, statement, nullptr, nullptr, 20), 1);
+    EXPECT_EQ(GetLastError().kind, ErrorKind::BUSY);
   }).join();
-  EXPECT_EQ(status, 1);
-  EXPECT_EQ(kind, ErrorKind::BUSY);
 }
 
 TEST_F(Transactions, SeeTheSharedTypesForAsLongAsSomebodyAskedForThem) {
