@@ -7,6 +7,8 @@ namespace TarnSchemaStore {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::ThrowsMessage;
 using Handle = std::shared_ptr<SchemaObject>;
 
 Handle Load(const std::string& schema) {
@@ -106,12 +108,8 @@ TEST(SchemaObject, PropertiesAreTypesOfTheirOwnThatOutliveTheHandleToTheWhole) {
 
 TEST(SchemaObject, DamagedDocumentIsRefusedByName) {
   for (const char* text : {"{", "[]", R"({"version":"1"})", R"({"schema":{}})"}) {
-    try {
-      LoadedType::FromText({"tarn", "test", "sample"}, text);
-      ADD_FAILURE() << text;
-    } catch (const std::runtime_error& failure) {
-      EXPECT_THAT(failure.what(), ::testing::HasSubstr("tarn/test/sample")) << text;
-    }
+    const auto load = [text] { LoadedType::FromText({"tarn", "test", "sample"}, text); };
+    EXPECT_THAT(load, ThrowsMessage<std::runtime_error>(HasSubstr("tarn/test/sample"))) << text;
   }
 }
 

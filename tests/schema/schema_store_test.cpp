@@ -61,6 +61,10 @@ TEST_F(SchemaStoreTest, TypeIsReadOnFirstUseAndKeptAndSoIsThatItIsAbsent) {
   EXPECT_EQ(OpensDuring([] { EXPECT_EQ(VersionOf("later"), "none"); }), 0U);
   KeepType("later", kAnySchema);
   EXPECT_EQ(VersionOf("later"), "1.0");
+  EXPECT_EQ(SchemaStore::GetCache()->GetSchemaObject("tarn", "testo", "ne"), nullptr);
+  const std::vector<TypeName> expected = {
+      {"tarn", "test", "later"}, {"tarn", "test", "one"}, {"tarn", "test", "two"}};
+  EXPECT_EQ(SchemaStore::GetCache()->GetTypes(), expected);
 }
 
 // Many changes in a row, faster than the file system's clock ticks and of one size.
@@ -149,29 +153,25 @@ TEST_F(SchemaStoreTest, MissingOrBrokenStoreNeverLooksEmpty) {
   EXPECT_EQ(VersionOf("one"), "1.0");
 }
 
-TEST_F(SchemaStoreTest, NamesAreListedInOrderAndNotRunTogether) {
-  for (const char* key : {"two", "one", "ab"}) {
-    KeepType(key, kAnySchema);
-  }
-  const std::vector<TypeName> expected = {
-      {"tarn", "test", "ab"}, {"tarn", "test", "one"}, {"tarn", "test", "two"}};
-  EXPECT_EQ(SchemaStore::GetCache()->GetTypes(), expected);
-  EXPECT_EQ(SchemaStore::GetCache()->GetSchemaObject("tarn", "testa", "b"), nullptr);
-  EXPECT_NE(Get("ab"), nullptr);
-}
-
 // A child has none of the other threads, but a copy of every lock that they held.
 TEST_F(SchemaStoreTest, ThreadsAndChildrenReadTypesWhileTheyChange) {
   const auto keep = [](int version) {
     KeepType("one", R"({"properties":{"part":{"properties":{"a":{"default":1}}}}})",
              std::to_string(version));
   };
-  const auto isWhole = [] {
-    const auto type = Get("one");
-    return type && type->GetPropertySchema("part")->GetDefaults() && VersionOf("absent") == "none";
-  };
   int version = 1;
   keep(version);
+  KeepType("two", kAnySchema, "1");
+  const auto cache = SchemaStore::GetCache();
+  const auto isKept = [&](const std::string& key) {
+    const auto type = cache->GetSchemaObject("tarn", "test", key);
+    return type && type->GetKey() == key && type->GetVersion() == "1";
+  };
+  const auto isWhole = [&] {
+    const auto type = Get("one");
+    return type && type->GetPropertySchema("part")->GetDefaults() &&
+           VersionOf("absent") == "none" && isKept("one") && isKept("two");
+  };
   ASSERT_TRUE(isWhole());
   // After the schema store: the handlers of a fork run in the order opposite to that of the first
   // uses.
