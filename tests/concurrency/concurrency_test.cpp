@@ -1,8 +1,9 @@
-// A child has none of its parent's other threads, but a copy of everything that they held when it was
-// forked.
+// What threads that share a store, or any other value, may rely on, and the children of their process: a
+// child has none of its parent's other threads, but a copy of everything that they held when it was forked.
 #include "tarnconfigstore/host.h"
 
 #include "platform/json_validator.h"
+#include "platform/made_once.h"
 #include "platform/store_error.h"
 
 #include "json/type_schema_view.h"
@@ -10,14 +11,18 @@
 #include "support/child_process.h"
 #include "support/sanitized.h"
 #include "support/store_fixture.h"
+#include "support/threads.h"
 
 #include <atomic>
+#include <pthread.h>
+#include <stdexcept>
 #include <thread>
 
 namespace {
 
 using namespace TestSupport;
 using TarnConfigStore::ConfigStore;
+using TarnConfigStore::EXTERNAL;
 
 // A process that waits for nobody ends by a signal after these.
 constexpr unsigned kChildSeconds = 10;
@@ -100,6 +105,73 @@ TEST(ForkingValidator, ChildValidatesWithASchemaThatAnotherThreadCompiles) {
   compiler.join();
   for (const auto& child : children) {
     EXPECT_EQ(child->Wait(), 0);
+  }
+}
+
+using SharedStore = StoreFixture;
+
+// One operation's begin and commit, and another's rollback, meet on one connection.
+TEST_F(SharedStore, WhatIsAcknowledgedIsThere) {
+  constexpr int kThreads = 4;
+  constexpr int kWrites = 600;
+  InThreads(kThreads, [&](int thread) {
+    for (int i = 1; i <= kWrites; ++i) {
+      const auto object =
+          thread > 0 ? SwitchObject("s" + std::to_string(thread), R"("mtu":)" + std::to_string(i))
+                     : Object(plain_, R"({"port":1})");  // and no name
+      const std::string raised = Raised([&] {
+        thread > 0 && i % 2 == 0 ? store_->Set(object, EXTERNAL) : store_->Update(object, EXTERNAL);
+      });
+      EXPECT_EQ(raised.substr(0, 7), thread > 0 ? "nothing" : "VE 1090");
+    }
+  });
+  EXPECT_EQ(database_.Lines("SELECT Identifier, UserValue ->> 'mtu', Revision FROM Config"),
+            "s1 600 600\ns2 600 600\ns3 600 600");
+}
+
+#ifndef __SANITIZE_THREAD__  // which knows nothing of threads that are cancelled
+TEST_F(SharedStore, AThreadThatIsCancelledLeavesItInOrder) {
+  for (int i = 0; i < 40; ++i) {
+    std::thread writer([this] {
+      for (;;) {
+        store_->Update(SwitchObject("s1", R"("mtu":1)"), EXTERNAL);
+        store_->Get(switch_);
+      }
+    });
+    usleep(static_cast<useconds_t>(100 * i));
+    pthread_cancel(writer.native_handle());
+    writer.join();
+  }
+  const std::int32_t revision = store_->GetRevision(switch_);
+  store_->Update(SwitchObject("s1", R"("mtu":2)"), EXTERNAL);
+  EXPECT_EQ(store_->GetRevision(switch_), revision + 1);
+  EXPECT_EQ(store_->CancelTransaction(), 21) << "nothing was left open";
+}
+#endif
+
+TEST(MadeOnce, ThreadsThatMakeAValueAtOnceGetTheSameOneAndTheOthersAreFreed) {
+  static std::atomic<int> alive{0};
+  struct Value {
+    Value() { ++alive; }
+    ~Value() { --alive; }
+    Value(const Value&) = delete;
+    Value& operator=(const Value&) = delete;
+  };
+  static constinit MadeOnce<const Value> value;
+  EXPECT_THROW(value.Get([]() -> Value { throw std::runtime_error("not yet"); }),
+               std::runtime_error);
+  EXPECT_EQ(value.Find(), nullptr);
+  std::atomic<int> ready{0};
+  const Value* seen[4] = {};
+  InThreads(4, [&](int thread) {
+    ++ready;
+    while (ready < 4) {
+    }
+    seen[thread] = &value.Get();
+  });
+  EXPECT_EQ(alive, 1);
+  for (const Value* one : seen) {
+    EXPECT_EQ(one, value.Find());
   }
 }
 
