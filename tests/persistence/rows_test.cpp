@@ -6,7 +6,8 @@
 #include "persistence/boot_flags.h"
 #include "persistence/connection.h"
 #include "persistence/read_current.h"
-#include "persistence/write_config.h"
+#include "persistence/boot_statements.h"
+#include "persistence/statements.h"
 #include "support/store_fixture.h"
 
 namespace TarnConfigStore {
@@ -20,21 +21,6 @@ class Rows : public TestSupport::StoreFixture {
   SchemaHandle plainSchema_ = FindSchema(plain_);
   SchemaHandle switchSchema_ = FindSchema(switch_);
 };
-
-TEST_F(Rows, MapsLeaveOutNullsAndKeepEmptyTexts) {
-  RowMap row;
-  const auto collect = [&](const char* sql) {
-    DBStore::ExecuteStmt(connection_, DBStore::internal::Prepare(connection_, sql, 0),
-                         CollectRowMap, &row, DBStore::kWaitLimit);
-  };
-  collect("SELECT 'x' AS A, NULL AS B, '' AS C");
-  EXPECT_EQ(row.Find("A"), "x");
-  EXPECT_EQ(row.Find("B"), std::nullopt);
-  EXPECT_EQ(row.Find("C"), "");
-  collect("SELECT 'longer' AS A, NULL AS B, NULL AS C");
-  EXPECT_EQ(row.Find("A"), "longer");
-  EXPECT_EQ(row.Find("C"), "") << "NULL overwrites nothing";
-}
 
 TEST_F(Rows, ReadersChooseTheUsersColumn) {
   const auto read = [&](USERDATA_CONTEXT context) {
@@ -72,32 +58,15 @@ TEST_F(Rows, CarryTheirMetadataIntoTheObject) {
             1);
 }
 
-TEST_F(Rows, ThatAreNewTakeTheHistoryTheyAreGiven) {
-  SetInstancesInternal(List(SwitchObject("s2"), SwitchObject("s3")), EXTERNAL,
-                       TarnSchemaStore::SchemaStore::GetCache(), connection_,
-                       ExistingInstances{{"s3", {4, "2019-01-01 00:00:00"}}});
-  EXPECT_EQ(database_.Lines("SELECT Identifier, Revision, iif(CreationTime > DATETIME('now', '-1 "
-                            "minute'), 'new', CreationTime) FROM Config"),
-            "s2 1 new\ns3 5 2019-01-01 00:00:00");
-}
-
 TEST_F(Rows, InstancesAreReadEachFromItsOwnRow) {
   PutRow(Switch("a"), R"({"mtu":1})", "", R"({"x":1})", "", "", 1);
   PutRow(Switch("b"), R"({"mtu":2})", R"({"mtu":3})", "", R"({"serial":"x"})", "", 1);
-  PutRow(Switch("emptied"), "", "", "", "", "", 1);
-  const auto read = [&](const Id& id, const char* conditions = "{}") {
-    return Data(store_->GetInstances(Filter(id, conditions)));
+  const auto read = [&](const Id& id) {
+    return Data(store_->GetInstances(Filter(id, R"({"mtu":2})"))) + "| " +
+           Data(GetCurrentConfigInstancesInternal(id, connection_, switchSchema_));
   };
-  EXPECT_EQ(read(Switch("")), R"(a{"x":1,"mtu":1} b{"serial":"x","mtu":2} )");
-  EXPECT_EQ(read(Switch(""), R"({"mtu":2})"), R"(b{"serial":"x","mtu":2} )");
-  EXPECT_EQ(read(Switch("a")) + read(Switch("a"), R"({"mtu":2})"), R"(a{"x":1,"mtu":1} )");
-  const auto current = [&](const Id& id) {
-    return Data(GetCurrentConfigInstancesInternal(id, connection_, switchSchema_));
-  };
-  EXPECT_EQ(current(Switch("")), R"(a{"x":1,"mtu":1} b{"mtu":2} )");
-  EXPECT_EQ(current(Switch("b")), R"(b{"mtu":2} )");
-  SetUpgradeContext("1");
-  EXPECT_EQ(read(Switch(""), R"({"mtu":3})"), R"(b{"serial":"x","mtu":3} )");
+  EXPECT_EQ(read(Switch("")), R"(b{"serial":"x","mtu":2} | a{"x":1,"mtu":1} b{"mtu":2} )");
+  EXPECT_EQ(read(Switch("b")), R"(b{"serial":"x","mtu":2} | b{"mtu":2} )");
 }
 
 TEST_F(Rows, OfAComponentOrOfTheWholeStore) {
@@ -164,6 +133,66 @@ TEST_F(Rows, FailuresOfTheDatabaseNameWhatFailed) {
        {"CSE 2000 Failed to connect", [] { GetDBStore(DBStore::Type::CURRENT_STORE, true); }},
        {"CSE 2000 Failed to read value from database.", [] { IsBoot(); }}});
   EXPECT_EQ(GetDBStore(DBStore::Type::CURRENT_STORE, false), nullptr);
+}
+
+std::string_view TextOf(std::string_view statement) {
+  return statement;
+}
+template <class... Parameters>
+std::string_view TextOf(const DBStore::SqlStatement<Parameters...>& statement) {
+  return statement.Text();
+}
+
+TEST_F(Rows, AreFoundByTheKeysIndexUnlessAllAreAskedFor) {
+  const auto plan = [this](std::string sql) {
+    for (std::size_t at; (at = sql.find("%1$s")) != std::string::npos;) {
+      sql.replace(at, 4, "UserValue");
+    }
+    return database_.Lines("EXPLAIN QUERY PLAN " + sql);
+  };
+  const auto expect = [&plan](const std::string& step, const auto&... statements) {
+    for (const std::string_view statement : {TextOf(statements)...}) {
+      const std::string steps = plan(std::string(statement));
+      EXPECT_NE(steps.find(step), std::string::npos) << statement << "\n" << steps;
+      EXPECT_EQ(steps.find("TEMP B-TREE"), std::string::npos) << statement << "\n" << steps;
+    }
+  };
+  const std::string component = " USING PRIMARY KEY (Component=?";
+  const std::string group = component + " AND ConfigGroup=?";
+  const std::string type = group + " AND Name=?";
+  const std::string instance = type + " AND Identifier=?)";
+  expect("SEARCH Config" + instance, READ_TABLE_CONFIG, READ_TABLE_USER_AUTO_CONFIG, READ_REVISION,
+         WRITE_COMPLETE, WRITE_USER, WRITE_CACHED, WRITE_VITAL, WRITE_AUTOMATIC,
+         WRITE_CONTEXT_UPGRADE, WRITE_CONTEXT_USER, WRITE_CONTEXT_AUTOMATIC, UPDATE_CONTEXT_UPGRADE,
+         UPDATE_CONTEXT_USER, UPDATE_CONTEXT_AUTOMATIC, DELETE_ROW, LIST_STORED[4],
+         WRITE_KERNEL_OPTIONS, READ_DESIRED_ALL_PARTS, READ_DESIRED_USER, CONFIRM_INSTANCE,
+         DROP_PENDING_OF_INSTANCE, CONFIRM_PART, REDIVIDE_ROW);
+  expect("SEARCH Config" + type + ")", GET_INSTANCES, READ_INSTANCE_IDS, READ_INSTANCE_REVISIONS,
+         READ_EXISTING_INSTANCES, DELETE_INSTANCES, DELETE_VITAL_VALUES, DELETE_CACHED_VALUES,
+         DELETE_USER_VALUES, DELETE_AUTOMATIC_VALUES, COUNT_STORED_INSTANCES, LIST_STORED[3],
+         READ_DESIRED_INSTANCES_ALL_PARTS, READ_DESIRED_INSTANCES_USER, CONFIRM_TYPE,
+         DROP_PENDING_OF_TYPE, READ_KERNEL_OPTIONS);
+  expect("SEARCH Config" + group + ")", READ_GROUP, LIST_STORED[2]);
+  expect("SEARCH Config" + component + ")", READ_COMPONENT, LIST_STORED[1]);
+  expect("SCAN Config", READ_CONTENTS, READ_CONFIRMED_CONTENTS, LIST_STORED[0]);
+  expect("SEARCH DefaultConfig" + instance, GET_DEFAULT_INSTANCE, GET_DEFAULT_USER_INSTANCE);
+  expect("SEARCH DefaultConfig" + type + ")", GET_DEFAULT_INSTANCES, GET_DEFAULT_USER_INSTANCES,
+         READ_DEFAULT_INSTANCES, DELETE_DEFAULT_INSTANCES);
+  expect("SEARCH DesiredUserConfig" + instance, UNSTAGE_INSTANCE, READ_STAGED_INSTANCE,
+         LIST_STAGED[4]);
+  expect("SEARCH DesiredUserConfig" + type + ")", UNSTAGE_TYPE, READ_STAGED_INSTANCES,
+         READ_STAGED_OF_TYPE, LIST_STAGED[3]);
+  expect("SEARCH DesiredUserConfig" + group + ")", LIST_STAGED[2]);
+  expect("SEARCH DesiredUserConfig" + component + ")", LIST_STAGED[1]);
+  expect("SCAN DesiredUserConfig", READ_STAGED, LIST_STAGED[0]);
+  // Its two halves are put together in a tree of a row or two.
+  const std::string remediated = plan(std::string(READ_REMEDIATED_KERNEL_OPTIONS));
+  for (const std::string table : {"duc1", "c1", "c2", "duc2"}) {
+    EXPECT_NE(remediated.find("SEARCH " + table + type + ")"), std::string::npos) << remediated;
+  }
+  for (const std::string_view write : {STAGE_SET, STAGE_DELETE, UNSTAGE_ALL}) {
+    EXPECT_EQ(plan(std::string(write)), "") << "reads nothing";
+  }
 }
 
 }  // namespace
