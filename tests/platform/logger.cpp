@@ -15,11 +15,7 @@ namespace {
 std::atomic<int> level{2};
 std::mutex sinkLock;
 
-void ToStandardError(int /*priority*/, const char* line) {
-  std::fprintf(stderr, "%s\n", line);
-}
-
-Sink& sink = *new Sink(ToStandardError);
+Sink& sink = *new Sink;
 
 void Write(int priority, const std::string& head, const char* format, va_list arguments) try {
   char text[8192];
@@ -27,7 +23,11 @@ void Write(int priority, const std::string& head, const char* format, va_list ar
   std::vsnprintf(text, sizeof text, format, arguments);
   const std::string line = head + text;
   const std::lock_guard guard(sinkLock);
-  sink(priority, line.c_str());
+  if (sink) {
+    sink(priority, line.c_str());
+  } else {
+    std::fprintf(stderr, "%s\n", line.c_str());
+  }
 } catch (...) {
   // A line that cannot be logged is lost; whoever logs must not fail over it.
 }
@@ -61,7 +61,7 @@ bool IsEnabled(int priority) noexcept {
 
 void SetSink(Sink next) {
   const std::lock_guard guard(sinkLock);
-  sink = next ? std::move(next) : Sink(ToStandardError);
+  sink = std::move(next);
 }
 
 void SetLevel(int priority) noexcept {

@@ -62,12 +62,6 @@ int Execute(StoreConnection& connection, sqlite3_stmt* statement, int limit,
   });
 }
 
-int BindText(sqlite3_stmt* statement, int index, std::string_view text) {
-  // A text of no length may have no address, which SQLite would take for NULL.
-  return sqlite3_bind_text64(statement, index, text.empty() ? "" : text.data(), text.size(),
-                             SQLITE_STATIC, SQLITE_UTF8);
-}
-
 // Ends one of the Bind functions. On no statement, the engine's own answer that they are misused.
 int Bound(const StatementHandle& statement, int& index, int status) {
   if (!statement && statement.get_deleter().failed) {
@@ -91,9 +85,9 @@ int RunOnEntries(const ConnectionHandle& connection, Operation operation, std::s
   if (!statement) {
     return GetLastError().code;
   }
-  int index = 0;
+  int index = 1;
   for (const std::string& text : texts) {
-    BindText(statement.get(), ++index, text);
+    internal::Bind(connection, statement, index, text, false);
   }
   return Execute(*connection, statement.get(), kWaitLimit, rows);
 }
@@ -168,16 +162,19 @@ int internal::Bind(const ConnectionHandle&, const StatementHandle& statement, in
   return Bound(statement, index, sqlite3_bind_int(statement.get(), index, value));
 }
 
-int internal::Bind(const ConnectionHandle&, const StatementHandle& statement, int& index,
+int internal::Bind(const ConnectionHandle& connection, const StatementHandle& statement, int& index,
                    std::string_view text, bool /*flag*/) {
-  return Bound(statement, index, BindText(statement.get(), index, text));
+  return Bind(connection, statement, index, NullableSV(text));
 }
 
 int internal::Bind(const ConnectionHandle&, const StatementHandle& statement, int& index,
                    NullableSV value) {
+  // A text of no length may have no address, which SQLite would take for NULL, too.
+  const std::string_view text = value.Text();
+  const char* const address = value.IsNull() ? nullptr : text.empty() ? "" : text.data();
   return Bound(statement, index,
-               value.IsNull() ? sqlite3_bind_null(statement.get(), index)
-                              : BindText(statement.get(), index, value.Text()));
+               sqlite3_bind_text64(statement.get(), index, address, text.size(), SQLITE_STATIC,
+                                   SQLITE_UTF8));
 }
 
 }  // namespace DBStore

@@ -31,7 +31,8 @@ void OpenOrRaise(const std::string& name, sqlite3** database) {
 int Copy(sqlite3* from, sqlite3* to) {
   sqlite3_backup* const copy = sqlite3_backup_init(to, "main", from, "main");
   sqlite3_backup_step(copy, -1);
-  return sqlite3_backup_finish(copy);
+  const int status = sqlite3_backup_finish(copy);
+  return status == SQLITE_OK ? SQLITE_OK : internal::Fail(status, "copying the store");
 }
 
 }  // namespace
@@ -55,8 +56,7 @@ StoreConnection::~StoreConnection() {
   sqlite3_close(database);
   internal::OpenDatabases::Leave();
   if (store.writer == this) {
-    store.writer = nullptr;
-    store.writerIsDone.notify_all();
+    EndTransaction();
   }
 }
 
@@ -86,14 +86,15 @@ int StoreConnection::Enter(std::unique_lock<std::mutex>& lock, Access access, in
   if (access != UNDO && !InOrder()) {
     return internal::Fail(SQLITE_ABORT_ROLLBACK, "the transaction was ended by somebody else");
   }
-  const int status = depth == 0 ? Copy(store.committed, database) : SQLITE_OK;
-  return status == SQLITE_OK ? SQLITE_OK : internal::Fail(status, "reading what is committed");
+  // SQLite cannot detach what an open transaction has read.
+  if (depth == 0 && attached && attachments == 0) {
+    attached = Run("DETACH ss") != SQLITE_OK;
+  }
+  return depth == 0 ? Copy(store.committed, database) : SQLITE_OK;
 }
 
 int StoreConnection::Publish() {
-  const bool ended = sqlite3_get_autocommit(database) != 0;
-  const int status = ended ? Copy(database, store.committed) : SQLITE_OK;
-  return status == SQLITE_OK ? SQLITE_OK : internal::Fail(status, "keeping what was committed");
+  return sqlite3_get_autocommit(database) != 0 ? Copy(database, store.committed) : SQLITE_OK;
 }
 
 int StoreConnection::Fail(int status, std::string_view action) const {
@@ -143,9 +144,6 @@ int StoreConnection::Run(const char* sql) {
 void StoreConnection::EndTransaction() {
   store.writer = nullptr;
   store.writerIsDone.notify_all();
-  if (attached && attachments == 0) {
-    attached = Run("DETACH ss") != SQLITE_OK;
-  }
 }
 
 int BeginTransaction(const ConnectionHandle& connection) {
@@ -221,10 +219,7 @@ int DetachSchemaStore(const ConnectionHandle& connection) {
     if (connection->attachments == 0) {
       return internal::Fail(SQLITE_MISUSE, "the schema store is not attached");
     }
-    // SQLite cannot detach what an open transaction has read.
-    if (--connection->attachments == 0 && connection->depth == 0) {
-      connection->attached = connection->Run("DETACH ss") != SQLITE_OK;
-    }
+    --connection->attachments;
     return SQLITE_OK;
   });
 }

@@ -23,7 +23,7 @@ class Types final : public SchemaStore, public SchemaObjectCache {
  public:
   std::vector<TypeName> GetTypes() const override {
     std::vector<TypeName> names;
-    for (const auto& [name, entry] : All()) {
+    for (const auto& [name, entry] : entries) {
       names.push_back(name);
     }
     return names;
@@ -31,20 +31,12 @@ class Types final : public SchemaStore, public SchemaObjectCache {
   std::shared_ptr<SchemaObject> GetSchemaObject(const std::string& component,
                                                 const std::string& group,
                                                 const std::string& key) override {
-    const auto found = All().find({component, group, key});
+    const auto found = entries.find({component, group, key});
     return found == entries.end() ? nullptr : found->second.type;
   }
   std::optional<KeptType> Kept(const TypeName& name) const {
-    const auto found = All().find(name);
+    const auto found = entries.find(name);
     return found == entries.end() ? std::nullopt : std::optional(found->second.kept);
-  }
-  // A store that was never made must not look like one without types.
-  const std::map<TypeName, Entry>& All() const {
-    if (DBStore::internal::CurrentStore() == nullptr) {
-      DBStore::internal::Fail(SQLITE_CANTOPEN, "no schema store was made");
-      throw std::runtime_error("The schema store cannot be opened: none was made.");
-    }
-    return entries;
   }
 
   std::map<TypeName, Entry> entries;
@@ -54,6 +46,11 @@ std::mutex currentLock;
 auto& current = *new std::map<std::string, std::shared_ptr<Types>>;
 
 std::shared_ptr<Types> CurrentTypes() {
+  // A store that was never made must not look like one without types.
+  if (DBStore::internal::CurrentStore() == nullptr) {
+    DBStore::internal::Fail(SQLITE_CANTOPEN, "no schema store was made");
+    throw std::runtime_error("The schema store cannot be opened: none was made.");
+  }
   const std::lock_guard guard(currentLock);
   std::shared_ptr<Types>& types = current[HostPaths::GetRoot()];
   return types = types ? types : std::make_shared<Types>();
@@ -85,7 +82,7 @@ std::shared_ptr<SchemaObject> Load(const KeptType& type) {
 
 std::vector<KeptType> ReadAll() {
   std::vector<KeptType> kept;
-  for (const auto& [name, entry] : CurrentTypes()->All()) {
+  for (const auto& [name, entry] : CurrentTypes()->entries) {
     kept.push_back(entry.kept);
   }
   return kept;
@@ -100,9 +97,7 @@ struct TypeWriter::State {
   std::shared_ptr<Types> next = std::make_shared<Types>(*CurrentTypes());
 };
 
-TypeWriter::TypeWriter() : state_(std::make_unique<State>()) {
-  state_->next->All();
-}
+TypeWriter::TypeWriter() : state_(std::make_unique<State>()) {}
 
 TypeWriter::~TypeWriter() = default;
 
