@@ -98,7 +98,8 @@ TEST(CheckSchema, ReportsEveryMalformedKeywordWhereItStands) {
 TEST(CheckSchema, ReportsReferencesThatLeadNowhereOrOutside) {
   EXPECT_EQ(Check(R"({"required": ["a"], "properties": {
       "a": {"$ref": "#/definitions/missing"}, "b": {"$ref": "http://example.com/schema#/a"},
-      "d": {"$ref": 5}, "e": {"$ref": "#/properties"}, "f": {"$ref": "#/required/0"}}})"),
+      "d": {"$ref": 5}, "e": {"$ref": "#/properties"}, "f": {"$ref": "#/required/0"},
+      "hides": {"$id": "http://example.com/", "$ref": "#/properties/e"}}})"),
             R"(/properties/a/$ref: the reference "#/definitions/missing" leads nowhere
 /properties/b/$ref: the reference "http://example.com/schema#/a" leads outside the schema
 /properties/d/$ref: "$ref" has to be a text, found 5
