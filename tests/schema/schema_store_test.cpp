@@ -167,10 +167,17 @@ TEST_F(SchemaStoreTest, ThreadsAndChildrenReadTypesWhileTheyChange) {
     const auto type = cache->GetSchemaObject("tarn", "test", key);
     return type && type->GetKey() == key && type->GetVersion() == "1";
   };
+  const auto areKept = [&] {
+    bool kept = true;
+    for (int i = 0; i < 500 && kept; ++i) {
+      kept = isKept(i % 3 == 0 ? "one" : "two");
+    }
+    return kept;
+  };
   const auto isWhole = [&] {
     const auto type = Get("one");
     return type && type->GetPropertySchema("part")->GetDefaults() &&
-           VersionOf("absent") == "none" && isKept("one") && isKept("two");
+           VersionOf("absent") == "none" && areKept();
   };
   ASSERT_TRUE(isWhole());
   // After the schema store: the handlers of a fork run in the order opposite to that of the first
