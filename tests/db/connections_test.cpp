@@ -25,9 +25,6 @@ using testing::HasSubstr;
 using testing::StartsWith;
 namespace fs = std::filesystem;
 
-constexpr const char* kDelete = "DELETE FROM KeyValue";
-constexpr const char* kThree = "SELECT 3";
-
 int WriteKey(const DBStore::ConnectionHandle& connection, const std::string& key) {
   return WriteKeyValue(key, "", connection);
 }
@@ -190,9 +187,9 @@ TEST_F(Pool, AConnectionServesTheFileAtItsPathAndNoOther) {
     for (const auto& fails :
          {std::function([&] { return BeginTransaction(connection_) != 0; }),
           std::function([&] { return WriteKey(connection_, "key") != 0; }),
-          std::function([&] { return Execute(connection_, kDelete) != 0; }),
+          std::function([&] { return Execute(connection_, "DELETE FROM KeyValue") != 0; }),
           std::function([&] { return ReadKey(connection_, "key") != ""; }),
-          std::function([&] { return Query(connection_, kThree) == "failed"; })}) {
+          std::function([&] { return Query(connection_, "SELECT 3") == "failed"; })}) {
       DBStore::ClearLastError();
       EXPECT_TRUE(fails());
       EXPECT_EQ(DBStore::GetLastError().kind, kind);

@@ -16,7 +16,6 @@ using std::chrono::steady_clock;
 constexpr int kMisuse = 21;
 constexpr int kGone = 516;
 constexpr int kBusy = 5;
-constexpr int kLimit = kWaitLimit;
 constexpr const char* kThreeRows = "SELECT 1 UNION SELECT 2 UNION SELECT 3";
 
 using Statements = DatabaseTest;
@@ -87,9 +86,9 @@ TEST_F(Statements, CanRunAgainAfterTheirReceiverStoppedThem) {
     return ++*static_cast<int*>(context) == 2 ? 1 : 0;
   };
   const auto raise = [](void*, int, char**, char**) -> int { throw std::out_of_range("row"); };
-  EXPECT_EQ(ExecuteStmt(connection_, statement, stop, &rows, kLimit), 1);
+  EXPECT_EQ(ExecuteStmt(connection_, statement, stop, &rows, kWaitLimit), 1);
   EXPECT_EQ(rows, 2);
-  EXPECT_THROW(ExecuteStmt(connection_, statement, raise, nullptr, kLimit), std::out_of_range);
+  EXPECT_THROW(ExecuteStmt(connection_, statement, raise, nullptr, kWaitLimit), std::out_of_range);
   EXPECT_EQ(Rows(connection_, statement), "1; 2; 3");
 }
 
@@ -99,12 +98,12 @@ TEST_F(Statements, FailWithStatusOneAndTellWhy) {
   EXPECT_FALSE(Prepare("SELECT 1; DELETE FROM Config"));
   EXPECT_TRUE(Prepare("DELETE FROM 'Config' WHERE Name=?; "));
   EXPECT_FALSE(Prepare(""));
-  EXPECT_FALSE(internal::Prepare(nullptr, kThreeRows, kLimit));
+  EXPECT_FALSE(internal::Prepare(nullptr, kThreeRows, kWaitLimit));
   EXPECT_EQ(Execute(connection_, "INSERT INTO Nowhere VALUES(?)", std::string("x")), -1);
   EXPECT_EQ(Query(connection_, "SELECT * FROM Nowhere"), "failed");
   EXPECT_NE(GetLastError().message.find("no such table: Nowhere"), std::string::npos);
-  EXPECT_EQ(ExecuteStmt(connection_, StatementHandle(), nullptr, nullptr, kLimit), 1);
-  EXPECT_EQ(ExecuteStmt(Connect(), Prepare(kThreeRows), nullptr, nullptr, kLimit), 1);
+  EXPECT_EQ(ExecuteStmt(connection_, StatementHandle(), nullptr, nullptr, kWaitLimit), 1);
+  EXPECT_EQ(ExecuteStmt(Connect(), Prepare(kThreeRows), nullptr, nullptr, kWaitLimit), 1);
   ASSERT_EQ(Execute(connection_, "INSERT INTO KeyValue VALUES('k', 'v')"), 0);
   EXPECT_EQ(Execute(connection_, "INSERT INTO KeyValue VALUES('k', 'v')"), 1);
   EXPECT_EQ(GetLastError().code & 0xff, 19);

@@ -18,6 +18,9 @@ std::mutex sinkLock;
 Sink& sink = *new Sink;
 
 void Write(int priority, const std::string& head, const char* format, va_list arguments) try {
+  if (!IsEnabled(priority)) {
+    return;
+  }
   char text[8192];
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
   std::vsnprintf(text, sizeof text, format, arguments);
@@ -35,22 +38,18 @@ void Write(int priority, const std::string& head, const char* format, va_list ar
 }  // namespace
 
 void Log(int priority, const char* format, ...) noexcept {
-  if (IsEnabled(priority)) {
-    va_list arguments;
-    va_start(arguments, format);
-    Write(priority, "", format, arguments);
-    va_end(arguments);
-  }
+  va_list arguments;
+  va_start(arguments, format);
+  Write(priority, "", format, arguments);
+  va_end(arguments);
 }
 
 void LogErrCode(int priority, int code, ...) noexcept {
-  if (IsEnabled(priority)) {
-    va_list arguments;
-    va_start(arguments, code);
-    Write(priority, "[" + std::to_string(code) + "] ",
-          ErrorMessageForId(static_cast<TarnConfigStore::CSErrorCodes>(code)), arguments);
-    va_end(arguments);
-  }
+  va_list arguments;
+  va_start(arguments, code);
+  Write(priority, "[" + std::to_string(code) + "] ",
+        ErrorMessageForId(static_cast<TarnConfigStore::CSErrorCodes>(code)), arguments);
+  va_end(arguments);
 }
 
 void LogBacktrace() noexcept {}
