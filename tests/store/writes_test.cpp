@@ -133,6 +133,17 @@ TEST_F(Writes, FailedStatementsSayWhichWriteItWas) {
         [&] { store_->DeleteInstances(Filter(Switch(""))); }}});
 }
 
+TEST_F(Writes, InstancesThatAreReplacedKeepTheirHistory) {
+  PutFullRow("s2");
+  PutFullRow("s3");
+  store_->SetInstances(List(SwitchObject("s4", R"("mtu":4)"), SwitchObject("s5", R"("ports":[])"),
+                            SwitchObject("s2", R"("mtu":2,"serial":"y")")),
+                       EXTERNAL);
+  EXPECT_EQ(database_.Lines("SELECT Identifier, Revision, CreationTime < '2021' FROM Config"),
+            "s2 8 1\ns4 1 0")
+      << "the empty one is left out";
+}
+
 TEST_F(Writes, BadListsAreRefusedBeforeAnythingIsWritten) {
   PutFullRow();
   const std::string before = database_.Rows();
