@@ -31,6 +31,9 @@ constexpr unsigned kTestSeconds = 280;
 using Forking = StoreFixture;
 
 TEST_F(Forking, NoChildWaitsForWhatAThreadOfItsParentHeld) {
+  if (!kAllocatorForks) {
+    GTEST_SKIP();
+  }
   constexpr int kChildren = kSanitized ? 500 : 10'000;
   enum Outcome { READ, REFUSED, WRONG, OUTCOMES };
   alarm(kTestSeconds);
@@ -73,6 +76,9 @@ TEST_F(Forking, NoChildWaitsForWhatAThreadOfItsParentHeld) {
 
 // The schema takes so long to be compiled that children are forked meanwhile.
 TEST(ForkingValidator, ChildValidatesWithASchemaThatAnotherThreadCompiles) {
+  if (!kAllocatorForks) {
+    GTEST_SKIP();
+  }
   constexpr int kProperties = kSanitized ? 1'000 : 5'000;
   std::string text = R"({"properties":{)";
   for (int i = 0; i < kProperties; ++i) {

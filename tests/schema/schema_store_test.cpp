@@ -7,6 +7,7 @@
 #include "schema/file_stamp.h"
 #include "schema/keep_type.h"
 #include "support/child_process.h"
+#include "support/sanitized.h"
 #include "support/temporary_host.h"
 
 #include <gtest/gtest.h>
@@ -199,7 +200,7 @@ TEST_F(SchemaStoreTest, ThreadsAndChildrenReadTypesWhileTheyChange) {
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
   });
-  for (int i = 0; i < 20; ++i) {
+  for (int i = 0; i < 20 && TestSupport::kAllocatorForks; ++i) {
     EXPECT_EQ(InChild([&] {
                 alarm(20);
                 return isWhole() ? 0 : 1;

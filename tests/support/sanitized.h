@@ -14,6 +14,14 @@ inline constexpr bool kSanitized = true;
 #else
 inline constexpr bool kSanitized = false;
 #endif
+
+/// False where the allocator has locks that no handler of a fork knows, as the address sanitizer's
+/// of gcc 12: a child may wait for ever for a thread that it does not have, whatever we do.
+#if defined(__SANITIZE_ADDRESS__) || TARN_HAS_FEATURE(address_sanitizer)
+inline constexpr bool kAllocatorForks = false;
+#else
+inline constexpr bool kAllocatorForks = true;
+#endif
 #undef TARN_HAS_FEATURE
 
 /// How often a random test repeats itself: what such tests find in many rounds, the build for every
