@@ -4,9 +4,9 @@
 
 #include "objects/schema_lookup.h"
 #include "persistence/boot_flags.h"
+#include "persistence/boot_statements.h"
 #include "persistence/connection.h"
 #include "persistence/read_current.h"
-#include "persistence/boot_statements.h"
 #include "persistence/statements.h"
 #include "support/store_fixture.h"
 
