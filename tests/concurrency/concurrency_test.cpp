@@ -34,7 +34,7 @@ TEST_F(Forking, NoChildWaitsForWhatAThreadOfItsParentHeld) {
   if (!kAllocatorForks) {
     GTEST_SKIP();
   }
-  constexpr int kChildren = kSanitized ? 500 : 10'000;
+  constexpr int kChildren = 10'000;
   enum Outcome { READ, REFUSED, WRONG, OUTCOMES };
   alarm(kTestSeconds);
   Set(plain_, R"({"name":"read by everybody"})");
@@ -79,7 +79,7 @@ TEST(ForkingValidator, ChildValidatesWithASchemaThatAnotherThreadCompiles) {
   if (!kAllocatorForks) {
     GTEST_SKIP();
   }
-  constexpr int kProperties = kSanitized ? 1'000 : 5'000;
+  constexpr int kProperties = 5'000;
   std::string text = R"({"properties":{)";
   for (int i = 0; i < kProperties; ++i) {
     text += "\"p" + std::to_string(i) + R"(":{"pattern":"^[a-z]+(-[0-9]{1,3})*$"},)";

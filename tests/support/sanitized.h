@@ -14,15 +14,12 @@ inline constexpr bool kSanitized = true;
 #else
 inline constexpr bool kSanitized = false;
 #endif
-
-/// False where the allocator has locks that no handler of a fork knows, as the address sanitizer's
-/// of gcc 12: a child may wait for ever for a thread that it does not have, whatever we do.
-#if defined(__SANITIZE_ADDRESS__) || TARN_HAS_FEATURE(address_sanitizer)
-inline constexpr bool kAllocatorForks = false;
-#else
-inline constexpr bool kAllocatorForks = true;
-#endif
 #undef TARN_HAS_FEATURE
+
+/// The allocators of gcc 12's sanitizers have locks that no handler of a fork knows: a child of a
+/// process whose threads allocate may wait for ever, whatever we do. Such children are left to the
+/// build for every day.
+inline constexpr bool kAllocatorForks = !kSanitized;
 
 /// How often a random test repeats itself: what such tests find in many rounds, the build for every
 /// day finds; a sanitizer needs but a few of them.
