@@ -16,7 +16,10 @@ int DisableCancelling() noexcept {
 }  // namespace
 
 unsigned ThreadNumber() noexcept {
-  thread_local const unsigned number = threads.fetch_add(1, std::memory_order_relaxed) + 1;
+  constinit thread_local unsigned number = 0;
+  if (number == 0) {
+    number = threads.fetch_add(1, std::memory_order_relaxed) + 1;
+  }
   return number;
 }
 
