@@ -211,6 +211,9 @@ TEST_F(Store, AnnouncesEachChangeOnce) {
     EXPECT_EQ(stepsOf([&] { each.write(SwitchObject("s1", each.members)); }), expected)
         << each.name;
   }
+  const Objects two = List(SwitchObject("s1", serial_), SwitchObject("s2", mtu_));
+  EXPECT_EQ(stepsOf([&] { store_->SetInstances(two, EXTERNAL); }),
+            "written written written committed told ");
   const auto conditions = Filter(Switch(""), R"({"serial":"x"})");
   EXPECT_EQ(stepsOf([&] { store_->DeleteInstances(conditions); }), "written committed told ");
   EXPECT_EQ(stepsOf([&] { store_->DeleteInstances(conditions); }), "committed told ");
