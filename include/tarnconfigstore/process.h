@@ -7,8 +7,8 @@ namespace TarnConfigStore {
 
 /// Runs a program and waits for its end.
 ///
-/// The child inherits standard input, output and error, no other descriptor, and the environment. Blocks the calling
-/// thread until the child ends. Throws nothing. Reentrant.
+/// The child inherits standard input, output and error, no other descriptor, and the environment.
+/// Blocks the calling thread until the child ends. Throws nothing. Reentrant.
 /// \param args  the argument vector, ended by a null pointer; the first element is the program's
 ///              path. PATH is not searched
 /// \return true when the exit byte of the wait status is 0; a child that a signal ended has 0
