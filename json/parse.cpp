@@ -1,9 +1,12 @@
 #include "json/json.h"
+#include "json/plain_text.h"
+#include "json/utf8.h"
 
 #include <rapidjson/error/en.h>
 #include <rapidjson/reader.h>
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -36,6 +39,8 @@ struct UnwatchedTextStream : TextStream {
   using TextStream::TextStream;
 };
 
+using Reader = rapidjson::GenericReader<Encoding, Encoding, rapidjson::CrtAllocator>;
+
 }  // namespace
 }  // namespace Json
 
@@ -44,16 +49,29 @@ struct rapidjson::StreamTraits<Json::UnwatchedTextStream> {
   enum { copyOptimization = 1 };
 };
 
+// The reader's own way through the characters of a string is one at a time, but for streams of its
+// own on some processors, where it lets control characters pass.
+template <>
+template <>
+inline void Json::Reader::ScanCopyUnescapedString(Json::UnwatchedTextStream& from,
+                                                  Json::Reader::StackStream<char>& to) {
+  const char* const end = Json::EndOfPlain(from.next, from.end);
+  if (const auto length = static_cast<rapidjson::SizeType>(end - from.next); length > 0) {
+    std::memcpy(to.Push(length), from.next, length);
+  }
+  from.next = end;
+}
+
 namespace Json {
 namespace {
 
 // Hands the reader's events on to the document, and stops at the depth that every walk over a value
 // can bear on a small stack, and at numbers that cannot be kept as they are.
-template <class Handler>
 class Guard {
  public:
-  Guard(Handler& handler, const TextStream& stream, Origin origin)
-      : handler_(handler), stream_(stream), origin_(origin) {}
+  /// Only of a watched stream does the place inside a number tell an integer from a fraction.
+  Guard(Document& document, const TextStream& stream, bool watched, Origin origin)
+      : handler_(document), stream_(stream), watched_(watched), origin_(origin) {}
   bool Null() { return handler_.Null(); }
   bool Bool(bool value) { return handler_.Bool(value); }
   bool Int(int value) { return handler_.Int(value); }
@@ -61,7 +79,9 @@ class Guard {
   bool Int64(std::int64_t value) { return handler_.Int64(value); }
   bool Uint64(std::uint64_t value) { return handler_.Uint64(value); }
   bool Double(double value) {
-    tooLong_ = origin_ == Origin::OUTSIDE && IsLongInteger(value);
+    if (origin_ == Origin::OUTSIDE && IsLarge(value)) {
+      tooLong_ = !watched_ || IsInteger();
+    }
     return !tooLong_ && handler_.Double(value);
   }
   bool RawNumber(const char* text, rapidjson::SizeType length, bool copy) {
@@ -93,12 +113,14 @@ class Guard {
  private:
   bool Enter() { return ++depth_ <= kMaxDepth; }
 
-  // The reader makes a double of an integer that fits no other type; the text just read tells.
-  bool IsLongInteger(double value) const {
+  // The reader makes a double of an integer that fits no other type ...
+  static bool IsLarge(double value) {
     constexpr double kLargest = 9.2e18;  // a little less than 2^63
-    if (value < kLargest && value > -kLargest) {
-      return false;
-    }
+    return value >= kLargest || value <= -kLargest;
+  }
+
+  // ... and the text just read tells.
+  bool IsInteger() const {
     const char* digit = stream_.next;
     while (digit != stream_.begin && digit[-1] >= '0' && digit[-1] <= '9') {
       --digit;
@@ -111,8 +133,9 @@ class Guard {
     return before != '-' || digit - 1 == stream_.begin || (digit[-2] != 'e' && digit[-2] != 'E');
   }
 
-  Handler& handler_;
+  Document& handler_;
   const TextStream& stream_;
+  const bool watched_;
   const Origin origin_;
   std::size_t depth_ = 0;
   bool tooLong_ = false;
@@ -182,26 +205,24 @@ struct NamesSeen : rapidjson::BaseReaderHandler<Encoding, NamesSeen> {
 std::size_t PlaceOfDuplicate(std::string_view text) {
   TextStream stream(text);
   NamesSeen names;
-  rapidjson::GenericReader<Encoding, Encoding, rapidjson::CrtAllocator> reader;
-  return reader.Parse(stream, names).Offset();
+  return Reader().Parse(stream, names).Offset();
 }
 
 ParseResult Failure(std::size_t offset, std::string message) {
   return {false, offset, std::move(message)};
 }
 
-template <class Stream>
+template <class Stream, unsigned flags>
 ParseResult ParseStream(std::string_view text, Document& into, Origin origin) {
-  constexpr unsigned kFlags =
-      rapidjson::kParseFullPrecisionFlag | rapidjson::kParseValidateEncodingFlag;
+  constexpr bool kWatched = std::is_same_v<Stream, TextStream>;
   Stream stream(text);
   rapidjson::ParseResult outcome;
   std::string stopped;
   into.SetNull();
   auto generate = [&](Document& document) {
-    rapidjson::GenericReader<Encoding, Encoding, rapidjson::CrtAllocator> reader;
-    Guard<Document> guard(document, stream, origin);
-    outcome = reader.Parse<kFlags>(stream, guard);
+    Reader reader;
+    Guard guard(document, stream, kWatched, origin);
+    outcome = reader.Parse<flags | rapidjson::kParseFullPrecisionFlag>(stream, guard);
     if (outcome.Code() == rapidjson::kParseErrorTermination) {
       stopped = guard.Reason();
     }
@@ -223,14 +244,24 @@ ParseResult ParseStream(std::string_view text, Document& into, Origin origin) {
   return {};
 }
 
+// The encoding is checked at once for the whole text. What is refused is read again by the reader's own
+// careful way, which knows the place, and large integers from large fractions.
+ParseResult ParseText(std::string_view text, Document& into, Origin origin) {
+  if (Utf8::IsValid(text)) {
+    if (ParseStream<UnwatchedTextStream, rapidjson::kParseNoFlags>(text, into, origin)) {
+      return {};
+    }
+  }
+  return ParseStream<TextStream, rapidjson::kParseValidateEncodingFlag>(text, into, origin);
+}
+
 }  // namespace
 
 ParseResult Parse(std::string_view text, Document& into, Origin origin) {
+  ParseResult result = ParseText(text, into, origin);
   if (origin == Origin::STORED) {
-    return ParseStream<UnwatchedTextStream>(text, into, origin);
+    return result;
   }
-  // The place inside a number tells an integer from a fraction.
-  ParseResult result = ParseStream<TextStream>(text, into, origin);
   if (const Value* name = result ? FindDuplicate(into) : nullptr) {
     std::string message = "member \"" + std::string(Text(*name)) + "\" is named twice";
     into.SetNull();

@@ -1,7 +1,10 @@
 #include "json/json.h"
+#include "json/plain_text.h"
+#include "json/utf8.h"
 
 #include <charconv>
 #include <cmath>
+#include <cstring>
 
 namespace Json {
 namespace {
@@ -15,6 +18,23 @@ using Writer = rapidjson::Writer<Buffer, Encoding, Encoding, rapidjson::CrtAlloc
 class ExactWriter : public Writer {
  public:
   using Writer::Writer;
+
+  // Most strings and names are plain throughout, and are taken over as they are.
+  bool String(const char* text, rapidjson::SizeType length, bool copy) {
+    if (EndOfPlain(text, text + length) != text + length || !Utf8::IsValid({text, length})) {
+      return Writer::String(text, length, copy);
+    }
+    constexpr std::size_t kQuotes = 2;
+    Prefix(rapidjson::kStringType);
+    char* to = os_->Push(length + kQuotes);
+    *to++ = '"';
+    std::memcpy(to, text, length);
+    to[length] = '"';
+    return EndValue(true);
+  }
+  bool Key(const char* text, rapidjson::SizeType length, bool copy) {
+    return String(text, length, copy);
+  }
 
   bool Double(double value) {
     if (!std::isfinite(value)) {

@@ -64,7 +64,12 @@ bool IsValid(std::string_view text) noexcept {
   if (IsAscii(text)) {
     return true;
   }
+  constexpr std::size_t kStride = 8;
   while (!text.empty()) {
+    if (text.size() >= kStride && IsAscii(text.substr(0, kStride))) {
+      text.remove_prefix(kStride);
+      continue;
+    }
     const std::size_t length = SequenceLength(text);
     if (length == 0) {
       return false;

@@ -84,10 +84,10 @@ void ConfigStoreImpl::SetDataInstancesInternal(ObjectList objects, ValidateData 
   RunUnderTransaction(*this, connection_, "SetDataInstancesInternal", [&] {
     deleteExisting(first, connection_);
     if (writeWithFlag != nullptr) {
-      writeWithFlag(objects, connection_, schema->IsConfirmedDuringUpgrade());
+      writeWithFlag(objects, connection_, schema->IsConfirmedDuringUpgrade(), schema);
     }
     if (write != nullptr) {
-      write(objects, connection_);
+      write(objects, connection_, schema);
     }
   });
   NotifyIfAllowlisted(first, connection_);

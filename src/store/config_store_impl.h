@@ -49,8 +49,10 @@ class ConfigStoreImpl final : public ConfigStore {
  private:
   using ValidateData = void (*)(const SchemaHandle&, const ObjectHandle&);
   using DeleteValues = void (*)(const ConfigStoreObjectId&, const DBStore::ConnectionHandle&);
-  using WriteConfirmable = void (*)(const ObjectList&, const DBStore::ConnectionHandle&, bool);
-  using WriteValues = void (*)(const ObjectList&, const DBStore::ConnectionHandle&);
+  using WriteConfirmable = void (*)(const ObjectList&, const DBStore::ConnectionHandle&, bool,
+                                    const SchemaHandle&);
+  using WriteValues = void (*)(const ObjectList&, const DBStore::ConnectionHandle&,
+                               const SchemaHandle&);
 
   /// Replaces one value of all instances of the first object's type, which loses it where it is not
   /// listed: checks everything, then deletes and writes in a transaction, then announces it.

@@ -72,9 +72,9 @@ void ConfigStoreImpl::SetUserData(std::shared_ptr<ConfigStoreObject> object,
   // Announced before the write, unlike its siblings: so says the interface.
   NotifyIfAllowlisted(csoId, connection_);
   if (context == EXTERNAL) {
-    WriteUserConfigInstances({object}, connection_, schema->IsConfirmedDuringUpgrade());
+    WriteUserConfigInstances({object}, connection_, schema->IsConfirmedDuringUpgrade(), schema);
   } else {
-    WriteAutoConfConfigInstances({object}, connection_);
+    WriteAutoConfConfigInstances({object}, connection_, schema);
   }
 }
 
@@ -91,7 +91,7 @@ void ConfigStoreImpl::SetPart(const std::shared_ptr<ConfigStoreObject>& object,
   if (ObjIsEmpty(object, operation)) {
     return;
   }
-  write({object}, connection_);
+  write({object}, connection_, schema);
   NotifyIfAllowlisted(csoId, connection_);
 }
 

@@ -48,6 +48,23 @@ TEST(Parse, IsStrictAndTellsThePlace) {
   EXPECT_NE(Refusal(many + "\"m7\":1}"), "");
 }
 
+// Plain characters are taken several at a time: what is not plain is seen wherever it stands.
+TEST(Parse, SeesWhatIsNotPlainAtEachPlace) {
+  for (std::size_t place = 0; place < 18; ++place) {
+    const std::string before(place, ' ');
+    for (const char* refused :
+         {"\x1f", "\x1a", "\n", "\x01", "\xff", "\xed\xa0\x80", "\\x", "\"a"}) {
+      EXPECT_NE(Refusal("[\"" + before + refused + before + "\"]", Origin::STORED), "");
+    }
+    for (const char* kept : {"\\n", "\x7f", "\xc3\xa4", "\\\"", "!", "[", "\\\\"}) {
+      const std::string text = "\"" + before + kept + before + kept + "\"";
+      Document document;
+      ASSERT_TRUE(Parse(text, document)) << text;
+      EXPECT_EQ(Serialized(document), text);
+    }
+  }
+}
+
 TEST(Parse, RefusesWhatWalksCannotBear) {
   const auto nested = [](std::size_t levels) {
     return std::string(levels, '[') + std::string(levels, ']');
