@@ -24,11 +24,13 @@ constexpr const char* kGeneratedInstanceId = "generatedInstanceId";
 constexpr const char* kAdditionalProperties = "additionalProperties";
 constexpr const char* kDefault = "default";
 constexpr const char* kDefinitions = "definitions";
+constexpr const char* kDependencies = "dependencies";
 constexpr const char* kId = "$id";
 constexpr const char* kItems = "items";
 constexpr const char* kPatternProperties = "patternProperties";
 constexpr const char* kProperties = "properties";
 constexpr const char* kReference = "$ref";
+constexpr const char* kRequired = "required";
 constexpr const char* kType = "type";
 
 }  // namespace Json::Keyword

@@ -35,12 +35,29 @@ bool AdmitsOthers(const Value& schema) {
          (patterns != nullptr && !patterns->ObjectEmpty());
 }
 
+// The kind of number that "type" leaves; ANY where it says nothing of numbers.
+NumberKind NumbersOf(const Value& schema) {
+  const Value* type = FindMember(schema, Keyword::kType);
+  const auto names = [&](std::string_view wanted) {
+    const auto isWanted = [&](const Value& name) {
+      return name.IsString() && Text(name) == wanted;
+    };
+    return type != nullptr &&
+           (type->IsArray() ? std::any_of(type->Begin(), type->End(), isWanted) : isWanted(*type));
+  };
+  const bool integer = names("integer");
+  return integer == names("number") ? NumberKind::ANY
+         : integer                  ? NumberKind::INTEGER
+                                    : NumberKind::FLOATING;
+}
+
 }  // namespace
 
 struct SchemaPlace::Node {
   struct Member {
     std::string_view name;
     Node* node;
+    bool canBeRequired = false;
   };
 
   const Value* schema = nullptr;
@@ -50,15 +67,44 @@ struct SchemaPlace::Node {
   bool isInstanceId = false;
   bool getsGeneratedId = false;
   bool admitsOthers = false;
+  bool holdsDefaults = false;
+  NumberKind numbers = NumberKind::ANY;
   unsigned kinds = 0;
   std::string_view instanceIdMember;
   std::vector<Member> members;
   Node* items = nullptr;
 
-  Node* Find(std::string_view name) const {
+  const Member* FindMember(std::string_view name) const {
     const auto found = std::find_if(members.begin(), members.end(),
                                     [&](const Member& member) { return member.name == name; });
-    return found == members.end() ? nullptr : found->node;
+    return found == members.end() ? nullptr : &*found;
+  }
+  Node* Find(std::string_view name) const {
+    const Member* found = FindMember(name);
+    return found == nullptr ? nullptr : found->node;
+  }
+
+  // The members that a part of this node's schema asks for, at once or where it has others.
+  void ReadRequired(const Value& part) {
+    MarkRequired(Json::FindMember(part, Keyword::kRequired));
+    if (const Value* dependencies = FindObject(part, Keyword::kDependencies)) {
+      for (const auto& dependency : dependencies->GetObject()) {
+        MarkRequired(&dependency.value);
+      }
+    }
+  }
+
+ private:
+  void MarkRequired(const Value* names) {
+    if (names == nullptr || !names->IsArray()) {
+      return;
+    }
+    for (const Value& name : names->GetArray()) {
+      for (Member& member : members) {
+        member.canBeRequired =
+            member.canBeRequired || (name.IsString() && Text(name) == member.name);
+      }
+    }
   }
 };
 
@@ -127,6 +173,19 @@ const Value* SchemaPlace::Default() const {
   return node_ == nullptr ? nullptr : node_->defaultValue;
 }
 
+bool SchemaPlace::HoldsDefaults() const {
+  return node_ != nullptr && node_->holdsDefaults;
+}
+
+bool SchemaPlace::CanRequire(std::string_view member) const {
+  const Node::Member* found = node_ == nullptr ? nullptr : node_->FindMember(member);
+  return found != nullptr && found->canBeRequired;
+}
+
+NumberKind SchemaPlace::KindOfNumbers() const {
+  return node_ == nullptr ? NumberKind::ANY : node_->numbers;
+}
+
 TypeSchemaView::TypeSchemaView(const Value& schema) : schema_(schema), references_(schema) {
   NodeOf(schema);
   for (std::size_t read = 0; read < nodes_.size(); ++read) {
@@ -134,6 +193,7 @@ TypeSchemaView::TypeSchemaView(const Value& schema) : schema_(schema), reference
   }
   ReadOverlays();
   ReadInstanceIds();
+  SpreadDefaults();
   SpreadKinds();
 }
 
@@ -193,6 +253,8 @@ void TypeSchemaView::Read(Node& node) {
   if (const Value* items = FindObject(schema, Keyword::kItems)) {
     node.items = NodeOf(*items);
   }
+  node.ReadRequired(schema);
+  node.numbers = NumbersOf(schema);
 }
 
 // What schemas that hold beside the one of a place admit there, or below it.
@@ -218,6 +280,10 @@ void TypeSchemaView::ReadOverlays() {
     Node& node = *overlay.first;
     const Value& schema = *references_.Chain(*overlay.second).back();
     node.admitsOthers = node.admitsOthers || AdmitsOthers(schema);
+    node.ReadRequired(schema);
+    if (NumbersOf(schema) != node.numbers && FindMember(schema, Keyword::kType) != nullptr) {
+      node.numbers = NumberKind::ANY;
+    }
     if (const Value* properties = FindObject(schema, Keyword::kProperties)) {
       for (const auto& property : properties->GetObject()) {
         if (Node* own = node.Find(Text(property.name))) {
@@ -244,6 +310,21 @@ void TypeSchemaView::ReadInstanceIds() {
       node.instanceIdMember = id->name;
     } else if (node.getsGeneratedId) {
       node.instanceIdMember = kGeneratedInstanceId;
+    }
+  }
+}
+
+// References may go round in circles through properties: again until nothing changes.
+void TypeSchemaView::SpreadDefaults() {
+  for (bool changed = true; changed;) {
+    changed = false;
+    for (auto node = nodes_.rbegin(); node != nodes_.rend(); ++node) {
+      if (!node->holdsDefaults &&
+          (node->defaultValue != nullptr ||
+           std::any_of(node->members.begin(), node->members.end(),
+                       [](const Node::Member& member) { return member.node->holdsDefaults; }))) {
+        node->holdsDefaults = changed = true;
+      }
     }
   }
 }

@@ -18,6 +18,9 @@ namespace Json {
 /// The part of an object that a piece of its data belongs to; the values are bits.
 enum class Kind : std::uint8_t { USER = 1, VITAL = 2, CACHED = 4 };
 
+/// The kinds of JSON number.
+enum class NumberKind : std::uint8_t { ANY, INTEGER, FLOATING };
+
 class TypeSchemaView;
 
 /// A place in a type's data, with what the type's schema says of it, references followed. A small
@@ -69,6 +72,12 @@ class SchemaPlace {
   const Value* Schema() const;
   /// What an absent value at this place reads as, or null.
   const Value* Default() const;
+  /// There is a default for this place, or for a member at or below it.
+  bool HoldsDefaults() const;
+  /// A member that some schema of this place asks for, be it under a condition.
+  bool CanRequire(std::string_view member) const;
+  /// The kind that "type" leaves for a number at this place; ANY where it leaves both or neither.
+  NumberKind KindOfNumbers() const;
 
  private:
   friend class TypeSchemaView;
@@ -108,6 +117,7 @@ class TypeSchemaView {
   void Read(Node& node);
   void ReadOverlays();
   void ReadInstanceIds();
+  void SpreadDefaults();
   void SpreadKinds();
 
   const Value& schema_;

@@ -2,6 +2,8 @@
 
 #include "platform/generated_instance_id.h"
 
+#include "json/number_kinds.h"
+
 namespace TarnConfigStore {
 
 std::vector<DefaultRow> DivideShippedObjects(const TypeFiles::TypeFile& file) {
@@ -15,6 +17,7 @@ std::vector<DefaultRow> DivideShippedObjects(const TypeFiles::TypeFile& file) {
     JsonDoc data;
     Json::Value& value = *data.GetJsonValuePtr();
     value.CopyFrom(*object.value, data.GetAllocator());
+    Json::SettleNumbers(value, type->GetSchemaPlace());
     // The parts of such elements are put together again by these.
     PopulateGeneratedInstanceId(type->GetSchemaPlace(), value, data.GetAllocator());
     rows.push_back({object.instance, DivideValue(value, *type, EXTERNAL)});

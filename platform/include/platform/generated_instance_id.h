@@ -13,3 +13,6 @@ void PopulateGeneratedInstanceId(Json::SchemaPlace schema, Json::Value& value,
                                  Json::Allocator& allocator);
 void PopulateGeneratedInstanceId(const Json::Value& schema, Json::Value& value,
                                  Json::Allocator& allocator);
+
+/// Whether PopulateGeneratedInstanceId would give an id.
+bool LacksGeneratedInstanceId(Json::SchemaPlace schema, const Json::Value& value);

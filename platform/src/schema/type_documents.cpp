@@ -1,5 +1,7 @@
 #include "schema/type_documents.h"
 
+#include "json/number_kinds.h"
+
 #include <set>
 #include <vector>
 
@@ -19,9 +21,10 @@ class LazyObject {
     Add(name, Json::Copy(text, Allocator()));
   }
   // The value's texts are its own, as those of parsed documents are.
-  void AddCopy(std::string_view name, const Json::Value& value) {
+  void AddCopy(std::string_view name, const Json::Value& value, Json::SchemaPlace place) {
     Json::Value copy;
     copy.CopyFrom(value, Allocator());
+    Json::SettleNumbers(copy, place);
     Add(name, std::move(copy));
   }
   bool Has(std::string_view name) const {
@@ -76,7 +79,7 @@ std::shared_ptr<JsonDoc> MakeDefaults(Json::SchemaPlace place) {
   LazyObject defaults;
   place.ForEachProperty([&](std::string_view name, Json::SchemaPlace property) {
     if (const Json::Value* value = property.Default()) {
-      defaults.AddCopy(name, *value);
+      defaults.AddCopy(name, *value, property);
     }
   });
   return defaults.Take();
