@@ -173,6 +173,10 @@ int CommitTransaction(const ConnectionHandle& connection) {
   });
 }
 
+bool IsInTransaction(const ConnectionHandle& connection) noexcept {
+  return connection && connection->depth > 0;
+}
+
 int CancelTransaction(const ConnectionHandle& connection) {
   return internal::Operate(connection, testing::Operation::CANCEL, StoreConnection::UNDO, [&] {
     if (connection->depth == 0) {

@@ -79,6 +79,9 @@ int BeginTransaction(const ConnectionHandle& connection);
 int CommitTransaction(const ConnectionHandle& connection);
 int CancelTransaction(const ConnectionHandle& connection);
 
+/// Whether a level is open on the connection. Holds for as long as the caller keeps its turn.
+bool IsInTransaction(const ConnectionHandle& connection) noexcept;
+
 /// Texts by keys, beside the configuration; part of the connection's transaction. A missing entry
 /// reads as success with an empty text. Writing makes or replaces an entry; where no transaction is
 /// open it waits, and is refused, as Begin does.

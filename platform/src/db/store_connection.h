@@ -40,6 +40,7 @@ class StoreConnection {
   int Begin();
   int Commit();
   int Cancel();
+  bool IsInTransaction();
 
   /// Null on failure.
   internal::CachedStatement* TakeStatement(std::string_view sql, int limit);

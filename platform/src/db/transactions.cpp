@@ -96,6 +96,11 @@ int StoreConnection::Cancel() {
   return SQLITE_OK;
 }
 
+bool StoreConnection::IsInTransaction() {
+  const Guard guard(lock_);
+  return depth_ > 0;
+}
+
 void StoreConnection::EndLevel() noexcept {
   if (--depth_ == 0) {
     EndTransaction();
@@ -137,6 +142,10 @@ int CancelTransaction(const ConnectionHandle& connection) {
   }
   const int status = internal::AskHook(testing::Operation::CANCEL);
   return status != 0 ? status : usable->Cancel();
+}
+
+bool IsInTransaction(const ConnectionHandle& connection) noexcept {
+  return connection && !connection->IsInherited() && connection->IsInTransaction();
 }
 
 }  // namespace DBStore
