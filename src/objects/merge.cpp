@@ -11,11 +11,11 @@ namespace {
 void MergeMembers(const Json::Value& source, Json::Value& target, Json::SchemaPlace schema,
                   Json::Allocator& allocator) {
   for (const auto& member : source.GetObject()) {
-    if (member.value.IsNull()) {
-      continue;
-    }
     const std::string_view name = Json::Text(member.name);
     if (Json::Value* existing = Json::FindMember(target, name)) {
+      if (member.value.IsNull()) {
+        continue;  // says nothing beside a value
+      }
       MergeValue(member.value, *existing, schema.Property(name), allocator);
     } else {
       target.AddMember(Json::Copy(name, allocator), Json::Value(member.value, allocator),

@@ -39,6 +39,11 @@ class StoreObjectImpl {
   Json::Value& GetRoot() { return document_ ? *document_->GetJsonValuePtr() : ViewedRoot(); }
   /// Where everything in the data is allocated.
   Json::Allocator& GetAllocator();
+  /// Puts another document in the place of a whole object's, and returns the one there was.
+  std::shared_ptr<JsonDoc> ExchangeDocument(std::shared_ptr<JsonDoc> document) noexcept {
+    document_.swap(document);
+    return document;
+  }
   /// Levels of nesting around the data; 0 for a whole object.
   std::size_t Depth() const;
 

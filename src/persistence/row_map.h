@@ -26,6 +26,10 @@ class RowMap {
   /// The column's text, or an empty one.
   std::string_view Text(std::string_view column) const { return Find(column).value_or(""); }
   bool Empty() const { return columns_.empty(); }
+  /// The same columns in the same order, with the same texts.
+  bool operator==(const RowMap& other) const {
+    return columns_.size() == other.columns_.size() && text_ == other.text_;
+  }
 
   /// Forgets the row, but keeps its memory for the next.
   void Clear();

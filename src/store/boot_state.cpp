@@ -8,6 +8,7 @@
 #include "persistence/connection.h"
 #include "persistence/desired_view.h"
 #include "store/under_transaction.h"
+#include "store/working_objects.h"
 #include "validation/guards.h"
 #include "validation/object_validation.h"
 
@@ -51,8 +52,11 @@ void SetPartialBootStatus(std::shared_ptr<ConfigStoreObject> object) {
   const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
   const SchemaHandle schema = FindSchema(csoId);
   CheckSchema(csoId, schema);
+  WorkingObjects working;
+  working.Add(schema, object);
   ValidatePartialConfig(schema, object);
   if (ObjIsEmpty(object, "SetPartialBootStatus")) {
+    working.Keep();
     return;
   }
   const DBStore::ConnectionHandle connection = Connect();
@@ -61,6 +65,7 @@ void SetPartialBootStatus(std::shared_ptr<ConfigStoreObject> object) {
       ValidateRestored(schema, result);
     });
   });
+  working.Keep();
 }
 
 std::shared_ptr<ConfigStoreObject> GetDesiredUserConfig(const ConfigStoreObjectId& csoId,

@@ -12,6 +12,7 @@
 #include "store/config_store_impl.h"
 #include "store/trace.h"
 #include "store/under_transaction.h"
+#include "store/working_objects.h"
 #include "validation/guards.h"
 #include "validation/object_validation.h"
 
@@ -53,7 +54,9 @@ void ConfigStoreImpl::SetInstances(std::vector<std::shared_ptr<ConfigStoreObject
   const SchemaHandle schema = FindSchema(schemaCache, type);
   ValidateCsoIdInstances(type, schema);
   const bool closed = IsClosedDuringBoot(schema, connection_);
+  WorkingObjects working;
   CheckInstances(objects, type, [&](const ObjectHandle& object) {
+    working.Add(schema, object);
     ValidateSet(schema, object);
     if (closed && isUserType(object, schema)) {
       checkUserContext(true, context);
@@ -61,6 +64,7 @@ void ConfigStoreImpl::SetInstances(std::vector<std::shared_ptr<ConfigStoreObject
   });
   DropEmptyObjects(objects, "SetInstances");
   if (objects.empty()) {
+    working.Keep();
     return;
   }
   RunUnderTransaction(*this, connection_, "SetInstances", [&] {
@@ -68,6 +72,7 @@ void ConfigStoreImpl::SetInstances(std::vector<std::shared_ptr<ConfigStoreObject
     DeleteInstancesInternal(type, connection_);
     SetInstancesInternal(objects, context, schemaCache, connection_, existing);
   });
+  working.Keep();
   NotifyIfAllowlisted(type, connection_);
 }
 
@@ -76,9 +81,14 @@ void ConfigStoreImpl::SetDataInstancesInternal(ObjectList objects, ValidateData 
                                                WriteConfirmable writeWithFlag, WriteValues write,
                                                const SchemaHandle& schema, const char* operation) {
   const ConfigStoreObjectId first = objects.front()->GetConfigStoreObjectId();
-  CheckInstances(objects, first, [&](const ObjectHandle& object) { validate(schema, object); });
+  WorkingObjects working;
+  CheckInstances(objects, first, [&](const ObjectHandle& object) {
+    working.Add(schema, object);
+    validate(schema, object);
+  });
   DropEmptyObjects(objects, operation);
   if (objects.empty()) {
+    working.Keep();
     return;
   }
   RunUnderTransaction(*this, connection_, "SetDataInstancesInternal", [&] {
@@ -90,6 +100,7 @@ void ConfigStoreImpl::SetDataInstancesInternal(ObjectList objects, ValidateData 
       write(objects, connection_, schema);
     }
   });
+  working.Keep();
   NotifyIfAllowlisted(first, connection_);
 }
 

@@ -11,9 +11,11 @@
 #include "persistence/write_values.h"
 #include "store/boot_context.h"
 #include "store/config_store_impl.h"
+#include "store/removals.h"
 #include "store/trace.h"
 #include "store/under_transaction.h"
 #include "store/update.h"
+#include "store/working_objects.h"
 #include "validation/guards.h"
 #include "validation/object_validation.h"
 
@@ -32,6 +34,12 @@ bool UpdatesNothing(const ObjectHandle& object) {
   return true;
 }
 
+bool HoldsUserData(const SchemaHandle& schema, const ObjectHandle& object,
+                   const Removals& removals) {
+  return isUserType(object, schema) ||
+         (removals.Kinds() & static_cast<unsigned>(Json::Kind::USER)) != 0;
+}
+
 }  // namespace
 
 void ConfigStoreImpl::Set(std::shared_ptr<ConfigStoreObject> object,
@@ -44,12 +52,16 @@ void ConfigStoreImpl::Set(std::shared_ptr<ConfigStoreObject> object,
   const auto schemaCache = TarnSchemaStore::SchemaStore::GetCache();
   const SchemaHandle schema = FindSchema(schemaCache, csoId);
   ValidateCsoId(object, schema);
+  WorkingObjects working;
+  working.Add(schema, object);
   ValidateSet(schema, object);
   CheckBootTimeContext(schema, object, context, connection_);
   if (ObjIsEmpty(object, "Set")) {
+    working.Keep();
     return;
   }
   SetInternal(object, schemaCache, context, connection_);
+  working.Keep();
   NotifyIfAllowlisted(csoId, connection_);
 }
 
@@ -65,8 +77,11 @@ void ConfigStoreImpl::SetUserData(std::shared_ptr<ConfigStoreObject> object,
   if (IsClosedDuringBoot(schema, connection_)) {
     checkUserContext(true, context);
   }
+  WorkingObjects working;
+  working.Add(schema, object);
   ValidateUserConfig(schema, object);
   if (ObjIsEmpty(object, "SetUserData")) {
+    working.Keep();
     return;
   }
   // Announced before the write, unlike its siblings: so says the interface.
@@ -76,6 +91,7 @@ void ConfigStoreImpl::SetUserData(std::shared_ptr<ConfigStoreObject> object,
   } else {
     WriteAutoConfConfigInstances({object}, connection_, schema);
   }
+  working.Keep();
 }
 
 void ConfigStoreImpl::SetPart(const std::shared_ptr<ConfigStoreObject>& object,
@@ -87,11 +103,15 @@ void ConfigStoreImpl::SetPart(const std::shared_ptr<ConfigStoreObject>& object,
   LogStoreCall(CSLogger::kWriteCall, operation, csoId, EXTERNAL);
   const SchemaHandle schema = FindSchema(csoId);
   ValidateCsoId(object, schema);
+  WorkingObjects working;
+  working.Add(schema, object);
   validate(schema, object);
   if (ObjIsEmpty(object, operation)) {
+    working.Keep();
     return;
   }
   write({object}, connection_, schema);
+  working.Keep();
   NotifyIfAllowlisted(csoId, connection_);
 }
 
@@ -115,15 +135,25 @@ void ConfigStoreImpl::Update(std::shared_ptr<ConfigStoreObject> object,
   if (UpdatesNothing(object)) {
     return;
   }
+  const Removals removals(Internal::Access::Of(*object).GetRoot(), schema->GetSchemaPlace());
+  if (IsClosedDuringBoot(schema, connection_) && HoldsUserData(schema, object, removals)) {
+    checkUserContext(true, context);
+  }
+  WorkingObjects working;
+  working.Add(schema, object, !removals.Empty());
+  if (removals.HasNulls()) {
+    // A null that stands for no member at all would be taken out with the others.
+    ValidateNames(schema, object);
+    removals.TakeNullsFrom(Internal::Access::Of(*object).GetRoot());
+  }
   ValidateUpdate(schema, object);
   // Cleaning may have left nothing.
-  if (UpdatesNothing(object)) {
+  if (removals.Empty() && UpdatesNothing(object)) {
+    working.Keep();
     return;
   }
-  CheckBootTimeContext(schema, object, context, connection_);
-  // What is read has to be there still when the result is written.
-  RunUnderTransaction(*this, connection_, "Update",
-                      [&] { UpdateInternal(object, schema, context, connection_); });
+  UpdateInternal(*this, object, removals, schema, context, connection_);
+  working.Keep();
   NotifyIfAllowlisted(csoId, connection_);
 }
 

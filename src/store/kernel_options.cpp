@@ -10,6 +10,7 @@
 #include "persistence/kernel_option_rows.h"
 #include "store/trace.h"
 #include "store/under_transaction.h"
+#include "store/working_objects.h"
 #include "validation/guards.h"
 #include "validation/object_validation.h"
 
@@ -38,9 +39,12 @@ void SetKernelOptions(std::shared_ptr<ConfigStoreObject> object) {
   const ConfigStoreObjectId& csoId = object->GetConfigStoreObjectId();
   LogStoreCall(CSLogger::kWriteCall, "SetKernelOptions", csoId, EXTERNAL);
   const SchemaHandle schema = CheckedSchema(csoId);
+  WorkingObjects working;
+  working.Add(schema, object);
   ValidateSet(schema, object);
   ValidateNoCachedData(schema, object);
   if (ObjIsEmpty(object, "SetKernelOptions")) {
+    working.Keep();
     return;
   }
   const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
@@ -48,6 +52,7 @@ void SetKernelOptions(std::shared_ptr<ConfigStoreObject> object) {
     RequireNoRemediation(connection);
     SetKernelOptionsInternal(object, schema, connection);
   });
+  working.Keep();
 }
 
 }  // namespace TarnConfigStore

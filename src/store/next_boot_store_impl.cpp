@@ -9,6 +9,7 @@
 #include "store/bulk_lists.h"
 #include "store/trace.h"
 #include "store/under_transaction.h"
+#include "store/working_objects.h"
 #include "validation/guards.h"
 #include "validation/object_validation.h"
 
@@ -82,8 +83,11 @@ void NextBootStoreImpl::Set(std::shared_ptr<ConfigStoreObject> object) {
   Trace("Set", csoId);
   const SchemaHandle schema = StageableType(csoId);
   ValidateWritableInstanceId(csoId);
+  WorkingObjects working;
+  working.Add(schema, object);
   ValidateContent(schema, object);
   ExecuteUnderTransaction(object, schema, SetRebootRequiredConfigInternal);
+  working.Keep();
 }
 
 void NextBootStoreImpl::Delete(const ConfigStoreObjectId& csoId) {
@@ -105,9 +109,13 @@ void NextBootStoreImpl::SetInstances(std::vector<std::shared_ptr<ConfigStoreObje
   const ConfigStoreObjectId first = DropEmptyHandles(objects, "SetInstances");
   Trace("SetInstances", first);
   const SchemaHandle schema = StageableTypeWithInstances(first);
-  CheckInstances(objects, first,
-                 [&schema](const ObjectHandle& object) { ValidateContent(schema, object); });
+  WorkingObjects working;
+  CheckInstances(objects, first, [&](const ObjectHandle& object) {
+    working.Add(schema, object);
+    ValidateContent(schema, object);
+  });
   ExecuteUnderTransaction(objects, schema, SetRebootRequiredConfigInstancesInternal);
+  working.Keep();
 }
 
 std::vector<std::shared_ptr<ConfigStoreObject>> NextBootStoreImpl::GetInstances(

@@ -3,6 +3,7 @@
 #include "platform/logger.h"
 
 #include "json/type_schema_view.h"
+#include "json/utf8.h"
 #include "objects/access.h"
 
 #include <algorithm>
@@ -19,18 +20,6 @@ bool IsEmptyContent(const Json::Value& value) {
   return (value.IsObject() && value.ObjectEmpty()) || (value.IsArray() && value.Empty());
 }
 
-// Most objects hold nothing empty; looking for it asks nothing of the schema.
-bool HoldsEmptyContent(const Json::Value& value) {
-  if (value.IsObject()) {
-    return std::any_of(value.MemberBegin(), value.MemberEnd(), [](const auto& member) {
-      return IsEmptyContent(member.value) || HoldsEmptyContent(member.value);
-    });
-  }
-  return value.IsArray() && std::any_of(value.Begin(), value.End(), [](const Json::Value& element) {
-           return IsEmptyContent(element) || HoldsEmptyContent(element);
-         });
-}
-
 void RemoveLoneInstanceId(Json::Value& object, Json::SchemaPlace schema) {
   if (object.MemberCount() != 1) {
     return;
@@ -43,63 +32,103 @@ void RemoveLoneInstanceId(Json::Value& object, Json::SchemaPlace schema) {
   }
 }
 
-// Answers whether anything was removed.
-bool Clean(Json::Value& value, Json::SchemaPlace schema);
-
-bool CleanMembers(Json::Value& object, Json::SchemaPlace schema) {
-  bool removed = false;
-  for (auto member = object.MemberBegin(); member != object.MemberEnd();) {
-    const bool empties = IsContainer(member->value);
-    const Json::SchemaPlace property =
-        empties ? schema.Property(Json::Text(member->name)) : Json::SchemaPlace();
-    if (!empties || property.OwnKind() != Json::Kind::USER) {
-      ++member;
-      continue;
-    }
-    removed = Clean(member->value, property) || removed;
-    if (IsEmptyContent(member->value)) {
-      CSLogger::Log(CSLogger::kOutcome, "Erasing empty object prop %s", member->name.GetString());
-      member = object.EraseMember(member);
-      removed = true;
-    } else {
-      ++member;
-    }
-  }
-  return removed;
+bool NamesNothing(const Json::Value& element) {
+  return element.IsObject() && (element.ObjectEmpty() || (element.MemberCount() == 1 &&
+                                                          Json::Text(element.MemberBegin()->name) ==
+                                                              Json::kGeneratedInstanceId));
 }
 
-bool CleanElements(Json::Value& array, Json::SchemaPlace items) {
-  bool removed = false;
-  if (items.OwnKind() != Json::Kind::USER) {
-    return removed;
-  }
-  for (auto element = array.Begin(); element != array.End();) {
-    if (Clean(*element, items) && element->IsObject()) {
-      RemoveLoneInstanceId(*element, items);
-      removed = true;
-    }
-    if (IsEmptyContent(*element)) {
-      CSLogger::Log(CSLogger::kOutcome, "Erasing empty array element %zu",
-                    static_cast<std::size_t>(element - array.Begin()));
-      element = array.Erase(element);
-      removed = true;
-    } else {
-      ++element;
-    }
-  }
-  return removed;
-}
+class Cleaner {
+ public:
+  Cleaner(Writes writes, Json::Allocator& allocator) : writes_(writes), allocator_(allocator) {}
 
-bool Clean(Json::Value& value, Json::SchemaPlace schema) {
-  if (value.IsObject()) {
-    return CleanMembers(value, schema);
+  void CleanMembers(Json::Value& object, Json::SchemaPlace schema) {
+    for (auto member = object.MemberBegin(); member != object.MemberEnd();) {
+      const std::string_view name = Json::Text(member->name);
+      const Json::SchemaPlace property =
+          IsContainer(member->value) ? schema.Property(name) : Json::SchemaPlace();
+      if (!property || property.OwnKind() != Json::Kind::USER) {
+        ++member;
+        continue;
+      }
+      Clean(member->value, property);
+      if (IsEmptyContent(member->value) && !schema.CanRequire(name) && !property.HoldsDefaults() &&
+          !TakesAnothersPlace(member->value, property)) {
+        CSLogger::Log(CSLogger::kOutcome, "Erasing empty object prop %s",
+                      Json::Utf8::Escaped(name).c_str());
+        member = object.EraseMember(member);
+      } else {
+        ++member;
+      }
+    }
   }
-  return value.IsArray() && CleanElements(value, schema.Items());
-}
+
+ private:
+  void Clean(Json::Value& value, Json::SchemaPlace schema) {
+    if (value.IsObject()) {
+      CleanMembers(value, schema);
+    } else if (value.IsArray() && schema.Items().OwnKind() == Json::Kind::USER) {
+      CleanElements(value, schema.Items());
+    }
+  }
+
+  void CleanElements(Json::Value& array, Json::SchemaPlace items) {
+    const bool holdsInstances = !items.InstanceIdMember().empty();
+    auto kept = array.Begin();
+    for (auto element = array.Begin(); element != array.End(); ++element) {
+      if (holdsInstances && NamesNothing(*element)) {
+        CSLogger::Log(CSLogger::kOutcome, "Erasing empty array element %zu",
+                      static_cast<std::size_t>(element - array.Begin()));
+        continue;
+      }
+      CleanElement(*element, items);
+      if (kept != element) {
+        *kept = *element;
+      }
+      ++kept;
+    }
+    if (kept != array.End()) {
+      array.Erase(kept, array.End());
+    }
+  }
+
+  // An element that was given something is not made one that names nothing.
+  void CleanElement(Json::Value& element, Json::SchemaPlace items) {
+    if (!HoldsEmptyContent(element)) {
+      return;
+    }
+    Json::Value given(element, allocator_);
+    Clean(element, items);
+    if (NamesNothing(element)) {
+      element = given;
+    }
+  }
+
+  // Instances of two parts are put together; of other lists the one part's replaces the other's.
+  bool TakesAnothersPlace(const Json::Value& value, Json::SchemaPlace place) const {
+    return writes_ == Writes::ONE_PART && value.IsArray() &&
+           place.Items().InstanceIdMember().empty();
+  }
+
+  Writes writes_;
+  Json::Allocator& allocator_;
+};
 
 }  // namespace
 
-void CleanupObject(const ObjectHandle& object, const SchemaHandle& schema) {
+// Most objects hold nothing empty; looking for it asks nothing of the schema.
+bool HoldsEmptyContent(const Json::Value& value) {
+  if (value.IsObject()) {
+    return std::any_of(value.MemberBegin(), value.MemberEnd(), [](const auto& member) {
+      return IsEmptyContent(member.value) || HoldsEmptyContent(member.value);
+    });
+  }
+  return value.IsArray() && std::any_of(value.Begin(), value.End(), [](const Json::Value& element) {
+           return IsEmptyContent(element) || NamesNothing(element) || HoldsEmptyContent(element);
+         });
+}
+
+void CleanupObject(const ObjectHandle& object, const SchemaHandle& schema, Writes writes) {
   switch (schema->GetConfigType()) {
     case TarnSchemaStore::CONFIG_VITAL:
     case TarnSchemaStore::CONFIG_CACHED:
@@ -108,11 +137,12 @@ void CleanupObject(const ObjectHandle& object, const SchemaHandle& schema) {
     default:
       break;
   }
-  Json::Value& root = Internal::Access::Of(*object).GetRoot();
+  ConfigStoreObjectImpl& data = Internal::Access::Of(*object);
+  Json::Value& root = data.GetRoot();
   if (root.IsObject()) {
     const Json::SchemaPlace node = schema->GetSchemaPlace();
     if (HoldsEmptyContent(root)) {
-      Clean(root, node);
+      Cleaner(writes, data.GetAllocator()).CleanMembers(root, node);
     }
     // One that names another instance is not all that the object says.
     const std::string& id = object->GetConfigStoreObjectId().instanceId;

@@ -1,15 +1,18 @@
 #include "validation/object_validation.h"
 
+#include "platform/generated_instance_id.h"
 #include "platform/json_validator.h"
 #include "platform/logger.h"
 
 #include "errors/raise.h"
+#include "json/number_kinds.h"
 #include "json/pointer.h"
 #include "json/utf8.h"
 #include "objects/access.h"
 #include "objects/division.h"
 #include "objects/document.h"
 #include "objects/schema_lookup.h"
+#include "objects/working_data.h"
 #include "validation/cleanup.h"
 
 #include <utility>
@@ -61,23 +64,49 @@ void CheckId(const Json::Value& data, std::string_view member, const std::string
              errors, quiet);
 }
 
-void Require(const SchemaHandle& schema, const ObjectHandle& object, const RuleSet& rules,
-             CSErrorCodes code) {
-  std::vector<ErrorInfo> errors;
-  if (!ValidateObjectData(schema, object, rules, errors, false)) {
-    ThrowException<ValidationException>(code, errors);
-  }
+// What storing adds to data that fit: the instance's id, and the kinds of numbers.
+void Complete(const SchemaHandle& schema, const ObjectHandle& object) {
   const ConfigStoreObjectId& id = object->GetConfigStoreObjectId();
   ConfigStoreObjectImpl& data = Internal::Access::Of(*object);
   const std::string_view member = IdMember(schema, id);
   if (LacksId(data.GetRoot(), member)) {
     PutId(data.GetRoot(), member, id.instanceId, data.GetAllocator());
   }
+  Json::SettleNumbers(data.GetRoot(), schema->GetSchemaPlace());
 }
 
+void Require(const SchemaHandle& schema, const ObjectHandle& object, const RuleSet& rules,
+             CSErrorCodes code) {
+  std::vector<ErrorInfo> errors;
+  if (!ValidateObjectData(schema, object, rules, errors, false)) {
+    ThrowException<ValidationException>(code, errors);
+  }
+  Complete(schema, object);
+}
+
+// Whether the object fits once it is cleaned; if not, it is as it was.
+bool FitsCleaned(const SchemaHandle& schema, const ObjectHandle& object, const RuleSet& rules,
+                 Writes writes) {
+  WorkingData cleaned(object);
+  CleanupObject(object, schema, writes);
+  std::vector<ErrorInfo> errors;
+  if (!ValidateObjectData(schema, object, rules, errors, true)) {
+    return false;
+  }
+  Complete(schema, object);
+  cleaned.Keep();
+  return true;
+}
+
+// Findings are of what was given. What fits as it was given, but not without what is empty (a schema
+// may count members), stays as it is.
 void CleanAndRequire(const SchemaHandle& schema, const ObjectHandle& object, const RuleSet& rules,
-                     CSErrorCodes code) {
-  CleanupObject(object, schema);
+                     CSErrorCodes code, Writes writes) {
+  if (!HoldsEmptyContent(Internal::Access::Of(*object).GetRoot())) {
+    CleanupObject(object, schema, writes);
+  } else if (FitsCleaned(schema, object, rules, writes)) {
+    return;
+  }
   Require(schema, object, rules, code);
 }
 
@@ -95,6 +124,19 @@ const RuleSet& RulesOfType(const Json::Value& schema) {
 }
 
 }  // namespace
+
+bool StoringChangesData(const SchemaHandle& schema, const ObjectHandle& object) {
+  const Json::Value& data = Internal::Access::Of(*object).GetRoot();
+  if (!data.IsObject()) {
+    return false;
+  }
+  const Json::SchemaPlace place = schema->GetSchemaPlace();
+  return data.MemberCount() == 1 ||  // perhaps nothing but the id
+         HoldsEmptyContent(data) ||
+         LacksId(data, IdMember(schema, object->GetConfigStoreObjectId())) ||
+         !Json::NumbersAreSettled(data, place) ||
+         (schema->GetIdMap() && LacksGeneratedInstanceId(place, data));
+}
 
 bool ValidateObjectData(const SchemaHandle& schema, const ObjectHandle& object,
                         const RuleSet& rules, std::vector<ErrorInfo>& errors, bool quiet) {
@@ -139,19 +181,28 @@ void ValidateVitalConfig(const SchemaHandle& schema, const ObjectHandle& object)
 }
 
 void ValidateUserConfig(const SchemaHandle& schema, const ObjectHandle& object) {
-  CleanAndRequire(schema, object, UserRules(), CS_USER_CONFIG_INVALID);
+  CleanAndRequire(schema, object, UserRules(), CS_USER_CONFIG_INVALID, Writes::ONE_PART);
 }
 
 void ValidatePartialConfig(const SchemaHandle& schema, const ObjectHandle& object) {
-  CleanAndRequire(schema, object, PartialRules(), CS_PARTIAL_CONFIG_INVALID);
+  CleanAndRequire(schema, object, PartialRules(), CS_PARTIAL_CONFIG_INVALID, Writes::ONE_PART);
 }
 
 void ValidateSet(const SchemaHandle& schema, const ObjectHandle& object) {
-  CleanAndRequire(schema, object, SetRules(), CS_SET_INVALID);
+  CleanAndRequire(schema, object, SetRules(), CS_SET_INVALID, Writes::WHOLE_ROW);
 }
 
 void ValidateUpdate(const SchemaHandle& schema, const ObjectHandle& object) {
-  CleanAndRequire(schema, object, UpdateRules(), CS_UPDATE_INVALID);
+  CleanAndRequire(schema, object, UpdateRules(), CS_UPDATE_INVALID, Writes::ONE_PART);
+}
+
+void ValidateNames(const SchemaHandle& schema, const ObjectHandle& object) {
+  std::vector<ErrorInfo> errors;
+  ValidateValue(schema->GetSchemaDocument(), Internal::Access::Of(*object).GetRoot(), NameRules(),
+                errors, false);
+  if (!errors.empty()) {
+    ThrowException<ValidationException>(CS_UPDATE_INVALID, errors);
+  }
 }
 
 void ValidateUpdated(const SchemaHandle& schema, const ObjectHandle& object, unsigned written) {

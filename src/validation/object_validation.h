@@ -36,15 +36,24 @@ void ValidateValue(const Json::Value& schema, const Json::Value& value, const Ru
 /// the JSON assertion, 1082.
 void ConvertFindings(const Json::Value& result, std::vector<ErrorInfo>& errors, bool quiet);
 
+/// Whether one of the following, or the write that follows it, may change the object's data.
+bool StoringChangesData(const SchemaHandle& schema, const ObjectHandle& object);
+
 // Each raises ValidationException with the code named, and every finding, when the object does not
-// fit. All but the first two remove empty content from the object first. Data of an instance that
-// lack its id get it when they fit, unless they are empty.
+// fit; the object is then as it was, and so are the places that the findings name. All but the
+// first two remove empty content from the object first; where the object fits only with it, it
+// stays. Data that fit get what storing adds: those of an instance its id, unless they are empty,
+// and numbers the kind that the schema leaves.
 void ValidateCachedConfig(const SchemaHandle& schema, const ObjectHandle& object);   // 1084
 void ValidateVitalConfig(const SchemaHandle& schema, const ObjectHandle& object);    // 1086
 void ValidateUserConfig(const SchemaHandle& schema, const ObjectHandle& object);     // 1087
 void ValidatePartialConfig(const SchemaHandle& schema, const ObjectHandle& object);  // 1088
 void ValidateSet(const SchemaHandle& schema, const ObjectHandle& object);            // 1089
 void ValidateUpdate(const SchemaHandle& schema, const ObjectHandle& object);         // 1090
+
+/// The names of an object's members alone, whatever they hold; raises ValidationException 1090 for
+/// those that its type does not declare.
+void ValidateNames(const SchemaHandle& schema, const ObjectHandle& object);
 
 /// What an update makes of an object, checked whole, as it is, as one that is to be set, but that
 /// "required" is asked of members of the parts named; raises ValidationException 1090.

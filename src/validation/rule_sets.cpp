@@ -38,6 +38,7 @@ struct RuleSets {
                                                   Updated(4), Updated(5), Updated(6), Updated(7)};
   const RuleSet partial = {RULE_DECLARED_MEMBERS, RULE_JSON_SCHEMA, RULE_NO_VITAL_OR_CACHED,
                            RULE_INSTANCE_IDS};
+  const RuleSet names = {RULE_DECLARED_MEMBERS};
   const RuleSet user = {RULE_DECLARED_MEMBERS, RULE_JSON_SCHEMA, RULE_NO_VITAL_OR_CACHED,
                         RULE_INSTANCE_IDS, RULE_REQUIRED};
 };
@@ -70,6 +71,9 @@ const RuleSet& UpdatedRules(unsigned parts) {
 }
 const RuleSet& PartialRules() {
   return TheRuleSets().partial;
+}
+const RuleSet& NameRules() {
+  return TheRuleSets().names;
 }
 const RuleSet& UserRules() {
   return TheRuleSets().user;

@@ -19,6 +19,8 @@ const RuleSet& SetRules();
 /// bits of Json::Kind.
 const RuleSet& UpdatedRules(unsigned parts);
 const RuleSet& PartialRules();
+/// That every member is declared, and nothing else.
+const RuleSet& NameRules();
 const RuleSet& UserRules();
 
 }  // namespace TarnConfigStore

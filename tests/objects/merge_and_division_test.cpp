@@ -65,8 +65,9 @@ TEST_F(MergeAndDivision, InstancesMergeByIdAndPlainListsAreReplaced) {
       merged(R"({"ports":[{"id":7}]})", R"({"ports":[{"id":7},{"id":"a"},{"id":"a","vlan":1}]})"),
       R"({"ports":[{"id":7},{"id":7},{"id":"a","vlan":1}]})")
       << "a number is no id";
-  EXPECT_EQ(merged(R"({"a":1,"b":{"c":1}})", R"({"a":null,"b":7,"d":null})"), R"({"a":1,"b":7})")
-      << "nulls add nothing, other kinds replace";
+  EXPECT_EQ(merged(R"({"a":1,"b":{"c":1}})", R"({"a":null,"b":7,"d":null})"),
+            R"({"a":1,"b":7,"d":null})")
+      << "a null says nothing beside a value; other kinds replace";
 }
 
 TEST_F(MergeAndDivision, MergingThePartsGivesBackTheObjectAndValidationKnowsEachPart) {

@@ -5,6 +5,7 @@
 #include "objects/division.h"
 #include "objects/merge.h"
 #include "objects/schema_lookup.h"
+#include "store/removals.h"
 #include "support/random_objects.h"
 #include "support/sanitized.h"
 #include "support/store_fixture.h"
@@ -107,12 +108,25 @@ class RandomOperations : public TestSupport::StoreFixture {
   }
 
   void Update(const ObjectHandle& object, USERDATA_CONTEXT context) {
-    store_->Update(object, context);
-    if (!object->IsEmpty()) {
+    const auto given = Object(ModelId(IdOf(object)), Access::Of(*object).GetSerializedData());
+    const Removals removals(Access::Of(*given).GetRoot(), schema_->GetSchemaPlace());
+    try {
+      store_->Update(object, context);
+    } catch (const ValidationException&) {
+      EXPECT_FALSE(removals.Empty());
+      return;
+    }
+    if (!object->IsEmpty() || !removals.Empty()) {
       const ColumnValues changes = Divided(object, context);
       Row& row = model_[IdOf(object)];
+      const Part others = context == EXTERNAL ? &ColumnValues::automatic : &ColumnValues::user;
       for (const Part part : {&ColumnValues::user, &ColumnValues::automatic, &ColumnValues::vital,
                               &ColumnValues::cached}) {
+        if (part != others && row.values.*part) {
+          const auto left = Object(ModelId(IdOf(object)), *(row.values.*part));
+          removals.TakeFrom(Access::Of(*left).GetRoot());
+          row.values.*part = Access::Of(*left).GetSerializedData();
+        }
         if (changes.*part) {
           const auto laid = Merged(IdOf(object), {changes.*part, row.values.*part, {}, {}});
           row.values.*part = Access::Of(*laid).GetSerializedData();

@@ -96,8 +96,85 @@ TEST_F(Writes, WhatAnUpdateMakesOfARowHasToFitItsType) {
   EXPECT_EQ(database_.Rows(), before);
   Set(plain_, R"({"name":"a","tags":["x","y"],"nested":{"deep":{"leaf":"l"}}})");
   EXPECT_EQ(update(R"({"tags":["z"],"nested":{"deep":{}}})"), "nothing");
-  EXPECT_EQ(Data(store_->Get(plain_)),
-            R"({"name":"a","tags":["z"],"nested":{"deep":{"leaf":"l"}}})");
+  EXPECT_EQ(Data(store_->Get(plain_)), R"({"name":"a","tags":["z"],"nested":{}})");
+}
+
+TEST_F(Writes, AnUpdateTakesAwayWhatItGivesAsNullOrEmpty) {
+  const auto update = [&](const char* members, USERDATA_CONTEXT context = EXTERNAL) {
+    const auto object = SwitchObject("s1", members);
+    const std::string given = object->GetData();
+    const std::string raised = Raised([&] { store_->Update(object, context); });
+    EXPECT_TRUE(raised == "nothing" || object->GetData() == given)
+        << "a refused object is as it was";
+    return raised;
+  };
+  const std::string refused = "VE 1090 The update does not fit its type. | /";
+  Set(switch_, R"({"name":"s1","mtu":1,"serial":"x","state":{"up":true},"ports":[
+      {"id":"a","vlan":1,"mac":"m","policy":{"limit":1,"seen":2}},{"id":"b","vlan":2}]})");
+  EXPECT_EQ(
+      update(R"("mtu":null,"serial":null,"ports":[{"id":"a","vlan":null,"policy":{}},{"id":"c"}])"),
+      "nothing");
+  EXPECT_EQ(Data(store_->Get(switch_)),
+            Named("s1", R"("state":{"up":true},"ports":[)"
+                        R"({"id":"a","mac":"m"},{"id":"b","vlan":2},{"id":"c"}])"));
+  EXPECT_EQ(update(R"("mut":null)"), refused + "mut");
+  EXPECT_EQ(update(R"("mtu":2,"ports":[{"id":"a","valn":null}])"), refused + "ports/0/valn");
+  store_->SetUserData(SwitchObject("s1", R"("mtu":3,"ports":[{"id":"b"}])"), AUTO_CONFIG);
+  const std::string before = database_.Rows();
+  EXPECT_EQ(update(R"("mtu":null,"ports":[])"), refused + "mtu | /ports") << "they are automatic";
+  EXPECT_EQ(database_.Rows(), before);
+  EXPECT_EQ(update(R"("mtu":null)", AUTO_CONFIG), "nothing");
+  EXPECT_EQ(update(R"("ports":[],"state":null)"), refused + "ports");
+  EXPECT_EQ(update(R"("ports":null)", AUTO_CONFIG), refused + "ports")
+      << "the user's part holds it";
+  Set(switch_, R"({"name":"s1","mtu":1})");
+  EXPECT_EQ(update(R"("mtu":null)"), refused) << "nothing would be left";
+  Set(plain_, R"({"name":"a","tags":["x"],"port":23})");
+  EXPECT_EQ(Raised([&] { store_->Update(Object(plain_, R"({"name":null})"), EXTERNAL); }), refused);
+  store_->SetUserData(Object(plain_, R"({"name":"a","tags":["auto"]})"), AUTO_CONFIG);
+  store_->Update(Object(plain_, R"({"tags":[],"port":null})"), EXTERNAL);
+  EXPECT_EQ(Data(store_->Get(plain_)), R"({"name":"a","tags":[]})") << "the user's list wins";
+}
+
+// What other programs write between reading and writing is not undone.
+TEST_F(Writes, AnUpdateStartsAgainWhereTheRowChangedMeanwhile) {
+  Set(switch_, R"({"name":"s1","mtu":1})");
+  int begun = 0;
+  DBStore::testing::SetHook([&](Operation asked, std::string_view) {
+    if (asked == Operation::BEGIN) {
+      PutRow(switch_,
+             Named("s1", R"("mtu":1,"ports":[{"id":"p)" + std::to_string(++begun) + "\"}]"), "", "",
+             Named("s1", R"("serial":"new")"), "", 1);
+    }
+    return 0;
+  });
+  store_->Update(mtu_, EXTERNAL);
+  DBStore::testing::SetHook({});
+  EXPECT_EQ(begun, 4) << "others wait in the end";
+  EXPECT_EQ(Data(store_->Get(switch_)),
+            Named("s1", R"("serial":"new","mtu":9,"ports":[{"id":"p4"}])"));
+}
+
+TEST_F(Writes, NumbersAreStoredInTheKindOfTheirType) {
+  InstallType(host_, TestSupport::TypeFile("numbers", "1", R"({"type":"object","properties":{
+      "i":{"type":["integer","null"]},"n":{"type":"number","default":7},"any":{"type":["integer","number"]},
+      "list":{"type":"array","items":{"type":"number"}},"free":{},
+      "narrow":{"type":"number","allOf":[{"type":"integer"}]}}})"));
+  const Id numbers("numbers", "test", "tarn");
+  Set(numbers, R"({"i":9.0,"n":5,"any":1.0,"list":[1,2.5,-3],"free":4,"narrow":6})");
+  const auto object = store_->Get(numbers);
+  EXPECT_EQ(Data(object), R"({"i":9,"n":5.0,"any":1.0,"list":[1.0,2.5,-3.0],"free":4,"narrow":6})");
+  int i = 0;
+  double n = 0;
+  EXPECT_EQ(object->GetValue("i", &i) + object->GetValue("n", &n), 2);
+  Set(numbers, R"({"i":18446744073709551615.0e0,"n":9007199254740993})");
+  EXPECT_EQ(Data(store_->Get(numbers)), R"({"i":18446744073709551616.0,"n":9007199254740993})")
+      << "what would be rounded stays";
+  store_->Update(Object(numbers, R"({"i":-3.0,"n":null})"), EXTERNAL);
+  EXPECT_EQ(Data(store_->Get(numbers)), R"({"i":-3})");
+  EXPECT_EQ(store_->Get(numbers)->GetValue("n", &n), 2) << "a default is of its kind too";
+  Set(numbers, R"({"i":null,"n":1})");
+  EXPECT_EQ(Data(store_->Get(numbers)), R"({"i":null,"n":1.0})");
 }
 
 TEST_F(Writes, ContextUpdatesDoNotCountAsWrites) {

@@ -216,7 +216,7 @@ tarn/security/accountPolicy|{"password":{"minimumLength":14,"maximumAgeDays":90}
 tarn/power/policy|{"profile":"custom","custom":{"loadThreshold":0.25}}
 tarn/boot/device|{"diskId":"naa.600508b1001c","partition":5}
 tarn/system/identity|{"hardware":{"model":"m","memoryBytes":8589934592},"uuid":"01234567-89ab-cdef-0123-456789abcdef","hostName":"host1"}
-tarn/system/sensors/fan1|{"sensor":"fan1","unit":"rpm","reading":1200}
+tarn/system/sensors/fan1|{"sensor":"fan1","unit":"rpm","reading":1200.5}
 tarn/tkernel/options|{"console":{"port":"com1","baudRate":115200},"secureBoot":true,"hyperthreading":false}
 T
 
