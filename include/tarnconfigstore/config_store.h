@@ -42,11 +42,18 @@ namespace TarnConfigStore {
 ///   when the call returns. A write that throws has written nothing.
 ///
 /// What holds for every write of objects, unless the function says otherwise:
-/// - The data is cleaned, and then checked against the type. Cleaning removes empty objects and
-///   empty lists that are neither vital nor cached, and an instance id that nothing else is left
-///   beside. Where the data of an instance lack its id, it is written into them. Cleaning, that id,
-///   and the ids that the store generates for elements of lists change the caller's object, also
-///   where the call throws later.
+/// - The data is cleaned, and then checked against the type. Cleaning removes what reads back the
+///   same without it: empty objects and lists that the type knows and does not require, has no
+///   default for (for an object: for any member of it either), and that are neither vital nor cached;
+///   in lists of instances the elements that are empty; and the object's own instance id where
+///   nothing else is left beside it. What fits the type only with its empty members keeps them. The
+///   findings name places in the data as they were given.
+/// - What is stored is completed: where the data of an instance lack its id, it is written into them,
+///   elements of lists get the ids that the store generates, and numbers the kind that the schema
+///   leaves them: 9.0 becomes 9 for an "integer", and 5 becomes 5.0 for a "number", where that
+///   changes no digit.
+/// - The caller's object holds what was stored once the call returns. A call that throws leaves it as
+///   it was.
 /// - An object without data is logged, and not written.
 /// - A change of a type on the host's allowlist is announced to the management daemon, while the
 ///   key/value entry "NOTIFY_KEELD" is "true": before the write by SetUserData, after it by all
@@ -132,14 +139,18 @@ class TARN_CONFIG_STORE_EXPORT ConfigStore {
   /// Changes the members that the object holds, and no others.
   ///
   /// Plain values and lists are replaced. Objects change member by member. Lists with instance ids
-  /// change element by element, and new elements are added at the end. Nothing is deleted.
+  /// change element by element, and new elements are added at the end. A member that is given as
+  /// null is removed, and an empty list or object replaces what is there; in elements of lists with
+  /// instance ids too, but not inside other lists, where they are values. All this holds for the
+  /// values that the caller writes: not for the automatic value in the EXTERNAL context, nor for the
+  /// user's in an automatic one. A member that these still show is a finding that names them.
   ///
   /// The data is divided as Set divides it. Each part is merged into the row's value of its kind,
   /// so an automatic value never becomes the user's. A value without a part stays as it is; the
-  /// pending value is removed. The row may be new. Runs in a transaction of its own, nested in the
-  /// caller's.
+  /// pending value is removed. The row may be new. What results is checked before other programs have
+  /// to wait for the write, and again where they changed the row meanwhile.
   /// \throws ValidationException 1090 with every finding, when the data, or the object that
-  ///         results, does not fit the type
+  ///         results, does not fit the type, a member cannot be removed, or nothing would be left
   /// \throws ValidationException 2000 during boot, as Set
   virtual void Update(std::shared_ptr<ConfigStoreObject> object,
                       const USERDATA_CONTEXT& context) = 0;
@@ -203,9 +214,12 @@ class TARN_CONFIG_STORE_EXPORT ConfigStore {
   ///         rolled back. The embedded database layer never refuses
   virtual int CancelTransaction() noexcept = 0;
 
-  /// Checks an object without writing it.
-  /// \return everything that is wrong; empty when the object could be set. A type that is not
-  ///         installed, and an instance id that does not suit the type, are findings on "/"
+  /// Checks an object's data as they are, against the whole type. Does not clean them: a member that
+  /// is empty is judged as it stands, and an object without data is no finding. Of a type that is
+  /// vital or cached as a whole, it asks what SetVitalData or SetCachedData asks, else what Set asks.
+  /// FindingsOfWrite (dry_run.h) does all that a write does before it writes.
+  /// \return everything that is wrong. A type that is not installed, and an instance id that does
+  ///         not suit the type, are findings on "/"
   virtual std::vector<ErrorInfo> Validate(std::shared_ptr<ConfigStoreObject> object) = 0;
 
   virtual ~ConfigStore();

@@ -1,3 +1,5 @@
+#include "tarnconfigstore/dry_run.h"
+
 #include "given_object.h"
 #include "member_values.h"
 #include "stored_objects.h"
@@ -13,12 +15,13 @@ using TarnConfigStore::ConfigStore;
 using TarnConfigStore::ConfigStoreObject;
 using TarnConfigStore::ConfigStoreObjectId;
 using TarnConfigStore::FilterSpecObject;
+using TarnConfigStore::WriteKind;
 
 constexpr const char* kUser = "--user";
 constexpr const char* kAutomatic = "--auto";
 constexpr const char* kVital = "--vital";
 constexpr const char* kCached = "--cached";
-constexpr const char* kFile = "FILE";
+constexpr const char* kDryRun = "--dry-run";
 
 void SetLayers(ConfigStore& store, const std::shared_ptr<ConfigStoreObject>& object,
                const Given& given) {
@@ -35,7 +38,39 @@ void SetLayers(ConfigStore& store, const std::shared_ptr<ConfigStoreObject>& obj
   }
 }
 
-void SetObject(const Given& given, const Output& /*output*/) {
+WriteKind KindOf(const Given& given) {
+  return given.Has(kVital)                           ? WriteKind::SET_VITAL_DATA
+         : given.Has(kCached)                        ? WriteKind::SET_CACHED_DATA
+         : given.Has(kUser) || given.Has(kAutomatic) ? WriteKind::SET_USER_DATA
+                                                     : WriteKind::SET;
+}
+
+// What a set with the same arguments would say.
+Findings FindFaults(const Given& given) {
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
+  OpenStore();  // a host without a store has nothing to set
+  std::shared_ptr<ConfigStoreObject> object;
+  try {
+    const TypeSchema schema(id);
+    object = MakeObject(id, given.Texts(kData), schema);
+  } catch (const ToolError& error) {
+    if (error.GetFailure().details.empty()) {
+      throw;
+    }
+    return error.GetFailure().details;  // data that describes no object
+  }
+  return TarnConfigStore::FindingsOfWrite(object, KindOf(given));
+}
+
+void CheckObject(const Given& given, const Output& output) {
+  PrintFindings(FindFaults(given), output);
+}
+
+void SetObject(const Given& given, const Output& output) {
+  if (given.Has(kDryRun)) {
+    CheckObject(given, output);
+    return;
+  }
   WriteObject(ParseObject(given.Text(kObject)), given.Texts(kData),
               [&](ConfigStore& store, const auto& object) { SetLayers(store, object, given); });
 }
@@ -75,42 +110,28 @@ void DeleteInstances(const Given& given) {
   SayHowMany(count, type, "deleted");
 }
 
-Findings FindFaults(const ConfigStoreObjectId& id, const std::string& path) {
-  const std::shared_ptr<ConfigStore> store = OpenStore();
-  std::shared_ptr<ConfigStoreObject> object;
-  try {
-    object = ReadObject(id, path);
-  } catch (const ToolError& error) {
-    if (error.GetFailure().details.empty()) {
-      throw;
-    }
-    return error.GetFailure().details;  // data that describes no object
-  }
-  return store->Validate(object);
-}
-
-void ValidateObject(const Given& given, const Output& output) {
-  PrintFindings(FindFaults(ParseObject(given.Text(kObject)), given.Text(kFile)), output);
-}
-
 Argument Flag(const char* name, const char* help) {
   return {.name = name, .help = help, .takes = Takes::NOTHING};
+}
+
+Choice LayerChoice() {
+  return {.name = "Layers",
+          .help = "Replace one layer and keep the others",
+          .arguments = {Flag(kUser, "Replace what the user set"),
+                        Flag(kAutomatic, "Replace what automatic configuration set"),
+                        Flag(kVital, "Replace what the system must keep"),
+                        Flag(kCached, "Replace what the system remembers")}};
 }
 
 }  // namespace
 
 Verb SetVerb() {
-  return {
-      .name = "set",
-      .help = "Replace an object, or one layer, by what is given",
-      .arguments = {ObjectArgument(), DataArgument()},
-      .choice = Choice{.name = "Layers",
-                       .help = "Replace one layer and keep the others",
-                       .arguments = {Flag(kUser, "Replace what the user set"),
-                                     Flag(kAutomatic, "Replace what automatic configuration set"),
-                                     Flag(kVital, "Replace what the system must keep"),
-                                     Flag(kCached, "Replace what the system remembers")}},
-      .run = SetObject};
+  return {.name = "set",
+          .help = "Replace an object, or one layer, by what is given",
+          .arguments = {ObjectArgument(), DataArgument(),
+                        Flag(kDryRun, "List what would be refused; write nothing")},
+          .choice = LayerChoice(),
+          .run = SetObject};
 }
 
 Verb UpdateVerb() {
@@ -132,12 +153,10 @@ Verb DeleteVerb() {
 
 Verb ValidateVerb() {
   return {.name = "validate",
-          .help = "List all that is wrong with an object; write nothing",
-          .arguments = {ObjectArgument(),
-                        {.name = kFile,
-                         .help = "A file of JSON, or - for standard input",
-                         .isRequired = true}},
-          .run = ValidateObject};
+          .help = "List all that set would refuse; write nothing",
+          .arguments = {ObjectArgument(), DataArgument()},
+          .choice = LayerChoice(),
+          .run = CheckObject};
 }
 
 }  // namespace tarnctl
