@@ -54,7 +54,8 @@ bool ForEachUnsettled(AnyValue& value, SchemaPlace place, Visit visit) {
   } else if (value.IsArray()) {
     const SchemaPlace items = place.Items();
     for (auto& element : value.GetArray()) {
-      if (!ForEachUnsettled(element, items, visit)) {
+      const bool holdsNumbers = element.IsNumber() || element.IsObject() || element.IsArray();
+      if (holdsNumbers && !ForEachUnsettled(element, items, visit)) {
         return false;
       }
     }

@@ -68,6 +68,7 @@ struct SchemaPlace::Node {
   bool getsGeneratedId = false;
   bool admitsOthers = false;
   bool holdsDefaults = false;
+  bool holdsGeneratedIds = false;
   NumberKind numbers = NumberKind::ANY;
   unsigned kinds = 0;
   std::string_view instanceIdMember;
@@ -153,6 +154,10 @@ bool SchemaPlace::GetsGeneratedId() const {
   return node_ != nullptr && node_->getsGeneratedId;
 }
 
+bool SchemaPlace::HoldsGeneratedIds() const {
+  return node_ != nullptr && node_->holdsGeneratedIds;
+}
+
 bool SchemaPlace::DescribesObject() const {
   if (node_ == nullptr || node_->schema == nullptr || !node_->schema->IsObject()) {
     return false;
@@ -193,7 +198,7 @@ TypeSchemaView::TypeSchemaView(const Value& schema) : schema_(schema), reference
   }
   ReadOverlays();
   ReadInstanceIds();
-  SpreadDefaults();
+  SpreadMarks();
   SpreadKinds();
 }
 
@@ -314,22 +319,27 @@ void TypeSchemaView::ReadInstanceIds() {
   }
 }
 
-// References may go round in circles through properties: again until nothing changes.
-void TypeSchemaView::SpreadDefaults() {
+// References may go round in circles through properties and items: again until nothing changes.
+void TypeSchemaView::SpreadMarks() {
   for (bool changed = true; changed;) {
     changed = false;
     for (auto node = nodes_.rbegin(); node != nodes_.rend(); ++node) {
-      if (!node->holdsDefaults &&
-          (node->defaultValue != nullptr ||
-           std::any_of(node->members.begin(), node->members.end(),
-                       [](const Node::Member& member) { return member.node->holdsDefaults; }))) {
-        node->holdsDefaults = changed = true;
+      const bool held = node->holdsDefaults;
+      const bool given = node->holdsGeneratedIds;
+      node->holdsDefaults = held || node->defaultValue != nullptr;
+      node->holdsGeneratedIds =
+          given || (node->items != nullptr &&
+                    (node->items->getsGeneratedId || node->items->holdsGeneratedIds));
+      for (const Node::Member& member : node->members) {
+        node->holdsDefaults = node->holdsDefaults || member.node->holdsDefaults;
+        node->holdsGeneratedIds = node->holdsGeneratedIds || member.node->holdsGeneratedIds;
       }
+      changed = changed || held != node->holdsDefaults || given != node->holdsGeneratedIds;
     }
   }
 }
 
-// References may go round in circles through properties and items: again until nothing changes.
+// The same for kinds.
 void TypeSchemaView::SpreadKinds() {
   const auto kindsOf = [](const Node& node) {
     unsigned kinds = node.admitsOthers ? kInherited : 0;

@@ -65,6 +65,8 @@ class SchemaPlace {
   std::string_view InstanceIdMember() const;
   /// An object at this place gets an identifier from the store.
   bool GetsGeneratedId() const;
+  /// Objects below this place get identifiers from the store.
+  bool HoldsGeneratedIds() const;
   /// Data at this place can be an object, going by "type".
   bool DescribesObject() const;
 
@@ -117,7 +119,7 @@ class TypeSchemaView {
   void Read(Node& node);
   void ReadOverlays();
   void ReadInstanceIds();
-  void SpreadDefaults();
+  void SpreadMarks();
   void SpreadKinds();
 
   const Value& schema_;

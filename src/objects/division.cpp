@@ -136,10 +136,10 @@ std::string Serialized(const Json::Value& value) {
 
 void GiveGeneratedIds(const ConfigStoreObject& object,
                       const TarnSchemaStore::SchemaObject& schema) {
-  // A type whose arrays get generated ids has them in its id map.
-  if (schema.GetIdMap()) {
+  const Json::SchemaPlace place = schema.GetSchemaPlace();
+  if (place.HoldsGeneratedIds()) {
     ConfigStoreObjectImpl& data = Internal::Access::Of(object);
-    PopulateGeneratedInstanceId(schema.GetSchemaPlace(), data.GetRoot(), data.GetAllocator());
+    PopulateGeneratedInstanceId(place, data.GetRoot(), data.GetAllocator());
   }
 }
 

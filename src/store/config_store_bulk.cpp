@@ -56,8 +56,7 @@ void ConfigStoreImpl::SetInstances(std::vector<std::shared_ptr<ConfigStoreObject
   const bool closed = IsClosedDuringBoot(schema, connection_);
   WorkingObjects working;
   CheckInstances(objects, type, [&](const ObjectHandle& object) {
-    working.Add(schema, object);
-    ValidateSet(schema, object);
+    working.AddForSet(schema, object);
     if (closed && isUserType(object, schema)) {
       checkUserContext(true, context);
     }

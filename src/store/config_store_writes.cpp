@@ -53,8 +53,7 @@ void ConfigStoreImpl::Set(std::shared_ptr<ConfigStoreObject> object,
   const SchemaHandle schema = FindSchema(schemaCache, csoId);
   ValidateCsoId(object, schema);
   WorkingObjects working;
-  working.Add(schema, object);
-  ValidateSet(schema, object);
+  working.AddForSet(schema, object);
   CheckBootTimeContext(schema, object, context, connection_);
   if (ObjIsEmpty(object, "Set")) {
     working.Keep();

@@ -40,8 +40,7 @@ void SetKernelOptions(std::shared_ptr<ConfigStoreObject> object) {
   LogStoreCall(CSLogger::kWriteCall, "SetKernelOptions", csoId, EXTERNAL);
   const SchemaHandle schema = CheckedSchema(csoId);
   WorkingObjects working;
-  working.Add(schema, object);
-  ValidateSet(schema, object);
+  working.AddForSet(schema, object);
   ValidateNoCachedData(schema, object);
   if (ObjIsEmpty(object, "SetKernelOptions")) {
     working.Keep();

@@ -39,8 +39,8 @@ SchemaHandle StageableTypeWithInstances(const ConfigStoreObjectId& csoId) {
   return schema;
 }
 
-void ValidateContent(const SchemaHandle& schema, const ObjectHandle& object) {
-  ValidateSet(schema, object);
+void AddContent(WorkingObjects& working, const SchemaHandle& schema, const ObjectHandle& object) {
+  working.AddForSet(schema, object);
   ValidateEmptyObject(object);
 }
 
@@ -84,8 +84,7 @@ void NextBootStoreImpl::Set(std::shared_ptr<ConfigStoreObject> object) {
   const SchemaHandle schema = StageableType(csoId);
   ValidateWritableInstanceId(csoId);
   WorkingObjects working;
-  working.Add(schema, object);
-  ValidateContent(schema, object);
+  AddContent(working, schema, object);
   ExecuteUnderTransaction(object, schema, SetRebootRequiredConfigInternal);
   working.Keep();
 }
@@ -110,10 +109,8 @@ void NextBootStoreImpl::SetInstances(std::vector<std::shared_ptr<ConfigStoreObje
   Trace("SetInstances", first);
   const SchemaHandle schema = StageableTypeWithInstances(first);
   WorkingObjects working;
-  CheckInstances(objects, first, [&](const ObjectHandle& object) {
-    working.Add(schema, object);
-    ValidateContent(schema, object);
-  });
+  CheckInstances(objects, first,
+                 [&](const ObjectHandle& object) { AddContent(working, schema, object); });
   ExecuteUnderTransaction(objects, schema, SetRebootRequiredConfigInstancesInternal);
   working.Keep();
 }

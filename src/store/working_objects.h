@@ -4,6 +4,7 @@
 #include "objects/working_data.h"
 #include "validation/object_validation.h"
 
+#include <cstddef>
 #include <vector>
 
 namespace TarnConfigStore {
@@ -18,6 +19,12 @@ class WorkingObjects {
     if (changes || StoringChangesData(schema, object)) {
       copies_.emplace_back(object);
     }
+  }
+  /// Adds the object, and validates it as one that is to be set.
+  void AddForSet(const SchemaHandle& schema, const ObjectHandle& object) {
+    const std::size_t before = copies_.size();
+    Add(schema, object);
+    (copies_.size() == before ? ValidateUnchanged : ValidateSet)(schema, object);
   }
 
   /// The write has succeeded, or cleaning left nothing to write.

@@ -6,7 +6,6 @@
 #include "json/utf8.h"
 #include "objects/access.h"
 
-#include <algorithm>
 #include <string>
 
 namespace TarnConfigStore {
@@ -119,13 +118,21 @@ class Cleaner {
 // Most objects hold nothing empty; looking for it asks nothing of the schema.
 bool HoldsEmptyContent(const Json::Value& value) {
   if (value.IsObject()) {
-    return std::any_of(value.MemberBegin(), value.MemberEnd(), [](const auto& member) {
-      return IsEmptyContent(member.value) || HoldsEmptyContent(member.value);
-    });
+    for (const auto& member : value.GetObject()) {
+      if (IsContainer(member.value) &&
+          (IsEmptyContent(member.value) || HoldsEmptyContent(member.value))) {
+        return true;
+      }
+    }
+  } else if (value.IsArray()) {
+    for (const Json::Value& element : value.GetArray()) {
+      if (IsContainer(element) &&
+          (IsEmptyContent(element) || NamesNothing(element) || HoldsEmptyContent(element))) {
+        return true;
+      }
+    }
   }
-  return value.IsArray() && std::any_of(value.Begin(), value.End(), [](const Json::Value& element) {
-           return IsEmptyContent(element) || NamesNothing(element) || HoldsEmptyContent(element);
-         });
+  return false;
 }
 
 void CleanupObject(const ObjectHandle& object, const SchemaHandle& schema, Writes writes) {

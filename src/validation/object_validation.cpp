@@ -75,12 +75,17 @@ void Complete(const SchemaHandle& schema, const ObjectHandle& object) {
   Json::SettleNumbers(data.GetRoot(), schema->GetSchemaPlace());
 }
 
-void Require(const SchemaHandle& schema, const ObjectHandle& object, const RuleSet& rules,
-             CSErrorCodes code) {
+void RequireAsItIs(const SchemaHandle& schema, const ObjectHandle& object, const RuleSet& rules,
+                   CSErrorCodes code) {
   std::vector<ErrorInfo> errors;
   if (!ValidateObjectData(schema, object, rules, errors, false)) {
     ThrowException<ValidationException>(code, errors);
   }
+}
+
+void Require(const SchemaHandle& schema, const ObjectHandle& object, const RuleSet& rules,
+             CSErrorCodes code) {
+  RequireAsItIs(schema, object, rules, code);
   Complete(schema, object);
 }
 
@@ -135,7 +140,7 @@ bool StoringChangesData(const SchemaHandle& schema, const ObjectHandle& object) 
          HoldsEmptyContent(data) ||
          LacksId(data, IdMember(schema, object->GetConfigStoreObjectId())) ||
          !Json::NumbersAreSettled(data, place) ||
-         (schema->GetIdMap() && LacksGeneratedInstanceId(place, data));
+         (place.HoldsGeneratedIds() && LacksGeneratedInstanceId(place, data));
 }
 
 bool ValidateObjectData(const SchemaHandle& schema, const ObjectHandle& object,
@@ -190,6 +195,10 @@ void ValidatePartialConfig(const SchemaHandle& schema, const ObjectHandle& objec
 
 void ValidateSet(const SchemaHandle& schema, const ObjectHandle& object) {
   CleanAndRequire(schema, object, SetRules(), CS_SET_INVALID, Writes::WHOLE_ROW);
+}
+
+void ValidateUnchanged(const SchemaHandle& schema, const ObjectHandle& object) {
+  RequireAsItIs(schema, object, SetRules(), CS_SET_INVALID);
 }
 
 void ValidateUpdate(const SchemaHandle& schema, const ObjectHandle& object) {

@@ -51,6 +51,9 @@ void ValidatePartialConfig(const SchemaHandle& schema, const ObjectHandle& objec
 void ValidateSet(const SchemaHandle& schema, const ObjectHandle& object);            // 1089
 void ValidateUpdate(const SchemaHandle& schema, const ObjectHandle& object);         // 1090
 
+/// ValidateSet of an object of which StoringChangesData says that nothing changes.
+void ValidateUnchanged(const SchemaHandle& schema, const ObjectHandle& object);
+
 /// The names of an object's members alone, whatever they hold; raises ValidationException 1090 for
 /// those that its type does not declare.
 void ValidateNames(const SchemaHandle& schema, const ObjectHandle& object);
