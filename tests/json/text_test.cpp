@@ -1,5 +1,6 @@
 // JSON text, read and written.
 #include "json/json_doc.h"
+#include "json/near_miss.h"
 #include "json/print.h"
 
 #include <gtest/gtest.h>
@@ -124,6 +125,31 @@ TEST(Print, WritesNumbersAsPeopleDoAndEveryDigit) {
                            "18446744073709551615", "-9223372036854775808"}) {
     EXPECT_EQ(Written(same), std::string(same) + " " + same);
   }
+}
+
+TEST(NearMiss, IsAWordWithASlipOrTwo) {
+  const auto best = [](std::string_view given) {
+    NearMiss nearest(given);
+    for (const char* known : {"mtu", "timeout", "timeouts", "id", "portGroups", "ports"}) {
+      nearest.Offer(known);
+    }
+    return nearest.Best();
+  };
+  for (const auto& [given, meant] : {std::pair("mut", "mtu"),
+                                     {"Timeout", "timeout"},
+                                     {"tmieuot", "timeout"},
+                                     {"timeoutss", "timeouts"},
+                                     {"portgrups", "portGroups"},
+                                     {"ID", "id"},
+                                     {"ports", "ports"},
+                                     {"if", ""},
+                                     {"mxx", ""},
+                                     {"txmexxt", ""},
+                                     {"", ""}}) {
+    EXPECT_EQ(best(given), meant) << given;
+  }
+  EXPECT_EQ(LettersApart(std::string(64, 'a'), std::string(63, 'a') + "b"), 1U);
+  EXPECT_EQ(LettersApart(std::string(65, 'a'), std::string(64, 'a')), std::nullopt);
 }
 
 TEST(Print, RefusesOrRepairsWhatJsonCannotSay) {
