@@ -18,6 +18,10 @@ constexpr std::array<const char*, 4> kFlags = {kRebootRequired, kBootAccessible,
 constexpr const char* kVital = "vital";
 constexpr const char* kCached = "cached";
 
+// What is the user's anyway: no more than a remark.
+constexpr const char* kUser = "user";
+constexpr const char* kSolutionUser = "solutionUser";
+
 constexpr const char* kInstanceId = "instanceId";
 constexpr const char* kGeneratedInstanceId = "generatedInstanceId";
 

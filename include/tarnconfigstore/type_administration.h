@@ -75,6 +75,9 @@ struct TypeReport {
   TypeOutcome outcome = TypeOutcome::INVALID;
   /// What is wrong with the file; the field is a JSON Pointer (RFC 6901) into it.
   std::vector<ErrorInfo> errors;
+  /// What in the file is hardly what was meant, though it means what it says: places as in errors. A
+  /// type with warnings is good, and is installed.
+  std::vector<ErrorInfo> warnings;
   /// What the type, as the file describes it, does not allow in its objects, current, pending,
   /// unconfirmed or staged; looked for when a type is installed or changes.
   std::vector<Misfit> misfits;

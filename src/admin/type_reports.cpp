@@ -61,6 +61,9 @@ TypeReport MakeReport(const TypeFiles::TypeFile& file) {
   for (const TypeFiles::Finding& finding : file.findings) {
     report.errors.push_back({finding.field, finding.error});
   }
+  for (const TypeFiles::Finding& warning : file.warnings) {
+    report.warnings.push_back({warning.field, warning.error});
+  }
   return report;
 }
 

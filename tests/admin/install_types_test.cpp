@@ -48,7 +48,7 @@ class InstallTypes : public HostFixture {
 
 TEST_F(InstallTypes, OneBadFileKeepsAllOthersOut) {
   folder_.Write("a.json", TypeFile("a", "1.0"));
-  folder_.Write("b.json", TypeFile("b", "1.0", R"({"type":"object","vital":false})"));
+  folder_.Write("b.json", TypeFile("b", "1.0", R"({"type":"object","vital":0})"));
   folder_.Write("c.json", TypeFile("c", "1.0", kMixed, R"({"instance":"x","value":{"id":"x"}})"));
   folder_.Write("notes.txt", "no type");
   EXPECT_THAT(

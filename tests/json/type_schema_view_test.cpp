@@ -43,6 +43,10 @@ TEST(TypeSchemaView, TellsTheKindsOfEachPlace) {
   Expect("", "u:u", "{}");
   Expect("", "v:v", R"({"vital":true})");
   Expect("", "u:v", WithVital(""));
+  // What is said not to be vital is what it would be without the word.
+  Expect("/b", "u:u", WithVital("", R"(,"b":{"vital":false,"cached":false})"));
+  Expect("/a/b", "v:v",
+         R"({"properties":{"a":{"vital":true,"properties":{"b":{"vital":false}}}}})");
   Expect("/unknown", "u:u", WithVital(""));
   Expect("/beyond", "v:v", R"({"vital":true,"additionalProperties":true})");
   Expect("", "u:vc", WithVital("", R"(,"b":{"cached":true})"));

@@ -48,6 +48,10 @@ TEST(TypeFileCheck, GoodFilesAreGood) {
               R"(,"description":"all","$comment":"x")"),
          {});
   Expect(Properties(R"("id":{"type":"string","instanceId":true},"x~y":{"x-own":1,"readOnly":true},
+                    "edited":{"vital":true,"properties":{"a":{"vital":false,"cached":false},
+                              "b":{"markdownDescription":"*b*","enumDescriptions":[],"deprecated":true,
+                                   "writeOnly":false,"examples":[1],"errorMessage":"no"}}},
+                    "own":{"user":true,"solutionUser":false},
                     "list":{"items":{"type":"object","generatedInstanceId":true,
                             "properties":{"a":{"vital":true},"b":{}}}},
                     "plain":{"cached":true,"items":{"properties":{"a":{},"b":{}}}})"),
@@ -91,22 +95,31 @@ TEST(TypeFileCheck, EachRuleIsReportedAtItsPlace) {
   Expect(File("[]"), {"/schema: "});
   Expect(File("{}"), {"/schema: objects of a type are JSON objects"});
   Expect(File(R"({"type":"array"})"), {"/schema/type: objects of a type are JSON objects"});
-  Expect(File(R"({"type":"object","$ref":"#/definitions/a","definitions":{"a":{}}})"),
-         {"/schema/$ref: the root of the schema has to"});
-  Expect(Properties(R"("a/b":{"vitl":true})"),
-         {"/schema/properties/a~1b/vitl: is neither a keyword"});
+  Expect(
+      File(R"({"type":"object","$ref":"#/definitions/a","definitions":{"a":{}}})"),
+      {"/schema/$ref: the root of the schema has to", "/schema/type: is ignored beside \"$ref\""});
+  const std::string invalid = ": Invalid field in schema: ";
+  Expect(Properties(R"("a/b":{"vitl":true,"$defs":{},"mine":1})"),
+         {"/schema/properties/a~1b/vitl" + invalid +
+              "\"vitl\" is neither a keyword of JSON Schema "
+              "draft-07 nor an annotation of types; did you mean \"vital\"?",
+          "/schema/properties/a~1b/$defs" + invalid +
+              "\"$defs\" is no keyword of JSON Schema "
+              "draft-07; use \"definitions\"",
+          "/schema/properties/a~1b/mine" + invalid});
   // Flags and tags.
   Expect(File(R"({"type":"object","shared":false,"vital":1})"),
-         {"/schema/shared: can only be true", "/schema/vital: can only be true"});
+         {"/schema/shared: can only be true", "/schema/vital: has to be true or false"});
   Expect(File(R"({"type":"object","cached":true,"properties":{
                "a":{"properties":{"b":{"vital":true}}}}})"),
          {"/schema/properties/a/properties/b/vital: stands inside of what is tagged \"cached\""});
   Expect(Properties(R"("a":{"rebootRequired":true},"b":{"vital":true,"cached":true},
-                     "c":{"items":{"vital":true}},
+                     "c":{"items":{"vital":true}},"e":{"cached":true,"items":{"user":true}},
                      "d":{"anyOf":[{"properties":{"b":{"cached":true}}}]})"),
          {"/schema/properties/a/rebootRequired: is a flag of the whole type",
           "/schema/properties/b/cached: cannot stand beside",
           "/schema/properties/c/items/vital: means something at the root",
+          "/schema/properties/e/items/user: contradicts the tag",
           "/schema/properties/d/anyOf/0/properties/b/cached: means something"});
   // What references lead to has to agree with where they stand, and to be found by the library.
   Expect(Properties(R"("a":{"cached":true,"$ref":"#d"},"b":{"cached":true,"$ref":"#/properties/c"},
@@ -149,12 +162,13 @@ TEST(TypeFileCheck, EachRuleIsReportedAtItsPlace) {
        "/schema/properties/d/items/generatedInstanceId: cannot be had beside",
        "/schema/properties/e/items: the elements have no instance id"});
   // Defaults.
-  Expect(Properties(R"("a":{"type":"integer","default":"1"},
+  Expect(Properties(R"("a":{"type":"integer","default":"1"},"e":{"$ref":"#/definitions/e"},
                      "b":{"default":{"c":1,"d":2},"additionalProperties":false,"properties":{"c":{
                           "$ref":"#/definitions/t","default":3}}})",
-                    R"(,"definitions":{"t":{"type":"string"}})"),
-         {"/schema/properties/a/default: ", "/schema/properties/b/default/c: ",
-          "/schema/properties/b/default/d: ", "/schema/properties/b/properties/c/default: "});
+                    R"(,"definitions":{"t":{"type":"string"},"e":{"type":"null","default":1}})"),
+         {"/schema/properties/a/default: ", "/schema/definitions/e/default: ",
+          "/schema/properties/b/default/c: ", "/schema/properties/b/default/d: ",
+          "/schema/properties/b/properties/c/default: "});
   Expect(
       Shipped(R"("a":{"type":"integer"})",
               R"({"instance":"x","value":{"a":"1","z":2}},{"instance":"","value":{}},{"value":{}},
@@ -173,9 +187,69 @@ TEST(TypeFileCheck, EachRuleIsReportedAtItsPlace) {
        "/defaults/2/instance: an instance id", "/defaults/3/instance: an instance id"});
   // What is wrong in several places is all reported.
   Expect(
-      R"({"component":"t n","group":"g","key":"k","version":"1","schema":{"type":"object","vital":false,
+      R"({"component":"t n","group":"g","key":"k","version":"1","schema":{"type":"object","vital":0,
           "properties":{"a":{"pattern":"("}}},"defaults":7})",
       {"/defaults: ", "/component: ", "/schema/vital: ", "/schema/properties/a/pattern: "});
+}
+
+// What can never hold or is ignored is refused; what is only odd is a warning.
+TEST(TypeFileCheck, WhatIsSaidInVainIsNamedAtItsPlace) {
+  struct Case {
+    const char* schema;  ///< of the property "a"
+    const char* refused;
+    const char* warned;
+  };
+  const Case cases[] = {
+      {R"({"$ref":"#/definitions/d","minLength":1})", "/minLength: is ignored beside \"$ref\"", ""},
+      {R"({"$ref":"#/definitions/d","title":"t","default":"x","vital":true,"definitions":{}})", "",
+       ""},
+      {R"({"minimum":5,"maximum":4})", "/minimum: leaves no value beside \"maximum\": nothing", ""},
+      {R"({"exclusiveMinimum":4,"maximum":4})", "/exclusiveMinimum: leaves no value", ""},
+      {R"({"minimum":4,"maximum":4,"exclusiveMaximum":5})", "", ""},
+      {R"({"minLength":9007199254740993,"maxLength":9007199254740992})", "/minLength: leaves", ""},
+      {R"({"maxProperties":1,"properties":{"b":{},"c":{}},"required":["b","c"]})",
+       "/maxProperties: leaves no room", ""},
+      {R"({"then":{"type":"null"}})", "/then: is ignored without \"if\"", ""},
+      {R"({"if":{"type":"null"}})", "", "/if: changes nothing without"},
+      {R"({"items":{},"additionalItems":false})", "/additionalItems: is ignored unless", ""},
+      {R"({"type":"integer","minLength":1,"format":"port"})", "",
+       "/minLength: changes nothing: it is about a text, and the type is an integer"},
+      {R"({"type":"integer","format":"ipv4"})", "", "/format: changes nothing: it is about a text"},
+      {R"({"type":"string","const":1})",
+       "/const: this value can never be given: expected a text, found 1", ""},
+      {R"({"type":["string","null"],"enum":["a",1,null]})", "",
+       "/enum/1: this value can never be given: expected a text or null, found 1"},
+      {R"({"pattern":"^b","enum":["a"]})", "/enum/0: this value can never be given: the text", ""},
+      {R"({"allOf":[{"type":"string"},{"$ref":"#/definitions/n"}]})", ": no value is of all the",
+       ""},
+      {R"({"properties":{"bee":{}},"required":["bea"]})",
+       "/required/0: member \"bea\" is required and can never be given: nothing declares it, and "
+       "the "
+       "object is closed to other members; did you mean \"bee\"?",
+       ""},
+      {R"({"properties":{"b":false},"required":["b"],"additionalProperties":true})",
+       "/required/0: member \"b\" is required and can never", ""},
+      {R"({"additionalProperties":{},"properties":{"b":{}},"required":["c"]})", "",
+       "/required/0: member \"c\" is required and declared nowhere"},
+      {R"({"properties":{"b":{}},"anyOf":[{"required":["b"]},{"required":["c"]}]})", "",
+       "/anyOf/1/required/0: member \"c\" is required and can never be given"},
+      {R"({"properties":{"b":{}},"not":{"required":["c"]},"patternProperties":{"^d":{}},
+           "allOf":[{"properties":{"e":{}},"required":["b","d1","e"]}]})",
+       "", ""},
+  };
+  const std::string around = R"(,"definitions":{"d":{"type":"string"},"n":{"type":"null"}})";
+  for (const Case& one : cases) {
+    const TypeFile file = Check("p", Properties(std::string(R"("a":)") + one.schema, around));
+    const auto expect = [&](const std::vector<Finding>& findings, std::string_view text) {
+      ASSERT_EQ(findings.size(), text.empty() ? 0U : 1U) << one.schema;
+      for (const Finding& finding : findings) {
+        EXPECT_THAT(finding.field + ": " + finding.error,
+                    testing::StartsWith("/schema/properties/a" + std::string(text)));
+      }
+    };
+    expect(file.findings, one.refused);
+    expect(file.warnings, one.warned);
+  }
 }
 
 TEST(TypeFileCheck, VersionsAreComparedNumberByNumber) {

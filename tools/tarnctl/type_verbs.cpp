@@ -41,14 +41,25 @@ const char* Name(TypeOutcome outcome) {
   return "invalid";
 }
 
-Findings ListErrors(const std::vector<TypeReport>& reports) {
-  Findings errors;
+// What the reports have in one of their lists, with the files' paths.
+Findings Listed(const std::vector<TypeReport>& reports, Findings TypeReport::*list) {
+  Findings findings;
   for (const TypeReport& report : reports) {
-    for (const auto& error : report.errors) {
-      errors.push_back({report.path + "#" + error.field, error.error});
+    for (const auto& finding : report.*list) {
+      findings.push_back({report.path + "#" + finding.field, finding.error});
     }
   }
-  return errors;
+  return findings;
+}
+
+// Told beside what the verb is asked for, and never a reason to fail.
+void Warn(const std::vector<TypeReport>& reports, const Output& output) {
+  if (const Findings warnings = Listed(reports, &TypeReport::warnings); !warnings.empty()) {
+    Report({ExitCode::DONE, TarnConfigStore::CS_GENERIC,
+            std::to_string(warnings.size()) + (warnings.size() == 1 ? " warning" : " warnings"),
+            warnings},
+           output.AsJson());
+  }
 }
 
 Findings ListMisfits(const std::vector<TypeReport>& reports) {
@@ -68,7 +79,7 @@ void RefuseInvalid(const std::vector<TypeReport>& reports, bool checkOnly) {
   if (invalid == 0) {
     return;
   }
-  Findings findings = ListErrors(reports);
+  Findings findings = Listed(reports, &TypeReport::errors);
   const Findings misfits = ListMisfits(reports);
   std::string message = std::to_string(invalid) + " of " + std::to_string(reports.size()) +
                         " type files cannot be taken";
@@ -172,6 +183,7 @@ void Install(const Given& given, const Output& output) {
   if (const Findings misfits = ListMisfits(reports); !misfits.empty()) {
     Report({ExitCode::DONE, TarnConfigStore::CS_GENERIC, kMisfits, misfits}, output.AsJson());
   }
+  Warn(reports, output);
   Print(reports, output);
 }
 
@@ -180,7 +192,8 @@ void Check(const Given& given, const Output& output) {
     RequireStore();
   }
   const auto reports = TarnConfigStore::CheckTypes(given.Texts(kPath));
-  const Findings errors = ListErrors(reports);
+  Warn(reports, output);
+  const Findings errors = Listed(reports, &TypeReport::errors);
   if (errors.empty()) {
     Print(reports, output);
   } else {

@@ -18,7 +18,7 @@
 
 namespace TypeFiles {
 
-/// Something in a type file that breaks a rule.
+/// Something in a type file that breaks a rule, or is hardly what was meant.
 struct Finding {
   std::string field;  ///< JSON Pointer into the file, "/" for the file as a whole
   std::string error;  ///< what is wrong, and what would be right
@@ -42,6 +42,7 @@ struct TypeFile {
   std::string path;
   KeptType type;                  ///< name and version as far as they could be read
   std::vector<Finding> findings;  ///< everything that is wrong, in the order of the checks
+  std::vector<Finding> warnings;  ///< what is odd; a type is kept all the same
   // Set, as the type's text is, only when nothing is wrong.
   std::shared_ptr<TarnConfigStore::JsonDoc> document;
   std::vector<ShippedObject> shipped;  ///< in the order of the file

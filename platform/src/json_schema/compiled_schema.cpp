@@ -28,10 +28,14 @@ std::uint64_t CompiledSchema::CountSoFar() {
   return compiledSoFar.load(std::memory_order_relaxed);
 }
 
-void NoteFaults(const CompiledSchema& schema, Findings& findings) {
-  std::unordered_multimap<const Json::Value*, std::string_view> faults;
-  for (const SchemaFault& fault : schema.Faults()) {
-    faults.emplace(fault.where, fault.text);
+void NoteFaults(const Json::Value& schema, const std::vector<SchemaFault>& faults,
+                Findings& findings) {
+  if (faults.empty()) {
+    return;
+  }
+  std::unordered_multimap<const Json::Value*, std::string_view> texts;
+  for (const SchemaFault& fault : faults) {
+    texts.emplace(fault.where, fault.text);
   }
   struct Seen {
     const Json::Value* value;
@@ -39,11 +43,11 @@ void NoteFaults(const CompiledSchema& schema, Findings& findings) {
   };
   // Level by level and without recursion, because the schema may be of any depth; places stay where
   // they are.
-  std::deque<Seen> seen{{&schema.Schema(), Place{}}};
+  std::deque<Seen> seen{{&schema, Place{}}};
   for (std::size_t i = 0; i < seen.size(); ++i) {
     const Json::Value& value = *seen[i].value;
     const Place& place = seen[i].place;
-    const auto here = faults.equal_range(&value);
+    const auto here = texts.equal_range(&value);
     for (auto fault = here.first; fault != here.second; ++fault) {
       findings.Add(place, fault->second);
     }
@@ -62,7 +66,7 @@ void NoteFaults(const CompiledSchema& schema, Findings& findings) {
 
 std::string FaultsInWords(const CompiledSchema& schema) {
   Findings findings;
-  NoteFaults(schema, findings);
+  NoteFaults(schema.Schema(), schema.Faults(), findings);
   const auto& sorted = findings.Sorted();
   std::string text = "the schema of this type cannot be used: at " + sorted.front().field + ": " +
                      sorted.front().error;

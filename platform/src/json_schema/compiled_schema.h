@@ -33,6 +33,7 @@ class CompiledSchema {
   const Json::Value& Schema() const { return view_.Schema(); }
   const Json::TypeSchemaView& View() const { return view_; }
   const Node& Root() const { return nodes_.front(); }
+  const std::deque<Node>& AllNodes() const { return nodes_; }
   const std::vector<SchemaFault>& Faults() const { return faults_; }
 
  private:
@@ -41,8 +42,9 @@ class CompiledSchema {
   std::vector<SchemaFault> faults_;
 };
 
-/// Notes each fault of a schema at its place in the schema.
-void NoteFaults(const CompiledSchema& schema, Findings& findings);
+/// Notes what was said of places in a schema, each at its place.
+void NoteFaults(const Json::Value& schema, const std::vector<SchemaFault>& faults,
+                Findings& findings);
 
 /// The faults, of which there are some, in one sentence.
 std::string FaultsInWords(const CompiledSchema& schema);

@@ -11,4 +11,9 @@ namespace JsonValidator {
 /// stand at. Empty when it is fine. Safe from several threads.
 void CheckSchema(const Json::Value& schema, Json::Document& result);
 
+/// The same for a schema that somebody is about to take into use: what can never hold and what
+/// draft-07 ignores counts as well, since whoever wrote it meant something else. What is only odd is
+/// in `warnings`.
+void CheckNewSchema(const Json::Value& schema, Json::Document& result, Json::Document& warnings);
+
 }  // namespace JsonValidator

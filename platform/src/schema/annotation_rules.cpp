@@ -5,6 +5,7 @@
 #include "json/subschemas.h"
 #include "schema/meta_schema.h"
 
+#include <algorithm>
 #include <array>
 #include <set>
 
@@ -13,6 +14,9 @@ namespace {
 
 namespace Keyword = Json::Keyword;
 using Json::Kind;
+
+constexpr std::array kOwners = {Keyword::kVital, Keyword::kCached, Keyword::kUser,
+                                Keyword::kSolutionUser};
 
 constexpr std::array kAnnotations = {Keyword::kVital, Keyword::kCached, Keyword::kInstanceId,
                                      Keyword::kGeneratedInstanceId};
@@ -40,12 +44,15 @@ class AnnotationRules {
     CheckKeywords(place);
     CheckFlags(place);
     CheckTags(place);
+    CheckUser(place);
     CheckInstanceId(place);
     CheckGeneratedId(place);
     CheckReference(place);
     CheckArray(place);
     const Json::Value* value = Json::FindMember(place.node, Keyword::kDefault);
-    if (value != nullptr && place.position == Position::PROPERTY) {
+    // What a definition says counts for the properties that refer to it.
+    if (value != nullptr &&
+        (place.position == Position::PROPERTY || place.position == Position::DEFINITION)) {
       defaults_.push_back({place.pointer + "/" + Keyword::kDefault, &place.node, value});
     }
     VisitBelow(place);
@@ -54,11 +61,18 @@ class AnnotationRules {
   std::vector<AnnotatedDefault> TakeDefaults() { return std::move(defaults_); }
 
  private:
-  // True when the annotation is there and true; anything else that is there is a finding.
+  // True when the annotation is there and true. Anything else that is there is a finding, but for
+  // the words that say whose data a member holds: they may also say whose it does not.
   bool Has(const Place& place, const char* annotation) {
     const Json::Value* value = Json::FindMember(place.node, annotation);
     if (value == nullptr) {
       return false;
+    }
+    if (std::find(kOwners.begin(), kOwners.end(), std::string_view(annotation)) != kOwners.end()) {
+      if (!value->IsBool()) {
+        Add(place, annotation, "has to be true or false");
+      }
+      return value->IsTrue();
     }
     if (!value->IsTrue()) {
       Add(place, annotation, "can only be true; leave it out where it does not hold");
@@ -76,9 +90,7 @@ class AnnotationRules {
     for (const auto& member : place.node.GetObject()) {
       const std::string_view name = Json::Text(member.name);
       if (!IsKeyword(name) && name.substr(0, 2) != "x-") {
-        findings_.Add(Below(place, name),
-                      "is neither a keyword of JSON Schema draft-07 nor an annotation of types; "
-                      "members of your own begin with \"x-\"");
+        findings_.Add(Below(place, name), WhyNoKeyword(name));
       }
     }
   }
@@ -108,6 +120,16 @@ class AnnotationRules {
             std::string("stands inside of what is tagged \"") +
                 (place.around == Kind::VITAL ? Keyword::kVital : Keyword::kCached) +
                 "\", and data is of one kind");
+      }
+    }
+  }
+
+  // These change nothing: data is the user's where nothing is tagged otherwise.
+  void CheckUser(const Place& place) {
+    for (const char* owner : {Keyword::kUser, Keyword::kSolutionUser}) {
+      if (Has(place, owner) && place.position != Position::ELSEWHERE &&
+          At(place).OwnKind() != Kind::USER) {
+        Add(place, owner, "contradicts the tag here or around it, and data is of one kind");
       }
     }
   }

@@ -3,15 +3,19 @@
 #include "platform/made_once.h"
 
 #include "json/json_doc.h"
+#include "json/near_miss.h"
 #include "json/type_schema_view.h"
+#include "json_schema/describe.h"
 #include "json_schema/registration.h"
+
+#include <utility>
 
 namespace TypeFiles {
 namespace {
 
 // Unknown keywords are refused, for a misspelt tag would silently make other data of a member;
-// names that begin with "x-" are free. Whether an annotation stands where it means something is not
-// asked here.
+// names that begin with "x-" are free, and what editors know is left to them. Whether an annotation
+// stands where it means something is not asked here.
 constexpr const char* kText = R"json({
   "type": "object",
   "required": ["component", "group", "key", "version", "schema"],
@@ -50,6 +54,8 @@ constexpr const char* kText = R"json({
         "additionalItems": { "$ref": "#/definitions/node" },
         "additionalProperties": { "$ref": "#/definitions/node" },
         "allOf": { "$ref": "#/definitions/list" },
+        "allowComments": {},
+        "allowTrailingCommas": {},
         "anyOf": { "$ref": "#/definitions/list" },
         "bootAccessible": {},
         "cached": {},
@@ -59,6 +65,7 @@ constexpr const char* kText = R"json({
         "contentEncoding": { "type": "string" },
         "contentMediaType": { "type": "string" },
         "default": {},
+        "defaultSnippets": {},
         "definitions": { "$ref": "#/definitions/nodes" },
         "dependencies": {
           "type": "object",
@@ -68,9 +75,14 @@ constexpr const char* kText = R"json({
             "else": { "$ref": "#/definitions/node" }
           }
         },
+        "deprecated": { "type": "boolean" },
+        "deprecationMessage": {},
         "description": { "type": "string" },
+        "doNotSuggest": {},
         "else": { "$ref": "#/definitions/node" },
         "enum": { "type": "array", "minItems": 1 },
+        "enumDescriptions": {},
+        "errorMessage": {},
         "examples": { "type": "array" },
         "exclusiveMaximum": { "type": "number" },
         "exclusiveMinimum": { "type": "number" },
@@ -83,6 +95,8 @@ constexpr const char* kText = R"json({
           "then": { "$ref": "#/definitions/list" },
           "else": { "$ref": "#/definitions/node" }
         },
+        "markdownDescription": {},
+        "markdownEnumDescriptions": {},
         "maxItems": { "$ref": "#/definitions/count" },
         "maxLength": { "$ref": "#/definitions/count" },
         "maxProperties": { "$ref": "#/definitions/count" },
@@ -95,6 +109,7 @@ constexpr const char* kText = R"json({
         "not": { "$ref": "#/definitions/node" },
         "oneOf": { "$ref": "#/definitions/list" },
         "pattern": { "type": "string" },
+        "patternErrorMessage": {},
         "patternProperties": { "$ref": "#/definitions/nodes" },
         "properties": { "$ref": "#/definitions/nodes" },
         "propertyNames": { "$ref": "#/definitions/node" },
@@ -102,6 +117,8 @@ constexpr const char* kText = R"json({
         "rebootRequired": {},
         "required": { "$ref": "#/definitions/names" },
         "shared": {},
+        "solutionUser": {},
+        "suggestSortText": {},
         "then": { "$ref": "#/definitions/node" },
         "title": { "type": "string" },
         "type": {
@@ -110,6 +127,7 @@ constexpr const char* kText = R"json({
           "else": { "$ref": "#/definitions/kind" }
         },
         "uniqueItems": { "type": "boolean" },
+        "user": {},
         "vital": {},
         "writeOnly": { "type": "boolean" }
       }
@@ -140,6 +158,32 @@ constinit MadeOnce<const Compiled> compiled;
 
 bool IsKeyword(std::string_view name) {
   return Json::FindMember(compiled.Get().keywords, name) != nullptr;
+}
+
+std::string WhyNoKeyword(std::string_view name) {
+  // Of other drafts, and what to write in their place.
+  constexpr std::pair<std::string_view, std::string_view> kOthers[] = {
+      {"$defs", R"(use "definitions")"},
+      {"dependentRequired", R"(use "dependencies")"},
+      {"dependentSchemas", R"(use "dependencies")"},
+      {"id", R"(use "$id")"},
+      {"nullable", R"(list "null" in "type")"},
+      {"prefixItems", R"(use a list of schemas in "items")"},
+      {"unevaluatedProperties", R"(use "additionalProperties")"},
+  };
+  const std::string invalid = "Invalid field in schema: " + JsonValidator::Quoted(name) + " is ";
+  for (const auto& [other, use] : kOthers) {
+    if (name == other) {
+      return invalid + "no keyword of JSON Schema draft-07; " + std::string(use);
+    }
+  }
+  Json::NearMiss nearest(name);
+  for (const auto& keyword : compiled.Get().keywords.GetObject()) {
+    nearest.Offer(Json::Text(keyword.name));
+  }
+  return invalid + "neither a keyword of JSON Schema draft-07 nor an annotation of types; " +
+         (nearest.Best().empty() ? std::string(R"(members of your own begin with "x-")")
+                                 : "did you mean " + JsonValidator::Quoted(nearest.Best()) + "?");
 }
 
 const Json::Value& MetaSchema() {

@@ -3,6 +3,7 @@
 
 #include "json/json.h"
 
+#include <string>
 #include <string_view>
 
 namespace TypeFiles {
@@ -11,7 +12,10 @@ namespace TypeFiles {
 /// beside it.
 const Json::Value& MetaSchema();
 
-/// Whether JSON Schema draft-07 or type files give this member of a schema a meaning.
+/// Whether JSON Schema draft-07, type files or editors give this member of a schema a meaning.
 bool IsKeyword(std::string_view name);
+
+/// What is said of a member that is no keyword, with the keyword that may have been meant.
+std::string WhyNoKeyword(std::string_view name);
 
 }  // namespace TypeFiles

@@ -69,8 +69,10 @@ void CheckSchemaOf(const Json::Value& file, TypeFile& result, Findings& findings
   const std::vector<AnnotatedDefault> defaults =
       CheckAnnotations(type, result.type.name.key, findings);
   Json::Document results;
-  JsonValidator::CheckSchema(*schema, results);
+  Json::Document warnings;
+  JsonValidator::CheckNewSchema(*schema, results, warnings);
   findings.AddNew(results, "/schema");
+  findings.Warn(warnings, "/schema");
   // Nothing can be measured by a schema that is broken itself.
   if (!findings.AnyAtOrUnder("/schema")) {
     CheckPropertyDefaults(*schema, defaults, findings);
@@ -95,6 +97,7 @@ TypeFile Check(std::string path, std::string_view text) {
   CheckHead(file, result, findings);
   CheckSchemaOf(file, result, findings);
   result.findings = findings.Take();
+  result.warnings = findings.TakeWarnings();
   if (!result.Good()) {
     result.shipped.clear();
     return result;

@@ -42,6 +42,13 @@ void Findings::AddNew(const Json::Value& results, std::string_view pointer) {
   }
 }
 
+void Findings::Warn(const Json::Value& results, std::string_view pointer) {
+  for (const Json::Value& result : results.GetArray()) {
+    warnings_.push_back(
+        {Join(pointer, TextOf(result, "field")), std::string(TextOf(result, "error"))});
+  }
+}
+
 bool Findings::AnyAt(std::string_view pointer) const {
   return std::any_of(all_.begin(), all_.end(),
                      [&](const Finding& finding) { return finding.field == pointer; });

@@ -25,13 +25,18 @@ class Findings {
   /// Adds findings as the validator writes them. What is said at a place already is not said again.
   void AddNew(const Json::Value& results, std::string_view pointer);
 
+  /// Adds warnings as the validator writes findings.
+  void Warn(const Json::Value& results, std::string_view pointer);
+
   bool AnyAtOrUnder(std::string_view pointer) const;
   std::vector<Finding> Take() { return std::move(all_); }
+  std::vector<Finding> TakeWarnings() { return std::move(warnings_); }
 
  private:
   bool AnyAt(std::string_view pointer) const;
 
   std::vector<Finding> all_;
+  std::vector<Finding> warnings_;
 };
 
 }  // namespace TypeFiles
