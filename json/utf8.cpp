@@ -133,9 +133,7 @@ void AppendEscaped(std::string& text, char c) {
   }
 }
 
-}  // namespace
-
-std::string Escaped(std::string_view text) {
+std::string Escape(std::string_view text, bool backslashes) {
   std::string escaped;
   escaped.reserve(text.size());
   while (!text.empty()) {
@@ -146,11 +144,21 @@ std::string Escaped(std::string_view text) {
         AppendEscaped(escaped, c);
       }
     } else {
-      escaped += sequence == "\\" ? "\\\\" : sequence;
+      escaped += backslashes && sequence == "\\" ? "\\\\" : sequence;
     }
     text.remove_prefix(sequence.size());
   }
   return escaped;
+}
+
+}  // namespace
+
+std::string Escaped(std::string_view text) {
+  return Escape(text, true);
+}
+
+std::string WithoutControls(std::string_view text) {
+  return Escape(text, false);
 }
 
 bool HasControls(std::string_view text) noexcept {

@@ -20,6 +20,9 @@ std::string Repaired(std::string_view text);
 /// as "\\xNN", line ends and tabs as "\\n", "\\r" and "\\t", a backslash doubled.
 std::string Escaped(std::string_view text);
 
+/// The same for a text that may hold escaped ones already, as messages do: backslashes stay.
+std::string WithoutControls(std::string_view text);
+
 /// True for a text with a control character (C0, DEL, or C1 of Unicode).
 bool HasControls(std::string_view text) noexcept;
 

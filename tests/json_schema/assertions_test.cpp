@@ -87,12 +87,18 @@ TEST(Messages, SayWhatWasExpectedOfAValueAndWhatWasFound) {
          "/: expected less than 0.5, found 0.5");
   Expect(R"({"enum": ["a", 2, {"b": []}]})", R"("c")",
          R"(/: expected one of "a", 2, {"b":[]}, found the text "c")");
+  Expect(
+      R"({"enum": ["error", "warning"]})", R"("Waring")",
+      R"(/: expected one of "error", "warning", found the text "Waring"; did you mean "warning"?)");
   Expect(R"({"const": "on"})", "true", R"(/: expected "on", found true)");
   Expect(R"({"minLength": 3})", R"("ü")",
          "/: expected a text of at least 3 characters, found 1 character");
   Expect(R"({"pattern": "^[a-z]+$", "maxLength": 3})", R"("ab\u0007d")",
          R"(/: expected a text of at most 3 characters, found 4 characters
 /: the text "ab\u0007d" does not match the pattern ^[a-z]+$)");
+  Expect(R"({"pattern": "^[a-z]+$", "title": "Word", "description": "Lower-case\tletters"})",
+         R"("\u009b\u007f")",
+         R"(/: the text "\xc2\x9b\x7f" does not match the pattern ^[a-z]+$ (Lower-case\tletters))");
   Expect(R"({"format": "ipv4"})", R"("10.0.0.256")",
          R"(/: expected an IPv4 address, found the text "10.0.0.256")");
   Expect(R"({"format": "port"})", "8080", "");
@@ -140,12 +146,27 @@ TEST(Messages, SayWhichFormIsClosest) {
              {"properties": {"kind": {"const": "a"}, "x": {"type": "integer"}}, "required": ["kind"]},
              {"properties": {"kind": {"const": "b"}, "y": {"type": "integer"}}, "required": ["kind", "y"]}]})",
       R"({"kind": "b"})",
-      R"(/: fits none of the 2 allowed forms; the closest is number 2, where /: member "y" is required)");
+      R"(/: fits none of the 2 allowed forms; of the closest: member "y" is required)");
+  // Those that are equally close are told together.
+  Expect(
+      R"({"anyOf": [{"format": "ipv4"}, {"format": "ipv6"}, {"type": "integer"},
+                       {"enum": ["automatic", "none"]}]})",
+      R"("automatc")",
+      R"(/: expected an IPv4 address, an IPv6 address, one of "automatic", "none" or an integer, )"
+      R"(found the text "automatc"; did you mean "automatic"?)");
+  Expect(R"({"anyOf": [{"required": ["a"]}, {"title": "Leased", "required": ["b"]},
+                       {"properties": {"c": {"type": "null"}}}]})",
+         R"({"c": 1})",
+         R"(/: fits none of the 3 allowed forms; of those closest: member "a" is )"
+         R"(required, for "Leased" member "b" is required or at /c: expected null, found 1)");
   // What is declared does not change which form fits.
   Expect(R"({"oneOf": [{"properties": {"a": {}}}, {"properties": {"b": {}}}]})", R"({"a": 1})",
-         "/: fits 2 of the 2 allowed forms at once (numbers 1, 2), and may fit only one");
+         "/: fits 2 of the 2 allowed forms at once (an object with \"a\" and an object with "
+         "\"b\"), and may fit only one");
   Expect(R"({"not": {"required": ["a", "b"]}})", R"({"a": 1, "b": 2})",
-         R"(/: the members "a", "b" are not allowed together, as they are here)");
+         R"(/: must not have the members "a" and "b" together)");
+  Expect(R"({"not": {"anyOf": [{"required": ["a"]}, {"required": ["b"]}]}})", R"({"b": 2})",
+         R"(/: must not have the member "b")");
   Expect(R"({"not": {"enum": ["root"]}})", R"("root")",
          R"(/: the value is one of those that are not allowed: "root")");
   Expect(R"({"if": {"properties": {"mode": {"const": "static"}}}, "then": {"required": ["address"]},

@@ -41,11 +41,13 @@ std::string At(const std::string& places, const std::string& finding) {
 TEST(Rules, MembersHaveToBeDeclaredAndGivenOnce) {
   Check({0, 1, 7, 8}, kComplete, "");
   Check({0}, R"({"name": "a", "mtu": 99, "mut": 1, "x/y~": {"deep": 1}})",
-        std::string("/mut: member \"mut\"") + kUnknown + "\n/x~1y~0: member \"x/y~\"" + kUnknown);
-  Check({0}, R"({"link": {"sped": 1}, "routes": [{"id": "a"}, {"id": "b", "vai": "c"}]})",
-        R"(/link/sped: member "sped" is not known; known members: speed, state, label
-/routes/1/vai: member "vai" is not known; known members: id, via, metric)");
-  Check({0}, R"({"mtu": 99, "free": {"a": 1, "b": 2, "a": 3}, "mtu": 98})",
+        std::string("/mut: member \"mut\"") + kUnknown +
+            "; did you mean \"mtu\"?\n/x~1y~0: member \"x/y~\"" + kUnknown);
+  Check(
+      {0}, R"({"link": {"sped": 1}, "routes": [{"id": "a"}, {"id": "b", "vai": "c"}]})",
+      R"(/link/sped: member "sped" is not known; known members: speed, state, label; did you mean "speed"?
+/routes/1/vai: member "vai" is not known; known members: id, via, metric; did you mean "via"?)");
+  Check({0}, R"({"mtu": 99, "free": {"a": 1, "b": 2, "a": 3, "a": 4}, "mtu": 98})",
         R"(/free/a: member "a" is given twice
 /mtu: member "mtu" is given twice)");
   Check({2, 6, 10, 11, 13, 1000, -1}, R"({"unknown": 1, "mtu": 1, "mtu": "x"})", "");

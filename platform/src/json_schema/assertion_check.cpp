@@ -64,12 +64,11 @@ bool AssertionCheck::VisitValue(const Node& node, const Json::Value& value, cons
       std::none_of(node.enumeration->Begin(), node.enumeration->End(),
                    [&](const Json::Value& allowed) { return Equal(allowed, value); })) {
     ok = Fail(findings, place, [&] {
-      std::vector<std::string> allowed;
+      std::vector<const Json::Value*> allowed;
       for (const Json::Value& one : node.enumeration->GetArray()) {
-        allowed.push_back(Literal(one));
+        allowed.push_back(&one);
       }
-      return (allowed.size() == 1 ? "expected " : "expected one of ") + Listed(allowed) +
-             ", found " + Found(value);
+      return NotAmong(allowed, value, findings->AreWordy());
     });
   }
   return ok;
@@ -139,8 +138,7 @@ bool AssertionCheck::VisitText(const TextRules& rules, const Json::Value& value,
         break;
       case Pattern::Result::NO_MATCH:
         ok = Fail(findings, place, [&] {
-          return "the text " + Quoted(text) + " does not match the pattern " +
-                 rules.pattern->Text();
+          return "the text " + Quoted(text) + " does not match " + PatternInWords(rules);
         });
         break;
       case Pattern::Result::UNDECIDED:

@@ -4,6 +4,7 @@
 #include "json/json.h"
 #include "json/type_schema_view.h"
 #include "json_schema/compiled_node.h"
+#include "json_schema/composition_words.h"
 #include "json_schema/place.h"
 #include "json_schema/validation_findings.h"
 
@@ -80,6 +81,11 @@ class AssertionCheck {
                   Findings* findings) const;
   bool VisitOneOf(const Nodes& branches, const Json::Value& value, const Place& place,
                   Findings* findings) const;
+
+  /// How a finding is to be worded.
+  BranchWords Words(const Findings* findings) const {
+    return {scope_.textsAreSound, findings->AreWordy()};
+  }
 
   /// Whether a member that an object lacks is another part's to hold.
   bool IsOfAnotherPart(const Place& object, std::string_view member) const;

@@ -1,7 +1,5 @@
 // The assertions that are made of other schemas, for the same value.
 #include "json_schema/assertion_check.h"
-#include "json_schema/composition_words.h"
-#include "json_schema/describe.h"
 
 #include <algorithm>
 #include <string>
@@ -38,27 +36,24 @@ bool AssertionCheck::VisitAnyOf(const Nodes& branches, const Json::Value& value,
   return std::any_of(branches.begin(), branches.end(),
                      [&](const Node* branch) { return Holds(*branch, value, place); }) ||
          Fail(findings, place,
-              [&] { return WhyNoBranch(branches, value, place, scope_.textsAreSound); });
+              [&] { return WhyNoBranch(branches, value, place, Words(findings)); });
 }
 
 bool AssertionCheck::VisitOneOf(const Nodes& branches, const Json::Value& value, const Place& place,
                                 Findings* findings) const {
-  std::vector<std::string> fitting;
+  Nodes fitting;
   std::size_t count = 0;
-  for (std::size_t i = 0; i < branches.size(); ++i) {
-    if (Holds(*branches[i], value, place)) {
+  for (const Node* branch : branches) {
+    if (Holds(*branch, value, place)) {
       ++count;
       if (findings != nullptr) {
-        fitting.push_back(std::to_string(i + 1));
+        fitting.push_back(branch);
       }
     }
   }
   return count == 1 || Fail(findings, place, [&] {
-           return count == 0
-                      ? WhyNoBranch(branches, value, place, scope_.textsAreSound)
-                      : "fits " + std::to_string(count) + " of the " +
-                            std::to_string(branches.size()) + " allowed forms at once (numbers " +
-                            Listed(fitting) + "), and may fit only one";
+           return count == 0 ? WhyNoBranch(branches, value, place, Words(findings))
+                             : WhySeveralBranches(fitting, branches.size());
          });
 }
 

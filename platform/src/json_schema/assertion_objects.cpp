@@ -70,7 +70,9 @@ bool AssertionCheck::VisitMember(const ObjectRules& rules, const Property* prope
     if (!rules.additional->refusesAll) {
       ok = Visit(*rules.additional, member.value, place, findings) && ok;
     } else if (Asserting(findings)) {
-      ok = Fail(findings, place, [&] { return UnknownMember(Json::Text(member.name), {&rules}); });
+      ok = Fail(findings, place, [&] {
+        return UnknownMember(Json::Text(member.name), {&rules}, findings->AreWordy());
+      });
     }
   }
   return (rules.propertyNames == nullptr || !Asserting(findings) ||

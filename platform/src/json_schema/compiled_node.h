@@ -54,6 +54,7 @@ struct TextRules {
   std::uint64_t minLength = 0;
   std::uint64_t maxLength = kUnlimited;
   std::unique_ptr<const Pattern> pattern;
+  std::string_view meaning;  ///< what the schema says of itself, beside a pattern
 };
 
 struct ArrayRules {

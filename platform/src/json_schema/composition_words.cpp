@@ -1,6 +1,7 @@
 #include "json_schema/composition_words.h"
 
 #include "json_schema/assertion_check.h"
+#include "json_schema/branch_reasons.h"
 #include "json_schema/describe.h"
 #include "json_schema/equality.h"
 
@@ -36,15 +37,15 @@ std::size_t CountOtherConstants(const Node& node, const Json::Value& value) {
 }
 
 /// All values that the schemas allow, where each of them is just a list of values.
-std::optional<std::vector<std::string>> AllowedValues(const Nodes& branches) {
-  std::vector<std::string> values;
+std::optional<std::vector<const Json::Value*>> AllowedValues(const Nodes& branches) {
+  std::vector<const Json::Value*> values;
   for (const Node* branch : branches) {
     const Node& node = Target(*branch);
     if (node.constant != nullptr) {
-      values.push_back(Literal(*node.constant));
+      values.push_back(node.constant);
     } else if (node.enumeration != nullptr) {
       for (const Json::Value& value : node.enumeration->GetArray()) {
-        values.push_back(Literal(value));
+        values.push_back(&value);
       }
     } else {
       return std::nullopt;
@@ -53,12 +54,59 @@ std::optional<std::vector<std::string>> AllowedValues(const Nodes& branches) {
   return values;
 }
 
+std::string QuotedNames(const std::vector<std::string_view>& names, std::string_view word) {
+  std::vector<std::string> quoted;
+  for (const std::string_view name : names) {
+    quoted.push_back(Quoted(name));
+  }
+  return Joined(quoted, word);
+}
+
+/// The name that the schema has, in quotes; empty where it has none.
+std::string Title(const Node& branch) {
+  for (const Node* node : {&branch, &Target(branch)}) {
+    const Json::Value* title =
+        node->source->IsObject() ? Json::FindMember(*node->source, "title") : nullptr;
+    if (title != nullptr && title->IsString() && title->GetStringLength() > 0) {
+      return Quoted(Json::Text(*title));
+    }
+  }
+  return {};
+}
+
+/// What fits the schema, as far as few words can tell.
+std::string Form(const Node& branch) {
+  const Node& node = Target(branch);
+  if (std::string title = Title(branch); !title.empty()) {
+    return title;
+  }
+  if (node.constant != nullptr) {
+    return Literal(*node.constant);
+  }
+  if (node.format != nullptr) {
+    return std::string(node.format->expected);
+  }
+  if (node.text && node.text->pattern) {
+    return "a text of " + PatternInWords(*node.text);
+  }
+  if (node.object) {
+    std::vector<std::string_view> names = node.object->required;
+    for (const Property& property : node.object->properties.All()) {
+      if (node.object->required.empty()) {
+        names.push_back(property.name);
+      }
+    }
+    return names.empty() ? "an object" : "an object with " + QuotedNames(names, "and");
+  }
+  return ExpectedTypes(node.types);
+}
+
 }  // namespace
 
 std::string WhyNoBranch(const Nodes& branches, const Json::Value& value, const Place& place,
-                        bool textsAreSound) {
+                        BranchWords words) {
   if (const auto values = AllowedValues(branches)) {
-    return "expected one of " + Listed(*values) + ", found " + Found(value);
+    return NotAmong(*values, value, words.wordy);
   }
   const TypeSet type = TypeOf(value);
   TypeSet allowed = 0;
@@ -69,27 +117,40 @@ std::string WhyNoBranch(const Nodes& branches, const Json::Value& value, const P
     return allowed == 0 ? "is not allowed here"
                         : "expected " + ExpectedTypes(allowed) + ", found " + Found(value);
   }
-  const AssertionCheck check({true, true, textsAreSound, nullptr});
+  const AssertionCheck check({true, true, words.textsAreSound, nullptr});
   std::pair<std::size_t, std::size_t> leastFaults{static_cast<std::size_t>(-1), 0};
-  std::size_t closest = 0;
-  Findings::Finding reason;
-  for (std::size_t i = 0; i < branches.size(); ++i) {
-    const Node& node = Target(*branches[i]);
-    if (node.refusesAll || (node.types & type) == 0) {
+  BranchReasons reasons(value, place);
+  for (const Node* branch : branches) {
+    const Node& node = Target(*branch);
+    if (node.refusesAll) {
       continue;
     }
-    Findings findings;
+    if ((node.types & type) == 0) {
+      reasons.AddTypes(node.types);
+      continue;
+    }
+    Findings findings(words.wordy);
     check.Check(node, value, place, findings);
     const std::pair faults{CountOtherConstants(node, value), findings.Sorted().size()};
-    if (!findings.Empty() && faults < leastFaults) {
-      leastFaults = faults;
-      closest = i;
-      reason = findings.Sorted().front();
+    if (findings.Empty() || faults > leastFaults) {
+      continue;
     }
+    if (faults < leastFaults) {
+      leastFaults = faults;
+      reasons.Forget();
+    }
+    reasons.Add(Title(*branch), findings.Sorted().front());
   }
-  return "fits none of the " + std::to_string(branches.size()) +
-         " allowed forms; the closest is number " + std::to_string(closest + 1) + ", where " +
-         reason.field + ": " + reason.error;
+  return reasons.InOneSentence(branches.size());
+}
+
+std::string WhySeveralBranches(const Nodes& fitting, std::size_t branches) {
+  std::vector<std::string> forms;
+  for (const Node* branch : fitting) {
+    forms.push_back(Form(*branch));
+  }
+  return "fits " + std::to_string(fitting.size()) + " of the " + std::to_string(branches) +
+         " allowed forms at once (" + Joined(forms, "and") + "), and may fit only one";
 }
 
 std::string WhyExcluded(const Node& excluded, const Json::Value& value) {
@@ -98,17 +159,24 @@ std::string WhyExcluded(const Node& excluded, const Json::Value& value) {
     return "the value is one of those that are not allowed: " + Literal(value);
   }
   if (node.text && node.text->pattern && value.IsString()) {
-    return "the text " + Quoted(Json::Text(value)) + " must not match the pattern " +
-           node.text->pattern->Text();
+    return "the text " + Quoted(Json::Text(value)) + " must not match " +
+           PatternInWords(*node.text);
+  }
+  if (node.composition && !node.composition->anyOf.empty() && !node.object) {
+    const AssertionCheck check({true, true, false, nullptr});
+    for (const Node* branch : node.composition->anyOf) {
+      if (check.Holds(*branch, value, Place{})) {
+        return WhyExcluded(*branch, value);
+      }
+    }
   }
   if (node.object && !node.object->required.empty() && value.IsObject()) {
-    std::vector<std::string> names;
-    for (const std::string_view name : node.object->required) {
-      names.push_back(Quoted(name));
-    }
-    return names.size() == 1 && !node.object->hasProperties
-               ? "member " + names.front() + " is not allowed here"
-               : "the members " + Listed(names) + " are not allowed together, as they are here";
+    const std::vector<std::string_view>& names = node.object->required;
+    return "must not have the member" + std::string(names.size() == 1 ? " " : "s ") +
+           QuotedNames(names, "and") +
+           (node.object->hasProperties ? " with what is given there"
+            : names.size() > 1         ? " together"
+                                       : "");
   }
   if (node.types != kAnyType && !node.object && !node.array && !node.number && !node.text) {
     return "expected something else than " + ExpectedTypes(node.types) + ", found " + Found(value);

@@ -1,18 +1,26 @@
-// Why a value fits none of several schemas, or one that it must not fit: in one sentence.
+// Why a value fits none of several schemas, or too many, or one that it must not fit: in one sentence.
 #pragma once
 
 #include "json/json.h"
 #include "json_schema/compiled_node.h"
 #include "json_schema/place.h"
 
+#include <cstddef>
 #include <string>
 
 namespace JsonValidator {
 
-/// Of a value that fits none of the branches.
-/// \param textsAreSound  as in AssertionCheck::Scope
+struct BranchWords {
+  bool textsAreSound;  ///< as in AssertionCheck::Scope
+  bool wordy;          ///< as in Findings
+};
+
+/// Of a value that fits none of the branches: what the closest ask for.
 std::string WhyNoBranch(const Nodes& branches, const Json::Value& value, const Place& place,
-                        bool textsAreSound);
+                        BranchWords words);
+
+/// Of a value that fits several branches where it may fit one.
+std::string WhySeveralBranches(const Nodes& fitting, std::size_t branches);
 
 /// Of a value that fits the schema under "not".
 std::string WhyExcluded(const Node& excluded, const Json::Value& value);

@@ -1,5 +1,6 @@
 #include "json_schema/describe.h"
 
+#include "json/near_miss.h"
 #include "json/type_schema_view.h"
 #include "json/utf8.h"
 
@@ -41,6 +42,10 @@ std::string NumberText(const Json::Value& number) {
   std::array<char, 32> text{};
   const std::to_chars_result end = std::to_chars(text.data(), text.data() + text.size(), real);
   return std::string(text.data(), end.ptr);
+}
+
+std::string Suggestion(const Json::NearMiss& nearest) {
+  return nearest.Best().empty() ? std::string() : "; did you mean " + Quoted(nearest.Best()) + "?";
 }
 
 bool IsShallow(const Json::Value& value, int levels) {
@@ -106,19 +111,17 @@ std::string ExpectedTypes(TypeSet types) {
       {kIntegerType, "an integer"}, {kBooleanType, "true or false"},
       {kArrayType, "an array"},     {kObjectType, "an object"},
       {kNullType, "null"}};
-  std::vector<std::string_view> names;
+  if (types == kAnyType) {
+    return "any value";
+  }
+  std::vector<std::string> names;
   for (const auto& [type, name] : kNames) {
     // Every integer is a number, too.
     if ((types & type) != 0 && !(type == kIntegerType && (types & kNumberType) != 0)) {
-      names.push_back(name);
+      names.emplace_back(name);
     }
   }
-  std::string text;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    text += i == 0 ? "" : i + 1 == names.size() ? " or " : ", ";
-    text += names[i];
-  }
-  return text;
+  return Joined(names, "or");
 }
 
 std::string MissingMember(std::string_view name) {
@@ -130,30 +133,82 @@ std::string Count(std::uint64_t count, std::string_view noun) {
 }
 
 std::string Listed(const std::vector<std::string>& items) {
+  return Joined(items, {});
+}
+
+std::string Joined(const std::vector<std::string>& items, std::string_view word) {
   std::string text;
-  for (const std::string& item : items) {
-    if (text.size() + item.size() > kLongestList) {
-      return text + ", " + std::string(kCut);
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    if (text.size() + items[i].size() > kLongestList) {
+      return (text.empty() ? std::string(Shortened(items[i], kLongestList)) : text + ", ")
+          .append(kCut);
     }
-    text += text.empty() ? "" : ", ";
-    text += item;
+    if (i > 0 && i + 1 == items.size() && !word.empty()) {
+      text.append(" ").append(word).append(" ");
+    } else {
+      text += i > 0 ? ", " : "";
+    }
+    text += items[i];
   }
   return text;
 }
 
-std::string UnknownMember(std::string_view name, const std::vector<const ObjectRules*>& schemas) {
+std::string UnknownMember(std::string_view name, const std::vector<const ObjectRules*>& schemas,
+                          bool suggests) {
   std::vector<std::string> known;
+  std::size_t length = 0;
+  Json::NearMiss nearest(name);
   for (const ObjectRules* schema : schemas) {
     for (const Property& property : schema->properties.All()) {
-      const std::string text = Json::Utf8::Repaired(property.name);
-      if (!property.node->refusesAll && property.name != Json::kGeneratedInstanceId &&
-          std::find(known.begin(), known.end(), text) == known.end()) {
-        known.push_back(text);
+      if (length > kLongestList && !suggests) {
+        break;
+      }
+      if (property.node->refusesAll || property.name == Json::kGeneratedInstanceId) {
+        continue;
+      }
+      if (suggests) {
+        nearest.Offer(property.name);
+      }
+      if (length <= kLongestList &&
+          std::find(known.begin(), known.end(), property.name) == known.end()) {
+        known.emplace_back(property.name);
+        length += property.name.size() + 1;
       }
     }
   }
   return "member " + Quoted(name) + " is not known; " +
-         (known.empty() ? "no members are" : "known members: " + Listed(known));
+         (known.empty() ? "no members are" : "known members: " + Listed(known)) +
+         Suggestion(nearest);
+}
+
+std::string NotAmong(const std::vector<const Json::Value*>& allowed, const Json::Value& value,
+                     bool suggests) {
+  std::vector<std::string> texts;
+  std::size_t length = 0;
+  for (std::size_t i = 0; i < allowed.size() && length <= kLongestList; ++i) {
+    texts.push_back(Literal(*allowed[i]));
+    length += texts.back().size() + 1;
+  }
+  const std::string_view given = value.IsString() ? Json::Text(value) : std::string_view();
+  Json::NearMiss nearest(given);
+  for (std::size_t i = 0; i < allowed.size() && suggests && allowed.size() > 1; ++i) {
+    if (allowed[i]->IsString()) {
+      nearest.Offer(Json::Text(*allowed[i]));
+    }
+  }
+  return (allowed.size() == 1 ? "expected " : "expected one of ") + Listed(texts) + ", found " +
+         Found(value) + Suggestion(nearest);
+}
+
+std::string PatternInWords(const TextRules& rules) {
+  constexpr std::size_t kLongestMeaning = 200;
+  std::string words = "the pattern " + rules.pattern->Text();
+  if (!rules.meaning.empty()) {
+    const std::string_view meaning = Shortened(rules.meaning, kLongestMeaning);
+    words.append(" (").append(meaning);
+    words.append(meaning.size() < rules.meaning.size() ? kCut : "").append(")");
+  }
+  return words;
 }
 
 }  // namespace JsonValidator

@@ -26,14 +26,28 @@ std::string ExpectedTypes(TypeSet types);
 /// `member "servers" is required`
 std::string MissingMember(std::string_view name);
 
-/// `member "timeot" is not known; known members: servers, timeout`
-/// \param schemas  that apply to the object
-std::string UnknownMember(std::string_view name, const std::vector<const ObjectRules*>& schemas);
+/// `member "timeot" is not known; known members: servers, timeout; did you mean "timeout"?`
+/// \param schemas   that apply to the object
+/// \param suggests  whether to look for the member that was meant
+std::string UnknownMember(std::string_view name, const std::vector<const ObjectRules*>& schemas,
+                          bool suggests);
+
+/// `expected one of "low", "high", found the text "hihg"; did you mean "high"?`
+/// \param allowed   at least one
+/// \param suggests  as above
+std::string NotAmong(const std::vector<const Json::Value*>& allowed, const Json::Value& value,
+                     bool suggests);
+
+/// `the pattern ^[a-z]+$ (Lower-case letters)`: with what the schema says of it.
+std::string PatternInWords(const TextRules& rules);
 
 /// "1 element", "3 elements".
 std::string Count(std::uint64_t count, std::string_view noun);
 
 /// Separated by ", ", cut off where the list gets long.
 std::string Listed(const std::vector<std::string>& items);
+
+/// The same with a word before the last: "a, b or c".
+std::string Joined(const std::vector<std::string>& items, std::string_view word);
 
 }  // namespace JsonValidator

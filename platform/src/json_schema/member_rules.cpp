@@ -210,7 +210,7 @@ void MemberRules::NoteUnknown(std::size_t begin, std::size_t end, const Json::Va
     }
     schemas.push_back(rules);
   }
-  findings_.Add(place, UnknownMember(Json::Text(name), schemas));
+  findings_.Add(place, UnknownMember(Json::Text(name), schemas, findings_.AreWordy()));
 }
 
 void MemberRules::VisitArray(std::size_t begin, const Json::Value& array, const Place& place,

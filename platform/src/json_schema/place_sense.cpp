@@ -150,6 +150,10 @@ class PlaceSense {
   }
 
   std::string Suggestion(std::string_view name) const {
+    constexpr std::size_t kMost = 100;  // nobody reads more
+    if (sense_.refused.size() + sense_.odd.size() >= kMost) {
+      return {};
+    }
     Json::NearMiss nearest(name);
     for (const Part& part : parts_) {
       if (part.node->object) {

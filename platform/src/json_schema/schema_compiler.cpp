@@ -60,6 +60,19 @@ void SchemaCompiler::ReadSchema(Node& node) {
   if (node.object) {
     FinishRequired(*node.object);
   }
+  if (node.text && node.text->pattern) {
+    FinishPattern(node);
+  }
+}
+
+void SchemaCompiler::FinishPattern(Node& node) {
+  for (const char* keyword : {"description", "title"}) {
+    const Json::Value* meaning = Json::FindMember(*node.source, keyword);
+    if (meaning != nullptr && meaning->IsString() && meaning->GetStringLength() > 0) {
+      node.text->meaning = Json::Text(*meaning);
+      return;
+    }
+  }
 }
 
 void SchemaCompiler::ReadKeywords(Node& node, const Json::Value& schema, bool besideReference) {

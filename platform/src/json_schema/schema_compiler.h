@@ -46,6 +46,7 @@ class SchemaCompiler {
                      const Json::SchemaReferences::Target& target);
   void DeclareGeneratedId(Node& node);
   void FinishRequired(ObjectRules& rules);
+  static void FinishPattern(Node& node);
 
   void Fault(const Json::Value& where, std::string text);
   void Malformed(const Entry& entry, std::string_view expected);

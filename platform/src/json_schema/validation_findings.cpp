@@ -4,6 +4,7 @@
 #include "json/utf8.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace JsonValidator {
 
@@ -16,41 +17,35 @@ void AppendFinding(Json::Document& result, std::string_view field, std::string_v
 }
 
 void Findings::Add(const Place& place, std::string_view error) {
+  Finding finding{{}, FieldOf(place), Json::Utf8::WithoutControls(Json::Utf8::Repaired(error))};
+  for (const Place* step = &place; step->parent != nullptr; step = step->parent) {
+    finding.order.push_back(step->index);
+  }
+  std::reverse(finding.order.begin(), finding.order.end());
+  findings_.push_back(std::move(finding));
+}
+
+std::string Findings::FieldOf(const Place& place) {
   std::vector<const Place*> way;
   for (const Place* step = &place; step->parent != nullptr; step = step->parent) {
     way.push_back(step);
   }
-  Finding finding;
-  finding.order.reserve(way.size());
+  std::string field;
   for (auto step = way.rbegin(); step != way.rend(); ++step) {
-    finding.order.push_back((*step)->index);
     const Json::Value* name = (*step)->name;
-    Json::AppendToken(finding.field, name != nullptr ? Json::Utf8::Repaired(Json::Text(*name))
-                                                     : std::to_string((*step)->index));
+    Json::AppendToken(field, name != nullptr ? Json::Utf8::Repaired(Json::Text(*name))
+                                             : std::to_string((*step)->index));
   }
-  if (finding.field.empty()) {
-    finding.field += '/';
-  }
-  finding.error = Json::Utf8::Repaired(error);
-  findings_.push_back(std::move(finding));
+  return field.empty() ? "/" : field;
 }
 
 const std::vector<Findings::Finding>& Findings::Sorted() {
   std::stable_sort(findings_.begin(), findings_.end(),
                    [](const Finding& a, const Finding& b) { return a.order < b.order; });
-  std::vector<Finding> distinct;
-  std::size_t sameOrder = 0;  // first of the findings kept for the place at hand
-  for (Finding& finding : findings_) {
-    if (!distinct.empty() && distinct.back().order != finding.order) {
-      sameOrder = distinct.size();
-    }
-    const auto begin = distinct.begin() + static_cast<std::ptrdiff_t>(sameOrder);
-    if (std::none_of(begin, distinct.end(),
-                     [&](const Finding& other) { return other.error == finding.error; })) {
-      distinct.push_back(std::move(finding));
-    }
-  }
-  findings_ = std::move(distinct);
+  std::unordered_set<std::string> told;
+  std::erase_if(findings_, [&](const Finding& finding) {
+    return !told.insert(finding.field + '\0' + finding.error).second;
+  });
   return findings_;
 }
 
