@@ -13,6 +13,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace DBStore {
@@ -45,7 +46,15 @@ bool StoreConnection::IsUsable() const {
 }
 
 std::string StoreConnection::Action::Text() const {
-  return sql.empty() ? std::string(verb) : std::string(verb).append(" \"").append(sql).append("\"");
+  if (sql.empty()) {
+    return std::string(verb);
+  }
+  // Its first words tell a statement from the others; the rest would fill a page.
+  constexpr std::size_t kMost = 40;
+  const std::size_t end = sql.size() > kMost ? sql.find_last_of(" (\n", kMost) : sql.size();
+  std::string words(sql.substr(0, end));
+  std::replace(words.begin(), words.end(), '\n', ' ');
+  return std::string(verb).append(" \"").append(words).append(end < sql.size() ? "...\"" : "\"");
 }
 
 int StoreConnection::Report(int code, const Action& action) {
