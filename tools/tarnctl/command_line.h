@@ -54,6 +54,8 @@ class Given {
   /// Empty for what was not given.
   const std::string& Text(std::string_view name) const;
   const std::vector<std::string>& Texts(std::string_view name) const;
+  /// Whether the verb takes such an argument at all.
+  bool Takes(std::string_view name) const { return values_.find(name) != values_.end(); }
   /// Of an argument with a range.
   std::optional<std::uint64_t> Number(std::string_view name) const;
 

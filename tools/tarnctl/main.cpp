@@ -2,6 +2,7 @@
 #include "tarnconfigstore/host.h"
 
 #include "failure.h"
+#include "type_suggestion.h"
 #include "verbs.h"
 
 #include <csignal>
@@ -80,7 +81,15 @@ void ParseAndRun(int argumentCount, char** arguments) {
   }
   Prepare(call.options);
   TarnConfigStore::ClearLastStoreError();
-  call.verb->run(call.given, Output(call.options.Has("--json")));
+  try {
+    call.verb->run(call.given, Output(call.options.Has("--json")));
+  } catch (...) {
+    Failure failure = DescribeCurrentException();
+    if (failure.code == TarnConfigStore::CS_SCHEMA_NOT_FOUND) {
+      failure.message += SuggestType(call.given);
+    }
+    throw ToolError(std::move(failure));
+  }
 }
 
 ExitCode Run(int argumentCount, char** arguments) {
