@@ -73,9 +73,10 @@ namespace TarnConfigStore {
 /// One finding of a validation.
 struct ErrorInfo {
   /// Where: a JSON Pointer (RFC 6901) into the data, "/" for the object as a whole. Other forms are
-  /// named by the functions that use them.
+  /// named by the functions that use them. Names in it are as they are given, control characters
+  /// included: to be escaped where they are shown.
   std::string field;
-  /// What was expected and what was found.
+  /// What was expected and what was found; control characters escaped.
   std::string error;
 
   friend bool operator==(const ErrorInfo& a, const ErrorInfo& b) {

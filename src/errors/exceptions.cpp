@@ -3,6 +3,7 @@
 #include "platform/logger.h"
 
 #include "errors/raise.h"
+#include "json/utf8.h"
 
 #include <utility>
 
@@ -52,7 +53,7 @@ std::string ValidationException::toString() const {
     text += "Details: \n";
   }
   for (const ErrorInfo& info : errors_) {
-    text += info.field + ": " + info.error + "\n";
+    text += Json::Utf8::WithoutControls(info.field + ": " + info.error) + "\n";
   }
   return text;
 }

@@ -2,6 +2,8 @@
 
 #include "platform/error_messages.h"
 
+#include "json/utf8.h"
+
 namespace TarnConfigStore {
 
 // The numbers are part of the interface.
@@ -18,6 +20,15 @@ static_assert(CS_VITAL_CONFIG_INVALID == 1086 && CS_USER_CONFIG_INVALID == 1087 
               CS_PROCESS_START_FAILED == 1102 && CS_PROCESS_WAIT_FAILED == 1103 &&
               CS_PROCESS_EXIT_STATUS == 1104 && CS_GENERIC == 2000);
 
+namespace {
+
+// Arguments and names in messages come from anywhere, and go to logs and terminals.
+std::string Shown(const std::string& text) {
+  return Json::Utf8::WithoutControls(text);
+}
+
+}  // namespace
+
 template <class Exception>
 void ThrowException(CSErrorCodes code) {
   throw Exception(code, Format(ErrorMessageForId(code)).c_str());
@@ -25,7 +36,7 @@ void ThrowException(CSErrorCodes code) {
 
 template <class Exception>
 void ThrowException(CSErrorCodes code, const std::string& argument) {
-  throw Exception(code, Format(ErrorMessageForId(code), argument.c_str()).c_str());
+  throw Exception(code, Format(ErrorMessageForId(code), Shown(argument).c_str()).c_str());
 }
 
 template <class Exception>
@@ -41,20 +52,20 @@ template void ThrowException<ValidationException>(CSErrorCodes code,
                                                   std::vector<ErrorInfo>& errors);
 
 void ThrowFailure(const std::string& message) {
-  throw ConfigStoreException(CS_GENERIC, message.c_str());
+  throw ConfigStoreException(CS_GENERIC, Shown(message).c_str());
 }
 
 void ThrowArgument(const std::string& message) {
-  throw InvalidArgumentException(CS_GENERIC, message.c_str());
+  throw InvalidArgumentException(CS_GENERIC, Shown(message).c_str());
 }
 
 void ThrowInvalidType(std::string_view key) {
-  throw InvalidTypeException(CS_GENERIC,
-                             std::string("Invalid type specified for: ").append(key).c_str());
+  throw InvalidTypeException(
+      CS_GENERIC, Shown(std::string("Invalid type specified for: ").append(key)).c_str());
 }
 
 void ThrowJsonAssertion(const std::string& message) {
-  throw ConfigStoreException(CS_JSON_ASSERTION, message.c_str());
+  throw ConfigStoreException(CS_JSON_ASSERTION, Shown(message).c_str());
 }
 
 void ThrowRefusal(const char* message) {
@@ -64,7 +75,7 @@ void ThrowRefusal(const char* message) {
 
 void AppendErrorInfo(const std::string& field, CSErrorCodes code, std::vector<ErrorInfo>& errors,
                      const std::string& argument) {
-  errors.push_back({field, Format(ErrorMessageForId(code), argument.c_str())});
+  errors.push_back({field, Format(ErrorMessageForId(code), Shown(argument).c_str())});
 }
 
 }  // namespace TarnConfigStore

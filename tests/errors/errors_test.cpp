@@ -28,9 +28,9 @@ TEST(Errors, RenderAsOtherProgramsReadThem) {
   CapturedLog log;
   std::vector<ErrorInfo> none;
   EXPECT_EQ(ValidationException(2000, "m", none).toString(), "Error Code: 2000\nMessage: m\n");
-  std::vector<ErrorInfo> two = {{"a", "x"}, {"b", "y"}};
+  std::vector<ErrorInfo> two = {{"a\x1b", "x"}, {"b", "y"}};
   const ValidationException both(1089, "m", two);
-  EXPECT_EQ(both.toString(), "Error Code: 1089\nMessage: m\nDetails: \na: x\nb: y\n");
+  EXPECT_EQ(both.toString(), "Error Code: 1089\nMessage: m\nDetails: \na\\x1b: x\nb: y\n");
   EXPECT_EQ(static_cast<const ConfigStoreException&>(both).toString(),
             "Error Code: 1089\nMessage: m\n");
   EXPECT_EQ(both.GetDetailedMessage(), "m");
@@ -56,6 +56,9 @@ TEST(Errors, CodedFailuresFillTheirTemplate) {
   CapturedLog log;
   EXPECT_EQ(Raised([] { ThrowException<ConfigStoreException>(CS_SCHEMA_NOT_FOUND, "x%dy"); }),
             "CSE 1037 No schema is installed for x%dy.");
+  EXPECT_EQ(Raised([] { ThrowFailure("a\x1b[2J\n\\"); }), R"(CSE 2000 a\x1b[2J\n\)");
+  CSLogger::Log(0, "b%s", "\x9b\r");
+  EXPECT_EQ(log.Count(R"(0 b\x9b\r)"), 1);
   EXPECT_EQ(Format("50%%"), "50%");
   std::vector<ErrorInfo> errors;
   AppendErrorInfo("/", CS_SUBOBJECT_NOT_FOUND, errors, "/a/b/c");

@@ -3,6 +3,8 @@
 
 #include "platform/error_messages.h"
 
+#include "json/utf8.h"
+
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
@@ -24,7 +26,7 @@ void Write(int priority, const std::string& head, const char* format, va_list ar
   char text[8192];
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
   std::vsnprintf(text, sizeof text, format, arguments);
-  const std::string line = head + text;
+  const std::string line = Json::Utf8::WithoutControls(head + text);
   const std::lock_guard guard(sinkLock);
   if (sink) {
     sink(priority, line.c_str());

@@ -78,6 +78,7 @@ expect 0 '"outcome":"upgraded"' "" schema install "$types"
 for verb in get revision; do
   expect 3 "" "no object $resolver is stored" $verb $resolver
   expect 3 "" "tarn" $verb tarn/no/type
+  expect 3 "" "key reslover. Did you mean $resolver?" $verb tarn/netwrok/reslover
 done
 expect 0 "" "" set $resolver 'servers=["10.0.0.1"]' timeout=9 lease.server=10.0.0.7
 expect 0 '={"lease":{"server":"10.0.0.7"},"servers":["10.0.0.1"],"timeout":9}' "" get $resolver
@@ -191,6 +192,14 @@ expect 0 "=3" "" get $values deep.leaf
 expect 3 "" 'no member "whole"' get $values whole
 expect 3 "" 'no member "text.inner"' get $values text.inner
 
+# what would move a terminal's cursor is never shown as it is
+for shown in "set $values te\033xt=1" "set $values level=\033[2J" "get $values a\033" "get tarn/\033/type" "--log 4 get $switches/\033"; do
+  # shellcheck disable=SC2059,SC2086
+  "$tarnctl" $(printf "$shown") >"$work/out" 2>"$work/err"
+  checks=$((checks + 1))
+  [ -s "$work/err" ] && ! grep -q $'\033' "$work/err" || fail "$shown shows an escape"
+done
+
 # --- looking around
 expect 0 "?" "" list
 objects=$(grep -o '"object": "[^"]*"' "$work/out")
@@ -244,6 +253,7 @@ for _ in {1..200}; do
   sleep 0.05
 done
 expect 7 "" "?" set $resolver 'servers=["10.0.0.9"]'
+[ "$(wc -c <"$work/err")" -lt 200 ] || fail "a busy store is told at length"
 expect 7 "" "?" boot apply
 expect 0 '"canStage":true' "" boot status
 expect 0 "=[\"10.0.0.2\"]" "" get $resolver servers

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <utility>
 #include <vector>
 
@@ -209,9 +208,8 @@ void Judge(const Given& given, bool isAccepted) {
   } else {
     JudgeObject(id, isAccepted);
   }
-  std::fprintf(stderr, "tarnctl: %zu %s%s %s\n", concerned.size(),
-               isAccepted ? "object" : "pending value", concerned.size() == 1 ? "" : "s",
-               isAccepted ? "accepted" : "dropped");
+  Say(std::to_string(concerned.size()) + (isAccepted ? " object" : " pending value") +
+      (concerned.size() == 1 ? " " : "s ") + (isAccepted ? "accepted" : "dropped"));
 }
 
 Verb VerdictVerb(const char* name, const char* help, bool isAccepted) {

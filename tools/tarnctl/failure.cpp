@@ -3,6 +3,7 @@
 #include "tarnconfigstore/diagnostics.h"
 
 #include "json/print.h"
+#include "json/utf8.h"
 #include "output.h"
 
 #include <cstddef>
@@ -63,7 +64,11 @@ Failure DescribeLibraryFailure(const ConfigStoreException& error) {
 }
 
 std::string FormatFinding(const TarnConfigStore::ErrorInfo& finding) {
-  return finding.field + ": " + finding.error;
+  return Json::Utf8::WithoutControls(finding.field + ": " + finding.error);
+}
+
+std::string Line(const std::string& text) {
+  return "tarnctl: " + Json::Utf8::WithoutControls(text) + "\n";
 }
 
 std::string Count(std::size_t findings) {
@@ -101,12 +106,16 @@ void Report(const Failure& failure, bool asJson) {
     Json::Print(report, Json::Layout::ONE_LINE, Json::BadText::REPAIRED, text);
     text += "\n";
   } else {
-    text = "tarnctl: " + failure.message + "\n";
+    text = Line(failure.message);
     for (const auto& finding : failure.details) {
       text += "  " + FormatFinding(finding) + "\n";
     }
   }
   std::fputs(text.c_str(), stderr);
+}
+
+void Say(const std::string& text) {
+  std::fputs(Line(text).c_str(), stderr);
 }
 
 Json::Value ListFindings(const Findings& findings, JsonMaker& make) {

@@ -60,6 +60,9 @@ Failure DescribeCurrentException();
 /// Writes a failure that is not told yet to standard error: one JSON object, or lines for people.
 void Report(const Failure& failure, bool asJson);
 
+/// Writes a line for people to standard error, after the tool's name; control characters escaped.
+void Say(const std::string& text);
+
 /// An array of {"field", "error"}.
 Json::Value ListFindings(const Findings& findings, JsonMaker& make);
 

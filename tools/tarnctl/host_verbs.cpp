@@ -1,9 +1,8 @@
 #include "tarnconfigstore/host.h"
 #include "tarnconfigstore/key_values.h"
 
+#include "failure.h"
 #include "verbs.h"
-
-#include <cstdio>
 
 namespace tarnctl {
 namespace {
@@ -14,7 +13,7 @@ constexpr const char* kValue = "VALUE";
 void Initialize(const Given& /*given*/, const Output& output) {
   const auto made = TarnConfigStore::InitializeHost();
   for (const std::string& path : made.unchanged) {
-    std::fprintf(stderr, "tarnctl: %s exists and is left as it is\n", path.c_str());
+    Say(path + " exists and is left as it is");
   }
   JsonMaker make;
   output.PrintLenient(make.Object("store", made.storePath, "schemaStore", made.schemaStorePath,

@@ -9,7 +9,6 @@
 #include "verbs.h"
 
 #include <cstddef>
-#include <cstdio>
 
 namespace tarnctl {
 namespace {
@@ -79,8 +78,7 @@ void Reset(const Given& given, const Output& /*output*/) {
     throw ToolError(ExitCode::NOT_FOUND, "nothing is staged for " + FormatObject(id));
   }
   for (const StagedChange& change : staged) {
-    std::fprintf(stderr, "tarnctl: %s of %s taken back\n", NameAction(change.action),
-                 FormatObject(change.id).c_str());
+    Say(std::string(NameAction(change.action)) + " of " + FormatObject(change.id) + " taken back");
   }
 }
 

@@ -3,8 +3,6 @@
 #include "failure.h"
 #include "type_schema.h"
 
-#include <cstdio>
-
 namespace tarnctl {
 
 using TarnConfigStore::ConfigStoreObject;
@@ -53,8 +51,8 @@ void PrintObjects(const std::vector<std::shared_ptr<ConfigStoreObject>>& objects
 }
 
 void SayHowMany(std::size_t count, const ConfigStoreObjectId& type, const char* what) {
-  std::fprintf(stderr, "tarnctl: %zu %s of %s %s\n", count, count == 1 ? "instance" : "instances",
-               FormatObject(type).c_str(), what);
+  Say(std::to_string(count) + (count == 1 ? " instance of " : " instances of ") +
+      FormatObject(type) + " " + what);
 }
 
 }  // namespace tarnctl

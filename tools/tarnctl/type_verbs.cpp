@@ -8,7 +8,6 @@
 #include "verbs.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace tarnctl {
 namespace {
@@ -127,10 +126,9 @@ Json::Value DescribeRows(const std::vector<RowReport>& rows, JsonMaker& make) {
 void WarnOfRowsLeft(const std::vector<RowReport>& rows) {
   const auto left = std::count_if(rows.begin(), rows.end(), IsLeftOver);
   if (left > 0) {
-    std::fprintf(stderr,
-                 "tarnctl: %td stored object%s with members that moved to another part wait%s: run "
-                 "\"schema upgrade-rows\" once the boot is accepted or rejected\n",
-                 left, left == 1 ? "" : "s", left == 1 ? "s" : "");
+    Say(std::to_string(left) + (left == 1 ? " stored object" : " stored objects") +
+        " with members that moved to another part " + (left == 1 ? "waits" : "wait") +
+        ": run \"schema upgrade-rows\" once the boot is accepted or rejected");
   }
 }
 

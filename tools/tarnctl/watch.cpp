@@ -90,7 +90,7 @@ void Watch(const Given& given, const Output& output) {
   const std::string path = given.Has(kSocket) ? given.Text(kSocket) : kNotificationSocket;
   const int stop = CatchStopSignals();
   const WatchSocket socket(path);
-  std::fprintf(stderr, "tarnctl: listening on %s\n", path.c_str());
+  Say("listening on " + path);
   WatchLoop loop(
       socket, stop, given.Number(kCount),
       [&](const Notification& notification) { Print(notification, output); }, output.AsJson());

@@ -3,6 +3,8 @@
 #include "platform/error_messages.h"
 #include "platform/process_locks.h"
 
+#include "json/utf8.h"
+
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
@@ -36,7 +38,9 @@ int SyslogPriority(int priority) {
   }
 }
 
-void Write(int priority, const char* line) {
+void Write(int priority, const std::string& text) {
+  const std::string safe = Json::Utf8::WithoutControls(text);
+  const char* line = safe.c_str();
   const ProcessLocks::Guard guard(ProcessLocks::Rank::LOG);
   if (theSink != nullptr) {
     (*theSink)(priority, line);
@@ -75,7 +79,7 @@ void Log(int priority, const char* format, ...) noexcept {
   va_list arguments;
   va_start(arguments, format);
   try {
-    Write(priority, FormatList(format, arguments).c_str());
+    Write(priority, FormatList(format, arguments));
   } catch (...) {
     // A line that cannot be logged is lost; whoever logs must not fail over it.
   }
@@ -92,7 +96,7 @@ void LogErrCode(int priority, int code, ...) noexcept {
     const char* message = ErrorMessageForId(static_cast<TarnConfigStore::CSErrorCodes>(code));
     std::string line = "[";
     line.append(std::to_string(code)).append("] ").append(FormatList(message, arguments));
-    Write(priority, line.c_str());
+    Write(priority, line);
   } catch (...) {
     // As in Log.
   }
