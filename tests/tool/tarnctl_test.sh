@@ -191,6 +191,7 @@ expect 0 "" "" set $values text=x
 expect 0 "=3" "" get $values deep.leaf
 expect 3 "" 'no member "whole"' get $values whole
 expect 3 "" 'no member "text.inner"' get $values text.inner
+expect 3 "" 'no member "deep.laef"; did you mean "leaf"?' get $values deep.laef
 
 # what would move a terminal's cursor is never shown as it is
 for shown in "set $values te\033xt=1" "set $values level=\033[2J" "get $values a\033" "get tarn/\033/type" "--log 4 get $switches/\033"; do

@@ -38,7 +38,7 @@ void PrintObject(const ConfigStoreObject& object, const MemberPath& member, cons
   const Json::Value* value = schema.Read(data, member);
   if (value == nullptr) {
     throw ToolError(ExitCode::NOT_FOUND, "the object " + FormatObject(id) + " has no member \"" +
-                                             FormatMember(member) + "\"");
+                                             FormatMember(member) + "\"" + schema.Suggest(member));
   }
   output.PrintMember(*value);
 }

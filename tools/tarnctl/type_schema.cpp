@@ -2,6 +2,7 @@
 
 #include "tarnconfigstore/type_administration.h"
 
+#include "json/near_miss.h"
 #include "json/pointer.h"
 #include "json/schema_keywords.h"
 #include "json/subschemas.h"
@@ -187,6 +188,31 @@ const Json::Value* TypeSchema::Read(const Json::Value& data, const MemberPath& p
   return value;
 }
 
+std::string TypeSchema::Suggest(Schema schema, std::string_view name) const {
+  Json::NearMiss nearest(name);
+  for (const Part& part : PartsOf(schema)) {
+    if (const Json::Value* properties = FindObject(*part.schema, Keyword::kProperties)) {
+      for (const auto& property : properties->GetObject()) {
+        nearest.Offer(Json::Text(property.name));
+      }
+    }
+  }
+  return nearest.Best().empty() || nearest.Best() == name
+             ? ""
+             : "; did you mean \"" + std::string(nearest.Best()) + "\"?";
+}
+
+std::string TypeSchema::Suggest(const MemberPath& path) const {
+  const Json::Value* schema = &view_->Schema();
+  for (const std::string& name : path) {
+    if (std::string suggestion = Suggest(*schema, name); !suggestion.empty()) {
+      return suggestion;
+    }
+    schema = &Property(*schema, name);
+  }
+  return {};
+}
+
 bool TypeSchema::MayHave(Schema schema, std::string_view name) const {
   bool isClosed = false;
   for (const Part& part : PartsOf(schema)) {
@@ -221,7 +247,8 @@ void TypeSchema::FindUndeclared(const Json::Value& data, Schema schema, const st
         FindUndeclared(value, Property(schema, Json::Text(name)), below(Json::Text(name)),
                        findings);
       } else {
-        findings.push_back({below(Json::Text(name)), "no such member"});
+        findings.push_back(
+            {below(Json::Text(name)), "no such member" + Suggest(schema, Json::Text(name))});
       }
     }
   }

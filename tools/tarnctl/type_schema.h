@@ -36,6 +36,10 @@ class TypeSchema {
   /// when there is neither. The result points into the data or into this schema.
   const Json::Value* Read(const Json::Value& data, const MemberPath& path) const;
 
+  /// "; did you mean "MEMBER"?" of a path with a step that the schema does not declare: the declared
+  /// member that is nearest to it; empty where none is.
+  std::string Suggest(const MemberPath& path) const;
+
   /// A finding for each member of the data that the schema has no place for, whichever of its
   /// branches applied.
   Findings FindUndeclared(const Json::Value& data) const;
@@ -52,6 +56,7 @@ class TypeSchema {
   const Json::Value* Default(Schema schema) const;
   ValueKinds Kinds(Schema schema) const;
   ValueKinds Kinds(Schema schema, KnownKinds& known) const;
+  std::string Suggest(Schema schema, std::string_view name) const;
   bool MayHave(Schema schema, std::string_view name) const;
   void FindUndeclared(const Json::Value& data, Schema schema, const std::string& pointer,
                       Findings& findings) const;
