@@ -120,11 +120,15 @@ while IFS='|' read -r object data places; do
   [ "$count" -gt 0 ] || code=0 told=
   expect $code "?" "$told" validate "$object" - <<<"$data"
   [ "$(cut -d: -f1 "$work/out" | sort | paste -sd ' ')" = "$places" ] || fail "the findings on $data are not at $places"
+  [ "$code" = 0 ] || [ "$places" = / ] || diff <("$tarnctl" set "$object" - <<<"$data" 2>&1 | grep '^  /') <(sed 's/^/  /' "$work/out") ||
+    fail "set says something else of $data"
+  expect $code "=$(cat "$work/out")" "$told" set --dry-run "$object" - <<<"$data"
 done <<T
 $values|{"text":"x","word":"never"}|
 $values|{"text":5,"whole":101,"list":[1,"x"],"map":{"on":1},"level":"3"}|/level /list/1 /map/on /text /whole
 $resolver|{"servers":["10.0.0.1"],|/
 $resolver|{"timeout":5}|/
+$values|{"list":[]}|/
 $switch|{"name":"other","ports":1}|/name /ports
 tarn/network/switches|{"ports":32}|/
 T
