@@ -29,6 +29,7 @@ constexpr const char* kAdditionalProperties = "additionalProperties";
 constexpr const char* kDefault = "default";
 constexpr const char* kDefinitions = "definitions";
 constexpr const char* kDependencies = "dependencies";
+constexpr const char* kFormat = "format";
 constexpr const char* kId = "$id";
 constexpr const char* kItems = "items";
 constexpr const char* kPatternProperties = "patternProperties";

@@ -60,6 +60,16 @@ std::size_t SequenceLength(std::string_view text) noexcept {
   return length;
 }
 
+char32_t CodePointOf(std::string_view character) noexcept {
+  constexpr unsigned char kBitsOfFirst[] = {0, 0x7F, 0x1F, 0x0F, 0x07};  // by length
+  char32_t codePoint = 0;
+  for (std::size_t i = 0; i < character.size(); ++i) {
+    const unsigned char bits = i == 0 ? kBitsOfFirst[character.size()] : 0x3F;
+    codePoint = codePoint << 6U | (static_cast<unsigned char>(character[i]) & bits);
+  }
+  return codePoint;
+}
+
 bool IsValid(std::string_view text) noexcept {
   if (IsAscii(text)) {
     return true;

@@ -29,4 +29,7 @@ bool HasControls(std::string_view text) noexcept;
 /// Length of the valid sequence that the text starts with; 0 when it starts with none.
 std::size_t SequenceLength(std::string_view text) noexcept;
 
+/// The code point of one character, which is a valid sequence and all of the text.
+char32_t CodePointOf(std::string_view character) noexcept;
+
 }  // namespace Json::Utf8

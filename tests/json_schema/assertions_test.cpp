@@ -40,6 +40,55 @@ TEST(Numbers, MultiplesAreThoseOfDecimalNumbers) {
   }
 }
 
+// Each is looked for in texts that it matches and in texts that it does not; all as JSON has them.
+TEST(Patterns, AreReadAsEcmaScriptReadsThem) {
+  struct Case {
+    const char* pattern;
+    std::vector<const char*> matches;
+    std::vector<const char*> others;
+  };
+  const Case cases[] = {
+      {"^.$", {"a", R"(\u0085)", "😀"}, {R"(\n)", R"(\r)", R"(\u2028)", R"(\u2029)"}},
+      {"^a$", {"a"}, {R"(a\n)", R"(b\na)"}},
+      {R"(^\\s$)",
+       {" ", R"(\u000b)", R"(\u00a0)", R"(\ufeff)", R"(\u2028)", R"(\u3000)"},
+       {R"(\u0085)", R"(\u180e)"}},
+      {R"(^[^\\S]$)", {" ", R"(\u00a0)", R"(\ufeff)"}, {"a", R"(\u200b)"}},
+      {R"(^[\\S]$)", {"a", R"(\u200b)", "😀"}, {" ", R"(\u00a0)", R"(\u2029)"}},
+      {R"(^\\d\\w$)", {"1_"}, {"٣a", "1é"}},
+      {R"(é\\b)", {"éa"}, {"é"}},
+      {R"(^[\\b]\\v\\cJ\\0$)", {R"(\b\u000b\n\u0000)"}, {"bvJ0"}},
+      {R"(^\\u{1F600}\\uD83D\\uDE00\\x41$)", {"😀😀A"}, {"😀A"}},
+      {R"(^[\\uD800\\uDC00-\\uDBFF\\uDFFF\\u0020-\\uDFFF]$)", {"😀", "a"}, {R"(\ue000)"}},
+      {R"(\\uD800|a)", {"a"}, {"😀", ""}},
+      {R"(^\\p{L}\\p{Lowercase_Letter}\\P{Script=Latin}$)", {"Éaж"}, {"1aж", "ÉAж", "Éab"}},
+      {R"(^[\\-\\_\\.][\\w-.][a-]]\\}$)", {"--a]}", "_.-]}"}, {"--b]}"}},
+      {"^a{,2}{}]$", {"a{,2}{}]"}, {"aa{}]"}},
+      {"^[[:a]x]$", {"[x]", ":x]", "ax]"}, {"b", "l"}},
+      {"^(?:[]|[^]b)$", {R"(\nb)"}, {"b"}},
+      {R"(^(?<año>\\d)-\\k<año>\\1(?=x)*$)", {"1-11"}, {"1-12"}},
+      {R"(^(?:(a)|b)\\1$)", {"aa", "b"}, {"ba"}},
+      {"(?<=a{2})(?<!b)c", {"aac"}, {"abc", "ac"}},
+  };
+  for (const Case& one : cases) {
+    for (const bool matches : {true, false}) {
+      for (const char* text : matches ? one.matches : one.others) {
+        const std::string found = FindingsOf(R"({"pattern": ")" + std::string(one.pattern) + "\"}",
+                                             "\"" + std::string(text) + "\"");
+        EXPECT_EQ(found.find("does not match") == std::string::npos, matches) << text << found;
+        EXPECT_EQ(found.empty(), matches) << one.pattern << " " << text << found;
+      }
+    }
+  }
+  // More rounds than the engine counts.
+  for (const std::size_t rounds : {69999U, 70000U, 140000U, 140001U}) {
+    for (const char* pattern : {R"("^[ab]{70000,140000}$")", R"("^a{70000,140000}?$")"}) {
+      EXPECT_EQ(Fits("pattern", pattern, "\"" + std::string(rounds, 'a') + "\""),
+                rounds >= 70000 && rounds <= 140000);
+    }
+  }
+}
+
 void ExpectFormat(const char* name, const char* good, const std::string& bad) {
   const JsonValidator::Format* format = JsonValidator::FindFormat(name);
   ASSERT_NE(format, nullptr) << name;
@@ -66,6 +115,25 @@ TEST(Formats, TellGoodTextsFromBad) {
   ExpectFormat("ipv6", "::1", std::string("::1\0", 4));
   ExpectFormat("uri", "http://a:b@host:80/p?q#f,urn:x:y,http://[::1]/",
                "http://a b,a%zz:b,http://[::1,http://h:x/,1a:b");
+  ExpectFormat("iri", "http://\xC3\xBC.example/\xE2\x82\xAC?\xEE\x80\x80,urn:x:\xF0\x9F\x98\x80",
+               "http://a/\xEE\x80\x80,http://a/\xC2\x80,http://a/\xEF\xB7\x90,/\xC3\xBC");
+  ExpectFormat("iri-reference", "/\xC3\xBC,#\xC3\xBC,", "\xC3\xBC:x,<\xC3\xBC>");
+  ExpectFormat("uri-template", "a{?x*}{+y.z:30}/{%41_},{a},\xC3\xBC",
+               "{},{a:0},{a.},{a..b},}{,a b,{a");
+  ExpectFormat("relative-json-pointer", "0#,1/a~1b,10", ",01,-1,0##,0a,#,1/~2");
+  ExpectFormat("idn-hostname",
+               "b\xC3\xBC\x63her.example,xn--bcher-kva.example,l\xC2\xB7l.l\xC2\xB7l",
+               ",a..b\xC3\xBC,a\xC2\xB7l,-\xC3\xBC,xn--\xC3\xBC,xn--a,\xE3\x80\xAE\xC3\xBC");
+  ExpectFormat("idn-hostname", "l\xC2\xB7l", std::string("\xC3\xBC\0", 3));
+  ExpectFormat("idn-email", "j\xC3\xBCrg@b\xC3\xBC\x63her.example,\"\xC3\xBC \"@[10.0.0.1]",
+               "\xC3\xBC@,j\xC3\xBC rg@a.b,\xC3\xBC@-\xC3\xBC");
+  ExpectFormat("duration", "P4DT12H30M5S,P1Y2M3D,PT0S,P36W,P1M,PT1M",
+               ",P,PT,P1,1D,P1D1Y,P1Y2D,P1W2D,P1DT,PT1D,P-1D,P1.5D");
+  ExpectFormat("uuid", "2EB8AA08-aa98-11ea-b4aa-73b441d16380",
+               ",2eb8aa08aa9811eab4aa73b441d16380,2eb8aa08-aa98-11ea-b4aa-73b441d1638,"
+               "2eb8aa08-aa98-11ea-b4aa-73b441d1638g");
+  ExpectFormat("regex", R"(^[a-z]{2}$,(?<y>\d)\k<y>,\u{1F600},a{)",
+               R"(\Z,(?i)a,a++,(?<y>a)(?<y>b))");
   ExpectFormat("mac-address", "02:00:5e:10:00:0F,02-00-5E-10-00-0f",
                "02:00:5e:10:00,02:00-5e:10:00:01,0g:00:5e:10:00:01");
   ExpectFormat("ipv4-prefix", "10.0.0.0/8,0.0.0.0/0,1.2.3.4/32",

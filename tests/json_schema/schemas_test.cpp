@@ -95,6 +95,36 @@ TEST(CheckSchema, ReportsEveryMalformedKeywordWhereItStands) {
 /patternProperties/(: "(" is not a valid pattern: missing closing parenthesis (at byte 1))");
 }
 
+TEST(CheckSchema, NamesWhatEcmaScriptDoesNotHaveInPatterns) {
+  for (const auto& [pattern, fault] :
+       {std::pair(R"(a\\Z)", R"(ECMAScript has no escape \Z (at byte 1))"),
+        {R"([\\h])", R"(ECMAScript has no escape \h (at byte 1))"},
+        {R"(\\x{41})", R"(ECMAScript has no escape \x (at byte 0))"},
+        {R"(\\01)", R"(ECMAScript has no escape \0 (at byte 0))"},
+        {R"(\\pL)", R"(ECMAScript has no escape \p (at byte 0))"},
+        {R"(\\p{Greek})", R"(ECMAScript has no escape \p{Greek} (at byte 0))"},
+        {R"(\\u{110000})", R"(ECMAScript has no escape \u{110000 (at byte 0))"},
+        {R"(\\k<a>)", R"(there is no group for the reference \k<a> (at byte 0))"},
+        {R"((a)\\2)", R"(there is no group for the reference \2 (at byte 3))"},
+        {"é(?i)a", "ECMAScript has no group (?i (at byte 2)"},
+        {"(*UTF)", "ECMAScript has no group (*U (at byte 0)"},
+        {"(?P<a>b)", "ECMAScript has no group (?P (at byte 0)"},
+        {"(?>a)", "ECMAScript has no group (?> (at byte 0)"},
+        {"(?<1>a)", "the name of a group is expected in (?<1 (at byte 0)"},
+        {"a*+", "ECMAScript has no possessive quantifier + (at byte 2)"},
+        {"^*", "there is nothing that * could repeat (at byte 1)"},
+        {"{2}", "there is nothing that {2} could repeat (at byte 0)"},
+        {"a{2,1}", "numbers out of order in {2,1} (at byte 1)"},
+        {"(a){65536}", "the number is too large in {65536} (at byte 3)"},
+        {"[b-a]", "range out of order in character class: b-a (at byte 1)"},
+        {"[a", "missing terminating ] for character class (at byte 0)"},
+        {"a)", "unmatched closing parenthesis (at byte 1)"},
+        {"(?<=a+)b", "lookbehind assertion is not fixed length (at byte 0)"}}) {
+    const std::string found = Check(R"({"pattern": ")" + std::string(pattern) + "\"}");
+    EXPECT_TRUE(found.ends_with(std::string(" is not a valid pattern: ") + fault)) << found;
+  }
+}
+
 TEST(CheckSchema, ReportsReferencesThatLeadNowhereOrOutside) {
   EXPECT_EQ(Check(R"({"required": ["a"], "properties": {
       "a": {"$ref": "#/definitions/missing"}, "b": {"$ref": "http://example.com/schema#/a"},

@@ -107,6 +107,8 @@ TEST(TypeFileCheck, EachRuleIsReportedAtItsPlace) {
               "\"$defs\" is no keyword of JSON Schema "
               "draft-07; use \"definitions\"",
           "/schema/properties/a~1b/mine" + invalid});
+  Expect(Properties(R"("a":{"format":"ipv5"},"b":{"format":"x-ours"},"c":{"format":"uuid"})"),
+         {"/schema/properties/a/format: is no format that is checked; these are: date, time"});
   // Flags and tags.
   Expect(File(R"({"type":"object","shared":false,"vital":1})"),
          {"/schema/shared: can only be true", "/schema/vital: has to be true or false"});

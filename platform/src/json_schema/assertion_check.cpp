@@ -10,9 +10,18 @@
 #include <utility>
 
 namespace JsonValidator {
+namespace {
+
+constexpr std::size_t kBytesOfAStep = 8;
+
+}  // namespace
 
 bool AssertionCheck::Visit(const Node& node, const Json::Value& value, const Place& place,
                            Findings* findings) const {
+  constexpr std::uint64_t kStepsOfAVisit = 3;
+  if (!Go(kStepsOfAVisit, place)) {
+    return false;
+  }
   if (node.composition && node.composition->reference != nullptr) {
     return Visit(*node.composition->reference, value, place, findings);
   }
@@ -50,25 +59,31 @@ bool AssertionCheck::Visit(const Node& node, const Json::Value& value, const Pla
   if (node.composition) {
     ok = (ok || findings != nullptr) && VisitComposition(*node.composition, value, place, findings);
   }
-  return ok;
+  return Work().Spent() ? GiveUp(place) : ok;
+}
+
+bool AssertionCheck::GiveUp(const Place& place) const {
+  Work().LeaveOpen(place, "the value");
+  return false;
 }
 
 bool AssertionCheck::VisitValue(const Node& node, const Json::Value& value, const Place& place,
                                 Findings* findings) const {
   bool ok = true;
-  if (node.constant != nullptr && !Equal(*node.constant, value)) {
-    ok = Fail(findings, place,
-              [&] { return "expected " + Literal(*node.constant) + ", found " + Found(value); });
+  if (node.constant != nullptr && !Equal(*node.constant, value, Work())) {
+    ok = Fail(findings, place, [&] {
+      return "expected " + Literal(*node.constant, Work()) + ", found " + Found(value);
+    });
   }
   if (node.enumeration != nullptr &&
       std::none_of(node.enumeration->Begin(), node.enumeration->End(),
-                   [&](const Json::Value& allowed) { return Equal(allowed, value); })) {
+                   [&](const Json::Value& allowed) { return Equal(allowed, value, Work()); })) {
     ok = Fail(findings, place, [&] {
       std::vector<const Json::Value*> allowed;
       for (const Json::Value& one : node.enumeration->GetArray()) {
         allowed.push_back(&one);
       }
-      return NotAmong(allowed, value, findings->AreWordy());
+      return NotAmong(allowed, value, findings->AreWordy(), Work());
     });
   }
   return ok;
@@ -116,6 +131,7 @@ bool AssertionCheck::VisitText(const TextRules& rules, const Json::Value& value,
                                Findings* findings) const {
   bool ok = true;
   const std::string_view text = Json::Text(value);
+  Work().Take(text.size() / kBytesOfAStep);
   // A text has no more characters than bytes, so that few texts are counted.
   if (rules.minLength > 0 || text.size() > rules.maxLength) {
     const std::uint64_t length = Json::Utf8::CountCharacters(text);
@@ -133,7 +149,7 @@ bool AssertionCheck::VisitText(const TextRules& rules, const Json::Value& value,
     }
   }
   if (rules.pattern) {
-    switch (rules.pattern->Match(text)) {
+    switch (rules.pattern->Match(text, Work())) {
       case Pattern::Result::MATCH:
         break;
       case Pattern::Result::NO_MATCH:
@@ -142,11 +158,9 @@ bool AssertionCheck::VisitText(const TextRules& rules, const Json::Value& value,
         });
         break;
       case Pattern::Result::UNDECIDED:
-        ok = FailUndecided(findings, place, [&] {
-          return "the text " + Quoted(text) + " could not be checked against the pattern " +
-                 rules.pattern->Text();
-        });
-        break;
+        Work().LeaveOpen(place, "the text " + Quoted(text),
+                         "against the pattern " + rules.pattern->Text());
+        return false;
     }
   }
   return ok;
@@ -154,6 +168,9 @@ bool AssertionCheck::VisitText(const TextRules& rules, const Json::Value& value,
 
 bool AssertionCheck::VisitFormat(const Format& format, const Json::Value& value, TypeSet type,
                                  const Place& place, Findings* findings) const {
+  if (type == kTextType) {
+    Work().Take(format.steps + value.GetStringLength() / kBytesOfAStep * format.stepsOfEightBytes);
+  }
   const bool ok = type == kTextType ? format.holds(Json::Text(value))
                   : type == kIntegerType
                       ? format.integerHolds == nullptr || format.integerHolds(value)
@@ -180,7 +197,7 @@ bool AssertionCheck::VisitArray(const ArrayRules& rules, const Json::Value& valu
       });
     }
     if (rules.unique && (ok || findings != nullptr)) {
-      const auto equal = FindEqualElements(value);
+      const auto equal = FindEqualElements(value, Work());
       if (equal) {
         ok = Fail(findings, place, [&] {
           return "no two elements may be equal, but elements " + std::to_string(equal->first) +

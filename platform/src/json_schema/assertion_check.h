@@ -3,8 +3,8 @@
 
 #include "json/json.h"
 #include "json/type_schema_view.h"
+#include "json_schema/budget.h"
 #include "json_schema/compiled_node.h"
-#include "json_schema/composition_words.h"
 #include "json_schema/place.h"
 #include "json_schema/validation_findings.h"
 
@@ -14,7 +14,8 @@
 
 namespace JsonValidator {
 
-/// Checks values against nodes. The value's depth is checked already.
+/// Checks values against nodes. The value's depth is checked already. Once the budget is spent the
+/// answers mean nothing, and the budget's owner has a finding of it.
 class AssertionCheck {
  public:
   /// What is noted of a value that does not fit. The verdict of Holds is always that of the whole
@@ -23,8 +24,9 @@ class AssertionCheck {
     bool assertions = true;     ///< all assertions but "required"
     bool required = true;       ///< members that are plainly missing
     bool textsAreSound = true;  ///< all texts of the value are known to be UTF-8
-    /// Gets what could not be checked where the schema is asked quietly, and would be hidden there.
-    Findings* undecided = nullptr;
+    /// Of the whole validation; never null. Gets what could not be checked, even where the schema is asked
+    /// quietly and its answer would be turned round.
+    Budget* budget = nullptr;
     /// Members that can belong to none of these parts may be missing; bits of Json::Kind.
     unsigned askedParts = ~0U;
     /// What is known of the value's places; needed where not all parts are asked.
@@ -46,6 +48,30 @@ class AssertionCheck {
 
   /// Whether Check notes the assertions that fail.
   bool Reports() const { return scope_.assertions; }
+
+  /// One that says why a value does not fit, out of the same budget.
+  AssertionCheck InWords() const {
+    return AssertionCheck({true, true, scope_.textsAreSound, scope_.budget});
+  }
+
+  Budget& Work() const { return *scope_.budget; }
+
+  /// What it takes to say of a member that the object's schema does not know it.
+  static std::uint64_t StepsOfUnknownMember(const ObjectRules& rules) {
+    constexpr std::uint64_t kNamesOfAStep = 16;
+    const std::uint64_t known = rules.properties.All().size();
+    return known + known * known / kNamesOfAStep;
+  }
+
+  /// Takes so many steps, and answers whether there are any left.
+  bool Go(std::uint64_t steps, const Place& place) const {
+    return Work().Take(steps) || GiveUp(place);
+  }
+  /// Notes that the budget was spent at the place, and answers false.
+  bool GiveUp(const Place& place) const;
+
+  /// Whether a member's name matches. What cannot be decided is left open at the place.
+  bool Matches(const Pattern& pattern, const Json::Value& name, const Place& place) const;
 
   /// Whether formats and patterns may be asked of a text: what is no UTF-8 has its finding already.
   bool IsSound(const Json::Value& text) const;
@@ -82,25 +108,19 @@ class AssertionCheck {
   bool VisitOneOf(const Nodes& branches, const Json::Value& value, const Place& place,
                   Findings* findings) const;
 
-  /// How a finding is to be worded.
-  BranchWords Words(const Findings* findings) const {
-    return {scope_.textsAreSound, findings->AreWordy()};
-  }
-
   /// Whether a member that an object lacks is another part's to hold.
   bool IsOfAnotherPart(const Place& object, std::string_view member) const;
 
   bool Asserting(const Findings* findings) const {
     return findings == nullptr || scope_.assertions;
   }
-  /// Notes a failure, in words that are only made when somebody wants them.
+  /// Notes a failure, in words that are only made when somebody wants them and that take so many
+  /// steps.
   template <class Words>
-  bool FailUndecided(Findings* findings, const Place& place, const Words& words) const {
-    return Fail(findings != nullptr ? findings : scope_.undecided, place, words);
-  }
-  template <class Words>
-  static bool Fail(Findings* findings, const Place& place, const Words& words) {
-    if (findings != nullptr) {
+  bool Fail(Findings* findings, const Place& place, const Words& words,
+            std::uint64_t steps = 0) const {
+    constexpr std::uint64_t kStepsOfAFinding = 32;
+    if (findings != nullptr && Work().Take(kStepsOfAFinding + steps)) {
       findings->Add(place, words());
     }
     return false;

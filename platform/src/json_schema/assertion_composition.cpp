@@ -1,5 +1,6 @@
 // The assertions that are made of other schemas, for the same value.
 #include "json_schema/assertion_check.h"
+#include "json_schema/composition_words.h"
 
 #include <algorithm>
 #include <string>
@@ -26,7 +27,7 @@ bool AssertionCheck::VisitComposition(const Composition& with, const Json::Value
   ok = (with.anyOf.empty() || VisitAnyOf(with.anyOf, value, place, findings)) && ok;
   ok = (with.oneOf.empty() || VisitOneOf(with.oneOf, value, place, findings)) && ok;
   if (with.negated != nullptr && Holds(*with.negated, value, place)) {
-    ok = Fail(findings, place, [&] { return WhyExcluded(*with.negated, value); });
+    ok = Fail(findings, place, [&] { return WhyExcluded(*with.negated, value, InWords()); });
   }
   return ok;
 }
@@ -35,8 +36,12 @@ bool AssertionCheck::VisitAnyOf(const Nodes& branches, const Json::Value& value,
                                 Findings* findings) const {
   return std::any_of(branches.begin(), branches.end(),
                      [&](const Node* branch) { return Holds(*branch, value, place); }) ||
-         Fail(findings, place,
-              [&] { return WhyNoBranch(branches, value, place, Words(findings)); });
+         Fail(
+             findings, place,
+             [&] {
+               return WhyNoBranch(branches, value, place, {InWords(), findings->AreWordy()});
+             },
+             branches.size());
 }
 
 bool AssertionCheck::VisitOneOf(const Nodes& branches, const Json::Value& value, const Place& place,
@@ -51,10 +56,11 @@ bool AssertionCheck::VisitOneOf(const Nodes& branches, const Json::Value& value,
       }
     }
   }
-  return count == 1 || Fail(findings, place, [&] {
-           return count == 0 ? WhyNoBranch(branches, value, place, Words(findings))
-                             : WhySeveralBranches(fitting, branches.size());
-         });
+  const auto words = [&] {
+    return count == 0 ? WhyNoBranch(branches, value, place, {InWords(), findings->AreWordy()})
+                      : WhySeveralBranches(fitting, branches.size(), Work());
+  };
+  return count == 1 || Fail(findings, place, words, branches.size());
 }
 
 }  // namespace JsonValidator

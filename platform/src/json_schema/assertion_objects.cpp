@@ -6,6 +6,15 @@
 #include <bit>
 
 namespace JsonValidator {
+namespace {
+
+bool HasMember(const Json::Value& object, std::string_view name, Budget& budget) {
+  constexpr rapidjson::SizeType kMembersOfAStep = 4;
+  return budget.Take(object.MemberCount() / kMembersOfAStep) &&
+         Json::FindMember(object, name) != nullptr;
+}
+
+}  // namespace
 
 bool AssertionCheck::VisitObject(const ObjectRules& rules, const Json::Value& value,
                                  const Place& place, Findings* findings) const {
@@ -51,28 +60,19 @@ bool AssertionCheck::VisitMember(const ObjectRules& rules, const Property* prope
     if (!IsSound(member.name)) {
       break;
     }
-    switch (pattern.pattern->Match(Json::Text(member.name))) {
-      case Pattern::Result::MATCH:
-        declared = true;
-        ok = Visit(*pattern.node, member.value, place, findings) && ok;
-        break;
-      case Pattern::Result::NO_MATCH:
-        break;
-      case Pattern::Result::UNDECIDED:
-        ok = !Asserting(findings) || FailUndecided(findings, place, [&] {
-          return "the member name could not be checked against the pattern " +
-                 pattern.pattern->Text();
-        });
-        break;
+    if (Matches(*pattern.pattern, member.name, place)) {
+      declared = true;
+      ok = Visit(*pattern.node, member.value, place, findings) && ok;
     }
   }
   if (!declared && rules.additional != nullptr) {
     if (!rules.additional->refusesAll) {
       ok = Visit(*rules.additional, member.value, place, findings) && ok;
     } else if (Asserting(findings)) {
-      ok = Fail(findings, place, [&] {
-        return UnknownMember(Json::Text(member.name), {&rules}, findings->AreWordy());
-      });
+      ok = Fail(
+          findings, place,
+          [&] { return UnknownMember(Json::Text(member.name), {&rules}, findings->AreWordy()); },
+          StepsOfUnknownMember(rules));
     }
   }
   return (rules.propertyNames == nullptr || !Asserting(findings) ||
@@ -80,12 +80,20 @@ bool AssertionCheck::VisitMember(const ObjectRules& rules, const Property* prope
          ok;
 }
 
+bool AssertionCheck::Matches(const Pattern& pattern, const Json::Value& name,
+                             const Place& place) const {
+  const Pattern::Result result = pattern.Match(Json::Text(name), Work());
+  if (result == Pattern::Result::UNDECIDED) {
+    Work().LeaveOpen(place, "the member name", "against the pattern " + pattern.Text());
+  }
+  return result == Pattern::Result::MATCH;
+}
+
 bool AssertionCheck::VisitName(const Node& node, const Json::Value& name, const Place& place,
                                Findings* findings) const {
   return Holds(node, name, place) || Fail(findings, place, [&] {
            Findings reasons;
-           AssertionCheck({true, true, scope_.textsAreSound, nullptr})
-               .Check(node, name, place, reasons);
+           InWords().Check(node, name, place, reasons);
            return "the member name is not allowed: " +
                   (reasons.Empty() ? "it could not be checked" : reasons.Sorted().front().error);
          });
@@ -101,8 +109,8 @@ bool AssertionCheck::VisitRequired(const ObjectRules& rules, const Json::Value& 
   const auto ticked = static_cast<std::size_t>(std::popcount(rules.requiredBits));
   if (seen != rules.requiredBits || ticked < rules.required.size()) {
     for (std::size_t i = 0; i < rules.required.size(); ++i) {
-      const bool given = i < ticked ? (seen >> i & 1U) != 0
-                                    : Json::FindMember(value, rules.required[i]) != nullptr;
+      const bool given =
+          i < ticked ? (seen >> i & 1U) != 0 : HasMember(value, rules.required[i], Work());
       if (!given && !(findings != nullptr && IsOfAnotherPart(place, rules.required[i]))) {
         ok = Fail(findings, place, [&] { return MissingMember(rules.required[i]); });
       }
@@ -131,11 +139,11 @@ bool AssertionCheck::VisitDependencies(const ObjectRules& rules, const Json::Val
                                        const Place& place, Findings* findings) const {
   bool ok = true;
   for (const Dependency& dependency : rules.dependencies) {
-    if (Json::FindMember(value, dependency.name) == nullptr) {
+    if (!HasMember(value, dependency.name, Work())) {
       continue;
     }
     for (const std::string_view name : dependency.members) {
-      if (Asserting(findings) && Json::FindMember(value, name) == nullptr &&
+      if (Asserting(findings) && !HasMember(value, name, Work()) &&
           !(findings != nullptr && IsOfAnotherPart(place, name))) {
         ok = Fail(findings, place, [&] {
           return MissingMember(name) + " because member " + Quoted(dependency.name) + " is given";

@@ -23,7 +23,7 @@ const Node& Target(const Node& node) {
 
 /// Members whose value is not the one that the schema fixes: they tell which of several forms was
 /// meant.
-std::size_t CountOtherConstants(const Node& node, const Json::Value& value) {
+std::size_t CountOtherConstants(const Node& node, const Json::Value& value, Budget& budget) {
   if (!node.object || !value.IsObject()) {
     return 0;
   }
@@ -31,7 +31,7 @@ std::size_t CountOtherConstants(const Node& node, const Json::Value& value) {
   for (const auto& member : value.GetObject()) {
     const Property* property = node.object->properties.Find(Json::Text(member.name));
     const Json::Value* fixed = property != nullptr ? Target(*property->node).constant : nullptr;
-    count += static_cast<std::size_t>(fixed != nullptr && !Equal(*fixed, member.value));
+    count += static_cast<std::size_t>(fixed != nullptr && !Equal(*fixed, member.value, budget));
   }
   return count;
 }
@@ -75,13 +75,13 @@ std::string Title(const Node& branch) {
 }
 
 /// What fits the schema, as far as few words can tell.
-std::string Form(const Node& branch) {
+std::string Form(const Node& branch, Budget& budget) {
   const Node& node = Target(branch);
   if (std::string title = Title(branch); !title.empty()) {
     return title;
   }
   if (node.constant != nullptr) {
-    return Literal(*node.constant);
+    return Literal(*node.constant, budget);
   }
   if (node.format != nullptr) {
     return std::string(node.format->expected);
@@ -104,9 +104,10 @@ std::string Form(const Node& branch) {
 }  // namespace
 
 std::string WhyNoBranch(const Nodes& branches, const Json::Value& value, const Place& place,
-                        BranchWords words) {
+                        const BranchWords& words) {
+  const AssertionCheck& check = words.check;
   if (const auto values = AllowedValues(branches)) {
-    return NotAmong(*values, value, words.wordy);
+    return NotAmong(*values, value, words.wordy, check.Work());
   }
   const TypeSet type = TypeOf(value);
   TypeSet allowed = 0;
@@ -117,7 +118,6 @@ std::string WhyNoBranch(const Nodes& branches, const Json::Value& value, const P
     return allowed == 0 ? "is not allowed here"
                         : "expected " + ExpectedTypes(allowed) + ", found " + Found(value);
   }
-  const AssertionCheck check({true, true, words.textsAreSound, nullptr});
   std::pair<std::size_t, std::size_t> leastFaults{static_cast<std::size_t>(-1), 0};
   BranchReasons reasons(value, place);
   for (const Node* branch : branches) {
@@ -131,7 +131,8 @@ std::string WhyNoBranch(const Nodes& branches, const Json::Value& value, const P
     }
     Findings findings(words.wordy);
     check.Check(node, value, place, findings);
-    const std::pair faults{CountOtherConstants(node, value), findings.Sorted().size()};
+    const std::pair faults{CountOtherConstants(node, value, check.Work()),
+                           findings.Sorted().size()};
     if (findings.Empty() || faults > leastFaults) {
       continue;
     }
@@ -144,29 +145,29 @@ std::string WhyNoBranch(const Nodes& branches, const Json::Value& value, const P
   return reasons.InOneSentence(branches.size());
 }
 
-std::string WhySeveralBranches(const Nodes& fitting, std::size_t branches) {
+std::string WhySeveralBranches(const Nodes& fitting, std::size_t branches, Budget& budget) {
   std::vector<std::string> forms;
   for (const Node* branch : fitting) {
-    forms.push_back(Form(*branch));
+    forms.push_back(Form(*branch, budget));
   }
   return "fits " + std::to_string(fitting.size()) + " of the " + std::to_string(branches) +
          " allowed forms at once (" + Joined(forms, "and") + "), and may fit only one";
 }
 
-std::string WhyExcluded(const Node& excluded, const Json::Value& value) {
+std::string WhyExcluded(const Node& excluded, const Json::Value& value,
+                        const AssertionCheck& check) {
   const Node& node = Target(excluded);
   if (node.constant != nullptr || node.enumeration != nullptr) {
-    return "the value is one of those that are not allowed: " + Literal(value);
+    return "the value is one of those that are not allowed: " + Literal(value, check.Work());
   }
   if (node.text && node.text->pattern && value.IsString()) {
     return "the text " + Quoted(Json::Text(value)) + " must not match " +
            PatternInWords(*node.text);
   }
   if (node.composition && !node.composition->anyOf.empty() && !node.object) {
-    const AssertionCheck check({true, true, false, nullptr});
     for (const Node* branch : node.composition->anyOf) {
       if (check.Holds(*branch, value, Place{})) {
-        return WhyExcluded(*branch, value);
+        return WhyExcluded(*branch, value, check);
       }
     }
   }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "json/json.h"
+#include "json_schema/assertion_check.h"
 #include "json_schema/compiled_node.h"
 #include "json_schema/place.h"
 
@@ -11,18 +12,20 @@
 namespace JsonValidator {
 
 struct BranchWords {
-  bool textsAreSound;  ///< as in AssertionCheck::Scope
-  bool wordy;          ///< as in Findings
+  const AssertionCheck& check;  ///< that says why
+  bool wordy;                   ///< as in Findings
 };
 
 /// Of a value that fits none of the branches: what the closest ask for.
 std::string WhyNoBranch(const Nodes& branches, const Json::Value& value, const Place& place,
-                        BranchWords words);
+                        const BranchWords& words);
 
 /// Of a value that fits several branches where it may fit one.
-std::string WhySeveralBranches(const Nodes& fitting, std::size_t branches);
+std::string WhySeveralBranches(const Nodes& fitting, std::size_t branches, Budget& budget);
 
 /// Of a value that fits the schema under "not".
-std::string WhyExcluded(const Node& excluded, const Json::Value& value);
+/// \param check  that says why
+std::string WhyExcluded(const Node& excluded, const Json::Value& value,
+                        const AssertionCheck& check);
 
 }  // namespace JsonValidator

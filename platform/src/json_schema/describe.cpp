@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t kLongestText = 60;    // bytes of a value quoted in a message
 constexpr std::size_t kLongestList = 1000;  // bytes of a list in a message
+constexpr int kMostLevels = 8;              // of a value written in a message
 constexpr std::string_view kCut = "...";
 
 std::string_view Shortened(std::string_view text, std::size_t most) {
@@ -58,6 +59,24 @@ bool IsShallow(const Json::Value& value, int levels) {
                                     [&](const auto& member) { return isShallow(member.value); }));
 }
 
+/// \param levels  what is nested deeper is not written
+std::uint64_t StepsToWrite(const Json::Value& value, int levels) {
+  constexpr std::uint64_t kStepsOfAValue = 16;
+  std::uint64_t steps = kStepsOfAValue;
+  if (value.IsString()) {
+    steps += value.GetStringLength();
+  } else if (levels > 0 && value.IsArray()) {
+    for (const Json::Value& element : value.GetArray()) {
+      steps += StepsToWrite(element, levels - 1);
+    }
+  } else if (levels > 0 && value.IsObject()) {
+    for (const auto& member : value.GetObject()) {
+      steps += member.name.GetStringLength() + StepsToWrite(member.value, levels - 1);
+    }
+  }
+  return steps;
+}
+
 }  // namespace
 
 std::string Quoted(std::string_view text) {
@@ -91,11 +110,14 @@ std::string Found(const Json::Value& value) {
   }
 }
 
+std::string Literal(const Json::Value& value, Budget& budget) {
+  return budget.Take(StepsToWrite(value, kMostLevels)) ? Literal(value) : Found(value);
+}
+
 std::string Literal(const Json::Value& value) {
   if (value.IsString()) {
     return Quoted(Json::Text(value));
   }
-  constexpr int kMostLevels = 8;
   std::string text;
   if ((!value.IsObject() && !value.IsArray()) || !IsShallow(value, kMostLevels) ||
       !Json::Serialize(value, text)) {
@@ -182,11 +204,11 @@ std::string UnknownMember(std::string_view name, const std::vector<const ObjectR
 }
 
 std::string NotAmong(const std::vector<const Json::Value*>& allowed, const Json::Value& value,
-                     bool suggests) {
+                     bool suggests, Budget& budget) {
   std::vector<std::string> texts;
   std::size_t length = 0;
   for (std::size_t i = 0; i < allowed.size() && length <= kLongestList; ++i) {
-    texts.push_back(Literal(*allowed[i]));
+    texts.push_back(Literal(*allowed[i], budget));
     length += texts.back().size() + 1;
   }
   const std::string_view given = value.IsString() ? Json::Text(value) : std::string_view();

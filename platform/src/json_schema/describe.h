@@ -2,6 +2,7 @@
 #pragma once
 
 #include "json/json.h"
+#include "json_schema/budget.h"
 #include "json_schema/compiled_node.h"
 
 #include <cstdint>
@@ -19,6 +20,9 @@ std::string Found(const Json::Value& value);
 
 /// A value of a schema as JSON would write it, shortened.
 std::string Literal(const Json::Value& value);
+/// The same out of a budget, which values of any size may be written from: once it is spent, only
+/// what kind of value it is.
+std::string Literal(const Json::Value& value, Budget& budget);
 
 /// A set of types: "an integer or null".
 std::string ExpectedTypes(TypeSet types);
@@ -35,8 +39,9 @@ std::string UnknownMember(std::string_view name, const std::vector<const ObjectR
 /// `expected one of "low", "high", found the text "hihg"; did you mean "high"?`
 /// \param allowed   at least one
 /// \param suggests  as above
+/// \param budget    that writing the values takes from
 std::string NotAmong(const std::vector<const Json::Value*>& allowed, const Json::Value& value,
-                     bool suggests);
+                     bool suggests, Budget& budget);
 
 /// `the pattern ^[a-z]+$ (Lower-case letters)`: with what the schema says of it.
 std::string PatternInWords(const TextRules& rules);

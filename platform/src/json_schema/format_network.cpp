@@ -31,28 +31,6 @@ bool IsPrefix(std::string_view text, bool (*isAddress)(std::string_view), std::u
          IsDecimal(text.substr(slash + 1), 0, bits);
 }
 
-bool IsAtom(std::string_view text) {
-  constexpr std::string_view kOthers = "!#$%&'*+-/=?^_`{|}~";
-  return !text.empty() && std::all_of(text.begin(), text.end(), [&](char c) {
-    return Json::IsLetter(c) || Json::IsDigit(c) || kOthers.find(c) != std::string_view::npos;
-  });
-}
-
-bool IsQuotedString(std::string_view text) {
-  if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
-    return false;
-  }
-  text = text.substr(1, text.size() - 2);
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool escapes = text[i] == '\\';
-    i += static_cast<std::size_t>(escapes);
-    if (i == text.size() || text[i] < ' ' || text[i] > '~' || (!escapes && text[i] == '"')) {
-      return false;
-    }
-  }
-  return true;
-}
-
 }  // namespace
 
 bool IsIpv4(std::string_view text) {
@@ -94,54 +72,6 @@ bool IsMacAddress(std::string_view text) {
     if (i % 3 == 2 ? text[i] != text[2] : !Json::IsHexDigit(text[i])) {
       return false;
     }
-  }
-  return true;
-}
-
-bool IsHostname(std::string_view text) {
-  constexpr std::size_t kLongest = 253;
-  constexpr std::size_t kLongestLabel = 63;
-  if (text.size() > kLongest) {
-    return false;
-  }
-  for (std::size_t begin = 0; begin <= text.size();) {
-    const std::size_t end = std::min(text.find('.', begin), text.size());
-    const std::string_view label = text.substr(begin, end - begin);
-    const auto allowed = [](char c) { return Json::IsLetter(c) || Json::IsDigit(c) || c == '-'; };
-    if (label.empty() || label.size() > kLongestLabel || label.front() == '-' ||
-        label.back() == '-' || !std::all_of(label.begin(), label.end(), allowed)) {
-      return false;
-    }
-    begin = end + 1;
-  }
-  return true;
-}
-
-bool IsEmail(std::string_view text) {
-  const std::size_t at = text.rfind('@');
-  if (at == std::string_view::npos) {
-    return false;
-  }
-  std::string_view local = text.substr(0, at);
-  const std::string_view domain = text.substr(at + 1);
-  if (domain.size() > 2 && domain.front() == '[' && domain.back() == ']') {
-    std::string_view address = domain.substr(1, domain.size() - 2);
-    constexpr std::string_view kIpv6 = "IPv6:";
-    if (!(address.starts_with(kIpv6) ? IsIpv6(address.substr(kIpv6.size())) : IsIpv4(address))) {
-      return false;
-    }
-  } else if (!IsHostname(domain)) {
-    return false;
-  }
-  if (IsQuotedString(local)) {
-    return true;
-  }
-  for (std::size_t begin = 0; begin <= local.size();) {
-    const std::size_t end = std::min(local.find('.', begin), local.size());
-    if (!IsAtom(local.substr(begin, end - begin))) {
-      return false;
-    }
-    begin = end + 1;
   }
   return true;
 }

@@ -69,6 +69,21 @@ bool ReadOffset(Reader& reader, int& minutes) {
   return colon && Between(hour, 0, 23) && Between(minute, 0, 59);
 }
 
+/// Numbers, each with its unit, that follow one another in the list of units without a gap.
+bool ReadAmounts(Reader& reader, std::string_view units) {
+  bool any = false;
+  for (const char unit : units) {
+    Reader ahead = reader;
+    if (ahead.SkipDigits() > 0 && ahead.Skip(unit)) {
+      reader = ahead;
+      any = true;
+    } else if (any) {
+      break;
+    }
+  }
+  return any;
+}
+
 }  // namespace
 
 bool IsDate(std::string_view text) {
@@ -110,6 +125,19 @@ bool IsDateTime(std::string_view text) {
   constexpr std::size_t kDateLength = 10;
   return text.size() > kDateLength && (text[kDateLength] == 'T' || text[kDateLength] == 't') &&
          IsDate(text.substr(0, kDateLength)) && IsTime(text.substr(kDateLength + 1));
+}
+
+bool IsDuration(std::string_view text) {
+  Reader reader(text);
+  if (!reader.Skip('P')) {
+    return false;
+  }
+  if (ReadAmounts(reader, "W")) {
+    return reader.AtEnd();
+  }
+  const bool days = ReadAmounts(reader, "YMD");
+  const bool time = reader.Skip('T');
+  return (days || time) && (!time || ReadAmounts(reader, "HMS")) && reader.AtEnd();
 }
 
 }  // namespace JsonValidator

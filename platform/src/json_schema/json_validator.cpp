@@ -1,6 +1,7 @@
 #include "platform/json_validator.h"
 
 #include "json_schema/assertion_check.h"
+#include "json_schema/budget.h"
 #include "json_schema/compiled_schema.h"
 #include "json_schema/member_rules.h"
 #include "json_schema/rule_set.h"
@@ -21,12 +22,9 @@ void CheckAgainst(const CompiledSchema& schema, const Json::Value& value, RuleSe
     return;
   }
   const bool assertions = rules.Has(RULE_JSON_SCHEMA);
-  const AssertionCheck::Scope scope{assertions,
-                                    rules.AsksForMembers(),
-                                    soundness.TextsAreSound(),
-                                    assertions ? &findings : nullptr,
-                                    rules.AskedParts(),
-                                    schema.View().Root()};
+  Budget budget(findings, soundness.Size());
+  const AssertionCheck::Scope scope{assertions, rules.AsksForMembers(), soundness.TextsAreSound(),
+                                    &budget,    rules.AskedParts(),     schema.View().Root()};
   if (scope.assertions || scope.required) {
     AssertionCheck(scope).Check(schema.Root(), value, Place{}, findings);
   }

@@ -48,10 +48,10 @@ RuleSet StillOfUse(RuleSet rules, Tags reachable) {
 }  // namespace
 
 void MemberRules::Check(const Node& root, Json::SchemaPlace at, const Json::Value& value) {
-  if (rules_.Empty()) {
+  if (rules_.Empty() || check_.Work().Spent()) {
     return;
   }
-  Apply(root, value, true, 0);
+  Apply(root, value, Place{}, true, 0);
   Tags reachable = 0;
   for (const Applied& applied : applied_) {
     reachable |= applied.node->reachableTags;
@@ -72,81 +72,84 @@ void MemberRules::Check(const Node& root, Json::SchemaPlace at, const Json::Valu
   }
 }
 
-void MemberRules::Apply(const Node& node, const Json::Value& value, bool closes,
+void MemberRules::Apply(const Node& node, const Json::Value& value, const Place& place, bool closes,
                         std::size_t begin) {
+  if (!check_.Go(1 + (applied_.size() - begin), place)) {
+    return;
+  }
   for (std::size_t i = begin; i < applied_.size(); ++i) {
     if (applied_[i].node == &node) {
       if (closes && !applied_[i].closes) {
         applied_[i].closes = true;
-        ApplyBeside(node, value, closes, begin);
+        ApplyBeside(node, value, place, closes, begin);
       }
       return;
     }
   }
   applied_.push_back({&node, closes});
-  ApplyBeside(node, value, closes, begin);
+  ApplyBeside(node, value, place, closes, begin);
 }
 
-void MemberRules::ApplyBeside(const Node& node, const Json::Value& value, bool closes,
-                              std::size_t begin) {
+void MemberRules::ApplyBeside(const Node& node, const Json::Value& value, const Place& place,
+                              bool closes, std::size_t begin) {
   if (node.composition) {
     const Composition& with = *node.composition;
     if (with.reference != nullptr) {
-      Apply(*with.reference, value, closes, begin);
+      Apply(*with.reference, value, place, closes, begin);
       return;
     }
     for (const Node* part : with.allOf) {
-      Apply(*part, value, closes, begin);
+      Apply(*part, value, place, closes, begin);
     }
-    ApplyBranches(with.anyOf, value, closes, begin);
-    ApplyBranches(with.oneOf, value, closes, begin);
+    ApplyBranches(with.anyOf, value, place, closes, begin);
+    ApplyBranches(with.oneOf, value, place, closes, begin);
     if (with.condition != nullptr) {
-      Apply(*with.condition, value, false, begin);
+      Apply(*with.condition, value, place, false, begin);
       const Node* branch =
-          check_.Holds(*with.condition, value, Place{}) ? with.consequence : with.alternative;
+          check_.Holds(*with.condition, value, place) ? with.consequence : with.alternative;
       if (branch != nullptr) {
-        Apply(*branch, value, false, begin);
+        Apply(*branch, value, place, false, begin);
       }
     }
   }
   if (node.object && value.IsObject()) {
     for (const Dependency& dependency : node.object->dependencies) {
       if (dependency.node != nullptr && Json::FindMember(value, dependency.name) != nullptr) {
-        Apply(*dependency.node, value, false, begin);
+        Apply(*dependency.node, value, place, false, begin);
       }
     }
   }
 }
 
-void MemberRules::ApplyBranches(const Nodes& branches, const Json::Value& value, bool closes,
-                                std::size_t begin) {
+void MemberRules::ApplyBranches(const Nodes& branches, const Json::Value& value, const Place& place,
+                                bool closes, std::size_t begin) {
   bool any = false;
   for (const Node* branch : branches) {
-    if (check_.Holds(*branch, value, Place{})) {
+    if (check_.Holds(*branch, value, place)) {
       any = true;
-      Apply(*branch, value, closes, begin);
+      Apply(*branch, value, place, closes, begin);
     }
   }
   for (std::size_t i = 0; i < branches.size() && !any; ++i) {
-    Apply(*branches[i], value, closes, begin);
+    Apply(*branches[i], value, place, closes, begin);
   }
 }
 
 bool MemberRules::ApplyMember(const ObjectRules& rules, const Json::Value::Member& member,
-                              bool apply, bool closes, std::size_t begin) {
+                              const Place& place, bool apply, bool closes, std::size_t begin) {
   const std::string_view name = Json::Text(member.name);
   bool declared = false;
   const auto declare = [&](const Node& node) {
     declared = true;
     if (apply) {
-      Apply(node, member.value, closes, begin);
+      Apply(node, member.value, place, closes, begin);
     }
   };
   if (const Property* property = rules.properties.Find(name)) {
     declare(*property->node);
   }
   for (const PatternProperty& pattern : rules.patternProperties) {
-    if (check_.IsSound(member.name) && pattern.pattern->Match(name) == Pattern::Result::MATCH) {
+    if (check_.IsSound(member.name) && check_.Matches(*pattern.pattern, member.name, place)) {
       declare(*pattern.node);
     }
   }
@@ -172,8 +175,13 @@ void MemberRules::VisitObject(std::size_t begin, const Json::Value& object, cons
       const Applied applied = applied_[i];
       if (applied.node->object) {
         declared =
-            ApplyMember(*applied.node->object, member, visit, applied.closes, end) || declared;
+            ApplyMember(*applied.node->object, member, memberPlace, visit, applied.closes, end) ||
+            declared;
       }
+    }
+    if (check_.Work().Spent()) {
+      check_.GiveUp(memberPlace);
+      return;
     }
     if (!declared && closed) {
       NoteUnknown(begin, end, member.name, memberPlace);
@@ -209,6 +217,7 @@ void MemberRules::NoteUnknown(std::size_t begin, std::size_t end, const Json::Va
       return;  // "additionalProperties" has said so
     }
     schemas.push_back(rules);
+    check_.Work().Take(AssertionCheck::StepsOfUnknownMember(*rules));
   }
   findings_.Add(place, UnknownMember(Json::Text(name), schemas, findings_.AreWordy()));
 }
@@ -227,8 +236,11 @@ void MemberRules::VisitArray(std::size_t begin, const Json::Value& array, const 
       const Applied applied = applied_[i];
       const Node* node = applied.node->array ? applied.node->array->Element(index) : nullptr;
       if (node != nullptr) {
-        Apply(*node, element, applied.closes, end);
+        Apply(*node, element, elementPlace, applied.closes, end);
       }
+    }
+    if (check_.Work().Spent()) {
+      return;
     }
     if (!givenId.empty() && element.IsObject() && !element.ObjectEmpty()) {
       const std::string_view id = CheckInstanceId(givenId, element, elementPlace);

@@ -33,7 +33,7 @@ class MemberRules {
   MemberRules(RuleSet rules, AssertionCheck::Scope scope, Findings& findings)
       : rules_(rules.Only({RULE_DECLARED_MEMBERS, RULE_NO_VITAL_OR_CACHED, RULE_NO_READ_ONLY,
                            RULE_VITAL_ONLY, RULE_INSTANCE_IDS, RULE_CACHED_ONLY})),
-        check_({scope.assertions, scope.required, scope.textsAreSound, nullptr}),
+        check_({scope.assertions, scope.required, scope.textsAreSound, scope.budget}),
         findings_(findings) {}
 
   void Check(const Node& root, Json::SchemaPlace at, const Json::Value& value);
@@ -50,13 +50,15 @@ class MemberRules {
   };
   using InstanceIds = std::vector<InstanceIdAt>;
 
-  void Apply(const Node& node, const Json::Value& value, bool closes, std::size_t begin);
-  void ApplyBranches(const Nodes& branches, const Json::Value& value, bool closes,
-                     std::size_t begin);
-  void ApplyBeside(const Node& node, const Json::Value& value, bool closes, std::size_t begin);
+  void Apply(const Node& node, const Json::Value& value, const Place& place, bool closes,
+             std::size_t begin);
+  void ApplyBranches(const Nodes& branches, const Json::Value& value, const Place& place,
+                     bool closes, std::size_t begin);
+  void ApplyBeside(const Node& node, const Json::Value& value, const Place& place, bool closes,
+                   std::size_t begin);
   /// Whether the schema declares the member; with `apply` what it says of the member applies.
-  bool ApplyMember(const ObjectRules& rules, const Json::Value::Member& member, bool apply,
-                   bool closes, std::size_t begin);
+  bool ApplyMember(const ObjectRules& rules, const Json::Value::Member& member, const Place& place,
+                   bool apply, bool closes, std::size_t begin);
 
   // `begin` is where the schemas that apply to the value start in applied_; they end at its end.
   void VisitObject(std::size_t begin, const Json::Value& object, const Place& place, RuleSet rules,

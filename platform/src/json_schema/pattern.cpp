@@ -1,110 +1,148 @@
 #include "json_schema/pattern.h"
 
-#include "platform/made_once.h"
+#include "json_schema/ecma_pattern.h"
 
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
 
+#include <algorithm>
 #include <array>
-#include <cstdint>
 #include <new>
 #include <utility>
 
 namespace JsonValidator {
 namespace {
 
-// ECMAScript's reading of what PCRE2 reads in its own way.
-constexpr std::uint32_t kOptions = PCRE2_UTF | PCRE2_ALT_BSUX | PCRE2_ALLOW_EMPTY_CLASS |
-                                   PCRE2_MATCH_UNSET_BACKREF | PCRE2_DOLLAR_ENDONLY;
-// Together they bound the worst case at about 20 ms.
-constexpr std::uint32_t kMatchLimit = 1000000;
-constexpr std::uint32_t kHeapLimitKiB = 16384;
+// A group that repeats keeps its way back for each round. An ordinary pattern of groups is to get
+// through a text of a megabyte, a short text must not take memory that it has no need of.
+constexpr std::size_t kLeastHeapKiB = std::size_t{16} * 1024;
+constexpr std::size_t kMostHeapKiB = std::size_t{256} * 1024;
+constexpr std::size_t kHeapKiBOfAKiB = 128;
+// Where callouts would miss a loop of PCRE2's.
+constexpr std::uint32_t kMatchLimit = 100'000'000;
 // PCRE2 keeps a match's working memory with the match data: what a long text needs is given back.
 constexpr std::size_t kShortText = 1024;
 
-/// The match data of one thread, kept from one match to the next. Trivial, so that it can be used
-/// even when the thread's other objects are gone: patterns may still be matched while the process
-/// exits.
-struct KeptMatchData {
+/// What a thread keeps from one match to the next. Trivial, so that it can be used even when the
+/// thread's other objects are gone: patterns may still be matched while the process exits.
+struct Room {
   pcre2_match_data* data = nullptr;
-  bool threadEnds = false;
+  pcre2_match_context* context = nullptr;
+
+  void Free() const {
+    pcre2_match_data_free(data);
+    pcre2_match_context_free(context);
+  }
 };
-thread_local KeptMatchData kept;
+thread_local Room kept;
+thread_local bool threadEnds = false;
 
 struct FreeAtThreadEnd {
   ~FreeAtThreadEnd() {
-    pcre2_match_data_free(kept.data);
-    kept = {nullptr, true};
+    kept.Free();
+    kept = {};
+    threadEnds = true;
   }
   void Arm() const {}  // naming the object is what makes it
 };
 thread_local const FreeAtThreadEnd freeAtThreadEnd;
 
-pcre2_match_data* TakeMatchData() {
-  if (kept.data == nullptr) {
-    pcre2_match_data* data = pcre2_match_data_create(1, nullptr);
-    if (data == nullptr) {
-      throw std::bad_alloc();
-    }
-    return data;
+Room TakeRoom() {
+  if (kept.data != nullptr) {
+    return std::exchange(kept, {});
   }
-  return std::exchange(kept.data, nullptr);
+  const Room room{pcre2_match_data_create(1, nullptr), pcre2_match_context_create(nullptr)};
+  if (room.data == nullptr || room.context == nullptr) {
+    room.Free();
+    throw std::bad_alloc();
+  }
+  pcre2_set_match_limit(room.context, kMatchLimit);
+  return room;
 }
 
-void GiveBack(pcre2_match_data* data, bool keep) {
-  if (!keep || kept.threadEnds) {
-    pcre2_match_data_free(data);
+void GiveBack(const Room& room, bool keep) {
+  if (!keep || threadEnds) {
+    room.Free();
     return;
   }
   freeAtThreadEnd.Arm();
-  kept.data = data;
+  kept = room;
 }
 
-class Limits {
- public:
-  Limits() : context_(pcre2_match_context_create(nullptr)) {
-    if (context_ == nullptr) {
-      throw std::bad_alloc();
-    }
-    pcre2_set_match_limit(context_, kMatchLimit);
-    pcre2_set_heap_limit(context_, kHeapLimitKiB);
-  }
-  ~Limits() { pcre2_match_context_free(context_); }
-  Limits(const Limits&) = delete;
-  Limits& operator=(const Limits&) = delete;
-  pcre2_match_context* Context() const noexcept { return context_; }
-
- private:
-  pcre2_match_context* context_;
+/// PCRE2's own limits count neither what a repeated character runs over nor what one attempt after
+/// another adds up to. Its callouts, which stand wherever it may try once more, tell how far it got.
+struct Counted {
+  Budget& budget;
+  std::uint64_t stepsOfACharacter;
+  std::size_t at = 0;  ///< where the callout before stood
 };
-constinit MadeOnce<const Limits> limits;
+
+std::uint64_t LongestCapture(const pcre2_callout_block& block) {
+  std::size_t longest = 0;
+  for (std::uint32_t group = 1; group < block.capture_top; ++group) {
+    const PCRE2_SIZE* bounds = block.offset_vector + std::size_t{2} * group;
+    if (bounds[0] != PCRE2_UNSET && bounds[1] > bounds[0]) {
+      longest = std::max(longest, bounds[1] - bounds[0]);
+    }
+  }
+  return longest;
+}
+
+int Count(pcre2_callout_block* block, void* data) {
+  Counted& counted = *static_cast<Counted*>(data);
+  const std::size_t at = block->current_position;
+  std::size_t characters = at > counted.at ? at - counted.at : counted.at - at;
+  counted.at = at;
+  if (block->callout_number == kBeforeBackReference) {
+    characters += LongestCapture(*block);
+  } else if (block->callout_number != 0) {
+    characters += std::size_t{1} << block->callout_number;
+  }
+  return counted.budget.Take((1 + characters) * counted.stepsOfACharacter) ? 0
+                                                                           : PCRE2_ERROR_CALLOUT;
+}
 
 }  // namespace
 
 std::unique_ptr<const Pattern> Pattern::Compile(std::string_view text, std::string& fault) {
+  const std::optional<TranslatedPattern> translated = TranslatePattern(text, fault);
+  if (!translated) {
+    return nullptr;
+  }
+  constexpr std::uint32_t kOptions = PCRE2_UTF | PCRE2_ALLOW_EMPTY_CLASS |
+                                     PCRE2_MATCH_UNSET_BACKREF | PCRE2_DOLLAR_ENDONLY |
+                                     PCRE2_NEVER_BACKSLASH_C;
   int error = 0;
   PCRE2_SIZE offset = 0;
-  pcre2_code* code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(), kOptions,
-                                   &error, &offset, nullptr);
+  pcre2_code* code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(translated->text.data()),
+                                   translated->text.size(), kOptions, &error, &offset, nullptr);
   if (code == nullptr) {
     std::array<PCRE2_UCHAR, 256> message{};
     pcre2_get_error_message(error, message.data(), message.size());
     fault = std::string(reinterpret_cast<const char*>(message.data())) + " (at byte " +
-            std::to_string(offset) + ")";
+            std::to_string(translated->SourceOf(offset)) + ")";
     return nullptr;
   }
-  return std::unique_ptr<const Pattern>(new Pattern(text, code));
+  return std::unique_ptr<const Pattern>(new Pattern(text, code, translated->stepsOfACharacter));
 }
 
 Pattern::~Pattern() {
   pcre2_code_free(code_);
 }
 
-Pattern::Result Pattern::Match(std::string_view text) const {
-  pcre2_match_data* data = TakeMatchData();
-  const int status = pcre2_match(code_, reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(), 0,
-                                 PCRE2_NO_UTF_CHECK, data, limits.Get().Context());
-  GiveBack(data, text.size() <= kShortText && (status >= 0 || status == PCRE2_ERROR_NOMATCH));
+Pattern::Result Pattern::Match(std::string_view text, Budget& budget) const {
+  const Room room = TakeRoom();
+  Counted counted{budget, stepsOfACharacter_};
+  pcre2_set_callout(room.context, Count, &counted);
+  constexpr std::size_t kKiB = 1024;
+  pcre2_set_heap_limit(room.context,
+                       static_cast<std::uint32_t>(std::clamp(text.size() / kKiB * kHeapKiBOfAKiB,
+                                                             kLeastHeapKiB, kMostHeapKiB)));
+  const int status = budget.Take(1)
+                         ? pcre2_match(code_, reinterpret_cast<PCRE2_SPTR>(text.data()),
+                                       text.size(), 0, PCRE2_NO_UTF_CHECK, room.data, room.context)
+                         : PCRE2_ERROR_CALLOUT;
+  GiveBack(room, text.size() <= kShortText && (status >= 0 || status == PCRE2_ERROR_NOMATCH));
   if (status >= 0) {
     return Result::MATCH;
   }

@@ -14,16 +14,17 @@ namespace {
 // References can make a short schema mean a long one at many places.
 constexpr std::size_t kMostParts = 1000000;
 
-bool MatchesAny(const ObjectRules& rules, std::string_view name) {
+// What cannot be decided may match.
+bool MatchesAny(const ObjectRules& rules, std::string_view name, Budget& budget) {
   return std::any_of(rules.patternProperties.begin(), rules.patternProperties.end(),
                      [&](const PatternProperty& property) {
-                       return property.pattern->Match(name) != Pattern::Result::NO_MATCH;
+                       return property.pattern->Match(name, budget) != Pattern::Result::NO_MATCH;
                      });
 }
 
-bool Declares(const ObjectRules& rules, std::string_view name) {
+bool Declares(const ObjectRules& rules, std::string_view name, Budget& budget) {
   const Property* property = rules.properties.Find(name);
-  return property != nullptr ? !property->node->refusesAll : MatchesAny(rules, name);
+  return property != nullptr ? !property->node->refusesAll : MatchesAny(rules, name, budget);
 }
 
 bool IsClosed(const ObjectRules& rules) {
@@ -32,7 +33,8 @@ bool IsClosed(const ObjectRules& rules) {
 
 class PlaceSense {
  public:
-  PlaceSense(std::size_t& left, Sense& sense) : left_(left), sense_(sense) {}
+  PlaceSense(std::size_t& left, Sense& sense, Budget& budget)
+      : left_(left), sense_(sense), budget_(budget) {}
 
   /// \param root  of a member, an element or the whole object
   void Judge(const Node& root) {
@@ -123,7 +125,7 @@ class PlaceSense {
 
   bool IsDeclared(std::string_view name) const {
     return std::any_of(parts_.begin(), parts_.end(), [&](const Part& part) {
-      return part.node->object && Declares(*part.node->object, name);
+      return part.node->object && Declares(*part.node->object, name, budget_);
     });
   }
 
@@ -139,7 +141,7 @@ class PlaceSense {
       const bool refuses = property != nullptr
                                ? property->node->refusesAll
                                : rules.additional != nullptr && rules.additional->refusesAll &&
-                                     !MatchesAny(rules, name);
+                                     !MatchesAny(rules, name, budget_);
       if (always && refuses) {
         return true;
       }
@@ -179,6 +181,7 @@ class PlaceSense {
 
   std::size_t& left_;
   Sense& sense_;
+  Budget& budget_;
   std::vector<Part> parts_;
   std::unordered_set<const Node*> seen_;
   bool refusesAll_ = false;
@@ -186,12 +189,12 @@ class PlaceSense {
 
 }  // namespace
 
-void JudgePlaces(const CompiledSchema& schema, Sense& sense) {
+void JudgePlaces(const CompiledSchema& schema, Sense& sense, Budget& budget) {
   std::unordered_set<const Node*> roots;
   std::size_t left = kMostParts;
   const auto judge = [&](const Node& root) {
     if (roots.insert(&root).second) {
-      PlaceSense(left, sense).Judge(root);
+      PlaceSense(left, sense, budget).Judge(root);
     }
   };
   judge(schema.Root());

@@ -81,7 +81,8 @@ constexpr LimitPair kLimits[] = {{"minimum", "maximum", true},
 
 class SchemaSense {
  public:
-  SchemaSense(const Node& node, Sense& sense) : node_(node), schema_(*node.source), sense_(sense) {}
+  SchemaSense(const Node& node, Sense& sense, Budget& budget)
+      : node_(node), schema_(*node.source), sense_(sense), budget_(budget) {}
 
   void Judge() {
     if (!schema_.IsObject()) {
@@ -198,8 +199,8 @@ class SchemaSense {
   // Why a value that the schema lists does not fit the rest of it; empty where it does.
   std::string WhyNever(const Json::Value& value) const {
     Findings findings;
-    AssertionCheck({}).Check(node_, value, Place{}, findings);
-    if (findings.Empty()) {
+    AssertionCheck({.budget = &budget_}).Check(node_, value, Place{}, findings);
+    if (findings.Empty() || budget_.Spent()) {
       return {};
     }
     const Findings::Finding& first = findings.Sorted().front();
@@ -210,16 +211,20 @@ class SchemaSense {
   const Node& node_;
   const Json::Value& schema_;
   Sense& sense_;
+  Budget& budget_;
 };
 
 }  // namespace
 
 Sense JudgeSense(const CompiledSchema& schema) {
   Sense sense;
+  // One for all values of the schema; what it does not reach is not judged.
+  Findings leftOpen;
+  Budget budget(leftOpen, 0);
   for (const Node& node : schema.AllNodes()) {
-    SchemaSense(node, sense).Judge();
+    SchemaSense(node, sense, budget).Judge();
   }
-  JudgePlaces(schema, sense);
+  JudgePlaces(schema, sense, budget);
   return sense;
 }
 

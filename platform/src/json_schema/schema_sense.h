@@ -1,6 +1,7 @@
 // What a schema says in vain.
 #pragma once
 
+#include "json_schema/budget.h"
 #include "json_schema/compiled_schema.h"
 
 #include <vector>
@@ -19,6 +20,6 @@ Sense JudgeSense(const CompiledSchema& schema);
 
 /// The part of it that several schemas make together, where they hold at one place: types and
 /// members that are asked for and cannot be had.
-void JudgePlaces(const CompiledSchema& schema, Sense& sense);
+void JudgePlaces(const CompiledSchema& schema, Sense& sense, Budget& budget);
 
 }  // namespace JsonValidator

@@ -68,7 +68,10 @@ bool SoundnessCheck::Check(const Json::Value& value) {
 }
 
 bool SoundnessCheck::Walk(const Json::Value& value, const Place& place, std::size_t depth) {
+  ++size_;
   if (value.IsString()) {
+    constexpr rapidjson::SizeType kBytesOfOne = 8;
+    size_ += value.GetStringLength() / kBytesOfOne;
     CheckText(value, place);
     return true;
   }

@@ -5,6 +5,8 @@
 #include "json_schema/place.h"
 #include "json_schema/validation_findings.h"
 
+#include <cstdint>
+
 namespace JsonValidator {
 
 /// Whether a value can be walked, written and stored.
@@ -21,6 +23,9 @@ class SoundnessCheck {
   /// Whether all texts and names are UTF-8.
   bool TextsAreSound() const { return textsAreSound_; }
 
+  /// The values that were walked, a long text counting as several.
+  std::uint64_t Size() const { return size_; }
+
  private:
   bool Walk(const Json::Value& value, const Place& place, std::size_t depth);
   void CheckText(const Json::Value& text, const Place& place);
@@ -30,6 +35,7 @@ class SoundnessCheck {
   bool uniqueNames_;
   Findings& findings_;
   bool textsAreSound_ = true;
+  std::uint64_t size_ = 0;
 };
 
 }  // namespace JsonValidator

@@ -3,6 +3,7 @@
 #include "json/pointer.h"
 #include "json/schema_keywords.h"
 #include "json/subschemas.h"
+#include "json_schema/formats.h"
 #include "schema/meta_schema.h"
 
 #include <algorithm>
@@ -42,6 +43,7 @@ class AnnotationRules {
       return;
     }
     CheckKeywords(place);
+    CheckFormat(place);
     CheckFlags(place);
     CheckTags(place);
     CheckUser(place);
@@ -92,6 +94,17 @@ class AnnotationRules {
       if (!IsKeyword(name) && name.substr(0, 2) != "x-") {
         findings_.Add(Below(place, name), WhyNoKeyword(name));
       }
+    }
+  }
+
+  // A misspelt format would silently check nothing.
+  void CheckFormat(const Place& place) {
+    const Json::Value* format = Json::FindMember(place.node, Keyword::kFormat);
+    if (format != nullptr && format->IsString() && !Json::Text(*format).starts_with("x-") &&
+        JsonValidator::FindFormat(Json::Text(*format)) == nullptr) {
+      Add(place, Keyword::kFormat,
+          "is no format that is checked; these are: " + JsonValidator::FormatNames() +
+              "; formats of your own begin with \"x-\"");
     }
   }
 
