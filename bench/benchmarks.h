@@ -17,7 +17,8 @@ void RegisterStagedChanges(Roads& roads);
 void RegisterFreshProcess(const std::string& root);
 void RegisterHeldMemory(const std::string& root);
 
-// Needs no store.
+// Need no store.
+void RegisterLargeObjects();
 void RegisterValidation();
 
 }  // namespace Benchmarks

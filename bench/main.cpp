@@ -48,6 +48,7 @@ int RunAll() {
   RegisterStagedChanges(roads);
   RegisterFreshProcess(host.Root());
   RegisterHeldMemory(host.Root());
+  RegisterLargeObjects();
   RegisterValidation();
   ComparisonTable table;
   benchmark::RunSpecifiedBenchmarks(&table);

@@ -125,6 +125,8 @@ void Host::InstallAllTypes() const {
   write(kRewritten, TypeKind::INSTANCES);
   write(kStaged, TypeKind::USER, Effect::AT_BOOT);
   write(kStagedInstances, TypeKind::INSTANCES, Effect::AT_BOOT);
+  std::ofstream(directory / "large.json") << LargeTypeFile(kLarge);
+  ++written;
   for (const std::size_t count : kInstanceCounts) {
     write(KeyOfInstances(count), TypeKind::INSTANCES);
     write(KeyOfWrittenInstances(count), TypeKind::INSTANCES);

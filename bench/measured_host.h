@@ -25,6 +25,7 @@ class Host {
   static constexpr const char* kStaged = "staged";    ///< one object that needs a reboot
   static constexpr const char* kStagedInstances = "staged-instances";  ///< the same, with instances
   static constexpr const char* kRewritten = "instances-rewritten";     ///< 10,000, each ten times
+  static constexpr const char* kLarge = "large";                       ///< any members, and parts
   /// A type with so many instances: 10, 1,000 or 10,000.
   static std::string KeyOfInstances(std::size_t count);
   /// The same, for the writes.

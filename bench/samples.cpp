@@ -57,6 +57,15 @@ std::string TypeFile(const std::string& key, TypeKind kind, Effect effect) {
       mixed ? R"(, "cached": true)" : "", mixed ? R"(, "cached": true)" : "");
 }
 
+std::string LargeTypeFile(const std::string& key) {
+  return Format(
+      R"({"component": "tarn", "group": "%s", "key": "%s", "version": "1.0", "schema": {
+  "type": "object", "additionalProperties": true, "properties": {
+    "%s": {"type": "array", "items": {"type": "object", "properties": {
+      "id": {"type": "string", "instanceId": true}}}}}}})",
+      kGroup, key.c_str(), kParts);
+}
+
 std::string ObjectText(unsigned variant, const std::string& instanceId) {
   const unsigned byte = variant % 200;
   const std::string first = instanceId.empty() ? Format(R"("host":"edge-%03u.example.net")", byte)

@@ -29,6 +29,10 @@ enum class Effect { AT_ONCE, AT_BOOT };
 /// The type file of a type in the benchmarks' group.
 std::string TypeFile(const std::string& key, TypeKind kind, Effect effect = Effect::AT_ONCE);
 
+/// The type file of a type that takes any members, and a list of parts, each with an "id".
+std::string LargeTypeFile(const std::string& key);
+constexpr const char* kParts = "parts";
+
 /// An object of a USER type, and of an INSTANCES type when an instance id is given. Objects of
 /// different variants differ in all members but the id, and are equally long.
 std::string ObjectText(unsigned variant, const std::string& instanceId = std::string());

@@ -134,7 +134,7 @@ std::vector<Object> ConfigStoreObjectImpl::GetSubObjectInstances(const Shared& o
                                                                  const std::string& key) {
   const Member member = DescribeInstances(object->schema_, key);
   std::vector<Object> views;
-  Json::Value* list = FindInstances(object->GetRoot(), key);
+  Json::Value* list = FindInstances(*object, key);
   if (list == nullptr) {
     LogNotFound("GetSubObjectInstances", key);
     return views;
@@ -148,6 +148,7 @@ std::vector<Object> ConfigStoreObjectImpl::GetSubObjectInstances(const Shared& o
     }
     if (member.idMember == Json::kGeneratedInstanceId &&
         Json::FindMember(element, member.idMember) == nullptr) {
+      object->ForgetLookups();
       element.AddMember(Json::Copy(member.idMember, allocator),
                         Json::Copy(GenerateInstanceId(), allocator), allocator);
     }
@@ -164,8 +165,8 @@ void ConfigStoreObjectImpl::DeleteSubObject(const Shared& object, const SubObjec
 
 void ConfigStoreObjectImpl::DeleteSubObjectInstances(const std::string& key) {
   DescribeInstances(schema_, key);
-  if (FindInstances(GetRoot(), key) != nullptr) {
-    GetRoot().RemoveMember(Json::Reference(key));
+  if (FindInstances(*this, key) != nullptr) {
+    RemoveMember(key);
   }
 }
 

@@ -60,8 +60,8 @@ void FilterSpecObjectImpl::DeleteSubObjectFilter(const Shared& filter, const Sub
     return;
   }
   // An empty list would still be a condition.
-  if (FindInstances(filter->GetRoot(), id.key)->Empty()) {
-    filter->GetRoot().RemoveMember(Json::Reference(id.key));
+  if (FindInstances(*filter, id.key)->Empty()) {
+    filter->RemoveMember(id.key);
   }
 }
 

@@ -42,7 +42,9 @@ StoreObjectImpl::StoreObjectImpl(const ConfigStoreObjectId& id, std::shared_ptr<
 StoreObjectImpl::StoreObjectImpl(const SubObjectId& id, std::unique_ptr<const SubObjectPlace> place)
     : id_(id.key, kEmptyString, kEmptyString, id.instanceId), view_(std::move(place)) {}
 
-StoreObjectImpl::~StoreObjectImpl() = default;
+StoreObjectImpl::~StoreObjectImpl() {
+  delete lookups_.load(std::memory_order_acquire);
+}
 
 const Json::Value* StoreObjectImpl::GetValuePtrDefault(const char* key, bool& isDefault) const {
   isDefault = false;
@@ -65,19 +67,15 @@ std::size_t StoreObjectImpl::Depth() const {
 }
 
 bool StoreObjectImpl::CheckKey(const char* key) const {
-  return key != nullptr && ConfigStoreDocument::ValueExists(GetRoot(), key);
+  return key != nullptr && Find(RootForValues(), key) != nullptr;
 }
 
 const Json::Value* StoreObjectImpl::GetValuePtr(const char* key) const {
   if (key == nullptr || *key == '\0') {
     ThrowArgument("key cannot be empty");
   }
-  const Json::Value& root = GetRoot();
-  const auto member = root.FindMember(Json::Reference(key));
-  if (member == root.MemberEnd() || member->value.IsNull()) {
-    return nullptr;
-  }
-  return &member->value;
+  const Json::Value* value = Find(RootForValues(), key);
+  return value == nullptr || value->IsNull() ? nullptr : value;
 }
 
 Json::Value* StoreObjectImpl::GetValuePtr(const char* key) {
@@ -85,10 +83,11 @@ Json::Value* StoreObjectImpl::GetValuePtr(const char* key) {
 }
 
 void StoreObjectImpl::Assign(const char* key, Json::Value&& value) {
+  ForgetIfId(key);
   if (Json::Value* member = GetValuePtr(key)) {
     *member = std::move(value);
   } else {
-    GetRoot().AddMember(Json::Copy(key, GetAllocator()), std::move(value), GetAllocator());
+    AddMember(key, std::move(value));
   }
 }
 
@@ -170,6 +169,7 @@ void StoreObjectImpl::RemoveValue(const char* key, const T& value) {
   if (!list.Empty() && !JsonKind<T>::Accepts(list[0])) {
     ThrowInvalidType(key);
   }
+  ForgetLookups();  // elements move
   for (auto element = list.Begin(); element != list.End(); ++element) {
     if (JsonKind<T>::Get(*element) == value) {
       list.Erase(element);
@@ -194,13 +194,12 @@ void StoreObjectImpl::SetValueEmptyList(const char* key) {
     ThrowArgument("key cannot be empty");
   }
   Remove(key);
-  GetRoot().AddMember(Json::Copy(key, GetAllocator()), Json::Value(rapidjson::kArrayType),
-                      GetAllocator());
+  AddMember(key, Json::Value(rapidjson::kArrayType));
 }
 
 void StoreObjectImpl::Remove(const char* key) {
-  if (CheckKey(key)) {
-    GetRoot().RemoveMember(Json::Reference(key));
+  if (key != nullptr) {
+    RemoveMember(key);
   }
 }
 
@@ -228,7 +227,9 @@ void StoreObjectImpl::SetData(const char* json) {
   if (view_) {
     view_->SetData(json);
   } else {
-    document_ = CreateDocumentFromString(json, Json::Origin::OUTSIDE);
+    auto document = CreateDocumentFromString(json, Json::Origin::OUTSIDE);
+    ForgetLookups();
+    document_ = std::move(document);
   }
 }
 

@@ -4,7 +4,9 @@
 #include "tarnconfigstore/object_id.h"
 
 #include "json/json_doc.h"
+#include "objects/lookups.h"
 
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -36,7 +38,14 @@ class StoreObjectImpl {
   const Json::Value& GetRoot() const {
     return document_ ? *document_->GetJsonValuePtr() : ViewedRoot();
   }
-  Json::Value& GetRoot() { return document_ ? *document_->GetJsonValuePtr() : ViewedRoot(); }
+  Json::Value& GetRoot() {
+    ForgetLookups();
+    return RootForValues();
+  }
+  /// The same for those who change no member's name, and no instance id, or say so to the lookups.
+  Json::Value& RootForValues() const {
+    return document_ ? *document_->GetJsonValuePtr() : ViewedRoot();
+  }
   /// Where everything in the data is allocated.
   Json::Allocator& GetAllocator();
   /// Puts another document in the place of a whole object's, and returns the one there was.
@@ -46,6 +55,24 @@ class StoreObjectImpl {
   }
   /// Levels of nesting around the data; 0 for a whole object.
   std::size_t Depth() const;
+
+  /// The first member of a name, whatever it holds; null when there is none.
+  Json::Value* FindMember(std::string_view name) const;
+  // The next two raise the JSON assertion where the data is no object.
+  /// Adds a member at the end, whether or not there is one of its name.
+  Json::Value& AddMember(std::string_view name, Json::Value&& value);
+  /// Removes the first member of a name, if there is one; the last takes its place.
+  void RemoveMember(std::string_view name);
+  /// What is known of places in the data of the whole object.
+  Lookups& GetLookups() const;
+  /// The same; null while there is nothing to tell it.
+  Lookups* FindLookups() const;
+  /// To be called before names or ids change, or move, that the lookups are not told of.
+  void ForgetLookups() const {
+    if (Lookups* lookups = FindLookups()) {
+      lookups->Forget();
+    }
+  }
 
   bool CheckKey(const char* key) const;
 
@@ -100,10 +127,15 @@ class StoreObjectImpl {
  private:
   Json::Value& ViewedRoot() const;
   Json::Value& ListForChange(const char* key);
+  const StoreObjectImpl& Whole() const;
+  Json::Value* Find(Json::Value& root, std::string_view name) const;
+  rapidjson::SizeType PositionIn(const Json::Value& root, std::string_view name) const;
+  void ForgetIfId(std::string_view member) const;
 
   ConfigStoreObjectId id_;
   std::shared_ptr<JsonDoc> document_;  // empty for a view
   std::unique_ptr<const SubObjectPlace> view_;
+  mutable std::atomic<Lookups*> lookups_{nullptr};  // of a whole object
 };
 
 }  // namespace TarnConfigStore

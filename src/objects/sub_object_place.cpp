@@ -4,6 +4,7 @@
 
 #include "errors/raise.h"
 #include "objects/document.h"
+#include "objects/lookups.h"
 #include "objects/store_object_impl.h"
 
 #include <algorithm>
@@ -12,25 +13,19 @@
 namespace TarnConfigStore {
 namespace {
 
-Json::Value* FindNonNull(Json::Value& object, std::string_view key) {
-  Json::Value* member = Json::FindMember(object, key);
+// Data that are no object have no members.
+Json::Value* FindNonNull(const StoreObjectImpl& object, std::string_view key) {
+  Json::Value* member = object.FindMember(key);
   return member == nullptr || member->IsNull() ? nullptr : member;
-}
-
-bool HasInstanceId(const Json::Value& element, std::string_view idMember, std::string_view wanted) {
-  const Json::Value* id = Json::FindMember(element, idMember);
-  return id != nullptr && id->IsString() && Json::Text(*id) == wanted;
 }
 
 // A member that holds null counts as absent, and is written over rather than followed by a second
 // one of its name, which no read would ever find.
-Json::Value& PutMember(Json::Value& object, std::string_view key, Json::Value&& value,
-                       Json::Allocator& allocator) {
-  if (Json::Value* existing = Json::FindMember(object, key)) {
+Json::Value& PutMember(StoreObjectImpl& object, std::string_view key, Json::Value&& value) {
+  if (Json::Value* existing = object.FindMember(key)) {
     return *existing = std::move(value);
   }
-  object.AddMember(Json::Copy(key, allocator), std::move(value), allocator);
-  return (object.MemberEnd() - 1)->value;
+  return object.AddMember(key, std::move(value));
 }
 
 std::size_t LevelsOf(const Json::Value& value) {
@@ -51,7 +46,7 @@ std::size_t LevelsOf(const Json::Value& value) {
 
 }  // namespace
 
-Json::Value* FindInstances(Json::Value& parent, const std::string& key) {
+Json::Value* FindInstances(const StoreObjectImpl& parent, const std::string& key) {
   Json::Value* list = FindNonNull(parent, key);
   if (list != nullptr && !list->IsArray()) {
     ThrowInvalidType(key);
@@ -66,32 +61,41 @@ SubObjectPlace::SubObjectPlace(std::shared_ptr<StoreObjectImpl> parent, SubObjec
       idMember_(std::move(idMember)),
       index_(index) {}
 
+rapidjson::SizeType SubObjectPlace::PositionIn(const Json::Value& list) const {
+  if (list.Size() >= Json::kWorthAnIndex) {
+    return parent_->GetLookups().FindInstance(list, idMember_, id_.instanceId);
+  }
+  for (rapidjson::SizeType i = 0; i < list.Size(); ++i) {
+    if (InstanceIdOf(list[i], idMember_) == id_.instanceId) {
+      return i;
+    }
+  }
+  return Lookups::kNowhere;
+}
+
 Json::Value* SubObjectPlace::Find() const {
-  Json::Value& around = parent_->GetRoot();
   if (!IsInstance()) {
-    Json::Value* data = FindNonNull(around, id_.key);
+    Json::Value* data = FindNonNull(*parent_, id_.key);
     if (data != nullptr && !data->IsObject()) {
       ThrowInvalidType(id_.key);
     }
     return data;
   }
-  Json::Value* list = FindInstances(around, id_.key);
+  Json::Value* list = FindInstances(*parent_, id_.key);
   if (list == nullptr) {
     return nullptr;
   }
   // Mostly the element is where it was; else it is searched.
   const rapidjson::SizeType index = index_.load(std::memory_order_relaxed);
-  if (index < list->Size() && HasInstanceId((*list)[index], idMember_, id_.instanceId)) {
+  if (index < list->Size() && InstanceIdOf((*list)[index], idMember_) == id_.instanceId) {
     return &(*list)[index];
   }
-  Json::Value* found = std::find_if(list->Begin(), list->End(), [&](const Json::Value& element) {
-    return HasInstanceId(element, idMember_, id_.instanceId);
-  });
-  if (found == list->End()) {
+  const rapidjson::SizeType found = PositionIn(*list);
+  if (found == Lookups::kNowhere) {
     return nullptr;
   }
-  index_.store(static_cast<rapidjson::SizeType>(found - list->Begin()), std::memory_order_relaxed);
-  return found;
+  index_.store(found, std::memory_order_relaxed);
+  return &(*list)[found];
 }
 
 Json::Value& SubObjectPlace::Get() const {
@@ -112,25 +116,29 @@ void SubObjectPlace::Create() const {
   Json::Allocator& allocator = GetAllocator();
   Json::Value data(rapidjson::kObjectType);
   if (!IsInstance()) {
-    PutMember(parent_->GetRoot(), id_.key, std::move(data), allocator);
+    PutMember(*parent_, id_.key, std::move(data));
     return;
   }
   data.AddMember(Json::Copy(idMember_, allocator), IdValue(), allocator);
-  Json::Value* list = FindInstances(parent_->GetRoot(), id_.key);
+  Json::Value* list = FindInstances(*parent_, id_.key);
   if (list == nullptr) {
-    list = &PutMember(parent_->GetRoot(), id_.key, Json::Value(rapidjson::kArrayType), allocator);
+    list = &PutMember(*parent_, id_.key, Json::Value(rapidjson::kArrayType));
   }
   index_.store(list->Size(), std::memory_order_relaxed);
+  const void* before = Lookups::PlaceOf(*list);
   list->PushBack(data, allocator);
+  if (Lookups* lookups = parent_->FindLookups()) {
+    lookups->InstanceAdded(before, *list, id_.instanceId);
+  }
 }
 
 void SubObjectPlace::Delete() const {
   Json::Value& data = Get();
-  Json::Value& around = parent_->GetRoot();
   if (IsInstance()) {
-    FindInstances(around, id_.key)->Erase(&data);
+    parent_->ForgetLookups();
+    FindInstances(*parent_, id_.key)->Erase(&data);
   } else {
-    around.RemoveMember(Json::Reference(id_.key));
+    parent_->RemoveMember(id_.key);
   }
 }
 
@@ -154,9 +162,12 @@ void SubObjectPlace::SetData(const char* json) const {
 }
 
 void SubObjectPlace::KeepInstanceId(Json::Value& data) const {
-  if (FindNonNull(data, idMember_) == nullptr) {
-    PutMember(data, idMember_, IdValue(), GetAllocator());
-  } else if (!HasInstanceId(data, idMember_, id_.instanceId)) {
+  Json::Value* given = Json::FindMember(data, idMember_);
+  if (given == nullptr) {
+    data.AddMember(Json::Copy(idMember_, GetAllocator()), IdValue(), GetAllocator());
+  } else if (given->IsNull()) {
+    *given = IdValue();
+  } else if (InstanceIdOf(data, idMember_) != id_.instanceId) {
     ThrowArgument("The data name another instance than " + id_.toString());
   }
 }

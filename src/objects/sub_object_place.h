@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace TarnConfigStore {
 
@@ -44,6 +45,9 @@ class SubObjectPlace {
   /// are.
   void SetData(const char* json) const;
 
+  const StoreObjectImpl& GetParent() const { return *parent_; }
+  /// True for the member that the data are found by in their list.
+  bool IsIdMember(std::string_view member) const { return IsInstance() && member == idMember_; }
   Json::Allocator& GetAllocator() const;
   /// Where among the instances the data were last found.
   std::optional<unsigned long> Index() const;
@@ -52,6 +56,7 @@ class SubObjectPlace {
 
  private:
   bool IsInstance() const { return !idMember_.empty(); }
+  rapidjson::SizeType PositionIn(const Json::Value& list) const;
   Json::Value IdValue() const;
   void KeepInstanceId(Json::Value& data) const;
 
@@ -63,6 +68,6 @@ class SubObjectPlace {
 
 /// The array of instances in a member, or null when there is none. Raises InvalidTypeException
 /// where the member holds something else.
-Json::Value* FindInstances(Json::Value& parent, const std::string& key);
+Json::Value* FindInstances(const StoreObjectImpl& parent, const std::string& key);
 
 }  // namespace TarnConfigStore

@@ -5,6 +5,8 @@
 #include "support/random_objects.h"
 #include "support/store_fixture.h"
 
+#include <algorithm>
+
 namespace TarnConfigStore {
 namespace {
 
@@ -190,6 +192,53 @@ TEST_F(SubObjectsTest, RefusesWhatTheTypeDoesNotKnow) {
   EXPECT_EQ(Raised([&] { Stored("{}", nullptr)->GetSubObject(SubObjectId("lease")); }),
             "CSE 2000 The object was made without its type: lease");
   EXPECT_EQ(log_.Count("0 Schema object is null."), 1);
+}
+
+// What is done to the object is done to plain JSON as well, by walking through it.
+TEST_F(SubObjectsTest, ManyMembersAndInstancesAreFoundAsAWalkFindsThem) {
+  TestSupport::Random random;
+  Json::Document model = TestSupport::Parsed(Ports(0, 100));
+  tree_->SetData(Ports(0, 100).c_str());
+  for (int step = 0; step < 20000; ++step) {
+    const std::string id = "p" + std::to_string(random.Below(200));
+    const std::string other = "p" + std::to_string(random.Below(200));
+    Json::Value& ports = model["ports"];
+    Json::Value* port = std::find_if(ports.Begin(), ports.End(), [&](const Json::Value& each) {
+      return Json::Text(each["id"]) == id;
+    });
+    const bool known = port != ports.End();
+    const auto view = tree_->GetSubObject(Port(id));
+    ASSERT_EQ(view != nullptr, known) << step;
+    ASSERT_TRUE(!known || (*port)["vlan"].GetInt() == Vlan(view)) << step;
+    ASSERT_EQ(tree_->CheckKey(id.c_str()), model.HasMember(id)) << step;
+    const unsigned long action = random.Below(64);
+    if (action == 0 && known) {  // renamed, perhaps to what another is named already
+      view->SetValue("id", other);
+      (*port)["id"].SetString(other, model.GetAllocator());
+    } else if (action < 12 && known) {
+      tree_->DeleteSubObject(Port(id));
+      ports.Erase(port);
+    } else if (action < 30 && !known) {
+      tree_->CreateSubObject(Port(id))->SetValue("vlan", step);
+      Json::Value made(rapidjson::kObjectType);
+      made.AddMember("id", Json::Copy(id, model.GetAllocator()), model.GetAllocator());
+      ports.PushBack(made.AddMember("vlan", step, model.GetAllocator()), model.GetAllocator());
+    } else if (action < 40) {
+      tree_->Remove(id.c_str());
+      model.RemoveMember(id.c_str());
+    } else if (action < 63) {
+      if (!tree_->CheckKey(id.c_str())) {
+        model.AddMember(Json::Copy(id, model.GetAllocator()), Json::Value(), model.GetAllocator());
+      }
+      tree_->SetValue(id.c_str(), step);
+      model[id.c_str()].SetInt(step);
+    } else if (step % 8 == 0) {
+      tree_->SetData(tree_->GetData().c_str());
+    }
+  }
+  std::string text;
+  Json::Serialize(model, text);
+  EXPECT_EQ(tree_->GetData(), text);
 }
 
 TEST_F(SubObjectsTest, PathsLeadIntoTheData) {
