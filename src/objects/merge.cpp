@@ -1,25 +1,68 @@
 #include "objects/merge.h"
 
+#include "json/text_index.h"
 #include "objects/access.h"
 #include "objects/config_store_object_impl.h"
 
+#include <algorithm>
+#include <optional>
 #include <unordered_map>
 
 namespace TarnConfigStore {
 namespace {
 
+// The members of an object that others are laid over.
+class Members {
+ public:
+  /// \param lookups  how many members will be looked up
+  Members(Json::Value& object, rapidjson::SizeType lookups) : object_(object) {
+    if (std::min(object.MemberCount(), lookups) < Json::kWorthAnIndex) {
+      return;
+    }
+    index_.emplace();
+    index_->Reserve(object.MemberCount() + lookups);
+    for (rapidjson::SizeType i = 0; i < object.MemberCount(); ++i) {
+      index_->Add(Json::Text(At(i).name), i);
+    }
+  }
+
+  Json::Value* Find(std::string_view name) {
+    if (!index_) {
+      return Json::FindMember(object_, name);
+    }
+    const rapidjson::SizeType found = index_->Find(
+        name, [&](rapidjson::SizeType position) { return Json::Text(At(position).name) == name; });
+    return found == Json::TextIndex::kNowhere ? nullptr : &At(found).value;
+  }
+
+  void Add(std::string_view name, const Json::Value& value, Json::Allocator& allocator) {
+    object_.AddMember(Json::Copy(name, allocator), Json::Value(value, allocator), allocator);
+    if (index_) {
+      index_->Add(name, object_.MemberCount() - 1);
+    }
+  }
+
+ private:
+  Json::Value::Member& At(rapidjson::SizeType position) {
+    return *(object_.MemberBegin() + static_cast<std::ptrdiff_t>(position));
+  }
+
+  Json::Value& object_;
+  std::optional<Json::TextIndex> index_;
+};
+
 void MergeMembers(const Json::Value& source, Json::Value& target, Json::SchemaPlace schema,
                   Json::Allocator& allocator) {
+  Members members(target, source.MemberCount());
   for (const auto& member : source.GetObject()) {
     const std::string_view name = Json::Text(member.name);
-    if (Json::Value* existing = Json::FindMember(target, name)) {
+    if (Json::Value* existing = members.Find(name)) {
       if (member.value.IsNull()) {
         continue;  // says nothing beside a value
       }
       MergeValue(member.value, *existing, schema.Property(name), allocator);
     } else {
-      target.AddMember(Json::Copy(name, allocator), Json::Value(member.value, allocator),
-                       allocator);
+      members.Add(name, member.value, allocator);
     }
   }
 }

@@ -50,6 +50,19 @@ TEST_F(MergeAndDivision, EveryCombinationOfLayersMergesInOrderOfPrecedence) {
   }
 }
 
+TEST_F(MergeAndDivision, ManyMembersMergeAsFewDo) {
+  const auto members = [](int first, int last, int value) {
+    std::string text;
+    for (int i = first; i < last; ++i) {
+      text += ",\"m" + std::to_string(i) + "\":" + std::to_string(value);
+    }
+    return text;
+  };
+  const std::string over = "{\"x\":0" + members(100, 300, 2) + ",\"m0\":null}";
+  EXPECT_EQ(Merged({"{\"x\":0" + members(0, 200, 1) + "}", over, std::nullopt, std::nullopt}),
+            "{\"x\":0" + members(0, 100, 1) + members(100, 200, 2) + members(200, 300, 2) + "}");
+}
+
 TEST_F(MergeAndDivision, InstancesMergeByIdAndPlainListsAreReplaced) {
   const auto merged = [&](const char* base, const char* over) {
     return Merged({base, over, std::nullopt, std::nullopt});
