@@ -36,6 +36,10 @@ double Perform(ChildTask task, const std::string& root) {
       return MeasureInstancesOfLibrary();
     case ChildTask::HELD_INSTANCES_FLOOR:
       return MeasureInstancesOfFloor(root);
+    case ChildTask::PEAK_OF_KEEP_ONE_LIBRARY:
+      return MeasurePeakOfLibrary();
+    case ChildTask::PEAK_OF_KEEP_ONE_FLOOR:
+      return MeasurePeakOfFloor(root);
     case ChildTask::DAEMON_THAT_READS:
       ServeAsDaemon(Daemon::Manner::READS);
     case ChildTask::DAEMON_THAT_ACCEPTS:

@@ -14,6 +14,8 @@ enum class ChildTask : int {
   HELD_MEMORY_FLOOR,
   HELD_INSTANCES_LIBRARY,
   HELD_INSTANCES_FLOOR,
+  PEAK_OF_KEEP_ONE_LIBRARY,
+  PEAK_OF_KEEP_ONE_FLOOR,
   DAEMON_THAT_READS,    ///< serves until it is ended
   DAEMON_THAT_ACCEPTS,  ///< the same
   DAEMON_THAT_HANGS,    ///< the same
@@ -46,6 +48,8 @@ double MeasureMemoryOfLibrary();
 double MeasureMemoryOfFloor(const std::string& root);
 double MeasureInstancesOfLibrary();
 double MeasureInstancesOfFloor(const std::string& root);
+double MeasurePeakOfLibrary();
+double MeasurePeakOfFloor(const std::string& root);
 double MeasureOneWrite();
 
 }  // namespace Benchmarks

@@ -5,9 +5,11 @@
 #include "persistence/statements.h"
 #include "validation/rule_sets.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <iterator>
 #include <stdexcept>
 #include <unistd.h>
 
@@ -31,6 +33,55 @@ void RemoveEmptyMembers(Json::Value& data) {
   }
 }
 
+// Looks for one member of the outermost object.
+struct MemberText : rapidjson::BaseReaderHandler<Json::Encoding, MemberText> {
+  MemberText(std::string_view member, std::string_view wanted) : member_(member), wanted_(wanted) {}
+  bool Default() {
+    isMember_ = false;
+    return true;
+  }
+  bool String(const char* text, rapidjson::SizeType length, bool /*copy*/) {
+    found = found || (isMember_ && std::string_view(text, length) == wanted_);
+    return Default();
+  }
+  bool Key(const char* text, rapidjson::SizeType length, bool /*copy*/) {
+    isMember_ = depth_ == 1 && std::string_view(text, length) == member_;
+    return true;
+  }
+  bool StartObject() { return Enter(); }
+  bool StartArray() { return Enter(); }
+  bool EndObject(rapidjson::SizeType /*count*/) { return Leave(); }
+  bool EndArray(rapidjson::SizeType /*count*/) { return Leave(); }
+
+  bool found = false;
+
+ private:
+  bool Enter() {
+    ++depth_;
+    return Default();
+  }
+  bool Leave() {
+    --depth_;
+    return true;
+  }
+  std::string_view member_;
+  std::string_view wanted_;
+  int depth_ = 0;
+  bool isMember_ = false;
+};
+
+bool HasText(std::string_view text, std::string_view member, std::string_view wanted) {
+  constexpr unsigned kFlags =
+      rapidjson::kParseFullPrecisionFlag | rapidjson::kParseValidateEncodingFlag;
+  MemberText handler(member, wanted);
+  rapidjson::StringStream stream(text.data());
+  rapidjson::Reader reader;
+  if (reader.Parse<kFlags>(stream, handler).IsError()) {
+    throw std::runtime_error("floor: a row that is not JSON");
+  }
+  return handler.found;
+}
+
 }  // namespace
 
 // Where the library's two statements have what.
@@ -47,6 +98,8 @@ struct FloorStore::Columns {
   int modifiedTime;
   int revision;
 };
+
+const FloorStore::Columns FloorStore::kInstanceColumns = {2, 0, 3, 7, 6, 4, 5, 1, 8, 9, 10};
 
 FloorType::FloorType(const std::string& root, const TarnConfigStore::ConfigStoreObjectId& id) {
   const FloorDatabase database(root + HostPaths::kSchemaStore, FloorDatabase::Access::READ,
@@ -95,15 +148,42 @@ std::unique_ptr<FloorObject> FloorStore::Get(const TarnConfigStore::ConfigStoreO
 
 std::vector<std::unique_ptr<FloorObject>> FloorStore::GetInstances(
     const TarnConfigStore::ConfigStoreObjectId& id) {
-  constexpr Columns kColumns = {2, 0, 3, 7, 6, 4, 5, 1, 8, 9, 10};
   const int upgradeContext = ReadUpgradeContext();
   getAll_.Bind(1, id.key);
   getAll_.Bind(2, id.group);
   getAll_.Bind(3, id.component);
   std::vector<std::unique_ptr<FloorObject>> objects;
   while (getAll_.Step()) {
-    objects.push_back(MakeObject(getAll_, kColumns, upgradeContext));
-    objects.back()->instanceId = getAll_.Text(kColumns.identifier);
+    objects.push_back(MakeObject(getAll_, kInstanceColumns, upgradeContext));
+    objects.back()->instanceId = getAll_.Text(kInstanceColumns.identifier);
+  }
+  getAll_.Reset();
+  return objects;
+}
+
+std::vector<std::unique_ptr<FloorObject>> FloorStore::GetInstancesWhere(
+    const TarnConfigStore::ConfigStoreObjectId& id, std::string_view member,
+    std::string_view wanted) {
+  const int upgradeContext = ReadUpgradeContext();
+  getAll_.Bind(1, id.key);
+  getAll_.Bind(2, id.group);
+  getAll_.Bind(3, id.component);
+  std::vector<std::unique_ptr<FloorObject>> objects;
+  while (getAll_.Step()) {
+    const int layers[] = {kInstanceColumns.automatic, kInstanceColumns.cached,
+                          kInstanceColumns.vital, kInstanceColumns.user};
+    const auto filled = std::count_if(std::begin(layers), std::end(layers),
+                                      [&](int layer) { return !getAll_.IsNull(layer); });
+    if (filled == 1 && upgradeContext == 0 && !getAll_.IsNull(kInstanceColumns.user) &&
+        !HasText(getAll_.Text(kInstanceColumns.user), member, wanted)) {
+      continue;
+    }
+    auto object = MakeObject(getAll_, kInstanceColumns, upgradeContext);
+    const Json::Value* value = Json::FindMember(object->Data(), member);
+    if (value != nullptr && value->IsString() && Json::Text(*value) == wanted) {
+      objects.push_back(std::move(object));
+      objects.back()->instanceId = getAll_.Text(kInstanceColumns.identifier);
+    }
   }
   getAll_.Reset();
   return objects;

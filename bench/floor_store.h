@@ -50,6 +50,12 @@ class FloorStore {
   std::vector<std::unique_ptr<FloorObject>> GetInstances(
       const TarnConfigStore::ConfigStoreObjectId& id);
 
+  /// Reads the instances of a type whose member is this text. Of the others each text is read
+  /// strictly, to its end, and nothing made of it.
+  std::vector<std::unique_ptr<FloorObject>> GetInstancesWhere(
+      const TarnConfigStore::ConfigStoreObjectId& id, std::string_view member,
+      std::string_view wanted);
+
   /// Validates an object of a type without vital and cached members, and replaces its row.
   void Set(const TarnConfigStore::ConfigStoreObjectId& id, Json::Value& data,
            const FloorType& type);
@@ -74,6 +80,7 @@ class FloorStore {
 
  private:
   struct Columns;
+  static const Columns kInstanceColumns;
   struct Existing {
     int revision;
     std::string creationTime;

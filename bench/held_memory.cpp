@@ -7,7 +7,10 @@
 #include "measured_host.h"
 #include "samples.h"
 
+#include <fstream>
 #include <malloc.h>
+#include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace Benchmarks {
@@ -29,6 +32,31 @@ double MeasureHeld(Read read) {
   const double before = AllocatedBytes();
   const auto held = read();
   return AllocatedBytes() - before;
+}
+
+// getrusage would tell of this process's parent, too.
+double PeakBytes() {
+  constexpr double kKilobyte = 1024;
+  std::ifstream status("/proc/self/status");
+  for (std::string name; status >> name;) {
+    if (name == "VmHWM:") {
+      double kilobytes = 0;
+      status >> kilobytes;
+      return kKilobyte * kilobytes;
+    }
+  }
+  throw std::runtime_error("/proc/self/status tells no peak");
+}
+
+// How far the process's memory grows when one of many is kept, once the store is open.
+template <class KeepOne>
+double MeasurePeak(KeepOne keepOne) {
+  keepOne(IdOf(Host::KeyOfInstances(kObjects)), InstanceId(1));
+  const double before = PeakBytes();
+  if (keepOne(IdOf(Host::KeyOfInstances(Host::kMany)), InstanceId(Host::kMany / 2)) != 1) {
+    throw std::runtime_error("the filter does not keep one");
+  }
+  return PeakBytes() - before;
 }
 
 template <class Get>
@@ -76,6 +104,22 @@ double MeasureInstancesOfFloor(const std::string& root) {
   return MeasureHeld([&] { return store.GetInstances(IdOf(Host::KeyOfInstances(kInstances))); });
 }
 
+double MeasurePeakOfLibrary() {
+  const auto store = TarnConfigStore::ConfigStore::GetStore(TarnConfigStore::sGlobalNamespace);
+  return MeasurePeak([&](const auto& id, const std::string& wanted) {
+    const auto filter = std::make_shared<TarnConfigStore::FilterSpecObject>(id);
+    filter->SetValue("id", wanted);
+    return store->GetInstances(filter).size();
+  });
+}
+
+double MeasurePeakOfFloor(const std::string& root) {
+  FloorStore store(root);
+  return MeasurePeak([&](const auto& id, const std::string& wanted) {
+    return store.GetInstancesWhere(id, "id", wanted).size();
+  });
+}
+
 void RegisterHeldMemory(const std::string& root) {
   constexpr double kTarget = 1.6e6;
   constexpr int kChildren = 3;
@@ -101,8 +145,20 @@ void RegisterHeldMemory(const std::string& root) {
       [root](benchmark::State& state) {
         ReportChild(state, ChildTask::HELD_INSTANCES_FLOOR, root);
       });
+  constexpr double kPeakTarget = 15e6;
+  const Sides peak = Compare(
+      {.name = "memory/100000-keep-one",
+       .does = "growth of the process while one of 100,000 instances is kept",
+       .targetValue = kPeakTarget,
+       .unit = Unit::BYTES},
+      [root](benchmark::State& state) {
+        ReportChild(state, ChildTask::PEAK_OF_KEEP_ONE_LIBRARY, root);
+      },
+      [root](benchmark::State& state) {
+        ReportChild(state, ChildTask::PEAK_OF_KEEP_ONE_FLOOR, root);
+      });
   for (benchmark::internal::Benchmark* side :
-       {sides.library, sides.floor, instances.library, instances.floor}) {
+       {sides.library, sides.floor, instances.library, instances.floor, peak.library, peak.floor}) {
     side->Iterations(1)->Repetitions(kChildren);
   }
 }

@@ -123,6 +123,7 @@ void Host::InstallAllTypes() const {
   }
   write(kLayered, TypeKind::MIXED);
   write(kRewritten, TypeKind::INSTANCES);
+  write(KeyOfInstances(kMany), TypeKind::INSTANCES);
   write(kStaged, TypeKind::USER, Effect::AT_BOOT);
   write(kStagedInstances, TypeKind::INSTANCES, Effect::AT_BOOT);
   std::ofstream(directory / "large.json") << LargeTypeFile(kLarge);
@@ -156,6 +157,7 @@ void Host::FillStore() const {
     FillInstances(store, KeyOfWrittenInstances(count), count);
   }
   FillInstances(store, kRewritten, kRewrittenCount);
+  FillInstances(store, KeyOfInstances(kMany), kMany);
   store.Run("COMMIT");
   RewriteInstances(store, kRewritten, kRewrittenCount);
   store.Run("PRAGMA wal_checkpoint(TRUNCATE)");

@@ -26,9 +26,10 @@ class Host {
   static constexpr const char* kStagedInstances = "staged-instances";  ///< the same, with instances
   static constexpr const char* kRewritten = "instances-rewritten";     ///< 10,000, each ten times
   static constexpr const char* kLarge = "large";                       ///< any members, and parts
-  /// A type with so many instances: 10, 1,000 or 10,000.
+  static constexpr std::size_t kMany = 100000;
+  /// A type with so many instances: 10, 1,000, 10,000 or kMany.
   static std::string KeyOfInstances(std::size_t count);
-  /// The same, for the writes.
+  /// The same but kMany, for the writes.
   static std::string KeyOfWrittenInstances(std::size_t count);
 
  private:

@@ -4,6 +4,7 @@
 #include "platform/logger.h"
 
 #include "errors/raise.h"
+#include "json/scan.h"
 #include "json/type_schema_view.h"
 #include "objects/access.h"
 #include "objects/config_store_object_impl.h"
@@ -38,6 +39,49 @@ bool Keeps(const FilterSpecObjectImpl& filter, const ConfigStoreObjectImpl& obje
   }
   return true;
 }
+
+// Compares what can be compared without an object: of each condition's member, the first of its name.
+class Conditions : public Json::MemberReceiver {
+ public:
+  explicit Conditions(const Json::Value& conditions)
+      : conditions_(conditions), met_(conditions.MemberCount(), false) {}
+
+  bool Wants(std::string_view name) override {
+    for (at_ = 0; at_ < met_.size(); ++at_) {
+      if (Json::Text(Condition().name) == name) {
+        return !met_[at_] && !failed_;
+      }
+    }
+    return false;
+  }
+  void Receive(const Json::Value& value) override {
+    const std::string_view name = Json::Text(Condition().name);
+    for (; at_ < met_.size(); ++at_) {
+      if (Json::Text(Condition().name) == name) {
+        failed_ = failed_ || !MayBePart(Condition().value, value);
+        met_[at_] = true;
+      }
+    }
+  }
+
+  bool MayMeet() const {
+    return !failed_ && std::all_of(met_.begin(), met_.end(), [](bool met) { return met; });
+  }
+
+ private:
+  static bool MayBePart(const Json::Value& wanted, const Json::Value& value) {
+    return wanted.IsObject() || wanted.IsArray() ? wanted.GetType() == value.GetType()
+                                                 : IsSubset(wanted, value);
+  }
+  const Json::Value::Member& Condition() const {
+    return *(conditions_.MemberBegin() + static_cast<std::ptrdiff_t>(at_));
+  }
+
+  const Json::Value& conditions_;
+  std::vector<bool> met_;
+  std::size_t at_ = 0;
+  bool failed_ = false;
+};
 
 // Conditions of one sub-object, on a member that holds several.
 bool ConditionsMeetInstances(const Json::Value& conditions, Json::SchemaPlace type) {
@@ -83,6 +127,24 @@ bool IsSubset(const Json::Value& part, const Json::Value& value) {
     });
   }
   return ConfigStoreDocument::ValuesEqual(part, value);
+}
+
+InstanceFilter::InstanceFilter(const FilterSpecObject& filter, Json::SchemaPlace type)
+    : conditions_(Internal::Access::Of(filter)),
+      refused_(HasGeneratedInstanceId(conditions_.GetRoot()) ||
+               ConditionsMeetInstances(conditions_.GetRoot(), type)) {}
+
+bool InstanceFilter::CanStream() const {
+  return !refused_ && !CSLogger::IsEnabled(CSLogger::kTrace) && conditions_.GetRoot().IsObject();
+}
+
+bool InstanceFilter::RulesOut(std::string_view text) const {
+  Conditions conditions(conditions_.GetRoot());
+  return Json::ScanMembers(text, conditions) && !conditions.MayMeet();
+}
+
+bool InstanceFilter::Keeps(const ConfigStoreObject& object) const {
+  return TarnConfigStore::Keeps(conditions_, Internal::Access::Of(object), false);
 }
 
 std::vector<std::shared_ptr<ConfigStoreObject>> FilterConfigStoreObjects(

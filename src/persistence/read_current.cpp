@@ -11,6 +11,9 @@
 #include "persistence/connection.h"
 #include "persistence/statements.h"
 
+#include <optional>
+#include <utility>
+
 namespace TarnConfigStore {
 namespace {
 
@@ -24,11 +27,60 @@ ObjectHandle MergeLayers(const RowMap& row, const ConfigStoreObjectId& id,
                      schema->GetSchemaPlace());
 }
 
+// The one column that a row's object is made of; nothing where there are several, or none.
+std::optional<std::string_view> OnlyLayer(const RowMap& row, int upgradeContext) {
+  std::optional<std::string_view> only;
+  const std::string_view user = UserColumn(row, upgradeContext);
+  for (const std::string_view column :
+       {std::string_view("AutoConfValue"), std::string_view("CachedValue"),
+        std::string_view("VitalValue"), user}) {
+    const auto text = column.empty() ? std::nullopt : row.Find(column);
+    if (text && only) {
+      return std::nullopt;
+    }
+    only = text ? text : only;
+  }
+  return only;
+}
+
 ObjectHandle MergeUserAndAutomatic(const RowMap& row, const ConfigStoreObjectId& id,
                                    const SchemaHandle& schema) {
   return UpdateConfigInternal(MakeConfirmedUserObject(row, id, schema),
                               MakeObjectFromRow(row, "AutoConfValue", id, schema),
                               schema->GetSchemaPlace());
+}
+
+// Hands on the instances that a filter without an instance id keeps. The others are not held, and
+// not even made where their text tells enough; a text that is not JSON ends it all the same.
+void ForEachKept(const std::shared_ptr<FilterSpecObject>& filter,
+                 const DBStore::ConnectionHandle& connection, const SchemaHandle& schema,
+                 const std::function<void(ObjectHandle)>& receive) {
+  const int upgradeContext = ReadUpgradeContext();
+  const InstanceFilter conditions(*filter, schema->GetSchemaPlace());
+  const bool streams = conditions.CanStream();
+  const bool looks = streams && !filter->IsEmpty();
+  std::vector<ObjectHandle> objects = ObjectsOfType(
+      connection, GET_INSTANCES.Text(), filter->GetConfigStoreObjectId(),
+      [&](const RowMap& row, const ConfigStoreObjectId& instance) -> ObjectHandle {
+        const auto only = looks ? OnlyLayer(row, upgradeContext) : std::nullopt;
+        if (only && conditions.RulesOut(*only)) {
+          return nullptr;
+        }
+        ObjectHandle object = MergeLayers(row, instance, schema,
+                                          MakeUserObject(row, instance, schema, upgradeContext));
+        if (!streams) {
+          return object;
+        }
+        if (object && conditions.Keeps(*object)) {
+          receive(std::move(object));
+        }
+        return nullptr;
+      });
+  if (!streams) {
+    for (ObjectHandle& object : FilterConfigStoreObjects(std::move(objects), filter)) {
+      receive(std::move(object));
+    }
+  }
 }
 
 }  // namespace
@@ -55,14 +107,27 @@ std::vector<ObjectHandle> GetConfigInstancesInternal(
   if (!id.instanceId.empty()) {
     return FilterConfigStoreObjects(ListOf(GetInternal(id, connection, schema)), filter);
   }
-  const int upgradeContext = ReadUpgradeContext();
-  return FilterConfigStoreObjects(
-      ObjectsOfType(connection, GET_INSTANCES.Text(), id,
-                    [&](const RowMap& row, const ConfigStoreObjectId& instance) {
-                      return MergeLayers(row, instance, schema,
-                                         MakeUserObject(row, instance, schema, upgradeContext));
-                    }),
-      filter);
+  std::vector<ObjectHandle> objects;
+  ForEachKept(filter, connection, schema,
+              [&](ObjectHandle object) { objects.push_back(std::move(object)); });
+  return objects;
+}
+
+std::vector<std::string> GetConfigInstanceIdsInternal(
+    const std::shared_ptr<FilterSpecObject>& filter, const DBStore::ConnectionHandle& connection,
+    const SchemaHandle& schema) {
+  std::vector<std::string> ids;
+  const auto add = [&ids](const ObjectHandle& object) {
+    ids.push_back(object->GetConfigStoreObjectId().instanceId);
+  };
+  if (filter->GetConfigStoreObjectId().instanceId.empty()) {
+    ForEachKept(filter, connection, schema, add);
+  } else {
+    for (const ObjectHandle& object : GetConfigInstancesInternal(filter, connection, schema)) {
+      add(object);
+    }
+  }
+  return ids;
 }
 
 std::vector<ObjectHandle> GetCurrentConfigInstancesInternal(

@@ -35,6 +35,11 @@ std::vector<ObjectHandle> GetConfigInstancesInternal(
     const std::shared_ptr<FilterSpecObject>& filter, const DBStore::ConnectionHandle& connection,
     const SchemaHandle& schema);
 
+/// The ids of the instances that a filter keeps, for which no objects are held.
+std::vector<std::string> GetConfigInstanceIdsInternal(
+    const std::shared_ptr<FilterSpecObject>& filter, const DBStore::ConnectionHandle& connection,
+    const SchemaHandle& schema);
+
 /// As GetCurrentConfigInternal, for one instance or, without an instance id, all of a type.
 std::vector<ObjectHandle> GetCurrentConfigInstancesInternal(
     const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection,

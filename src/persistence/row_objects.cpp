@@ -48,18 +48,22 @@ ObjectHandle MakeObject(const std::string& text, const ConfigStoreObjectId& id,
       kEmptyString, kEmptyString, kDefaultRevision, true, nullptr, nullptr));
 }
 
+std::string_view UserColumn(const RowMap& row, int upgradeContext) {
+  if (upgradeContext == 0) {
+    return row.Text("Success") == "1" ? "UserValue" : "";
+  }
+  return row.Find("DesiredValue") ? "DesiredValue" : "UserValue";
+}
+
 ObjectHandle MakeConfirmedUserObject(const RowMap& row, const ConfigStoreObjectId& id,
                                      const SchemaHandle& schema) {
-  return row.Text("Success") == "1" ? MakeObjectFromRow(row, "UserValue", id, schema) : nullptr;
+  return MakeUserObject(row, id, schema, 0);
 }
 
 ObjectHandle MakeUserObject(const RowMap& row, const ConfigStoreObjectId& id,
                             const SchemaHandle& schema, int upgradeContext) {
-  if (upgradeContext == 0) {
-    return MakeConfirmedUserObject(row, id, schema);
-  }
-  return MakeObjectFromRow(row, row.Find("DesiredValue") ? "DesiredValue" : "UserValue", id,
-                           schema);
+  const std::string_view column = UserColumn(row, upgradeContext);
+  return column.empty() ? nullptr : MakeObjectFromRow(row, column, id, schema);
 }
 
 ObjectHandle MergeParts(const RowMap& row, std::string_view userColumn,

@@ -26,6 +26,9 @@ ObjectHandle MakeObject(const std::string& text, const ConfigStoreObjectId& id,
 ObjectHandle MakeConfirmedUserObject(const RowMap& row, const ConfigStoreObjectId& id,
                                      const SchemaHandle& schema);
 
+/// The column that MakeUserObject reads; empty where it reads none.
+std::string_view UserColumn(const RowMap& row, int upgradeContext);
+
 /// The user's object as the upgrade context asks for it: outside an upgrade the confirmed one,
 /// during one the pending value if there is one and the user's otherwise, confirmed or not.
 /// \param upgradeContext  what ReadUpgradeContext answered; asked once an operation, not once a row

@@ -38,8 +38,10 @@ void ConfigStoreImpl::DeleteInstances(const std::shared_ptr<FilterSpecObject>& f
     return;
   }
   RunUnderTransaction(*this, connection_, "DeleteInstances", [&] {
-    for (const ObjectHandle& object : GetConfigInstancesInternal(filter, connection_, schema)) {
-      DeleteInternal(object->GetConfigStoreObjectId(), connection_);
+    ConfigStoreObjectId instance = csoId;
+    for (std::string& id : GetConfigInstanceIdsInternal(filter, connection_, schema)) {
+      instance.instanceId = std::move(id);
+      DeleteInternal(instance, connection_);
     }
   });
   NotifyIfAllowlisted(csoId, connection_);

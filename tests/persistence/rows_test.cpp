@@ -1,7 +1,9 @@
 #include "tarnconfigstore/boot_state.h"
+#include "tarnconfigstore/diagnostics.h"
 #include "tarnconfigstore/key_values.h"
 #include "tarnconfigstore/listing.h"
 
+#include "objects/filter.h"
 #include "objects/schema_lookup.h"
 #include "persistence/boot_flags.h"
 #include "persistence/boot_statements.h"
@@ -9,6 +11,8 @@
 #include "persistence/read_current.h"
 #include "persistence/statements.h"
 #include "support/store_fixture.h"
+
+#include <functional>
 
 namespace TarnConfigStore {
 namespace {
@@ -67,6 +71,41 @@ TEST_F(Rows, InstancesAreReadEachFromItsOwnRow) {
   };
   EXPECT_EQ(read(Switch("")), R"(b{"serial":"x","mtu":2} | a{"x":1,"mtu":1} b{"mtu":2} )");
   EXPECT_EQ(read(Switch("b")), R"(b{"serial":"x","mtu":2} | b{"mtu":2} )");
+}
+
+// Texts are told apart before objects are made of them: no answer may come of that.
+TEST_F(Rows, AFilterKeepsWhatItKeepsOfAllObjects) {
+  int row = 0;
+  const auto id = [&row] { return Switch("s" + std::to_string(row++)); };
+  for (const char* text :
+       {"{}", R"({"m":1})", R"({"m":1.0,"n":null})", R"({"m":10e-1})", R"({"m":"1"})",
+        R"({"\u006d":1})", R"({"m":1,"m":2})", R"({"m":2,"m":1})", R"({"o":{"m":1}})",
+        R"({"o":{"x":{},"y":[1]},"m":1})", R"({"l":[{"m":1},2],"t":"\u0061"})", R"({"t":"a"})",
+        R"({"t":"a\u0000"})", R"({"m":18446744073709551615})", R"({"b":true,"m":1})", "[1]", "1"}) {
+    PutRow(id(), text, "", "", "", "", 1);
+    PutRow(id(), text, "", R"({"m":1,"t":"b"})", "", "", 1);
+    PutRow(id(), "", text, "", R"({"m":1})", "", 0);
+    PutRow(id(), "{", "", "", text, "", 0);
+  }
+  SetLogLevel(2);
+  const auto all = store_->GetInstances(Filter(Switch("")));
+  for (const char* filter :
+       {"{}", R"({"m":1})", R"({"m":1,"t":"b"})", R"({"t":"a"})", R"({"n":null})", R"({"o":{}})",
+        R"({"o":{"m":1.0}})", R"({"l":[2]})", R"({"b":true})", R"({"m":1.8446744073709552e19})",
+        R"({"m":"1"})", R"({"m":{}})"}) {
+    const auto wanted = Filter(Switch(""), filter);
+    EXPECT_EQ(Data(store_->GetInstances(wanted)), Data(FilterConfigStoreObjects(all, wanted)))
+        << filter;
+  }
+  for (const char* broken : {"", "{", R"({"t":"x"}})", R"({"x":1e400})", R"({"x":"\ud800"})"}) {
+    PutRow(Switch("zzz"), broken[0] == '\0' ? " " : broken, "", "", "", "", 1);
+    for (const auto& operation : std::vector<std::function<void()>>{
+             [&] { store_->GetInstances(Filter(Switch(""), R"({"t":"x"})")); },
+             [&] { store_->DeleteInstances(Filter(Switch(""), R"({"t":"a"})")); }}) {
+      EXPECT_EQ(Raised(operation), "IAE 1080 The text is not valid JSON.") << broken;
+    }
+  }
+  EXPECT_EQ(store_->GetInstanceIds(Switch("")).size(), all.size() + 1) << "nothing was deleted";
 }
 
 TEST_F(Rows, OfAComponentOrOfTheWholeStore) {

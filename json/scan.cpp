@@ -1,0 +1,74 @@
+#include "json/scan.h"
+
+#include "json/text_stream.h"
+#include "json/utf8.h"
+
+namespace Json {
+namespace {
+
+// Stops at nothing that Parse reads: see there for the depth.
+class Scanner {
+ public:
+  explicit Scanner(MemberReceiver& receiver) : receiver_(receiver) {}
+  bool Null() { return Scalar(Value()); }
+  bool Bool(bool value) { return Scalar(Value(value)); }
+  bool Int(int value) { return Scalar(Value(value)); }
+  bool Uint(unsigned value) { return Scalar(Value(value)); }
+  bool Int64(std::int64_t value) { return Scalar(Value(value)); }
+  bool Uint64(std::uint64_t value) { return Scalar(Value(value)); }
+  bool Double(double value) { return Scalar(Value(value)); }
+  bool RawNumber(const char* /*text*/, rapidjson::SizeType /*length*/, bool /*copy*/) {
+    return false;
+  }
+  bool String(const char* text, rapidjson::SizeType length, bool /*copy*/) {
+    return !wanted_ || Scalar(Reference({text, length}));
+  }
+  bool Key(const char* text, rapidjson::SizeType length, bool /*copy*/) {
+    wanted_ = depth_ == 1 && receiver_.Wants({text, length});
+    return true;
+  }
+  bool StartObject() { return Enter(rapidjson::kObjectType); }
+  bool EndObject(rapidjson::SizeType /*count*/) { return Leave(); }
+  bool StartArray() { return depth_ > 0 && Enter(rapidjson::kArrayType); }
+  bool EndArray(rapidjson::SizeType /*count*/) { return Leave(); }
+
+ private:
+  bool Scalar(const Value& value) {
+    if (wanted_) {
+      receiver_.Receive(value);
+      wanted_ = false;
+    }
+    return depth_ > 0;
+  }
+  bool Enter(rapidjson::Type type) {
+    if (wanted_) {
+      receiver_.Receive(Value(type));
+      wanted_ = false;
+    }
+    return ++depth_ <= kMaxDepth;
+  }
+  bool Leave() {
+    --depth_;
+    return true;
+  }
+
+  MemberReceiver& receiver_;
+  std::size_t depth_ = 0;
+  bool wanted_ = false;
+};
+
+}  // namespace
+
+bool ScanMembers(std::string_view text, MemberReceiver& receiver) {
+  if (!Utf8::IsValid(text)) {
+    return false;
+  }
+  UnwatchedTextStream stream(text);
+  Scanner scanner(receiver);
+  Reader reader;
+  const auto outcome = reader.Parse<rapidjson::kParseFullPrecisionFlag>(stream, scanner);
+  // The reader takes a NUL for the end of the text.
+  return !outcome.IsError() && stream.Tell() == text.size();
+}
+
+}  // namespace Json
