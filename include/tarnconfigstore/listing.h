@@ -1,5 +1,5 @@
-// What is stored, and what is staged for the next boot. Both functions take a connection of their
-// own and are thread-safe.
+// What is stored, and what is staged for the next boot. All functions take a connection of their own
+// and are thread-safe.
 #pragma once
 
 #include "tarnconfigstore/export.h"
@@ -7,6 +7,7 @@
 #include "tarnconfigstore/object_id.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,15 @@ struct StoredObject {
 /// \return the objects, sorted by component, group, key and instance id
 /// \throws ConfigStoreException 2000 "Failed to connect to database" or "Get store rows failed."
 TARN_CONFIG_STORE_EXPORT std::vector<StoredObject> ListStored(const ConfigStoreObjectId& prefix);
+
+/// Hands what ListStored lists on, one object after the other and in the same order, without holding
+/// the others. What it lists is the store of one moment, whatever is written meanwhile.
+/// \param visit  called on this thread. What it throws ends the listing and passes through; it may
+///               use the library, but a long stay keeps the database's log from being shortened
+/// \throws ConfigStoreException 2000 "Failed to connect to database" or "Get store rows failed.", the
+///         latter perhaps after objects were handed on
+TARN_CONFIG_STORE_EXPORT void VisitStored(const ConfigStoreObjectId& prefix,
+                                          const std::function<void(StoredObject)>& visit);
 
 /// A stored object that was last written under another version of its type than the installed one.
 struct OutdatedObject {

@@ -17,12 +17,12 @@ std::vector<OutdatedObject> ListOutdated(const ConfigStoreObjectId& prefix) {
     versions.emplace(std::move(type.name), std::move(type.version));
   }
   std::vector<OutdatedObject> outdated;
-  for (StoredObject& object : ListStored(prefix)) {
+  VisitStored(prefix, [&](StoredObject object) {
     const auto type = versions.find({object.id.component, object.id.group, object.id.key});
     if (type != versions.end() && IsOutdated(object.version, type->second)) {
       outdated.push_back({std::move(object), type->second});
     }
-  }
+  });
   return outdated;
 }
 

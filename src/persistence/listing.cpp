@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 namespace TarnConfigStore {
 namespace {
@@ -29,8 +30,8 @@ std::vector<std::string_view> PrefixOf(const ConfigStoreObjectId& id) {
 
 // Rows under a prefix, by the statement for as many fields as it names.
 template <std::size_t count>
-RowMapList ReadUnder(const ConfigStoreObjectId& prefix,
-                     const std::string_view (&statements)[count]) {
+void VisitUnder(const ConfigStoreObjectId& prefix, const std::string_view (&statements)[count],
+                const RowVisitor& visit) {
   const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
   const std::vector<std::string_view> fields = PrefixOf(prefix);
   const DBStore::StatementHandle statement =
@@ -44,7 +45,7 @@ RowMapList ReadUnder(const ConfigStoreObjectId& prefix,
   if (!bound) {
     ThrowFailure(kFailure);
   }
-  return ReadRows(connection, statement, kFailure);
+  ForEachRow(connection, statement, kFailure, visit);
 }
 
 StoredObject StoredFromRow(const RowMap& row) {
@@ -69,23 +70,21 @@ StagedChange StagedFromRow(const RowMap& row) {
 
 }  // namespace
 
+void VisitStored(const ConfigStoreObjectId& prefix,
+                 const std::function<void(StoredObject)>& visit) {
+  VisitUnder(prefix, LIST_STORED, [&visit](const RowMap& row) { visit(StoredFromRow(row)); });
+}
+
 std::vector<StoredObject> ListStored(const ConfigStoreObjectId& prefix) {
-  const RowMapList rows = ReadUnder(prefix, LIST_STORED);
   std::vector<StoredObject> objects;
-  objects.reserve(rows.size());
-  for (const std::shared_ptr<RowMap>& row : rows) {
-    objects.push_back(StoredFromRow(*row));
-  }
+  VisitStored(prefix, [&objects](StoredObject object) { objects.push_back(std::move(object)); });
   return objects;
 }
 
 std::vector<StagedChange> ListStaged(const ConfigStoreObjectId& prefix) {
-  const RowMapList rows = ReadUnder(prefix, LIST_STAGED);
   std::vector<StagedChange> changes;
-  changes.reserve(rows.size());
-  for (const std::shared_ptr<RowMap>& row : rows) {
-    changes.push_back(StagedFromRow(*row));
-  }
+  VisitUnder(prefix, LIST_STAGED,
+             [&changes](const RowMap& row) { changes.push_back(StagedFromRow(row)); });
   return changes;
 }
 

@@ -20,7 +20,7 @@ void RunForType(const DBStore::ConnectionHandle& connection, std::string_view st
 
 struct RowReceiver {
   RowMap row;
-  const std::function<void(const RowMap&)>& receive;
+  const RowVisitor& receive;
 };
 
 int HandOn(void* receiver, int count, char** values, char** names) {
@@ -112,9 +112,16 @@ RowMapList ReadRowMaps(const DBStore::ConnectionHandle& connection, std::string_
 }
 
 void ForEachRow(const DBStore::ConnectionHandle& connection, std::string_view statement,
-                const ConfigStoreObjectId& id, const std::function<void(const RowMap&)>& receiver) {
+                const ConfigStoreObjectId& id, const RowVisitor& receiver) {
   RowReceiver rows{RowMap(), receiver};
   RunForType(connection, statement, id, HandOn, &rows);
+}
+
+void ForEachRow(const DBStore::ConnectionHandle& connection,
+                const DBStore::StatementHandle& statement, const char* failure,
+                const RowVisitor& receiver) {
+  RowReceiver rows{RowMap(), receiver};
+  RunReading(connection, statement, HandOn, &rows, [failure] { return failure; });
 }
 
 RowMap ReadRowMap(const DBStore::ConnectionHandle& connection, const InstanceStatement& statement,

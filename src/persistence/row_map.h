@@ -81,10 +81,19 @@ void RunReading(const DBStore::ConnectionHandle& connection,
 RowMapList ReadRows(const DBStore::ConnectionHandle& connection,
                     const DBStore::StatementHandle& statement, const char* failure);
 
-/// Hands each row of such a statement on, one after the other, in memory that the next row takes
-/// over. What the receiver raises passes through. Raises as ReadRowMaps.
+/// Gets rows one after the other, in memory that the next row takes over. What it raises passes
+/// through.
+using RowVisitor = std::function<void(const RowMap&)>;
+
+/// The same, each row handed on.
+void ForEachRow(const DBStore::ConnectionHandle& connection,
+                const DBStore::StatementHandle& statement, const char* failure,
+                const RowVisitor& receiver);
+
+/// The same for a statement whose three parameters are an identifier's key, group and component.
+/// Raises as ReadRowMaps.
 void ForEachRow(const DBStore::ConnectionHandle& connection, std::string_view statement,
-                const ConfigStoreObjectId& id, const std::function<void(const RowMap&)>& receiver);
+                const ConfigStoreObjectId& id, const RowVisitor& receiver);
 
 /// All rows of a statement whose three parameters are an identifier's key, group and component.
 /// Raises ConfigStoreException 2000 "Read Instances failed for: IDENTIFIER".

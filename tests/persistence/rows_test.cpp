@@ -136,6 +136,16 @@ TEST_F(Rows, ListingSkipsRowsWithoutValues) {
                 one.hasVital && !one.hasUser && !one.hasAutomatic && !one.hasCached);
   }
   EXPECT_TRUE(ListStored(Id("", "tes", "tarn")).empty());
+  PutRow(switch_, "{}", "", "", "", "", 1);
+  std::string visited;
+  const auto visit = [&](const StoredObject& object) {
+    visited += object.id.key + " ";
+    if (object.id == switch_) {
+      throw std::runtime_error("enough");
+    }
+  };
+  EXPECT_EQ(Raised([&] { VisitStored(Id("", "", ""), visit); }) + visited,
+            "std enoughplain switch ");
 }
 
 TEST_F(Rows, BootIsExactlyTrue) {

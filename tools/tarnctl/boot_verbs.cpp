@@ -74,9 +74,11 @@ bool IsWaiting(const StoredObject& object) {
 }
 
 std::vector<StoredObject> ListConcerned(const ConfigStoreObjectId& prefix, bool isAccepted) {
-  auto objects = TarnConfigStore::ListStored(prefix);
-  std::erase_if(objects, [isAccepted](const StoredObject& object) {
-    return isAccepted ? !IsWaiting(object) : !object.hasPending;
+  std::vector<StoredObject> objects;
+  TarnConfigStore::VisitStored(prefix, [&](StoredObject object) {
+    if (isAccepted ? IsWaiting(object) : object.hasPending) {
+      objects.push_back(std::move(object));
+    }
   });
   return objects;
 }

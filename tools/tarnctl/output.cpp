@@ -27,12 +27,38 @@ void Output::PrintText(const std::string& text) const {
   }
 }
 
-void Output::Print(const Json::Value& value) const {
+namespace {
+
+std::string Indented(const Json::Value& value) {
   std::string text;
   if (!Json::Print(value, Json::Layout::INDENTED, Json::BadText::REFUSED, text)) {
     throw ToolError(ExitCode::FAILED, "cannot print what is not UTF-8 as JSON");
   }
-  PrintText(text + "\n");
+  return text;
+}
+
+}  // namespace
+
+void Output::Print(const Json::Value& value) const {
+  PrintText(Indented(value) + "\n");
+}
+
+void ListPrinter::Add(const Json::Value& element) {
+  constexpr std::size_t kMuch = 65536;
+  text_ += isEmpty_ ? "\n  " : ",\n  ";
+  isEmpty_ = false;
+  for (const char character : Indented(element)) {  // line ends inside texts are escaped
+    text_ += character;
+    text_ += character == '\n' ? "  " : "";
+  }
+  if (text_.size() > kMuch) {
+    output_.PrintText(text_);
+    text_.clear();
+  }
+}
+
+void ListPrinter::End() {
+  output_.PrintText(text_ + (isEmpty_ ? "]\n" : "\n]\n"));
 }
 
 void Output::PrintLenient(const Json::Value& value) const {

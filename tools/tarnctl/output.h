@@ -28,4 +28,19 @@ class Output {
   bool asJson_;
 };
 
+/// Prints an array as Output::Print does, element by element. What has been printed when something
+/// fails lacks its end, so that nobody takes it for the whole; little is printed at End only.
+class ListPrinter {
+ public:
+  explicit ListPrinter(const Output& output) : output_(output) {}
+  /// Raises as Output::Print, as End does.
+  void Add(const Json::Value& element);
+  void End();
+
+ private:
+  const Output& output_;
+  std::string text_ = "[";
+  bool isEmpty_ = true;
+};
+
 }  // namespace tarnctl

@@ -49,16 +49,20 @@ void GetInstances(const Given& given, const Output& output) {
 }
 
 void List(const Given& given, const Output& output) {
-  JsonMaker make;
+  const ConfigStoreObjectId prefix = ParsePrefixIfGiven(given.Text(kPrefix));
   if (given.Has(kOutdated)) {
+    JsonMaker make;
     output.Print(make.List(
-        TarnConfigStore::ListOutdated(ParsePrefixIfGiven(given.Text(kPrefix))),
+        TarnConfigStore::ListOutdated(prefix),
         [&](const TarnConfigStore::OutdatedObject& object) { return Describe(object, make); }));
     return;
   }
-  output.Print(make.List(
-      TarnConfigStore::ListStored(ParsePrefixIfGiven(given.Text(kPrefix))),
-      [&](const TarnConfigStore::StoredObject& object) { return Describe(object, make); }));
+  ListPrinter printer(output);
+  TarnConfigStore::VisitStored(prefix, [&](const TarnConfigStore::StoredObject& object) {
+    JsonMaker make;
+    printer.Add(Describe(object, make));
+  });
+  printer.End();
 }
 
 void ShowRevisions(const Given& given, const Output& output) {
