@@ -58,7 +58,8 @@ struct ParseResult {
 };
 
 /// Parses a text into the root of a document, whose allocator then owns the value: strict UTF-8,
-/// numbers in full precision, at most kMaxDepth levels, nothing after the value. On failure the
+/// numbers in full precision, none beyond what a double can hold, at most kMaxDepth levels, nothing
+/// before or after the value, no byte order mark either. On failure the
 /// document is null. Needs no document of its own: `into` may be any document, empty or not.
 ParseResult Parse(std::string_view text, Document& into, Origin origin = Origin::STORED);
 

@@ -1,16 +1,22 @@
+#include "json/exponents.h"
 #include "json/json.h"
+#include "json/number_text.h"
 #include "json/text_stream.h"
 #include "json/utf8.h"
 
 #include <rapidjson/error/en.h>
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 #include <unordered_set>
 #include <vector>
 
 namespace Json {
 namespace {
+
+constexpr const char* kTooLarge = "a number that is too large";
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // Hands the reader's events on to the document, and stops at the depth that every walk over a value
 // can bear on a small stack, and at numbers that cannot be kept as they are.
@@ -26,11 +32,18 @@ class Guard {
   bool Int64(std::int64_t value) { return handler_.Int64(value); }
   bool Uint64(std::uint64_t value) { return handler_.Uint64(value); }
   bool Double(double value) {
-    if (origin_ == Origin::OUTSIDE && IsLarge(value)) {
-      tooLong_ = !watched_ || IsInteger();
+    hasDoubles_ = true;
+    if (watched_) {
+      const NumberText number(stream_.begin, stream_.next);
+      tooLong_ = origin_ == Origin::OUTSIDE && IsLarge(value) && number.IsInteger();
+      tooLarge_ = !number.Read(value);
+    } else {
+      doubtful_ = doubtful_ || NumberText::IsDoubtful(value) ||
+                  (origin_ == Origin::OUTSIDE && IsLarge(value));
     }
-    return !tooLong_ && handler_.Double(value);
+    return !tooLong_ && !tooLarge_ && !doubtful_ && handler_.Double(value);
   }
+  bool HasDoubles() const { return hasDoubles_; }
   bool RawNumber(const char* text, rapidjson::SizeType length, bool copy) {
     return handler_.RawNumber(text, length, copy);
   }
@@ -43,8 +56,9 @@ class Guard {
   }
   /// Why it stopped.
   std::string Reason() const {
-    return tooLong_ ? "an integer of more than 64 bits"
-                    : "nested deeper than " + std::to_string(kMaxDepth) + " levels";
+    return tooLarge_  ? kTooLarge
+           : tooLong_ ? "an integer of more than 64 bits"
+                      : "nested deeper than " + std::to_string(kMaxDepth) + " levels";
   }
   bool StartObject() { return Enter() && handler_.StartObject(); }
   bool EndObject(rapidjson::SizeType count) {
@@ -60,24 +74,10 @@ class Guard {
  private:
   bool Enter() { return ++depth_ <= kMaxDepth; }
 
-  // The reader makes a double of an integer that fits no other type ...
+  // The reader makes a double of an integer that fits no other type.
   static bool IsLarge(double value) {
     constexpr double kLargest = 9.2e18;  // a little less than 2^63
     return value >= kLargest || value <= -kLargest;
-  }
-
-  // ... and the text just read tells.
-  bool IsInteger() const {
-    const char* digit = stream_.next;
-    while (digit != stream_.begin && digit[-1] >= '0' && digit[-1] <= '9') {
-      --digit;
-    }
-    const char before = digit == stream_.begin ? '\0' : digit[-1];
-    if (before == '.' || before == 'e' || before == 'E' || before == '+') {
-      return false;
-    }
-    // A minus sign may belong to an exponent.
-    return before != '-' || digit - 1 == stream_.begin || (digit[-2] != 'e' && digit[-2] != 'E');
   }
 
   Document& handler_;
@@ -86,6 +86,9 @@ class Guard {
   const Origin origin_;
   std::size_t depth_ = 0;
   bool tooLong_ = false;
+  bool tooLarge_ = false;
+  bool doubtful_ = false;
+  bool hasDoubles_ = false;
 };
 
 // Few members are compared with each other; many go through a hash set.
@@ -159,12 +162,33 @@ ParseResult Failure(std::size_t offset, std::string message) {
   return {false, offset, std::move(message)};
 }
 
+constexpr const char* kNul = "a NUL byte";
+
+// What the reader says of it is not always what is wrong.
+std::string ReasonOf(const rapidjson::ParseResult& outcome, std::string_view text) {
+  const std::size_t at = outcome.Offset();
+  if (at == 0 && text.starts_with(kByteOrderMark)) {
+    return "a byte order mark at the start";
+  }
+  if (at < text.size() && text[at] == '\0') {
+    return kNul;
+  }
+  if (outcome.Code() == rapidjson::kParseErrorNumberTooBig) {
+    return kTooLarge;
+  }
+  const bool isControl = at < text.size() && static_cast<unsigned char>(text[at]) < ' ';
+  return outcome.Code() == rapidjson::kParseErrorStringEscapeInvalid && isControl
+             ? "a control character in a string"
+             : rapidjson::GetParseError_En(outcome.Code());
+}
+
 template <class Stream, unsigned flags>
 ParseResult ParseStream(std::string_view text, Document& into, Origin origin) {
   constexpr bool kWatched = std::is_same_v<Stream, TextStream>;
   Stream stream(text);
   rapidjson::ParseResult outcome;
   std::string stopped;
+  bool isDoubtful = false;
   into.SetNull();
   auto generate = [&](Document& document) {
     Reader reader;
@@ -173,33 +197,38 @@ ParseResult ParseStream(std::string_view text, Document& into, Origin origin) {
     if (outcome.Code() == rapidjson::kParseErrorTermination) {
       stopped = guard.Reason();
     }
+    isDoubtful = !kWatched && guard.HasDoubles() && NumberText::HasLong(text);
     return !outcome.IsError();
   };
   into.Populate(generate);
   if (outcome.IsError()) {
     into.SetNull();
-    if (outcome.Code() == rapidjson::kParseErrorTermination) {
-      return Failure(outcome.Offset(), std::move(stopped));
-    }
-    return Failure(outcome.Offset(), rapidjson::GetParseError_En(outcome.Code()));
+    return Failure(outcome.Offset(), outcome.Code() == rapidjson::kParseErrorTermination
+                                         ? std::move(stopped)
+                                         : ReasonOf(outcome, text));
   }
   // The reader takes a NUL for the end of the text.
   if (stream.Tell() != text.size()) {
     into.SetNull();
-    return Failure(stream.Tell(), "a NUL byte");
+    return Failure(stream.Tell(), kNul);
+  }
+  if (isDoubtful) {
+    into.SetNull();
+    return Failure(0, {});
   }
   return {};
 }
 
 // The encoding is checked at once for the whole text. What is refused is read again by the reader's own
-// careful way, which knows the place, and large integers from large fractions.
+// careful way, which knows the place and the text of each number. The careful way reads numbers itself.
 ParseResult ParseText(std::string_view text, Document& into, Origin origin) {
   if (Utf8::IsValid(text)) {
     if (ParseStream<UnwatchedTextStream, rapidjson::kParseNoFlags>(text, into, origin)) {
       return {};
     }
   }
-  return ParseStream<TextStream, rapidjson::kParseValidateEncodingFlag>(text, into, origin);
+  return ParseStream<TextStream, rapidjson::kParseValidateEncodingFlag>(
+      WithoutExponents(text, Exponents::OF_ZERO), into, origin);
 }
 
 }  // namespace

@@ -1,12 +1,13 @@
 #include "json/scan.h"
 
+#include "json/number_text.h"
 #include "json/text_stream.h"
 #include "json/utf8.h"
 
 namespace Json {
 namespace {
 
-// Stops at nothing that Parse reads: see there for the depth.
+// Takes no more than Parse does, and leaves it what Parse has to look at twice.
 class Scanner {
  public:
   explicit Scanner(MemberReceiver& receiver) : receiver_(receiver) {}
@@ -16,7 +17,11 @@ class Scanner {
   bool Uint(unsigned value) { return Scalar(Value(value)); }
   bool Int64(std::int64_t value) { return Scalar(Value(value)); }
   bool Uint64(std::uint64_t value) { return Scalar(Value(value)); }
-  bool Double(double value) { return Scalar(Value(value)); }
+  bool Double(double value) {
+    hasDoubles_ = true;
+    return !NumberText::IsDoubtful(value) && Scalar(Value(value));
+  }
+  bool HasDoubles() const { return hasDoubles_; }
   bool RawNumber(const char* /*text*/, rapidjson::SizeType /*length*/, bool /*copy*/) {
     return false;
   }
@@ -55,6 +60,7 @@ class Scanner {
   MemberReceiver& receiver_;
   std::size_t depth_ = 0;
   bool wanted_ = false;
+  bool hasDoubles_ = false;
 };
 
 }  // namespace
@@ -68,7 +74,8 @@ bool ScanMembers(std::string_view text, MemberReceiver& receiver) {
   Reader reader;
   const auto outcome = reader.Parse<rapidjson::kParseFullPrecisionFlag>(stream, scanner);
   // The reader takes a NUL for the end of the text.
-  return !outcome.IsError() && stream.Tell() == text.size();
+  return !outcome.IsError() && stream.Tell() == text.size() &&
+         !(scanner.HasDoubles() && NumberText::HasLong(text));
 }
 
 }  // namespace Json

@@ -38,6 +38,9 @@ TEST(Parse, IsStrictAndTellsThePlace) {
             "line 1, column 4: The document root must not be followed by other values.");
   EXPECT_EQ(Refusal("\"\xc3\x28\""), "line 1, column 2: Invalid encoding in string.");
   EXPECT_EQ(Refusal(std::string_view("{}\0{}", 5)), "line 1, column 3: a NUL byte");
+  EXPECT_EQ(Refusal(std::string_view("[\"a\0\"]", 6)), "line 1, column 4: a NUL byte");
+  EXPECT_EQ(Refusal("\xEF\xBB\xBF{}"), "line 1, column 1: a byte order mark at the start");
+  EXPECT_EQ(Refusal("[\"a\nb\"]"), "line 1, column 4: a control character in a string");
   EXPECT_EQ(Refusal(R"({"a":{"a":1},"b":[{"a":1,"c":2,"\u0061":3}]})"),
             "line 1, column 40: member \"a\" is named twice");
   EXPECT_EQ(Refusal(R"({"a":{"b":1,"b":2}})", Origin::STORED), "");
@@ -86,6 +89,29 @@ TEST(Parse, RefusesIntegersThatItWouldAlter) {
   for (const char* text :
        {"1e21", "1E+21", "1e300", "123456789012345678901.5", "-9.3e18", "1e-21"}) {
     EXPECT_EQ(Refusal(text), "") << text;
+  }
+}
+
+TEST(Parse, TakesNumbersForWhatTheyMean) {
+  for (const auto& [text, means] : std::vector<std::pair<const char*, const char*>>{
+           {"-0", "0"},
+           {"[0e999,\"0e999\\\"\",-0.00E+400,0e-999,1e1]", "[0.0,\"0e999\\\"\",-0.0,0.0,10.0]"},
+           {"0.1000000000000000000000001", "0.1"},
+           {"1000000000000000000000e-20", "10.0"},
+           {"[1e-400,-2e-324,3e-324,1.7976931348623157e308]",
+            "[0.0,-0.0,5e-324,1.7976931348623157e+308]"}}) {
+    Document document;
+    ASSERT_TRUE(Parse(text, document, Origin::OUTSIDE)) << text;
+    EXPECT_EQ(Serialized(document), means);
+  }
+  for (const std::string& text : std::vector<std::string>{
+           "1e400", "-1e309", "1.8e308", "4e308", "999999e308", "1e99999999999",
+           std::string(300, '9') + "e308", "0." + std::string(300, '9') + "e309"}) {
+    for (const Origin origin : {Origin::STORED, Origin::OUTSIDE}) {
+      EXPECT_EQ(Refusal("[0e999," + text + "]", origin),
+                "line 1, column 8: a number that is too large")
+          << text;
+    }
   }
 }
 

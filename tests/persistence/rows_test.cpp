@@ -97,7 +97,8 @@ TEST_F(Rows, AFilterKeepsWhatItKeepsOfAllObjects) {
     EXPECT_EQ(Data(store_->GetInstances(wanted)), Data(FilterConfigStoreObjects(all, wanted)))
         << filter;
   }
-  for (const char* broken : {"", "{", R"({"t":"x"}})", R"({"x":1e400})", R"({"x":"\ud800"})"}) {
+  for (const char* broken :
+       {"", "{", R"({"t":"x"}})", R"({"x":1e400})", R"({"x":4e308})", R"({"x":"\ud800"})"}) {
     PutRow(Switch("zzz"), broken[0] == '\0' ? " " : broken, "", "", "", "", 1);
     for (const auto& operation : std::vector<std::function<void()>>{
              [&] { store_->GetInstances(Filter(Switch(""), R"({"t":"x"})")); },
