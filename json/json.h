@@ -52,8 +52,14 @@ struct ParseResult {
 
   explicit operator bool() const { return ok; }
 
-  /// The fault and where in the text it is, the way editors count: "line 2, column 7: Invalid value."
-  /// Lines and bytes are counted from 1.
+  /// Where the fault is in the text, the way editors count: lines and bytes from 1.
+  struct Place {
+    std::size_t line;
+    std::size_t column;
+  };
+  Place PlaceIn(std::string_view text) const;
+
+  /// The fault and its place: "line 2, column 7: Invalid value."
   std::string Describe(std::string_view text) const;
 };
 

@@ -246,12 +246,16 @@ ParseResult Parse(std::string_view text, Document& into, Origin origin) {
   return result;
 }
 
-std::string ParseResult::Describe(std::string_view text) const {
+ParseResult::Place ParseResult::PlaceIn(std::string_view text) const {
   const std::string_view before = text.substr(0, offset);
-  const auto line = 1 + std::count(before.begin(), before.end(), '\n');
+  const auto lines = std::count(before.begin(), before.end(), '\n');
   const std::size_t lineEnd = before.rfind('\n');
-  const std::size_t column =
-      lineEnd == std::string_view::npos ? before.size() + 1 : before.size() - lineEnd;
+  return {static_cast<std::size_t>(lines) + 1,
+          lineEnd == std::string_view::npos ? before.size() + 1 : before.size() - lineEnd};
+}
+
+std::string ParseResult::Describe(std::string_view text) const {
+  const auto [line, column] = PlaceIn(text);
   return "line " + std::to_string(line) + ", column " + std::to_string(column) + ": " + message;
 }
 

@@ -3,6 +3,7 @@
 #include "platform/logger.h"
 #include "platform/regular_file.h"
 
+#include "errors/parse_failures.h"
 #include "errors/raise.h"
 
 #include <cerrno>
@@ -17,8 +18,7 @@ std::shared_ptr<JsonDoc> CreateDocument() {
 std::shared_ptr<JsonDoc> CreateDocumentFromString(std::string_view text, Json::Origin origin) {
   auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text.size()));
   if (const Json::ParseResult result = document->Parse(text, origin); !result) {
-    CSLogger::Log(CSLogger::kFailure, "Not valid JSON at byte %zu: %s", result.offset,
-                  result.message.c_str());
+    ReportParseFailure("The text", result, text);
     ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);
   }
   return document;
@@ -33,8 +33,7 @@ std::shared_ptr<JsonDoc> CreateDocumentFromFile(const std::string& path) {
   }
   auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text.size()));
   if (const Json::ParseResult result = document->Parse(text, Json::Origin::OUTSIDE); !result) {
-    CSLogger::Log(CSLogger::kFailure, "%s is not valid JSON at byte %zu: %s", path.c_str(),
-                  result.offset, text.empty() ? "the file is empty" : result.message.c_str());
+    ReportParseFailure(path, result, text);
     ThrowException<InvalidArgumentException>(CS_JSON_FILE_FAILED, path);
   }
   return document;

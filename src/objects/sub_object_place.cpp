@@ -1,7 +1,6 @@
 #include "objects/sub_object_place.h"
 
-#include "platform/logger.h"
-
+#include "errors/parse_failures.h"
 #include "errors/raise.h"
 #include "objects/document.h"
 #include "objects/lookups.h"
@@ -150,8 +149,10 @@ void SubObjectPlace::SetData(const char* json) const {
     ThrowInvalidType(id_.key);
   }
   if (Depth() + LevelsOf(given) > Json::kMaxDepth) {
-    CSLogger::Log(CSLogger::kFailure, "Nested deeper than %zu levels: %s", Json::kMaxDepth,
-                  id_.toString().c_str());
+    const std::string levels = std::to_string(Json::kMaxDepth);
+    ReportParseFailure(
+        id_.toString(),
+        {false, 0, "with what is around it, nested deeper than " + levels + " levels"}, json);
     ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);
   }
   Json::Value copy(given, GetAllocator());

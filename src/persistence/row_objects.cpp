@@ -1,8 +1,8 @@
 #include "persistence/row_objects.h"
 
-#include "platform/logger.h"
 #include "platform/made_once.h"
 
+#include "errors/parse_failures.h"
 #include "errors/raise.h"
 #include "objects/access.h"
 #include "objects/config_store_object_impl.h"
@@ -30,9 +30,7 @@ ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
   }
   auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text->size()));
   if (const Json::ParseResult result = document->Parse(*text, Json::Origin::STORED); !result) {
-    CSLogger::Log(CSLogger::kFailure, "%.*s of %s is not valid JSON at byte %zu: %s",
-                  static_cast<int>(column.size()), column.data(), id.toString().c_str(),
-                  result.offset, result.message.c_str());
+    ReportParseFailure(std::string(column) + " of " + id.toString(), result, *text);
     ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);
   }
   return Internal::Access::Wrap(std::make_shared<ConfigStoreObjectImpl>(

@@ -57,9 +57,24 @@ TEST_F(Rows, CarryTheirMetadataIntoTheObject) {
   EXPECT_EQ(store_->Get(plain_)->GetRevision(), 0);
   database_.Run("UPDATE Config SET UserValue = '{'");
   EXPECT_EQ(Raised([&] { store_->Get(plain_); }), "IAE 1080 The text is not valid JSON.");
-  EXPECT_EQ(log_.Count("0 UserValue of comp tarn grp test key plain is not valid JSON at byte 1: "
-                       "Missing a name for object member."),
+  EXPECT_EQ(log_.Count("0 UserValue of comp tarn grp test key plain cannot be read as "
+                       "JSON: line 1, column 2: Missing a name for object member."),
             1);
+  const auto last = [] {
+    const ParseFailure failure = GetLastParseFailure();
+    return std::to_string(failure.line) + ":" + std::to_string(failure.column) + " " +
+           failure.source + ": " + failure.reason;
+  };
+  EXPECT_EQ(last(),
+            "1:2 UserValue of comp tarn grp test key plain: Missing a name for object member.");
+  store_->GetInstances(Filter(Switch("")));
+  EXPECT_NE(last(), "0:0 : ") << "success leaves it";
+  const std::string name(118, 'n');
+  const std::string text = "{\n\"" + name + "\u00e4\":1,\"" + name + "\u00e4\":2}";
+  EXPECT_EQ(Raised([&] { Object(plain_, text); }), "IAE 1080 The text is not valid JSON.");
+  EXPECT_EQ(last(), "2:248 The text: member \"" + name);
+  ClearLastParseFailure();
+  EXPECT_EQ(last(), "0:0 : ");
 }
 
 TEST_F(Rows, InstancesAreReadEachFromItsOwnRow) {

@@ -48,6 +48,15 @@ void AddStoreError(Failure& failure) {
   }
 }
 
+// The library's message is the same for every text.
+void AddParseFailure(Failure& failure) {
+  const TarnConfigStore::ParseFailure last = TarnConfigStore::GetLastParseFailure();
+  if (last.line != 0) {
+    failure.message += std::string(" ") + last.source + ": line " + std::to_string(last.line) +
+                       ", column " + std::to_string(last.column) + ": " + last.reason;
+  }
+}
+
 Failure DescribeLibraryFailure(const ConfigStoreException& error) {
   Failure failure{ExitCode::FAILED, error.GetErrorCode(), error.what(), {}};
   switch (error.GetErrorCode()) {
@@ -56,6 +65,11 @@ Failure DescribeLibraryFailure(const ConfigStoreException& error) {
       break;
     case TarnConfigStore::CS_JSON_PARSE_FAILED:
       failure.exitCode = ExitCode::INVALID;
+      AddParseFailure(failure);
+      break;
+    case TarnConfigStore::CS_JSON_FILE_FAILED:
+      AddParseFailure(failure);
+      AddStoreError(failure);
       break;
     default:
       AddStoreError(failure);

@@ -81,6 +81,7 @@ void ParseAndRun(int argumentCount, char** arguments) {
   }
   Prepare(call.options);
   TarnConfigStore::ClearLastStoreError();
+  TarnConfigStore::ClearLastParseFailure();
   try {
     call.verb->run(call.given, Output(call.options.Has("--json")));
   } catch (...) {
