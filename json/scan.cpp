@@ -1,5 +1,6 @@
 #include "json/scan.h"
 
+#include "json/exponents.h"
 #include "json/number_text.h"
 #include "json/text_stream.h"
 #include "json/utf8.h"
@@ -63,7 +64,51 @@ class Scanner {
   bool hasDoubles_ = false;
 };
 
+// Remembers the outermost value.
+struct FirstType {
+  bool Null() { return Is(rapidjson::kNullType); }
+  bool Bool(bool value) { return Is(value ? rapidjson::kTrueType : rapidjson::kFalseType); }
+  bool Int(int /*value*/) { return Is(rapidjson::kNumberType); }
+  bool Uint(unsigned /*value*/) { return Is(rapidjson::kNumberType); }
+  bool Int64(std::int64_t /*value*/) { return Is(rapidjson::kNumberType); }
+  bool Uint64(std::uint64_t /*value*/) { return Is(rapidjson::kNumberType); }
+  bool Double(double /*value*/) { return Is(rapidjson::kNumberType); }
+  bool RawNumber(const char* /*text*/, rapidjson::SizeType /*length*/, bool /*copy*/) {
+    return Is(rapidjson::kNumberType);
+  }
+  bool String(const char* /*text*/, rapidjson::SizeType /*length*/, bool /*copy*/) {
+    return Is(rapidjson::kStringType);
+  }
+  bool Key(const char* /*text*/, rapidjson::SizeType /*length*/, bool /*copy*/) { return true; }
+  bool StartObject() { return Is(rapidjson::kObjectType); }
+  bool EndObject(rapidjson::SizeType /*count*/) { return true; }
+  bool StartArray() { return Is(rapidjson::kArrayType); }
+  bool EndArray(rapidjson::SizeType /*count*/) { return true; }
+  bool Is(rapidjson::Type found) {
+    type = type ? type : found;
+    return true;
+  }
+
+  std::optional<rapidjson::Type> type;
+};
+
 }  // namespace
+
+std::optional<rapidjson::Type> TypeByGrammar(std::string_view text) {
+  if (!Utf8::IsValid(text)) {
+    return std::nullopt;
+  }
+  const std::string cut = WithoutExponents(text, Exponents::ALL);
+  UnwatchedTextStream stream(cut);
+  FirstType first;
+  Reader reader;
+  constexpr unsigned kFlags =
+      rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
+  if (reader.Parse<kFlags>(stream, first).IsError() || stream.Tell() != cut.size()) {
+    return std::nullopt;
+  }
+  return first.type;
+}
 
 bool ScanMembers(std::string_view text, MemberReceiver& receiver) {
   if (!Utf8::IsValid(text)) {

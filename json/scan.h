@@ -3,6 +3,7 @@
 
 #include "json/json.h"
 
+#include <optional>
 #include <string_view>
 
 namespace Json {
@@ -22,5 +23,9 @@ class MemberReceiver {
 /// \return true when the text is all that Parse asks of a STORED one, and an object; what was handed
 ///         on before the fault is of no use where it is not
 bool ScanMembers(std::string_view text, MemberReceiver& receiver);
+
+/// The type of the value that a text holds, by JSON's grammar alone: also where Parse refuses the text
+/// for what it says, as a number that is too large. Nothing where the text is no JSON.
+std::optional<rapidjson::Type> TypeByGrammar(std::string_view text);
 
 }  // namespace Json

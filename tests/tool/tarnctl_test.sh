@@ -159,6 +159,8 @@ text=a=b|{"text":"a=b"}
 whole=-9223372036854775808|{"whole":-9223372036854775808}
 fraction=2|{"fraction":2.0}
 fraction=9007199254740993|{"fraction":9007199254740993}
+fraction=0e999|{"fraction":0.0}
+text=1e400|{"text":"1e400"}
 list=[1, 2]|{"list":[1,2]}
 map={"inner":"5"}|{"map":{"inner":"5"}}
 map.inner=true|{"map":{"inner":"true"}}
@@ -177,6 +179,9 @@ done <<'T'
 whole=1.5|"whole" takes integer, not "1.5"
 whole=|"whole" takes integer
 whole=99999999999999999999|an integer of more than 64 bits
+whole=1e400|line 1, column 1: a number that is too large
+either=4e308|line 1, column 1: a number that is too large
+anything=[{"a":1,"a":2}]|line 1, column 12: member "a" is named twice
 flag=yes|"flag" takes boolean, not "yes"
 fraction="1"|"fraction" takes number
 list=1,2|"list" takes array

@@ -2,6 +2,7 @@
 
 #include "failure.h"
 #include "json/pointer.h"
+#include "json/scan.h"
 #include "json/utf8.h"
 #include "object_name.h"
 
@@ -60,9 +61,11 @@ void MakeFraction(Json::Value& number) {
 
 // Text that is JSON of such a kind, but not to be kept as it is, must not pass for plain text.
 bool IsRefusedJson(const std::string& text, ValueKinds kinds) {
-  Json::Document value;
-  return Json::Parse(text, value, Json::Origin::STORED) &&
-         (value.IsNumber() ? kinds.Meets(ValueKinds::kNumber) : kinds.Holds(ValueKinds::Of(value)));
+  const std::optional<rapidjson::Type> type = Json::TypeByGrammar(text);
+  if (type == rapidjson::kNumberType) {
+    return kinds.Meets(ValueKinds::kNumber);
+  }
+  return type && kinds.Holds(ValueKinds::Of(Json::Value(*type)));
 }
 
 [[noreturn]] void RaiseUnfit(const Assignment& given, ValueKinds kinds, const std::string& reason) {
