@@ -50,6 +50,7 @@ class StoreObjectImpl {
   Json::Allocator& GetAllocator();
   /// Puts another document in the place of a whole object's, and returns the one there was.
   std::shared_ptr<JsonDoc> ExchangeDocument(std::shared_ptr<JsonDoc> document) noexcept {
+    ForgetLookups();
     document_.swap(document);
     return document;
   }
