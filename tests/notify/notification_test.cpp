@@ -136,7 +136,7 @@ TEST_F(NotificationTest, FollowsSwitchAndAllowlist) {
       EXPECT_THAT(log.Lines(), Contains(told).Times(*row.failure == '\0' ? 0 : 3));
       EXPECT_TRUE(*row.failure != '\0' || log.Lines().empty());
       EXPECT_EQ(row.failure == kUnread && *row.allowlist == '\0',
-                ::testing::Value(log.Lines(), Contains(HasSubstr("the file is empty"))));
+                ::testing::Value(log.Lines(), Contains(HasSubstr("The document is empty"))));
     });
   }
 }

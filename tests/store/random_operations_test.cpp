@@ -124,8 +124,13 @@ class RandomOperations : public TestSupport::StoreFixture {
                               &ColumnValues::cached}) {
         if (part != others && row.values.*part) {
           const auto left = Object(ModelId(IdOf(object)), *(row.values.*part));
-          removals.TakeFrom(Access::Of(*left).GetRoot());
-          row.values.*part = Access::Of(*left).GetSerializedData();
+          const bool taken = removals.TakeFrom(Access::Of(*left).GetRoot());
+          // A part of nothing but the id goes as a whole.
+          if (taken && Access::Of(*left).GetRoot().MemberCount() == 1) {
+            (row.values.*part).reset();
+          } else {
+            row.values.*part = Access::Of(*left).GetSerializedData();
+          }
         }
         if (changes.*part) {
           const auto laid = Merged(IdOf(object), {changes.*part, row.values.*part, {}, {}});
