@@ -36,17 +36,20 @@ row nic0 "u=$user a=$automatic $rest rev=4"
 refused 4 '{"code":1090,' --json update $nics/nic0 mtu=9 enabled=false
 expect 0 "" "" update $nics/nic0 'addresses=[]'
 row nic0 "u={\"device\":\"nic0\",\"enabled\":true,\"mtu\":9000} a=$automatic $rest rev=5"
+refused 4 "holds nothing but its instance id" update $nics/nic0 - <<<'{"device":"nic0"}'
+expect 0 "" "tarnctl: /addresses/1 names nothing, and was left out" update $nics/nic0 "addresses=[$a,{}]" link.driver=null enabled=null
+row nic0 "u={\"device\":\"nic0\",\"mtu\":9000,\"addresses\":[$a]} a=$automatic ${rest/\"driver\":\"e\",} rev=6"
 refused 4 "/gateway: cannot be taken away: automatic" update $nics/nic0 - <<<'{"gateway":null}'
 expect 0 "" "" update $resolver 'servers=["10.0.0.1"]' timeout=9
 
 # --- set with a layer replaces that layer alone
 expect 0 "" "" set $nics/nic0 --user mtu=1500
-row nic0 "u={\"device\":\"nic0\",\"mtu\":1500} a=$automatic $rest rev=6"
+row nic0 "u={\"device\":\"nic0\",\"mtu\":1500} a=$automatic ${rest/\"driver\":\"e\",} rev=7"
 expect 0 "" "" set $nics/nic0 --auto - <<<'{"device":"nic0","enabled":false}'
 expect 0 "" "" set $nics/nic0 macAddress=${mac/01/02} --vital
 expect 0 "" "" set --cached $nics/nic0 link.duplex=full
 row nic0 "u={\"device\":\"nic0\",\"mtu\":1500} a={\"device\":\"nic0\",\"enabled\":false}
-  v={\"device\":\"nic0\",\"macAddress\":\"${mac/01/02}\"} c={\"device\":\"nic0\",\"link\":{\"duplex\":\"full\"}} rev=9"
+  v={\"device\":\"nic0\",\"macAddress\":\"${mac/01/02}\"} c={\"device\":\"nic0\",\"link\":{\"duplex\":\"full\"}} rev=10"
 expect 0 '"values":["user","automatic","vital","cached"]' "" list $nics
 refused 4 '{"code":1087,' --json set $nics/nic0 --user macAddress=$mac
 refused 4 "nothing was written" set test/tool/values --auto - <<<'{}'

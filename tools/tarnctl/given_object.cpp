@@ -2,6 +2,7 @@
 
 #include "json/pointer.h"
 #include "json/print.h"
+#include "left_out.h"
 #include "member_values.h"
 #include "stored_objects.h"
 
@@ -72,11 +73,11 @@ bool IsFile(const std::vector<std::string>& data) {
 
 std::shared_ptr<ConfigStoreObject> CollectMembers(const ConfigStoreObjectId& id,
                                                   const std::vector<std::string>& members,
-                                                  const TypeSchema& schema) {
+                                                  const TypeSchema& schema, Null null) {
   auto object = std::make_shared<ConfigStoreObject>(id);
   JsonMaker make;
   Json::Value data = make.Parse(object->GetData());  // its instance id
-  Json::Value given = ReadMembers(members, schema, make);
+  Json::Value given = ReadMembers(members, schema, make, null);
   for (auto& [name, value] : given.GetObject()) {
     if (Json::Value* own = Json::FindMember(data, Json::Text(name))) {
       *own = value;
@@ -88,6 +89,25 @@ std::shared_ptr<ConfigStoreObject> CollectMembers(const ConfigStoreObjectId& id,
   Json::Serialize(data, text);
   object->SetData(text.c_str());
   return object;
+}
+
+bool HoldsNothing(const Json::Value& data, const TypeSchema& schema) {
+  return data.ObjectEmpty() || (data.MemberCount() == 1 &&
+                                Json::Text(data.MemberBegin()->name) == schema.InstanceIdMember());
+}
+
+[[noreturn]] void RaiseNothingWritten(const Json::Value& given, const TypeSchema& schema) {
+  const char* const why = given.ObjectEmpty() ? "the object holds no data"
+                          : HoldsNothing(given, schema)
+                              ? "the object holds nothing but its instance id"
+                              : "without its empty members the object holds no data";
+  throw ToolError(ExitCode::INVALID, std::string("nothing was written: ") + why);
+}
+
+void SayLeftOut(const Json::Value& given, const Json::Value& written) {
+  for (const std::string& place : FindLeftOut(given, written)) {
+    Say(place + " names nothing, and was left out");
+  }
 }
 
 }  // namespace
@@ -111,22 +131,35 @@ std::shared_ptr<ConfigStoreObject> ReadObject(const ConfigStoreObjectId& id,
 
 std::shared_ptr<ConfigStoreObject> MakeObject(const ConfigStoreObjectId& id,
                                               const std::vector<std::string>& data,
-                                              const TypeSchema& schema) {
-  return IsFile(data) ? ReadObject(id, data.front()) : CollectMembers(id, data, schema);
+                                              const TypeSchema& schema, Null null) {
+  return IsFile(data) ? ReadObject(id, data.front()) : CollectMembers(id, data, schema, null);
 }
 
 void WriteObject(const ConfigStoreObjectId& id, const std::vector<std::string>& data,
                  const Write& write) {
   const TypeSchema schema(id);
-  const auto given = MakeObject(id, data, schema);
-  const auto store = OpenStore();
-  const std::int32_t revision = store->GetRevision(id);
-  write(*store, given);
+  const auto object = MakeObject(id, data, schema);
+  JsonMaker make;
+  const Json::Value given = make.Parse(object->GetData());
+  write(*OpenStore(), object);
   // The library writes nothing, and says nothing, when cleaning leaves nothing to write.
-  if (store->GetRevision(id) == revision) {
-    throw ToolError(ExitCode::INVALID,
-                    "nothing was written: without its empty members the object holds no data");
+  if (object->IsEmpty()) {
+    RaiseNothingWritten(given, schema);
   }
+  SayLeftOut(given, make.Parse(object->GetData()));
+}
+
+void UpdateObject(const ConfigStoreObjectId& id, const std::vector<std::string>& data,
+                  const Write& write) {
+  const TypeSchema schema(id);
+  const auto object = MakeObject(id, data, schema, Null::REMOVES);
+  JsonMaker make;
+  const Json::Value given = make.Parse(object->GetData());
+  write(*OpenStore(), object);
+  if (HoldsNothing(given, schema)) {
+    RaiseNothingWritten(given, schema);
+  }
+  SayLeftOut(given, make.Parse(object->GetData()));
 }
 
 }  // namespace tarnctl

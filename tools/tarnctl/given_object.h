@@ -5,6 +5,7 @@
 
 #include "command_line.h"
 #include "failure.h"
+#include "member_values.h"
 #include "type_schema.h"
 
 #include <functional>
@@ -26,15 +27,19 @@ std::shared_ptr<TarnConfigStore::ConfigStoreObject> ReadObject(
 /// An object with what kData gives. Raises as ReadObject and ReadMembers do.
 std::shared_ptr<TarnConfigStore::ConfigStoreObject> MakeObject(
     const TarnConfigStore::ConfigStoreObjectId& id, const std::vector<std::string>& data,
-    const TypeSchema& schema);
+    const TypeSchema& schema, Null null = Null::OF_TYPE);
 
 using Write = std::function<void(TarnConfigStore::ConfigStore&,
                                  const std::shared_ptr<TarnConfigStore::ConfigStoreObject>&)>;
 
 /// The way that every verb takes which writes an object: makes it of what kData gives, and writes
-/// it. Raises as MakeObject does, and ToolError INVALID when the store was left as it is because the
-/// object comes to nothing.
+/// it. Says of each element that names nothing that it was left out. Raises as MakeObject does, and
+/// ToolError INVALID when the store was left as it is because the object comes to nothing.
 void WriteObject(const TarnConfigStore::ConfigStoreObjectId& id,
                  const std::vector<std::string>& data, const Write& write);
+
+/// The same for a write that changes the members given, and removes those that are given as null.
+void UpdateObject(const TarnConfigStore::ConfigStoreObjectId& id,
+                  const std::vector<std::string>& data, const Write& write);
 
 }  // namespace tarnctl

@@ -6,10 +6,7 @@
 #include "json/utf8.h"
 #include "object_name.h"
 
-#include <bit>
 #include <cstddef>
-#include <cstdint>
-#include <limits>
 #include <optional>
 #include <set>
 #include <utility>
@@ -45,20 +42,6 @@ Assignment Split(const std::string& argument) {
   throw ToolError(ExitCode::USAGE, "the member \"" + member + "\" is given twice");
 }
 
-bool FitsDouble(std::uint64_t magnitude) {
-  constexpr int kDigits = std::numeric_limits<double>::digits;
-  return magnitude == 0 || std::bit_width(magnitude >> std::countr_zero(magnitude)) <= kDigits;
-}
-
-// Readers of fractions refuse integers: 5 becomes 5.0 where that is the same number.
-void MakeFraction(Json::Value& number) {
-  if (number.IsUint64() && FitsDouble(number.GetUint64())) {
-    number.SetDouble(static_cast<double>(number.GetUint64()));
-  } else if (number.IsInt64() && FitsDouble(-static_cast<std::uint64_t>(number.GetInt64()))) {
-    number.SetDouble(static_cast<double>(number.GetInt64()));
-  }
-}
-
 // Text that is JSON of such a kind, but not to be kept as it is, must not pass for plain text.
 bool IsRefusedJson(const std::string& text, ValueKinds kinds) {
   const std::optional<rapidjson::Type> type = Json::TypeByGrammar(text);
@@ -81,16 +64,16 @@ bool IsRefusedJson(const std::string& text, ValueKinds kinds) {
                   {{pointer, "expected " + kinds.Describe() + tail}});
 }
 
-Json::Value Read(const Assignment& given, ValueKinds kinds, JsonMaker& make) {
+Json::Value Read(const Assignment& given, ValueKinds kinds, Null null, JsonMaker& make) {
+  if (null == Null::REMOVES && given.text == "null") {
+    return Json::Value();
+  }
   const ValueKinds justText(ValueKinds::kString);
   std::string reason;
   if (kinds != justText) {
     Json::Document value(&make.GetAllocator());
     const auto parsed = Json::Parse(given.text, value, Json::Origin::OUTSIDE);
     if (parsed && kinds.Holds(ValueKinds::Of(value))) {
-      if (kinds == ValueKinds(ValueKinds::kNumber)) {
-        MakeFraction(value);
-      }
       return std::move(static_cast<Json::Value&>(value));
     }
     const bool isRefused = !parsed && IsRefusedJson(given.text, kinds);
@@ -130,7 +113,7 @@ Json::Value& Place(Json::Value& data, const Assignment& given, JsonMaker& make) 
 }  // namespace
 
 Json::Value ReadMembers(const std::vector<std::string>& arguments, const TypeSchema& schema,
-                        JsonMaker& make) {
+                        JsonMaker& make, Null null) {
   Json::Value data(rapidjson::kObjectType);
   std::set<std::string> members;
   for (const std::string& argument : arguments) {
@@ -138,7 +121,7 @@ Json::Value ReadMembers(const std::vector<std::string>& arguments, const TypeSch
     if (!members.insert(given.member).second) {
       RaiseGivenTwice(given.member);
     }
-    Json::Value value = Read(given, schema.KindsOf(given.path), make);
+    Json::Value value = Read(given, schema.KindsOf(given.path), null, make);
     Place(data, given, make) = value;
   }
   return data;

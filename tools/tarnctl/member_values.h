@@ -12,6 +12,12 @@
 
 namespace tarnctl {
 
+/// What MEMBER=null gives.
+enum class Null {
+  OF_TYPE,  ///< null where the member may be null, the text "null" where it is a text
+  REMOVES,  ///< null, whatever the member's type: it is to be removed
+};
+
 /// The object that the arguments describe. Each value takes the type that the schema gives its
 /// member; a member of several types takes JSON text that fits one of them, and else the text itself
 /// where texts are allowed. Numbers are kept as they are, or refused. Raises ToolError INVALID for a
@@ -19,7 +25,7 @@ namespace tarnctl {
 /// without "=", a member given twice, and a member inside one that was given as something else than
 /// an object.
 Json::Value ReadMembers(const std::vector<std::string>& arguments, const TypeSchema& schema,
-                        JsonMaker& make);
+                        JsonMaker& make, Null null = Null::OF_TYPE);
 
 /// A filter that keeps the instances of a type that meet every condition; all of them when there is
 /// none. Values are typed as those of ReadMembers, and dotted paths become conditions on objects

@@ -40,10 +40,10 @@ void GetStagedInstances(const Given& given, const Output& output) {
 }
 
 void Stage(const Given& given, const Output& /*output*/) {
-  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
-  const TypeSchema schema(id);
-  const auto object = MakeObject(id, given.Texts(kData), schema);
-  OpenStore()->GetNextBootStore()->Set(object);
+  WriteObject(ParseObject(given.Text(kObject)), given.Texts(kData),
+              [](TarnConfigStore::ConfigStore& store, const auto& object) {
+                store.GetNextBootStore()->Set(object);
+              });
 }
 
 void StageDelete(const Given& given) {

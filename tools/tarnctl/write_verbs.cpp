@@ -75,11 +75,11 @@ void SetObject(const Given& given, const Output& output) {
               [&](ConfigStore& store, const auto& object) { SetLayers(store, object, given); });
 }
 
-void UpdateObject(const Given& given, const Output& /*output*/) {
+void ChangeObject(const Given& given, const Output& /*output*/) {
   const auto context =
       given.Has(kAutomatic) ? TarnConfigStore::AUTO_CONFIG : TarnConfigStore::EXTERNAL;
-  WriteObject(ParseObject(given.Text(kObject)), given.Texts(kData),
-              [&](ConfigStore& store, const auto& object) { store.Update(object, context); });
+  UpdateObject(ParseObject(given.Text(kObject)), given.Texts(kData),
+               [&](ConfigStore& store, const auto& object) { store.Update(object, context); });
 }
 
 void DeleteObject(const Given& given) {
@@ -139,7 +139,7 @@ Verb UpdateVerb() {
           .help = "Change what is given, and keep the rest",
           .arguments = {ObjectArgument(), DataArgument(),
                         Flag(kAutomatic, "On behalf of automatic configuration")},
-          .run = UpdateObject};
+          .run = ChangeObject};
 }
 
 Verb DeleteVerb() {
