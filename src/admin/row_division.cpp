@@ -2,6 +2,7 @@
 
 #include "admin/row_views.h"
 #include "errors/raise.h"
+#include "json/equality.h"
 #include "objects/access.h"
 #include "objects/division.h"
 
@@ -48,7 +49,7 @@ bool ReadTheSame(const ObjectHandle& a, const ObjectHandle& b) {
     ClearGeneratedInstanceId(RootOf(object));
     DropNulls(RootOf(object));
   }
-  return RootOf(a) == RootOf(b);
+  return Json::Equal(RootOf(a), RootOf(b));
 }
 
 bool IsChange(RowDivider::Result result) {

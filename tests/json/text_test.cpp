@@ -1,4 +1,5 @@
 // JSON text, read and written.
+#include "json/equality.h"
 #include "json/json_doc.h"
 #include "json/near_miss.h"
 #include "json/print.h"
@@ -67,6 +68,20 @@ TEST(Parse, SeesWhatIsNotPlainAtEachPlace) {
       EXPECT_EQ(Serialized(document), text);
     }
   }
+}
+
+TEST(Values, AreEqualHoweverTheyAreWritten) {
+  const auto equal = [](std::string_view a, std::string_view b) {
+    Document one;
+    Document other;
+    return Parse(a, one) && Parse(b, other) && Equal(one, other);
+  };
+  EXPECT_TRUE(equal(R"({"a":[1,{"b":-0.0}],"c":"x"})", R"({"c":"x","a":[1.0,{"b":0}]})"));
+  EXPECT_TRUE(equal("18446744073709551615", "18446744073709551615"));
+  EXPECT_FALSE(equal("9007199254740993", "9007199254740992.0"));
+  EXPECT_FALSE(equal("[1]", "[1,2]"));
+  EXPECT_FALSE(equal(R"({"a":1})", R"({"b":1})"));
+  EXPECT_FALSE(equal("null", "false"));
 }
 
 TEST(Parse, RefusesWhatWalksCannotBear) {

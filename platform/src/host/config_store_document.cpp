@@ -1,5 +1,7 @@
 #include "platform/config_store_document.h"
 
+#include "json/equality.h"
+
 namespace ConfigStoreDocument {
 
 bool ValueExists(const Json::Value& object, const char* name) {
@@ -7,7 +9,7 @@ bool ValueExists(const Json::Value& object, const char* name) {
 }
 
 bool ValuesEqual(const Json::Value& a, const Json::Value& b) {
-  return a == b;
+  return Json::Equal(a, b);
 }
 
 bool SerializeValue(const Json::Value& value, std::string& text) {

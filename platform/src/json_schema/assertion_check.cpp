@@ -1,8 +1,9 @@
 #include "json_schema/assertion_check.h"
 
+#include "json/equality.h"
 #include "json/utf8.h"
 #include "json_schema/describe.h"
-#include "json_schema/equality.h"
+#include "json_schema/equal_elements.h"
 #include "json_schema/number.h"
 
 #include <algorithm>
@@ -95,22 +96,24 @@ bool AssertionCheck::VisitNumber(const NumberRules& rules, const Json::Value& va
     return findings != nullptr;  // noted already, as such
   }
   bool ok = true;
-  if (rules.minimum != nullptr && CompareNumbers(value, *rules.minimum) < 0) {
+  if (rules.minimum != nullptr && Json::CompareNumbers(value, *rules.minimum) < 0) {
     ok = Fail(findings, place, [&] {
       return Literal(*rules.minimum) + " is the smallest value allowed, found " + Found(value);
     });
   }
-  if (rules.maximum != nullptr && CompareNumbers(value, *rules.maximum) > 0) {
+  if (rules.maximum != nullptr && Json::CompareNumbers(value, *rules.maximum) > 0) {
     ok = Fail(findings, place, [&] {
       return Literal(*rules.maximum) + " is the largest value allowed, found " + Found(value);
     });
   }
-  if (rules.exclusiveMinimum != nullptr && CompareNumbers(value, *rules.exclusiveMinimum) <= 0) {
+  if (rules.exclusiveMinimum != nullptr &&
+      Json::CompareNumbers(value, *rules.exclusiveMinimum) <= 0) {
     ok = Fail(findings, place, [&] {
       return "expected more than " + Literal(*rules.exclusiveMinimum) + ", found " + Found(value);
     });
   }
-  if (rules.exclusiveMaximum != nullptr && CompareNumbers(value, *rules.exclusiveMaximum) >= 0) {
+  if (rules.exclusiveMaximum != nullptr &&
+      Json::CompareNumbers(value, *rules.exclusiveMaximum) >= 0) {
     ok = Fail(findings, place, [&] {
       return "expected less than " + Literal(*rules.exclusiveMaximum) + ", found " + Found(value);
     });

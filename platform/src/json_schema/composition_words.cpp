@@ -3,7 +3,7 @@
 #include "json_schema/assertion_check.h"
 #include "json_schema/branch_reasons.h"
 #include "json_schema/describe.h"
-#include "json_schema/equality.h"
+#include "json_schema/equal_elements.h"
 
 #include <algorithm>
 #include <optional>

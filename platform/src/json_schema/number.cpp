@@ -10,34 +10,6 @@ namespace JsonValidator {
 namespace {
 
 __extension__ using Wide = unsigned __int128;
-__extension__ using SignedWide = __int128;
-
-template <class Number>
-int Order(Number a, Number b) {
-  return a < b ? -1 : static_cast<int>(a > b);
-}
-
-SignedWide WholeOf(const Json::Value& integer) {
-  return integer.IsInt64() ? static_cast<SignedWide>(integer.GetInt64())
-                           : static_cast<SignedWide>(integer.GetUint64());
-}
-
-int CompareToDouble(SignedWide integer, double real) {
-  constexpr double kSmall = 1e18;  // converting to 64 bits is cheap
-  if (real > -kSmall && real < kSmall) {
-    const auto whole = static_cast<std::int64_t>(real);
-    const int order = Order(integer, static_cast<SignedWide>(whole));
-    return order != 0 ? order : Order(static_cast<double>(whole), real);
-  }
-  constexpr double kPastUnsigned = 18446744073709551616.0;  // 2^64
-  if (real >= kPastUnsigned) {
-    return -1;
-  }
-  if (real < -kPastUnsigned) {
-    return 1;
-  }
-  return Order(integer, static_cast<SignedWide>(real));  // so large a double is whole
-}
 
 /// digits * 10^exponent, without the sign.
 struct Decimal {
@@ -88,22 +60,6 @@ std::uint64_t PowerOfTenModulo(int exponent, std::uint64_t modulus) {
 }
 
 }  // namespace
-
-int CompareNumbers(const Json::Value& a, const Json::Value& b) {
-  if (a.IsInt64() && b.IsInt64()) {
-    return Order(a.GetInt64(), b.GetInt64());
-  }
-  if (a.IsDouble() && b.IsDouble()) {
-    return Order(a.GetDouble(), b.GetDouble());
-  }
-  if (a.IsDouble()) {
-    return -CompareToDouble(WholeOf(b), a.GetDouble());
-  }
-  if (b.IsDouble()) {
-    return CompareToDouble(WholeOf(a), b.GetDouble());
-  }
-  return Order(WholeOf(a), WholeOf(b));
-}
 
 bool IsWhole(const Json::Value& number) {
   return !number.IsDouble() || number.GetDouble() == std::trunc(number.GetDouble());

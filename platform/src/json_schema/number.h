@@ -1,13 +1,9 @@
-// JSON numbers compared by value, exactly: 64-bit integers are never rounded to doubles.
+// What schemas ask of numbers.
 #pragma once
 
 #include "json/json.h"
 
 namespace JsonValidator {
-
-/// Negative, 0 or positive as `a` is less than, equal to or greater than `b`. Both are finite
-/// numbers.
-int CompareNumbers(const Json::Value& a, const Json::Value& b);
 
 /// Whether the number has no fraction; 5.0 has none.
 bool IsWhole(const Json::Value& number);

@@ -1,8 +1,8 @@
 #include "json_schema/schema_sense.h"
 
+#include "json/equality.h"
 #include "json_schema/assertion_check.h"
 #include "json_schema/describe.h"
-#include "json_schema/number.h"
 #include "json_schema/place.h"
 
 #include <algorithm>
@@ -123,7 +123,8 @@ class SchemaSense {
     for (const LimitPair& limits : kLimits) {
       const Json::Value* lower = Find(limits.lower);
       const Json::Value* upper = Find(limits.upper);
-      const int order = lower != nullptr && upper != nullptr ? CompareNumbers(*lower, *upper) : -1;
+      const int order =
+          lower != nullptr && upper != nullptr ? Json::CompareNumbers(*lower, *upper) : -1;
       if (order > 0 || (order == 0 && !limits.mayBeEqual)) {
         Refuse(*lower, "leaves no value beside \"" + std::string(limits.upper) +
                            "\": nothing fits both " + Literal(*lower) + " and " + Literal(*upper));

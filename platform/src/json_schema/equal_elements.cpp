@@ -1,5 +1,6 @@
-#include "json_schema/equality.h"
+#include "json_schema/equal_elements.h"
 
+#include "json/equality.h"
 #include "json_schema/number.h"
 
 #include <algorithm>
@@ -92,7 +93,7 @@ bool Equal(const Json::Value& a, const Json::Value& b, Budget& budget) {
     return false;
   }
   if (a.IsNumber() || b.IsNumber()) {
-    return a.IsNumber() && b.IsNumber() && CompareNumbers(a, b) == 0;
+    return a.IsNumber() && b.IsNumber() && Json::CompareNumbers(a, b) == 0;
   }
   if (a.GetType() != b.GetType()) {
     return false;
