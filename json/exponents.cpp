@@ -1,13 +1,11 @@
 #include "json/exponents.h"
 
+#include "json/characters.h"
+
 #include <cstddef>
 
 namespace Json {
 namespace {
-
-bool IsDigit(char character) {
-  return character >= '0' && character <= '9';
-}
 
 std::size_t EndOfString(const std::string& text, std::size_t at) {
   for (++at; at < text.size() && text[at] != '"'; ++at) {

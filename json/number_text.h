@@ -1,30 +1,47 @@
-// The text of a number, as the reader has just read it.
+// The text of a number, and what it is.
 #pragma once
 
+#include "json/json.h"
+
+#include <cstdint>
 #include <string_view>
 
 namespace Json {
 
+/// A number as JSON writes it, read exactly: RapidJSON's own way answers anything beyond the largest
+/// double.
 class NumberText {
  public:
-  /// \param end  where the number ends
-  NumberText(const char* begin, const char* end);
+  enum class Kind {
+    SIGNED,
+    UNSIGNED,      ///< beyond what is signed
+    FLOATING,      ///< the nearest double
+    LONG_INTEGER,  ///< of more than 64 bits; the nearest double
+    TOO_LARGE,     ///< beyond the largest double
+  };
 
-  bool IsInteger() const { return text_.find_first_of(".eE") == std::string_view::npos; }
-  /// The double that is nearest; false for what is beyond the largest.
-  bool Read(double& value) const;
+  /// \param text  a number by JSON's grammar
+  explicit NumberText(std::string_view text) noexcept;
 
-  // Beyond the largest double RapidJSON answers anything: NaN and, as the exponent runs over into the
-  // sign, tiny numbers first.
-  /// What it may have answered for such a number of fewer digits than HasLong looks for ...
-  static bool IsDoubtful(double value);
-  /// ... and whether a text has numbers of as many digits.
-  static bool HasLong(std::string_view text);
+  Kind GetKind() const noexcept { return kind_; }
+
+  /// Hands the number on to one who takes a reader's events; not one that is too large.
+  template <class Handler>
+  bool HandOn(Handler& handler) const {
+    return kind_ == Kind::SIGNED     ? handler.Int64(signed_)
+           : kind_ == Kind::UNSIGNED ? handler.Uint64(unsigned_)
+                                     : handler.Double(real_);
+  }
 
  private:
-  bool IsBelowOne() const;
+  void ReadReal(std::string_view text, Kind kind) noexcept;
 
-  std::string_view text_;
+  Kind kind_ = Kind::SIGNED;
+  union {
+    std::int64_t signed_ = 0;
+    std::uint64_t unsigned_;
+    double real_;
+  };
 };
 
 }  // namespace Json

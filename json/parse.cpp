@@ -7,7 +7,6 @@
 #include <rapidjson/error/en.h>
 
 #include <algorithm>
-#include <cmath>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -22,31 +21,21 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 // can bear on a small stack, and at numbers that cannot be kept as they are.
 class Guard {
  public:
-  /// Only of a watched stream does the place inside a number tell an integer from a fraction.
-  Guard(Document& document, const TextStream& stream, bool watched, Origin origin)
-      : handler_(document), stream_(stream), watched_(watched), origin_(origin) {}
+  Guard(Document& document, Origin origin) : handler_(document), origin_(origin) {}
   bool Null() { return handler_.Null(); }
   bool Bool(bool value) { return handler_.Bool(value); }
-  bool Int(int value) { return handler_.Int(value); }
-  bool Uint(unsigned value) { return handler_.Uint(value); }
-  bool Int64(std::int64_t value) { return handler_.Int64(value); }
-  bool Uint64(std::uint64_t value) { return handler_.Uint64(value); }
-  bool Double(double value) {
-    hasDoubles_ = true;
-    if (watched_) {
-      const NumberText number(stream_.begin, stream_.next);
-      tooLong_ = origin_ == Origin::OUTSIDE && IsLarge(value) && number.IsInteger();
-      tooLarge_ = !number.Read(value);
-    } else {
-      doubtful_ = doubtful_ || NumberText::IsDoubtful(value) ||
-                  (origin_ == Origin::OUTSIDE && IsLarge(value));
-    }
-    return !tooLong_ && !tooLarge_ && !doubtful_ && handler_.Double(value);
+  bool RawNumber(const char* text, rapidjson::SizeType length, bool /*copy*/) {
+    const NumberText number({text, length});
+    tooLarge_ = number.GetKind() == NumberText::Kind::TOO_LARGE;
+    tooLong_ = number.GetKind() == NumberText::Kind::LONG_INTEGER && origin_ == Origin::OUTSIDE;
+    return !tooLarge_ && !tooLong_ && number.HandOn(handler_);
   }
-  bool HasDoubles() const { return hasDoubles_; }
-  bool RawNumber(const char* text, rapidjson::SizeType length, bool copy) {
-    return handler_.RawNumber(text, length, copy);
-  }
+  // The reader hands every number on as its text.
+  bool Int(int /*value*/) { return false; }
+  bool Uint(unsigned /*value*/) { return false; }
+  bool Int64(std::int64_t /*value*/) { return false; }
+  bool Uint64(std::uint64_t /*value*/) { return false; }
+  bool Double(double /*value*/) { return false; }
   // The text stands in the reader's own stack, so it is copied whatever the reader says.
   bool String(const char* text, rapidjson::SizeType length, bool /*copy*/) {
     return handler_.String(text, length, true);
@@ -74,21 +63,11 @@ class Guard {
  private:
   bool Enter() { return ++depth_ <= kMaxDepth; }
 
-  // The reader makes a double of an integer that fits no other type.
-  static bool IsLarge(double value) {
-    constexpr double kLargest = 9.2e18;  // a little less than 2^63
-    return value >= kLargest || value <= -kLargest;
-  }
-
   Document& handler_;
-  const TextStream& stream_;
-  const bool watched_;
   const Origin origin_;
   std::size_t depth_ = 0;
   bool tooLong_ = false;
   bool tooLarge_ = false;
-  bool doubtful_ = false;
-  bool hasDoubles_ = false;
 };
 
 // Few members are compared with each other; many go through a hash set.
@@ -153,9 +132,10 @@ struct NamesSeen : rapidjson::BaseReaderHandler<Encoding, NamesSeen> {
 
 // Where the text that has been read names a member again.
 std::size_t PlaceOfDuplicate(std::string_view text) {
-  TextStream stream(text);
+  const std::string cut = WithoutExponents(text, Exponents::OF_ZERO);
+  TextStream stream(cut);
   NamesSeen names;
-  return Reader().Parse(stream, names).Offset();
+  return Reader().Parse<rapidjson::kParseNumbersAsStringsFlag>(stream, names).Offset();
 }
 
 ParseResult Failure(std::size_t offset, std::string message) {
@@ -184,20 +164,17 @@ std::string ReasonOf(const rapidjson::ParseResult& outcome, std::string_view tex
 
 template <class Stream, unsigned flags>
 ParseResult ParseStream(std::string_view text, Document& into, Origin origin) {
-  constexpr bool kWatched = std::is_same_v<Stream, TextStream>;
   Stream stream(text);
   rapidjson::ParseResult outcome;
   std::string stopped;
-  bool isDoubtful = false;
   into.SetNull();
   auto generate = [&](Document& document) {
     Reader reader;
-    Guard guard(document, stream, kWatched, origin);
-    outcome = reader.Parse<flags | rapidjson::kParseFullPrecisionFlag>(stream, guard);
+    Guard guard(document, origin);
+    outcome = reader.Parse<flags | rapidjson::kParseNumbersAsStringsFlag>(stream, guard);
     if (outcome.Code() == rapidjson::kParseErrorTermination) {
       stopped = guard.Reason();
     }
-    isDoubtful = !kWatched && guard.HasDoubles() && NumberText::HasLong(text);
     return !outcome.IsError();
   };
   into.Populate(generate);
@@ -212,15 +189,11 @@ ParseResult ParseStream(std::string_view text, Document& into, Origin origin) {
     into.SetNull();
     return Failure(stream.Tell(), kNul);
   }
-  if (isDoubtful) {
-    into.SetNull();
-    return Failure(0, {});
-  }
   return {};
 }
 
 // The encoding is checked at once for the whole text. What is refused is read again by the reader's own
-// careful way, which knows the place and the text of each number. The careful way reads numbers itself.
+// careful way, which knows the place, and without the exponents that it would take for too large.
 ParseResult ParseText(std::string_view text, Document& into, Origin origin) {
   if (Utf8::IsValid(text)) {
     if (ParseStream<UnwatchedTextStream, rapidjson::kParseNoFlags>(text, into, origin)) {

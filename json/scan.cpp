@@ -14,18 +14,17 @@ class Scanner {
   explicit Scanner(MemberReceiver& receiver) : receiver_(receiver) {}
   bool Null() { return Scalar(Value()); }
   bool Bool(bool value) { return Scalar(Value(value)); }
-  bool Int(int value) { return Scalar(Value(value)); }
-  bool Uint(unsigned value) { return Scalar(Value(value)); }
+  bool RawNumber(const char* text, rapidjson::SizeType length, bool /*copy*/) {
+    const NumberText number({text, length});
+    return number.GetKind() != NumberText::Kind::TOO_LARGE && number.HandOn(*this);
+  }
+  // Of the number's text.
   bool Int64(std::int64_t value) { return Scalar(Value(value)); }
   bool Uint64(std::uint64_t value) { return Scalar(Value(value)); }
-  bool Double(double value) {
-    hasDoubles_ = true;
-    return !NumberText::IsDoubtful(value) && Scalar(Value(value));
-  }
-  bool HasDoubles() const { return hasDoubles_; }
-  bool RawNumber(const char* /*text*/, rapidjson::SizeType /*length*/, bool /*copy*/) {
-    return false;
-  }
+  bool Double(double value) { return Scalar(Value(value)); }
+  // The reader hands every number on as its text.
+  bool Int(int /*value*/) { return false; }
+  bool Uint(unsigned /*value*/) { return false; }
   bool String(const char* text, rapidjson::SizeType length, bool /*copy*/) {
     return !wanted_ || Scalar(Reference({text, length}));
   }
@@ -61,7 +60,6 @@ class Scanner {
   MemberReceiver& receiver_;
   std::size_t depth_ = 0;
   bool wanted_ = false;
-  bool hasDoubles_ = false;
 };
 
 // Remembers the outermost value.
@@ -117,10 +115,9 @@ bool ScanMembers(std::string_view text, MemberReceiver& receiver) {
   UnwatchedTextStream stream(text);
   Scanner scanner(receiver);
   Reader reader;
-  const auto outcome = reader.Parse<rapidjson::kParseFullPrecisionFlag>(stream, scanner);
+  const auto outcome = reader.Parse<rapidjson::kParseNumbersAsStringsFlag>(stream, scanner);
   // The reader takes a NUL for the end of the text.
-  return !outcome.IsError() && stream.Tell() == text.size() &&
-         !(scanner.HasDoubles() && NumberText::HasLong(text));
+  return !outcome.IsError() && stream.Tell() == text.size();
 }
 
 }  // namespace Json
