@@ -16,13 +16,19 @@ std::size_t LogarithmOf(std::size_t rounds) {
   return static_cast<std::size_t>(std::bit_width(std::min(rounds, kMostRounds) - 1));
 }
 
+std::string UpTo(std::size_t rounds) {
+  return std::string("0,").append(std::to_string(rounds));
+}
+
 /// More rounds than PCRE2 counts, with one way for each number of them.
 std::string Pieces(const std::string& atom, Rounds rounds) {
-  const auto times = [&](const std::string& count) { return atom + "{" + count + "}"; };
+  const auto times = [&](const std::string& count) {
+    return std::string(atom).append("{").append(count).append("}");
+  };
   const std::string lazy = rounds.lazy ? "?" : "";
   const std::string callout = CalloutText(0);
   const std::string full = times(std::to_string(kMostRounds));
-  const std::string fewer = times("0," + std::to_string(kMostRounds - 1)) + lazy;
+  const std::string fewer = times(UpTo(kMostRounds - 1)).append(lazy);
   const std::string otherwise = std::string("|").append(callout).append(fewer).append(")");
   std::string text = "(?:";
   std::string end = ")";
@@ -44,7 +50,7 @@ std::string Pieces(const std::string& atom, Rounds rounds) {
     }
     text.append(full).append(callout);
   }
-  return text.append(times("0," + std::to_string(rest))).append(lazy).append(end);
+  return text.append(times(UpTo(rest))).append(lazy).append(end);
 }
 
 }  // namespace
@@ -82,11 +88,11 @@ void Writer::Repeat(const Rounds& rounds, bool atom) {
     result_.text += Pieces(repeated, rounds);
   } else {
     const auto& [least, most, lazy] = rounds;
-    result_.text += "{" + std::to_string(least) +
-                    (most == kNoEnd  ? ","
-                     : most != least ? "," + std::to_string(most)
-                                     : "") +
-                    (lazy ? "}?" : "}");
+    result_.text.append("{").append(std::to_string(least));
+    if (most != least) {
+      result_.text.append(",").append(most == kNoEnd ? std::string() : std::to_string(most));
+    }
+    result_.text.append(lazy ? "}?" : "}");
   }
   constexpr std::size_t kFewRounds = 16;
   if (atom && rounds.least > kFewRounds) {
