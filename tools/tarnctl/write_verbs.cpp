@@ -136,7 +136,7 @@ Verb SetVerb() {
 
 Verb UpdateVerb() {
   return {.name = "update",
-          .help = "Change what is given, and keep the rest",
+          .help = "Change what is given, and keep the rest; MEMBER=null removes a member",
           .arguments = {ObjectArgument(), DataArgument(),
                         Flag(kAutomatic, "On behalf of automatic configuration")},
           .run = ChangeObject};

@@ -56,6 +56,7 @@ std::optional<std::vector<const Json::Value*>> AllowedValues(const Nodes& branch
 
 std::string QuotedNames(const std::vector<std::string_view>& names, std::string_view word) {
   std::vector<std::string> quoted;
+  quoted.reserve(names.size());
   for (const std::string_view name : names) {
     quoted.push_back(Quoted(name));
   }

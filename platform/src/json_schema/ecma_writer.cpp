@@ -9,7 +9,7 @@ namespace {
 constexpr std::string_view kOpenCallout = "(?C000)";
 
 std::string CalloutText(std::size_t number) {
-  return "(?C" + std::to_string(number) + ")";
+  return std::string("(?C").append(std::to_string(number)).append(")");
 }
 
 std::size_t LogarithmOf(std::size_t rounds) {
@@ -43,7 +43,7 @@ std::string Pieces(const std::string& atom, Rounds rounds) {
   for (rest = rounds.most - rounds.least; rest > kMostRounds; rest -= kMostRounds) {
     if (rounds.lazy) {
       text.append("(?:").append(fewer).append("|");
-      end.insert(0, ")");
+      end.insert(end.begin(), ')');
     } else {
       text.append("(?:");
       end.insert(0, otherwise);
