@@ -124,6 +124,19 @@ class Divider {
   Json::Allocator& allocator_;
 };
 
+std::optional<std::string>& ColumnOf(ColumnValues& columns, Json::Kind part,
+                                     const USERDATA_CONTEXT& context) {
+  switch (part) {
+    case Json::Kind::VITAL:
+      return columns.vital;
+    case Json::Kind::CACHED:
+      return columns.cached;
+    case Json::Kind::USER:
+      break;
+  }
+  return context == EXTERNAL ? columns.user : columns.automatic;
+}
+
 std::string Serialized(const Json::Value& value) {
   std::string text;
   if (!Json::Serialize(value, text)) {
@@ -146,26 +159,30 @@ void GiveGeneratedIds(const ConfigStoreObject& object,
 ColumnValues DivideValue(const Json::Value& value, const TarnSchemaStore::SchemaObject& schema,
                          const USERDATA_CONTEXT& context) {
   ColumnValues columns;
-  std::optional<std::string>& untagged = context == EXTERNAL ? columns.user : columns.automatic;
   const Json::SchemaPlace root = schema.GetSchemaPlace();
   // Most types belong to one part as a whole, and nothing needs to be taken apart.
   if (!root.IsMixed()) {
-    const Json::Kind kind = root.WholeKind();
-    (kind == Json::Kind::VITAL    ? columns.vital
-     : kind == Json::Kind::CACHED ? columns.cached
-                                  : untagged) = Serialized(value);
+    ColumnOf(columns, root.WholeKind(), context) = Serialized(value);
     return columns;
   }
   Json::Document scratch;
   const Parts parts = Divider(scratch.GetAllocator()).Divide(value, root);
-  const auto put = [&parts](Json::Kind part, std::optional<std::string>& column) {
+  for (const Json::Kind part : {Json::Kind::USER, Json::Kind::VITAL, Json::Kind::CACHED}) {
     if (const std::optional<Json::Value>& of = parts[Index(part)]) {
-      column = Serialized(*of);
+      ColumnOf(columns, part, context) = Serialized(*of);
     }
-  };
-  put(Json::Kind::USER, untagged);
-  put(Json::Kind::VITAL, columns.vital);
-  put(Json::Kind::CACHED, columns.cached);
+  }
+  return columns;
+}
+
+std::optional<ColumnValues> PlaceText(std::string text, const TarnSchemaStore::SchemaObject& schema,
+                                      const USERDATA_CONTEXT& context) {
+  const Json::SchemaPlace root = schema.GetSchemaPlace();
+  if (root.IsMixed() || root.HoldsGeneratedIds()) {
+    return std::nullopt;
+  }
+  ColumnValues columns;
+  ColumnOf(columns, root.WholeKind(), context) = std::move(text);
   return columns;
 }
 

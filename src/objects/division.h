@@ -44,6 +44,11 @@ using ColumnMap = std::vector<ColumnMapEntry>;
 ColumnValues DivideValue(const Json::Value& value, const TarnSchemaStore::SchemaObject& schema,
                          const USERDATA_CONTEXT& context);
 
+/// The same for a value whose text is at hand; nothing where the type's data are to be taken apart,
+/// or elements of them to get ids.
+std::optional<ColumnValues> PlaceText(std::string text, const TarnSchemaStore::SchemaObject& schema,
+                                      const USERDATA_CONTEXT& context);
+
 /// The same for an object's data.
 ColumnMapEntry DivideObject(const ConfigStoreObject& object,
                             const TarnSchemaStore::SchemaObject& schema,

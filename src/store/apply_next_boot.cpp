@@ -2,6 +2,7 @@
 
 #include "platform/logger.h"
 
+#include "objects/division.h"
 #include "objects/schema_lookup.h"
 #include "persistence/boot_flags.h"
 #include "persistence/connection.h"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 namespace TarnConfigStore {
@@ -22,8 +24,9 @@ namespace {
 struct Change {
   ConfigStoreObjectId id;
   NextBootAction action;
-  SchemaHandle schema;   // of content, when its type is installed
-  ObjectHandle content;  // when there is any to be had
+  SchemaHandle schema;                 // of content, when its type is installed
+  ObjectHandle content;                // when there is any to be had
+  std::optional<ColumnValues> layers;  // of it, where it is written as it was staged
   std::vector<ErrorInfo> findings;
 };
 
@@ -45,15 +48,33 @@ class Types {
   SchemaHandle schema_;
 };
 
+// The text of the content, where that is of one part.
+std::optional<std::string_view> OnlyPart(const RowMap& row) {
+  std::optional<std::string_view> only;
+  for (const char* column : {"UserValue", "VitalValue", "CachedValue"}) {
+    if (const auto text = row.Find(column)) {
+      if (only) {
+        return std::nullopt;
+      }
+      only = text;
+    }
+  }
+  return only;
+}
+
 std::vector<Change> Judge(const RowMapList& rows) {
   std::vector<Change> changes;
   changes.reserve(rows.size());
   Types types;
   for (const std::shared_ptr<RowMap>& row : rows) {
-    Change& change = changes.emplace_back(Change{IdFromRow(*row), ActionFromRow(*row), {}, {}, {}});
+    Change& change =
+        changes.emplace_back(Change{IdFromRow(*row), ActionFromRow(*row), {}, {}, {}, {}});
     if (change.action == NextBootAction::SET) {
       change.schema = types.Of(change.id);
       change.content = JudgeStagedContent(*row, change.id, change.schema, change.findings);
+      if (const auto only = change.content ? OnlyPart(*row) : std::nullopt) {
+        change.layers = PlaceText(std::string(*only), *change.schema, EXTERNAL);
+      }
     }
     for (const ErrorInfo& finding : change.findings) {
       CSLogger::Log(CSLogger::kProblem, "Cannot be applied, %s: %s: %s",
@@ -68,7 +89,12 @@ void Apply(const Change& change, const DBStore::ConnectionHandle& connection) {
     case NextBootAction::SET:
       // Divided by the type of today, whatever it was when the change was staged; in the context that
       // also confirms the row.
-      SetByContextInternal(change.content, change.schema, UPDATE_DURING_UPGRADE, connection);
+      if (change.layers) {
+        WriteLayersByContext(change.id, *change.layers, change.schema->GetVersion(),
+                             UPDATE_DURING_UPGRADE, connection);
+      } else {
+        SetByContextInternal(change.content, change.schema, UPDATE_DURING_UPGRADE, connection);
+      }
       break;
     case NextBootAction::DELETE:
       DeleteInstancesInternal(change.id, connection);
