@@ -81,8 +81,8 @@ TEST(HostileValues, WhatTakesTooMuchWorkIsAFindingAndNeverAccepted) {
            {R"((a*)(\1c|c))", Repeated(20000, "a", "bc")},
            {"(?:(?=a+)a)*c", Repeated(20000, "a", "bc")},
        }) {
-    // The matcher is not what sanitizers look into.
-    if (TestSupport::kSanitized && text.size() > 20002) {
+    // Each spends a whole budget, and the matcher is not what sanitizers look into.
+    if (TestSupport::kSanitized && text.size() > 100) {
       continue;
     }
     Json::Document schema(rapidjson::kObjectType);
@@ -114,6 +114,9 @@ TEST(HostileValues, WhatTakesTooMuchWorkIsAFindingAndNeverAccepted) {
   }
   const std::string down = R"({"properties": {"a": {"$ref": "#/definitions/d"}}})";
   for (const char* keyword : {"anyOf", "oneOf"}) {
+    if (TestSupport::kSanitized && keyword != std::string("anyOf")) {
+      break;
+    }
     const std::string definitions = R"("definitions": {"d": {")" + std::string(keyword) + "\": [" +
                                     down + "," + down + R"(], "type": "object"}})";
     expect("{" + definitions + R"(, "allOf": [{"$ref": "#/definitions/d"}]})", nested, "");
