@@ -9,4 +9,9 @@ bool IsInstanceId(std::string_view text) noexcept {
          !Utf8::HasControls(text);
 }
 
+std::optional<std::string_view> InstanceIdOf(const Value& object, std::string_view idMember) {
+  const Value* id = idMember.empty() ? nullptr : FindMember(object, idMember);
+  return id != nullptr && id->IsString() ? std::optional(Text(*id)) : std::nullopt;
+}
+
 }  // namespace Json

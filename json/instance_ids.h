@@ -1,7 +1,10 @@
 // What tells the instances of a type, and the elements of a list, apart.
 #pragma once
 
+#include "json/json.h"
+
 #include <cstddef>
+#include <optional>
 #include <string_view>
 
 namespace Json {
@@ -17,5 +20,10 @@ inline constexpr std::size_t kMaxInstanceIdSize = 255;
 /// control characters. A NUL would end the id early wherever it is bound as a C string, and name
 /// another row; a line end would forge lines in logs.
 bool IsInstanceId(std::string_view text) noexcept;
+
+/// The text in the id member of an object; nothing where there is none, or where objects of its kind
+/// have no ids.
+/// \param idMember  the member's name, or empty: even then there may be a member that is named ""
+std::optional<std::string_view> InstanceIdOf(const Value& object, std::string_view idMember);
 
 }  // namespace Json

@@ -83,6 +83,14 @@ inline Value* FindMember(Value& object, std::string_view name) {
 /// True when the object has the member and its value is the boolean true.
 bool IsTrue(const Value& object, std::string_view name);
 
+inline bool IsContainer(const Value& value) {
+  return value.IsObject() || value.IsArray();
+}
+/// An object without members, or an array without elements.
+inline bool IsEmptyContainer(const Value& value) {
+  return (value.IsObject() && value.ObjectEmpty()) || (value.IsArray() && value.Empty());
+}
+
 inline std::string_view Text(const Value& string) {
   return {string.GetString(), string.GetStringLength()};
 }

@@ -150,6 +150,17 @@ std::string_view SchemaPlace::InstanceIdMember() const {
   return node_ == nullptr ? std::string_view() : node_->instanceIdMember;
 }
 
+bool SchemaPlace::IsIdMember(std::string_view member) const {
+  const std::string_view id = InstanceIdMember();
+  return !id.empty() && member == id;
+}
+
+bool SchemaPlace::HoldsNothingBesideId(const Value& object) const {
+  return object.IsObject() &&
+         (object.ObjectEmpty() ||
+          (object.MemberCount() == 1 && IsIdMember(Text(object.MemberBegin()->name))));
+}
+
 bool SchemaPlace::GetsGeneratedId() const {
   return node_ != nullptr && node_->getsGeneratedId;
 }

@@ -63,6 +63,11 @@ class SchemaPlace {
   /// The member that holds the instance id of an object at this place, its own or a generated one;
   /// empty where it has none.
   std::string_view InstanceIdMember() const;
+  /// A member of an object at this place is the one that holds its instance id. Ask here: where
+  /// objects have no ids, a member named "" is one like any other.
+  bool IsIdMember(std::string_view member) const;
+  /// An object at this place is empty, or holds its id and nothing else.
+  bool HoldsNothingBesideId(const Value& object) const;
   /// An object at this place gets an identifier from the store.
   bool GetsGeneratedId() const;
   /// Objects below this place get identifiers from the store.

@@ -126,16 +126,10 @@ class Division {
  private:
   ObjectHandle Parse(const std::string& text) const { return MakeObject(text, id_, after_); }
 
-  // Ids and nothing else stand well wherever they are.
-  bool IsBare(const Json::Value& root) const {
-    const std::string_view idMember = after_->GetSchemaPlace().InstanceIdMember();
-    const bool hasId = !idMember.empty() && Json::FindMember(root, idMember) != nullptr;
-    return root.IsObject() && root.MemberCount() == (hasId ? 1U : 0U);
-  }
-
   bool HoldsOnly(const std::string& text, std::optional<std::string> ColumnValues::*part) const {
     const ObjectHandle object = Parse(text);
-    if (IsBare(RootOf(object))) {
+    // Ids and nothing else stand well wherever they are.
+    if (after_->GetSchemaPlace().HoldsNothingBesideId(RootOf(object))) {
       return true;
     }
     const std::optional<std::string> own = DivideObject(*object, *after_, EXTERNAL).values.*part;

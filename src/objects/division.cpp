@@ -35,7 +35,7 @@ class Divider {
   explicit Divider(Json::Allocator& allocator) : allocator_(allocator) {}
 
   Parts Divide(const Json::Value& value, Json::SchemaPlace place) {
-    if (!(value.IsObject() || value.IsArray()) || !place.IsMixed()) {
+    if (!Json::IsContainer(value) || !place.IsMixed()) {
       return Whole(value, place.WholeKind());
     }
     return value.IsObject() ? DivideObject(value, place) : DivideArray(value, place);

@@ -1,5 +1,7 @@
 #include "objects/lookups.h"
 
+#include "json/instance_ids.h"
+
 #include <utility>
 
 namespace TarnConfigStore {
@@ -27,12 +29,6 @@ auto NamesOf(const Json::Value& object) {
 }
 
 }  // namespace
-
-std::optional<std::string_view> InstanceIdOf(const Json::Value& element,
-                                             std::string_view idMember) {
-  const Json::Value* id = Json::FindMember(element, idMember);
-  return id != nullptr && id->IsString() ? std::optional(Json::Text(*id)) : std::nullopt;
-}
 
 // The right to look into the tables, or none.
 class Lookups::Turn {
@@ -102,7 +98,7 @@ Lookups::Position Lookups::FindMember(const Json::Value& object, std::string_vie
 Lookups::Position Lookups::FindInstance(const Json::Value& list, std::string_view idMember,
                                         std::string_view id) {
   return Find(PlaceOf(list), list.Size(), idMember, id,
-              [&](Position position) { return InstanceIdOf(list[position], idMember); });
+              [&](Position position) { return Json::InstanceIdOf(list[position], idMember); });
 }
 
 void Lookups::Added(const void* before, const void* after, Position count, std::string_view text) {

@@ -60,7 +60,4 @@ class Lookups {
   std::unordered_map<const void*, Table> tables_;
 };
 
-/// The text in an element's id member; nothing where there is none.
-std::optional<std::string_view> InstanceIdOf(const Json::Value& element, std::string_view idMember);
-
 }  // namespace TarnConfigStore

@@ -67,30 +67,25 @@ void MergeMembers(const Json::Value& source, Json::Value& target, Json::SchemaPl
   }
 }
 
-const Json::Value* InstanceId(const Json::Value& element, std::string_view idMember) {
-  const Json::Value* id = Json::FindMember(element, idMember);
-  return id != nullptr && id->IsString() ? id : nullptr;
-}
-
 // Elements without an id cannot be told apart, so they are always new ones.
 void MergeInstances(const Json::Value& source, Json::Value& target, Json::SchemaPlace items,
                     std::string_view idMember, Json::Allocator& allocator) {
   std::unordered_map<std::string, rapidjson::SizeType> places;
   places.reserve(target.Size() + source.Size());
   for (rapidjson::SizeType i = 0; i < target.Size(); ++i) {
-    if (const Json::Value* id = InstanceId(target[i], idMember)) {
-      places.emplace(Json::Text(*id), i);
+    if (const auto id = Json::InstanceIdOf(target[i], idMember)) {
+      places.emplace(*id, i);
     }
   }
   for (const Json::Value& element : source.GetArray()) {
-    const Json::Value* id = InstanceId(element, idMember);
-    const auto place = id == nullptr ? places.end() : places.find(std::string(Json::Text(*id)));
+    const auto id = Json::InstanceIdOf(element, idMember);
+    const auto place = id ? places.find(std::string(*id)) : places.end();
     if (place != places.end()) {
       MergeValue(element, target[place->second], items, allocator);
       continue;
     }
-    if (id != nullptr) {
-      places.emplace(Json::Text(*id), target.Size());
+    if (id) {
+      places.emplace(*id, target.Size());
     }
     target.PushBack(Json::Value(element, allocator), allocator);
   }

@@ -2,6 +2,7 @@
 
 #include "errors/parse_failures.h"
 #include "errors/raise.h"
+#include "json/instance_ids.h"
 #include "objects/document.h"
 #include "objects/lookups.h"
 #include "objects/store_object_impl.h"
@@ -65,7 +66,7 @@ rapidjson::SizeType SubObjectPlace::PositionIn(const Json::Value& list) const {
     return parent_->GetLookups().FindInstance(list, idMember_, id_.instanceId);
   }
   for (rapidjson::SizeType i = 0; i < list.Size(); ++i) {
-    if (InstanceIdOf(list[i], idMember_) == id_.instanceId) {
+    if (Json::InstanceIdOf(list[i], idMember_) == id_.instanceId) {
       return i;
     }
   }
@@ -86,7 +87,7 @@ Json::Value* SubObjectPlace::Find() const {
   }
   // Mostly the element is where it was; else it is searched.
   const rapidjson::SizeType index = index_.load(std::memory_order_relaxed);
-  if (index < list->Size() && InstanceIdOf((*list)[index], idMember_) == id_.instanceId) {
+  if (index < list->Size() && Json::InstanceIdOf((*list)[index], idMember_) == id_.instanceId) {
     return &(*list)[index];
   }
   const rapidjson::SizeType found = PositionIn(*list);
@@ -168,7 +169,7 @@ void SubObjectPlace::KeepInstanceId(Json::Value& data) const {
     data.AddMember(Json::Copy(idMember_, GetAllocator()), IdValue(), GetAllocator());
   } else if (given->IsNull()) {
     *given = IdValue();
-  } else if (InstanceIdOf(data, idMember_) != id_.instanceId) {
+  } else if (Json::InstanceIdOf(data, idMember_) != id_.instanceId) {
     ThrowArgument("The data name another instance than " + id_.toString());
   }
 }

@@ -7,20 +7,10 @@
 namespace TarnConfigStore {
 namespace {
 
-bool IsEmptyContainer(const Json::Value& value) {
-  return (value.IsObject() && value.ObjectEmpty()) || (value.IsArray() && value.Empty());
-}
-
-const Json::Value* FindId(const Json::Value& element, std::string_view idMember) {
-  const Json::Value* id = Json::FindMember(element, idMember);
-  return id != nullptr && id->IsString() ? id : nullptr;
-}
-
 Json::Value* FindElement(Json::Value& array, std::string_view idMember, std::string_view id) {
   if (array.IsArray()) {
     for (Json::Value& element : array.GetArray()) {
-      const Json::Value* own = FindId(element, idMember);
-      if (own != nullptr && Json::Text(*own) == id) {
+      if (Json::InstanceIdOf(element, idMember) == id) {
         return &element;
       }
     }
@@ -51,17 +41,17 @@ void Removals::Collect(const Json::Value& object, Json::SchemaPlace place, std::
                        std::string& pointer) {
   for (const auto& member : object.GetObject()) {
     const Json::Value& value = member.value;
-    if (!value.IsNull() && !value.IsObject() && !value.IsArray()) {
+    if (!value.IsNull() && !Json::IsContainer(value)) {
       continue;
     }
     const std::string_view name = Json::Text(member.name);
-    if (value.IsNull() && name == place.InstanceIdMember()) {
+    if (value.IsNull() && place.IsIdMember(name)) {
       continue;  // counts as not given
     }
     const Json::SchemaPlace property = place.Property(name);
     const std::size_t above = pointer.size();
     Json::AppendToken(pointer, name);
-    if (value.IsNull() || IsEmptyContainer(value)) {
+    if (value.IsNull() || Json::IsEmptyContainer(value)) {
       removals_.push_back({way, name, value.IsNull(), property.Kinds(), pointer});
     } else if (value.IsObject()) {
       way.push_back({name, {}, {}});
@@ -83,9 +73,9 @@ void Removals::CollectElements(const Json::Value& array, std::string_view member
   }
   const std::size_t above = pointer.size();
   for (rapidjson::SizeType i = 0; i < array.Size(); ++i) {
-    if (const Json::Value* id = FindId(array[i], idMember)) {
+    if (const auto id = Json::InstanceIdOf(array[i], idMember)) {
       Json::AppendToken(pointer, std::to_string(i));
-      way.push_back({member, idMember, Json::Text(*id)});
+      way.push_back({member, idMember, *id});
       Collect(array[i], items, way, pointer);
       way.pop_back();
       pointer.resize(above);
@@ -146,7 +136,7 @@ void Removals::CheckGone(const Json::Value& result, const char* holder,
     const Json::Value* object = Holder(removal, const_cast<Json::Value&>(result));
     const Json::Value* left =
         object == nullptr ? nullptr : Json::FindMember(*object, removal.member);
-    if (left != nullptr && !left->IsNull() && !(IsEmptyContainer(*left) && !removal.isNull)) {
+    if (left != nullptr && !left->IsNull() && !(Json::IsEmptyContainer(*left) && !removal.isNull)) {
       findings.push_back({removal.pointer, std::string("cannot be taken away: ") + holder +
                                                " configuration still holds it"});
     }

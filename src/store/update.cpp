@@ -36,11 +36,6 @@ unsigned PartsOf(const ColumnValues& values) {
          part(values.cached.has_value(), Json::Kind::CACHED);
 }
 
-bool HoldsNothing(const Json::Value& data, Json::SchemaPlace type) {
-  return data.ObjectEmpty() || (data.MemberCount() == 1 &&
-                                Json::Text(data.MemberBegin()->name) == type.InstanceIdMember());
-}
-
 // One value of a row, with a change laid over it.
 class Layer {
  public:
@@ -56,7 +51,7 @@ class Layer {
     if (!object_ || !removals.TakeFrom(Internal::Access::Of(*object_).GetRoot())) {
       return;
     }
-    if (HoldsNothing(Internal::Access::Of(*object_).GetRoot(), schema_->GetSchemaPlace())) {
+    if (schema_->GetSchemaPlace().HoldsNothingBesideId(Internal::Access::Of(*object_).GetRoot())) {
       object_ = nullptr;
       text_.reset();
     } else {
@@ -157,7 +152,7 @@ class Update {
     }
     const Json::Value& data = Internal::Access::Of(*result).GetRoot();
     removals_.CheckGone(data, holder, findings);
-    if (HoldsNothing(data, schema_->GetSchemaPlace())) {
+    if (schema_->GetSchemaPlace().HoldsNothingBesideId(data)) {
       findings.push_back({"/", "nothing would be left of the object; delete it instead"});
     }
     if (!findings.empty()) {

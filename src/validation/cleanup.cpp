@@ -11,26 +11,6 @@
 namespace TarnConfigStore {
 namespace {
 
-bool IsContainer(const Json::Value& value) {
-  return value.IsObject() || value.IsArray();
-}
-
-bool IsEmptyContent(const Json::Value& value) {
-  return (value.IsObject() && value.ObjectEmpty()) || (value.IsArray() && value.Empty());
-}
-
-void RemoveLoneInstanceId(Json::Value& object, Json::SchemaPlace schema) {
-  if (object.MemberCount() != 1) {
-    return;
-  }
-  const std::string_view idMember = schema.InstanceIdMember();
-  if (Json::Text(object.MemberBegin()->name) == idMember) {
-    CSLogger::Log(CSLogger::kOutcome, "Erasing instance id %s, nothing else is left",
-                  std::string(idMember).c_str());
-    object.RemoveAllMembers();
-  }
-}
-
 bool NamesNothing(const Json::Value& element) {
   return element.IsObject() && (element.ObjectEmpty() || (element.MemberCount() == 1 &&
                                                           Json::Text(element.MemberBegin()->name) ==
@@ -45,14 +25,14 @@ class Cleaner {
     for (auto member = object.MemberBegin(); member != object.MemberEnd();) {
       const std::string_view name = Json::Text(member->name);
       const Json::SchemaPlace property =
-          IsContainer(member->value) ? schema.Property(name) : Json::SchemaPlace();
+          Json::IsContainer(member->value) ? schema.Property(name) : Json::SchemaPlace();
       if (!property || property.OwnKind() != Json::Kind::USER) {
         ++member;
         continue;
       }
       Clean(member->value, property);
-      if (IsEmptyContent(member->value) && !schema.CanRequire(name) && !property.HoldsDefaults() &&
-          !TakesAnothersPlace(member->value, property)) {
+      if (Json::IsEmptyContainer(member->value) && !schema.CanRequire(name) &&
+          !property.HoldsDefaults() && !TakesAnothersPlace(member->value, property)) {
         CSLogger::Log(CSLogger::kOutcome, "Erasing empty object prop %s",
                       Json::Utf8::Escaped(name).c_str());
         member = object.EraseMember(member);
@@ -119,15 +99,15 @@ class Cleaner {
 bool HoldsEmptyContent(const Json::Value& value) {
   if (value.IsObject()) {
     for (const auto& member : value.GetObject()) {
-      if (IsContainer(member.value) &&
-          (IsEmptyContent(member.value) || HoldsEmptyContent(member.value))) {
+      if (Json::IsContainer(member.value) &&
+          (Json::IsEmptyContainer(member.value) || HoldsEmptyContent(member.value))) {
         return true;
       }
     }
   } else if (value.IsArray()) {
     for (const Json::Value& element : value.GetArray()) {
-      if (IsContainer(element) &&
-          (IsEmptyContent(element) || NamesNothing(element) || HoldsEmptyContent(element))) {
+      if (Json::IsContainer(element) && (Json::IsEmptyContainer(element) || NamesNothing(element) ||
+                                         HoldsEmptyContent(element))) {
         return true;
       }
     }
@@ -153,9 +133,11 @@ void CleanupObject(const ObjectHandle& object, const SchemaHandle& schema, Write
     }
     // One that names another instance is not all that the object says.
     const std::string& id = object->GetConfigStoreObjectId().instanceId;
-    const Json::Value* given = Json::FindMember(root, node.InstanceIdMember());
-    if (given != nullptr && given->IsString() && (id.empty() || Json::Text(*given) == id)) {
-      RemoveLoneInstanceId(root, node);
+    const auto given = Json::InstanceIdOf(root, node.InstanceIdMember());
+    if (given && (id.empty() || *given == id) && node.HoldsNothingBesideId(root)) {
+      CSLogger::Log(CSLogger::kOutcome, "Erasing instance id %s, nothing else is left",
+                    std::string(node.InstanceIdMember()).c_str());
+      root.RemoveAllMembers();
     }
   }
 }

@@ -116,6 +116,15 @@ TEST(RulesOfWholeTypes, TheNearestTagGoverns) {
          {5});
 }
 
+TEST(RulesOfWholeTypes, AMemberWithoutANameIsNoId) {
+  constexpr const char* kSchema = R"({"required": [""], "properties": {"": {"vital": true},
+      "box": {"properties": {"v": {"vital": true}}, "additionalProperties": {}}}})";
+  Expect(kSchema, R"({"": 1})", "/: vital configuration may not be given here", {3});
+  Expect(kSchema, R"({"": 1, "box": {"v": 1, "": 1}})",
+         "/box/: only vital configuration may be given here", {5});
+  Expect(kSchema, R"({"box": {"": 1}})", "", {1, 3, JsonValidator::RULE_REQUIRED_OF_USER});
+}
+
 TEST(RulesOfWholeTypes, GeneratedInstanceIdsMayBeGivenAndAreNotAskedFor) {
   constexpr const char* kSchema = R"({
       "definitions": {"rule": {"properties": {"a": {}}, "additionalProperties": false}},

@@ -136,6 +136,22 @@ TEST_F(Writes, AnUpdateTakesAwayWhatItGivesAsNullOrEmpty) {
   EXPECT_EQ(Data(store_->Get(plain_)), R"({"name":"a","tags":[]})") << "the user's list wins";
 }
 
+TEST_F(Writes, AMemberWithoutANameIsNoId) {
+  InstallType(host_,
+              TestSupport::TypeFile("open", "1", R"({"type":"object","additionalProperties":{},
+      "properties":{"u":{"type":"integer"},"v":{"type":"integer","vital":true}}})"));
+  const Id open("open", "test", "tarn");
+  const auto given = Object(open, R"({"":"x"})");
+  store_->Set(given, EXTERNAL);
+  EXPECT_EQ(Data(store_->Get(open)), R"({"":"x"})");
+  EXPECT_EQ(Data(given), R"({"":"x"})");
+  Set(open, R"({"":5,"u":1,"v":1})");
+  store_->Update(Object(open, R"({"u":null,"v":null})"), EXTERNAL);
+  EXPECT_EQ(Data(store_->Get(open)), R"({"":5})") << "something is left";
+  store_->Update(Object(open, R"({"":null,"u":2})"), EXTERNAL);
+  EXPECT_EQ(Data(store_->Get(open)), R"({"u":2})");
+}
+
 // What other programs write between reading and writing is not undone.
 TEST_F(Writes, AnUpdateStartsAgainWhereTheRowChangedMeanwhile) {
   Set(switch_, R"({"name":"s1","mtu":1})");

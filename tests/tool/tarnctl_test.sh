@@ -97,6 +97,15 @@ expect 0 "" "" set $resolver - <"$work/data"
 expect 4 "" "/timeout:" set $resolver 'servers=["10.0.0.3"]' timeout=99
 expect 4 "" '{"code":1089,"message":' --json set $resolver 'servers=["nowhere"]'
 expect 4 "" "nothing was written" set $values 'list=[]'
+open='"component":"test","group":"tool","key":"open","version":"1.0"'
+echo "{$open,\"schema\":{\"type\":\"object\",\"additionalProperties\":{}}}" >"$work/open.json"
+expect 0 "installed" "" schema install "$work/open.json"
+for verb in set update; do
+  expect 0 "" "" $verb test/tool/open - <<<'{"":"x"}'
+  expect 0 '={"":"x"}' "" get test/tool/open
+done
+expect 0 "" "" delete test/tool/open
+expect 0 "" "" schema remove test/tool/open
 while IFS='|' read -r data reason; do
   # shellcheck disable=SC2059
   printf "$data" >"$work/refused"

@@ -91,14 +91,9 @@ std::shared_ptr<ConfigStoreObject> CollectMembers(const ConfigStoreObjectId& id,
   return object;
 }
 
-bool HoldsNothing(const Json::Value& data, const TypeSchema& schema) {
-  return data.ObjectEmpty() || (data.MemberCount() == 1 &&
-                                Json::Text(data.MemberBegin()->name) == schema.InstanceIdMember());
-}
-
 [[noreturn]] void RaiseNothingWritten(const Json::Value& given, const TypeSchema& schema) {
   const char* const why = given.ObjectEmpty() ? "the object holds no data"
-                          : HoldsNothing(given, schema)
+                          : schema.HoldsNothingBesideId(given)
                               ? "the object holds nothing but its instance id"
                               : "without its empty members the object holds no data";
   throw ToolError(ExitCode::INVALID, std::string("nothing was written: ") + why);
@@ -156,7 +151,7 @@ void UpdateObject(const ConfigStoreObjectId& id, const std::vector<std::string>&
   JsonMaker make;
   const Json::Value given = make.Parse(object->GetData());
   write(*OpenStore(), object);
-  if (HoldsNothing(given, schema)) {
+  if (schema.HoldsNothingBesideId(given)) {
     RaiseNothingWritten(given, schema);
   }
   SayLeftOut(given, make.Parse(object->GetData()));

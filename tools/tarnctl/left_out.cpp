@@ -10,7 +10,7 @@ class Comparison {
   void Compare(const Json::Value& given, const Json::Value* written) {
     if (given.IsObject()) {
       for (const auto& member : given.GetObject()) {
-        if (member.value.IsObject() || member.value.IsArray()) {
+        if (Json::IsContainer(member.value)) {
           const Json::Value* same =
               written == nullptr ? nullptr : Json::FindMember(*written, Json::Text(member.name));
           Below(Json::Text(member.name), [&] { Compare(member.value, same); });

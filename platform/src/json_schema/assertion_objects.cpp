@@ -131,8 +131,7 @@ bool AssertionCheck::IsOfAnotherPart(const Place& object, std::string_view membe
     return place.name != nullptr ? around.Property(Json::Text(*place.name)) : around.Items();
   };
   const Json::SchemaPlace place = at(object, at);
-  return member != place.InstanceIdMember() &&
-         (place.Property(member).Kinds() & scope_.askedParts) == 0;
+  return !place.IsIdMember(member) && (place.Property(member).Kinds() & scope_.askedParts) == 0;
 }
 
 bool AssertionCheck::VisitDependencies(const ObjectRules& rules, const Json::Value& value,

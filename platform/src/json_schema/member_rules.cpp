@@ -8,10 +8,6 @@
 namespace JsonValidator {
 namespace {
 
-bool IsContainer(const Json::Value& value) {
-  return value.IsObject() || value.IsArray();
-}
-
 /// The member that holds an id which whoever writes an object has to give; a generated one need not
 /// be there yet.
 std::string_view GivenInstanceId(Json::SchemaPlace object) {
@@ -26,9 +22,8 @@ bool HoldsOnlyIds(const Json::Value& value, Json::SchemaPlace at) {
       return element.IsObject() && HoldsOnlyIds(element, at.Items());
     });
   }
-  const std::string_view id = at.InstanceIdMember();
   return std::all_of(value.MemberBegin(), value.MemberEnd(),
-                     [&](const auto& member) { return Json::Text(member.name) == id; });
+                     [&](const auto& member) { return at.IsIdMember(Json::Text(member.name)); });
 }
 
 /// The rules that can still find anything under a place.
@@ -165,11 +160,10 @@ void MemberRules::VisitObject(std::size_t begin, const Json::Value& object, cons
   const bool closed = rules.Has(RULE_DECLARED_MEMBERS) && IsClosed(begin, end);
   const bool looksAtAll =
       rules.HasAny({RULE_NO_VITAL_OR_CACHED, RULE_NO_READ_ONLY, RULE_VITAL_ONLY, RULE_CACHED_ONLY});
-  const std::string_view idMember = at.InstanceIdMember();
   std::uint32_t index = 0;
   for (const auto& member : object.GetObject()) {
     const Place memberPlace{&place, &member.name, index++};
-    const bool visit = looksAtAll || IsContainer(member.value);
+    const bool visit = looksAtAll || Json::IsContainer(member.value);
     bool declared = false;
     for (std::size_t i = begin; i < end; ++i) {
       const Applied applied = applied_[i];
@@ -185,7 +179,7 @@ void MemberRules::VisitObject(std::size_t begin, const Json::Value& object, cons
     }
     if (!declared && closed) {
       NoteUnknown(begin, end, member.name, memberPlace);
-    } else if (visit && Json::Text(member.name) != idMember) {
+    } else if (visit && !at.IsIdMember(Json::Text(member.name))) {
       // Ids belong to every part of the object.
       VisitChild(end, member.value, memberPlace, rules, at.Property(Json::Text(member.name)));
     }
@@ -282,7 +276,7 @@ RuleSet MemberRules::CheckPart(const Json::Value& value, const Place& place, Rul
   if (!rules.HasAny({RULE_NO_VITAL_OR_CACHED, RULE_VITAL_ONLY, RULE_CACHED_ONLY})) {
     return rules;
   }
-  const bool takenApart = IsContainer(value) && at.IsMixed();
+  const bool takenApart = Json::IsContainer(value) && at.IsMixed();
   // An element of nothing but its id stands for itself in every part of its list.
   if (takenApart && (!HoldsOnlyIds(value, at) || (place.name == nullptr && value.IsObject()))) {
     return rules;

@@ -44,7 +44,7 @@ bool ForEachLacking(Json::SchemaPlace schema, AnyValue& value, Visit visit) {
     }
   } else if (value.IsObject()) {
     for (auto& member : value.GetObject()) {
-      if ((member.value.IsObject() || member.value.IsArray()) &&
+      if (Json::IsContainer(member.value) &&
           !ForEachLacking(schema.Property(Json::Text(member.name)), member.value, visit)) {
         return false;
       }
