@@ -29,18 +29,8 @@ ObjectHandle MergeLayers(const RowMap& row, const ConfigStoreObjectId& id,
 
 // The one column that a row's object is made of; nothing where there are several, or none.
 std::optional<std::string_view> OnlyLayer(const RowMap& row, int upgradeContext) {
-  std::optional<std::string_view> only;
-  const std::string_view user = UserColumn(row, upgradeContext);
-  for (const std::string_view column :
-       {std::string_view("AutoConfValue"), std::string_view("CachedValue"),
-        std::string_view("VitalValue"), user}) {
-    const auto text = column.empty() ? std::nullopt : row.Find(column);
-    if (text && only) {
-      return std::nullopt;
-    }
-    only = text ? text : only;
-  }
-  return only;
+  return row.FindOnly(
+      {"AutoConfValue", "CachedValue", "VitalValue", UserColumn(row, upgradeContext)});
 }
 
 ObjectHandle MergeUserAndAutomatic(const RowMap& row, const ConfigStoreObjectId& id,

@@ -47,6 +47,19 @@ std::optional<std::string_view> RowMap::Find(std::string_view column) const {
   return std::nullopt;
 }
 
+std::optional<std::string_view> RowMap::FindOnly(
+    std::initializer_list<std::string_view> columns) const {
+  std::optional<std::string_view> only;
+  for (const std::string_view column : columns) {
+    const std::optional<std::string_view> text = Find(column);
+    if (text && only) {
+      return std::nullopt;
+    }
+    only = text ? text : only;
+  }
+  return only;
+}
+
 void RowMap::Put(int count, const char* const* values, const char* const* names) {
   // As much as most rows take; longer ones make it grow.
   constexpr std::size_t kUsualLength = 768;

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,6 +26,8 @@ class RowMap {
   std::optional<std::string_view> Find(std::string_view column) const;
   /// The column's text, or an empty one.
   std::string_view Text(std::string_view column) const { return Find(column).value_or(""); }
+  /// The text of the one column among these that has any; nothing where several have, or none.
+  std::optional<std::string_view> FindOnly(std::initializer_list<std::string_view> columns) const;
   bool Empty() const { return columns_.empty(); }
   /// The same columns in the same order, with the same texts.
   bool operator==(const RowMap& other) const {

@@ -48,20 +48,6 @@ class Types {
   SchemaHandle schema_;
 };
 
-// The text of the content, where that is of one part.
-std::optional<std::string_view> OnlyPart(const RowMap& row) {
-  std::optional<std::string_view> only;
-  for (const char* column : {"UserValue", "VitalValue", "CachedValue"}) {
-    if (const auto text = row.Find(column)) {
-      if (only) {
-        return std::nullopt;
-      }
-      only = text;
-    }
-  }
-  return only;
-}
-
 std::vector<Change> Judge(const RowMapList& rows) {
   std::vector<Change> changes;
   changes.reserve(rows.size());
@@ -72,7 +58,9 @@ std::vector<Change> Judge(const RowMapList& rows) {
     if (change.action == NextBootAction::SET) {
       change.schema = types.Of(change.id);
       change.content = JudgeStagedContent(*row, change.id, change.schema, change.findings);
-      if (const auto only = change.content ? OnlyPart(*row) : std::nullopt) {
+      const auto only =
+          change.content ? row->FindOnly({"UserValue", "VitalValue", "CachedValue"}) : std::nullopt;
+      if (only) {
         change.layers = PlaceText(std::string(*only), *change.schema, EXTERNAL);
       }
     }
