@@ -83,10 +83,11 @@ void Removals::CollectElements(const Json::Value& array, std::string_view member
   }
 }
 
-// The object whose member is meant, or null.
-Json::Value* Removals::Holder(const Removal& removal, Json::Value& root) {
+// The object that so many steps of a way lead to, or null.
+Json::Value* Removals::Follow(const std::vector<Step>& way, std::size_t steps, Json::Value& root) {
   Json::Value* at = &root;
-  for (const Step& step : removal.way) {
+  for (std::size_t i = 0; i < steps; ++i) {
+    const Step& step = way[i];
     at = Json::FindMember(*at, step.member);
     if (at != nullptr && !step.idMember.empty()) {
       at = FindElement(*at, step.idMember, step.id);
@@ -96,6 +97,19 @@ Json::Value* Removals::Holder(const Removal& removal, Json::Value& root) {
     }
   }
   return at->IsObject() ? at : nullptr;
+}
+
+Json::Value* Removals::Holder(const Removal& removal, Json::Value& root) {
+  return Follow(removal.way, removal.way.size(), root);
+}
+
+void Removals::EraseEmptied(const std::vector<Step>& way, Json::Value& root) {
+  for (std::size_t steps = way.size(); steps > 0 && way[steps - 1].idMember.empty(); --steps) {
+    if (!Follow(way, steps, root)->ObjectEmpty()) {
+      return;
+    }
+    Erase(*Follow(way, steps - 1, root), way[steps - 1].member);
+  }
 }
 
 bool Removals::HasNulls() const {
@@ -115,6 +129,7 @@ void Removals::TakeNullsFrom(Json::Value& data) const {
   for (const Removal& removal : removals_) {
     if (Json::Value* holder = removal.isNull ? Holder(removal, data) : nullptr) {
       Erase(*holder, removal.member);
+      EraseEmptied(removal.way, data);
     }
   }
 }

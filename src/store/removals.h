@@ -7,6 +7,7 @@
 #include "json/json.h"
 #include "json/type_schema_view.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,7 +27,8 @@ class Removals {
   /// The parts that something is taken away from, as bits of Json::Kind.
   unsigned Kinds() const;
 
-  /// Takes the nulls out of (a copy of) the data; what is empty stays, to be laid over.
+  /// Takes the nulls out of (a copy of) the data, and the objects that held nothing else: they would
+  /// be made where there are none. What was given as empty stays, to be laid over.
   void TakeNullsFrom(Json::Value& data) const;
 
   /// Takes away what a part holds. Answers whether there was anything.
@@ -56,6 +58,9 @@ class Removals {
                std::string& pointer);
   void CollectElements(const Json::Value& array, std::string_view member, Json::SchemaPlace items,
                        std::vector<Step>& way, std::string& pointer);
+  static Json::Value* Follow(const std::vector<Step>& way, std::size_t steps, Json::Value& root);
+  static void EraseEmptied(const std::vector<Step>& way, Json::Value& root);
+  /// The object whose member is meant, or null.
   static Json::Value* Holder(const Removal& removal, Json::Value& root);
 
   std::vector<Removal> removals_;

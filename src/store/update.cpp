@@ -101,7 +101,11 @@ class Update {
         context_(context),
         connection_(connection) {
     GiveGeneratedIds(*object, *schema);
-    changes_ = DivideObject(*object, *schema, context).values;
+    // What only takes away has nothing to lay over any part.
+    if (removals.Empty() ||
+        !schema->GetSchemaPlace().HoldsNothingBesideId(Internal::Access::Of(*object).GetRoot())) {
+      changes_ = DivideObject(*object, *schema, context).values;
+    }
   }
 
   /// Reads the row, and works out and checks what becomes of it.

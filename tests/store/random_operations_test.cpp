@@ -117,7 +117,7 @@ class RandomOperations : public TestSupport::StoreFixture {
       return;
     }
     if (!object->IsEmpty() || !removals.Empty()) {
-      const ColumnValues changes = Divided(object, context);
+      const ColumnValues changes = object->IsEmpty() ? ColumnValues() : Divided(object, context);
       Row& row = model_[IdOf(object)];
       const Part others = context == EXTERNAL ? &ColumnValues::automatic : &ColumnValues::user;
       for (const Part part : {&ColumnValues::user, &ColumnValues::automatic, &ColumnValues::vital,

@@ -152,6 +152,36 @@ TEST_F(Writes, AMemberWithoutANameIsNoId) {
   EXPECT_EQ(Data(store_->Get(open)), R"({"u":2})");
 }
 
+TEST_F(Writes, WhatOnlyTakesAwayAddsNothing) {
+  InstallType(host_,
+              TestSupport::TypeFile(
+                  "spare", "1", R"({"type":"object","required":["name"],"additionalProperties":{},
+      "properties":{"name":{"type":"string"},"tags":{"type":"array","items":{"type":"string"}},
+      "security":{"type":"object","required":["level"],"properties":{"level":{"type":"integer","default":1},
+          "more":{"type":"object","properties":{"x":{"type":"integer"}}}}},
+      "v1":{"type":"integer","vital":true},"v2":{"type":"integer","vital":true}}})"));
+  const Id spare("spare", "test", "tarn");
+  const auto update = [&](const char* json) {
+    return Raised([&] { store_->Update(Object(spare, json), EXTERNAL); });
+  };
+  const auto layers = [&] {
+    return database_.Lines("SELECT ifnull(UserValue, '-'), ifnull(VitalValue, '-') FROM Config");
+  };
+  Set(spare, R"({"name":"a"})");
+  EXPECT_EQ(
+      update(
+          R"({"security":{"level":null,"more":{"x":null}},"free":{"in":{"x":null}},"tags":["t"]})"),
+      "nothing");
+  EXPECT_EQ(layers(), R"({"name":"a","tags":["t"]} -)") << "no object is made to take from";
+  store_->Delete(spare);
+  store_->SetVitalData(Object(spare, R"({"v1":1,"v2":2})"));
+  EXPECT_EQ(update(R"({"v1":null})"), "nothing") << "nothing is asked of the user's part";
+  EXPECT_EQ(layers(), R"(- {"v2":2})");
+  Set(switch_, R"({"name":"s1","mtu":1,"serial":"x"})");
+  store_->Update(SwitchObject("s1", R"("mtu":null)"), EXTERNAL);
+  EXPECT_EQ(database_.Lines("SELECT UserValue IS NULL FROM Config WHERE Name = 'switch'"), "1");
+}
+
 // What other programs write between reading and writing is not undone.
 TEST_F(Writes, AnUpdateStartsAgainWhereTheRowChangedMeanwhile) {
   Set(switch_, R"({"name":"s1","mtu":1})");
