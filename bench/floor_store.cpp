@@ -26,11 +26,14 @@ constexpr const char* kReadKeyValue = "SELECT Value FROM KeyValue WHERE Key = ?"
 // An object's empty members are not stored.
 void RemoveEmptyMembers(Json::Value& data) {
   for (auto member = data.MemberBegin(); member != data.MemberEnd();) {
-    const Json::Value& value = member->value;
-    const bool empty =
-        (value.IsObject() && value.ObjectEmpty()) || (value.IsArray() && value.Empty());
-    member = empty ? data.EraseMember(member) : member + 1;
+    member = Json::IsEmptyContainer(member->value) ? data.EraseMember(member) : member + 1;
   }
+}
+
+void BindType(FloorStatement& statement, const TarnConfigStore::ConfigStoreObjectId& id) {
+  statement.Bind(1, id.key);
+  statement.Bind(2, id.group);
+  statement.Bind(3, id.component);
 }
 
 // Looks for one member of the outermost object.
@@ -133,9 +136,7 @@ FloorStore::FloorStore(const std::string& root)
 
 std::unique_ptr<FloorObject> FloorStore::Get(const TarnConfigStore::ConfigStoreObjectId& id) {
   constexpr Columns kColumns = {-1, 0, 2, 5, 1, 3, 4, 6, 7, 8, 9};
-  getOne_.Bind(1, id.key);
-  getOne_.Bind(2, id.group);
-  getOne_.Bind(3, id.component);
+  BindType(getOne_, id);
   getOne_.Bind(4, id.instanceId);
   std::unique_ptr<FloorObject> object;
   if (getOne_.Step()) {
@@ -149,9 +150,7 @@ std::unique_ptr<FloorObject> FloorStore::Get(const TarnConfigStore::ConfigStoreO
 std::vector<std::unique_ptr<FloorObject>> FloorStore::GetInstances(
     const TarnConfigStore::ConfigStoreObjectId& id) {
   const int upgradeContext = ReadUpgradeContext();
-  getAll_.Bind(1, id.key);
-  getAll_.Bind(2, id.group);
-  getAll_.Bind(3, id.component);
+  BindType(getAll_, id);
   std::vector<std::unique_ptr<FloorObject>> objects;
   while (getAll_.Step()) {
     objects.push_back(MakeObject(getAll_, kInstanceColumns, upgradeContext));
@@ -165,9 +164,7 @@ std::vector<std::unique_ptr<FloorObject>> FloorStore::GetInstancesWhere(
     const TarnConfigStore::ConfigStoreObjectId& id, std::string_view member,
     std::string_view wanted) {
   const int upgradeContext = ReadUpgradeContext();
-  getAll_.Bind(1, id.key);
-  getAll_.Bind(2, id.group);
-  getAll_.Bind(3, id.component);
+  BindType(getAll_, id);
   std::vector<std::unique_ptr<FloorObject>> objects;
   while (getAll_.Step()) {
     const int layers[] = {kInstanceColumns.automatic, kInstanceColumns.cached,
@@ -190,9 +187,7 @@ std::vector<std::unique_ptr<FloorObject>> FloorStore::GetInstancesWhere(
 }
 
 std::int64_t FloorStore::GetRevision(const TarnConfigStore::ConfigStoreObjectId& id) {
-  getRevision_.Bind(1, id.key);
-  getRevision_.Bind(2, id.group);
-  getRevision_.Bind(3, id.component);
+  BindType(getRevision_, id);
   getRevision_.Bind(4, id.instanceId);
   const std::int64_t revision = getRevision_.Step() ? getRevision_.Number(1) : -1;
   getRevision_.Reset();
@@ -219,9 +214,7 @@ void FloorStore::SetInstances(const TarnConfigStore::ConfigStoreObjectId& id,
   }
   Run("BEGIN IMMEDIATE");
   const std::map<std::string, Existing> existing = ReadExisting(id);
-  deleteAll_.Bind(1, id.key);
-  deleteAll_.Bind(2, id.group);
-  deleteAll_.Bind(3, id.component);
+  BindType(deleteAll_, id);
   deleteAll_.Step();
   deleteAll_.Reset();
   TarnConfigStore::ConfigStoreObjectId instance = id;
@@ -245,9 +238,7 @@ void FloorStore::SetInstances(const TarnConfigStore::ConfigStoreObjectId& id,
 std::map<std::string, FloorStore::Existing> FloorStore::ReadExisting(
     const TarnConfigStore::ConfigStoreObjectId& id) {
   std::map<std::string, Existing> existing;
-  getExisting_.Bind(1, id.key);
-  getExisting_.Bind(2, id.group);
-  getExisting_.Bind(3, id.component);
+  BindType(getExisting_, id);
   while (getExisting_.Step()) {
     existing.emplace(getExisting_.Text(0), Existing{static_cast<int>(getExisting_.Number(1)),
                                                     std::string(getExisting_.Text(2))});

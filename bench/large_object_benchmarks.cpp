@@ -64,6 +64,9 @@ Json::Document SetMembersByHand(const std::vector<std::string>& names) {
 void RegisterBuilding(int count) {
   constexpr double kTarget = 10;
   const std::string number = std::to_string(count);
+  const auto byHand = [names = Names(count)](benchmark::State& state) {
+    Measure(state, [&] { return MakePartsByHand(names); });
+  };
   Compare(
       {.name = "objects/create-" + number,
        .does = "make so many sub-objects of one object, each found to be new",
@@ -72,9 +75,7 @@ void RegisterBuilding(int count) {
       [names = Names(count)](benchmark::State& state) {
         Measure(state, [&] { return MakeParts(names); });
       },
-      [names = Names(count)](benchmark::State& state) {
-        Measure(state, [&] { return MakePartsByHand(names); });
-      });
+      byHand);
   Compare(
       {.name = "objects/find-" + number,
        .does = "look so many sub-objects up by their ids, against making them by hand",
@@ -90,9 +91,7 @@ void RegisterBuilding(int count) {
           return found;
         });
       },
-      [names = Names(count)](benchmark::State& state) {
-        Measure(state, [&] { return MakePartsByHand(names); });
-      });
+      byHand);
   Compare(
       {.name = "objects/set-" + number,
        .does = "give one object so many members, one by one",

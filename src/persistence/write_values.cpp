@@ -16,31 +16,31 @@ namespace {
 // The upgrade context in which rows stay to be confirmed.
 constexpr int kUnconfirmedUpgrade = 2;
 
-// Hands each object's version and text on.
-template <class Write>
-void ForEachText(const std::vector<ObjectHandle>& objects, const SchemaHandle& known, Write write) {
+// \param bindBetween  binds what the statement takes before the text
+template <class BindBetween>
+void Write(std::string_view sql, const std::vector<ObjectHandle>& objects,
+           const DBStore::ConnectionHandle& connection, const SchemaHandle& known,
+           const char* failure, BindBetween bindBetween) {
   for (const ObjectHandle& object : objects) {
     const ConfigStoreObjectId& id = object->GetConfigStoreObjectId();
     const SchemaHandle schema = known ? known : RequireSchema(id);
     GiveGeneratedIds(*object, *schema);
-    write(id, schema->GetVersion(), Internal::Access::Of(*object).GetSerializedData());
+    const std::string text = Internal::Access::Of(*object).GetSerializedData();
+    const DBStore::StatementHandle statement =
+        DBStore::internal::Prepare(connection, sql, DBStore::kWaitLimit);
+    Binder binder(connection, statement);
+    binder.Text(id.instanceId, id.key, id.group, id.component, schema->GetVersion());
+    bindBetween(binder);
+    if (!binder.Nullable(text).Execute()) {
+      ThrowFailure(failure);
+    }
   }
 }
 
 void WriteInstances(std::string_view sql, const std::vector<ObjectHandle>& objects,
                     const DBStore::ConnectionHandle& connection, const SchemaHandle& schema) {
-  ForEachText(
-      objects, schema,
-      [&](const ConfigStoreObjectId& id, const std::string& version, const std::string& text) {
-        const DBStore::StatementHandle statement =
-            DBStore::internal::Prepare(connection, sql, DBStore::kWaitLimit);
-        if (!Binder(connection, statement)
-                 .Text(id.instanceId, id.key, id.group, id.component, version)
-                 .Nullable(text)
-                 .Execute()) {
-          ThrowFailure("Write config instances failed");
-        }
-      });
+  Write(sql, objects, connection, schema, "Write config instances failed",
+        [](Binder& /*nothing*/) {});
 }
 
 }  // namespace
@@ -49,19 +49,8 @@ void WriteUserConfigInstances(const std::vector<ObjectHandle>& objects,
                               const DBStore::ConnectionHandle& connection, bool confirmed,
                               const SchemaHandle& schema) {
   const int success = confirmed || ReadUpgradeContext() != kUnconfirmedUpgrade ? 1 : 0;
-  ForEachText(
-      objects, schema,
-      [&](const ConfigStoreObjectId& id, const std::string& version, const std::string& text) {
-        const DBStore::StatementHandle statement =
-            DBStore::internal::Prepare(connection, WRITE_USER, DBStore::kWaitLimit);
-        if (!Binder(connection, statement)
-                 .Text(id.instanceId, id.key, id.group, id.component, version)
-                 .Number(success)
-                 .Nullable(text)
-                 .Execute()) {
-          ThrowFailure("Write user data failed");
-        }
-      });
+  Write(WRITE_USER, objects, connection, schema, "Write user data failed",
+        [success](Binder& binder) { binder.Number(success); });
 }
 
 void WriteCachedConfigInstances(const std::vector<ObjectHandle>& objects,
