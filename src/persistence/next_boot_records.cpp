@@ -136,10 +136,10 @@ std::vector<ObjectHandle> GetRebootRequiredConfigInstancesInternal(
       filter);
 }
 
-RowMapList ReadStagedChanges(const DBStore::ConnectionHandle& connection) {
+void ForEachStagedChange(const DBStore::ConnectionHandle& connection, const RowVisitor& receiver) {
   const DBStore::StatementHandle statement =
       DBStore::internal::Prepare(connection, READ_STAGED, DBStore::kWaitLimit);
-  return ReadRows(connection, statement, "Get store rows failed.");
+  ForEachRow(connection, statement, "Get store rows failed.", receiver);
 }
 
 NextBootAction ActionFromRow(const RowMap& row) {

@@ -60,10 +60,10 @@ std::vector<ObjectHandle> GetRebootRequiredConfigInstancesInternal(
     const std::shared_ptr<FilterSpecObject>& filter, const SchemaHandle& schema,
     const DBStore::ConnectionHandle& connection);
 
-/// Every change that is staged, in the order of component, group, name and identifier: the columns
+/// Hands on every change that is staged, in the order of component, group, name and identifier: the columns
 /// of the key, "BootAction", and the parts as "UserValue", "VitalValue" and "CachedValue". "Get
 /// store rows failed.".
-RowMapList ReadStagedChanges(const DBStore::ConnectionHandle& connection);
+void ForEachStagedChange(const DBStore::ConnectionHandle& connection, const RowVisitor& receiver);
 
 /// What such a row does. A text that is none of the three raises ConfigStoreException 2000.
 NextBootAction ActionFromRow(const RowMap& row);

@@ -53,7 +53,7 @@ void ForEachStoredRow(const ConfigStoreObjectId& type, const DBStore::Connection
 void RedivideRow(const ConfigStoreObjectId& type, const StoredRow& row,
                  const DBStore::ConnectionHandle& connection);
 
-/// The changes that are staged of a type, deletions among them, as ReadStagedChanges gives all of
+/// The changes that are staged of a type, deletions among them, as ForEachStagedChange gives all of
 /// them. Raises as CountStoredInstances.
 RowMapList ReadStagedOfType(const ConfigStoreObjectId& type,
                             const DBStore::ConnectionHandle& connection);

@@ -25,7 +25,7 @@ struct Change {
   ConfigStoreObjectId id;
   NextBootAction action;
   SchemaHandle schema;                 // of content, when its type is installed
-  ObjectHandle content;                // when there is any to be had
+  ObjectHandle content;                // where it is to be divided
   std::optional<ColumnValues> layers;  // of it, where it is written as it was staged
   std::vector<ErrorInfo> findings;
 };
@@ -48,27 +48,29 @@ class Types {
   SchemaHandle schema_;
 };
 
-std::vector<Change> Judge(const RowMapList& rows) {
+std::vector<Change> ReadAndJudge(const DBStore::ConnectionHandle& connection) {
   std::vector<Change> changes;
-  changes.reserve(rows.size());
   Types types;
-  for (const std::shared_ptr<RowMap>& row : rows) {
+  ForEachStagedChange(connection, [&](const RowMap& row) {
     Change& change =
-        changes.emplace_back(Change{IdFromRow(*row), ActionFromRow(*row), {}, {}, {}, {}});
+        changes.emplace_back(Change{IdFromRow(row), ActionFromRow(row), {}, {}, {}, {}});
     if (change.action == NextBootAction::SET) {
       change.schema = types.Of(change.id);
-      change.content = JudgeStagedContent(*row, change.id, change.schema, change.findings);
+      change.content = JudgeStagedContent(row, change.id, change.schema, change.findings);
       const auto only =
-          change.content ? row->FindOnly({"UserValue", "VitalValue", "CachedValue"}) : std::nullopt;
+          change.content ? row.FindOnly({"UserValue", "VitalValue", "CachedValue"}) : std::nullopt;
       if (only) {
         change.layers = PlaceText(std::string(*only), *change.schema, EXTERNAL);
+      }
+      if (change.layers) {
+        change.content = nullptr;  // there may be many
       }
     }
     for (const ErrorInfo& finding : change.findings) {
       CSLogger::Log(CSLogger::kProblem, "Cannot be applied, %s: %s: %s",
                     change.id.toString().c_str(), finding.field.c_str(), finding.error.c_str());
     }
-  }
+  });
   return changes;
 }
 
@@ -112,7 +114,7 @@ ApplyResult ApplyNextBootConfig(const ApplyOptions& options) {
   ApplyResult result;
   RunUnderTransaction(connection, "ApplyNextBootConfig", [&] {
     RequireNoRemediation(connection);
-    std::vector<Change> changes = Judge(ReadStagedChanges(connection));
+    std::vector<Change> changes = ReadAndJudge(connection);
     const auto fits = [](const Change& change) { return change.findings.empty(); };
     const bool applies = options.applyRest || std::all_of(changes.begin(), changes.end(), fits);
     for (Change& change : changes) {
