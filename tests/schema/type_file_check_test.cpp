@@ -148,6 +148,8 @@ TEST(TypeFileCheck, EachRuleIsReportedAtItsPlace) {
           "/schema/properties/c/properties/b/instanceId: means something only in"});
   Expect(Properties(R"("a":{"type":"integer","instanceId":true})"),
          {"/schema/properties/a/instanceId: belongs to a property of \"type\": \"string\""});
+  Expect(Properties(R"("":{"type":"string","instanceId":true})"),
+         {"/schema/properties//instanceId: belongs to a property with a name"});
   Expect(Properties(R"("a":{"type":"string","instanceId":true,"vital":true})"),
          {"/schema/properties/a/instanceId: cannot be vital or cached"});
   Expect(File(R"({"type":"object","instanceId":true})"),

@@ -156,6 +156,9 @@ class AnnotationRules {
           "means something only in a property of the type itself or of the objects in an array");
       return;
     }
+    if (place.name.empty()) {
+      Add(place, Keyword::kInstanceId, "belongs to a property with a name");
+    }
     const Json::Value* type = Json::FindMember(*At(place).Schema(), Keyword::kType);
     if (type == nullptr || !type->IsString() || Json::Text(*type) != "string") {
       Add(place, Keyword::kInstanceId, "belongs to a property of \"type\": \"string\"");
