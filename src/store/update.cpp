@@ -47,9 +47,10 @@ class Layer {
     }
   }
 
-  void Take(const Removals& removals) {
+  /// Answers whether there was anything to take.
+  bool Take(const Removals& removals) {
     if (!object_ || !removals.TakeFrom(Internal::Access::Of(*object_).GetRoot())) {
-      return;
+      return false;
     }
     if (schema_->GetSchemaPlace().HoldsNothingBesideId(Internal::Access::Of(*object_).GetRoot())) {
       object_ = nullptr;
@@ -57,6 +58,7 @@ class Layer {
     } else {
       text_ = Internal::Access::Of(*object_).GetSerializedData();
     }
+    return true;
   }
 
   void LayOver(const std::optional<std::string>& change) {
@@ -119,9 +121,12 @@ class Update {
     // A user's change is laid over what a reader of this moment sees as the user's.
     const bool pending = updateContext_ == UPDATE_DURING_UPGRADE && row_.Find("DesiredValue");
     Layer user(row_, pending ? "DesiredValue" : "UserValue", id_, schema_);
+    unsigned written = PartsOf(changes_);
     if (!removals_.Empty()) {
-      for (Layer* own : {byUser ? &user : &automatic, &vital, &cached}) {
-        own->Take(removals_);
+      for (const auto& [layer, kind] :
+           {std::pair(byUser ? &user : &automatic, Json::Kind::USER),
+            std::pair(&vital, Json::Kind::VITAL), std::pair(&cached, Json::Kind::CACHED)}) {
+        written |= layer->Take(removals_) ? static_cast<unsigned>(kind) : 0U;
       }
     }
     automatic.LayOver(changes_.automatic);
@@ -132,7 +137,7 @@ class Update {
     const ObjectHandle result = MergeConfig(automatic.Object(), cached.Object(), vital.Object(),
                                             user.Object(), schema_->GetSchemaPlace());
     CheckRemovals(result, byUser ? "automatic" : "the user's");
-    ValidateUpdated(schema_, result, PartsOf(changes_) | removals_.Kinds());
+    ValidateUpdated(schema_, result, written);
     layers_ = {user.Text(), automatic.Text(), vital.Text(), cached.Text()};
   }
 

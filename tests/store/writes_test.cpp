@@ -177,6 +177,7 @@ TEST_F(Writes, WhatOnlyTakesAwayAddsNothing) {
   store_->SetVitalData(Object(spare, R"({"v1":1,"v2":2})"));
   EXPECT_EQ(update(R"({"v1":null})"), "nothing") << "nothing is asked of the user's part";
   EXPECT_EQ(layers(), R"(- {"v2":2})");
+  EXPECT_EQ(update(R"({"name":null,"v2":3})"), "nothing") << "there was no name to take";
   Set(switch_, R"({"name":"s1","mtu":1,"serial":"x"})");
   store_->Update(SwitchObject("s1", R"("mtu":null)"), EXTERNAL);
   EXPECT_EQ(database_.Lines("SELECT UserValue IS NULL FROM Config WHERE Name = 'switch'"), "1");
