@@ -106,6 +106,15 @@ for verb in set update; do
 done
 expect 0 "" "" delete test/tool/open
 expect 0 "" "" schema remove test/tool/open
+vital='"vital":true,"properties":{"id":{"type":"string","instanceId":true}}'
+echo "{${open/open/kept},\"schema\":{\"type\":\"object\",$vital}}" >"$work/kept.json"
+expect 0 "installed" "" schema install "$work/kept.json"
+expect 4 "" "nothing was written" update test/tool/kept/a - <<<'{}'
+expect 0 "=[]" "" list test/tool/kept
+expect 0 "" "" update test/tool/kept/a - <<<'{"id":"a"}'
+expect 0 '={"id":"a"}' "" get test/tool/kept/a
+expect 0 "" "" delete test/tool/kept/a
+expect 0 "" "" schema remove test/tool/kept
 while IFS='|' read -r data reason; do
   # shellcheck disable=SC2059
   printf "$data" >"$work/refused"

@@ -151,7 +151,8 @@ void UpdateObject(const ConfigStoreObjectId& id, const std::vector<std::string>&
   JsonMaker make;
   const Json::Value given = make.Parse(object->GetData());
   write(*OpenStore(), object);
-  if (schema.HoldsNothingBesideId(given)) {
+  // The id of vital or cached data is data too, which cleaning leaves alone.
+  if (schema.HoldsNothingBesideId(given) && object->IsEmpty()) {
     RaiseNothingWritten(given, schema);
   }
   SayLeftOut(given, make.Parse(object->GetData()));

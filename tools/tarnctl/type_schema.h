@@ -24,6 +24,8 @@ class TypeSchema {
   /// Reads the type file. Raises ConfigStoreException 1037 when the type is not installed.
   explicit TypeSchema(const TarnConfigStore::ConfigStoreObjectId& type);
 
+  /// Name of the member that holds the instance id; empty for a type without instances.
+  std::string_view InstanceIdMember() const { return view_->Root().InstanceIdMember(); }
   /// An object is empty, or holds its instance id and nothing else.
   bool HoldsNothingBesideId(const Json::Value& object) const {
     return view_->Root().HoldsNothingBesideId(object);
