@@ -11,6 +11,16 @@
 namespace TarnConfigStore {
 namespace {
 
+// An id that names another instance is not all that the object says; one that is null counts as
+// absent.
+bool HoldsOwnIdAlone(const Json::Value& object, Json::SchemaPlace place, const std::string& id) {
+  if (object.ObjectEmpty() || !place.HoldsNothingBesideId(object)) {
+    return false;
+  }
+  const auto given = Json::InstanceIdOf(object, place.InstanceIdMember());
+  return given ? id.empty() || *given == id : object.MemberBegin()->value.IsNull();
+}
+
 bool NamesNothing(const Json::Value& element) {
   return element.IsObject() && (element.ObjectEmpty() || (element.MemberCount() == 1 &&
                                                           Json::Text(element.MemberBegin()->name) ==
@@ -131,10 +141,7 @@ void CleanupObject(const ObjectHandle& object, const SchemaHandle& schema, Write
     if (HoldsEmptyContent(root)) {
       Cleaner(writes, data.GetAllocator()).CleanMembers(root, node);
     }
-    // One that names another instance is not all that the object says.
-    const std::string& id = object->GetConfigStoreObjectId().instanceId;
-    const auto given = Json::InstanceIdOf(root, node.InstanceIdMember());
-    if (given && (id.empty() || *given == id) && node.HoldsNothingBesideId(root)) {
+    if (HoldsOwnIdAlone(root, node, object->GetConfigStoreObjectId().instanceId)) {
       CSLogger::Log(CSLogger::kOutcome, "Erasing instance id %s, nothing else is left",
                     std::string(node.InstanceIdMember()).c_str());
       root.RemoveAllMembers();

@@ -152,6 +152,17 @@ TEST_F(Writes, AMemberWithoutANameIsNoId) {
   EXPECT_EQ(Data(store_->Get(open)), R"({"u":2})");
 }
 
+TEST_F(Writes, NothingIsWrittenOfAnIdAlone) {
+  for (const char* data : {"{}", R"({"name":"s1"})", R"({"name":null})"}) {
+    const auto object = Object(switch_, data);
+    store_->Set(object, EXTERNAL);
+    EXPECT_EQ(Data(object) + database_.Rows(), "{}") << data;
+    store_->Update(Object(switch_, data), EXTERNAL);
+    store_->SetUserData(Object(switch_, data), AUTO_CONFIG);
+    EXPECT_EQ(database_.Rows(), "") << data;
+  }
+}
+
 TEST_F(Writes, WhatOnlyTakesAwayAddsNothing) {
   InstallType(host_,
               TestSupport::TypeFile(
