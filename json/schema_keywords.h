@@ -22,6 +22,9 @@ constexpr const char* kCached = "cached";
 constexpr const char* kUser = "user";
 constexpr const char* kSolutionUser = "solutionUser";
 
+// What is not shown to everybody.
+constexpr const char* kSecret = "secret";
+
 constexpr const char* kInstanceId = "instanceId";
 constexpr const char* kGeneratedInstanceId = "generatedInstanceId";
 

@@ -69,6 +69,8 @@ struct SchemaPlace::Node {
   bool admitsOthers = false;
   bool holdsDefaults = false;
   bool holdsGeneratedIds = false;
+  bool isSecret = false;
+  bool holdsSecrets = false;
   NumberKind numbers = NumberKind::ANY;
   unsigned kinds = 0;
   std::string_view instanceIdMember;
@@ -169,6 +171,14 @@ bool SchemaPlace::HoldsGeneratedIds() const {
   return node_ != nullptr && node_->holdsGeneratedIds;
 }
 
+bool SchemaPlace::IsSecret() const {
+  return node_ != nullptr && node_->isSecret;
+}
+
+bool SchemaPlace::HoldsSecrets() const {
+  return node_ != nullptr && node_->holdsSecrets;
+}
+
 bool SchemaPlace::DescribesObject() const {
   if (node_ == nullptr || node_->schema == nullptr || !node_->schema->IsObject()) {
     return false;
@@ -246,6 +256,7 @@ void TypeSchemaView::Read(Node& node) {
                        FindMember(*schema, Keyword::kCached) != nullptr;
     node.isInstanceId = node.isInstanceId || IsTrue(*schema, Keyword::kInstanceId);
     node.getsGeneratedId = node.getsGeneratedId || IsTrue(*schema, Keyword::kGeneratedInstanceId);
+    node.isSecret = node.isSecret || IsTrue(*schema, Keyword::kSecret);
     if (node.defaultValue == nullptr) {
       node.defaultValue = FindMember(*schema, Keyword::kDefault);
     }
@@ -341,11 +352,16 @@ void TypeSchemaView::SpreadMarks() {
       node->holdsGeneratedIds =
           given || (node->items != nullptr &&
                     (node->items->getsGeneratedId || node->items->holdsGeneratedIds));
+      const bool hidden = node->holdsSecrets;
+      node->holdsSecrets =
+          hidden || node->isSecret || (node->items != nullptr && node->items->holdsSecrets);
       for (const Node::Member& member : node->members) {
         node->holdsDefaults = node->holdsDefaults || member.node->holdsDefaults;
         node->holdsGeneratedIds = node->holdsGeneratedIds || member.node->holdsGeneratedIds;
+        node->holdsSecrets = node->holdsSecrets || member.node->holdsSecrets;
       }
-      changed = changed || held != node->holdsDefaults || given != node->holdsGeneratedIds;
+      changed = changed || held != node->holdsDefaults || given != node->holdsGeneratedIds ||
+                hidden != node->holdsSecrets;
     }
   }
 }

@@ -72,6 +72,10 @@ class SchemaPlace {
   bool GetsGeneratedId() const;
   /// Objects below this place get identifiers from the store.
   bool HoldsGeneratedIds() const;
+  /// The value here is shown to nobody who does not ask to see it.
+  bool IsSecret() const;
+  /// This place is secret, or one below it.
+  bool HoldsSecrets() const;
   /// Data at this place can be an object, going by "type".
   bool DescribesObject() const;
 

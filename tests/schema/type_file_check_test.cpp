@@ -47,7 +47,7 @@ TEST(TypeFileCheck, GoodFilesAreGood) {
   Expect(File(R"({"type":"object","vital":true,"shared":true,"properties":{"a":{"vital":true}}})",
               R"(,"description":"all","$comment":"x")"),
          {});
-  Expect(Properties(R"("id":{"type":"string","instanceId":true},"x~y":{"x-own":1,"readOnly":true},
+  Expect(Properties(R"("id":{"type":"string","instanceId":true},"x~y":{"x-own":1,"readOnly":true,"secret":true},
                     "edited":{"vital":true,"properties":{"a":{"vital":false,"cached":false},
                               "b":{"markdownDescription":"*b*","enumDescriptions":[],"deprecated":true,
                                    "writeOnly":false,"examples":[1],"errorMessage":"no"}}},
@@ -136,8 +136,8 @@ TEST(TypeFileCheck, EachRuleIsReportedAtItsPlace) {
              R"(,"definitions":{"d":{"$id":"#d","properties":{"v":{"vital":true}}},
                       "e":{"items":{"properties":{"id":)" +
                  id + R"(}}}})"),
-         {"/schema/properties/a/anyOf/0/$ref: leads to instance ids or to vital",
-          "/schema/properties/a/additionalProperties/$ref: leads to instance ids or to vital"});
+         {"/schema/properties/a/anyOf/0/$ref: leads to instance ids, secrets, or vital",
+          "/schema/properties/a/additionalProperties/$ref: leads to instance ids, secrets, or vital"});
   Expect(Properties(R"("l":{"items":{"$ref":"#/definitions/e"}})",
                     R"(,"definitions":{"e":{"properties":{"id":)" + id +
                         R"(,"v":{"vital":true},"u":{}}}})"),

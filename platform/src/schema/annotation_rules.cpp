@@ -20,7 +20,7 @@ constexpr std::array kOwners = {Keyword::kVital, Keyword::kCached, Keyword::kUse
                                 Keyword::kSolutionUser};
 
 constexpr std::array kAnnotations = {Keyword::kVital, Keyword::kCached, Keyword::kInstanceId,
-                                     Keyword::kGeneratedInstanceId};
+                                     Keyword::kGeneratedInstanceId, Keyword::kSecret};
 
 enum class Position { ROOT, PROPERTY, ELEMENT, DEFINITION, ELSEWHERE };
 
@@ -49,6 +49,7 @@ class AnnotationRules {
     CheckUser(place);
     CheckInstanceId(place);
     CheckGeneratedId(place);
+    CheckSecret(place);
     CheckReference(place);
     CheckArray(place);
     const Json::Value* value = Json::FindMember(place.node, Keyword::kDefault);
@@ -185,6 +186,17 @@ class AnnotationRules {
     }
   }
 
+  void CheckSecret(const Place& place) {
+    if (!Has(place, Keyword::kSecret)) {
+      return;
+    }
+    if (place.position == Position::ROOT || place.position == Position::ELSEWHERE) {
+      Add(place, Keyword::kSecret, "means something in properties and in \"items\" only");
+    } else if (At(place).IsInstanceId()) {
+      Add(place, Keyword::kSecret, "cannot stand beside \"instanceId\": an id names the object");
+    }
+  }
+
   // What a reference leads to is looked at where it stands: this is about the two together.
   void CheckReference(const Place& place) {
     const Json::SchemaReferences::Target* target = type_.References().Find(place.node);
@@ -193,8 +205,8 @@ class AnnotationRules {
     }
     if (place.position == Position::ELSEWHERE && HoldsAnnotations(*target->schema)) {
       Add(place, Keyword::kReference,
-          "leads to instance ids or to vital or cached data, which can be told apart only where "
-          "\"properties\" and \"items\" lead to them");
+          "leads to instance ids, secrets, or vital or cached data, which can be told apart only "
+          "where \"properties\" and \"items\" lead to them");
       return;
     }
     const Kind kind = At(place).OwnKind();

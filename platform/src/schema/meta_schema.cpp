@@ -116,6 +116,7 @@ constexpr const char* kText = R"json({
         "readOnly": { "type": "boolean" },
         "rebootRequired": {},
         "required": { "$ref": "#/definitions/names" },
+        "secret": {},
         "shared": {},
         "solutionUser": {},
         "suggestSortText": {},

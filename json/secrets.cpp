@@ -1,0 +1,189 @@
+#include "json/secrets.h"
+
+#include "json/equality.h"
+#include "json/pointer.h"
+
+#include <string_view>
+
+namespace Json {
+namespace {
+
+using rapidjson::SizeType;
+
+bool IsMask(const Value& value) {
+  return value.IsString() && Text(value) == kMask;
+}
+
+// Calls `visit(value, place, name, index)` for each value below that may be or hold a secret; the pointer
+// leads there meanwhile.
+template <class Any, class Visit>
+void ForEachBelow(Any& value, SchemaPlace place, std::string& pointer, const Visit& visit) {
+  const std::size_t length = pointer.size();
+  if (value.IsObject()) {
+    for (auto& member : value.GetObject()) {
+      const SchemaPlace property = place.Property(Text(member.name));
+      if (property.HoldsSecrets()) {
+        AppendToken(pointer, Text(member.name));
+        visit(member.value, property, Text(member.name), SizeType{0});
+        pointer.resize(length);
+      }
+    }
+  } else if (value.IsArray() && place.Items().HoldsSecrets()) {
+    SizeType index = 0;
+    for (auto& element : value.GetArray()) {
+      AppendToken(pointer, std::to_string(index));
+      visit(element, place.Items(), std::string_view(), index++);
+      pointer.resize(length);
+    }
+  }
+}
+
+void DropGeneratedIds(Value& value) {
+  if (value.IsArray()) {
+    for (Value& element : value.GetArray()) {
+      DropGeneratedIds(element);
+    }
+  } else if (value.IsObject()) {
+    value.RemoveMember(kGeneratedInstanceId);
+    for (auto& member : value.GetObject()) {
+      DropGeneratedIds(member.value);
+    }
+  }
+}
+
+// What is shown of a value.
+Document Shown(const Value& value, SchemaPlace place) {
+  Document shown;
+  shown.CopyFrom(value, shown.GetAllocator());
+  std::string pointer;
+  MaskSecrets(shown, place, shown.GetAllocator(), pointer, {});
+  DropGeneratedIds(shown);
+  return shown;
+}
+
+// Finds the elements of a stored list.
+class Elements {
+ public:
+  Elements(const Value& list, const Value* stored, SchemaPlace items)
+      : list_(list),
+        stored_(stored != nullptr && stored->IsArray() ? stored : nullptr),
+        items_(items),
+        idMember_(items.InstanceIdMember() == kGeneratedInstanceId ? std::string_view()
+                                                                   : items.InstanceIdMember()) {}
+
+  const Value* StoredOf(SizeType index) const {
+    if (stored_ == nullptr) {
+      return nullptr;
+    }
+    if (!idMember_.empty()) {
+      return WithIdOf(list_[index]);
+    }
+    if (items_.IsSecret()) {
+      return list_.Size() == stored_->Size() ? &(*stored_)[index] : nullptr;
+    }
+    return ShownAs(list_[index]);
+  }
+
+ private:
+  const Value* WithIdOf(const Value& element) const {
+    const Value* id = FindMember(element, idMember_);
+    for (const Value& other : stored_->GetArray()) {
+      const Value* otherId = FindMember(other, idMember_);
+      if (id != nullptr && otherId != nullptr && Equal(*id, *otherId)) {
+        return &other;
+      }
+    }
+    return nullptr;
+  }
+
+  const Value* ShownAs(const Value& element) const {
+    const Document wanted = Shown(element, items_);
+    const Value* found = nullptr;
+    for (const Value& other : stored_->GetArray()) {
+      if (Equal(wanted, Shown(other, items_))) {
+        if (found != nullptr && !Equal(*found, other)) {
+          return nullptr;  // either may be meant
+        }
+        found = &other;
+      }
+    }
+    return found;
+  }
+
+  const Value& list_;
+  const Value* stored_;
+  SchemaPlace items_;
+  std::string_view idMember_;
+};
+
+}  // namespace
+
+void MaskSecrets(Value& value, SchemaPlace place, Allocator& allocator, std::string& pointer,
+                 const std::function<void(const std::string&)>& masked) {
+  if (place.IsSecret()) {
+    if (!value.IsNull()) {
+      value = Copy(kMask, allocator);
+      if (masked) {
+        masked(pointer);
+      }
+    }
+    return;
+  }
+  ForEachBelow(value, place, pointer, [&](Value& below, SchemaPlace there, auto, auto) {
+    MaskSecrets(below, there, allocator, pointer, masked);
+  });
+}
+
+void RestoreSecrets(Value& value, const Value* stored, SchemaPlace place, Allocator& allocator,
+                    std::string& pointer, const MaskedText& masks) {
+  if (place.IsSecret()) {
+    if (!IsMask(value)) {
+      return;
+    }
+    if (!masks.isMasked(pointer)) {
+      masks.refuse(pointer,
+                   "\"***\" stands for a secret, but is not listed as redacted: give the "
+                   "secret itself");
+    } else if (stored == nullptr || stored->IsNull()) {
+      masks.refuse(pointer,
+                   "is masked, and no stored secret can be told to be meant: give the "
+                   "secret itself");
+    } else {
+      value.CopyFrom(*stored, allocator);
+    }
+    return;
+  }
+  if (value.IsArray()) {
+    // Elements are compared as they were given.
+    Document given;
+    given.CopyFrom(value, given.GetAllocator());
+    const Elements elements(given, stored, place.Items());
+    ForEachBelow(value, place, pointer, [&](Value& below, SchemaPlace there, auto, SizeType index) {
+      RestoreSecrets(below, HoldsMasks(below, there) ? elements.StoredOf(index) : nullptr, there,
+                     allocator, pointer, masks);
+    });
+    return;
+  }
+  ForEachBelow(value, place, pointer,
+               [&](Value& below, SchemaPlace there, std::string_view name, auto) {
+                 RestoreSecrets(below, stored == nullptr ? nullptr : FindMember(*stored, name),
+                                there, allocator, pointer, masks);
+               });
+}
+
+bool HoldsMasks(const Value& value, SchemaPlace place) {
+  if (!place.HoldsSecrets()) {
+    return false;
+  }
+  if (place.IsSecret()) {
+    return IsMask(value);
+  }
+  bool holds = false;
+  std::string pointer;
+  ForEachBelow(value, place, pointer, [&](const Value& below, SchemaPlace there, auto, auto) {
+    holds = holds || HoldsMasks(below, there);
+  });
+  return holds;
+}
+
+}  // namespace Json
