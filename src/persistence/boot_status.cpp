@@ -2,14 +2,13 @@
 
 #include "errors/raise.h"
 #include "objects/access.h"
-#include "objects/division.h"
 #include "objects/filter.h"
+#include "objects/generated_ids.h"
 #include "objects/merge.h"
 #include "persistence/binder.h"
 #include "persistence/boot_statements.h"
 #include "persistence/statements.h"
 
-#include <unordered_set>
 #include <utility>
 
 namespace TarnConfigStore {
@@ -30,44 +29,6 @@ void Run(const InstanceStatement& one, const TypeStatement& all, const ConfigSto
           : one.PrepareAndBind(connection, id.key, id.group, id.component, id.instanceId);
   if (DBStore::ExecuteStmt(connection, statement, nullptr, nullptr, DBStore::kWaitLimit) != 0) {
     ThrowFailure(failure);
-  }
-}
-
-// What is given of an element that the store has told apart is that element, not a new one.
-void AdoptGeneratedIds(Json::Value& part, const Json::Value& whole, Json::SchemaPlace place,
-                       Json::Allocator& allocator) {
-  if (part.IsObject() && whole.IsObject()) {
-    for (auto& member : part.GetObject()) {
-      const std::string_view name = Json::Text(member.name);
-      if (const Json::Value* matched = Json::FindMember(whole, name)) {
-        AdoptGeneratedIds(member.value, *matched, place.Property(name), allocator);
-      }
-    }
-    return;
-  }
-  if (!part.IsArray() || !whole.IsArray()) {
-    return;
-  }
-  const Json::SchemaPlace items = place.Items();
-  std::unordered_set<const Json::Value*> taken;
-  for (Json::Value& element : part.GetArray()) {
-    const Json::Value* matched = nullptr;
-    for (const Json::Value& candidate : whole.GetArray()) {
-      if (IsSubset(element, candidate) && (matched == nullptr || taken.count(matched) != 0)) {
-        matched = &candidate;
-      }
-    }
-    if (matched == nullptr) {
-      continue;
-    }
-    taken.insert(matched);
-    AdoptGeneratedIds(element, *matched, items, allocator);
-    const Json::Value* id = Json::FindMember(*matched, Json::kGeneratedInstanceId);
-    if (items.GetsGeneratedId() && element.IsObject() && id != nullptr &&
-        Json::FindMember(element, Json::kGeneratedInstanceId) == nullptr) {
-      element.AddMember(Json::Copy(Json::kGeneratedInstanceId, allocator),
-                        Json::Value(*id, allocator), allocator);
-    }
   }
 }
 

@@ -1,8 +1,8 @@
 #include "tarnconfigstore/listing.h"
 
-#include "errors/raise.h"
 #include "persistence/connection.h"
 #include "persistence/next_boot_records.h"
+#include "persistence/prefix_rows.h"
 #include "persistence/row_objects.h"
 #include "persistence/statements.h"
 
@@ -15,37 +15,6 @@ namespace {
 
 bool IsSet(const RowMap& row, std::string_view column) {
   return row.Text(column) == "1";
-}
-
-std::vector<std::string_view> PrefixOf(const ConfigStoreObjectId& id) {
-  std::vector<std::string_view> prefix;
-  for (const std::string* field : {&id.component, &id.group, &id.key, &id.instanceId}) {
-    if (field->empty()) {
-      break;
-    }
-    prefix.push_back(*field);
-  }
-  return prefix;
-}
-
-// Rows under a prefix, by the statement for as many fields as it names.
-template <std::size_t count>
-void VisitUnder(const ConfigStoreObjectId& prefix, const std::string_view (&statements)[count],
-                const RowVisitor& visit) {
-  const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
-  const std::vector<std::string_view> fields = PrefixOf(prefix);
-  const DBStore::StatementHandle statement =
-      DBStore::internal::Prepare(connection, statements[fields.size()], DBStore::kWaitLimit);
-  int index = 1;
-  bool bound = true;
-  for (const std::string_view field : fields) {
-    bound = bound && DBStore::internal::Bind(connection, statement, index, field, false) == 0;
-  }
-  constexpr const char* kFailure = "Get store rows failed.";
-  if (!bound) {
-    ThrowFailure(kFailure);
-  }
-  ForEachRow(connection, statement, kFailure, visit);
 }
 
 StoredObject StoredFromRow(const RowMap& row) {
@@ -72,7 +41,8 @@ StagedChange StagedFromRow(const RowMap& row) {
 
 void VisitStored(const ConfigStoreObjectId& prefix,
                  const std::function<void(StoredObject)>& visit) {
-  VisitUnder(prefix, LIST_STORED, [&visit](const RowMap& row) { visit(StoredFromRow(row)); });
+  ForEachRowUnder(prefix, LIST_STORED, GetDBStore(DBStore::Type::CURRENT_STORE, true),
+                  [&visit](const RowMap& row) { visit(StoredFromRow(row)); });
 }
 
 std::vector<StoredObject> ListStored(const ConfigStoreObjectId& prefix) {
@@ -83,8 +53,8 @@ std::vector<StoredObject> ListStored(const ConfigStoreObjectId& prefix) {
 
 std::vector<StagedChange> ListStaged(const ConfigStoreObjectId& prefix) {
   std::vector<StagedChange> changes;
-  VisitUnder(prefix, LIST_STAGED,
-             [&changes](const RowMap& row) { changes.push_back(StagedFromRow(row)); });
+  ForEachRowUnder(prefix, LIST_STAGED, GetDBStore(DBStore::Type::CURRENT_STORE, true),
+                  [&changes](const RowMap& row) { changes.push_back(StagedFromRow(row)); });
   return changes;
 }
 

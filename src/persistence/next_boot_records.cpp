@@ -30,35 +30,49 @@ std::string_view TextOf(NextBootAction action) {
   return {};
 }
 
+void WriteContent(const DBStore::StatementHandle& statement, const ConfigStoreObjectId& id,
+                  const std::string& version, const ColumnValues& values,
+                  const DBStore::ConnectionHandle& connection) {
+  if (!Binder(connection, statement)
+           .Text(id.instanceId, id.key, id.group, id.component, version)
+           .Nullable(values.user, values.vital, values.cached)
+           .Text(TextOf(NextBootAction::SET))
+           .Execute()) {
+    ThrowFailure("Failed to update reboot-required configuraition.");
+  }
+}
+
+DBStore::StatementHandle PrepareContent(const DBStore::ConnectionHandle& connection) {
+  return DBStore::internal::Prepare(connection, STAGE_SET, DBStore::kWaitLimit);
+}
+
 void StageContent(const std::vector<ObjectHandle>& objects,
                   const TarnSchemaStore::SchemaObject& schema,
                   const DBStore::ConnectionHandle& connection) {
-  const DBStore::StatementHandle statement =
-      DBStore::internal::Prepare(connection, STAGE_SET, DBStore::kWaitLimit);
+  const DBStore::StatementHandle statement = PrepareContent(connection);
   for (const ObjectHandle& object : objects) {
     GiveGeneratedIds(*object, schema);
     const auto& [id, values] = DivideObject(*object, schema, EXTERNAL);
-    if (!Binder(connection, statement)
-             .Text(id->instanceId, id->key, id->group, id->component, schema.GetVersion())
-             .Nullable(values.user, values.vital, values.cached)
-             .Text(TextOf(NextBootAction::SET))
-             .Execute()) {
-      ThrowFailure("Failed to update reboot-required configuraition.");
-    }
+    WriteContent(statement, *id, schema.GetVersion(), values, connection);
+  }
+}
+
+void WriteDeletion(const ConfigStoreObjectId& id, NextBootAction action, const std::string& version,
+                   const DBStore::ConnectionHandle& connection) {
+  const DBStore::StatementHandle statement =
+      DBStore::internal::Prepare(connection, STAGE_DELETE, DBStore::kWaitLimit);
+  if (!Binder(connection, statement)
+           .Text(id.instanceId, id.key, id.group, id.component, version, TextOf(action))
+           .Execute()) {
+    ThrowFailure("Failed to delete reboot-required configuraition.");
   }
 }
 
 void StageDeletion(const ConfigStoreObjectId& id, const TarnSchemaStore::SchemaObject& schema,
                    const DBStore::ConnectionHandle& connection) {
-  const NextBootAction action =
-      schema.IsNonSingleton() ? NextBootAction::DELETE_INSTANCE : NextBootAction::DELETE;
-  const DBStore::StatementHandle statement =
-      DBStore::internal::Prepare(connection, STAGE_DELETE, DBStore::kWaitLimit);
-  if (!Binder(connection, statement)
-           .Text(id.instanceId, id.key, id.group, id.component, schema.GetVersion(), TextOf(action))
-           .Execute()) {
-    ThrowFailure("Failed to delete reboot-required configuraition.");
-  }
+  WriteDeletion(id,
+                schema.IsNonSingleton() ? NextBootAction::DELETE_INSTANCE : NextBootAction::DELETE,
+                schema.GetVersion(), connection);
 }
 
 void Run(const DBStore::StatementHandle& statement, const ConfigStoreObjectId& id,
@@ -140,6 +154,16 @@ void ForEachStagedChange(const DBStore::ConnectionHandle& connection, const RowV
   const DBStore::StatementHandle statement =
       DBStore::internal::Prepare(connection, READ_STAGED, DBStore::kWaitLimit);
   ForEachRow(connection, statement, "Get store rows failed.", receiver);
+}
+
+void WriteStagedRecord(const ConfigStoreObjectId& id, NextBootAction action,
+                       const std::string& version, const ColumnValues& values,
+                       const DBStore::ConnectionHandle& connection) {
+  if (action == NextBootAction::SET) {
+    WriteContent(PrepareContent(connection), id, version, values, connection);
+  } else {
+    WriteDeletion(id, action, version, connection);
+  }
 }
 
 NextBootAction ActionFromRow(const RowMap& row) {

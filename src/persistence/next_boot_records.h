@@ -6,6 +6,7 @@
 
 #include "platform/db_store.h"
 
+#include "objects/division.h"
 #include "persistence/row_objects.h"
 
 #include <memory>
@@ -67,6 +68,12 @@ void ForEachStagedChange(const DBStore::ConnectionHandle& connection, const RowV
 
 /// What such a row does. A text that is none of the three raises ConfigStoreException 2000.
 NextBootAction ActionFromRow(const RowMap& row);
+
+/// Writes a record as a document has it, and nothing else. Raises as the operation that stages such a
+/// change.
+void WriteStagedRecord(const ConfigStoreObjectId& id, NextBootAction action,
+                       const std::string& version, const ColumnValues& values,
+                       const DBStore::ConnectionHandle& connection);
 
 /// Remove one staged change, or all, once they are applied. "Failed to clear RebootRequired config
 /// for csoId: IDENTIFIER" and "Failed to clear RebootRequired config".

@@ -3,6 +3,7 @@
 
 #include "platform/db_store.h"
 
+#include <array>
 #include <string_view>
 
 namespace TarnConfigStore {
@@ -218,7 +219,7 @@ inline constexpr TypeStatement DELETE_AUTOMATIC_VALUES(
 #define TARN_STORED_ORDER " ORDER BY Component, ConfigGroup, Name, Identifier"
 /// What is stored, by a prefix of none to all of component, group, name and identifier, which are
 /// the parameters. The first scans the table: it is asked for everything.
-inline constexpr std::string_view LIST_STORED[] = {
+inline constexpr std::array<std::string_view, 5> LIST_STORED = {
     TARN_STORED_COLUMNS TARN_STORED_ORDER,
     TARN_STORED_COLUMNS " AND Component = ?" TARN_STORED_ORDER,
     TARN_STORED_COLUMNS " AND Component = ? AND ConfigGroup = ?" TARN_STORED_ORDER,
@@ -232,7 +233,7 @@ inline constexpr std::string_view LIST_STORED[] = {
   "SELECT Component, ConfigGroup, Name, Identifier, Version, BootAction, Value NOT NULL AS " \
   "HasUser, VitalValue NOT NULL AS HasVital, CachedValue NOT NULL AS HasCached FROM "        \
   "DesiredUserConfig"
-inline constexpr std::string_view LIST_STAGED[] = {
+inline constexpr std::array<std::string_view, 5> LIST_STAGED = {
     // Texts that belong together. NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     TARN_STAGED_COLUMNS TARN_STORED_ORDER,
     TARN_STAGED_COLUMNS " WHERE Component = ?" TARN_STORED_ORDER,
@@ -241,7 +242,40 @@ inline constexpr std::string_view LIST_STAGED[] = {
     TARN_STAGED_COLUMNS " WHERE Component = ? AND ConfigGroup = ? AND Name = ? AND Identifier = ?",
 };
 #undef TARN_STAGED_COLUMNS
+
+/// One value of all rows that hold it, as "Value", by a prefix.
+#define TARN_ONE_VALUE(column)                                        \
+  "SELECT Component, ConfigGroup, Name, Identifier, Success, " column \
+  " AS Value FROM Config WHERE " column " NOT NULL"
+#define TARN_BY_PREFIX(select)                                                          \
+  {                                                                                     \
+    select TARN_STORED_ORDER, select " AND Component = ?" TARN_STORED_ORDER,            \
+        select " AND Component = ? AND ConfigGroup = ?" TARN_STORED_ORDER,              \
+        select " AND Component = ? AND ConfigGroup = ? AND Name = ?" TARN_STORED_ORDER, \
+        select " AND Component = ? AND ConfigGroup = ? AND Name = ? AND Identifier = ?" \
+  }
+inline constexpr std::array<std::string_view, 5> READ_USER_VALUES =
+    TARN_BY_PREFIX(TARN_ONE_VALUE("UserValue"));
+inline constexpr std::array<std::string_view, 5> READ_AUTOMATIC_VALUES =
+    TARN_BY_PREFIX(TARN_ONE_VALUE("AutoConfValue"));
+inline constexpr std::array<std::string_view, 5> READ_VITAL_VALUES =
+    TARN_BY_PREFIX(TARN_ONE_VALUE("VitalValue"));
+inline constexpr std::array<std::string_view, 5> READ_CACHED_VALUES =
+    TARN_BY_PREFIX(TARN_ONE_VALUE("CachedValue"));
+inline constexpr std::array<std::string_view, 5> READ_PENDING_VALUES =
+    TARN_BY_PREFIX(TARN_ONE_VALUE("DesiredValue"));
+#undef TARN_ONE_VALUE
+
+/// Everything that is staged, by a prefix, in the order in which it is applied.
+inline constexpr std::array<std::string_view, 5> READ_STAGED_RECORDS = TARN_BY_PREFIX(
+    "SELECT Component, ConfigGroup, Name, Identifier, Version, BootAction, Value AS UserValue, "
+    "VitalValue, CachedValue FROM DesiredUserConfig WHERE true");
+#undef TARN_BY_PREFIX
 #undef TARN_STORED_ORDER
+
+/// One row, whatever the store holds.
+inline constexpr std::string_view READ_SOMETHING =
+    "SELECT COUNT(*) FROM (SELECT 1 FROM Config LIMIT 1)";
 
 // Administration of types:
 

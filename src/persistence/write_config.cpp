@@ -18,21 +18,28 @@ ColumnMapEntry DivideForWriting(const ConfigStoreObject& object,
   return DivideObject(object, schema, context);
 }
 
-void WriteRow(const ColumnMapEntry& row, const std::string& version,
-              const ExistingInstances::mapped_type* existing,
-              const DBStore::ConnectionHandle& connection) {
-  const ConfigStoreObjectId& id = *row.id;
+void WriteComplete(const ConfigStoreObjectId& type, const std::string& instanceId,
+                   const std::string& version, int success, const ColumnValues& values,
+                   DBStore::NullableSV creationTime, int revisionBase,
+                   const DBStore::ConnectionHandle& connection) {
   const DBStore::StatementHandle statement =
       DBStore::internal::Prepare(connection, WRITE_COMPLETE, DBStore::kWaitLimit);
   if (!Binder(connection, statement)
-           .Text(id.instanceId, id.key, id.group, id.component, version)
-           .Number(kConfirmed)
-           .Nullable(row.values.automatic, row.values.user, row.values.vital, row.values.cached)
-           .Nullable(existing == nullptr ? DBStore::NullableSV() : existing->second)
-           .Number(existing == nullptr ? 0 : existing->first)
+           .Text(instanceId, type.key, type.group, type.component, version)
+           .Number(success)
+           .Nullable(values.automatic, values.user, values.vital, values.cached, creationTime)
+           .Number(revisionBase)
            .Execute()) {
     ThrowFailure("WriteComplete failed");
   }
+}
+
+void WriteRow(const ColumnMapEntry& row, const std::string& version,
+              const ExistingInstances::mapped_type* existing,
+              const DBStore::ConnectionHandle& connection) {
+  WriteComplete(*row.id, row.id->instanceId, version, kConfirmed, row.values,
+                existing == nullptr ? DBStore::NullableSV() : DBStore::NullableSV(existing->second),
+                existing == nullptr ? 0 : existing->first, connection);
 }
 
 }  // namespace
@@ -67,6 +74,18 @@ void WriteCompleteConfigInstances(const ColumnMap& rows,
       known = found == existing->end() ? nullptr : &found->second;
     }
     WriteRow(row, RequireSchema(schemaCache, *row.id)->GetVersion(), known, connection);
+  }
+}
+
+void WriteImportedRow(const ConfigStoreObjectId& type, const StoredRow& row,
+                      const std::optional<std::string>& creationTime, int revision,
+                      const DBStore::ConnectionHandle& connection) {
+  WriteComplete(type, row.instanceId, row.version, row.confirmed ? kConfirmed : 0, row,
+                creationTime ? DBStore::NullableSV(*creationTime) : DBStore::NullableSV(),
+                revision - 1,  // the statement adds one
+                connection);
+  if (row.pending) {
+    RedivideRow(type, row, connection);
   }
 }
 

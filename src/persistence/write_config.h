@@ -8,6 +8,7 @@
 
 #include "objects/division.h"
 #include "persistence/row_objects.h"
+#include "persistence/type_rows.h"
 
 #include <map>
 #include <memory>
@@ -39,5 +40,13 @@ void WriteCompleteConfigInstances(const ColumnMap& rows,
                                   const DBStore::ConnectionHandle& connection,
                                   const SchemaCacheHandle& schemaCache,
                                   const std::optional<ExistingInstances>& existing);
+
+/// Writes a row as a document has it, all values, the pending one and the version included. A new row
+/// gets the creation time, where there is one, and the number of writes; one that is there keeps its
+/// own, and counts a write. Raises as SetInternal.
+/// \param type  names the type; the row has the instance id
+void WriteImportedRow(const ConfigStoreObjectId& type, const StoredRow& row,
+                      const std::optional<std::string>& creationTime, int revision,
+                      const DBStore::ConnectionHandle& connection);
 
 }  // namespace TarnConfigStore

@@ -1,0 +1,47 @@
+#include "objects/generated_ids.h"
+
+#include "json/instance_ids.h"
+#include "objects/filter.h"
+
+#include <unordered_set>
+
+namespace TarnConfigStore {
+
+void AdoptGeneratedIds(Json::Value& part, const Json::Value& whole, Json::SchemaPlace place,
+                       Json::Allocator& allocator) {
+  if (part.IsObject() && whole.IsObject()) {
+    for (auto& member : part.GetObject()) {
+      const std::string_view name = Json::Text(member.name);
+      if (const Json::Value* matched = Json::FindMember(whole, name)) {
+        AdoptGeneratedIds(member.value, *matched, place.Property(name), allocator);
+      }
+    }
+    return;
+  }
+  if (!part.IsArray() || !whole.IsArray()) {
+    return;
+  }
+  const Json::SchemaPlace items = place.Items();
+  std::unordered_set<const Json::Value*> taken;
+  for (Json::Value& element : part.GetArray()) {
+    const Json::Value* matched = nullptr;
+    for (const Json::Value& candidate : whole.GetArray()) {
+      if (IsSubset(element, candidate) && (matched == nullptr || taken.count(matched) != 0)) {
+        matched = &candidate;
+      }
+    }
+    if (matched == nullptr) {
+      continue;
+    }
+    taken.insert(matched);
+    AdoptGeneratedIds(element, *matched, items, allocator);
+    const Json::Value* id = Json::FindMember(*matched, Json::kGeneratedInstanceId);
+    if (items.GetsGeneratedId() && element.IsObject() && id != nullptr &&
+        Json::FindMember(element, Json::kGeneratedInstanceId) == nullptr) {
+      element.AddMember(Json::Copy(Json::kGeneratedInstanceId, allocator),
+                        Json::Value(*id, allocator), allocator);
+    }
+  }
+}
+
+}  // namespace TarnConfigStore

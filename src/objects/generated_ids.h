@@ -1,0 +1,15 @@
+// The ids that the store gave to elements, kept while their data come back from outside.
+#pragma once
+
+#include "json/json.h"
+#include "json/type_schema_view.h"
+
+namespace TarnConfigStore {
+
+/// Gives each element that is part of a stored one the id of that one: it is that element, not a new
+/// one.
+/// \param whole  what is stored
+void AdoptGeneratedIds(Json::Value& part, const Json::Value& whole, Json::SchemaPlace place,
+                       Json::Allocator& allocator);
+
+}  // namespace TarnConfigStore
