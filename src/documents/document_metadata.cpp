@@ -1,0 +1,249 @@
+// What a document says about itself, and its records of what is staged.
+
+#include "documents/document_reader.h"
+#include "errors/raise.h"
+#include "json/instance_ids.h"
+#include "json/pointer.h"
+#include "objects/schema_lookup.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <limits>
+#include <utility>
+
+namespace TarnConfigStore {
+namespace {
+
+constexpr const char* kNoText = "INCORRECT TYPE: expected string.";
+constexpr const char* kNoObject = "INCORRECT TYPE: expected object.";
+constexpr const char* kNoList = "INCORRECT TYPE: expected array.";
+
+std::string Below(const std::string& pointer, std::string_view name) {
+  std::string below = pointer;
+  Json::AppendToken(below, name);
+  return below;
+}
+
+// "YYYY-MM-DD HH:MM:SS", as far as its form goes.
+bool IsTime(std::string_view text) {
+  constexpr std::string_view kForm = "dddd-dd-dd dd:dd:dd";
+  return std::equal(text.begin(), text.end(), kForm.begin(), kForm.end(), [](char c, char form) {
+    return form == 'd' ? c >= '0' && c <= '9' : c == form;
+  });
+}
+
+// The members of an object that may have no others, each with what is said where it is not right.
+class Members {
+ public:
+  Members(const Json::Value& object, std::string pointer, std::vector<ErrorInfo>& findings)
+      : object_(object), pointer_(std::move(pointer)), findings_(findings) {}
+
+  void AllowOnly(std::initializer_list<std::string_view> names) {
+    for (const auto& member : object_.GetObject()) {
+      const std::string_view name = Json::Text(member.name);
+      if (std::find(names.begin(), names.end(), name) == names.end()) {
+        findings_.push_back({Below(pointer_, name), "is not known here"});
+      }
+    }
+  }
+
+  const Json::Value* Find(const char* name) const { return Json::FindMember(object_, name); }
+
+  std::optional<std::string> Text(const char* name) {
+    const Json::Value* value = Find(name);
+    if (value == nullptr) {
+      return std::nullopt;
+    }
+    if (!value->IsString()) {
+      Add(name, kNoText);
+      return std::nullopt;
+    }
+    return std::string(Json::Text(*value));
+  }
+
+  const Json::Value* Object(const char* name) {
+    const Json::Value* value = Find(name);
+    if (value != nullptr && !value->IsObject()) {
+      Add(name, kNoObject);
+      return nullptr;
+    }
+    return value;
+  }
+
+  void Add(const char* name, std::string error) {
+    findings_.push_back({Below(pointer_, name), std::move(error)});
+  }
+
+ private:
+  const Json::Value& object_;
+  const std::string pointer_;
+  std::vector<ErrorInfo>& findings_;
+};
+
+}  // namespace
+
+void DocumentReader::ReadMetadata(const Json::Value& metadata) {
+  Members members(metadata, Below("", kMetadataName), document_.findings);
+  members.AllowOnly({kPartsName, kRedactedName, kObjectsName});
+  if (const Json::Value* parts = members.Find(kPartsName)) {
+    ReadParts(*parts);
+  }
+  if (const Json::Value* redacted = members.Find(kRedactedName)) {
+    ReadRedacted(*redacted);
+  }
+}
+
+void DocumentReader::ReadParts(const Json::Value& parts) {
+  const std::string pointer = Below(Below("", kMetadataName), kPartsName);
+  document_.parts = {};
+  if (!parts.IsArray()) {
+    Add(pointer, kNoList);
+    return;
+  }
+  int index = 0;
+  for (const Json::Value& part : parts.GetArray()) {
+    const auto known = std::find_if(
+        kPartNames.begin(), kPartNames.end(),
+        [&](std::string_view name) { return part.IsString() && Json::Text(part) == name; });
+    if (known != kPartNames.end()) {
+      document_.parts[static_cast<std::size_t>(known - kPartNames.begin())] = true;
+    } else if (part.IsString() && Json::Text(part) == kStagedName) {
+      document_.speaksOfStaged = true;
+    } else {
+      Add(Below(pointer, std::to_string(index)),
+          "is none of \"user\", \"automatic\", \"vital\", \"cached\", \"pending\" and \"staged\"");
+    }
+    ++index;
+  }
+  if (!document_.SpeaksOf(Section::USER)) {
+    Add(pointer, "has to have \"user\"");
+  }
+}
+
+void DocumentReader::ReadRedacted(const Json::Value& redacted) {
+  const std::string pointer = Below(Below("", kMetadataName), kRedactedName);
+  if (!redacted.IsArray()) {
+    Add(pointer, kNoList);
+    return;
+  }
+  int index = 0;
+  for (const Json::Value& place : redacted.GetArray()) {
+    if (place.IsString()) {
+      document_.redacted.emplace(Json::Text(place));
+    } else {
+      Add(Below(pointer, std::to_string(index)), kNoText);
+    }
+    ++index;
+  }
+}
+
+void DocumentReader::ReadInfo(const ConfigStoreObjectId& type, const Json::Value& value,
+                              const std::string& pointer) {
+  if (!value.IsArray()) {
+    ReadOneInfo(type, value, pointer);
+    return;
+  }
+  int index = 0;
+  for (const Json::Value& element : value.GetArray()) {
+    ReadOneInfo(type, element, Below(pointer, std::to_string(index++)));
+  }
+}
+
+void DocumentReader::ReadOneInfo(const ConfigStoreObjectId& type, const Json::Value& value,
+                                 const std::string& pointer) {
+  if (!value.IsObject()) {
+    Add(pointer, kNoObject);
+    return;
+  }
+  Members members(value, pointer, document_.findings);
+  members.AllowOnly({kInstanceName, kCreatedName, kRevisionName, kVersionName, kConfirmedName});
+  const std::string instance = members.Text(kInstanceName).value_or("");
+  const auto known = types_.find(SectionPointer("", type));
+  const auto* objects = known == types_.end() ? nullptr : &objects_[known->second];
+  if (objects == nullptr || objects->find(instance) == objects->end()) {
+    Add(pointer, "is of no object of the document");
+    return;
+  }
+  RowInfo& info = document_.types[known->second].objects[objects->at(instance)].info;
+  info.created = members.Text(kCreatedName);
+  if (info.created && !IsTime(*info.created)) {
+    members.Add(kCreatedName, "is no time of the form \"YYYY-MM-DD HH:MM:SS\"");
+  }
+  if (const Json::Value* revision = members.Find(kRevisionName)) {
+    if (!revision->IsInt() || revision->GetInt() == std::numeric_limits<int>::min()) {
+      members.Add(kRevisionName, "is no number of writes");
+    } else {
+      info.revision = revision->GetInt();
+    }
+  }
+  info.version = members.Text(kVersionName);
+  if (const Json::Value* confirmed = members.Find(kConfirmedName)) {
+    if (!confirmed->IsBool()) {
+      members.Add(kConfirmedName, "INCORRECT TYPE: expected boolean.");
+    } else {
+      info.confirmed = confirmed->GetBool();
+    }
+  }
+}
+
+void DocumentReader::ReadStaged(const ConfigStoreObjectId& type, const Json::Value& value,
+                                const std::string& pointer) {
+  if (!value.IsArray()) {
+    Add(pointer, kNoList);
+    return;
+  }
+  int index = 0;
+  for (const Json::Value& element : value.GetArray()) {
+    ReadChange(type, element, Below(pointer, std::to_string(index++)));
+  }
+}
+
+void DocumentReader::ReadChange(const ConfigStoreObjectId& type, const Json::Value& value,
+                                const std::string& pointer) {
+  if (!value.IsObject()) {
+    Add(pointer, kNoObject);
+    return;
+  }
+  const std::size_t before = document_.findings.size();
+  Members members(value, pointer, document_.findings);
+  members.AllowOnly({kActionName, kInstanceName, kVersionName, kUserName, kVitalName, kCachedName});
+  NamedChange change{
+      {type.key, type.group, type.component, members.Text(kInstanceName).value_or("")},
+      pointer,
+      NextBootAction::SET,
+      {},
+      nullptr,
+      nullptr,
+      nullptr};
+  change.version = members.Text(kVersionName).value_or("");
+  change.user = members.Object(kUserName);
+  change.vital = members.Object(kVitalName);
+  change.cached = members.Object(kCachedName);
+  const std::string action = members.Text(kActionName).value_or("");
+  const auto known = std::find_if(kActionNames.begin(), kActionNames.end(),
+                                  [&action](std::string_view name) { return name == action; });
+  if (known == kActionNames.end()) {
+    members.Add(kActionName, R"(is none of "set", "delete" and "delete-instance")");
+    return;
+  }
+  change.action = static_cast<NextBootAction>(known - kActionNames.begin());
+  const bool hasData =
+      change.user != nullptr || change.vital != nullptr || change.cached != nullptr;
+  if (hasData != (change.action == NextBootAction::SET)) {
+    members.Add(kActionName, hasData ? "has no use for data" : "needs data to set");
+  }
+  if (!change.id.instanceId.empty() && !Json::IsInstanceId(change.id.instanceId)) {
+    members.Add(kInstanceName,
+                "is no instance id: 1 to 255 bytes of UTF-8 without control characters");
+  }
+  std::string name = SectionPointer("", type);
+  Json::AppendToken(name, change.id.instanceId);
+  if (!staged_.insert(std::move(name)).second) {
+    Add(pointer, "has an instance that another record has, too");
+  }
+  if (document_.findings.size() == before) {
+    document_.staged.push_back(std::move(change));
+  }
+}
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,215 @@
+#include "documents/document_reader.h"
+
+#include "errors/raise.h"
+#include "json/instance_ids.h"
+#include "json/pointer.h"
+#include "json/utf8.h"
+#include "objects/schema_lookup.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace TarnConfigStore {
+namespace {
+
+std::string Below(const std::string& pointer, std::string_view name) {
+  std::string below = pointer;
+  Json::AppendToken(below, name);
+  return below;
+}
+
+std::string Quoted(std::string_view text) {
+  return "\"" + Json::Utf8::Escaped(text) + "\"";
+}
+
+}  // namespace
+
+DocumentReader::DocumentReader(ConfigDocument& document)
+    : document_(document), schemas_(TarnSchemaStore::SchemaStore::GetCache()) {}
+
+void DocumentReader::Add(std::string field, std::string error) {
+  document_.findings.push_back({std::move(field), std::move(error)});
+}
+
+void DocumentReader::Read(const Json::Value& root) {
+  if (!root.IsObject()) {
+    Add("/", "INCORRECT TYPE: expected object.");
+    return;
+  }
+  CheckFormat(root);
+  CheckMembers(root);
+  if (!document_.findings.empty()) {
+    return;  // of another format everything may be otherwise
+  }
+  // What the document speaks of comes first: sections are held against it.
+  if (const Json::Value* metadata = Json::FindMember(root, kMetadataName)) {
+    ReadMetadata(*metadata);
+  }
+  ReadSections(root);
+  const Json::Value* metadata = Json::FindMember(root, kMetadataName);
+  const Json::Value* infos =
+      metadata == nullptr ? nullptr : Json::FindMember(*metadata, kObjectsName);
+  if (infos != nullptr) {
+    ForEachType(*infos, std::string("/") + kMetadataName + "/" + kObjectsName,
+                [this](const auto& type, const auto& value, const auto& pointer) {
+                  ReadInfo(type, value, pointer);
+                });
+  }
+}
+
+void DocumentReader::CheckFormat(const Json::Value& root) {
+  const Json::Value* format = Json::FindMember(root, kFormatName);
+  if (format == nullptr) {
+    Add("/", "has no \"format\"; a document of this form says \"format\": 1");
+  } else if (!format->IsInt() || format->GetInt() != kDocumentFormat) {
+    Add(Below("", kFormatName), "is not 1, the only format that is read here");
+  }
+}
+
+void DocumentReader::CheckMembers(const Json::Value& root) {
+  for (const auto& member : root.GetObject()) {
+    const std::string_view name = Json::Text(member.name);
+    const bool isSection = name == kStagedName || FindSection(name);
+    if (!isSection && name != kFormatName && name != kMetadataName) {
+      Add(Below("", name), "is no member of a document");
+    } else if (name != kFormatName && !member.value.IsObject()) {
+      Add(Below("", name), "INCORRECT TYPE: expected object.");
+    }
+  }
+  if (Json::FindMember(root, kSectionNames[0]) == nullptr) {
+    Add("/", "has no \"config\"");
+  }
+}
+
+void DocumentReader::ReadSections(const Json::Value& root) {
+  for (std::size_t i = 0; i < kSections; ++i) {
+    const Json::Value* section = Json::FindMember(root, kSectionNames[i]);
+    if (section == nullptr) {
+      continue;
+    }
+    if (!document_.parts[i]) {
+      Add(Below("", kSectionNames[i]), std::string("does not belong to the document: \"parts\" of "
+                                                   "its metadata does not have \"") +
+                                           kPartNames[i] + "\"");
+      continue;
+    }
+    ForEachType(*section, Below("", kSectionNames[i]),
+                [&](const auto& type, const auto& value, const auto& pointer) {
+                  ReadType(static_cast<Section>(i), type, value, pointer);
+                });
+  }
+  if (const Json::Value* staged = Json::FindMember(root, kStagedName)) {
+    if (!document_.speaksOfStaged) {
+      Add(Below("", kStagedName),
+          "does not belong to the document: \"parts\" of its metadata does "
+          "not have \"staged\"");
+      return;
+    }
+    ForEachType(*staged, Below("", kStagedName),
+                [this](const auto& type, const auto& value, const auto& pointer) {
+                  ReadStaged(type, value, pointer);
+                });
+  }
+}
+
+void DocumentReader::ForEachType(const Json::Value& section, const std::string& pointer,
+                                 const TypeVisitor& visit) {
+  const auto forEachMember = [this](const Json::Value& value, const std::string& place,
+                                    const auto& receive) {
+    if (!value.IsObject()) {
+      Add(place, "INCORRECT TYPE: expected object.");
+      return;
+    }
+    for (const auto& member : value.GetObject()) {
+      const std::string_view name = Json::Text(member.name);
+      receive(name, member.value, Below(place, name));
+    }
+  };
+  forEachMember(section, pointer, [&](auto component, const auto& groups, const auto& there) {
+    forEachMember(groups, there, [&](auto group, const auto& keys, const auto& below) {
+      forEachMember(keys, below, [&](auto key, const auto& value, const auto& place) {
+        visit(ConfigStoreObjectId(std::string(key), std::string(group), std::string(component)),
+              value, place);
+      });
+    });
+  });
+}
+
+NamedType& DocumentReader::TypeOf(const ConfigStoreObjectId& id) {
+  const auto [known, isNew] = types_.try_emplace(SectionPointer("", id), document_.types.size());
+  if (isNew) {
+    document_.types.push_back({id, FindSchema(schemas_, id), false, {}});
+    objects_.emplace_back();
+  }
+  return document_.types[known->second];
+}
+
+NamedObject& DocumentReader::ObjectOf(NamedType& type, const std::string& instanceId) {
+  auto& objects = objects_[static_cast<std::size_t>(&type - document_.types.data())];
+  const auto [known, isNew] = objects.try_emplace(instanceId, type.objects.size());
+  if (isNew) {
+    type.objects.push_back(
+        {{type.id.key, type.id.group, type.id.component, instanceId}, {}, {}, {}});
+  }
+  return type.objects[known->second];
+}
+
+void DocumentReader::ReadType(Section section, const ConfigStoreObjectId& id,
+                              const Json::Value& value, const std::string& pointer) {
+  NamedType& type = TypeOf(id);
+  type.inConfig = type.inConfig || section == Section::USER;
+  if (!type.schema) {
+    AppendErrorInfo(pointer, CS_SCHEMA_NOT_FOUND, document_.findings,
+                    "/" + id.component + "/" + id.group + "/" + id.key);
+    return;
+  }
+  if (!type.schema->IsNonSingleton()) {
+    if (value.IsArray()) {
+      Add(pointer, "expected an object: the type has no instances");
+      return;
+    }
+    ObjectOf(type, "").parts[static_cast<std::size_t>(section)] = {&value, -1};
+    return;
+  }
+  if (!value.IsArray()) {
+    Add(pointer, "expected a list: the type has instances");
+    return;
+  }
+  type.objects.reserve(value.Size());
+  ReadInstances(section, type, value, pointer);
+}
+
+void DocumentReader::ReadInstances(Section section, NamedType& type, const Json::Value& list,
+                                   const std::string& pointer) {
+  const std::string_view idMember = type.schema->GetSchemaPlace().InstanceIdMember();
+  std::int32_t index = -1;
+  for (const Json::Value& element : list.GetArray()) {
+    ++index;
+    const auto place = [&] { return Below(pointer, std::to_string(index)); };
+    if (!element.IsObject()) {
+      Add(place(), "INCORRECT TYPE: expected object.");
+      continue;
+    }
+    const Json::Value* id = Json::FindMember(element, idMember);
+    if (id == nullptr || !id->IsString()) {
+      Add(Below(place(), idMember), id == nullptr ? "is missing: it holds the instance id"
+                                                  : "INCORRECT TYPE: expected string.");
+      continue;
+    }
+    if (!Json::IsInstanceId(Json::Text(*id))) {
+      Add(Below(place(), idMember),
+          "is no instance id: 1 to 255 bytes of UTF-8 without control characters");
+      continue;
+    }
+    NamedObject::Part& part =
+        ObjectOf(type, std::string(Json::Text(*id))).parts[static_cast<std::size_t>(section)];
+    if (part.value != nullptr) {
+      Add(Below(place(), idMember), "is the id of element " + std::to_string(part.index) +
+                                        ", too: " + Quoted(Json::Text(*id)));
+      continue;
+    }
+    part = {&element, index};
+  }
+}
+
+}  // namespace TarnConfigStore

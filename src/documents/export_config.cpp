@@ -1,0 +1,251 @@
+#include "tarnconfigstore/documents.h"
+#include "tarnconfigstore/listing.h"
+
+#include "platform/logger.h"
+
+#include "documents/document_writer.h"
+#include "documents/sections.h"
+#include "errors/parse_failures.h"
+#include "errors/raise.h"
+#include "json/json_doc.h"
+#include "json/secrets.h"
+#include "objects/config_store_object_impl.h"
+#include "objects/schema_lookup.h"
+#include "persistence/connection.h"
+#include "persistence/next_boot_records.h"
+#include "persistence/prefix_rows.h"
+#include "persistence/row_objects.h"
+#include "persistence/statements.h"
+
+#include <array>
+#include <string>
+#include <unordered_set>
+#include <utility>
+
+namespace TarnConfigStore {
+namespace {
+
+constexpr std::array<const PrefixStatements*, kSections> kValues = {
+    &READ_USER_VALUES, &READ_AUTOMATIC_VALUES, &READ_VITAL_VALUES, &READ_CACHED_VALUES,
+    &READ_PENDING_VALUES};
+
+std::string Quoted(std::string_view text) {
+  std::string json;
+  Json::Serialize(Json::Reference(text), json);
+  return json;
+}
+
+class Export {
+ public:
+  Export(const ConfigStoreObjectId& prefix, const ExportOptions& options,
+         const std::function<void(std::string_view)>& write)
+      : prefix_(prefix),
+        options_(options),
+        connection_(GetDBStore(DBStore::Type::CURRENT_STORE, true)),
+        schemas_(TarnSchemaStore::SchemaStore::GetCache()),
+        writer_(write) {}
+
+  ExportReport Run() {
+    ReadAtOneMoment(connection_, [this] { Write(); });
+    return std::move(report_);
+  }
+
+ private:
+  void Write() {
+    writer_.Open();
+    writer_.Add(kFormatName, std::to_string(kDocumentFormat));
+    for (std::size_t i = 0; i < (options_.allParts ? kSections : 1); ++i) {
+      WriteSection(i);
+    }
+    if (options_.allParts) {
+      WriteStaged();
+    }
+    WriteMetadata();
+    writer_.Finish();
+  }
+
+  void WriteSection(std::size_t section) {
+    writer_.Open(kSectionNames[section]);
+    ForEachRowUnder(prefix_, *kValues[section], connection_, [&](const RowMap& row) {
+      ConfigStoreObjectId id = IdFromRow(row);
+      if (!Knows(id)) {
+        return;
+      }
+      if (!options_.allParts && row.Text("Success") != "1") {
+        report_.unconfirmed.push_back(std::move(id));
+        return;
+      }
+      const bool isInstance = type_->IsNonSingleton();
+      const std::string json =
+          Shown(row.Text("Value"), id, writer_.PointerTo(id, isInstance), kSectionNames[section]);
+      writer_.AddObject(id, isInstance, json);
+      report_.objects += section == 0 ? 1 : 0;
+    });
+    writer_.EndObjects();
+    writer_.Close();
+  }
+
+  void WriteStaged() {
+    writer_.Open(kStagedName);
+    ForEachRowUnder(prefix_, READ_STAGED_RECORDS, connection_, [&](const RowMap& row) {
+      const ConfigStoreObjectId id = IdFromRow(row);
+      if (!Knows(id)) {
+        return;
+      }
+      const std::string pointer = writer_.PointerTo(id, true);
+      const NextBootAction action = ActionFromRow(row);
+      std::string json = "{\"action\":";
+      json += Quoted(kActionNames[static_cast<std::size_t>(action)]);
+      const auto add = [&json](const char* name, const std::string& value) {
+        json.append(",\"").append(name).append("\":").append(value);
+      };
+      if (!id.instanceId.empty()) {
+        add(kInstanceName, Quoted(id.instanceId));
+      }
+      add(kVersionName, Quoted(row.Text("Version")));
+      constexpr std::pair<const char*, const char*> kParts[] = {
+          {kUserName, "UserValue"}, {kVitalName, "VitalValue"}, {kCachedName, "CachedValue"}};
+      for (const auto& [name, column] : kParts) {
+        if (const auto text = row.Find(column)) {
+          add(name, Shown(*text, id, pointer + "/" + name, kStagedName));
+        }
+      }
+      json += '}';
+      writer_.AddObject(id, true, json);
+    });
+    writer_.EndObjects();
+    writer_.Close();
+  }
+
+  void WriteMetadata() {
+    const bool hasInfo = options_.allParts || options_.metadata;
+    if (!hasInfo && redacted_.empty()) {
+      return;
+    }
+    writer_.Open(kMetadataName);
+    if (options_.allParts) {
+      std::string parts = "[";
+      for (const char* part : kPartNames) {
+        parts.append(Quoted(part)).append(",");
+      }
+      writer_.Add(kPartsName, parts.append(Quoted(kStagedName)).append("]"));
+    }
+    if (!redacted_.empty()) {
+      writer_.Add(kRedactedName, redacted_ + "]");
+    }
+    if (hasInfo) {
+      WriteInfo();
+    }
+    writer_.Close();
+  }
+
+  void WriteInfo() {
+    writer_.Open(kObjectsName);
+    ForEachRowUnder(prefix_, LIST_STORED, connection_, [&](const RowMap& row) {
+      const ConfigStoreObjectId id = IdFromRow(row);
+      const bool confirmed = row.Text("Success") == "1";
+      if (!Knows(id) || (!options_.allParts && (row.Text("HasUser") != "1" || !confirmed))) {
+        return;
+      }
+      std::string json = "{";
+      const auto add = [&json](const char* name, const std::string& value) {
+        json.append(json.size() > 1 ? ",\"" : "\"").append(name).append("\":").append(value);
+      };
+      const bool isInstance = type_->IsNonSingleton();
+      if (isInstance) {
+        add(kInstanceName, Quoted(id.instanceId));
+      }
+      if (const auto created = row.Find("CreationTime")) {
+        add(kCreatedName, Quoted(*created));
+      }
+      const std::string revision(row.Text("Revision"));
+      add(kRevisionName, std::to_string(RevisionFrom(revision.c_str())));
+      add(kVersionName, Quoted(row.Text("Version")));
+      if (!confirmed) {
+        add(kConfirmedName, "false");
+      }
+      writer_.AddObject(id, isInstance, json.append("}"));
+    });
+    writer_.EndObjects();
+    writer_.Close();
+  }
+
+  // Looks up the type of a row. False for one that is left out.
+  bool Knows(const ConfigStoreObjectId& id) {
+    if (!looked_ || !IsSameType(known_, id)) {
+      type_ = FindSchema(schemas_, id);
+      known_ = id;
+      looked_ = true;
+    }
+    if (type_) {
+      return true;
+    }
+    if (!options_.skipUnknown) {
+      ThrowException<ConfigStoreException>(CS_SCHEMA_NOT_FOUND, id.toString());
+    }
+    if (unknown_.insert(id.toString()).second) {
+      report_.unknown.push_back(id);
+    }
+    return false;
+  }
+
+  // A row's text as the document has it.
+  std::string Shown(std::string_view text, const ConfigStoreObjectId& id, std::string pointer,
+                    const char* section) {
+    JsonDoc document(JsonDoc::CapacityFor(text.size()));
+    if (const Json::ParseResult result = document.Parse(text, Json::Origin::STORED); !result) {
+      ReportParseFailure("\"" + std::string(section) + "\" of " + id.toString(), result, text);
+      ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);
+    }
+    Json::Value& value = *document.GetJsonValuePtr();
+    Json::Allocator& allocator = document.GetAllocator();
+    const Json::SchemaPlace place = type_->GetSchemaPlace();
+    bool changed = false;
+    if (!options_.reveal && place.HoldsSecrets()) {
+      Json::MaskSecrets(value, place, allocator, pointer, [&](const std::string& masked) {
+        redacted_.append(redacted_.empty() ? "[" : ",").append(Quoted(masked));
+        changed = true;
+      });
+    }
+    if (!options_.allParts && HasGeneratedInstanceId(value)) {
+      ClearGeneratedInstanceId(value);
+      changed = true;
+    }
+    const std::string_view idMember = place.InstanceIdMember();
+    if (!id.instanceId.empty() && value.IsObject() &&
+        Json::FindMember(value, idMember) == nullptr) {
+      value.AddMember(Json::Copy(idMember, allocator), Json::Copy(id.instanceId, allocator),
+                      allocator);
+      changed = true;
+    }
+    std::string shown;
+    if (changed) {
+      Json::Serialize(value, shown);
+    } else {
+      shown = text;
+    }
+    return shown;
+  }
+
+  const ConfigStoreObjectId& prefix_;
+  const ExportOptions& options_;
+  DBStore::ConnectionHandle connection_;
+  SchemaCacheHandle schemas_;
+  DocumentWriter writer_;
+  ExportReport report_;
+  std::string redacted_;  // JSON, but for its end
+  std::unordered_set<std::string> unknown_;
+  bool looked_ = false;
+  ConfigStoreObjectId known_{"", "", ""};
+  SchemaHandle type_;
+};
+
+}  // namespace
+
+ExportReport ExportConfig(const ConfigStoreObjectId& prefix, const ExportOptions& options,
+                          const std::function<void(std::string_view)>& write) {
+  CSLogger::Log(CSLogger::kTrace, "%s invoked", "ExportConfig");
+  return Export(prefix, options, write).Run();
+}
+
+}  // namespace TarnConfigStore
