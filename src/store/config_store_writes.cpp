@@ -11,6 +11,7 @@
 #include "persistence/write_values.h"
 #include "store/boot_context.h"
 #include "store/config_store_impl.h"
+#include "store/layer_update.h"
 #include "store/removals.h"
 #include "store/trace.h"
 #include "store/under_transaction.h"
@@ -140,12 +141,7 @@ void ConfigStoreImpl::Update(std::shared_ptr<ConfigStoreObject> object,
   }
   WorkingObjects working;
   working.Add(schema, object, !removals.Empty());
-  if (removals.HasNulls()) {
-    // A null that stands for no member at all would be taken out with the others.
-    ValidateNames(schema, object);
-    removals.TakeNullsFrom(Internal::Access::Of(*object).GetRoot());
-  }
-  ValidateUpdate(schema, object);
+  ValidateChange(object, removals, schema);
   // Cleaning may have left nothing.
   if (removals.Empty() && UpdatesNothing(object)) {
     working.Keep();
