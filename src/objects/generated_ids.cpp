@@ -1,6 +1,8 @@
 #include "objects/generated_ids.h"
 
+#include "json/equality.h"
 #include "json/instance_ids.h"
+#include "objects/config_store_object_impl.h"
 #include "objects/filter.h"
 
 #include <unordered_set>
@@ -42,6 +44,20 @@ void AdoptGeneratedIds(Json::Value& part, const Json::Value& whole, Json::Schema
                         Json::Value(*id, allocator), allocator);
     }
   }
+}
+
+bool EqualButForGeneratedIds(const Json::Value& a, const Json::Value& b) {
+  const auto cleared = [](const Json::Value& value, Json::Document& copy) -> const Json::Value& {
+    if (!HasGeneratedInstanceId(value)) {
+      return value;
+    }
+    copy.CopyFrom(value, copy.GetAllocator());
+    ClearGeneratedInstanceId(copy);
+    return copy;
+  };
+  Json::Document copyOfA;
+  Json::Document copyOfB;
+  return Json::Equal(cleared(a, copyOfA), cleared(b, copyOfB));
 }
 
 }  // namespace TarnConfigStore

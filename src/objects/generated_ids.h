@@ -12,4 +12,7 @@ namespace TarnConfigStore {
 void AdoptGeneratedIds(Json::Value& part, const Json::Value& whole, Json::SchemaPlace place,
                        Json::Allocator& allocator);
 
+/// Deep equality of data, whatever ids the store gave to elements.
+bool EqualButForGeneratedIds(const Json::Value& a, const Json::Value& b);
+
 }  // namespace TarnConfigStore

@@ -44,8 +44,9 @@ inline constexpr TypeStatement READ_STAGED_INSTANCES(
 /// Everything that is staged, in the order in which it is applied. Scans the table: it is asked for
 /// all of it.
 inline constexpr std::string_view READ_STAGED =
-    "SELECT Component, ConfigGroup, Name, Identifier, Value AS UserValue, VitalValue, CachedValue, "
-    "BootAction FROM DesiredUserConfig ORDER BY Component, ConfigGroup, Name, Identifier";
+    "SELECT Component, ConfigGroup, Name, Identifier, Version, Value AS UserValue, VitalValue, "
+    "CachedValue, BootAction FROM DesiredUserConfig ORDER BY Component, ConfigGroup, Name, "
+    "Identifier";
 
 // What is to take effect:
 

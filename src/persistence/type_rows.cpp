@@ -45,6 +45,26 @@ void Write(const ConfigStoreObjectId& type, const std::string& version, const De
   }
 }
 
+void HandOn(const RowMap& row, std::string instanceId,
+            const std::function<void(const StoredRow&)>& receiver) {
+  const auto text = [&row](std::string_view column) {
+    const auto found = row.Find(column);
+    return found ? std::optional<std::string>(*found) : std::nullopt;
+  };
+  StoredRow stored;
+  stored.user = text("UserValue");
+  stored.automatic = text("AutoConfValue");
+  stored.vital = text("VitalValue");
+  stored.cached = text("CachedValue");
+  stored.pending = text("DesiredValue");
+  stored.instanceId = std::move(instanceId);
+  stored.version = row.Text("Version");
+  stored.confirmed = row.Text("Success") == "1";
+  if (stored.user || stored.automatic || stored.vital || stored.cached || stored.pending) {
+    receiver(stored);
+  }
+}
+
 }  // namespace
 
 void ReplaceDefaultRows(const ConfigStoreObjectId& type, const std::string& version,
@@ -79,23 +99,16 @@ int CountStoredInstances(const ConfigStoreObjectId& type,
 void ForEachStoredRow(const ConfigStoreObjectId& type, const DBStore::ConnectionHandle& connection,
                       const std::function<void(const StoredRow&)>& receiver) {
   ForEachRow(connection, GET_INSTANCES.Text(), type, [&receiver](const RowMap& row) {
-    const auto text = [&row](std::string_view column) {
-      const auto found = row.Find(column);
-      return found ? std::optional<std::string>(*found) : std::nullopt;
-    };
-    StoredRow stored;
-    stored.user = text("UserValue");
-    stored.automatic = text("AutoConfValue");
-    stored.vital = text("VitalValue");
-    stored.cached = text("CachedValue");
-    stored.pending = text("DesiredValue");
-    stored.instanceId = row.Text("Identifier");
-    stored.version = row.Text("Version");
-    stored.confirmed = row.Text("Success") == "1";
-    if (stored.user || stored.automatic || stored.vital || stored.cached || stored.pending) {
-      receiver(stored);
-    }
+    HandOn(row, std::string(row.Text("Identifier")), receiver);
   });
+}
+
+void VisitStoredRow(const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection,
+                    const std::function<void(const StoredRow&)>& receiver) {
+  const RowMap row = ReadRowMap(connection, READ_TABLE_CONFIG, id);
+  if (!row.Empty()) {
+    HandOn(row, id.instanceId, receiver);
+  }
 }
 
 void RedivideRow(const ConfigStoreObjectId& type, const StoredRow& row,

@@ -47,6 +47,11 @@ struct StoredRow : ColumnValues {
 void ForEachStoredRow(const ConfigStoreObjectId& type, const DBStore::ConnectionHandle& connection,
                       const std::function<void(const StoredRow&)>& receiver);
 
+/// The same for one row, where it is there and holds a value. Raises ConfigStoreException 2000 "Get
+/// failed: IDENTIFIER".
+void VisitStoredRow(const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection,
+                    const std::function<void(const StoredRow&)>& receiver);
+
 /// Writes all values and the version of a row that is there, which does not count as a write of the
 /// object: everything else of the row stays. Raises ConfigStoreException 2000 "Dividing stored values
 /// again failed for: IDENTIFIER".

@@ -2,11 +2,11 @@
 
 #include "tarnconfigstore/exceptions.h"
 
-#include "platform/config_store_document.h"
 #include "platform/logger.h"
 
 #include "errors/raise.h"
 #include "objects/access.h"
+#include "objects/generated_ids.h"
 #include "objects/schema_lookup.h"
 #include "persistence/connection.h"
 #include "persistence/read_default.h"
@@ -42,14 +42,8 @@ std::string_view InstanceId(const ObjectHandle& object) {
 }
 
 bool HoldsTheSame(const ObjectHandle& a, const ObjectHandle& b) {
-  const auto data = [](const ObjectHandle& object, Json::Document& copy) -> const Json::Value& {
-    copy.CopyFrom(Internal::Access::Of(*object).GetRoot(), copy.GetAllocator());
-    ClearGeneratedInstanceId(copy);
-    return copy;
-  };
-  Json::Document copyOfA;
-  Json::Document copyOfB;
-  return ConfigStoreDocument::ValuesEqual(data(a, copyOfA), data(b, copyOfB));
+  return EqualButForGeneratedIds(Internal::Access::Of(*a).GetRoot(),
+                                 Internal::Access::Of(*b).GetRoot());
 }
 
 }  // namespace

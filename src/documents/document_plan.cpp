@@ -1,0 +1,283 @@
+#include "documents/document_plan.h"
+
+#include "admin/row_views.h"
+#include "objects/access.h"
+#include "objects/generated_ids.h"
+#include "objects/schema_lookup.h"
+#include "persistence/boot_flags.h"
+#include "persistence/delete_config.h"
+#include "persistence/next_boot_records.h"
+#include "persistence/prefix_rows.h"
+#include "persistence/statements.h"
+#include "persistence/write_config.h"
+#include "store/boot_context.h"
+#include "validation/guards.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+namespace TarnConfigStore {
+namespace {
+
+// Asking for each row costs more than reading all of a type once there are so many.
+constexpr std::size_t kFewRows = 8;
+
+const ConfigStoreObjectId kEverything("", "", "");
+
+bool HoldsNothing(const StoredRow& row) {
+  return !row.user && !row.automatic && !row.vital && !row.cached && !row.pending;
+}
+
+bool SaysTheSame(const std::optional<std::string>& a, const std::optional<std::string>& b) {
+  if (a == b || !a || !b) {
+    return a == b;
+  }
+  Json::Document one;
+  Json::Document other;
+  return Json::Parse(*a, one) && Json::Parse(*b, other) && EqualButForGeneratedIds(one, other);
+}
+
+bool SaysTheSame(const StoredRow& a, const StoredRow& b) {
+  return a.confirmed == b.confirmed && SaysTheSame(a.user, b.user) &&
+         SaysTheSame(a.automatic, b.automatic) && SaysTheSame(a.vital, b.vital) &&
+         SaysTheSame(a.cached, b.cached) && SaysTheSame(a.pending, b.pending);
+}
+
+// What a change that is staged makes current.
+bool SaysTheSame(const ObjectHandle& a, const ObjectHandle& b) {
+  return a && b &&
+         EqualButForGeneratedIds(Internal::Access::Of(*a).GetRoot(),
+                                 Internal::Access::Of(*b).GetRoot());
+}
+
+ConfigStoreObjectId InstanceOf(const ConfigStoreObjectId& type, const std::string& instanceId) {
+  return {type.key, type.group, type.component, instanceId};
+}
+
+}  // namespace
+
+DocumentPlan::DocumentPlan(const ConfigDocument& document, const DocumentMode& mode)
+    : document_(document), mode_(mode) {
+  report_.findings = document.findings;
+  if (mode.import == ImportMode::MERGE && !document.IsOfUserOnly()) {
+    report_.findings.push_back({"/metadata/parts",
+                                "documents of more than the user's part are not merged into what "
+                                "is stored: they replace it"});
+  }
+}
+
+void DocumentPlan::Judge() {
+  if (mode_.import == ImportMode::MERGE && !document_.IsOfUserOnly()) {
+    return;  // there is no plan for it
+  }
+  plans_.reserve(document_.types.size());
+  for (const NamedType& type : document_.types) {
+    std::vector<ObjectPlan>& plans = plans_.emplace_back();
+    plans.reserve(type.objects.size());
+    for (const NamedObject& object : type.objects) {
+      plans.emplace_back(document_, type, object, mode_).Judge();
+    }
+  }
+}
+
+void DocumentPlan::Work(const DBStore::ConnectionHandle& connection) {
+  upgradeContext_ = ReadUpgradeContext();
+  for (std::size_t i = 0; i < plans_.size(); ++i) {
+    if (document_.types[i].schema) {
+      WorkOnType(document_.types[i], plans_[i], connection);
+    }
+  }
+  if (document_.speaksOfStaged && mode_.import != ImportMode::MERGE) {
+    WorkOnRecords(connection);
+  }
+  // What others hold is safe as long as it is not known what the document means.
+  if (mode_.import == ImportMode::REPLACE_ALL && report_.Fits()) {
+    RemoveOthers(connection);
+  }
+}
+
+bool DocumentPlan::Stages(const NamedType& type) const {
+  return mode_.stage && type.schema->IsRebootRequired();
+}
+
+DocumentPlan::Rows DocumentPlan::ReadRows(const NamedType& type,
+                                          const DBStore::ConnectionHandle& connection) const {
+  Rows rows;
+  const auto keep = [&rows](const StoredRow& row) { rows.emplace(row.instanceId, row); };
+  if ((mode_.prune && type.inConfig) || type.objects.size() > kFewRows) {
+    ForEachStoredRow(type.id, connection, keep);
+    return rows;
+  }
+  for (const NamedObject& object : type.objects) {
+    VisitStoredRow(object.id, connection, keep);
+  }
+  return rows;
+}
+
+DocumentPlan::Staged DocumentPlan::ReadStaged(const NamedType& type,
+                                              const DBStore::ConnectionHandle& connection) const {
+  Staged staged;
+  if (Stages(type)) {
+    for (std::shared_ptr<RowMap>& row : ReadStagedOfType(type.id, connection)) {
+      staged.emplace(row->Text("Identifier"), std::move(row));
+    }
+  }
+  return staged;
+}
+
+void DocumentPlan::WorkOnType(const NamedType& type, std::vector<ObjectPlan>& plans,
+                              const DBStore::ConnectionHandle& connection) {
+  const Rows rows = ReadRows(type, connection);
+  const Staged staged = ReadStaged(type, connection);
+  const std::size_t before = steps_.size();
+  for (std::size_t i = 0; i < plans.size(); ++i) {
+    const NamedObject& object = type.objects[i];
+    const auto found = rows.find(object.id.instanceId);
+    const StoredRow* stored = found == rows.end() ? nullptr : &found->second;
+    if (std::optional<StoredRow> after = plans[i].After(stored, upgradeContext_)) {
+      Decide(type, object, stored, std::move(*after), staged);
+    } else {
+      Say(object.id, ObjectOutcome::REFUSED, plans[i].TakeFindings());
+    }
+  }
+  if (mode_.prune && type.inConfig && type.schema->IsNonSingleton()) {
+    Prune(type, rows, staged);
+  }
+  const bool writes =
+      std::any_of(steps_.begin() + static_cast<std::ptrdiff_t>(before), steps_.end(),
+                  [](const PlannedStep& step) { return step.step == Step::WRITE; });
+  if (writes && IsClosedDuringBoot(type.schema, connection)) {
+    checkUserContext(true, EXTERNAL);
+  }
+}
+
+void DocumentPlan::Decide(const NamedType& type, const NamedObject& object, const StoredRow* stored,
+                          StoredRow after, const Staged& staged) {
+  const bool differs = stored == nullptr || !SaysTheSame(*stored, after);
+  if (Stages(type)) {
+    const auto record = staged.find(object.id.instanceId);
+    const bool waits =
+        record == staged.end()
+            ? !differs && staged.find("") == staged.end()
+            : ActionFromRow(*record->second) == NextBootAction::SET &&
+                  SaysTheSame(MergeParts(*record->second, "UserValue", object.id, type.schema),
+                              MergeSetView(after, &StoredRow::user, object.id, type.schema));
+    Say(object.id, waits ? ObjectOutcome::UNCHANGED : ObjectOutcome::STAGED);
+    if (!waits) {
+      steps_.push_back({Step::STAGE, object.id, type.schema, std::move(after), {}});
+    }
+    return;
+  }
+  if (stored == nullptr && HoldsNothing(after)) {
+    Say(object.id, ObjectOutcome::UNCHANGED);
+    return;
+  }
+  Say(object.id, !differs            ? ObjectOutcome::UNCHANGED
+                 : stored == nullptr ? ObjectOutcome::CREATED
+                                     : ObjectOutcome::REPLACED);
+  if (differs) {
+    steps_.push_back({Step::WRITE, object.id, type.schema, std::move(after), object.info});
+  }
+}
+
+void DocumentPlan::Prune(const NamedType& type, const Rows& rows, const Staged& staged) {
+  std::unordered_set<std::string_view> named;
+  for (const NamedObject& object : type.objects) {
+    named.insert(object.id.instanceId);
+  }
+  std::vector<std::string_view> others;
+  for (const auto& [instanceId, row] : rows) {
+    // What the user has not set, a document of the user's part cannot name.
+    if (row.user && named.count(instanceId) == 0) {
+      others.push_back(instanceId);
+    }
+  }
+  std::sort(others.begin(), others.end());
+  for (const std::string_view instanceId : others) {
+    const ConfigStoreObjectId id = InstanceOf(type.id, std::string(instanceId));
+    const auto record = staged.find(id.instanceId);
+    if (!Stages(type)) {
+      Say(id, ObjectOutcome::REMOVED);
+      steps_.push_back({Step::REMOVE, id, nullptr, {}, {}});
+    } else if (record != staged.end() && ActionFromRow(*record->second) != NextBootAction::SET) {
+      Say(id, ObjectOutcome::UNCHANGED);
+    } else {
+      Say(id, ObjectOutcome::STAGED);
+      steps_.push_back({Step::STAGE_REMOVAL, id, type.schema, {}, {}});
+    }
+  }
+}
+
+void DocumentPlan::RemoveOthers(const DBStore::ConnectionHandle& connection) {
+  std::unordered_set<ConfigStoreObjectId> named;
+  for (const NamedType& type : document_.types) {
+    for (const NamedObject& object : type.objects) {
+      named.insert(object.id);
+    }
+  }
+  const bool userOnly = document_.IsOfUserOnly();
+  std::vector<ConfigStoreObjectId> others;
+  ForEachRowUnder(kEverything, LIST_STORED, connection, [&](const RowMap& row) {
+    ConfigStoreObjectId id = IdFromRow(row);
+    if ((!userOnly || row.Text("HasUser") == "1") && named.count(id) == 0) {
+      others.push_back(std::move(id));
+    }
+  });
+  for (const ConfigStoreObjectId& id : others) {
+    Say(id, ObjectOutcome::REMOVED);
+    steps_.push_back({Step::REMOVE, id, nullptr, {}, {}});
+    if (userOnly) {
+      VisitStoredRow(id, connection, [this](const StoredRow& row) {
+        StoredRow& rest = steps_.back().row;
+        rest = row;
+        rest.user.reset();
+        rest.pending.reset();
+        rest.confirmed = true;
+        steps_.back().step = HoldsNothing(rest) ? Step::REMOVE : Step::WRITE;
+      });
+    }
+  }
+}
+
+void DocumentPlan::Write(const DBStore::ConnectionHandle& connection) const {
+  for (const PlannedStep& step : steps_) {
+    switch (step.step) {
+      case Step::WRITE:
+        WriteImportedRow(step.id, step.row, step.info.created, step.info.revision.value_or(1),
+                         connection);
+        break;
+      case Step::REMOVE:
+        DeleteInternal(step.id, connection);
+        break;
+      case Step::STAGE:
+        SetRebootRequiredConfigInternal(
+            MergeSetView(step.row, &StoredRow::user, step.id, step.schema), step.schema,
+            connection);
+        break;
+      case Step::STAGE_REMOVAL:
+        DeleteRebootRequiredConfigInternal(step.id, step.schema, connection);
+        break;
+    }
+  }
+  WriteRecords(connection);
+}
+
+std::vector<ErrorInfo> DocumentPlan::Findings() const {
+  std::vector<ErrorInfo> findings = report_.findings;
+  for (const ObjectResult& result : report_.objects) {
+    findings.insert(findings.end(), result.findings.begin(), result.findings.end());
+  }
+  return findings;
+}
+
+std::vector<ConfigStoreObjectId> DocumentPlan::Changed() const {
+  std::vector<ConfigStoreObjectId> changed;
+  for (const PlannedStep& step : steps_) {
+    if (step.step == Step::WRITE || step.step == Step::REMOVE) {
+      changed.push_back(step.id);
+    }
+  }
+  return changed;
+}
+
+}  // namespace TarnConfigStore

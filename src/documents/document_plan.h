@@ -1,0 +1,84 @@
+// What a document makes of a store.
+#pragma once
+
+#include "tarnconfigstore/documents.h"
+
+#include "platform/db_store.h"
+
+#include "documents/config_document.h"
+#include "documents/object_plan.h"
+#include "persistence/type_rows.h"
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace TarnConfigStore {
+
+/// Works out what a document makes of a store, and does it. One use: Judge, then Work in what sees one
+/// moment of the store, then perhaps Write in the same transaction.
+class DocumentPlan {
+ public:
+  /// \param document  has to outlive it
+  DocumentPlan(const ConfigDocument& document, const DocumentMode& mode);
+
+  /// Checks what can be checked without the store.
+  void Judge();
+  /// Works out what becomes of each row.
+  void Work(const DBStore::ConnectionHandle& connection);
+  /// Writes that. Nothing may have been refused.
+  void Write(const DBStore::ConnectionHandle& connection) const;
+
+  const DocumentReport& Report() const { return report_; }
+  /// Every finding there is, of the document and of its objects.
+  std::vector<ErrorInfo> Findings() const;
+  /// What has to be announced once it is written.
+  std::vector<ConfigStoreObjectId> Changed() const;
+
+ private:
+  enum class Step { WRITE, REMOVE, STAGE, STAGE_REMOVAL };
+  struct PlannedStep {
+    Step step;
+    ConfigStoreObjectId id;
+    SchemaHandle schema;  // where something is staged
+    StoredRow row;        // to be written or staged
+    RowInfo info;         // of a new row
+  };
+  struct PlannedRecord {
+    const NamedChange* change;
+    std::string version;
+    ColumnValues values;
+  };
+  using Rows = std::unordered_map<std::string, StoredRow>;
+  using Staged = std::unordered_map<std::string, std::shared_ptr<RowMap>>;
+
+  Rows ReadRows(const NamedType& type, const DBStore::ConnectionHandle& connection) const;
+  Staged ReadStaged(const NamedType& type, const DBStore::ConnectionHandle& connection) const;
+  bool Stages(const NamedType& type) const;
+  void WorkOnType(const NamedType& type, std::vector<ObjectPlan>& plans,
+                  const DBStore::ConnectionHandle& connection);
+  void Decide(const NamedType& type, const NamedObject& object, const StoredRow* stored,
+              StoredRow after, const Staged& staged);
+  void Prune(const NamedType& type, const Rows& rows, const Staged& staged);
+  void RemoveOthers(const DBStore::ConnectionHandle& connection);
+  void WorkOnRecords(const DBStore::ConnectionHandle& connection);
+  void WorkOnRecord(const NamedChange& change, const RowMap* stored, const SchemaHandle& type);
+  void WriteRecords(const DBStore::ConnectionHandle& connection) const;
+  void Say(const ConfigStoreObjectId& id, ObjectOutcome outcome,
+           std::vector<ErrorInfo> findings = {}) {
+    report_.objects.push_back({id, outcome, std::move(findings)});
+  }
+
+  const ConfigDocument& document_;
+  const DocumentMode mode_;
+  int upgradeContext_ = 0;
+  std::vector<std::vector<ObjectPlan>> plans_;  // by type
+  std::vector<PlannedStep> steps_;
+  std::vector<PlannedRecord> records_;
+  std::vector<ConfigStoreObjectId> takenBack_;  // records
+  DocumentReport report_;
+};
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,65 @@
+#include "tarnconfigstore/documents.h"
+
+#include "platform/logger.h"
+
+#include "documents/document_plan.h"
+#include "errors/raise.h"
+#include "notify/notification.h"
+#include "persistence/connection.h"
+#include "persistence/prefix_rows.h"
+#include "store/under_transaction.h"
+
+namespace TarnConfigStore {
+namespace {
+
+[[noreturn]] void Refuse(const DocumentPlan& plan, CSErrorCodes code) {
+  std::vector<ErrorInfo> findings = plan.Findings();
+  for (const ErrorInfo& finding : findings) {
+    CSLogger::LogErrCode(CSLogger::kFailure, CS_VALIDATION_FINDING, finding.field.c_str(),
+                         finding.error.c_str());
+  }
+  ThrowException<ValidationException>(code, findings);
+}
+
+DocumentReport Bring(std::string_view text, const DocumentMode& mode, bool check,
+                     std::size_t longest, CSErrorCodes refused, const char* operation) {
+  CSLogger::Log(CSLogger::kWriteCall, "%s invoked", operation);
+  const ConfigDocument document = ReadConfigDocument(text, longest);
+  DocumentPlan plan(document, mode);
+  plan.Judge();
+  const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
+  if (check) {
+    ReadAtOneMoment(connection, [&] { plan.Work(connection); });
+    return plan.Report();
+  }
+  RunUnderTransaction(connection, operation, [&] {
+    plan.Work(connection);
+    if (!plan.Report().Fits()) {
+      Refuse(plan, refused);
+    }
+    plan.Write(connection);
+  });
+  for (const ConfigStoreObjectId& id : plan.Changed()) {
+    NotifyIfAllowlisted(id, connection);
+  }
+  return plan.Report();
+}
+
+}  // namespace
+
+DocumentReport ImportConfig(std::string_view document, const ImportOptions& options) {
+  DocumentMode mode;
+  mode.import = options.mode;
+  return Bring(document, mode, options.check, options.longest, CS_SET_INVALID, "ImportConfig");
+}
+
+DocumentReport ApplyConfig(std::string_view document, const ApplyConfigOptions& options) {
+  DocumentMode mode;
+  mode.apply = true;
+  mode.prune = options.prune;
+  mode.stage = options.stage;
+  return Bring(document, mode, options.check, options.longest, CS_APPLY_FILE_INVALID,
+               "ApplyConfig");
+}
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,353 @@
+#include "documents/object_plan.h"
+
+#include "admin/misfits.h"
+#include "admin/row_views.h"
+#include "documents/read_only.h"
+#include "json/secrets.h"
+#include "objects/access.h"
+#include "objects/division.h"
+#include "objects/generated_ids.h"
+#include "store/layer_update.h"
+#include "validation/guards.h"
+#include "validation/object_validation.h"
+
+#include <utility>
+
+namespace TarnConfigStore {
+namespace {
+
+constexpr int kRowsAreConfirmedLater = 2;  // the upgrade context in which they are
+
+Json::Value& RootOf(const ObjectHandle& object) {
+  return Internal::Access::Of(*object).GetRoot();
+}
+
+RowText TextOf(Section section) {
+  switch (section) {
+    case Section::AUTOMATIC:
+      return &StoredRow::automatic;
+    case Section::VITAL:
+      return &StoredRow::vital;
+    case Section::CACHED:
+      return &StoredRow::cached;
+    case Section::PENDING:
+      return &StoredRow::pending;
+    case Section::USER:
+      break;
+  }
+  return &StoredRow::user;
+}
+
+const RuleSet& RulesOf(Section section) {
+  switch (section) {
+    case Section::VITAL:
+      return VitalRules();
+    case Section::CACHED:
+      return CachedRules();
+    case Section::USER:
+    case Section::AUTOMATIC:
+    case Section::PENDING:
+      break;
+  }
+  return PartialRules();  // what one part leaves out, others may hold
+}
+
+// A row as it is read for an update.
+RowMap RowMapOf(const StoredRow& row) {
+  const std::pair<const char*, const std::optional<std::string>*> columns[] = {
+      {"AutoConfValue", &row.automatic},
+      {"UserValue", &row.user},
+      {"VitalValue", &row.vital},
+      {"CachedValue", &row.cached},
+      {"DesiredValue", &row.pending}};
+  std::vector<const char*> names = {"Version"};
+  std::vector<const char*> values = {row.version.c_str()};
+  for (const auto& [name, text] : columns) {
+    names.push_back(name);
+    values.push_back(*text ? (*text)->c_str() : nullptr);
+  }
+  RowMap map;
+  map.Put(static_cast<int>(names.size()), values.data(), names.data());
+  return map;
+}
+
+}  // namespace
+
+ObjectPlan::ObjectPlan(const ConfigDocument& document, const NamedType& type,
+                       const NamedObject& object, const DocumentMode& mode)
+    : document_(document), type_(type), object_(object), mode_(mode), findings_(object.findings) {}
+
+void ObjectPlan::Add(Section section, std::vector<ErrorInfo> findings) {
+  const std::string pointer = object_.Pointer(section);
+  for (ErrorInfo& finding : findings) {
+    finding.field = finding.field == "/" ? pointer : pointer + finding.field;
+    findings_.push_back(std::move(finding));
+  }
+}
+
+void ObjectPlan::Judge() {
+  const Json::SchemaPlace place = type_.schema->GetSchemaPlace();
+  // These look at the row: generated ids come from there, and so do secrets and what an object is laid
+  // over or held against.
+  if (HasFaults() || IsDivided() || mode_.apply || mode_.import == ImportMode::MERGE ||
+      place.HoldsGeneratedIds() || place.HoldsSecrets()) {
+    return;
+  }
+  JudgeWhole(nullptr);
+  // Without the row it is not said yet that the object does not fit.
+  judged_ = !HasFaults();
+  findings_.clear();
+}
+
+std::optional<StoredRow> ObjectPlan::After(const StoredRow* stored, int upgradeContext) {
+  if (!HasFaults() && stored != nullptr && IsStored(*stored)) {
+    return *stored;
+  }
+  if (!HasFaults() && mode_.import == ImportMode::MERGE && stored != nullptr) {
+    return Merged(*stored, upgradeContext);
+  }
+  if (!HasFaults() && !judged_) {
+    IsDivided() ? JudgeParts(stored) : JudgeWhole(stored);
+  }
+  if (HasFaults()) {
+    return std::nullopt;
+  }
+  return Replaced(stored, upgradeContext);
+}
+
+// Told by the text: what differs in it is looked at more closely.
+bool ObjectPlan::IsStored(const StoredRow& stored) const {
+  std::string text;
+  return !IsDivided() && stored.confirmed && stored.user &&
+         Json::Serialize(*object_.Of(Section::USER).value, text) && text == *stored.user;
+}
+
+// What is stored of a section; where a document has no other, that is the whole object.
+ObjectHandle ObjectPlan::Known(Section section, const StoredRow* stored) const {
+  if (stored == nullptr) {
+    return nullptr;
+  }
+  if (!IsDivided()) {
+    return MergeView(*stored, &StoredRow::user, object_.id, type_.schema);
+  }
+  const std::optional<std::string>& text = stored->*TextOf(section);
+  return text ? MakeObject(*text, object_.id, type_.schema) : nullptr;
+}
+
+ObjectHandle ObjectPlan::MakeGiven(Section section, const StoredRow* stored) {
+  auto object = std::make_shared<ConfigStoreObject>(object_.id);
+  ConfigStoreObjectImpl& data = Internal::Access::Of(*object);
+  data.GetRoot().CopyFrom(*object_.Of(section).value, data.GetAllocator());
+  RestoreMasks(object, section, stored);
+  return object;
+}
+
+void ObjectPlan::RestoreMasks(const ObjectHandle& object, Section section,
+                              const StoredRow* stored) {
+  const Json::SchemaPlace place = type_.schema->GetSchemaPlace();
+  if (!Json::HoldsMasks(RootOf(object), place)) {
+    return;
+  }
+  const ObjectHandle known = Known(section, stored);
+  std::string pointer = object_.Pointer(section);
+  Json::RestoreSecrets(
+      RootOf(object), known ? &RootOf(known) : nullptr, place,
+      Internal::Access::Of(*object).GetAllocator(), pointer,
+      {[this](const std::string& masked) { return document_.redacted.count(masked) != 0; },
+       [this](const std::string& masked, const char* reason) {
+         findings_.push_back({masked, reason});
+       }});
+}
+
+// As the store's own writes judge objects: Set, or SetUserData where there is nothing but user data.
+void ObjectPlan::Validate(const ObjectHandle& object, const StoredRow* stored) {
+  try {
+    ValidateWritableInstanceId(object_.id);
+    const Json::SchemaPlace place = type_.schema->GetSchemaPlace();
+    const ColumnValues parts =
+        place.IsMixed() ? DivideValue(RootOf(object), *type_.schema, EXTERNAL) : ColumnValues();
+    (place.IsMixed() && !parts.vital && !parts.cached ? ValidateUserConfig : ValidateSet)(
+        type_.schema, object);
+  } catch (const ValidationException& refused) {
+    if (!FitsRow(stored)) {
+      Add(Section::USER, refused.GetErrors().empty() ? std::vector<ErrorInfo>{{"/", refused.what()}}
+                                                     : refused.GetErrors());
+    }
+  }
+}
+
+void ObjectPlan::JudgeWhole(const StoredRow* stored) {
+  const ObjectHandle object = MakeGiven(Section::USER, stored);
+  if (HasFaults()) {
+    return;
+  }
+  const Json::SchemaPlace place = type_.schema->GetSchemaPlace();
+  if (place.HoldsGeneratedIds()) {
+    if (const ObjectHandle known = Known(Section::USER, stored)) {
+      AdoptGeneratedIds(RootOf(object), RootOf(known), place,
+                        Internal::Access::Of(*object).GetAllocator());
+    }
+  }
+  Validate(object, stored);
+  if (HasFaults()) {
+    return;
+  }
+  if (place.HoldsNothingBesideId(RootOf(object))) {
+    Add(Section::USER,
+        {{"/", "the object holds no data beside its instance id and empty members"}});
+    return;
+  }
+  if (mode_.apply) {
+    CheckReadOnly(object, Section::USER, stored);
+  }
+  GiveGeneratedIds(*object, *type_.schema);
+  given_ = DivideObject(*object, *type_.schema, EXTERNAL).values;
+}
+
+// What the object lacks may be held by parts of the row that stay as they are.
+bool ObjectPlan::FitsRow(const StoredRow* stored) {
+  if (stored == nullptr) {
+    return false;
+  }
+  try {
+    const std::vector<ErrorInfo> before = findings_;
+    const ObjectHandle object = MakeGiven(Section::USER, stored);
+    ValidateUpdate(type_.schema, object);
+    given_ = DivideObject(*object, *type_.schema, EXTERNAL).values;
+    std::vector<Misfit> misfits;
+    StoredRow row = WithParts(stored);
+    row.pending.reset();
+    row.confirmed = true;
+    const bool isSound = JudgeRow(row, object_.id, type_.schema, misfits);
+    return isSound && misfits.empty() && findings_ == before;
+  } catch (const ValidationException&) {
+    return false;
+  }
+}
+
+void ObjectPlan::CheckReadOnly(const ObjectHandle& object, Section section,
+                               const StoredRow* stored) {
+  const ObjectHandle known = Known(section, stored);
+  std::vector<ErrorInfo> findings;
+  FindReadOnlyChanges(RootOf(object), known ? &RootOf(known) : nullptr, *type_.schema, findings);
+  Add(section, std::move(findings));
+}
+
+// As they stand: an import of all parts gives the rows that were exported.
+void ObjectPlan::JudgeParts(const StoredRow* stored) {
+  for (std::size_t i = 0; i < kSections; ++i) {
+    const auto section = static_cast<Section>(i);
+    if (object_.Of(section).value == nullptr) {
+      continue;
+    }
+    const ObjectHandle object = MakeGiven(section, stored);
+    std::vector<ErrorInfo> errors;
+    ValidateObjectData(type_.schema, object, RulesOf(section), errors, true);
+    Add(section, std::move(errors));
+    if (mode_.apply) {
+      CheckReadOnly(object, section, stored);
+    }
+    if (HasFaults()) {
+      continue;
+    }
+    std::string text = Internal::Access::Of(*object).GetSerializedData();
+    switch (section) {
+      case Section::USER:
+        given_.user = std::move(text);
+        break;
+      case Section::AUTOMATIC:
+        given_.automatic = std::move(text);
+        break;
+      case Section::VITAL:
+        given_.vital = std::move(text);
+        break;
+      case Section::CACHED:
+        given_.cached = std::move(text);
+        break;
+      case Section::PENDING:
+        pending_ = std::move(text);
+        break;
+    }
+  }
+  if (HasFaults()) {
+    return;
+  }
+  std::vector<Misfit> misfits;
+  JudgeRow(WithParts(stored), object_.id, type_.schema, misfits);
+  for (Misfit& misfit : misfits) {
+    const std::string pointer = object_.Pointer();
+    findings_.push_back(
+        {misfit.pointer == "/" ? pointer : pointer + misfit.pointer, std::move(misfit.error)});
+  }
+}
+
+std::optional<StoredRow> ObjectPlan::Merged(const StoredRow& stored, int upgradeContext) {
+  const ObjectHandle object = MakeGiven(Section::USER, &stored);
+  if (HasFaults()) {
+    return std::nullopt;
+  }
+  StoredRow row = stored;
+  try {
+    ValidateWritableInstanceId(object_.id);
+    const Json::SchemaPlace place = type_.schema->GetSchemaPlace();
+    if (const ObjectHandle known = Known(Section::USER, &stored)) {
+      AdoptGeneratedIds(RootOf(object), RootOf(known), place,
+                        Internal::Access::Of(*object).GetAllocator());
+    }
+    // Removals refer to the data that they were collected from.
+    const ObjectHandle change = MakeGiven(Section::USER, &stored);
+    RootOf(change).CopyFrom(RootOf(object), Internal::Access::Of(*change).GetAllocator());
+    const Removals removals(RootOf(object), place);
+    ValidateChange(change, removals, type_.schema);
+    static_cast<ColumnValues&>(row) = LayerUpdate(change, removals, type_.schema, EXTERNAL)
+                                          .Over(RowMapOf(stored), upgradeContext != 0);
+  } catch (const ValidationException& refused) {
+    Add(Section::USER, refused.GetErrors().empty() ? std::vector<ErrorInfo>{{"/", refused.what()}}
+                                                   : refused.GetErrors());
+    return std::nullopt;
+  }
+  if (row.user != stored.user) {
+    row.pending.reset();
+    row.confirmed = stored.confirmed || upgradeContext != 0;
+  }
+  row.version = type_.schema->GetVersion();
+  return row;
+}
+
+StoredRow ObjectPlan::WithParts(const StoredRow* stored) const {
+  StoredRow row = stored == nullptr ? StoredRow() : *stored;
+  row.instanceId = object_.id.instanceId;
+  if (!IsDivided()) {
+    row.user = given_.user;
+    row.vital = given_.vital ? given_.vital : row.vital;
+    row.cached = given_.cached ? given_.cached : row.cached;
+    return row;
+  }
+  const auto replace = [this](Section section, std::optional<std::string>& text,
+                              const std::optional<std::string>& given) {
+    if (document_.SpeaksOf(section)) {
+      text = given;
+    }
+  };
+  replace(Section::USER, row.user, given_.user);
+  replace(Section::AUTOMATIC, row.automatic, given_.automatic);
+  replace(Section::VITAL, row.vital, given_.vital);
+  replace(Section::CACHED, row.cached, given_.cached);
+  replace(Section::PENDING, row.pending, pending_);
+  row.confirmed = object_.info.confirmed;
+  return row;
+}
+
+StoredRow ObjectPlan::Replaced(const StoredRow* stored, int upgradeContext) const {
+  StoredRow row = WithParts(stored);
+  row.version = object_.info.version && stored == nullptr ? *object_.info.version
+                                                          : type_.schema->GetVersion();
+  if (!IsDivided()) {
+    row.pending.reset();
+    row.confirmed =
+        type_.schema->IsConfirmedDuringUpgrade() || upgradeContext != kRowsAreConfirmedLater;
+  }
+  return row;
+}
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,69 @@
+// What a document makes of one object.
+#pragma once
+
+#include "tarnconfigstore/documents.h"
+
+#include "documents/config_document.h"
+#include "persistence/type_rows.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace TarnConfigStore {
+
+/// How a document is brought to the store.
+struct DocumentMode {
+  ImportMode import = ImportMode::REPLACE_NAMED;
+  bool apply = false;  ///< as ApplyConfig says; `import` is REPLACE_NAMED then
+  bool prune = false;
+  bool stage = false;
+};
+
+/// Works out what becomes of the row of one object that a document names.
+class ObjectPlan {
+ public:
+  /// All of these have to outlive it.
+  ObjectPlan(const ConfigDocument& document, const NamedType& type, const NamedObject& object,
+             const DocumentMode& mode);
+
+  /// Checks what can be checked without the row, so that nobody waits meanwhile.
+  void Judge();
+  /// The row that is to be there; nothing where there are findings.
+  /// \param stored          null where there is no row
+  /// \param upgradeContext  what ReadUpgradeContext answered
+  std::optional<StoredRow> After(const StoredRow* stored, int upgradeContext);
+
+  /// Each field is a JSON Pointer into the document.
+  const std::vector<ErrorInfo>& Findings() const { return findings_; }
+  std::vector<ErrorInfo> TakeFindings() { return std::move(findings_); }
+
+ private:
+  bool IsDivided() const { return !document_.IsOfUserOnly(); }
+  void JudgeWhole(const StoredRow* stored);
+  void JudgeParts(const StoredRow* stored);
+  std::optional<StoredRow> Merged(const StoredRow& stored, int upgradeContext);
+  StoredRow Replaced(const StoredRow* stored, int upgradeContext) const;
+  StoredRow WithParts(const StoredRow* stored) const;
+
+  bool IsStored(const StoredRow& stored) const;
+  ObjectHandle Known(Section section, const StoredRow* stored) const;
+  ObjectHandle MakeGiven(Section section, const StoredRow* stored);
+  void RestoreMasks(const ObjectHandle& object, Section section, const StoredRow* stored);
+  void Validate(const ObjectHandle& object, const StoredRow* stored);
+  bool FitsRow(const StoredRow* stored);
+  void CheckReadOnly(const ObjectHandle& object, Section section, const StoredRow* stored);
+  bool HasFaults() const { return !findings_.empty(); }
+  void Add(Section section, std::vector<ErrorInfo> findings);
+
+  const ConfigDocument& document_;
+  const NamedType& type_;
+  const NamedObject& object_;
+  const DocumentMode& mode_;
+  bool judged_ = false;
+  std::vector<ErrorInfo> findings_;
+  ColumnValues given_;                  // the parts, as they are to be written
+  std::optional<std::string> pending_;  // the same of what waits
+};
+
+}  // namespace TarnConfigStore

@@ -1,0 +1,153 @@
+// The part of a plan that is about records of staged changes.
+
+#include "documents/document_plan.h"
+#include "json/secrets.h"
+#include "objects/schema_lookup.h"
+#include "persistence/boot_flags.h"
+#include "persistence/next_boot_records.h"
+#include "store/staged_content.h"
+#include "validation/object_validation.h"
+
+#include <array>
+#include <utility>
+
+namespace TarnConfigStore {
+namespace {
+
+constexpr std::array<std::pair<const char*, const char*>, 3> kParts = {
+    {{kUserName, "UserValue"}, {kVitalName, "VitalValue"}, {kCachedName, "CachedValue"}}};
+
+const Json::Value* PartOf(const NamedChange& change, std::size_t part) {
+  const std::array<const Json::Value*, kParts.size()> values = {change.user, change.vital,
+                                                                change.cached};
+  return values[part];
+}
+
+std::optional<std::string>& TextOf(ColumnValues& values, std::size_t part) {
+  const std::array<std::optional<std::string>*, kParts.size()> texts = {&values.user, &values.vital,
+                                                                        &values.cached};
+  return *texts[part];
+}
+
+// The record as the table would have it.
+RowMap RowOf(ColumnValues& values) {
+  std::array<const char*, kParts.size()> names;
+  std::array<const char*, kParts.size()> texts;
+  for (std::size_t i = 0; i < kParts.size(); ++i) {
+    names[i] = kParts[i].second;
+    texts[i] = TextOf(values, i) ? TextOf(values, i)->c_str() : nullptr;
+  }
+  RowMap row;
+  row.Put(static_cast<int>(kParts.size()), texts.data(), names.data());
+  return row;
+}
+
+bool IsStored(const NamedChange& change, const std::string& version, ColumnValues& values,
+              const RowMap* stored) {
+  if (stored == nullptr || ActionFromRow(*stored) != change.action ||
+      stored->Text("Version") != version) {
+    return false;
+  }
+  for (std::size_t i = 0; i < kParts.size(); ++i) {
+    const auto text = stored->Find(kParts[i].second);
+    const std::optional<std::string>& given = TextOf(values, i);
+    if (text.has_value() != given.has_value() || (text && *text != *given)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+void DocumentPlan::WorkOnRecords(const DBStore::ConnectionHandle& connection) {
+  std::unordered_map<ConfigStoreObjectId, std::shared_ptr<RowMap>> stored;
+  for (std::shared_ptr<RowMap>& row : ReadStagedChanges(connection)) {
+    ConfigStoreObjectId id = IdFromRow(*row);
+    stored.emplace(std::move(id), std::move(row));
+  }
+  for (const NamedChange& change : document_.staged) {
+    const auto found = stored.find(change.id);
+    WorkOnRecord(change, found == stored.end() ? nullptr : found->second.get(),
+                 FindSchema(change.id));
+    if (found != stored.end()) {
+      stored.erase(found);
+    }
+  }
+  if (mode_.import != ImportMode::REPLACE_ALL) {
+    return;
+  }
+  for (const auto& [id, row] : stored) {
+    Say(id, ObjectOutcome::REMOVED);
+    takenBack_.push_back(id);
+  }
+}
+
+void DocumentPlan::WorkOnRecord(const NamedChange& change, const RowMap* stored,
+                                const SchemaHandle& type) {
+  std::vector<ErrorInfo> findings;
+  ColumnValues values;
+  if (!type) {
+    ValidateIdentity(type, change.id, findings);
+  } else if (!type->IsRebootRequired()) {
+    findings.push_back({"/", "changes of the type do not wait for the next boot"});
+  } else if (change.action == NextBootAction::SET) {
+    for (std::size_t i = 0; i < kParts.size(); ++i) {
+      const Json::Value* given = PartOf(change, i);
+      if (given == nullptr) {
+        continue;
+      }
+      Json::Document part;
+      part.CopyFrom(*given, part.GetAllocator());
+      Json::Document known;
+      const auto text = stored == nullptr ? std::nullopt : stored->Find(kParts[i].second);
+      const bool isKnown = text && Json::Parse(*text, known);
+      std::string pointer = change.pointer + "/" + kParts[i].first;
+      Json::RestoreSecrets(
+          part, isKnown ? &known : nullptr, type->GetSchemaPlace(), part.GetAllocator(), pointer,
+          {[this](const std::string& masked) { return document_.redacted.count(masked) != 0; },
+           [this](const std::string& masked, const char* reason) {
+             report_.findings.push_back({masked, reason});
+           }});
+      Json::Serialize(part, TextOf(values, i).emplace());
+    }
+    JudgeStagedContent(RowOf(values), change.id, type, findings);
+  } else if (change.action == NextBootAction::DELETE_INSTANCE) {
+    ValidateIdentity(type, change.id, findings);
+  } else if (!change.id.instanceId.empty()) {
+    findings.push_back({std::string("/") + kInstanceName, "a deletion of everything names none"});
+  }
+  for (ErrorInfo& finding : findings) {
+    finding.field = finding.field == "/" ? change.pointer : change.pointer + finding.field;
+  }
+  if (!findings.empty()) {
+    Say(change.id, ObjectOutcome::REFUSED, std::move(findings));
+    return;
+  }
+  const std::string version = change.version.empty() ? type->GetVersion() : change.version;
+  if (IsStored(change, version, values, stored)) {
+    Say(change.id, ObjectOutcome::UNCHANGED);
+    return;
+  }
+  Say(change.id, ObjectOutcome::STAGED);
+  records_.push_back({&change, version, std::move(values)});
+}
+
+void DocumentPlan::WriteRecords(const DBStore::ConnectionHandle& connection) const {
+  if (records_.empty() && takenBack_.empty()) {
+    return;
+  }
+  RequireNoRemediation(connection);
+  for (const ConfigStoreObjectId& id : takenBack_) {
+    RemoveStagedChange(id, connection);
+  }
+  for (const PlannedRecord& record : records_) {
+    WriteStagedRecord(record.change->id, record.change->action, record.version, record.values,
+                      connection);
+  }
+  if (!records_.empty()) {
+    AnnounceStagedChanges(connection);
+  }
+}
+
+}  // namespace TarnConfigStore
