@@ -17,30 +17,22 @@
 #include <unordered_set>
 
 namespace TarnConfigStore {
+
 namespace {
 
 // Asking for each row costs more than reading all of a type once there are so many.
 constexpr std::size_t kFewRows = 8;
 
-const ConfigStoreObjectId kEverything("", "", "");
-
 bool HoldsNothing(const StoredRow& row) {
   return !row.user && !row.automatic && !row.vital && !row.cached && !row.pending;
 }
 
-bool SaysTheSame(const std::optional<std::string>& a, const std::optional<std::string>& b) {
-  if (a == b || !a || !b) {
-    return a == b;
-  }
-  Json::Document one;
-  Json::Document other;
-  return Json::Parse(*a, one) && Json::Parse(*b, other) && EqualButForGeneratedIds(one, other);
-}
-
-bool SaysTheSame(const StoredRow& a, const StoredRow& b) {
-  return a.confirmed == b.confirmed && SaysTheSame(a.user, b.user) &&
-         SaysTheSame(a.automatic, b.automatic) && SaysTheSame(a.vital, b.vital) &&
-         SaysTheSame(a.cached, b.cached) && SaysTheSame(a.pending, b.pending);
+bool SaysTheSame(const StoredRow& a, const StoredRow& b, bool withIds) {
+  const auto same = [withIds](const auto& text, const auto& other) {
+    return HoldTheSame(text, other, withIds);
+  };
+  return a.confirmed == b.confirmed && same(a.user, b.user) && same(a.automatic, b.automatic) &&
+         same(a.vital, b.vital) && same(a.cached, b.cached) && same(a.pending, b.pending);
 }
 
 // What a change that is staged makes current.
@@ -48,6 +40,10 @@ bool SaysTheSame(const ObjectHandle& a, const ObjectHandle& b) {
   return a && b &&
          EqualButForGeneratedIds(Internal::Access::Of(*a).GetRoot(),
                                  Internal::Access::Of(*b).GetRoot());
+}
+
+std::optional<StoredRow> Copied(const StoredRow* row) {
+  return row == nullptr ? std::nullopt : std::optional(*row);
 }
 
 ConfigStoreObjectId InstanceOf(const ConfigStoreObjectId& type, const std::string& instanceId) {
@@ -96,6 +92,24 @@ void DocumentPlan::Work(const DBStore::ConnectionHandle& connection) {
   }
 }
 
+bool DocumentPlan::IsMeant(const ConfigStoreObjectId& id) const {
+  const ConfigStoreObjectId& prefix = mode_.prefix;
+  const std::pair<const std::string*, const std::string*> fields[] = {
+      {&prefix.component, &id.component},
+      {&prefix.group, &id.group},
+      {&prefix.key, &id.key},
+      {&prefix.instanceId, &id.instanceId}};
+  for (const auto& [wanted, own] : fields) {
+    if (wanted->empty()) {
+      break;
+    }
+    if (*wanted != *own) {
+      return false;
+    }
+  }
+  return true;
+}
+
 bool DocumentPlan::Stages(const NamedType& type) const {
   return mode_.stage && type.schema->IsRebootRequired();
 }
@@ -132,6 +146,9 @@ void DocumentPlan::WorkOnType(const NamedType& type, std::vector<ObjectPlan>& pl
   const std::size_t before = steps_.size();
   for (std::size_t i = 0; i < plans.size(); ++i) {
     const NamedObject& object = type.objects[i];
+    if (!IsMeant(object.id)) {
+      continue;
+    }
     const auto found = rows.find(object.id.instanceId);
     const StoredRow* stored = found == rows.end() ? nullptr : &found->second;
     if (std::optional<StoredRow> after = plans[i].After(stored, upgradeContext_)) {
@@ -153,7 +170,7 @@ void DocumentPlan::WorkOnType(const NamedType& type, std::vector<ObjectPlan>& pl
 
 void DocumentPlan::Decide(const NamedType& type, const NamedObject& object, const StoredRow* stored,
                           StoredRow after, const Staged& staged) {
-  const bool differs = stored == nullptr || !SaysTheSame(*stored, after);
+  const bool differs = stored == nullptr || !SaysTheSame(*stored, after, !document_.IsOfUserOnly());
   if (Stages(type)) {
     const auto record = staged.find(object.id.instanceId);
     const bool waits =
@@ -164,7 +181,7 @@ void DocumentPlan::Decide(const NamedType& type, const NamedObject& object, cons
                               MergeSetView(after, &StoredRow::user, object.id, type.schema));
     Say(object.id, waits ? ObjectOutcome::UNCHANGED : ObjectOutcome::STAGED);
     if (!waits) {
-      steps_.push_back({Step::STAGE, object.id, type.schema, std::move(after), {}});
+      steps_.push_back({Step::STAGE, object.id, type.schema, Copied(stored), std::move(after)});
     }
     return;
   }
@@ -176,7 +193,8 @@ void DocumentPlan::Decide(const NamedType& type, const NamedObject& object, cons
                  : stored == nullptr ? ObjectOutcome::CREATED
                                      : ObjectOutcome::REPLACED);
   if (differs) {
-    steps_.push_back({Step::WRITE, object.id, type.schema, std::move(after), object.info});
+    steps_.push_back(
+        {Step::WRITE, object.id, type.schema, Copied(stored), std::move(after), object.info});
   }
 }
 
@@ -187,8 +205,8 @@ void DocumentPlan::Prune(const NamedType& type, const Rows& rows, const Staged& 
   }
   std::vector<std::string_view> others;
   for (const auto& [instanceId, row] : rows) {
-    // What the user has not set, a document of the user's part cannot name.
-    if (row.user && named.count(instanceId) == 0) {
+    // As far as a document of the user's part could name them.
+    if (row.user && row.confirmed && named.count(instanceId) == 0) {
       others.push_back(instanceId);
     }
   }
@@ -198,12 +216,12 @@ void DocumentPlan::Prune(const NamedType& type, const Rows& rows, const Staged& 
     const auto record = staged.find(id.instanceId);
     if (!Stages(type)) {
       Say(id, ObjectOutcome::REMOVED);
-      steps_.push_back({Step::REMOVE, id, nullptr, {}, {}});
+      steps_.push_back({Step::REMOVE, id, type.schema, rows.at(id.instanceId)});
     } else if (record != staged.end() && ActionFromRow(*record->second) != NextBootAction::SET) {
       Say(id, ObjectOutcome::UNCHANGED);
     } else {
       Say(id, ObjectOutcome::STAGED);
-      steps_.push_back({Step::STAGE_REMOVAL, id, type.schema, {}, {}});
+      steps_.push_back({Step::STAGE_REMOVAL, id, type.schema, rows.at(id.instanceId)});
     }
   }
 }
@@ -217,25 +235,27 @@ void DocumentPlan::RemoveOthers(const DBStore::ConnectionHandle& connection) {
   }
   const bool userOnly = document_.IsOfUserOnly();
   std::vector<ConfigStoreObjectId> others;
-  ForEachRowUnder(kEverything, LIST_STORED, connection, [&](const RowMap& row) {
+  ForEachRowUnder(mode_.prefix, LIST_STORED, connection, [&](const RowMap& row) {
     ConfigStoreObjectId id = IdFromRow(row);
-    if ((!userOnly || row.Text("HasUser") == "1") && named.count(id) == 0) {
+    // What a document of the user's part cannot name, it does not remove either.
+    const bool isMeant = !userOnly || (row.Text("HasUser") == "1" && row.Text("Success") == "1");
+    if (isMeant && named.count(id) == 0) {
       others.push_back(std::move(id));
     }
   });
   for (const ConfigStoreObjectId& id : others) {
-    Say(id, ObjectOutcome::REMOVED);
-    steps_.push_back({Step::REMOVE, id, nullptr, {}, {}});
-    if (userOnly) {
-      VisitStoredRow(id, connection, [this](const StoredRow& row) {
-        StoredRow& rest = steps_.back().row;
-        rest = row;
-        rest.user.reset();
-        rest.pending.reset();
-        rest.confirmed = true;
-        steps_.back().step = HoldsNothing(rest) ? Step::REMOVE : Step::WRITE;
-      });
-    }
+    VisitStoredRow(id, connection, [&](const StoredRow& row) {
+      PlannedStep step{Step::REMOVE, id, FindSchema(id), row};
+      if (userOnly) {
+        step.row = row;
+        step.row.user.reset();
+        step.row.pending.reset();
+        step.row.confirmed = true;
+        step.step = HoldsNothing(step.row) ? Step::REMOVE : Step::WRITE;
+      }
+      Say(id, ObjectOutcome::REMOVED);
+      steps_.push_back(std::move(step));
+    });
   }
 }
 

@@ -10,6 +10,7 @@
 #include "persistence/type_rows.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -21,6 +22,24 @@ namespace TarnConfigStore {
 /// moment of the store, then perhaps Write in the same transaction.
 class DocumentPlan {
  public:
+  enum class Step { WRITE, REMOVE, STAGE, STAGE_REMOVAL };
+  struct PlannedStep {
+    Step step;
+    ConfigStoreObjectId id;
+    SchemaHandle schema;              ///< empty when the type is not installed
+    std::optional<StoredRow> before;  ///< nothing where there is no row
+    StoredRow row = {};               ///< to be written or staged
+    RowInfo info = {};                ///< of a new row
+  };
+  /// A change that is to be staged, or one that is to be taken back.
+  struct PlannedRecord {
+    ConfigStoreObjectId id;
+    const NamedChange* change;  ///< null for one that goes
+    std::shared_ptr<RowMap> before;
+    std::string version = {};
+    ColumnValues values = {};
+  };
+
   /// \param document  has to outlive it
   DocumentPlan(const ConfigDocument& document, const DocumentMode& mode);
 
@@ -32,25 +51,14 @@ class DocumentPlan {
   void Write(const DBStore::ConnectionHandle& connection) const;
 
   const DocumentReport& Report() const { return report_; }
+  const std::vector<PlannedStep>& Steps() const { return steps_; }
+  const std::vector<PlannedRecord>& Records() const { return records_; }
   /// Every finding there is, of the document and of its objects.
   std::vector<ErrorInfo> Findings() const;
   /// What has to be announced once it is written.
   std::vector<ConfigStoreObjectId> Changed() const;
 
  private:
-  enum class Step { WRITE, REMOVE, STAGE, STAGE_REMOVAL };
-  struct PlannedStep {
-    Step step;
-    ConfigStoreObjectId id;
-    SchemaHandle schema;  // where something is staged
-    StoredRow row;        // to be written or staged
-    RowInfo info;         // of a new row
-  };
-  struct PlannedRecord {
-    const NamedChange* change;
-    std::string version;
-    ColumnValues values;
-  };
   using Rows = std::unordered_map<std::string, StoredRow>;
   using Staged = std::unordered_map<std::string, std::shared_ptr<RowMap>>;
 
@@ -64,7 +72,9 @@ class DocumentPlan {
   void Prune(const NamedType& type, const Rows& rows, const Staged& staged);
   void RemoveOthers(const DBStore::ConnectionHandle& connection);
   void WorkOnRecords(const DBStore::ConnectionHandle& connection);
-  void WorkOnRecord(const NamedChange& change, const RowMap* stored, const SchemaHandle& type);
+  void WorkOnRecord(const NamedChange& change, const std::shared_ptr<RowMap>& stored,
+                    const SchemaHandle& type);
+  bool IsMeant(const ConfigStoreObjectId& id) const;
   void WriteRecords(const DBStore::ConnectionHandle& connection) const;
   void Say(const ConfigStoreObjectId& id, ObjectOutcome outcome,
            std::vector<ErrorInfo> findings = {}) {
@@ -77,7 +87,6 @@ class DocumentPlan {
   std::vector<std::vector<ObjectPlan>> plans_;  // by type
   std::vector<PlannedStep> steps_;
   std::vector<PlannedRecord> records_;
-  std::vector<ConfigStoreObjectId> takenBack_;  // records
   DocumentReport report_;
 };
 

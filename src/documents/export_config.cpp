@@ -10,6 +10,7 @@
 #include "json/json_doc.h"
 #include "json/secrets.h"
 #include "objects/config_store_object_impl.h"
+#include "objects/generated_ids.h"
 #include "objects/schema_lookup.h"
 #include "persistence/connection.h"
 #include "persistence/next_boot_records.h"
@@ -208,7 +209,7 @@ class Export {
       });
     }
     if (!options_.allParts && HasGeneratedInstanceId(value)) {
-      ClearGeneratedInstanceId(value);
+      DropGeneratedIds(value);
       changed = true;
     }
     const std::string_view idMember = place.InstanceIdMember();

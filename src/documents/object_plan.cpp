@@ -3,6 +3,7 @@
 #include "admin/misfits.h"
 #include "admin/row_views.h"
 #include "documents/read_only.h"
+#include "json/equality.h"
 #include "json/secrets.h"
 #include "objects/access.h"
 #include "objects/division.h"
@@ -11,9 +12,28 @@
 #include "validation/guards.h"
 #include "validation/object_validation.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace TarnConfigStore {
+
+bool HoldTheSame(const std::optional<std::string>& a, const std::optional<std::string>& b,
+                 bool withIds) {
+  if (a == b || !a || !b) {
+    return a == b;
+  }
+  Json::Document one;
+  Json::Document other;
+  if (!Json::Parse(*a, one) || !Json::Parse(*b, other)) {
+    return false;
+  }
+  if (!withIds) {
+    DropGeneratedIds(one);
+    DropGeneratedIds(other);
+  }
+  return Json::Equal(one, other);
+}
+
 namespace {
 
 constexpr int kRowsAreConfirmedLater = 2;  // the upgrade context in which they are
@@ -50,6 +70,41 @@ const RuleSet& RulesOf(Section section) {
       break;
   }
   return PartialRules();  // what one part leaves out, others may hold
+}
+
+bool HoldsOnlyIds(const Json::Value& value, Json::SchemaPlace place) {
+  if (value.IsArray()) {
+    return std::all_of(value.Begin(), value.End(), [&](const Json::Value& element) {
+      return element.IsObject() && HoldsOnlyIds(element, place.Items());
+    });
+  }
+  return value.IsObject() &&
+         std::all_of(value.MemberBegin(), value.MemberEnd(), [&](const auto& member) {
+           const std::string_view name = Json::Text(member.name);
+           return place.IsIdMember(name) || (Json::IsContainer(member.value) &&
+                                             HoldsOnlyIds(member.value, place.Property(name)));
+         });
+}
+
+// Takes out the members that hold nothing but ids.
+void DropBareIds(Json::Value& value, Json::SchemaPlace place) {
+  if (value.IsArray()) {
+    for (Json::Value& element : value.GetArray()) {
+      DropBareIds(element, place.Items());
+    }
+    return;
+  }
+  if (!value.IsObject()) {
+    return;
+  }
+  for (auto member = value.MemberBegin(); member != value.MemberEnd();) {
+    const Json::SchemaPlace property = place.Property(Json::Text(member->name));
+    if (Json::IsContainer(member->value) && HoldsOnlyIds(member->value, property)) {
+      member = value.EraseMember(member);
+    } else {
+      DropBareIds(member++->value, property);
+    }
+  }
 }
 
 // A row as it is read for an update.
@@ -233,6 +288,22 @@ void ObjectPlan::CheckReadOnly(const ObjectHandle& object, Section section,
   Add(section, std::move(findings));
 }
 
+// Lists of nothing but ids can be left in a part of which everything else was taken away.
+std::vector<ErrorInfo> ObjectPlan::FaultsOfPart(const ObjectHandle& object, Section section) const {
+  std::vector<ErrorInfo> errors;
+  if (ValidateObjectData(type_.schema, object, RulesOf(section), errors, true)) {
+    return {};
+  }
+  const auto rest = std::make_shared<ConfigStoreObject>(object_.id);
+  Json::Value& data = RootOf(rest);
+  data.CopyFrom(RootOf(object), Internal::Access::Of(*rest).GetAllocator());
+  DropBareIds(data, type_.schema->GetSchemaPlace());
+  std::vector<ErrorInfo> others;
+  const bool fits = ValidateObjectData(type_.schema, rest, RulesOf(section), others, true) &&
+                    ValidateObjectData(type_.schema, object, UpdateRules(), others, true);
+  return fits ? std::vector<ErrorInfo>() : errors;
+}
+
 // As they stand: an import of all parts gives the rows that were exported.
 void ObjectPlan::JudgeParts(const StoredRow* stored) {
   for (std::size_t i = 0; i < kSections; ++i) {
@@ -241,9 +312,7 @@ void ObjectPlan::JudgeParts(const StoredRow* stored) {
       continue;
     }
     const ObjectHandle object = MakeGiven(section, stored);
-    std::vector<ErrorInfo> errors;
-    ValidateObjectData(type_.schema, object, RulesOf(section), errors, true);
-    Add(section, std::move(errors));
+    Add(section, FaultsOfPart(object, section));
     if (mode_.apply) {
       CheckReadOnly(object, section, stored);
     }
@@ -342,7 +411,9 @@ StoredRow ObjectPlan::Replaced(const StoredRow* stored, int upgradeContext) cons
   StoredRow row = WithParts(stored);
   row.version = object_.info.version && stored == nullptr ? *object_.info.version
                                                           : type_.schema->GetVersion();
-  if (!IsDivided()) {
+  const bool stays =
+      stored != nullptr && stored->confirmed && HoldTheSame(row.user, stored->user, false);
+  if (!IsDivided() && !stays) {
     row.pending.reset();
     row.confirmed =
         type_.schema->IsConfirmedDuringUpgrade() || upgradeContext != kRowsAreConfirmedLater;

@@ -18,7 +18,14 @@ struct DocumentMode {
   bool apply = false;  ///< as ApplyConfig says; `import` is REPLACE_NAMED then
   bool prune = false;
   bool stage = false;
+  /// Objects beyond it are left as they are.
+  ConfigStoreObjectId prefix{"", "", ""};
 };
+
+/// Two texts of a part hold the same data, or neither is there.
+/// \param withIds  and the same generated ids, by which the parts of an object find each other
+bool HoldTheSame(const std::optional<std::string>& a, const std::optional<std::string>& b,
+                 bool withIds);
 
 /// Works out what becomes of the row of one object that a document names.
 class ObjectPlan {
@@ -51,6 +58,7 @@ class ObjectPlan {
   ObjectHandle MakeGiven(Section section, const StoredRow* stored);
   void RestoreMasks(const ObjectHandle& object, Section section, const StoredRow* stored);
   void Validate(const ObjectHandle& object, const StoredRow* stored);
+  std::vector<ErrorInfo> FaultsOfPart(const ObjectHandle& object, Section section) const;
   bool FitsRow(const StoredRow* stored);
   void CheckReadOnly(const ObjectHandle& object, Section section, const StoredRow* stored);
   bool HasFaults() const { return !findings_.empty(); }

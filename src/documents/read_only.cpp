@@ -2,6 +2,7 @@
 
 #include "platform/json_validator.h"
 
+#include "documents/difference.h"
 #include "json/equality.h"
 #include "json/pointer.h"
 #include "validation/object_validation.h"
@@ -30,12 +31,7 @@ const Json::Value* SameElement(const Both& list, const Json::Value& given, rapid
   if (id == nullptr) {
     return at < list.stored->Size() ? &(*list.stored)[at] : nullptr;
   }
-  const auto found =
-      std::find_if(list.stored->Begin(), list.stored->End(), [&](const Json::Value& element) {
-        const Json::Value* other = Json::FindMember(element, idMember);
-        return other != nullptr && Json::Equal(*other, *id);
-      });
-  return found == list.stored->End() ? nullptr : &*found;
+  return id->IsString() ? FindInstance(*list.stored, idMember, Json::Text(*id)) : nullptr;
 }
 
 Both Below(const Both& at, const std::string& name) {

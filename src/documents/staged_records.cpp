@@ -64,12 +64,17 @@ void DocumentPlan::WorkOnRecords(const DBStore::ConnectionHandle& connection) {
   std::unordered_map<ConfigStoreObjectId, std::shared_ptr<RowMap>> stored;
   for (std::shared_ptr<RowMap>& row : ReadStagedChanges(connection)) {
     ConfigStoreObjectId id = IdFromRow(*row);
+    if (!IsMeant(id)) {
+      continue;
+    }
     stored.emplace(std::move(id), std::move(row));
   }
   for (const NamedChange& change : document_.staged) {
+    if (!IsMeant(change.id)) {
+      continue;
+    }
     const auto found = stored.find(change.id);
-    WorkOnRecord(change, found == stored.end() ? nullptr : found->second.get(),
-                 FindSchema(change.id));
+    WorkOnRecord(change, found == stored.end() ? nullptr : found->second, FindSchema(change.id));
     if (found != stored.end()) {
       stored.erase(found);
     }
@@ -79,11 +84,11 @@ void DocumentPlan::WorkOnRecords(const DBStore::ConnectionHandle& connection) {
   }
   for (const auto& [id, row] : stored) {
     Say(id, ObjectOutcome::REMOVED);
-    takenBack_.push_back(id);
+    records_.push_back({id, nullptr, row});
   }
 }
 
-void DocumentPlan::WorkOnRecord(const NamedChange& change, const RowMap* stored,
+void DocumentPlan::WorkOnRecord(const NamedChange& change, const std::shared_ptr<RowMap>& stored,
                                 const SchemaHandle& type) {
   std::vector<ErrorInfo> findings;
   ColumnValues values;
@@ -100,7 +105,7 @@ void DocumentPlan::WorkOnRecord(const NamedChange& change, const RowMap* stored,
       Json::Document part;
       part.CopyFrom(*given, part.GetAllocator());
       Json::Document known;
-      const auto text = stored == nullptr ? std::nullopt : stored->Find(kParts[i].second);
+      const auto text = !stored ? std::nullopt : stored->Find(kParts[i].second);
       const bool isKnown = text && Json::Parse(*text, known);
       std::string pointer = change.pointer + "/" + kParts[i].first;
       Json::RestoreSecrets(
@@ -125,27 +130,30 @@ void DocumentPlan::WorkOnRecord(const NamedChange& change, const RowMap* stored,
     return;
   }
   const std::string version = change.version.empty() ? type->GetVersion() : change.version;
-  if (IsStored(change, version, values, stored)) {
+  if (IsStored(change, version, values, stored.get())) {
     Say(change.id, ObjectOutcome::UNCHANGED);
     return;
   }
   Say(change.id, ObjectOutcome::STAGED);
-  records_.push_back({&change, version, std::move(values)});
+  records_.push_back({change.id, &change, stored, version, std::move(values)});
 }
 
 void DocumentPlan::WriteRecords(const DBStore::ConnectionHandle& connection) const {
-  if (records_.empty() && takenBack_.empty()) {
+  if (records_.empty()) {
     return;
   }
   RequireNoRemediation(connection);
-  for (const ConfigStoreObjectId& id : takenBack_) {
-    RemoveStagedChange(id, connection);
-  }
+  bool stages = false;
   for (const PlannedRecord& record : records_) {
-    WriteStagedRecord(record.change->id, record.change->action, record.version, record.values,
-                      connection);
+    if (record.change == nullptr) {
+      RemoveStagedChange(record.id, connection);
+    } else {
+      WriteStagedRecord(record.id, record.change->action, record.version, record.values,
+                        connection);
+      stages = true;
+    }
   }
-  if (!records_.empty()) {
+  if (stages) {
     AnnounceStagedChanges(connection);
   }
 }

@@ -46,6 +46,30 @@ void AdoptGeneratedIds(Json::Value& part, const Json::Value& whole, Json::Schema
   }
 }
 
+void DropGeneratedIds(Json::Value& value) {
+  if (!HasGeneratedInstanceId(value)) {
+    return;
+  }
+  const auto holdsNothingElse = [](const Json::Value& element) {
+    return element.IsObject() && element.MemberCount() == 1 &&
+           Json::Text(element.MemberBegin()->name) == Json::kGeneratedInstanceId;
+  };
+  if (value.IsObject()) {
+    value.RemoveMember(Json::kGeneratedInstanceId);
+    for (auto& member : value.GetObject()) {
+      DropGeneratedIds(member.value);
+    }
+  } else if (value.IsArray()) {
+    for (auto element = value.Begin(); element != value.End();) {
+      if (holdsNothingElse(*element)) {
+        element = value.Erase(element);
+      } else {
+        DropGeneratedIds(*element++);
+      }
+    }
+  }
+}
+
 bool EqualButForGeneratedIds(const Json::Value& a, const Json::Value& b) {
   const auto cleared = [](const Json::Value& value, Json::Document& copy) -> const Json::Value& {
     if (!HasGeneratedInstanceId(value)) {

@@ -12,6 +12,10 @@ namespace TarnConfigStore {
 void AdoptGeneratedIds(Json::Value& part, const Json::Value& whole, Json::SchemaPlace place,
                        Json::Allocator& allocator);
 
+/// Takes out the generated ids, and the elements that hold nothing else: in a part of an object those
+/// keep the places of elements whose data are in other parts.
+void DropGeneratedIds(Json::Value& value);
+
 /// Deep equality of data, whatever ids the store gave to elements.
 bool EqualButForGeneratedIds(const Json::Value& a, const Json::Value& b);
 

@@ -1,5 +1,7 @@
 #include "tarnconfigstore/documents.h"
 
+#include "tarnconfigstore/drift.h"
+
 #include "support/next_boot_fixture.h"
 
 #include <sstream>
@@ -322,14 +324,15 @@ TEST_F(Documents, ApplyingWritesWhatDiffersAndNothingElse) {
 
   Set({"fixed", "test", "tarn", "a"}, fixed("a", R"(,"list":[{"id":"2","made":2}])").c_str());
   const std::string before = Rows();
-  EXPECT_EQ(Raised([&] {
-              ApplyConfig(Config(R"("fixed":[{"id":"a","by":"z","list":[{"id":"1","made":2},)"
-                                 R"({"id":"2","made":2}]},)" +
-                                 fixed("new", "") + "]"),
-                          {});
-            }),
-            "VE 1091 The file to be applied does not fit its types. | /config/tarn/test/fixed/0/by | "
-            "/config/tarn/test/fixed/0/list/0/made | /config/tarn/test/fixed/1/by");
+  EXPECT_EQ(
+      Raised([&] {
+        ApplyConfig(Config(R"("fixed":[{"id":"a","by":"z","list":[{"id":"1","made":2},)"
+                           R"({"id":"2","made":2}]},)" +
+                           fixed("new", "") + "]"),
+                    {});
+      }),
+      "VE 1091 The file to be applied does not fit its types. | /config/tarn/test/fixed/0/by | "
+      "/config/tarn/test/fixed/0/list/0/made | /config/tarn/test/fixed/1/by");
   EXPECT_EQ(Rows(), before);
 }
 
@@ -362,6 +365,58 @@ TEST_F(Documents, ChangesOfTypesThatNeedARebootAreStagedOnRequest) {
   // Staged changes of the host's own come back to what the document says.
   nextBoot_->Set(Mtu("a", 5));
   EXPECT_EQ(apply(false), R"([{"object":"tarn/test/many-switch/a","outcome":"staged"}])");
+}
+
+TEST_F(Documents, DriftIsToldMemberByMember) {
+  PutRow(switch_, Named("s1", R"("mtu":1,"ports":[{"id":"p/1","vlan":1},{"id":"q","vlan":2}])"), "",
+         Named("s1", R"("mtu":7,"ports":[{"id":"new","vlan":8}])"), Named("s1", R"("serial":"s")"),
+         "", 1);
+  PutRow(Switch("s2"), Named("s2", R"("mtu":1)"), "", "", "", "", 1);
+  Set({"secrets", "test", "tarn"}, R"({"password":"top"})");
+  const std::string document = Config(
+      R"("switch":[{"name":"s1","ports":[{"id":"q","vlan":3},{"id":"new","vlan":9}]},{"name":"s0","mtu":5}],)"
+      R"("secrets":{"password":"bottom"})");
+  const auto told = [&](const DriftOptions& options) {
+    std::string text;
+    for (const DriftObject& object : ComputeDrift(document, options)) {
+      text += object.GetConfigStoreObjectId().instanceId + " " + object.ToJson() + "\n";
+    }
+    return text;
+  };
+  const std::string s1 =
+      R"(s1 {"kind":"changed","members":[{"pointer":"/ports/q/vlan","expected":3,"found":2,"part":"user"},)"
+      R"({"pointer":"/ports/new","expected":{"id":"new","vlan":9},"found":{"id":"new","vlan":8},"part":"automatic"},)"
+      R"({"pointer":"/ports/p~11","found":{"id":"p/1","vlan":1},"part":"user"},)"
+      R"({"pointer":"/mtu","found":1,"part":"user"}]})"
+      "\n";
+  const std::string s0 =
+      R"(s0 {"kind":"missing","members":[{"pointer":"/mtu","expected":5,"part":"user"}]})"
+      "\n";
+  const std::string secrets =
+      R"( {"kind":"changed","members":[{"pointer":"/password","expected":"***","found":"***","part":"user"}]})"
+      "\n";
+  EXPECT_EQ(told({}), s1 + s0 + secrets);
+  EXPECT_EQ(told({.prefix = switch_}), s1);
+  EXPECT_EQ(told({.prefix = Switch(""), .complete = true}),
+            s1 + s0 +
+                R"(s2 {"kind":"extra","members":[{"pointer":"/mtu","found":1,"part":"user"}]})"
+                "\n");
+  EXPECT_NE(told({.reveal = true}).find(R"("expected":"bottom","found":"top")"), std::string::npos);
+
+  const DriftObject object = ComputeDrift(document, {.prefix = switch_}).front();
+  EXPECT_EQ(
+      object.GetSubObject(SubObjectId("ports", "q")).ToJson(),
+      R"({"kind":"changed","members":[{"pointer":"/vlan","expected":3,"found":2,"part":"user"}]})");
+  std::string ids;
+  for (const DriftObject& instance : object.GetSubObjectInstances("ports")) {
+    ids += instance.GetConfigStoreObjectId().instanceId + " ";
+  }
+  EXPECT_EQ(ids, "new p/1 q ");
+  ExpectRaised({{"CSE 1046", [&] { object.GetSubObjectInstances("mtu"); }},
+                {"CSE 1048", [&] { object.GetSubObject(SubObjectId("serial")); }},
+                {"CSE 1049", [&] { object.GetSubObject(SubObjectId("ports", "none")); }},
+                {"IAE 1080", [&] { DriftObject(switch_, "{"); }},
+                {"IAE 1080", [&] { DriftObject(switch_, R"({"kind":"changed"})"); }}});
 }
 
 TEST_F(Documents, ObjectsAreMadeFromTexts) {

@@ -138,10 +138,12 @@ TEST_F(Validation, CollectsQuietlyByTheTypesOwnRules) {
   };
   const ObjectHandle plain = Object("plain", R"({"name":"a"})");
   EXPECT_EQ(collect(nullptr, plain).at(0).error, "No schema is installed for /tarn/test/plain.");
-  EXPECT_EQ(collect(FindSchema(switch_), plain).at(0).error,
-            "The object needs an instance id: /tarn/test/plain");
+  EXPECT_EQ(
+      collect(FindSchema(switch_), plain).at(0).error,
+      "No object is found at /tarn/test/plain; where there are instances, one has to be named.");
   EXPECT_EQ(collect(TypeOf(plain), Object("switch", "{}")).at(0).error,
-            "The object cannot have an instance id: /tarn/test/switch");
+            "No instance is found at /tarn/test/switch; where there are no instances, none can be "
+            "named.");
   const auto fields = [&](const char* key, const char* json) {
     return Fields(store_->Validate(Object(key, json)));
   };

@@ -1,0 +1,162 @@
+#include "documents/difference.h"
+
+#include "json/instance_ids.h"
+#include "json/pointer.h"
+#include "objects/generated_ids.h"
+
+#include <algorithm>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace TarnConfigStore {
+namespace {
+
+std::string Below(const std::string& pointer, std::string_view name) {
+  std::string below = pointer;
+  Json::AppendToken(below, name);
+  return below;
+}
+
+// The member that tells the elements apart for people; empty where they have none.
+std::string_view IdMember(Json::SchemaPlace list) {
+  const std::string_view member = list.Items().InstanceIdMember();
+  return member == Json::kGeneratedInstanceId ? std::string_view() : member;
+}
+
+// The elements by their ids; false where one has none, or two have the same.
+bool ReadIds(const Json::Value& list, std::string_view idMember,
+             std::vector<std::string_view>& ids) {
+  std::unordered_set<std::string_view> known;
+  for (const Json::Value& element : list.GetArray()) {
+    const Json::Value* id = Json::FindMember(element, idMember);
+    if (id == nullptr || !id->IsString() || !known.insert(Json::Text(*id)).second) {
+      return false;
+    }
+    ids.push_back(Json::Text(*id));
+  }
+  return true;
+}
+
+class Comparison {
+ public:
+  explicit Comparison(const DifferenceVisitor& visit) : visit_(visit) {}
+
+  void Compare(const Json::Value* expected, const Json::Value* found, Json::SchemaPlace place,
+               const std::string& pointer) {
+    expected = expected != nullptr && expected->IsNull() ? nullptr : expected;
+    found = found != nullptr && found->IsNull() ? nullptr : found;
+    if (expected == nullptr && found == nullptr) {
+      return;
+    }
+    if (expected != nullptr && found != nullptr) {
+      if (expected->IsObject() && found->IsObject() && !place.IsSecret()) {
+        CompareObjects(*expected, *found, place, pointer);
+        return;
+      }
+      if (EqualButForGeneratedIds(*expected, *found)) {
+        return;
+      }
+      if (expected->IsArray() && found->IsArray() && !place.IsSecret() &&
+          CompareInstances(*expected, *found, place, pointer)) {
+        return;
+      }
+    }
+    visit_(pointer, expected, found, place);
+  }
+
+ private:
+  void CompareObjects(const Json::Value& expected, const Json::Value& found,
+                      Json::SchemaPlace place, const std::string& pointer) {
+    for (const auto& member : expected.GetObject()) {
+      const std::string_view name = Json::Text(member.name);
+      if (!IsGenerated(name, place)) {
+        Compare(&member.value, Json::FindMember(found, name), place.Property(name),
+                Below(pointer, name));
+      }
+    }
+    for (const auto& member : found.GetObject()) {
+      const std::string_view name = Json::Text(member.name);
+      if (!IsGenerated(name, place) && Json::FindMember(expected, name) == nullptr) {
+        Compare(nullptr, &member.value, place.Property(name), Below(pointer, name));
+      }
+    }
+  }
+
+  static bool IsGenerated(std::string_view name, Json::SchemaPlace place) {
+    return place.GetsGeneratedId() && name == Json::kGeneratedInstanceId;
+  }
+
+  bool CompareInstances(const Json::Value& expected, const Json::Value& found,
+                        Json::SchemaPlace place, const std::string& pointer) {
+    const std::string_view idMember = IdMember(place);
+    std::vector<std::string_view> wanted;
+    std::vector<std::string_view> there;
+    if (idMember.empty() || !ReadIds(expected, idMember, wanted) ||
+        !ReadIds(found, idMember, there)) {
+      return false;
+    }
+    if (wanted != there &&
+        std::is_permutation(wanted.begin(), wanted.end(), there.begin(), there.end())) {
+      return false;
+    }
+    std::unordered_map<std::string_view, rapidjson::SizeType> places;
+    for (rapidjson::SizeType i = 0; i < found.Size(); ++i) {
+      places.emplace(there[i], i);
+    }
+    for (rapidjson::SizeType i = 0; i < expected.Size(); ++i) {
+      const auto at = places.find(wanted[i]);
+      Compare(&expected[i], at == places.end() ? nullptr : &found[at->second], place.Items(),
+              Below(pointer, wanted[i]));
+      if (at != places.end()) {
+        places.erase(at);
+      }
+    }
+    for (rapidjson::SizeType i = 0; i < found.Size(); ++i) {
+      if (places.count(there[i]) != 0) {
+        Compare(nullptr, &found[i], place.Items(), Below(pointer, there[i]));
+      }
+    }
+    return true;
+  }
+
+  const DifferenceVisitor& visit_;
+};
+
+}  // namespace
+
+void FindDifferences(const Json::Value* expected, const Json::Value* found, Json::SchemaPlace place,
+                     std::string pointer, const DifferenceVisitor& visit) {
+  Comparison(visit).Compare(expected, found, place, pointer);
+}
+
+const Json::Value* FindInstance(const Json::Value& list, std::string_view idMember,
+                                std::string_view id) {
+  if (!list.IsArray()) {
+    return nullptr;
+  }
+  const auto found = std::find_if(list.Begin(), list.End(), [&](const Json::Value& element) {
+    const Json::Value* own = Json::FindMember(element, idMember);
+    return own != nullptr && own->IsString() && Json::Text(*own) == id;
+  });
+  return found == list.End() ? nullptr : &*found;
+}
+
+const Json::Value* FindByIds(const Json::Value& value, Json::SchemaPlace place,
+                             const std::string& pointer) {
+  const auto names = Json::ParsePointer(pointer);
+  const Json::Value* at = names ? &value : nullptr;
+  for (std::size_t i = 0; at != nullptr && i < names->size(); ++i) {
+    if (at->IsArray()) {
+      at = FindInstance(*at, IdMember(place), (*names)[i]);
+      place = place.Items();
+    } else {
+      at = Json::FindMember(*at, (*names)[i]);
+      place = place.Property((*names)[i]);
+    }
+  }
+  return at;
+}
+
+}  // namespace TarnConfigStore
