@@ -5,6 +5,8 @@
 #include "objects/schema_lookup.h"
 #include "persistence/boot_flags.h"
 #include "persistence/next_boot_records.h"
+#include "persistence/prefix_rows.h"
+#include "persistence/statements.h"
 #include "store/staged_content.h"
 #include "validation/object_validation.h"
 
@@ -62,13 +64,9 @@ bool IsStored(const NamedChange& change, const std::string& version, ColumnValue
 
 void DocumentPlan::WorkOnRecords(const DBStore::ConnectionHandle& connection) {
   std::unordered_map<ConfigStoreObjectId, std::shared_ptr<RowMap>> stored;
-  for (std::shared_ptr<RowMap>& row : ReadStagedChanges(connection)) {
-    ConfigStoreObjectId id = IdFromRow(*row);
-    if (!IsMeant(id)) {
-      continue;
-    }
-    stored.emplace(std::move(id), std::move(row));
-  }
+  ForEachRowUnder(mode_.prefix, READ_STAGED_RECORDS, connection, [&stored](const RowMap& row) {
+    stored.emplace(IdFromRow(row), std::make_shared<RowMap>(row));
+  });
   for (const NamedChange& change : document_.staged) {
     if (!IsMeant(change.id)) {
       continue;
