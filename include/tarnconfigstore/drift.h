@@ -80,4 +80,22 @@ struct DriftOptions {
 TARN_CONFIG_STORE_EXPORT std::vector<DriftObject> ComputeDrift(std::string_view document,
                                                                const DriftOptions& options);
 
+/// States that a store can be compared with, beside documents.
+enum class ReferenceState : int {
+  /// The objects that the types ship with.
+  SHIPPED = 0,
+  /// The defaults that absent members read as: what differs is what the user set otherwise.
+  DEFAULTS = 1,
+  /// What is current once the next boot has applied what is staged and confirmed what is pending.
+  NEXT_BOOT = 2,
+};
+
+/// Compares the store with such a state, of which it speaks as of a document's: NEXT_BOOT of all parts,
+/// the others of the user's. Rows of types that are not installed are left out, with a line in the log.
+/// Writes, locks and announces nothing. Thread-safe.
+/// \param options  "complete" makes no difference
+/// \return the objects that differ, in the order of their identifiers
+TARN_CONFIG_STORE_EXPORT std::vector<DriftObject> ComputeDriftFrom(ReferenceState state,
+                                                                   const DriftOptions& options);
+
 }  // namespace TarnConfigStore

@@ -419,6 +419,50 @@ TEST_F(Documents, DriftIsToldMemberByMember) {
                 {"IAE 1080", [&] { DriftObject(switch_, R"({"kind":"changed"})"); }}});
 }
 
+TEST_F(Documents, TheStoreIsComparedWithWhatItCouldBe) {
+  TestSupport::InstallType(host_,
+                           R"({"component":"tarn","group":"test","key":"shipped","version":"1.0",
+      "schema":{"type":"object","properties":{"id":{"type":"string","instanceId":true},
+        "n":{"type":"integer","default":5},"v":{"type":"integer","vital":true}}},
+      "defaults":[{"instance":"a","value":{"id":"a","n":1}},{"instance":"b","value":{"id":"b","n":2,"v":3}}]})");
+  const Id all("shipped", "test", "tarn");
+  Set({"shipped", "test", "tarn", "a"}, R"({"id":"a","n":5})");
+  Set({"shipped", "test", "tarn", "c"}, R"({"id":"c","n":6,"v":7})");
+  const auto told = [](ReferenceState state, const Id& prefix) {
+    std::string text;
+    for (const DriftObject& object : ComputeDriftFrom(state, {.prefix = prefix})) {
+      text += object.GetConfigStoreObjectId().instanceId + object.ToJson() + "\n";
+    }
+    return text;
+  };
+  EXPECT_EQ(
+      told(ReferenceState::SHIPPED, all),
+      R"(a{"kind":"changed","members":[{"pointer":"/n","expected":1,"found":5,"part":"user"}]})"
+      "\n"
+      R"(b{"kind":"missing","members":[{"pointer":"/n","expected":2,"part":"user"}]})"
+      "\n"
+      R"(c{"kind":"extra","members":[{"pointer":"/n","found":6,"part":"user"}]})"
+      "\n");
+  EXPECT_EQ(
+      told(ReferenceState::DEFAULTS, all),
+      R"(c{"kind":"changed","members":[{"pointer":"/n","expected":5,"found":6,"part":"user"}]})"
+      "\n");
+  PutRow("p", R"("mtu":1)", R"("mtu":2)", "", "", 1);
+  PutRow("q", R"("mtu":1)", "", "", "", 1);
+  PutRow("r", R"("mtu":1)", "", "", R"("serial":"s")", 1);
+  nextBoot_->Delete(Many("q"));
+  nextBoot_->Set(Mtu("r", 1));
+  EXPECT_EQ(
+      told(ReferenceState::NEXT_BOOT, {"", "", "tarn"}),
+      R"(p{"kind":"changed","members":[{"pointer":"/mtu","expected":2,"found":1,"part":"user"},)"
+      R"({"pointer":"/mtu","found":2,"part":"pending"}]})"
+      "\n"
+      R"(q{"kind":"extra","members":[{"pointer":"/mtu","found":1,"part":"user"}]})"
+      "\n"
+      R"(r{"kind":"changed","members":[{"pointer":"/serial","found":"s","part":"vital"}]})"
+      "\n");
+}
+
 TEST_F(Documents, ObjectsAreMadeFromTexts) {
   EXPECT_EQ(CreateObject(Switch(""), R"({"name":"a","mtu":1})")->GetConfigStoreObjectId(),
             Switch("a"));

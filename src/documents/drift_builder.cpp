@@ -1,0 +1,171 @@
+#include "documents/drift_builder.h"
+
+#include "documents/difference.h"
+#include "documents/sections.h"
+#include "json/secrets.h"
+#include "objects/generated_ids.h"
+#include "persistence/next_boot_records.h"
+
+#include <array>
+#include <utility>
+
+namespace TarnConfigStore {
+namespace {
+
+// What a part holds, parsed; null where it holds nothing.
+class Part {
+ public:
+  explicit Part(const std::optional<std::string>& text) {
+    there_ = text && Json::Parse(*text, value_);
+    DropGeneratedIds(value_);
+  }
+  const Json::Value* Value() const { return there_ ? &value_ : nullptr; }
+
+ private:
+  bool there_ = false;
+  Json::Document value_;
+};
+
+using Text = std::optional<std::string> StoredRow::*;
+
+struct NamedPart {
+  const char* name;
+  Text text;
+};
+
+// Those that hide others come first.
+constexpr std::array<NamedPart, 4> kParts = {{{kPartNames[0], &StoredRow::user},
+                                              {kPartNames[2], &StoredRow::vital},
+                                              {kPartNames[3], &StoredRow::cached},
+                                              {kPartNames[1], &StoredRow::automatic}}};
+
+}  // namespace
+
+DriftObject DriftBuilder::Of(const DocumentPlan::PlannedStep& step) {
+  members_.clear();
+  place_ = step.schema ? step.schema->GetSchemaPlace() : Json::SchemaPlace();
+  const StoredRow none;
+  const bool removes = step.step == DocumentPlan::Step::REMOVE;
+  const StoredRow& before = step.before ? *step.before : none;
+  const StoredRow& after = removes ? none : step.row;
+  // Nobody reads an unconfirmed value, so it is none to who does not speak of it.
+  const bool confirms = before.user && after.user && before.confirmed != after.confirmed;
+  for (const NamedPart& part : kParts) {
+    const bool isUser = part.text == &StoredRow::user;
+    Compare(part.name, isUser && confirms && !after.confirmed ? std::nullopt : after.*part.text,
+            isUser && confirms && !before.confirmed ? std::nullopt : before.*part.text, before);
+  }
+  if (!userOnly_) {
+    Compare(kPartNames[4], after.pending, before.pending, none);
+  }
+  return {step.id,
+          removes || !after.user       ? DriftKind::EXTRA
+          : step.before && before.user ? DriftKind::CHANGED
+          : step.before && !userOnly_  ? DriftKind::CHANGED
+                                       : DriftKind::MISSING,
+          std::move(members_)};
+}
+
+DriftObject DriftBuilder::Of(const DocumentPlan::PlannedRecord& record) {
+  members_.clear();
+  place_ = {};
+  const auto action = [](NextBootAction what) {
+    return "\"" + std::string(kActionNames[static_cast<std::size_t>(what)]) + "\"";
+  };
+  constexpr std::array<std::pair<const char*, std::optional<std::string> ColumnValues::*>, 3>
+      kColumns = {{{"UserValue", &ColumnValues::user},
+                   {"VitalValue", &ColumnValues::vital},
+                   {"CachedValue", &ColumnValues::cached}}};
+  const StoredRow none;
+  std::optional<std::string> wanted;
+  std::optional<std::string> there;
+  if (record.change != nullptr) {
+    wanted = action(record.change->action);
+  }
+  if (record.before) {
+    there = action(ActionFromRow(*record.before));
+  }
+  if (wanted != there) {
+    members_.push_back({"", wanted, there, kStagedName});
+  }
+  for (const auto& [column, text] : kColumns) {
+    const auto found = record.before ? record.before->Find(column) : std::nullopt;
+    Compare(kStagedName, record.values.*text,
+            found ? std::optional<std::string>(*found) : std::nullopt, none);
+  }
+  return {record.id,
+          record.change == nullptr ? DriftKind::EXTRA
+          : record.before          ? DriftKind::CHANGED
+                                   : DriftKind::MISSING,
+          std::move(members_)};
+}
+
+void DriftBuilder::Compare(const char* name, const std::optional<std::string>& after,
+                           const std::optional<std::string>& before, const StoredRow& row) {
+  if (HoldTheSame(after, before, !userOnly_)) {
+    return;
+  }
+  const std::size_t told = members_.size();
+  const Part expected(after);
+  const Part found(before);
+  // What one side does not have at all is told member by member.
+  const Json::Value empty(rapidjson::kObjectType);
+  FindDifferences(expected.Value() == nullptr ? &empty : expected.Value(),
+                  found.Value() == nullptr ? &empty : found.Value(), place_, "",
+                  [&](const std::string& pointer, const Json::Value* wanted,
+                      const Json::Value* there, Json::SchemaPlace place) {
+                    if (IsIdOfObject(pointer) && (wanted == nullptr || there == nullptr)) {
+                      return;
+                    }
+                    DriftMember member{pointer, Shown(wanted, place), Shown(there, place), name};
+                    if (there == nullptr) {
+                      FindElsewhere(row, member, place);
+                    }
+                    members_.push_back(std::move(member));
+                  });
+  if (members_.size() == told) {  // there is nothing in it but the id, or what holds null
+    members_.push_back({"", Shown(expected.Value(), place_), Shown(found.Value(), place_), name});
+  }
+}
+
+// It goes into every part that is not empty.
+bool DriftBuilder::IsIdOfObject(const std::string& pointer) const {
+  return pointer.size() > 1 && pointer.find('/', 1) == std::string::npos &&
+         place_.IsIdMember(std::string_view(pointer).substr(1));
+}
+
+// What is read where the part itself has nothing.
+void DriftBuilder::FindElsewhere(const StoredRow& row, DriftMember& member,
+                                 Json::SchemaPlace place) const {
+  for (const NamedPart& other : kParts) {
+    if (member.part == other.name) {
+      continue;
+    }
+    const Part part(row.*other.text);
+    const Json::Value* found =
+        part.Value() == nullptr ? nullptr : FindByIds(*part.Value(), place_, member.pointer);
+    if (found != nullptr && !found->IsNull()) {
+      member.found = Shown(found, place);
+      member.part = other.name;
+      return;
+    }
+  }
+}
+
+std::optional<std::string> DriftBuilder::Shown(const Json::Value* value,
+                                               Json::SchemaPlace place) const {
+  if (value == nullptr) {
+    return std::nullopt;
+  }
+  Json::Document shown;
+  shown.CopyFrom(*value, shown.GetAllocator());
+  if (!reveal_) {
+    std::string pointer;
+    Json::MaskSecrets(shown, place, shown.GetAllocator(), pointer, {});
+  }
+  std::string text;
+  Json::Serialize(shown, text);
+  return text;
+}
+
+}  // namespace TarnConfigStore
