@@ -14,6 +14,7 @@ void RegisterInstances(Roads& roads);
 void RegisterBulkWrites(Roads& roads, const std::string& root);
 void RegisterNotifications(Roads& roads);
 void RegisterStagedChanges(Roads& roads);
+void RegisterDocuments(Roads& roads, const std::string& root);
 void RegisterFreshProcess(const std::string& root);
 void RegisterHeldMemory(const std::string& root);
 

@@ -46,6 +46,7 @@ int RunAll() {
   RegisterBulkWrites(roads, host.Root());
   RegisterNotifications(roads);
   RegisterStagedChanges(roads);
+  RegisterDocuments(roads, host.Root());
   RegisterFreshProcess(host.Root());
   RegisterHeldMemory(host.Root());
   RegisterLargeObjects();

@@ -19,7 +19,9 @@ std::string Below(const std::string& pointer, std::string_view name) {
 }
 
 std::string Quoted(std::string_view text) {
-  return "\"" + Json::Utf8::Escaped(text) + "\"";
+  std::string quoted = "\"";
+  quoted.append(Json::Utf8::Escaped(text)).append("\"");
+  return quoted;
 }
 
 }  // namespace

@@ -70,7 +70,9 @@ DriftObject DriftBuilder::Of(const DocumentPlan::PlannedRecord& record) {
   members_.clear();
   place_ = {};
   const auto action = [](NextBootAction what) {
-    return "\"" + std::string(kActionNames[static_cast<std::size_t>(what)]) + "\"";
+    std::string quoted = "\"";
+    quoted.append(kActionNames[static_cast<std::size_t>(what)]).append("\"");
+    return quoted;
   };
   constexpr std::array<std::pair<const char*, std::optional<std::string> ColumnValues::*>, 3>
       kColumns = {{{"UserValue", &ColumnValues::user},
