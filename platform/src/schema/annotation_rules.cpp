@@ -270,22 +270,20 @@ class AnnotationRules {
   }
 
   void VisitBelow(const Place& place) {
-    const bool elsewhere = place.position == Position::ELSEWHERE;
+    const bool leadsOn = place.position != Position::ELSEWHERE;
     const Kind around = At(place).OwnKind();
     std::string_view idMember;
     Json::ForEachSubschema(place.node, [&](const Json::Value& node, const Json::Subschema& where) {
       const std::string pointer = place.pointer + where.Pointer();
       if (where.keyword == Keyword::kDefinitions) {
         Visit({node, pointer, Position::DEFINITION, {}, Kind::USER});
-      } else if (elsewhere) {
-        Visit({node, pointer, Position::ELSEWHERE, {}});
-      } else if (where.keyword == Keyword::kProperties) {
+      } else if (leadsOn && where.keyword == Keyword::kProperties) {
         const Place below{node,       pointer, Position::PROPERTY,
                           where.name, around,  place.position != Position::PROPERTY};
         Visit(below);
         CheckName(below, place.name);
         CheckOneId(below, idMember);
-      } else if (where.keyword == Keyword::kItems && where.index < 0) {
+      } else if (leadsOn && where.keyword == Keyword::kItems && where.index < 0) {
         Visit({node, pointer, Position::ELEMENT, place.name, around});
       } else {
         // Where members stand in the object says nothing here, so annotations mean nothing.
