@@ -37,6 +37,7 @@ refused 4 '{"code":1090,' --json update $nics/nic0 mtu=9 enabled=false
 expect 0 "" "" update $nics/nic0 'addresses=[]'
 row nic0 "u={\"device\":\"nic0\",\"enabled\":true,\"mtu\":9000} a=$automatic $rest rev=5"
 refused 4 "holds nothing but its instance id" update $nics/nic0 - <<<'{"device":"nic0"}'
+refused 4 "without its empty members" update $nics/nic0 'addresses=[{}]'
 expect 0 "" "tarnctl: /addresses/1 names nothing, and was left out" update $nics/nic0 "addresses=[$a,{}]" link.driver=null enabled=null
 row nic0 "u={\"device\":\"nic0\",\"mtu\":9000,\"addresses\":[$a]} a=$automatic ${rest/\"driver\":\"e\",} rev=6"
 refused 4 "/gateway: cannot be taken away: automatic" update $nics/nic0 - <<<'{"gateway":null}'

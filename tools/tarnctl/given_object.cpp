@@ -6,6 +6,7 @@
 #include "member_values.h"
 #include "stored_objects.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -91,6 +92,18 @@ std::shared_ptr<ConfigStoreObject> CollectMembers(const ConfigStoreObjectId& id,
   return object;
 }
 
+// An update takes away what it gives as null or empty; an empty element says nothing.
+bool TakesAway(const Json::Value& given) {
+  if (given.IsArray()) {
+    return std::any_of(given.Begin(), given.End(), TakesAway);
+  }
+  return given.IsObject() &&
+         std::any_of(given.MemberBegin(), given.MemberEnd(), [](const auto& member) {
+           return member.value.IsNull() || Json::IsEmptyContainer(member.value) ||
+                  TakesAway(member.value);
+         });
+}
+
 [[noreturn]] void RaiseNothingWritten(const Json::Value& given, const TypeSchema& schema) {
   const char* const why = given.ObjectEmpty() ? "the object holds no data"
                           : schema.HoldsNothingBesideId(given)
@@ -151,8 +164,8 @@ void UpdateObject(const ConfigStoreObjectId& id, const std::vector<std::string>&
   JsonMaker make;
   const Json::Value given = make.Parse(object->GetData());
   write(*OpenStore(), object);
-  // The id of vital or cached data is data too, which cleaning leaves alone.
-  if (schema.HoldsNothingBesideId(given) && object->IsEmpty()) {
+  // What only takes away leaves no data to write either. The id of vital or cached data stays.
+  if (object->IsEmpty() && (schema.HoldsNothingBesideId(given) || !TakesAway(given))) {
     RaiseNothingWritten(given, schema);
   }
   SayLeftOut(given, make.Parse(object->GetData()));
