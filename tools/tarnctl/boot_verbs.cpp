@@ -161,10 +161,10 @@ void AcceptPart(const Given& given) {
                     std::string(kPart) + " is of one " + kObject + " (see --help)");
   }
   const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
-  const auto object = MakeObject(id, given.Texts(kPart), TypeSchema(id));
-  TarnConfigStore::SetPartialBootStatus(object);
+  const GivenObject part = MakeObject(id, given.Texts(kPart), TypeSchema(id));
+  part.source.Locate([&] { TarnConfigStore::SetPartialBootStatus(part.object); });
   // The library writes nothing, and says nothing, when cleaning leaves nothing of it.
-  if (object->IsEmpty()) {
+  if (part.object->IsEmpty()) {
     throw ToolError(ExitCode::INVALID,
                     "nothing was accepted: without its empty members the part holds no data");
   }

@@ -139,7 +139,7 @@ Json::Value ListFindings(const Findings& findings, JsonMaker& make) {
 }
 
 void PrintFindings(const Findings& findings, const Output& output) {
-  if (output.AsJson()) {
+  if (output.AsData()) {
     JsonMaker make;
     output.PrintLenient(ListFindings(findings, make));
   } else {
@@ -154,7 +154,7 @@ void PrintFindings(const Findings& findings, const Output& output) {
                      TarnConfigStore::CS_GENERIC,
                      Count(findings.size()),
                      {},
-                     output.AsJson()});
+                     output.AsData()});
   }
 }
 

@@ -66,7 +66,7 @@ void Say(const std::string& text);
 /// An array of {"field", "error"}.
 Json::Value ListFindings(const Findings& findings, JsonMaker& make);
 
-/// Prints findings as the data of a verb that was asked for them: a line each, or one JSON array.
+/// Prints findings as the data of a verb that was asked for them: a line each, or one array.
 /// Raises ToolError INVALID, the exit code of the verb, when there are any.
 void PrintFindings(const Findings& findings, const Output& output);
 

@@ -1,18 +1,10 @@
 #include "given_object.h"
 
-#include "json/pointer.h"
-#include "json/print.h"
 #include "left_out.h"
 #include "member_values.h"
 #include "stored_objects.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstddef>
-#include <cstdint>
-#include <cstdio>
-#include <system_error>
 #include <utility>
 
 namespace tarnctl {
@@ -20,53 +12,6 @@ namespace {
 
 using TarnConfigStore::ConfigStoreObject;
 using TarnConfigStore::ConfigStoreObjectId;
-
-[[noreturn]] void RaiseUnreadable(const std::string& path, int error) {
-  throw ToolError(ExitCode::FAILED,
-                  "cannot read " + (path == "-" ? std::string("standard input") : path) + ": " +
-                      std::generic_category().message(error),
-                  TarnConfigStore::CS_JSON_FILE_FAILED);
-}
-
-std::string ReadAll(std::FILE* stream, const std::string& path) {
-  std::string text;
-  std::array<char, 16384> block;
-  while (const std::size_t length = std::fread(block.data(), 1, block.size(), stream)) {
-    text.append(block.data(), length);
-  }
-  if (std::ferror(stream) != 0) {
-    RaiseUnreadable(path, errno);
-  }
-  return text;
-}
-
-struct CloseFile {
-  void operator()(std::FILE* stream) const { std::fclose(stream); }
-};
-
-std::string ReadInput(const std::string& path) {
-  if (path == "-") {
-    return ReadAll(stdin, path);
-  }
-  const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rbe"));
-  if (!file) {
-    RaiseUnreadable(path, errno);
-  }
-  return ReadAll(file.get(), path);
-}
-
-/// The text of an object's data, known to be a JSON object. The text itself goes to the library.
-std::string ReadData(const std::string& path) {
-  std::string text = ReadInput(path);
-  Json::Document data;
-  const auto parsed = Json::Parse(text, data, Json::Origin::OUTSIDE);
-  if (parsed && data.IsObject()) {
-    return text;
-  }
-  throw ToolError(ExitCode::INVALID, "the data does not describe an object",
-                  TarnConfigStore::CS_JSON_PARSE_FAILED,
-                  {{"/", parsed ? "is no JSON object" : parsed.Describe(text)}});
-}
 
 bool IsFile(const std::vector<std::string>& data) {
   return data.size() == 1 && data.front().find('=') == std::string::npos;
@@ -112,63 +57,65 @@ bool TakesAway(const Json::Value& given) {
   throw ToolError(ExitCode::INVALID, std::string("nothing was written: ") + why);
 }
 
-void SayLeftOut(const Json::Value& given, const Json::Value& written) {
-  for (const std::string& place : FindLeftOut(given, written)) {
-    Say(place + " names nothing, and was left out");
+void SayLeftOut(const GivenObject& given, const Json::Value& data) {
+  JsonMaker make;
+  for (const std::string& place : FindLeftOut(data, make.Parse(given.object->GetData()))) {
+    Say(given.source.WithLine(place, place + " names nothing, and was left out"));
   }
 }
 
 }  // namespace
 
 Argument DataArgument() {
-  return {.name = kData,
-          .help =
-              "A file of JSON, - for standard input, or MEMBER=VALUE ...: each value takes the "
-              "type that the schema gives the member, arrays and objects are JSON text",
-          .takes = Takes::TEXTS,
-          .isRequired = true};
+  return {
+      .name = kData,
+      .help =
+          "A file of JSON, of YAML where it ends in .yaml or .yml, - for JSON on standard input, "
+          "or MEMBER=VALUE ...: each value takes the "
+          "type that the schema gives the member, arrays and objects are JSON text",
+      .takes = Takes::TEXTS,
+      .isRequired = true};
 }
 
-std::shared_ptr<ConfigStoreObject> ReadObject(const ConfigStoreObjectId& id,
-                                              const std::string& path) {
-  const std::string text = ReadData(path);
-  auto object = std::make_shared<ConfigStoreObject>(id);
-  object->SetData(text.c_str());
-  return object;
-}
-
-std::shared_ptr<ConfigStoreObject> MakeObject(const ConfigStoreObjectId& id,
-                                              const std::vector<std::string>& data,
-                                              const TypeSchema& schema, Null null) {
-  return IsFile(data) ? ReadObject(id, data.front()) : CollectMembers(id, data, schema, null);
+GivenObject MakeObject(const ConfigStoreObjectId& id, const std::vector<std::string>& data,
+                       const TypeSchema& schema, Null null) {
+  if (!IsFile(data)) {
+    return {CollectMembers(id, data, schema, null), {}};
+  }
+  GivenObject given{std::make_shared<ConfigStoreObject>(id),
+                    GivenData::Read(data.front(), PlaceOfData(schema.Root()),
+                                    null == Null::REMOVES ? YamlNull::ALWAYS : YamlNull::OF_TYPE,
+                                    Wanted::OBJECT)};
+  given.object->SetData(given.source.Text().c_str());
+  return given;
 }
 
 void WriteObject(const ConfigStoreObjectId& id, const std::vector<std::string>& data,
                  const Write& write) {
   const TypeSchema schema(id);
-  const auto object = MakeObject(id, data, schema);
+  const GivenObject given = MakeObject(id, data, schema);
   JsonMaker make;
-  const Json::Value given = make.Parse(object->GetData());
-  write(*OpenStore(), object);
+  const Json::Value before = make.Parse(given.object->GetData());
+  given.source.Locate([&] { write(*OpenStore(), given.object); });
   // The library writes nothing, and says nothing, when cleaning leaves nothing to write.
-  if (object->IsEmpty()) {
-    RaiseNothingWritten(given, schema);
+  if (given.object->IsEmpty()) {
+    RaiseNothingWritten(before, schema);
   }
-  SayLeftOut(given, make.Parse(object->GetData()));
+  SayLeftOut(given, before);
 }
 
 void UpdateObject(const ConfigStoreObjectId& id, const std::vector<std::string>& data,
                   const Write& write) {
   const TypeSchema schema(id);
-  const auto object = MakeObject(id, data, schema, Null::REMOVES);
+  const GivenObject given = MakeObject(id, data, schema, Null::REMOVES);
   JsonMaker make;
-  const Json::Value given = make.Parse(object->GetData());
-  write(*OpenStore(), object);
+  const Json::Value before = make.Parse(given.object->GetData());
+  given.source.Locate([&] { write(*OpenStore(), given.object); });
   // What only takes away leaves no data to write either. The id of vital or cached data stays.
-  if (object->IsEmpty() && (schema.HoldsNothingBesideId(given) || !TakesAway(given))) {
-    RaiseNothingWritten(given, schema);
+  if (given.object->IsEmpty() && (schema.HoldsNothingBesideId(before) || !TakesAway(before))) {
+    RaiseNothingWritten(before, schema);
   }
-  SayLeftOut(given, make.Parse(object->GetData()));
+  SayLeftOut(given, before);
 }
 
 }  // namespace tarnctl

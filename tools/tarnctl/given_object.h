@@ -5,6 +5,7 @@
 
 #include "command_line.h"
 #include "failure.h"
+#include "given_data.h"
 #include "member_values.h"
 #include "type_schema.h"
 
@@ -19,22 +20,22 @@ namespace tarnctl {
 inline constexpr const char* kData = "DATA";
 Argument DataArgument();
 
-/// An object with the data of a file, or of standard input for "-". Raises ToolError INVALID, with
-/// the reason as a finding, for data that is no JSON object, and FAILED when it cannot be read.
-std::shared_ptr<TarnConfigStore::ConfigStoreObject> ReadObject(
-    const TarnConfigStore::ConfigStoreObjectId& id, const std::string& path);
+struct GivenObject {
+  std::shared_ptr<TarnConfigStore::ConfigStoreObject> object;
+  GivenData source;  ///< of nothing where members were given
+};
 
-/// An object with what kData gives. Raises as ReadObject and ReadMembers do.
-std::shared_ptr<TarnConfigStore::ConfigStoreObject> MakeObject(
-    const TarnConfigStore::ConfigStoreObjectId& id, const std::vector<std::string>& data,
-    const TypeSchema& schema, Null null = Null::OF_TYPE);
+/// An object with what kData gives. Raises as GivenData::Read and ReadMembers do.
+GivenObject MakeObject(const TarnConfigStore::ConfigStoreObjectId& id,
+                       const std::vector<std::string>& data, const TypeSchema& schema,
+                       Null null = Null::OF_TYPE);
 
 using Write = std::function<void(TarnConfigStore::ConfigStore&,
                                  const std::shared_ptr<TarnConfigStore::ConfigStoreObject>&)>;
 
 /// The way that every verb takes which writes an object: makes it of what kData gives, and writes
-/// it. Says of each element that names nothing that it was left out. Raises as MakeObject does, and
-/// ToolError INVALID when the store was left as it is because the object comes to nothing.
+/// it. Says of each element that names nothing that it was left out. Raises as MakeObject does, what
+/// `write` raises, with the lines of a YAML file where it has findings, and ToolError INVALID when the store was left as it is because the object comes to nothing.
 void WriteObject(const TarnConfigStore::ConfigStoreObjectId& id,
                  const std::vector<std::string>& data, const Write& write);
 

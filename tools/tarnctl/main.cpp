@@ -26,6 +26,10 @@ Program MakeProgram() {
           .arguments = {{.name = "--json",
                          .help = "Print everything as JSON, errors too",
                          .takes = Takes::NOTHING},
+                        {.name = "--yaml",
+                         .help = "Print data as YAML",
+                         .takes = Takes::NOTHING,
+                         .excludes = {"--json"}},
                         {.name = "--root",
                          .help = "Directory that the host's paths are resolved under",
                          .valueName = "DIR"},
@@ -72,18 +76,24 @@ void Prepare(const Given& options) {
   }
 }
 
+Format FormatOf(const Given& options) {
+  return options.Has("--json")   ? Format::JSON
+         : options.Has("--yaml") ? Format::YAML
+                                 : Format::PLAIN;
+}
+
 void ParseAndRun(int argumentCount, char** arguments) {
   const Program program = MakeProgram();
   const Call call = ParseCommandLine(program, argumentCount, arguments);
   if (call.verb == nullptr) {
-    Output(false).PrintText(call.text);
+    Output(Format::PLAIN).PrintText(call.text);
     return;
   }
   Prepare(call.options);
   TarnConfigStore::ClearLastStoreError();
   TarnConfigStore::ClearLastParseFailure();
   try {
-    call.verb->run(call.given, Output(call.options.Has("--json")));
+    call.verb->run(call.given, Output(FormatOf(call.options)));
   } catch (...) {
     Failure failure = DescribeCurrentException();
     if (failure.code == TarnConfigStore::CS_SCHEMA_NOT_FOUND) {

@@ -2,11 +2,13 @@
 
 #include "failure.h"
 #include "json/print.h"
+#include "yaml_writer.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 namespace tarnctl {
 
@@ -27,27 +29,34 @@ void Output::PrintText(const std::string& text) const {
   }
 }
 
-namespace {
-
-std::string Indented(const Json::Value& value) {
+std::string Output::Formatted(const Json::Value& value) const {
   std::string text;
-  if (!Json::Print(value, Json::Layout::INDENTED, Json::BadText::REFUSED, text)) {
-    throw ToolError(ExitCode::FAILED, "cannot print what is not UTF-8 as JSON");
+  const bool printed = format_ == Format::YAML ? WriteYaml(value, text)
+                                               : Json::Print(value, Json::Layout::INDENTED,
+                                                             Json::BadText::REFUSED, text);
+  if (!printed) {
+    throw ToolError(ExitCode::FAILED, "cannot print what is not UTF-8");
   }
   return text;
 }
 
-}  // namespace
-
 void Output::Print(const Json::Value& value) const {
-  PrintText(Indented(value) + "\n");
+  PrintText(Formatted(value) + (format_ == Format::YAML ? "" : "\n"));
 }
 
 void ListPrinter::Add(const Json::Value& element) {
   constexpr std::size_t kMuch = 65536;
+  if (output_.format_ == Format::YAML) {
+    JsonMaker make;
+    Json::Value list(rapidjson::kArrayType);
+    list.PushBack(Json::Value(element, make.GetAllocator()), make.GetAllocator());
+    text_ = (isEmpty_ ? "" : std::move(text_)) + output_.Formatted(list);
+    isEmpty_ = false;
+    return;
+  }
   text_ += isEmpty_ ? "\n  " : ",\n  ";
   isEmpty_ = false;
-  for (const char character : Indented(element)) {  // line ends inside texts are escaped
+  for (const char character : output_.Formatted(element)) {  // line ends inside texts are escaped
     text_ += character;
     text_ += character == '\n' ? "  " : "";
   }
@@ -58,17 +67,34 @@ void ListPrinter::Add(const Json::Value& element) {
 }
 
 void ListPrinter::End() {
-  output_.PrintText(text_ + (isEmpty_ ? "]\n" : "\n]\n"));
+  const char* const end = isEmpty_ ? "]\n" : output_.format_ == Format::YAML ? "" : "\n]\n";
+  output_.PrintText(text_ + end);
 }
 
 void Output::PrintLenient(const Json::Value& value) const {
   std::string text;
   Json::Print(value, Json::Layout::INDENTED, Json::BadText::REPAIRED, text);
-  PrintText(text + "\n");
+  if (format_ != Format::YAML) {
+    PrintText(text + "\n");
+    return;
+  }
+  JsonMaker make;
+  Print(make.Parse(text));
+}
+
+void Output::PrintRecord(const Json::Value& value) const {
+  if (format_ == Format::YAML) {
+    PrintText("---\n");
+    PrintLenient(value);
+    return;
+  }
+  std::string line;
+  Json::Print(value, Json::Layout::ONE_LINE, Json::BadText::REPAIRED, line);
+  PrintText(line + "\n");
 }
 
 void Output::PrintMember(const Json::Value& value) const {
-  if (value.IsString() && !asJson_) {
+  if (value.IsString() && !AsData()) {
     PrintText(std::string(Json::Text(value)) + "\n");
   } else {
     Print(value);

@@ -5,31 +5,14 @@
 #include "json/near_miss.h"
 #include "json/pointer.h"
 #include "json/schema_keywords.h"
-#include "json/subschemas.h"
 
-#include <algorithm>
-#include <set>
 #include <utility>
+#include <vector>
 
 namespace tarnctl {
 namespace {
 
 namespace Keyword = Json::Keyword;
-
-const Json::Value& Anything() {
-  static const Json::Value anything(rapidjson::kObjectType);
-  return anything;
-}
-
-const Json::Value* FindObject(const Json::Value& schema, const char* keyword) {
-  const Json::Value* found = Json::FindMember(schema, keyword);
-  return found != nullptr && found->IsObject() ? found : nullptr;
-}
-
-const Json::Value* FindProperty(const Json::Value& schema, std::string_view name) {
-  const Json::Value* properties = FindObject(schema, Keyword::kProperties);
-  return properties != nullptr ? Json::FindMember(*properties, name) : nullptr;
-}
 
 // A null-valued member counts as absent.
 const Json::Value* FindMember(const Json::Value* value, const std::string& name) {
@@ -37,77 +20,37 @@ const Json::Value* FindMember(const Json::Value* value, const std::string& name)
   return found != nullptr && !found->IsNull() ? found : nullptr;
 }
 
-// When one of the schemas that a schema is composed of applies.
-enum class Applies { ALWAYS, PERHAPS, UNDER_CONDITIONS };
-
-std::optional<Applies> AppliesUnder(std::string_view keyword) {
-  if (keyword == "allOf") {
-    return Applies::ALWAYS;
-  }
-  if (keyword == "anyOf" || keyword == "oneOf") {
-    return Applies::PERHAPS;
-  }
-  if (keyword == "if" || keyword == "then" || keyword == "else" || keyword == "dependencies") {
-    return Applies::UNDER_CONDITIONS;
-  }
-  return std::nullopt;
-}
-
 }  // namespace
-
-// One of the schemas that apply at a place, or may, references followed.
-struct TypeSchema::Part {
-  const Json::Value* schema;
-  Applies applies;
-};
 
 TypeSchema::TypeSchema(const TarnConfigStore::ConfigStoreObjectId& type)
     : typeFile_(make_.Parse(TarnConfigStore::GetTypeFile(type.component, type.group, type.key))) {
   const Json::Value* schema = Json::FindMember(typeFile_, "schema");
-  view_.emplace(schema != nullptr ? *schema : Anything());
-}
-
-std::vector<TypeSchema::Part> TypeSchema::PartsOf(Schema schema) const {
-  std::vector<Part> parts;
-  std::set<std::pair<const Json::Value*, Applies>> seen;
-  const auto add = [&](const auto& self, const Json::Value& part, Applies applies) -> void {
-    const Part found{&Resolve(part), applies};
-    if (!seen.emplace(found.schema, found.applies).second) {
-      return;
-    }
-    parts.push_back(found);
-    Json::ForEachSubschema(*found.schema,
-                           [&](const Json::Value& inner, const Json::Subschema& where) {
-                             if (const auto innerApplies = AppliesUnder(where.keyword)) {
-                               self(self, inner, std::max(applies, *innerApplies));
-                             }
-                           });
-  };
-  add(add, schema, Applies::ALWAYS);
-  return parts;
+  view_.emplace(schema != nullptr ? *schema : AnySchema());
+  parts_.emplace(view_->References());
+  places_.emplace(view_->References(), view_->Schema());
 }
 
 TypeSchema::Schema TypeSchema::Property(Schema schema, std::string_view name) const {
-  std::vector<Part> parts = PartsOf(schema);
-  std::erase_if(parts, [](const Part& part) { return part.applies != Applies::ALWAYS; });
-  for (const Part& part : parts) {
+  std::vector<SchemaPart> parts = parts_->Of(schema);
+  std::erase_if(parts, [](const SchemaPart& part) { return part.applies != Applies::ALWAYS; });
+  for (const SchemaPart& part : parts) {
     if (const Json::Value* property = FindProperty(*part.schema, name)) {
       return *property;
     }
   }
-  for (const Part& part : parts) {
+  for (const SchemaPart& part : parts) {
     const Json::Value* others = FindObject(*part.schema, Keyword::kAdditionalProperties);
     // Which pattern a name matches is for the validator to say.
     if (others != nullptr && FindObject(*part.schema, Keyword::kPatternProperties) == nullptr) {
       return *others;
     }
   }
-  return Anything();
+  return AnySchema();
 }
 
 TypeSchema::Schema TypeSchema::Items(Schema schema) const {
-  const Json::Value* items = FindObject(Resolve(schema), Keyword::kItems);
-  return items != nullptr ? *items : Anything();
+  const Json::Value* items = FindObject(parts_->Resolve(schema), Keyword::kItems);
+  return items != nullptr ? *items : AnySchema();
 }
 
 const Json::Value* TypeSchema::Default(Schema schema) const {
@@ -119,62 +62,19 @@ const Json::Value* TypeSchema::Default(Schema schema) const {
   return nullptr;
 }
 
-ValueKinds TypeSchema::Kinds(Schema schema) const {
-  KnownKinds known;
-  return Kinds(schema, known);
-}
-
-ValueKinds TypeSchema::Kinds(Schema schema, KnownKinds& known) const {
-  const Json::Value& resolved = Resolve(schema);
-  // What is met again before it is known adds nothing.
-  const auto [entry, isNew] = known.try_emplace(&resolved, ValueKinds::kAll);
-  if (!isNew || !resolved.IsObject()) {
-    return entry->second;
-  }
-  ValueKinds kinds(ValueKinds::kAll);
-  const auto narrow = [&](const char* keyword, const auto& kindsOf) {
-    const Json::Value* given = Json::FindMember(resolved, keyword);
-    if (given != nullptr && given->IsArray()) {
-      ValueKinds united(0);
-      for (const Json::Value& element : given->GetArray()) {
-        united = united | kindsOf(element);
-      }
-      kinds = kinds & united;
-    } else if (given != nullptr) {
-      kinds = kinds & kindsOf(*given);
-    }
-  };
-  narrow(Keyword::kType, [](const Json::Value& name) {
-    return name.IsString() ? ValueKinds::Named(Json::Text(name)) : ValueKinds(0);
-  });
-  narrow("enum", ValueKinds::Of);
-  if (const Json::Value* value = Json::FindMember(resolved, "const")) {
-    kinds = kinds & ValueKinds::Of(*value);
-  }
-  const auto nested = [&](const Json::Value& part) { return Kinds(part, known); };
-  narrow("anyOf", nested);
-  narrow("oneOf", nested);
-  Json::ForEachSubschema(resolved, [&](const Json::Value& part, const Json::Subschema& where) {
-    if (where.keyword == "allOf") {
-      kinds = kinds & nested(part);
-    }
-  });
-  return known.insert_or_assign(&resolved, kinds).first->second;
-}
-
 ValueKinds TypeSchema::KindsOf(const MemberPath& path) const {
-  const Json::Value* schema = &view_->Schema();
+  ValuePlace place = Root();
   std::string pointer;
   for (const std::string& name : path) {
-    if (const ValueKinds kinds = Kinds(*schema); !kinds.Holds(ValueKinds::kObject)) {
+    if (const ValueKinds kinds = place.Kinds(); !kinds.Holds(ValueKinds::kObject)) {
       throw ToolError(ExitCode::INVALID,
                       "a path leads through objects only, and here it meets " + kinds.Describe(),
                       TarnConfigStore::CS_INCORRECT_TYPE, {{pointer, "no object"}});
     }
     Json::AppendToken(pointer, name);
-    schema = &Property(*schema, name);
+    place = place.Member(name);
   }
-  return Kinds(*schema);
+  return place.Kinds();
 }
 
 const Json::Value* TypeSchema::Read(const Json::Value& data, const MemberPath& path) const {
@@ -190,7 +90,7 @@ const Json::Value* TypeSchema::Read(const Json::Value& data, const MemberPath& p
 
 std::string TypeSchema::Suggest(Schema schema, std::string_view name) const {
   Json::NearMiss nearest(name);
-  for (const Part& part : PartsOf(schema)) {
+  for (const SchemaPart& part : parts_->Of(schema)) {
     if (const Json::Value* properties = FindObject(*part.schema, Keyword::kProperties)) {
       for (const auto& property : properties->GetObject()) {
         nearest.Offer(Json::Text(property.name));
@@ -215,7 +115,7 @@ std::string TypeSchema::Suggest(const MemberPath& path) const {
 
 bool TypeSchema::MayHave(Schema schema, std::string_view name) const {
   bool isClosed = false;
-  for (const Part& part : PartsOf(schema)) {
+  for (const SchemaPart& part : parts_->Of(schema)) {
     const Json::Value* properties = FindObject(*part.schema, Keyword::kProperties);
     const Json::Value* others = Json::FindMember(*part.schema, Keyword::kAdditionalProperties);
     if (FindProperty(*part.schema, name) != nullptr ||

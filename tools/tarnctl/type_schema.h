@@ -7,13 +7,13 @@
 #include "json/type_schema_view.h"
 #include "json_maker.h"
 #include "object_name.h"
+#include "schema_parts.h"
 #include "value_kinds.h"
+#include "value_place.h"
 
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
-#include <vector>
 
 namespace tarnctl {
 
@@ -36,6 +36,10 @@ class TypeSchema {
   /// object.
   ValueKinds KindsOf(const MemberPath& path) const;
 
+  /// The object itself, as the beginning of a way to the kinds that its values may have. Valid as
+  /// long as this.
+  ValuePlace Root() const { return places_->Root(); }
+
   /// The value of a member in an object's data, or the default that absent members read as; null
   /// when there is neither. The result points into the data or into this schema.
   const Json::Value* Read(const Json::Value& data, const MemberPath& path) const;
@@ -50,16 +54,10 @@ class TypeSchema {
 
  private:
   using Schema = const Json::Value&;
-  struct Part;
-  using KnownKinds = std::unordered_map<const Json::Value*, ValueKinds>;
 
-  Schema Resolve(Schema schema) const { return *view_->References().Chain(schema).back(); }
-  std::vector<Part> PartsOf(Schema schema) const;
   Schema Property(Schema schema, std::string_view name) const;
   Schema Items(Schema schema) const;
   const Json::Value* Default(Schema schema) const;
-  ValueKinds Kinds(Schema schema) const;
-  ValueKinds Kinds(Schema schema, KnownKinds& known) const;
   std::string Suggest(Schema schema, std::string_view name) const;
   bool MayHave(Schema schema, std::string_view name) const;
   void FindUndeclared(const Json::Value& data, Schema schema, const std::string& pointer,
@@ -68,6 +66,8 @@ class TypeSchema {
   JsonMaker make_;
   Json::Value typeFile_;
   std::optional<Json::TypeSchemaView> view_;
+  std::optional<SchemaParts> parts_;
+  mutable std::optional<ValuePlaces> places_;  // which fills as it is asked
 };
 
 }  // namespace tarnctl

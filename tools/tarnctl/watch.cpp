@@ -1,5 +1,4 @@
 #include "failure.h"
-#include "json/print.h"
 #include "verbs.h"
 #include "watch_loop.h"
 
@@ -79,10 +78,7 @@ std::string Now() {
 void Print(const Notification& notification, const Output& output) {
   for (const std::string& object : notification.objects) {
     JsonMaker make;
-    std::string line;
-    Json::Print(make.Object("time", Now(), "object", object, "pid", notification.process),
-                Json::Layout::ONE_LINE, Json::BadText::REPAIRED, line);
-    output.PrintText(line + "\n");
+    output.PrintRecord(make.Object("time", Now(), "object", object, "pid", notification.process));
   }
 }
 

@@ -49,17 +49,17 @@ WriteKind KindOf(const Given& given) {
 Findings FindFaults(const Given& given) {
   const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
   OpenStore();  // a host without a store has nothing to set
-  std::shared_ptr<ConfigStoreObject> object;
+  GivenObject made;
   try {
     const TypeSchema schema(id);
-    object = MakeObject(id, given.Texts(kData), schema);
+    made = MakeObject(id, given.Texts(kData), schema);
   } catch (const ToolError& error) {
     if (error.GetFailure().details.empty()) {
       throw;
     }
     return error.GetFailure().details;  // data that describes no object
   }
-  return TarnConfigStore::FindingsOfWrite(object, KindOf(given));
+  return made.source.WithLines(TarnConfigStore::FindingsOfWrite(made.object, KindOf(given)));
 }
 
 void CheckObject(const Given& given, const Output& output) {

@@ -1,0 +1,62 @@
+#include "input_file.h"
+
+#include "failure.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <system_error>
+
+namespace tarnctl {
+namespace {
+
+std::string NameOf(const std::string& path) {
+  return path == "-" ? std::string("standard input") : path;
+}
+
+[[noreturn]] void RaiseUnreadable(const std::string& path, int error) {
+  throw ToolError(ExitCode::FAILED,
+                  "cannot read " + NameOf(path) + ": " + std::generic_category().message(error),
+                  TarnConfigStore::CS_JSON_FILE_FAILED);
+}
+
+std::string ReadAll(std::FILE* stream, const std::string& path) {
+  std::string text;
+  std::array<char, 16384> block;
+  while (const std::size_t length = std::fread(block.data(), 1, block.size(), stream)) {
+    text.append(block.data(), length);
+    if (text.size() > kMaxInputSize) {
+      throw ToolError(ExitCode::INVALID,
+                      NameOf(path) + " is larger than " + std::to_string(kMaxInputSize) + " bytes",
+                      TarnConfigStore::CS_JSON_PARSE_FAILED);
+    }
+  }
+  if (std::ferror(stream) != 0) {
+    RaiseUnreadable(path, errno);
+  }
+  return text;
+}
+
+struct CloseFile {
+  void operator()(std::FILE* stream) const { std::fclose(stream); }
+};
+
+}  // namespace
+
+std::string ReadInput(const std::string& path) {
+  if (path == "-") {
+    return ReadAll(stdin, path);
+  }
+  const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rbe"));
+  if (!file) {
+    RaiseUnreadable(path, errno);
+  }
+  return ReadAll(file.get(), path);
+}
+
+bool IsYamlFile(std::string_view path) {
+  return path.ends_with(".yaml") || path.ends_with(".yml");
+}
+
+}  // namespace tarnctl
