@@ -6,8 +6,9 @@
 //   exceptions.h, error_codes.h                          what is thrown, and the codes
 //   filter_spec_object.h                                 choosing instances
 //   next_boot_store.h, apply_next_boot.h, boot_state.h   what takes effect at the next boot
-// The others stand alone: default_instances.h, diagnostics.h, documents.h, drift.h, dry_run.h, file.h, host.h,
-// kernel_options.h, key_values.h, listing.h, process.h, type_administration.h. Every header compiles alone, as C++17.
+// The others stand alone: backup.h, default_instances.h, diagnostics.h, documents.h, drift.h, dry_run.h, file.h,
+// host.h, kernel_options.h, key_values.h, listing.h, process.h, stored_views.h, type_administration.h. Every header
+// compiles alone, as C++17.
 //
 // Set, Get and a filter, on a type with instances:
 //
@@ -54,4 +55,5 @@
 #include "tarnconfigstore/object_id.h"
 #include "tarnconfigstore/process.h"
 #include "tarnconfigstore/store_object.h"
+#include "tarnconfigstore/stored_views.h"
 #include "tarnconfigstore/type_administration.h"

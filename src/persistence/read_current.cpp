@@ -153,7 +153,7 @@ ObjectHandle GetConfigByBootAndContext(const ConfigStoreObjectId& id, const Sche
 }
 
 std::vector<ObjectHandle> GetBulkConfigInternal(const std::string& component,
-                                                const std::string& group) {
+                                                const std::string& group, LeftOut* leftOut) {
   const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
   const std::string_view sql = group.empty() ? READ_COMPONENT : READ_GROUP;
   DBStore::StatementHandle statement =
@@ -179,11 +179,16 @@ std::vector<ObjectHandle> GetBulkConfigInternal(const std::string& component,
     if (!schema) {
       CSLogger::Log(CSLogger::kProblem, "Skipped, its type is not installed: %s",
                     id.toString().c_str());
+      if (leftOut != nullptr) {
+        leftOut->notInstalled.push_back(id);
+      }
       continue;
     }
     if (ObjectHandle object =
             MergeLayers(*row, id, schema, MakeConfirmedUserObject(*row, id, schema))) {
       objects.push_back(std::move(object));
+    } else if (leftOut != nullptr && row->Find("UserValue")) {
+      leftOut->unconfirmed.push_back(id);
     }
   }
   return objects;

@@ -52,11 +52,19 @@ ObjectHandle GetConfigByBootAndContext(const ConfigStoreObjectId& id, const Sche
                                        const USERDATA_CONTEXT& context,
                                        const DBStore::ConnectionHandle& connection);
 
+/// Rows that GetBulkConfigInternal made no object of, although they hold something.
+struct LeftOut {
+  std::vector<ConfigStoreObjectId> notInstalled;  ///< their types are not
+  std::vector<ConfigStoreObjectId> unconfirmed;   ///< with nothing but an unconfirmed user value
+};
+
 /// All objects of a component, or of one group of it when the group is not empty, on a connection
 /// of its own. Rows of types that are not installed are logged and left out. Raises
 /// ConfigStoreException 2000 "Get all keys failed".
+/// \param leftOut  gets what was left out; may be null
 std::vector<ObjectHandle> GetBulkConfigInternal(const std::string& component,
-                                                const std::string& group);
+                                                const std::string& group,
+                                                LeftOut* leftOut = nullptr);
 
 /// The rows of the whole store in which a value expression is not NULL, as "Value"; of confirmed
 /// rows only, unless asked otherwise. The expression is one of the library's own constants. Raises
