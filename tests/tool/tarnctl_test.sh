@@ -18,7 +18,7 @@ for verb in "" init get set update delete validate list revision kv "kv get" "kv
   # shellcheck disable=SC2086
   expect 0 "Usage: tarnctl $verb" "" $verb --help
 done
-for usage in "" "get" "nonsense" "get a/b" "get a//c" "get a/b/c/" "get a/b/c d..e" "list /" "schema" "kv get" \
+for usage in "" "get" "nonsense" "get a/" "get a//c" "get a/b/c/" "get a/b/c d..e" "list /" "schema" "kv get" \
   "schema show a/b/c/d" "schema install" "set a/b/c" "revision" "--log 9 list" "list --nonsense" "update a/b/c" "delete a/b" "validate a/b/c" \
   "next-boot" "next-boot get a/b" "next-boot get a/b/c d..e" "next-boot get a/b/c/d --all-instances" "next-boot set a/b/c" "next-boot delete" \
   "next-boot reset a/b" "next-boot list /" "boot" "boot apply it" "boot accept" "boot reject a/b" "boot accept --all a/b/c" "kernel-options" \
@@ -27,14 +27,14 @@ for usage in "" "get" "nonsense" "get a/b" "get a//c" "get a/b/c/" "get a/b/c d.
   expect 2 "" "?" $usage
 done
 expect 2 "" "--root takes" --root "" list
-expect 2 "" '={"code":2000,"message":"\"a/b\" is not of the form COMPONENT/GROUP/KEY[/INSTANCE]","details":[]}' --json get a/b
+expect 2 "" '={"code":2000,"message":"\"a/b\" is not of the form COMPONENT/GROUP/KEY[/INSTANCE]","details":[]}' --json revision a/b
 
 # --- no store, whether it never was or was lost: every verb says so, and none makes one
 # $1: the exit code of `schema check`, which needs no host; a host that has lost its store says so all the same.
 without_store() {
   local before
   before=$(tree)
-  for verb in "get $resolver" "get $switches --all-instances" "set $resolver servers=[]" "update $resolver timeout=9" \
+  for verb in "get $resolver" "get tarn" "get $resolver --during-boot" "get $switches --all-instances" "set $resolver servers=[]" "update $resolver timeout=9" \
     "delete $resolver" "delete $switches --where ports=8" "validate $resolver -" "list" "revision $resolver" "kv get K" "kv set K V" \
     "schema list" "schema show $resolver" "schema install $types" "schema remove $resolver" "next-boot get $resolver" \
     "next-boot set $resolver timeout=9" "next-boot delete $switches --all-instances" "next-boot reset $resolver" "next-boot list" "boot status" \

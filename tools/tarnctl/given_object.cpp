@@ -13,10 +13,6 @@ namespace {
 using TarnConfigStore::ConfigStoreObject;
 using TarnConfigStore::ConfigStoreObjectId;
 
-bool IsFile(const std::vector<std::string>& data) {
-  return data.size() == 1 && data.front().find('=') == std::string::npos;
-}
-
 std::shared_ptr<ConfigStoreObject> CollectMembers(const ConfigStoreObjectId& id,
                                                   const std::vector<std::string>& members,
                                                   const TypeSchema& schema, Null null) {
@@ -75,6 +71,10 @@ Argument DataArgument() {
           "type that the schema gives the member, arrays and objects are JSON text",
       .takes = Takes::TEXTS,
       .isRequired = true};
+}
+
+bool IsFile(const std::vector<std::string>& data) {
+  return data.size() == 1 && data.front().find('=') == std::string::npos;
 }
 
 GivenObject MakeObject(const ConfigStoreObjectId& id, const std::vector<std::string>& data,

@@ -20,6 +20,9 @@ namespace tarnctl {
 inline constexpr const char* kData = "DATA";
 Argument DataArgument();
 
+/// True where kData is a file.
+bool IsFile(const std::vector<std::string>& data);
+
 struct GivenObject {
   std::shared_ptr<TarnConfigStore::ConfigStoreObject> object;
   GivenData source;  ///< of nothing where members were given

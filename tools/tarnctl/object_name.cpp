@@ -1,8 +1,11 @@
 #include "object_name.h"
 
 #include "failure.h"
+#include "json/pointer.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <utility>
 
 namespace tarnctl {
 namespace {
@@ -52,6 +55,10 @@ ConfigStoreObjectId ParsePrefix(std::string_view text) {
   return Parse(text, 1, 4, "COMPONENT[/GROUP[/KEY[/INSTANCE]]]");
 }
 
+bool IsGroup(std::string_view text) {
+  return std::count(text.begin(), text.end(), '/') < 2;
+}
+
 ConfigStoreObjectId ParsePrefixIfGiven(std::string_view text) {
   return text.empty() ? ConfigStoreObjectId("", "", "") : ParsePrefix(text);
 }
@@ -76,6 +83,14 @@ MemberPath ParseMember(std::string_view text) {
 
 MemberPath ParseMemberIfGiven(std::string_view text) {
   return text.empty() ? MemberPath() : ParseMember(text);
+}
+
+MemberPath ParsePlace(std::string_view pointer) {
+  auto names = Json::ParsePointer(pointer);
+  if (!names) {
+    throw ToolError(ExitCode::USAGE, "\"" + std::string(pointer) + "\" is no JSON Pointer");
+  }
+  return std::move(*names);
 }
 
 std::string FormatMember(const MemberPath& path) {

@@ -19,7 +19,10 @@ TarnConfigStore::ConfigStoreObjectId ParseType(std::string_view text);
 /// The beginning of an object's name, at a slash: "component", "component/group" and so on.
 TarnConfigStore::ConfigStoreObjectId ParsePrefix(std::string_view text);
 
-/// The same, and for an empty text the prefix of everything.
+/// True for a text that names a component or a group of one, as ParsePrefix takes it.
+bool IsGroup(std::string_view text);
+
+/// As ParsePrefix, and for an empty text the prefix of everything.
 TarnConfigStore::ConfigStoreObjectId ParsePrefixIfGiven(std::string_view text);
 
 /// The text that ParseObject takes.
@@ -31,6 +34,9 @@ MemberPath ParseMember(std::string_view text);
 
 /// The same, and for an empty text the empty path, which means the whole object.
 MemberPath ParseMemberIfGiven(std::string_view text);
+
+/// The names on the way of a JSON Pointer. Raises ToolError USAGE for what is none.
+MemberPath ParsePlace(std::string_view pointer);
 
 /// The text that ParseMember takes.
 std::string FormatMember(const MemberPath& path);

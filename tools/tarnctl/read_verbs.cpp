@@ -2,51 +2,15 @@
 
 #include "descriptions.h"
 #include "failure.h"
-#include "member_values.h"
 #include "stored_objects.h"
 #include "verbs.h"
-
-#include <memory>
 
 namespace tarnctl {
 namespace {
 
-using TarnConfigStore::ConfigStoreObject;
 using TarnConfigStore::ConfigStoreObjectId;
 
-constexpr const char* kDefault = "--default";
 constexpr const char* kOutdated = "--outdated";
-
-std::shared_ptr<ConfigStoreObject> ReadStored(const ConfigStoreObjectId& id) {
-  auto stored = OpenStore()->Get(id);
-  if (!stored) {
-    RaiseNotStored(id);
-  }
-  return stored;
-}
-
-std::shared_ptr<ConfigStoreObject> ReadShipped(const ConfigStoreObjectId& id) {
-  auto shipped = OpenStore()->GetDefaultConfig(id);
-  if (!shipped) {
-    throw ToolError(ExitCode::NOT_FOUND, "no object " + FormatObject(id) + " is shipped");
-  }
-  return shipped;
-}
-
-void GetObject(const Given& given, const Output& output) {
-  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
-  const MemberPath member = ParseMemberIfGiven(given.Text(kMember));
-  PrintObject(*(given.Has(kDefault) ? ReadShipped(id) : ReadStored(id)), member, output);
-}
-
-void GetInstances(const Given& given, const Output& output) {
-  const ConfigStoreObjectId type = ParseType(given.Text(kObject));
-  const auto store = OpenStore();
-  const auto filter = MakeFilter(type, given.Texts(kWhere));
-  PrintObjects(
-      given.Has(kDefault) ? store->GetDefaultConfigInstances(filter) : store->GetInstances(filter),
-      output);
-}
 
 void List(const Given& given, const Output& output) {
   const ConfigStoreObjectId prefix = ParsePrefixIfGiven(given.Text(kPrefix));
@@ -85,19 +49,6 @@ void ShowRevision(const Given& given, const Output& output) {
 }
 
 }  // namespace
-
-Verb GetVerb() {
-  Verb verb{.name = "get",
-            .help = "Print an object, a member of it, or instances",
-            .arguments = ReadArguments(),
-            .run = [](const Given& given, const Output& output) {
-              (MeansInstances(given) ? GetInstances : GetObject)(given, output);
-            }};
-  verb.arguments.push_back({.name = kDefault,
-                            .help = "What the type came with, not what is stored",
-                            .takes = Takes::NOTHING});
-  return verb;
-}
 
 Verb ListVerb() {
   return {.name = "list",

@@ -1,6 +1,7 @@
 #include "stored_objects.h"
 
 #include "failure.h"
+#include "json/pointer.h"
 #include "type_schema.h"
 
 namespace tarnctl {
@@ -26,6 +27,15 @@ void RaiseNoInstances(const ConfigStoreObjectId& type, const std::vector<std::st
                       (conditions.empty() ? " is stored" : " meets these conditions"));
 }
 
+namespace {
+
+[[noreturn]] void RaiseNoMember(const ConfigStoreObject& object, const std::string& what) {
+  throw ToolError(ExitCode::NOT_FOUND,
+                  "the object " + FormatObject(object.GetConfigStoreObjectId()) + " has " + what);
+}
+
+}  // namespace
+
 void PrintObject(const ConfigStoreObject& object, const MemberPath& member, const Output& output) {
   JsonMaker make;
   const Json::Value data = make.Parse(object.GetData());
@@ -33,12 +43,31 @@ void PrintObject(const ConfigStoreObject& object, const MemberPath& member, cons
     output.Print(data);
     return;
   }
-  const ConfigStoreObjectId& id = object.GetConfigStoreObjectId();
-  const TypeSchema schema(id);
+  const TypeSchema schema(object.GetConfigStoreObjectId());
   const Json::Value* value = schema.Read(data, member);
   if (value == nullptr) {
-    throw ToolError(ExitCode::NOT_FOUND, "the object " + FormatObject(id) + " has no member \"" +
-                                             FormatMember(member) + "\"" + schema.Suggest(member));
+    RaiseNoMember(object, "no member \"" + FormatMember(member) + "\"" + schema.Suggest(member));
+  }
+  output.PrintMember(*value);
+}
+
+void PrintPlace(const ConfigStoreObject& object, const MemberPath& place, const Output& output) {
+  JsonMaker make;
+  const Json::Value data = make.Parse(object.GetData());
+  const Json::Value* value = Json::FindAt(data, place);
+  if (value == nullptr || value->IsNull()) {
+    const TypeSchema schema(object.GetConfigStoreObjectId());
+    if (const Json::Value* absent = schema.Read(data, place)) {
+      output.PrintMember(*absent);
+      return;
+    }
+  }
+  if (value == nullptr) {
+    std::string pointer;
+    for (const std::string& name : place) {
+      Json::AppendToken(pointer, name);
+    }
+    RaiseNoMember(object, "nothing at " + pointer);
   }
   output.PrintMember(*value);
 }

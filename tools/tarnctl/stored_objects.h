@@ -31,6 +31,12 @@ void RequireStore();
 void PrintObject(const TarnConfigStore::ConfigStoreObject& object, const MemberPath& member,
                  const Output& output);
 
+/// Prints what stands at a place in an object, which may lead through lists; an absent member as
+/// PrintObject does. ToolError NOT_FOUND when nothing does.
+/// \param place  the names on the way; empty for the whole object
+void PrintPlace(const TarnConfigStore::ConfigStoreObject& object, const MemberPath& place,
+                const Output& output);
+
 /// Prints an array of objects.
 void PrintObjects(const std::vector<std::shared_ptr<TarnConfigStore::ConfigStoreObject>>& objects,
                   const Output& output);

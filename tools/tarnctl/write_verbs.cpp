@@ -1,5 +1,6 @@
 #include "tarnconfigstore/dry_run.h"
 
+#include "given_instances.h"
 #include "given_object.h"
 #include "member_values.h"
 #include "stored_objects.h"
@@ -62,17 +63,50 @@ Findings FindFaults(const Given& given) {
   return made.source.WithLines(TarnConfigStore::FindingsOfWrite(made.object, KindOf(given)));
 }
 
-void CheckObject(const Given& given, const Output& output) {
-  PrintFindings(FindFaults(given), output);
+void SetLayersOfInstances(ConfigStore& store,
+                          const std::vector<std::shared_ptr<ConfigStoreObject>>& objects,
+                          const Given& given) {
+  if (given.Has(kUser)) {
+    store.SetUserDataInstances(objects, TarnConfigStore::EXTERNAL);
+  } else if (given.Has(kAutomatic)) {
+    store.SetUserDataInstances(objects, TarnConfigStore::AUTO_CONFIG);
+  } else if (given.Has(kVital)) {
+    store.SetVitalDataInstances(objects);
+  } else if (given.Has(kCached)) {
+    store.SetCachedDataInstances(objects);
+  } else {
+    store.SetInstances(objects, TarnConfigStore::EXTERNAL);
+  }
 }
 
-void SetObject(const Given& given, const Output& output) {
-  if (given.Has(kDryRun)) {
-    CheckObject(given, output);
-    return;
+const std::string& FileOfInstances(const Given& given) {
+  if (!IsFile(given.Texts(kData))) {
+    throw ToolError(ExitCode::USAGE,
+                    std::string(kAllInstances) + " takes one file with a list of objects");
   }
-  WriteObject(ParseObject(given.Text(kObject)), given.Texts(kData),
-              [&](ConfigStore& store, const auto& object) { SetLayers(store, object, given); });
+  return given.Texts(kData).front();
+}
+
+void Check(const Given& given, const Output& output) {
+  PrintFindings(given.Has(kAllInstances) ? FindFaults(ReadInstances(ParseType(given.Text(kObject)),
+                                                                    FileOfInstances(given)),
+                                                      KindOf(given))
+                                         : FindFaults(given),
+                output);
+}
+
+void Set(const Given& given, const Output& output) {
+  if (given.Has(kDryRun)) {
+    Check(given, output);
+  } else if (given.Has(kAllInstances)) {
+    WriteGivenInstances(ParseType(given.Text(kObject)), FileOfInstances(given), KindOf(given),
+                        [&](ConfigStore& store, const auto& objects) {
+                          SetLayersOfInstances(store, objects, given);
+                        });
+  } else {
+    WriteObject(ParseObject(given.Text(kObject)), given.Texts(kData),
+                [&](ConfigStore& store, const auto& object) { SetLayers(store, object, given); });
+  }
 }
 
 void ChangeObject(const Given& given, const Output& /*output*/) {
@@ -114,6 +148,11 @@ Argument Flag(const char* name, const char* help) {
   return {.name = name, .help = help, .takes = Takes::NOTHING};
 }
 
+Argument InstancesFlag() {
+  return Flag(kAllInstances,
+              "All instances of the TYPE that OBJECT names; DATA is a file with a list");
+}
+
 Choice LayerChoice() {
   return {.name = "Layers",
           .help = "Replace one layer and keep the others",
@@ -128,10 +167,13 @@ Choice LayerChoice() {
 Verb SetVerb() {
   return {.name = "set",
           .help = "Replace an object, or one layer, by what is given",
-          .arguments = {ObjectArgument(), DataArgument(),
+          .arguments = {ObjectArgument(), DataArgument(), InstancesFlag(),
                         Flag(kDryRun, "List what would be refused; write nothing")},
           .choice = LayerChoice(),
-          .run = SetObject};
+          .note =
+              "With --all-instances, instances that are not listed are deleted; with a layer "
+              "they lose that layer alone.",
+          .run = Set};
 }
 
 Verb UpdateVerb() {
@@ -154,9 +196,9 @@ Verb DeleteVerb() {
 Verb ValidateVerb() {
   return {.name = "validate",
           .help = "List all that set would refuse; write nothing",
-          .arguments = {ObjectArgument(), DataArgument()},
+          .arguments = {ObjectArgument(), DataArgument(), InstancesFlag()},
           .choice = LayerChoice(),
-          .run = CheckObject};
+          .run = Check};
 }
 
 }  // namespace tarnctl
