@@ -1,6 +1,7 @@
 #include "json/type_schema_view.h"
 
 #include "json/schema_keywords.h"
+#include "json/schema_parts.h"
 #include "json/subschemas.h"
 
 #include <algorithm>
@@ -19,11 +20,6 @@ constexpr std::array kCompositions = {"allOf", "anyOf", "oneOf",       "if",
 
 bool IsComposition(std::string_view keyword) {
   return std::find(kCompositions.begin(), kCompositions.end(), keyword) != kCompositions.end();
-}
-
-const Value* FindObject(const Value& schema, const char* keyword) {
-  const Value* found = FindMember(schema, keyword);
-  return found != nullptr && found->IsObject() ? found : nullptr;
 }
 
 // Members beyond those that "properties" names. An object whose members are named is closed to

@@ -5,6 +5,8 @@
 #include "json/near_miss.h"
 #include "json/pointer.h"
 #include "json/schema_keywords.h"
+#include "json/schema_parts.h"
+#include "schema_kinds.h"
 
 #include <utility>
 #include <vector>
@@ -26,22 +28,23 @@ TypeSchema::TypeSchema(const TarnConfigStore::ConfigStoreObjectId& type)
     : typeFile_(make_.Parse(TarnConfigStore::GetTypeFile(type.component, type.group, type.key))) {
   const Json::Value* schema = Json::FindMember(typeFile_, "schema");
   view_.emplace(schema != nullptr ? *schema : AnySchema());
-  parts_.emplace(view_->References());
   places_.emplace(view_->References(), view_->Schema());
 }
 
 TypeSchema::Schema TypeSchema::Property(Schema schema, std::string_view name) const {
-  std::vector<SchemaPart> parts = parts_->Of(schema);
-  std::erase_if(parts, [](const SchemaPart& part) { return part.applies != Applies::ALWAYS; });
-  for (const SchemaPart& part : parts) {
-    if (const Json::Value* property = FindProperty(*part.schema, name)) {
+  std::vector<Json::SchemaPart> parts = Json::PartsOf(schema, view_->References());
+  std::erase_if(parts,
+                [](const Json::SchemaPart& part) { return part.applies != Json::Applies::ALWAYS; });
+  for (const Json::SchemaPart& part : parts) {
+    if (const Json::Value* property = Json::FindProperty(*part.schema, name)) {
       return *property;
     }
   }
-  for (const SchemaPart& part : parts) {
-    const Json::Value* others = FindObject(*part.schema, Keyword::kAdditionalProperties);
+  for (const Json::SchemaPart& part : parts) {
+    const Json::Value* others = Json::FindObject(*part.schema, Keyword::kAdditionalProperties);
     // Which pattern a name matches is for the validator to say.
-    if (others != nullptr && FindObject(*part.schema, Keyword::kPatternProperties) == nullptr) {
+    if (others != nullptr &&
+        Json::FindObject(*part.schema, Keyword::kPatternProperties) == nullptr) {
       return *others;
     }
   }
@@ -49,7 +52,8 @@ TypeSchema::Schema TypeSchema::Property(Schema schema, std::string_view name) co
 }
 
 TypeSchema::Schema TypeSchema::Items(Schema schema) const {
-  const Json::Value* items = FindObject(parts_->Resolve(schema), Keyword::kItems);
+  const Json::Value* items =
+      Json::FindObject(*view_->References().Chain(schema).back(), Keyword::kItems);
   return items != nullptr ? *items : AnySchema();
 }
 
@@ -90,8 +94,8 @@ const Json::Value* TypeSchema::Read(const Json::Value& data, const MemberPath& p
 
 std::string TypeSchema::Suggest(Schema schema, std::string_view name) const {
   Json::NearMiss nearest(name);
-  for (const SchemaPart& part : parts_->Of(schema)) {
-    if (const Json::Value* properties = FindObject(*part.schema, Keyword::kProperties)) {
+  for (const Json::SchemaPart& part : Json::PartsOf(schema, view_->References())) {
+    if (const Json::Value* properties = Json::FindObject(*part.schema, Keyword::kProperties)) {
       for (const auto& property : properties->GetObject()) {
         nearest.Offer(Json::Text(property.name));
       }
@@ -115,16 +119,16 @@ std::string TypeSchema::Suggest(const MemberPath& path) const {
 
 bool TypeSchema::MayHave(Schema schema, std::string_view name) const {
   bool isClosed = false;
-  for (const SchemaPart& part : parts_->Of(schema)) {
-    const Json::Value* properties = FindObject(*part.schema, Keyword::kProperties);
+  for (const Json::SchemaPart& part : Json::PartsOf(schema, view_->References())) {
+    const Json::Value* properties = Json::FindObject(*part.schema, Keyword::kProperties);
     const Json::Value* others = Json::FindMember(*part.schema, Keyword::kAdditionalProperties);
-    if (FindProperty(*part.schema, name) != nullptr ||
-        FindObject(*part.schema, Keyword::kPatternProperties) != nullptr ||
+    if (Json::FindProperty(*part.schema, name) != nullptr ||
+        Json::FindObject(*part.schema, Keyword::kPatternProperties) != nullptr ||
         (others != nullptr && !others->IsFalse())) {
       return true;
     }
     // Conditions and dependencies declare members, but do not close the object to others.
-    isClosed = isClosed || (part.applies != Applies::UNDER_CONDITIONS &&
+    isClosed = isClosed || (part.applies != Json::Applies::UNDER_CONDITIONS &&
                             (properties != nullptr || others != nullptr));
   }
   return !isClosed;

@@ -7,7 +7,6 @@
 #include "json/type_schema_view.h"
 #include "json_maker.h"
 #include "object_name.h"
-#include "schema_parts.h"
 #include "value_kinds.h"
 #include "value_place.h"
 
@@ -66,7 +65,6 @@ class TypeSchema {
   JsonMaker make_;
   Json::Value typeFile_;
   std::optional<Json::TypeSchemaView> view_;
-  std::optional<SchemaParts> parts_;
   mutable std::optional<ValuePlaces> places_;  // which fills as it is asked
 };
 

@@ -1,6 +1,7 @@
 #include "value_place.h"
 
 #include "json/schema_keywords.h"
+#include "schema_kinds.h"
 
 #include <algorithm>
 #include <functional>
@@ -18,7 +19,7 @@ struct ValuePlace::Node {
   bool isOpened = false;  // what follows is read
   std::map<std::string, Schemas, std::less<>> members;
   Schemas otherMembers;
-  std::vector<SchemaPart> parts;
+  std::vector<Json::SchemaPart> parts;
 };
 
 namespace {
@@ -30,7 +31,7 @@ const Json::Value* ItemOf(const Json::Value& part, std::size_t index) {
     return items != nullptr && items->IsObject() ? items : nullptr;
   }
   return index < items->Size() ? &(*items)[static_cast<rapidjson::SizeType>(index)]
-                               : FindObject(part, "additionalItems");
+                               : Json::FindObject(part, "additionalItems");
 }
 
 }  // namespace
@@ -42,7 +43,7 @@ ValueKinds ValuePlace::Kinds() const {
   if (!node_->kinds) {
     ValueKinds kinds(0);
     for (const Json::Value* schema : node_->schemas) {
-      kinds = kinds | places_->parts_.Kinds(*schema);
+      kinds = kinds | KindsOf(*schema, places_->references_);
     }
     node_->kinds = kinds;
   }
@@ -64,7 +65,7 @@ ValuePlace ValuePlace::Element(std::size_t index) const {
     return {};
   }
   std::vector<const Json::Value*> schemas;
-  for (const SchemaPart& part : places_->Opened(*node_).parts) {
+  for (const Json::SchemaPart& part : places_->Opened(*node_).parts) {
     if (const Json::Value* item = ItemOf(*part.schema, index)) {
       schemas.push_back(item);
     }
@@ -73,7 +74,7 @@ ValuePlace ValuePlace::Element(std::size_t index) const {
 }
 
 ValuePlaces::ValuePlaces(const Json::SchemaReferences& references, const Json::Value& schema)
-    : parts_(references), schema_(schema) {}
+    : references_(references), schema_(schema) {}
 
 ValuePlaces::~ValuePlaces() = default;
 
@@ -98,7 +99,7 @@ ValuePlaces::Node* ValuePlaces::NodeOf(Schemas schemas) {
 ValuePlaces::Node& ValuePlaces::Opened(Node& node) {
   if (!node.isOpened) {
     for (const Json::Value* schema : node.schemas) {
-      const std::vector<SchemaPart> parts = parts_.Of(*schema);
+      const std::vector<Json::SchemaPart> parts = Json::PartsOf(*schema, references_);
       ReadMembers(node, parts);
       node.parts.insert(node.parts.end(), parts.begin(), parts.end());
     }
@@ -108,18 +109,19 @@ ValuePlaces::Node& ValuePlaces::Opened(Node& node) {
 }
 
 // What always applies goes before what may: a branch mostly repeats it, and says less.
-void ValuePlaces::ReadMembers(Node& node, const std::vector<SchemaPart>& parts) {
+void ValuePlaces::ReadMembers(Node& node, const std::vector<Json::SchemaPart>& parts) {
   std::map<std::string_view, Schemas> always;
   std::map<std::string_view, Schemas> perhaps;
-  for (const SchemaPart& part : parts) {
-    const Json::Value* properties = FindObject(*part.schema, Keyword::kProperties);
+  for (const Json::SchemaPart& part : parts) {
+    const Json::Value* properties = Json::FindObject(*part.schema, Keyword::kProperties);
     if (properties != nullptr) {
       for (const auto& [name, property] : properties->GetObject()) {
-        (part.applies == Applies::ALWAYS ? always : perhaps)[Json::Text(name)].push_back(&property);
+        (part.applies == Json::Applies::ALWAYS ? always : perhaps)[Json::Text(name)].push_back(
+            &property);
       }
     }
     // Which pattern a name matches is for the validator to say.
-    const Json::Value* patterns = FindObject(*part.schema, Keyword::kPatternProperties);
+    const Json::Value* patterns = Json::FindObject(*part.schema, Keyword::kPatternProperties);
     if (patterns != nullptr) {
       for (const auto& pattern : patterns->GetObject()) {
         node.otherMembers.push_back(&pattern.value);

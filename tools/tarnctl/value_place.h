@@ -1,7 +1,8 @@
 // The kinds of value that a type allows at each place of its data.
 #pragma once
 
-#include "schema_parts.h"
+#include "json/schema_parts.h"
+#include "value_kinds.h"
 
 #include <cstddef>
 #include <deque>
@@ -55,9 +56,9 @@ class ValuePlaces {
 
   Node* NodeOf(Schemas schemas);
   Node& Opened(Node& node);
-  void ReadMembers(Node& node, const std::vector<SchemaPart>& parts);
+  void ReadMembers(Node& node, const std::vector<Json::SchemaPart>& parts);
 
-  SchemaParts parts_;
+  const Json::SchemaReferences& references_;
   const Json::Value& schema_;
   std::deque<Node> nodes_;  // whose addresses stay
   std::map<Schemas, Node*> known_;
