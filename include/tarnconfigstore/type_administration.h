@@ -136,6 +136,21 @@ TARN_CONFIG_STORE_EXPORT std::vector<InstalledType> ListTypes();
 TARN_CONFIG_STORE_EXPORT std::string GetTypeFile(const std::string& component,
                                                  const std::string& group, const std::string& key);
 
+/// Describes whole documents of configuration as JSON Schema (draft-07, its own keywords alone), with
+/// which an editor completes and checks them. A document is
+///
+///     {"format": 1, "config": {component: {group: {key: object or list of instances}}}}
+///
+/// and may have the sections "automatic", "vital", "cached", "pending", "staged" and "metadata", of
+/// which nothing is said but that they are objects. All types that are installed are described, those
+/// with instances as lists of objects that have their id. What the schema refuses the library refuses,
+/// too, but for lists and objects that are empty, which it may leave out; the library looks closer: at the order of
+/// parts, at members that only some branch of a schema declares, at formats. What is required of vital
+/// and cached members is not asked.
+/// \return compact JSON text
+/// \throws ConfigStoreException 2000 when the schema store cannot be read
+TARN_CONFIG_STORE_EXPORT std::string ExportDocumentSchema();
+
 /// Removes a type, the objects that it shipped with, and changes of it that are staged, since nobody
 /// could apply them or take them back without it. Stored objects stay stored.
 /// \param force  removes the type even where objects of it are stored or changes staged

@@ -213,6 +213,12 @@ void Show(const Given& given, const Output& output) {
   output.Print(make.Parse(TarnConfigStore::GetTypeFile(id.component, id.group, id.key)));
 }
 
+void Export(const Given& /*given*/, const Output& output) {
+  RequireStore();
+  JsonMaker make;
+  output.Print(make.Parse(TarnConfigStore::ExportDocumentSchema()));
+}
+
 void Remove(const Given& given, const Output& /*output*/) {
   const ConfigStoreObjectId id = ParseType(given.Text(kType));
   TarnConfigStore::RemoveType(id.component, id.group, id.key, given.Has(kForce));
@@ -250,6 +256,9 @@ Verb TypeVerbs() {
            .help = "Print the type file of a type",
            .arguments = {TypeArgument()},
            .run = Show},
+          {.name = "export",
+           .help = "Print one JSON Schema (draft-07) of documents of all types, for editors",
+           .run = Export},
           {.name = "upgrade-rows",
            .help = "Bring stored objects up to date with the parts that their types have now",
            .arguments = {optionalType, flag(kCheck, "Only tell what would be done")},
