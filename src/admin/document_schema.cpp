@@ -44,7 +44,7 @@ Value WithInstances(Value&& object, Allocator& allocator) {
 }
 
 // {component: {group: {key: schema}}} of all types that are installed.
-Value CollectTypes(PlainSchemas& schemas, Allocator& allocator) {
+Value CollectTypes(Value& definitions, Allocator& allocator) {
   const auto cache = TarnSchemaStore::SchemaStore::GetCache();
   Value types(rapidjson::kObjectType);
   for (const TarnSchemaStore::TypeName& name : cache->GetTypes()) {
@@ -52,8 +52,9 @@ Value CollectTypes(PlainSchemas& schemas, Allocator& allocator) {
     if (!type) {
       continue;  // removed meanwhile
     }
-    Value object = schemas.Add(name.component + "." + name.group + "." + name.key,
-                               type->GetSchemaDocument(), type->IsNonSingleton());
+    const std::string definition = name.component + "." + name.group + "." + name.key;
+    Value object = PlainSchema(definition, type->GetSchemaDocument(), definitions, allocator)
+                       .Add(type->IsNonSingleton());
     Value& group = Member(Member(types, name.component, allocator), name.group, allocator);
     group.AddMember(
         Json::Copy(name.key, allocator),
@@ -92,15 +93,15 @@ std::string ExportDocumentSchema() {
   JsonDoc document;
   Allocator& allocator = document.GetAllocator();
   Value& root = *document.GetJsonValuePtr();
-  PlainSchemas schemas(allocator);
-  Value types = WithStoreFailures([&] { return CollectTypes(schemas, allocator); });
+  Value definitions(rapidjson::kObjectType);
+  Value types = WithStoreFailures([&] { return CollectTypes(definitions, allocator); });
   root = ObjectSchema(Sections(ConfigSchema(std::move(types), allocator), allocator), allocator);
   root.AddMember("$schema", "http://json-schema.org/draft-07/schema#", allocator);
   root.AddMember("title", "Configuration of a host", allocator);
   Value required(rapidjson::kArrayType);
   required.PushBack("format", allocator).PushBack("config", allocator);
   root.AddMember("required", required, allocator);
-  root.AddMember("definitions", schemas.TakeDefinitions(), allocator);
+  root.AddMember("definitions", definitions, allocator);
   std::string text;
   Json::Serialize(root, text);
   return text;
