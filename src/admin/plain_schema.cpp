@@ -5,8 +5,8 @@
 #include "json/subschemas.h"
 
 #include <algorithm>
-#include <array>
 #include <functional>
+#include <initializer_list>
 
 namespace TarnConfigStore {
 namespace {
@@ -17,44 +17,26 @@ using Json::Value;
 
 constexpr const char* kSecret = "secret";
 
-// Draft-07's keywords that hold no schemas.
-bool IsPlainKeyword(std::string_view keyword) {
-  static constexpr std::array<std::string_view, 27> kKeywords = {// as the draft lists them
-                                                                 "$comment",
-                                                                 "const",
-                                                                 "contentEncoding",
-                                                                 "contentMediaType",
-                                                                 "default",
-                                                                 "description",
-                                                                 "enum",
-                                                                 "examples",
-                                                                 "exclusiveMaximum",
-                                                                 "exclusiveMinimum",
-                                                                 "format",
-                                                                 "maxItems",
-                                                                 "maxLength",
-                                                                 "maxProperties",
-                                                                 "maximum",
-                                                                 "minItems",
-                                                                 "minLength",
-                                                                 "minProperties",
-                                                                 "minimum",
-                                                                 "multipleOf",
-                                                                 "pattern",
-                                                                 "readOnly",
-                                                                 "required",
-                                                                 "title",
-                                                                 "type",
-                                                                 "uniqueItems",
-                                                                 "writeOnly"};
-  return std::find(kKeywords.begin(), kKeywords.end(), keyword) != kKeywords.end();
+bool IsAnyOf(std::string_view word, std::initializer_list<std::string_view> words) {
+  return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-// Those that mean something beside a reference, which hides all assertions.
+// Those of draft-07 that mean something beside a reference, too, which hides all assertions.
 bool IsAnnotation(std::string_view keyword) {
-  static constexpr std::array<std::string_view, 7> kKeywords = {
-      "$comment", "default", "description", "examples", "readOnly", "title", "writeOnly"};
-  return std::find(kKeywords.begin(), kKeywords.end(), keyword) != kKeywords.end();
+  return IsAnyOf(keyword, {"$comment", "default", "description", "examples", "readOnly", "title",
+                           "writeOnly"});
+}
+
+// Those of draft-07 that hold no schemas.
+bool IsPlainKeyword(std::string_view keyword) {
+  return IsAnnotation(keyword) ||
+         IsAnyOf(keyword, {"const",         "contentEncoding",  "contentMediaType",
+                           "enum",          "exclusiveMaximum", "exclusiveMinimum",
+                           "format",        "maxItems",         "maxLength",
+                           "maxProperties", "maximum",          "minItems",
+                           "minLength",     "minProperties",    "minimum",
+                           "multipleOf",    "pattern",          "required",
+                           "type",          "uniqueItems"});
 }
 
 bool IsGiven(const Value& schema, const char* keyword) {
@@ -140,11 +122,12 @@ Value PlainSchema::Plain(const Value& schema, const View& view) {
 }
 
 void PlainSchema::AddInner(const Value& schema, const View& view, Value& plain) {
+  const Parts parts = PartsBeside(schema, view);
   Json::ForEachSubschema(schema, [&](const Value& inner, const Json::Subschema& where) {
     if (where.keyword == Keyword::kDefinitions) {
       return;  // those that are referred to have definitions of their own
     }
-    Value made = Plain(inner, ViewOf(schema, where, view));
+    Value made = Plain(inner, ViewOf(schema, where, view, parts));
     if (where.index < 0 && where.name.data() == nullptr) {
       AddMember(plain, where.keyword, std::move(made));
       return;
@@ -181,15 +164,14 @@ bool PlainSchema::IsPlaceOf(const Value& schema, std::string_view keyword, bool 
 }
 
 PlainSchema::View PlainSchema::ViewOf(const Value& schema, const Json::Subschema& where,
-                                      const View& view) const {
+                                      const View& view, const Parts& parts) {
   const std::string_view keyword = where.keyword;
   const bool isList = keyword == Keyword::kItems;
   const bool isProperty = keyword == Keyword::kProperties;
-  const View part{.isPlace = false, .isElement = view.isPlace && isList, .kind = view.kind};
+  View part{.isPlace = false, .isElement = view.isPlace && isList, .kind = view.kind};
   if (keyword == "allOf") {
     return {.isPlace = false, .kind = view.kind, .elsewhere = view.elsewhere};
   }
-  const std::vector<Json::SchemaPart> parts = PartsBeside(schema, view);
   if (!view.isPlace || !IsPlaceOf(schema, keyword, parts.empty())) {
     return part;
   }

@@ -54,6 +54,7 @@ class PlainSchema {
              std::tie(b.isPlace, b.isElement, b.kind, b.beside, b.elsewhere);
     }
   };
+  using Parts = std::vector<Json::SchemaPart>;
   using Known = std::map<std::pair<const Json::Value*, View>, std::string>;
 
   Json::Value Refer(const Json::Value& schema, const View& view);
@@ -61,11 +62,12 @@ class PlainSchema {
   void AddInner(const Json::Value& schema, const View& view, Json::Value& plain);
   void AddKept(const Json::Value& schema, Json::Value& plain,
                const std::function<bool(std::string_view)>& keeps);
-  View ViewOf(const Json::Value& schema, const Json::Subschema& where, const View& view) const;
+  static View ViewOf(const Json::Value& schema, const Json::Subschema& where, const View& view,
+                     const Parts& parts);
   static bool IsPlaceOf(const Json::Value& schema, std::string_view keyword, bool isAlone);
 
   // What other programs would not know.
-  std::vector<Json::SchemaPart> PartsBeside(const Json::Value& schema, const View& view) const;
+  Parts PartsBeside(const Json::Value& schema, const View& view) const;
   bool NamesMembers(const Json::Value& schema) const;
   void Close(const Json::Value& schema, const View& view, Json::Value& plain);
   Json::Value NamesOf(const Json::Value& list, const Names& elsewhere);

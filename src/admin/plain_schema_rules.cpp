@@ -23,9 +23,8 @@ bool AdmitsOthers(const Value& schema) {
 }  // namespace
 
 // What applies to a value beside its own schema, or may.
-std::vector<Json::SchemaPart> PlainSchema::PartsBeside(const Value& schema,
-                                                       const View& view) const {
-  std::vector<Json::SchemaPart> parts = Json::PartsOf(schema, type_.References());
+PlainSchema::Parts PlainSchema::PartsBeside(const Value& schema, const View& view) const {
+  Parts parts = Json::PartsOf(schema, type_.References());
   parts.erase(parts.begin());
   for (const Value* beside : view.beside) {
     for (const Json::SchemaPart& part : Json::PartsOf(*beside, type_.References())) {
@@ -56,7 +55,7 @@ void PlainSchema::Close(const Value& schema, const View& view, Value& plain) {
   if (Json::FindMember(schema, Keyword::kAdditionalProperties) != nullptr) {
     return;
   }
-  const std::vector<Json::SchemaPart> parts = PartsBeside(schema, view);
+  const Parts parts = PartsBeside(schema, view);
   bool closes = NamesMembers(schema);
   for (const Json::SchemaPart& part : parts) {
     if (AdmitsOthers(*part.schema)) {
