@@ -4,8 +4,10 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <sys/stat.h>
 #include <system_error>
 
 namespace tarnctl {
@@ -21,16 +23,25 @@ std::string NameOf(const std::string& path) {
                   TarnConfigStore::CS_JSON_FILE_FAILED);
 }
 
+void RequireSize(std::uintmax_t size, const std::string& path) {
+  if (size > kMaxInputSize) {
+    throw ToolError(ExitCode::INVALID,
+                    NameOf(path) + " is larger than " + std::to_string(kMaxInputSize) + " bytes",
+                    TarnConfigStore::CS_JSON_PARSE_FAILED);
+  }
+}
+
+// A file tells its size before it is read, a pipe does not.
 std::string ReadAll(std::FILE* stream, const std::string& path) {
+  struct stat status {};
+  if (::fstat(::fileno(stream), &status) == 0 && S_ISREG(status.st_mode)) {
+    RequireSize(static_cast<std::uintmax_t>(status.st_size), path);
+  }
   std::string text;
   std::array<char, 16384> block;
   while (const std::size_t length = std::fread(block.data(), 1, block.size(), stream)) {
     text.append(block.data(), length);
-    if (text.size() > kMaxInputSize) {
-      throw ToolError(ExitCode::INVALID,
-                      NameOf(path) + " is larger than " + std::to_string(kMaxInputSize) + " bytes",
-                      TarnConfigStore::CS_JSON_PARSE_FAILED);
-    }
+    RequireSize(text.size(), path);
   }
   if (std::ferror(stream) != 0) {
     RaiseUnreadable(path, errno);

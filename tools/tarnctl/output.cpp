@@ -74,23 +74,15 @@ void ListPrinter::End() {
 void Output::PrintLenient(const Json::Value& value) const {
   std::string text;
   Json::Print(value, Json::Layout::INDENTED, Json::BadText::REPAIRED, text);
-  if (format_ != Format::YAML) {
-    PrintText(text + "\n");
-    return;
-  }
   JsonMaker make;
-  Print(make.Parse(text));
+  PrintText(format_ == Format::YAML ? Formatted(make.Parse(text)) : text + "\n");
 }
 
 void Output::PrintRecord(const Json::Value& value) const {
-  if (format_ == Format::YAML) {
-    PrintText("---\n");
-    PrintLenient(value);
-    return;
-  }
   std::string line;
   Json::Print(value, Json::Layout::ONE_LINE, Json::BadText::REPAIRED, line);
-  PrintText(line + "\n");
+  JsonMaker make;
+  PrintText(format_ == Format::YAML ? "---\n" + Formatted(make.Parse(line)) : line + "\n");
 }
 
 void Output::PrintMember(const Json::Value& value) const {
