@@ -19,7 +19,8 @@ enum class Operation {
   PREPARE,
   EXECUTE,
   ATTACH,
-  DETACH
+  DETACH,
+  COPY  ///< a step of a backup or restore (host_backup.h), which `detail` names
 };
 
 /// Asked before each operation of the database layer, once, on the thread that calls it; `detail` is

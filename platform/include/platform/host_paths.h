@@ -8,6 +8,8 @@ namespace HostPaths {
 
 constexpr const char* kStore = "/etc/kestrel/configstore/current-store-1";
 constexpr const char* kSchemaStore = "/etc/kestrel/configstore/schema-store-1";
+/// There while both stores are about to become what this file holds.
+constexpr const char* kPendingRestore = "/etc/kestrel/configstore/restore-1";
 constexpr const char* kNotifyAllowlist =
     "/usr/lib/kestrel/configmanager/notify-list/allowlist.json";
 constexpr const char* kUpgradeContext = "/run/kestrel/upgrade-context";

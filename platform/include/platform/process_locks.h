@@ -15,6 +15,7 @@ enum class Rank : unsigned {
   CURRENT_TYPES,          ///< for a look-up: which types are the current ones
   USED_TYPES,             ///< for a look-up: what was read of them
   COMPILED_SCHEMAS,       ///< for a look-up: the schemas that are registered, and their forms
+  WHOLE_STORES,           ///< held while stores are made, copied or restored
   CONNECTION_POOL,  ///< under the lock of a single connection, of which a fork takes what it can
   OPEN_DATABASES,   ///< how many there are
   LOG,              ///< held while a line is handed over: a sink may ask for what stands below

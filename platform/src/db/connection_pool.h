@@ -26,6 +26,9 @@ class ConnectionPool {
 
   ConnectionHandle Take(bool writable);
 
+  /// Closes those that nobody uses, and with them their locks on the file.
+  void CloseIdle() noexcept;
+
  private:
   class Lifetime;
   static constexpr std::size_t kMaxIdle = 8;
@@ -36,7 +39,6 @@ class ConnectionPool {
   void GiveBack(StoreConnection* connection) noexcept;
   void GiveBackInherited(std::unique_ptr<StoreConnection> connection) noexcept;
   void Discard(std::unique_ptr<StoreConnection> connection) noexcept;
-  void CloseIdle() noexcept;
   // With the lock held:
   void CloseIdleLocked() noexcept;
   void Forget(const StoreConnection* connection) noexcept;

@@ -5,6 +5,7 @@
 #include "platform/logger.h"
 
 #include "db/access_rights.h"
+#include "db/backup/pending_restore.h"
 #include "db/last_error.h"
 #include "db/open_databases.h"
 #include "db/waiting.h"
@@ -45,7 +46,7 @@ void Report(ErrorKind kind, int code, const Layout& layout, const std::string& w
 void ReportUnreachable(const Layout& layout, const std::string& path, int error) {
   if (error == ENOENT || error == ENOTDIR) {
     Report(ErrorKind::MISSING, SQLITE_CANTOPEN, layout,
-           "there is no such database; `tarnctl init` makes it, or restore it from a backup");
+           std::string("there is no such database; `tarnctl init` makes it, or ") + kRestoreIt);
   } else if (error == EACCES || error == EPERM) {
     Report(ErrorKind::PERMISSION, SQLITE_CANTOPEN, layout, MissingReadRight(path));
   } else {
@@ -72,21 +73,7 @@ std::string CanonicalPath(const std::string& path) {
 // database and names hardly any of these reasons.
 bool LooksLikeDatabase(const Layout& layout, const std::string& path) {
   struct stat status {};
-  if (lstat(path.c_str(), &status) != 0) {
-    ReportUnreachable(layout, path, errno);
-    return false;
-  }
-  if (S_ISDIR(status.st_mode)) {
-    Report(ErrorKind::CORRUPT, SQLITE_CANTOPEN, layout,
-           "is a directory, not a database; move it away, then restore the database or run "
-           "`tarnctl init`");
-    return false;
-  }
-  if (!S_ISREG(status.st_mode)) {
-    Report(ErrorKind::CORRUPT, SQLITE_CANTOPEN, layout,
-           S_ISLNK(status.st_mode)
-               ? "is a symbolic link, which is not followed; put the database itself there"
-               : "is a special file, not a database; put the database itself there");
+  if (!IsDatabasesPlace(layout, path, status)) {
     return false;
   }
   if (faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0) {
@@ -95,23 +82,11 @@ bool LooksLikeDatabase(const Layout& layout, const std::string& path) {
   }
   if (status.st_size == 0) {
     Report(ErrorKind::CORRUPT, SQLITE_NOTADB, layout,
-           "is empty: its content was lost; restore it from a backup, or move it away and run "
-           "`tarnctl init`");
+           std::string("is empty: its content was lost; ") + kRestoreIt +
+               ", or move it away and run `tarnctl init`");
     return false;
   }
   return true;
-}
-
-int ReadPragma(sqlite3* database, const char* pragma, std::string& value) {
-  sqlite3_stmt* statement = nullptr;
-  int code = sqlite3_prepare_v2(database, pragma, -1, &statement, nullptr);
-  if (code == SQLITE_OK && (code = sqlite3_step(statement)) == SQLITE_ROW) {
-    const unsigned char* text = sqlite3_column_text(statement, 0);
-    value = text == nullptr ? "" : reinterpret_cast<const char*>(text);
-    code = SQLITE_OK;
-  }
-  sqlite3_finalize(statement);
-  return code;
 }
 
 int Harden(sqlite3* database) {
@@ -146,35 +121,30 @@ void ReportOpenFailure(sqlite3* database, int code, const Layout& layout, const 
 }
 
 bool HasLayout(sqlite3* database, const Layout& layout, const std::string& path) {
-  std::string application;
-  std::string version;
-  int code = ReadPragma(database, "PRAGMA application_id", application);
-  if (code == SQLITE_OK) {
-    code = ReadPragma(database, "PRAGMA user_version", version);
-  }
-  if (code != SQLITE_OK) {
+  LayoutFound found;
+  if (const int code = ReadLayout(database, layout, found)) {
     ReportOpenFailure(database, code, layout, path, "reading it");
     return false;
   }
-  if (application != std::to_string(layout.applicationId)) {
-    Report(ErrorKind::CORRUPT, SQLITE_NOTADB, layout,
-           "is a database of something else (application " + application +
-               "); move it away, then restore the right one or run `tarnctl init`");
-    return false;
+  switch (found.verdict) {
+    case LayoutFound::READABLE:
+      return true;
+    case LayoutFound::SOMETHING_ELSE:
+      Report(ErrorKind::CORRUPT, SQLITE_NOTADB, layout,
+             "is a database of something else (application " + std::to_string(found.applicationId) +
+                 "); move it away, then restore the right one or run `tarnctl init`");
+      return false;
+    case LayoutFound::NEWER:
+      Report(ErrorKind::NEWER, SQLITE_CANTOPEN, layout,
+             "has layout version " + std::to_string(found.version) + ", this library knows up to " +
+                 std::to_string(layout.version) + "; upgrade the library");
+      return false;
+    case LayoutFound::UNKNOWN:
+      break;
   }
-  const long found = std::strtol(version.c_str(), nullptr, 10);
-  if (found > layout.version) {
-    Report(ErrorKind::NEWER, SQLITE_CANTOPEN, layout,
-           "has layout version " + version + ", this library knows up to " +
-               std::to_string(layout.version) + "; upgrade the library");
-    return false;
-  }
-  if (found < layout.version) {
-    Report(ErrorKind::CORRUPT, SQLITE_NOTADB, layout,
-           "has unknown layout version " + version + "; restore it from a backup");
-    return false;
-  }
-  return true;
+  Report(ErrorKind::CORRUPT, SQLITE_NOTADB, layout,
+         "has unknown layout version " + std::to_string(found.version) + "; " + kRestoreIt);
+  return false;
 }
 
 void KeepJournalMode(sqlite3* database, const Layout& layout) {
@@ -191,31 +161,10 @@ void KeepJournalMode(sqlite3* database, const Layout& layout) {
   }
 }
 
-DatabaseHandle OpenFile(const std::string& path, int flags, int& code) noexcept {
-  sqlite3* database = nullptr;
-  OpenDatabases::Enter();
-  code = sqlite3_open_v2(
-      path.c_str(), &database,
-      flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_URI,
-      nullptr);
-  if (database == nullptr) {
-    OpenDatabases::Leave();
-  }
-  return DatabaseHandle(database);
-}
-
 DatabaseHandle OpenOnce(const Layout& layout, const std::string& path, bool writable) {
   int code = SQLITE_OK;
-  DatabaseHandle handle =
-      OpenFile(path, writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, code);
+  DatabaseHandle handle = OpenWithSettings(path, writable, code);
   sqlite3* const database = handle.get();
-  if (code == SQLITE_OK) {
-    KeepWriteAheadLog(database);
-    code = Harden(database);
-  }
-  if (code == SQLITE_OK) {
-    code = sqlite3_exec(database, kConnectionSettings, nullptr, nullptr, nullptr);
-  }
   if (code != SQLITE_OK) {
     ReportOpenFailure(database, code, layout, path, "opening it");
     return nullptr;
@@ -236,6 +185,84 @@ void DatabaseCloser::operator()(sqlite3* database) const noexcept {
   OpenDatabases::Leave();
 }
 
+DatabaseHandle OpenFile(const std::string& path, int flags, int& code) noexcept {
+  sqlite3* database = nullptr;
+  OpenDatabases::Enter();
+  code = sqlite3_open_v2(
+      path.c_str(), &database,
+      flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_URI,
+      nullptr);
+  if (database == nullptr) {
+    OpenDatabases::Leave();
+  }
+  return DatabaseHandle(database);
+}
+
+DatabaseHandle OpenWithSettings(const std::string& path, bool writable, int& code) noexcept {
+  DatabaseHandle handle =
+      OpenFile(path, writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, code);
+  if (code == SQLITE_OK) {
+    KeepWriteAheadLog(handle.get());
+    code = Harden(handle.get());
+  }
+  if (code == SQLITE_OK) {
+    code = sqlite3_exec(handle.get(), kConnectionSettings, nullptr, nullptr, nullptr);
+  }
+  return handle;
+}
+
+int ReadPragma(sqlite3* database, const char* pragma, std::string& value) {
+  sqlite3_stmt* statement = nullptr;
+  int code = sqlite3_prepare_v2(database, pragma, -1, &statement, nullptr);
+  if (code == SQLITE_OK && (code = sqlite3_step(statement)) == SQLITE_ROW) {
+    const unsigned char* text = sqlite3_column_text(statement, 0);
+    value = text == nullptr ? "" : reinterpret_cast<const char*>(text);
+    code = SQLITE_OK;
+  }
+  sqlite3_finalize(statement);
+  return code;
+}
+
+int ReadLayout(sqlite3* database, const Layout& layout, LayoutFound& found) {
+  std::string application;
+  std::string version;
+  int code = ReadPragma(database, "PRAGMA application_id", application);
+  if (code == SQLITE_OK) {
+    code = ReadPragma(database, "PRAGMA user_version", version);
+  }
+  if (code != SQLITE_OK) {
+    return code;
+  }
+  found.applicationId = static_cast<int>(std::strtol(application.c_str(), nullptr, 10));
+  found.version = static_cast<int>(std::strtol(version.c_str(), nullptr, 10));
+  found.verdict = found.applicationId != layout.applicationId ? LayoutFound::SOMETHING_ELSE
+                  : found.version > layout.version            ? LayoutFound::NEWER
+                  : found.version < layout.version            ? LayoutFound::UNKNOWN
+                                                              : LayoutFound::READABLE;
+  return SQLITE_OK;
+}
+
+bool IsDatabasesPlace(const Layout& layout, const std::string& path, struct stat& status) {
+  if (lstat(path.c_str(), &status) != 0) {
+    ReportUnreachable(layout, path, errno);
+    return false;
+  }
+  if (S_ISDIR(status.st_mode)) {
+    Report(ErrorKind::CORRUPT, SQLITE_CANTOPEN, layout,
+           "is a directory, not a database; move it away, then restore the database or run "
+           "`tarnctl init`");
+    return false;
+  }
+  if (!S_ISREG(status.st_mode)) {
+    Report(ErrorKind::CORRUPT, SQLITE_CANTOPEN, layout,
+           S_ISLNK(status.st_mode)
+               ? "is a symbolic link, which is not followed; put the database itself there"
+               : "is a special file, not a database; put the database itself there");
+    return false;
+  }
+  return true;
+}
+
 bool IdentifyFile(const std::string& path, FileIdentity& identity) noexcept {
   struct stat status {};
   if (lstat(path.c_str(), &status) != 0) {
@@ -246,6 +273,10 @@ bool IdentifyFile(const std::string& path, FileIdentity& identity) noexcept {
 }
 
 DatabaseFile OpenDatabase(const Layout& layout, bool writable) {
+  return PendingRestore::IsComplete() ? OpenDatabaseAsItIs(layout, writable) : DatabaseFile();
+}
+
+DatabaseFile OpenDatabaseAsItIs(const Layout& layout, bool writable) {
   DatabaseFile file;
   if (OpenDatabases::AreOutOfReach()) {
     Report(ErrorKind::MISUSE, SQLITE_MISUSE, layout, OpenDatabases::kOutOfReach);

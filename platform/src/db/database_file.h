@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <sys/stat.h>
 #include <sys/types.h>
 
 struct sqlite3;
@@ -46,11 +47,41 @@ struct DatabaseFile {
   explicit operator bool() const noexcept { return handle != nullptr; }
 };
 
-/// Opens an existing database after its layout; never makes one. The result is empty when that
-/// fails, and the reason, with what mends it, is logged and kept as the thread's last store error.
+/// Who may do what with a database that is made.
+inline constexpr mode_t kDatabaseMode = 0640;
+
+/// Opens an existing database after its layout; never makes one. A restore that was begun is
+/// completed first. The result is empty when that fails, and the reason, with what mends it, is
+/// logged and kept as the thread's last store error.
 /// \param writable  asks for writing where this user may; a file that may only be read is opened for
 ///                  that
 DatabaseFile OpenDatabase(const Layout& layout, bool writable);
+
+/// The same in the middle of a restore.
+DatabaseFile OpenDatabaseAsItIs(const Layout& layout, bool writable);
+
+/// Opens a file with SQLite, whatever is in it. Like all that answers with an SQLite result code, it
+/// reports nothing.
+DatabaseHandle OpenFile(const std::string& path, int flags, int& code) noexcept;
+
+/// The same with what every connection to a store is given. There is a handle even where the file
+/// could be opened and is no database.
+DatabaseHandle OpenWithSettings(const std::string& path, bool writable, int& code) noexcept;
+
+/// The first column of a pragma's, or another statement's, first row.
+int ReadPragma(sqlite3* database, const char* pragma, std::string& value);
+
+/// What a database says of its layout.
+struct LayoutFound {
+  enum Verdict { READABLE, SOMETHING_ELSE, NEWER, UNKNOWN };
+  Verdict verdict = UNKNOWN;
+  int applicationId = 0;
+  int version = 0;
+};
+int ReadLayout(sqlite3* database, const Layout& layout, LayoutFound& found);
+
+/// Whether there is a regular file where the database belongs. Reports what else there is.
+bool IsDatabasesPlace(const Layout& layout, const std::string& path, struct stat& status);
 
 /// Whether the database that is open is still the one at its path. Reports, as opening it would,
 /// where there is none any more, or another one.

@@ -95,7 +95,7 @@ void ReportSqliteFailure(sqlite3* database, int code, std::string_view path,
     if (kind == ErrorKind::PERMISSION) {
       message.append("; ").append(MissingWriteRight(realPath));
     } else if (kind == ErrorKind::CORRUPT) {
-      message.append("; restore it from a backup");
+      message.append("; ").append(kRestoreIt);
     }
     ReportFailure(kind, code, std::move(message));
   } catch (const std::bad_alloc&) {

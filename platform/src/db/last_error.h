@@ -13,6 +13,10 @@ namespace DBStore::internal {
 /// What an SQLite result code, primary or extended, comes down to.
 ErrorKind ErrorKindOf(int code) noexcept;
 
+/// What mends a database whose content is lost.
+inline constexpr const char* kRestoreIt =
+    "restore it from a backup (`tarnctl restore --force FILE`)";
+
 /// Logs the message at priority 0 and keeps it as the thread's last store error.
 void ReportFailure(ErrorKind kind, int code, std::string message) noexcept;
 

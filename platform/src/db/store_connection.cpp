@@ -3,6 +3,7 @@
 #include "platform/host_paths.h"
 
 #include "db/access_rights.h"
+#include "db/backup/pending_restore.h"
 #include "db/borrowed_statement.h"
 #include "db/connection_pool.h"
 #include "db/last_error.h"
@@ -104,6 +105,10 @@ int StoreConnection::CheckFile(const Action& action) {
                                 ": the host root is another one since this store was opened; open "
                                 "it again");
     return SQLITE_MISUSE;
+  }
+  // What is written between a restore's beginning and its completion would be lost.
+  if (!internal::PendingRestore::IsComplete()) {
+    return SQLITE_CANTOPEN;
   }
   return internal::CheckStillThere(internal::CurrentStoreLayout(), file_) ? SQLITE_OK
                                                                           : SQLITE_CANTOPEN;

@@ -1,0 +1,188 @@
+#include "db/backup/pending_restore.h"
+
+#include "platform/host_paths.h"
+#include "platform/process_locks.h"
+
+#include "db/backup/restore_target.h"
+#include "db/backup/statements.h"
+#include "db/backup/steps.h"
+#include "process/clock.h"
+
+#include <sqlite3.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace DBStore::internal::PendingRestore {
+namespace {
+
+constexpr mode_t kMode = 0600;
+constexpr const char* kFixedPath = HostPaths::kPendingRestore;
+
+// Both stores on their way to another content. Writers of the types are locked out first, as
+// everybody does who writes both; their readers only for the moment in which both change.
+class BothStores {
+ public:
+  BothStores(const BackupFile& backup, const StoreDirectory& directory)
+      : types_(backup, backup.schemaStore, directory), store_(backup, backup.store, directory) {
+    types_.LockWriters();
+    store_.Lock();
+    store_.CopyAllButLast();
+    types_.Lock();
+    types_.CopyAllButLast();
+  }
+
+  /// To be called once everybody knows that it is about to happen.
+  void Complete(const StoreDirectory& directory) {
+    if (!types_.IsNew() || !store_.IsNew()) {
+      LetEverybodyLook();
+    }
+    store_.Complete();
+    types_.Complete();
+    if (types_.IsNew() || store_.IsNew()) {
+      directory.Sync();
+    }
+    Settle();
+  }
+
+  void Tell(HostBackup::Restored& result) const {
+    for (const RestoreTarget* target : {&store_, &types_}) {
+      (target->IsNew() ? result.created : result.replaced).push_back(target->Path());
+    }
+  }
+
+  // Who has the stores open looks for a restore that was begun before each write, and once in a tick
+  // of the coarse clock before it reads.
+  static void LetEverybodyLook() noexcept {
+    timespec tick = {};
+    clock_getres(CLOCK_MONOTONIC_COARSE, &tick);
+    const std::int64_t until =
+        Clock::Now() + 2 * (static_cast<std::int64_t>(tick.tv_sec) * 1'000'000'000 + tick.tv_nsec);
+    while (Clock::Now() < until) {
+      nanosleep(&tick, nullptr);
+    }
+  }
+
+ private:
+  // Opening them as everybody does says whether they are what they should be, and makes what readers
+  // need beside them.
+  static void Settle() {
+    Step("opening the stores");
+    const DatabaseFile store = OpenDatabaseAsItIs(CurrentStoreLayout(), true);
+    const DatabaseFile types =
+        store ? OpenDatabaseAsItIs(SchemaStoreLayout(), true) : DatabaseFile();
+    if (!types) {
+      RaiseReported();
+    }
+    Step("renumbering the types");
+    const int code =
+        sqlite3_exec(types.handle.get(), Sql::kRenumberTypes, nullptr, nullptr, nullptr);
+    if (code != SQLITE_OK) {
+      RaiseSqliteError(code, HostPaths::kSchemaStore, types.path, "numbering the types anew");
+    }
+  }
+
+  RestoreTarget types_;
+  RestoreTarget store_;
+};
+
+void End(const std::string& path, const StoreDirectory& directory) {
+  Step("ending the restore");
+  if (unlink(path.c_str()) != 0) {
+    RaiseSystemError(kFixedPath, "cannot be removed after it was restored", errno);
+  }
+  directory.Sync();
+  // Types that are kept in memory are looked after once in a tick: who asks after this gets new ones.
+  BothStores::LetEverybodyLook();
+}
+
+// A copy of the backup beside the stores, which may be another file system than the backup's. Its
+// owner is the stores' one: whoever may write them may complete the restore.
+class Draft {
+ public:
+  Draft(const BackupFile& backup, const StoreDirectory& directory)
+      : path_(directory.PathOf(kFixedPath)), draft_(path_ + ".new") {
+    Step("making the copy");
+    BackupFile copy(MakeDraft(draft_, kMode, kFixedPath), kFixedPath);
+    copy.created = backup.created;
+    copy.schemaStore = backup.schemaStore;
+    copy.store = backup.store;
+    FileIdentity store;
+    if (geteuid() == 0 && IdentifyFile(directory.PathOf(HostPaths::kStore), store) &&
+        fchown(copy.Descriptor(), store.owner, store.group) != 0) {
+      RaiseSystemError(kFixedPath, "cannot be given to the owner of the stores", errno);
+    }
+    Step("copying the backup");
+    backup.CopyTo(copy);
+  }
+  ~Draft() { RemoveDraft(draft_); }
+  Draft(const Draft&) = delete;
+  Draft& operator=(const Draft&) = delete;
+
+  const std::string& Path() const noexcept { return path_; }
+
+  void Begin(const StoreDirectory& directory) {
+    Step("beginning the restore");
+    if (rename(draft_.c_str(), path_.c_str()) != 0) {
+      RaiseSystemError(kFixedPath, "cannot be given its name", errno);
+    }
+    directory.Sync();
+    Step("having begun the restore");
+  }
+
+ private:
+  const std::string path_;
+  const std::string draft_;
+};
+
+}  // namespace
+
+bool IsBegun() noexcept {
+  try {
+    struct stat status {};
+    return lstat(HostPaths::Resolve(kFixedPath).c_str(), &status) == 0;
+  } catch (const std::bad_alloc&) {
+    return true;  // who then tries to complete it fails for the same reason
+  }
+}
+
+bool IsComplete() {
+  if (!IsBegun()) {
+    return true;
+  }
+  try {
+    const ProcessLocks::Guard guard(ProcessLocks::Rank::WHOLE_STORES);
+    const StoreDirectory directory;
+    CompleteIn(directory);
+    return true;
+  } catch (const std::runtime_error&) {
+    return false;
+  }
+}
+
+void CompleteIn(const StoreDirectory& directory) {
+  if (!IsBegun()) {
+    return;
+  }
+  const std::string path = directory.PathOf(kFixedPath);
+  const BackupFile backup = BackupFile::Open(path, kFixedPath);
+  backup.CheckBytes();
+  BothStores(backup, directory).Complete(directory);
+  End(path, directory);
+}
+
+HostBackup::Restored Restore(const BackupFile& backup, const StoreDirectory& directory) {
+  HostBackup::Restored result;
+  Draft draft(backup, directory);
+  BothStores stores(backup, directory);
+  stores.Tell(result);
+  draft.Begin(directory);
+  stores.Complete(directory);
+  End(draft.Path(), directory);
+  return result;
+}
+
+}  // namespace DBStore::internal::PendingRestore

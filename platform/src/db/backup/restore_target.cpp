@@ -1,0 +1,163 @@
+#include "db/backup/restore_target.h"
+
+#include "platform/db_store.h"
+
+#include "db/access_rights.h"
+#include "db/backup/statements.h"
+#include "db/backup/steps.h"
+#include "db/connection_pool.h"
+#include "db/last_error.h"
+
+#include <sqlite3.h>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+#include <utility>
+
+namespace DBStore::internal {
+
+RestoreTarget::RestoreTarget(const BackupFile& backup, const BackupPart& part,
+                             const StoreDirectory& directory)
+    : part_(part),
+      layout_(*part.layout),
+      path_(directory.PathOf(layout_.fixedPath)),
+      draft_(path_ + ".new"),
+      source_(backup.OpenPart(part)) {
+  FileIdentity present;
+  isNew_ = !IdentifyFile(path_, present) && errno == ENOENT;
+  if (isNew_) {
+    OpenDraft();
+  } else {
+    OpenThere();
+  }
+}
+
+RestoreTarget::~RestoreTarget() {
+  copy_.reset();
+  database_.reset();
+  WriteQueue::Leave(place_);
+  if (isNew_) {
+    RemoveDraft(draft_);
+  }
+}
+
+void RestoreTarget::Check(int code, const char* what) const {
+  if (code != SQLITE_OK) {
+    RaiseSqliteError(code, layout_.fixedPath, path_, what);
+  }
+}
+
+void RestoreTarget::OpenDraft() {
+  MakeDraft(draft_, kDatabaseMode, layout_.fixedPath);
+  int code = SQLITE_OK;
+  database_ = OpenWithSettings(draft_, true, code);
+  Check(code, "making it");
+}
+
+void RestoreTarget::OpenThere() {
+  struct stat status {};
+  if (!IsDatabasesPlace(layout_, path_, status)) {
+    RaiseReported();
+  }
+  if (faccessat(AT_FDCWD, path_.c_str(), W_OK, AT_EACCESS) != 0) {
+    Raise(ErrorKind::PERMISSION, SQLITE_READONLY,
+          std::string(layout_.fixedPath) + ": " + MissingWriteRight(path_));
+  }
+  int code = SQLITE_OK;
+  database_ = OpenWithSettings(path_, true, code);
+  LayoutFound found;
+  if (code == SQLITE_OK) {
+    code = ReadLayout(database_.get(), layout_, found);
+  }
+  if (ErrorKindOf(code) == ErrorKind::CORRUPT) {
+    // SQLite is to take it for empty. It then knows nothing of a write-ahead log, and needs the file
+    // for itself.
+    ConnectionPool::Instance().CloseIdle();
+    code = sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_RESET_DATABASE, 1, nullptr);
+  } else if (code == SQLITE_OK && status.st_size > 0 &&
+             found.verdict == LayoutFound::SOMETHING_ELSE) {
+    Raise(ErrorKind::OTHER, 0,
+          std::string(layout_.fixedPath) +
+              ": is a database of something else; move it away, then restore");
+  }
+  Check(code, "opening it");
+  PrepareForPageSize();
+}
+
+// SQLite cannot change the size of pages while there is a write-ahead log.
+void RestoreTarget::PrepareForPageSize() {
+  std::string wanted;
+  std::string present;
+  if (ReadPragma(source_.get(), Sql::kPageSize, wanted) == SQLITE_OK &&
+      ReadPragma(database_.get(), Sql::kPageSize, present) == SQLITE_OK && wanted != present) {
+    Check(ReadPragma(database_.get(), "PRAGMA journal_mode=DELETE", present),
+          "preparing it for pages of another size");
+  }
+}
+
+void RestoreTarget::LockWriters() {
+  if (isNew_) {
+    return;
+  }
+  Step("locking out writers");
+  const int code = sqlite3_exec(database_.get(), Sql::kBeginWriting, nullptr, nullptr, nullptr);
+  if (ErrorKindOf(code) != ErrorKind::CORRUPT) {
+    Check(code, "locking it for the restore");
+    locked_ = true;
+  }
+}
+
+void RestoreTarget::Lock() {
+  Step("locking");
+  if (!isNew_ && !locked_) {
+    FileIdentity file;
+    int limit = kWaitLimit;
+    IdentifyFile(path_, file);
+    if (WriteQueue::ThisThreadWritesBeside(place_, file)) {
+      Raise(
+          ErrorKind::BUSY, SQLITE_BUSY,
+          std::string(layout_.fixedPath) +
+              ": this thread has a transaction open on it and would wait for itself; end it first");
+    }
+    if (!WriteQueue::Enter(place_, file, limit)) {
+      Raise(ErrorKind::BUSY, SQLITE_BUSY,
+            std::string(layout_.fixedPath) +
+                ": another thread of this process kept writing for longer than the limit");
+    }
+  }
+  if (std::exchange(locked_, false)) {
+    Check(sqlite3_exec(database_.get(), Sql::kEnd, nullptr, nullptr, nullptr), "unlocking it");
+  }
+  copy_ = std::make_unique<PageCopy>(source_.get(), database_.get());
+  Check(copy_->Lock(), "locking it for the restore");
+}
+
+void RestoreTarget::CopyAllButLast() {
+  Check(copy_->CopyAllButLast(), "restoring it");
+}
+
+void RestoreTarget::Complete() {
+  Step("completing");
+  Check(copy_->Complete(), "restoring it");
+  copy_.reset();
+  sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_RESET_DATABASE, 0, nullptr);
+  if (isNew_) {
+    std::string mode;
+    const std::string change = std::string("PRAGMA journal_mode=") + layout_.journalMode;
+    Check(ReadPragma(database_.get(), change.c_str(), mode), "making it");
+    int keep = 0;
+    sqlite3_file_control(database_.get(), "main", SQLITE_FCNTL_PERSIST_WAL, &keep);
+    database_.reset();
+    // A log that a lost database left would be taken for this one's.
+    RemoveDraft(path_);
+    Step("giving it its name");
+    if (!GiveName(draft_, path_)) {
+      RaiseSystemError(layout_.fixedPath, "cannot give the database its name", errno);
+    }
+  }
+  database_.reset();
+  WriteQueue::Leave(place_);
+}
+
+}  // namespace DBStore::internal
