@@ -33,6 +33,7 @@
 #pragma once
 
 #include "tarnconfigstore/apply_next_boot.h"
+#include "tarnconfigstore/backup.h"
 #include "tarnconfigstore/boot_state.h"
 #include "tarnconfigstore/config_store.h"
 #include "tarnconfigstore/config_store_object.h"

@@ -39,7 +39,7 @@ Program MakeProgram() {
                          .range = NumberRange{0, 4}}},
           .verbs = {InitVerb(), TypeVerbs(), GetVerb(), SetVerb(), UpdateVerb(), DeleteVerb(),
                     ValidateVerb(), ListVerb(), RevisionVerb(), NextBootVerbs(), BootVerbs(),
-                    KernelOptionVerbs(), EntryVerbs(), WatchVerb()}};
+                    KernelOptionVerbs(), EntryVerbs(), BackupVerb(), RestoreVerb(), WatchVerb()}};
 }
 
 // A standard descriptor that came closed would be given to the next file or socket that is opened,

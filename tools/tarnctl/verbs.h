@@ -7,6 +7,9 @@ namespace tarnctl {
 
 /// Makes what is missing of the directories and databases.
 Verb InitVerb();
+/// Both stores in one file, and back.
+Verb BackupVerb();
+Verb RestoreVerb();
 /// The key/value entries.
 Verb EntryVerbs();
 
