@@ -1,6 +1,7 @@
 // Making and opening stores, taking turns on them, and transactions, nested by savepoints.
 #include "store.h"
 
+#include "platform/host_backup.h"
 #include "platform/host_paths.h"
 #include "platform/host_setup.h"
 #include "platform/schema_store.h"
@@ -243,4 +244,19 @@ HostSetup::Result HostSetup::Initialize() {
   Result result;
   (made ? result.created : result.unchanged).push_back(store->second.name);
   return result;
+}
+
+// There is no file to copy: what is in memory ends with the process.
+[[noreturn]] static void RefuseFile(const std::string& path) {
+  const std::string message = path + ": this platform keeps its stores in memory";
+  DBStore::internal::Fail(SQLITE_MISUSE, message);
+  throw std::runtime_error(message);
+}
+
+HostBackup::Written HostBackup::Backup(const std::string& path, bool /*replace*/) {
+  RefuseFile(path);
+}
+
+HostBackup::Restored HostBackup::Restore(const std::string& path, bool /*force*/) {
+  RefuseFile(path);
 }

@@ -5,6 +5,8 @@
 
 #include "db/raising.h"
 
+#include <climits>
+
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -118,12 +120,17 @@ FileDescriptor MakeDraft(const std::string& draft, unsigned mode, std::string_vi
   return file;
 }
 
-void RemoveDraft(const std::string& draft) noexcept {
-  char path[4096 + 16];
-  for (const char* suffix : {"", "-journal", "-wal", "-shm"}) {
-    std::snprintf(path, sizeof path, "%s%s", draft.c_str(), suffix);
+void RemoveBeside(const std::string& database) noexcept {
+  char path[PATH_MAX + 16];
+  for (const char* suffix : {"-journal", "-wal", "-shm"}) {
+    std::snprintf(path, sizeof path, "%s%s", database.c_str(), suffix);
     unlink(path);
   }
+}
+
+void RemoveDraft(const std::string& draft) noexcept {
+  unlink(draft.c_str());
+  RemoveBeside(draft);
 }
 
 bool GiveName(const std::string& draft, const std::string& path) noexcept {

@@ -40,6 +40,9 @@ class StoreDirectory {
 /// that names the fixed path.
 FileDescriptor MakeDraft(const std::string& draft, unsigned mode, std::string_view fixedPath);
 
+/// Removes what SQLite keeps beside a database.
+void RemoveBeside(const std::string& database) noexcept;
+
 /// Removes a database that did not get its name, with what SQLite keeps beside it.
 void RemoveDraft(const std::string& draft) noexcept;
 

@@ -53,6 +53,14 @@ class HeaderReader {
   const unsigned char* from_;
 };
 
+void RequireRegular(const struct stat& status, const std::string& name) {
+  if (!S_ISREG(status.st_mode)) {
+    Raise(ErrorKind::OTHER, 0,
+          name + (S_ISDIR(status.st_mode) ? ": is a directory, not a backup"
+                                          : ": is a special file, not a backup"));
+  }
+}
+
 }  // namespace
 
 BackupFile::BackupFile(FileDescriptor file, std::string name)
@@ -66,19 +74,16 @@ BackupFile BackupFile::Open(const std::string& path, const std::string& name) {
   if (stat(path.c_str(), &status) != 0) {
     RaiseSystemError(name, "cannot read the backup", errno);
   }
+  RequireRegular(status, name);
   if (IsLiveFile(status)) {
     Raise(ErrorKind::OTHER, 0, name + ": is a file of the stores themselves, not a backup");
   }
-  // Opening a pipe would wait for its writer.
+  // It may be another one by now, and opening a pipe would wait for its writer.
   FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (!file.IsOpen() || fstat(file.Number(), &status) != 0) {
     RaiseSystemError(name, "cannot read the backup", errno);
   }
-  if (!S_ISREG(status.st_mode)) {
-    Raise(ErrorKind::OTHER, 0,
-          name + (S_ISDIR(status.st_mode) ? ": is a directory, not a backup"
-                                          : ": is a special file, not a backup"));
-  }
+  RequireRegular(status, name);
   BackupFile backup(std::move(file), name);
   backup.ReadHeader();
   if (status.st_size < backup.Length()) {

@@ -6,6 +6,7 @@
 #include "db/backup/restore_target.h"
 #include "db/backup/statements.h"
 #include "db/backup/steps.h"
+#include "db/last_error.h"
 #include "process/clock.h"
 
 #include <sqlite3.h>
@@ -29,10 +30,8 @@ class BothStores {
   BothStores(const BackupFile& backup, const StoreDirectory& directory)
       : types_(backup, backup.schemaStore, directory), store_(backup, backup.store, directory) {
     types_.LockWriters();
-    store_.Lock();
-    store_.CopyAllButLast();
-    types_.Lock();
-    types_.CopyAllButLast();
+    store_.Prepare();
+    types_.Prepare();
   }
 
   /// To be called once everybody knows that it is about to happen.
@@ -46,6 +45,10 @@ class BothStores {
       directory.Sync();
     }
     Settle();
+  }
+
+  bool MayHaveChanged() const noexcept {
+    return store_.MayHaveChanged() || types_.MayHaveChanged();
   }
 
   void Tell(HostBackup::Restored& result) const {
@@ -77,6 +80,8 @@ class BothStores {
     if (!types) {
       RaiseReported();
     }
+    sqlite3_wal_checkpoint_v2(store.handle.get(), "main", SQLITE_CHECKPOINT_PASSIVE, nullptr,
+                              nullptr);
     Step("renumbering the types");
     const int code =
         sqlite3_exec(types.handle.get(), Sql::kRenumberTypes, nullptr, nullptr, nullptr);
@@ -88,6 +93,15 @@ class BothStores {
   RestoreTarget types_;
   RestoreTarget store_;
 };
+
+void TellUnfinished(const std::runtime_error& failure) {
+  const LastError error = GetLastError();
+  ReportFailure(
+      error.kind, error.code,
+      std::string(kFixedPath) +
+          ": a restore was begun, and has to be completed before the stores can be used: " +
+          failure.what());
+}
 
 void End(const std::string& path, const StoreDirectory& directory) {
   Step("ending the restore");
@@ -130,7 +144,13 @@ class Draft {
       RaiseSystemError(kFixedPath, "cannot be given its name", errno);
     }
     directory.Sync();
-    Step("having begun the restore");
+  }
+
+  /// As long as nothing has changed.
+  void TakeBack(const StoreDirectory& directory) const {
+    if (unlink(path_.c_str()) == 0) {
+      directory.Sync();
+    }
   }
 
  private:
@@ -158,7 +178,8 @@ bool IsComplete() {
     const StoreDirectory directory;
     CompleteIn(directory);
     return true;
-  } catch (const std::runtime_error&) {
+  } catch (const std::runtime_error& failure) {
+    TellUnfinished(failure);
     return false;
   }
 }
@@ -176,12 +197,23 @@ void CompleteIn(const StoreDirectory& directory) {
 
 HostBackup::Restored Restore(const BackupFile& backup, const StoreDirectory& directory) {
   HostBackup::Restored result;
+  // One that was begun before may have changed one store already.
+  const bool wasBegun = IsBegun();
   Draft draft(backup, directory);
   BothStores stores(backup, directory);
   stores.Tell(result);
-  draft.Begin(directory);
-  stores.Complete(directory);
-  End(draft.Path(), directory);
+  try {
+    draft.Begin(directory);
+    stores.Complete(directory);
+    End(draft.Path(), directory);
+  } catch (const std::runtime_error& failure) {
+    if (!wasBegun && !stores.MayHaveChanged()) {
+      draft.TakeBack(directory);
+      throw;
+    }
+    TellUnfinished(failure);
+    RaiseReported();
+  }
   return result;
 }
 

@@ -74,7 +74,10 @@ void RestoreTarget::OpenThere() {
     // SQLite is to take it for empty. It then knows nothing of a write-ahead log, and needs the file
     // for itself.
     ConnectionPool::Instance().CloseIdle();
-    code = sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_RESET_DATABASE, 1, nullptr);
+    sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_RESET_DATABASE, 1, nullptr);
+    std::string ignored;
+    code = ReadPragma(database_.get(), "PRAGMA synchronous=FULL", ignored);
+    code = code == SQLITE_DONE ? SQLITE_OK : code;
   } else if (code == SQLITE_OK && status.st_size > 0 &&
              found.verdict == LayoutFound::SOMETHING_ELSE) {
     Raise(ErrorKind::OTHER, 0,
@@ -133,30 +136,47 @@ void RestoreTarget::Lock() {
   Check(copy_->Lock(), "locking it for the restore");
 }
 
-void RestoreTarget::CopyAllButLast() {
+void RestoreTarget::Prepare() {
+  Lock();
   Check(copy_->CopyAllButLast(), "restoring it");
+  if (isNew_) {
+    FinishDraft();
+  } else {
+    Step("flushing");
+    // A full disk is to show before anything is decided.
+    Check(sqlite3_db_cacheflush(database_.get()), "restoring it");
+  }
+}
+
+void RestoreTarget::FinishDraft() {
+  Check(copy_->Complete(), "making it");
+  copy_.reset();
+  std::string mode;
+  const std::string change = std::string("PRAGMA journal_mode=") + layout_.journalMode;
+  Check(ReadPragma(database_.get(), change.c_str(), mode), "making it");
+  int keep = 0;
+  sqlite3_file_control(database_.get(), "main", SQLITE_FCNTL_PERSIST_WAL, &keep);
+  database_.reset();
 }
 
 void RestoreTarget::Complete() {
   Step("completing");
-  Check(copy_->Complete(), "restoring it");
-  copy_.reset();
-  sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_RESET_DATABASE, 0, nullptr);
   if (isNew_) {
-    std::string mode;
-    const std::string change = std::string("PRAGMA journal_mode=") + layout_.journalMode;
-    Check(ReadPragma(database_.get(), change.c_str(), mode), "making it");
-    int keep = 0;
-    sqlite3_file_control(database_.get(), "main", SQLITE_FCNTL_PERSIST_WAL, &keep);
-    database_.reset();
     // A log that a lost database left would be taken for this one's.
-    RemoveDraft(path_);
-    Step("giving it its name");
+    RemoveBeside(path_);
     if (!GiveName(draft_, path_)) {
       RaiseSystemError(layout_.fixedPath, "cannot give the database its name", errno);
     }
+    mayHaveChanged_ = true;
+  } else {
+    const int code = copy_->Complete();
+    // Only when nothing could be written it is certain that nothing was.
+    mayHaveChanged_ = (code & 0xff) != SQLITE_FULL;
+    Check(code, "restoring it");
+    copy_.reset();
+    sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_RESET_DATABASE, 0, nullptr);
+    database_.reset();
   }
-  database_.reset();
   WriteQueue::Leave(place_);
 }
 

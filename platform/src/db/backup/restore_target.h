@@ -27,15 +27,20 @@ class RestoreTarget {
 
   /// Keeps other writers out by means that let others read, as long as the database is sound.
   void LockWriters();
-  /// Keeps other writers out in earnest; of a database without a write-ahead log, readers too.
-  void Lock();
-  void CopyAllButLast();
+  /// Keeps other writers out in earnest; of a database without a write-ahead log, readers too. Then
+  /// does all that needs room and may take long.
+  void Prepare();
+  /// What is left to do.
   void Complete();
+  /// False as long as the database is certainly what it was.
+  bool MayHaveChanged() const noexcept { return mayHaveChanged_; }
 
  private:
   void OpenThere();
   void OpenDraft();
   void PrepareForPageSize();
+  void Lock();
+  void FinishDraft();
   void Check(int code, const char* what) const;
 
   const BackupPart& part_;
@@ -44,6 +49,7 @@ class RestoreTarget {
   const std::string draft_;
   bool isNew_ = false;
   bool locked_ = false;
+  bool mayHaveChanged_ = false;
   WriteQueue::Place place_;
   DatabaseHandle source_;
   DatabaseHandle database_;
