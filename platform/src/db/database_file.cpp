@@ -120,12 +120,7 @@ void ReportOpenFailure(sqlite3* database, int code, const Layout& layout, const 
   ReportSqliteFailure(database, code, layout.fixedPath, path, action);
 }
 
-bool HasLayout(sqlite3* database, const Layout& layout, const std::string& path) {
-  LayoutFound found;
-  if (const int code = ReadLayout(database, layout, found)) {
-    ReportOpenFailure(database, code, layout, path, "reading it");
-    return false;
-  }
+bool IsReadable(const Layout& layout, const LayoutFound& found) {
   switch (found.verdict) {
     case LayoutFound::READABLE:
       return true;
@@ -161,19 +156,40 @@ void KeepJournalMode(sqlite3* database, const Layout& layout) {
   }
 }
 
-DatabaseHandle OpenOnce(const Layout& layout, const std::string& path, bool writable) {
+struct Opening {
+  DatabaseHandle handle;
   int code = SQLITE_OK;
-  DatabaseHandle handle = OpenWithSettings(path, writable, code);
-  sqlite3* const database = handle.get();
-  if (code != SQLITE_OK) {
-    ReportOpenFailure(database, code, layout, path, "opening it");
+  const char* action = "opening it";
+  LayoutFound found;
+};
+
+Opening OpenAndRead(const Layout& layout, const std::string& path, bool writable) {
+  Opening opening;
+  opening.handle = OpenWithSettings(path, writable, opening.code);
+  if (opening.code == SQLITE_OK) {
+    opening.action = "reading it";
+    opening.code = ReadLayout(opening.handle.get(), layout, opening.found);
+  }
+  return opening;
+}
+
+DatabaseHandle OpenOnce(const Layout& layout, const std::string& path, bool writable) {
+  Opening opening = OpenAndRead(layout, path, writable);
+  if (!writable && ErrorKindOf(opening.code) == ErrorKind::PERMISSION) {
+    // A writer was killed: only who may write can take back what it left.
+    OpenAndRead(layout, path, true);
+    opening = OpenAndRead(layout, path, false);
+  }
+  DatabaseHandle handle = std::move(opening.handle);
+  if (opening.code != SQLITE_OK) {
+    ReportOpenFailure(handle.get(), opening.code, layout, path, opening.action);
     return nullptr;
   }
-  if (!HasLayout(database, layout, path)) {
+  if (!IsReadable(layout, opening.found)) {
     return nullptr;
   }
-  if (sqlite3_db_readonly(database, "main") == 0) {
-    KeepJournalMode(database, layout);
+  if (sqlite3_db_readonly(handle.get(), "main") == 0) {
+    KeepJournalMode(handle.get(), layout);
   }
   return handle;
 }
