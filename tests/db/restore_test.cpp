@@ -1,9 +1,12 @@
 // Restoring both stores: over what is there, at once for everybody, and both or neither.
 #include "db/backed_up_host.h"
 #include "support/database.h"
+#include "support/sanitized.h"
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 
@@ -228,13 +231,45 @@ TEST_F(Restores, ThatFailAtAnyStepLeaveBeforeOrAreToldToBeUnfinished) {
       const std::string failure = Restoring(backup_);
       DBStore::testing::SetHook(nullptr);
       EXPECT_EQ(failure == "nothing", !reached);
-      const bool begun = failure.find("has to be completed") != std::string::npos;
+      const bool begun = failure.find("is not complete") != std::string::npos;
       EXPECT_EQ(fs::exists(pending_), begun) << failure;
       EXPECT_EQ(Look(), begun || !reached ? kFirst : kSecond) << failure;
       ExpectBeforeOrAfter();
       ASSERT_TRUE(SetState(2));
     }
   }
+}
+
+TEST_F(Restores, WithoutRoomLeaveEverythingAsItWas) {
+  for (rlim_t room = 0; room < fs::file_size(backup_) + 100'000; room += 7'000) {
+    const int status = InChild([&] {
+      signal(SIGXFSZ, SIG_IGN);
+      const rlimit limit = {room, room};
+      setrlimit(RLIMIT_FSIZE, &limit);
+      return Restoring(backup_) == "nothing" ? 0 : 1;
+    });
+    EXPECT_EQ(Look(), status == 0 ? kFirst : kSecond) << room;
+    ExpectBeforeOrAfter();
+    ASSERT_TRUE(SetState(2));
+  }
+}
+
+TEST_F(Restores, LetChildrenThatAreForkedMeanwhileUseTheStores) {
+  if (!kAllocatorForks) {
+    GTEST_SKIP();
+  }
+  std::atomic<bool> ends = false;
+  std::thread restoring([&] {
+    while (!ends) {
+      HostBackup::Restore(backup_, true);
+      HostBackup::Backup(host_.Root() + "/another", true);
+    }
+  });
+  for (int i = 0; i < 30; ++i) {
+    EXPECT_EQ(InChild([] { return Look() == kFirst || Look() == kSecond ? 0 : 1; }), 0);
+  }
+  ends = true;
+  restoring.join();
 }
 
 TEST_F(Restores, KilledAtAnyTimeLeaveBeforeOrAfter) {
@@ -266,7 +301,7 @@ TEST_F(Restores, LeftUnfinishedHoldUpWhoMayNotCompleteThem) {
               EXPECT_EQ(Connect(), nullptr);
               const DBStore::LastError error = DBStore::GetLastError();
               EXPECT_EQ(error.kind, ErrorKind::PERMISSION);
-              EXPECT_THAT(error.message, HasSubstr("has to be completed"));
+              EXPECT_THAT(error.message, HasSubstr("is not complete"));
               return HasFailure() ? 1 : 0;
             }),
             0);

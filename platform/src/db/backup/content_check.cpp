@@ -36,7 +36,8 @@ std::uint64_t BackupFile::CheckPart(const BackupPart& part, const char* count) c
   if (code != SQLITE_OK || integrity != "ok") {
     Raise(ErrorKind::CORRUPT, code,
           name_ + ": " + what + " in it is damaged: " +
-              (code != SQLITE_OK ? sqlite3_errmsg(database.get()) : integrity.c_str()));
+              (code != SQLITE_OK ? std::string(sqlite3_errmsg(database.get())) : integrity) +
+              "; restore an older backup");
   }
   if (found.verdict == LayoutFound::NEWER) {
     Raise(ErrorKind::NEWER, 0,

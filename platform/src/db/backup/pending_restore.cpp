@@ -99,18 +99,20 @@ void TellUnfinished(const std::runtime_error& failure) {
   ReportFailure(
       error.kind, error.code,
       std::string(kFixedPath) +
-          ": a restore was begun, and has to be completed before the stores can be used: " +
+          ": a restore was begun and is not complete; the next who opens the stores, and may "
+          "write them, completes it: " +
           failure.what());
 }
 
+// Types that are kept in memory are looked after once in a tick, too: nobody is let in who could
+// still take the old ones for those of today.
 void End(const std::string& path, const StoreDirectory& directory) {
+  BothStores::LetEverybodyLook();
   Step("ending the restore");
   if (unlink(path.c_str()) != 0) {
     RaiseSystemError(kFixedPath, "cannot be removed after it was restored", errno);
   }
   directory.Sync();
-  // Types that are kept in memory are looked after once in a tick: who asks after this gets new ones.
-  BothStores::LetEverybodyLook();
 }
 
 // A copy of the backup beside the stores, which may be another file system than the backup's. Its
