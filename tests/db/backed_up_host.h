@@ -31,7 +31,10 @@ inline bool SetState(int state) {
         DBStore::CommitTransaction(store) != 0) {
       return false;
     }
-    types.Put({{"tarn", "test", "t"}, version, TypeText("t", R"({"type":"object"})", version)});
+    const std::string comment(state == 1 ? 200'000 : 1, 'x');  // the first state is the larger one
+    types.Put({{"tarn", "test", "t"},
+               version,
+               TypeText("t", R"({"type":"object","$comment":")" + comment + "\"}", version)});
     types.Commit();
     return true;
   } catch (const std::runtime_error&) {

@@ -73,7 +73,7 @@ void StoreDirectory::Make(std::vector<std::string>& made) {
   }
 }
 
-StoreDirectory::StoreDirectory()
+StoreDirectory::StoreDirectory(bool (*isNeedless)() noexcept)
     : path_(DirectoryPath()), directory_(open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
   const std::string_view name = NameInMessages(path_, HostPaths::GetRoot().size());
   if (!directory_.IsOpen()) {
@@ -89,13 +89,19 @@ StoreDirectory::StoreDirectory()
     if (errno != EWOULDBLOCK || std::chrono::steady_clock::now() >= end) {
       RaiseSystemError(name, "another process is making or restoring the databases", errno);
     }
+    if (isNeedless != nullptr && isNeedless()) {
+      return;
+    }
     std::this_thread::sleep_for(kPause);
   }
+  isHeld_ = true;
 }
 
 StoreDirectory::~StoreDirectory() {
   // Not by closing alone: somebody may have a copy of the descriptor.
-  flock(directory_.Number(), LOCK_UN);
+  if (isHeld_) {
+    flock(directory_.Number(), LOCK_UN);
+  }
 }
 
 std::string StoreDirectory::PathOf(const char* fixedPath) const {

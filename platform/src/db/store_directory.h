@@ -20,12 +20,13 @@ class StoreDirectory {
   static void Make(std::vector<std::string>& made);
 
   /// Waits for the lock up to the wait limit. Raises std::runtime_error.
-  StoreDirectory();
+  /// \param isNeedless  asked while others have the lock: true ends the waiting, without the lock
+  explicit StoreDirectory(bool (*isNeedless)() noexcept = nullptr);
   ~StoreDirectory();
   StoreDirectory(const StoreDirectory&) = delete;
   StoreDirectory& operator=(const StoreDirectory&) = delete;
 
-  const std::string& Path() const noexcept { return path_; }
+  bool IsHeld() const noexcept { return isHeld_; }
   /// Where a file of a fixed path lies.
   std::string PathOf(const char* fixedPath) const;
   /// Makes names that were given or taken durable. Raises std::runtime_error.
@@ -34,6 +35,7 @@ class StoreDirectory {
  private:
   const std::string path_;
   FileDescriptor directory_;
+  bool isHeld_ = false;
 };
 
 /// Makes an empty file, in the place of one that an earlier attempt left. Raises std::runtime_error

@@ -1,10 +1,10 @@
 #include "db/backup/pending_restore.h"
 
+#include "platform/db_store.h"
 #include "platform/host_paths.h"
 #include "platform/process_locks.h"
 
 #include "db/backup/restore_target.h"
-#include "db/backup/statements.h"
 #include "db/backup/steps.h"
 #include "db/last_error.h"
 #include "process/clock.h"
@@ -12,7 +12,7 @@
 #include <sqlite3.h>
 
 #include <cerrno>
-#include <cstdio>
+#include <optional>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,35 +24,39 @@ constexpr mode_t kMode = 0600;
 constexpr const char* kFixedPath = HostPaths::kPendingRestore;
 
 // Both stores on their way to another content. Writers of the types are locked out first, as
-// everybody does who writes both; their readers only for the moment in which both change.
+// everybody does who writes both; their readers only for the moment in which both change. To lock them
+// out, too, the engine has to let go of the writers: one who comes in between waits for the store,
+// and is waited for.
 class BothStores {
  public:
-  BothStores(const BackupFile& backup, const StoreDirectory& directory)
-      : types_(backup, backup.schemaStore, directory), store_(backup, backup.store, directory) {
-    types_.LockWriters();
-    store_.Prepare();
-    types_.Prepare();
+  BothStores(const BackupFile& backup, const StoreDirectory& directory) {
+    const std::int64_t end = Clock::Now() + std::int64_t{kWaitLimit} * 1'000'000;
+    while (!TryPrepare(backup, directory)) {
+      if (Clock::Now() >= end) {
+        types_->RaiseLocked();
+      }
+    }
   }
 
   /// To be called once everybody knows that it is about to happen.
   void Complete(const StoreDirectory& directory) {
-    if (!types_.IsNew() || !store_.IsNew()) {
+    if (!types_->IsNew() || !store_->IsNew()) {
       LetEverybodyLook();
     }
-    store_.Complete();
-    types_.Complete();
-    if (types_.IsNew() || store_.IsNew()) {
+    store_->Complete();
+    types_->Complete();
+    if (types_->IsNew() || store_->IsNew()) {
       directory.Sync();
     }
     Settle();
   }
 
   bool MayHaveChanged() const noexcept {
-    return store_.MayHaveChanged() || types_.MayHaveChanged();
+    return store_->MayHaveChanged() || types_->MayHaveChanged();
   }
 
   void Tell(HostBackup::Restored& result) const {
-    for (const RestoreTarget* target : {&store_, &types_}) {
+    for (const RestoreTarget* target : {&*store_, &*types_}) {
       (target->IsNew() ? result.created : result.replaced).push_back(target->Path());
     }
   }
@@ -71,7 +75,7 @@ class BothStores {
 
  private:
   // Opening them as everybody does says whether they are what they should be, and makes what readers
-  // need beside them.
+  // need beside them. Nothing here waits for a writer: who was about to become one waits for us.
   static void Settle() {
     Step("opening the stores");
     const DatabaseFile store = OpenDatabaseAsItIs(CurrentStoreLayout(), true);
@@ -82,16 +86,28 @@ class BothStores {
     }
     sqlite3_wal_checkpoint_v2(store.handle.get(), "main", SQLITE_CHECKPOINT_PASSIVE, nullptr,
                               nullptr);
-    Step("renumbering the types");
-    const int code =
-        sqlite3_exec(types.handle.get(), Sql::kRenumberTypes, nullptr, nullptr, nullptr);
-    if (code != SQLITE_OK) {
-      RaiseSqliteError(code, HostPaths::kSchemaStore, types.path, "numbering the types anew");
-    }
   }
 
-  RestoreTarget types_;
-  RestoreTarget store_;
+  // False when somebody came in between: the store is then given back to them.
+  bool TryPrepare(const BackupFile& backup, const StoreDirectory& directory) {
+    constexpr int kMoment = 100;
+    types_.emplace(backup, backup.schemaStore, directory);
+    store_.emplace(backup, backup.store, directory);
+    types_->LockWriters();
+    if (!store_->Lock(kWaitLimit)) {
+      store_->RaiseLocked();
+    }
+    store_->Copy();
+    if (!types_->Lock(kMoment)) {
+      store_.reset();
+      return false;
+    }
+    types_->Copy();
+    return true;
+  }
+
+  std::optional<RestoreTarget> types_;
+  std::optional<RestoreTarget> store_;
 };
 
 void TellUnfinished(const std::runtime_error& failure) {
@@ -177,8 +193,10 @@ bool IsComplete() {
   }
   try {
     const ProcessLocks::Guard guard(ProcessLocks::Rank::WHOLE_STORES);
-    const StoreDirectory directory;
-    CompleteIn(directory);
+    const StoreDirectory directory([]() noexcept { return !IsBegun(); });
+    if (directory.IsHeld()) {
+      CompleteIn(directory);
+    }
     return true;
   } catch (const std::runtime_error& failure) {
     TellUnfinished(failure);

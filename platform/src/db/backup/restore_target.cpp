@@ -7,6 +7,7 @@
 #include "db/backup/steps.h"
 #include "db/connection_pool.h"
 #include "db/last_error.h"
+#include "db/waiting.h"
 
 #include <sqlite3.h>
 
@@ -17,6 +18,26 @@
 
 namespace DBStore::internal {
 
+namespace {
+
+// The types with another number of changes. Changing it in the database itself would take another
+// transaction, which would have to wait for others.
+DatabaseHandle Renumbered(const DatabaseHandle& types, int& code) {
+  constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_MEMORY;
+  DatabaseHandle copy = OpenFile(":memory:", kFlags, code);
+  if (code == SQLITE_OK) {
+    PageCopy pages(types.get(), copy.get());
+    code = pages.Lock();
+    code = code == SQLITE_OK ? pages.Complete() : code;
+  }
+  if (code == SQLITE_OK) {
+    code = sqlite3_exec(copy.get(), Sql::kRenumberTypes, nullptr, nullptr, nullptr);
+  }
+  return copy;
+}
+
+}  // namespace
+
 RestoreTarget::RestoreTarget(const BackupFile& backup, const BackupPart& part,
                              const StoreDirectory& directory)
     : part_(part),
@@ -24,6 +45,13 @@ RestoreTarget::RestoreTarget(const BackupFile& backup, const BackupPart& part,
       path_(directory.PathOf(layout_.fixedPath)),
       draft_(path_ + ".new"),
       source_(backup.OpenPart(part)) {
+  if (&layout_ == &SchemaStoreLayout()) {
+    int code = SQLITE_OK;
+    source_ = Renumbered(source_, code);
+    if (code != SQLITE_OK) {
+      RaiseSqliteError(code, backup.Name(), path_, "numbering the types anew");
+    }
+  }
   FileIdentity present;
   isNew_ = !IdentifyFile(path_, present) && errno == ENOENT;
   if (isNew_) {
@@ -111,11 +139,12 @@ void RestoreTarget::LockWriters() {
   }
 }
 
-void RestoreTarget::Lock() {
+bool RestoreTarget::Lock(int limit) {
   Step("locking");
-  if (!isNew_ && !locked_) {
+  if (std::exchange(locked_, false)) {
+    Check(sqlite3_exec(database_.get(), Sql::kEnd, nullptr, nullptr, nullptr), "unlocking it");
+  } else if (!isNew_) {
     FileIdentity file;
-    int limit = kWaitLimit;
     IdentifyFile(path_, file);
     if (WriteQueue::ThisThreadWritesBeside(place_, file)) {
       Raise(
@@ -124,20 +153,24 @@ void RestoreTarget::Lock() {
               ": this thread has a transaction open on it and would wait for itself; end it first");
     }
     if (!WriteQueue::Enter(place_, file, limit)) {
-      Raise(ErrorKind::BUSY, SQLITE_BUSY,
-            std::string(layout_.fixedPath) +
-                ": another thread of this process kept writing for longer than the limit");
+      return false;
     }
   }
-  if (std::exchange(locked_, false)) {
-    Check(sqlite3_exec(database_.get(), Sql::kEnd, nullptr, nullptr, nullptr), "unlocking it");
-  }
+  WaitAtMost(database_.get(), limit);
   copy_ = std::make_unique<PageCopy>(source_.get(), database_.get());
-  Check(copy_->Lock(), "locking it for the restore");
+  const int code = copy_->Lock();
+  if (ErrorKindOf(code) == ErrorKind::BUSY) {
+    return false;
+  }
+  Check(code, "locking it for the restore");
+  return true;
 }
 
-void RestoreTarget::Prepare() {
-  Lock();
+void RestoreTarget::RaiseLocked() const {
+  RaiseSqliteError(SQLITE_BUSY, layout_.fixedPath, path_, "locking it for the restore");
+}
+
+void RestoreTarget::Copy() {
   Check(copy_->CopyAllButLast(), "restoring it");
   if (isNew_) {
     FinishDraft();

@@ -27,9 +27,12 @@ class RestoreTarget {
 
   /// Keeps other writers out by means that let others read, as long as the database is sound.
   void LockWriters();
-  /// Keeps other writers out in earnest; of a database without a write-ahead log, readers too. Then
-  /// does all that needs room and may take long.
-  void Prepare();
+  /// Keeps other writers out in earnest; of a database without a write-ahead log, readers too. False
+  /// when others keep it locked for longer than the limit, in milliseconds.
+  bool Lock(int limit);
+  [[noreturn]] void RaiseLocked() const;
+  /// Does all that needs room and may take long.
+  void Copy();
   /// What is left to do.
   void Complete();
   /// False as long as the database is certainly what it was.
@@ -39,7 +42,6 @@ class RestoreTarget {
   void OpenThere();
   void OpenDraft();
   void PrepareForPageSize();
-  void Lock();
   void FinishDraft();
   void Check(int code, const char* what) const;
 
