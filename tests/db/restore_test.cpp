@@ -51,24 +51,44 @@ TEST_F(Restores, AreSeenByEverybodyWhoHasTheStoresOpen) {
     }
     return DBStore::WriteKeyValue("child", "wrote", mine);
   };
-  ASSERT_EQ(LookThrough(connection), "2.0 2.0");
-  ChildProcess child(open);
-  ChildProcess another(open);
-  ASSERT_EQ(LookThrough(connection), "2.0 2.0");
-  // Between its steps there is time to look.
-  DBStore::testing::SetHook([](auto, std::string_view step) {
-    if (step == "completing" || step == "opening the stores" || step == "ending the restore") {
-      std::this_thread::sleep_for(std::chrono::milliseconds(30));
-    }
-    return 0;
-  });
-  const HostBackup::Restored restored = HostBackup::Restore(backup_, true);
-  EXPECT_EQ(LookThrough(connection), "1.0 1.0");
-  EXPECT_THAT(restored.replaced, testing::ElementsAre(store_, schemaStore_));
-  EXPECT_THAT(restored.created, testing::IsEmpty());
-  EXPECT_EQ(child.Wait(), 0);
-  EXPECT_EQ(another.Wait(), 0);
-  EXPECT_EQ(ReadKey(connection, "child"), "wrote");
+  // As fast as it goes, and with time to look between the steps.
+  for (const int pause : {0, 0, 0, 0, 30}) {
+    ASSERT_TRUE(SetState(2));
+    ChildProcess child(open);
+    ChildProcess another(open);
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_EQ(LookThrough(connection), "2.0 2.0");
+    DBStore::testing::SetHook([=](auto, std::string_view step) {
+      if (step == "completing" || step == "opening the stores" || step == "ending the restore") {
+        std::this_thread::sleep_for(std::chrono::milliseconds(pause));
+      }
+      return 0;
+    });
+    const HostBackup::Restored restored = HostBackup::Restore(backup_, true);
+    EXPECT_EQ(LookThrough(connection), "1.0 1.0");
+    EXPECT_THAT(restored.replaced, testing::ElementsAre(store_, schemaStore_));
+    EXPECT_THAT(restored.created, testing::IsEmpty());
+    EXPECT_EQ(child.Wait(), 0);
+    EXPECT_EQ(another.Wait(), 0);
+    EXPECT_EQ(ReadKey(connection, "child"), "wrote");
+  }
+}
+
+// Who keeps types in memory compares it.
+TEST_F(Restores, CountAsAChangeOfTheTypes) {
+  const auto connection = Connect();
+  const auto generation = [&] {
+    DBStore::AttachSchemaStore(connection);
+    const long value = std::stol(Query(connection, "SELECT Value FROM ss.Generation"));
+    DBStore::DetachSchemaStore(connection);
+    return value;
+  };
+  for (long before = generation(), i = 0; i < 3; ++i) {
+    HostBackup::Restore(backup_, true);
+    const long after = generation();
+    EXPECT_GT(after, before);
+    before = after;
+  }
 }
 
 TEST_F(Restores, MendEverythingThatTheStoresSayIsMendedByABackup) {
@@ -108,6 +128,14 @@ TEST_F(Restores, MendEverythingThatTheStoresSayIsMendedByABackup) {
     }
     ++number;
   }
+}
+
+TEST_F(Restores, MendWhatThisProcessHadOpen) {
+  const std::string command = "rm -f " + store_ + "-*; head -c 50000 /dev/zero >" + store_;
+  ASSERT_TRUE(SetState(2));
+  ASSERT_EQ(std::system(command.c_str()), 0);  // which is no fork to the library
+  EXPECT_EQ(Restoring(backup_), "nothing");
+  EXPECT_EQ(Look(), kFirst);
 }
 
 TEST_F(Restores, TakeTheSizeOfPagesFromTheBackup) {
@@ -258,13 +286,22 @@ TEST_F(Restores, WithoutRoomLeaveEverythingAsItWas) {
     ASSERT_LT(room, 3 * fs::file_size(backup_));
     const TemporaryHost smaller;
     ASSERT_TRUE(SetState(2));
-    status = InChild([&] {
-      signal(SIGXFSZ, SIG_IGN);
-      const rlimit limit = {room, room};
-      setrlimit(RLIMIT_FSIZE, &limit);
-      return Restoring(backup_) == "nothing" ? 0 : 1;
-    });
+    const auto restoreFrom = [&](std::string_view from) {
+      return InChild([=, this] {
+        DBStore::testing::SetHook([=](auto, std::string_view step) {
+          const rlimit limit = {room, RLIM_INFINITY};
+          return step == from ? setrlimit(RLIMIT_FSIZE, &limit) : 0;
+        });
+        signal(SIGXFSZ, SIG_IGN);
+        return Restoring(backup_) == "nothing" ? 0 : 1;
+      });
+    };
+    status = restoreFrom("opening the backup");
     EXPECT_EQ(Look(), status == 0 ? kFirst : kSecond) << room;
+    // The copy of the backup, the largest of all files, is there by then.
+    ASSERT_TRUE(SetState(2));
+    const int later = restoreFrom("locking out writers");
+    EXPECT_EQ(Look(), later == 0 ? kFirst : kSecond) << room;
   }
 }
 
