@@ -56,6 +56,7 @@ TEST_F(Backups, AreOfOneMomentWhileProcessesInstallAndWrite) {
   auto* const ends = static_cast<std::atomic<bool>*>(
       mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
   std::vector<std::unique_ptr<ChildProcess>> children;
+  children.reserve(4);
   for (int child = 0; child < 4; ++child) {
     children.push_back(std::make_unique<ChildProcess>([=] {
       int done = 0;
@@ -170,7 +171,7 @@ TEST_F(Backups, KilledAtAnyStepAreWholeOrTheOldOne) {
 TEST_F(Backups, OfADamagedStoreAreNotMade) {
   InChild([&] {
     std::fstream file(store_, std::ios::in | std::ios::out | std::ios::binary);
-    file.seekp(5 * 4096) << std::string(3000, '\x7f');
+    file.seekp(20480) << std::string(3000, '\x7f');
     return 0;
   });
   EXPECT_THAT(Writing(host_.Root() + "/new"), HasSubstr("damaged"));

@@ -56,7 +56,8 @@ TEST_F(Restores, AreSeenByEverybodyWhoHasTheStoresOpen) {
     ASSERT_TRUE(SetState(2));
     ChildProcess child(open);
     ChildProcess another(open);
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    // A file that was written so long ago is looked at once in a tick only.
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
     ASSERT_EQ(LookThrough(connection), "2.0 2.0");
     DBStore::testing::SetHook([=](auto, std::string_view step) {
       if (step == "completing" || step == "opening the stores" || step == "ending the restore") {
@@ -370,7 +371,7 @@ TEST_F(Restores, LeftUnfinishedHoldUpWhoMayNotCompleteThem) {
   fs::permissions(host_.Root(), fs::perms{0755});
   EXPECT_EQ(AsPlainUser([&] {
               EXPECT_EQ(Connect(), nullptr);
-              const DBStore::LastError error = DBStore::GetLastError();
+              const DBStore::LastError& error = DBStore::GetLastError();
               EXPECT_EQ(error.kind, ErrorKind::PERMISSION);
               EXPECT_THAT(error.message, HasSubstr("is not complete"));
               return HasFailure() ? 1 : 0;

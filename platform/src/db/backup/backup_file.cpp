@@ -20,9 +20,9 @@
 namespace DBStore::internal {
 namespace {
 
-constexpr std::string_view kMagic("TARN CONFIG\r\n\x1a\n", 16);  // its last byte is 0
+constexpr char kMagic[16] = "TARN CONFIG\r\n\x1a\n";
 constexpr std::uint64_t kFormat = 1;
-constexpr std::size_t kBlock = 256 * 1024;
+constexpr std::size_t kBlock = 1U << 18U;
 
 // Both ways through the header, field by field.
 class HeaderWriter {
@@ -109,13 +109,13 @@ void BackupFile::ReadHeader() {
   }
   const auto there = std::min<std::int64_t>(status.st_size, header.size());
   ReadAt(0, header.data(), static_cast<std::size_t>(there));
-  if (std::memcmp(header.data(), kMagic.data(), kMagic.size()) != 0) {
+  if (std::memcmp(header.data(), kMagic, sizeof kMagic) != 0) {
     Refuse("is not a backup of the stores");
   }
   if (there < kAlignment) {
     Refuse("is cut short: it ends within its header");
   }
-  HeaderReader read(header.data() + kMagic.size());
+  HeaderReader read(header.data() + sizeof kMagic);
   const std::uint64_t format = read.Number(4);
   if (format != kFormat) {
     Raise(ErrorKind::NEWER, 0,
@@ -143,8 +143,8 @@ void BackupFile::ReadHeader() {
 
 void BackupFile::Finish() {
   std::array<unsigned char, kAlignment> header{};
-  std::memcpy(header.data(), kMagic.data(), kMagic.size());
-  HeaderWriter write(header.data() + kMagic.size());
+  std::memcpy(header.data(), kMagic, sizeof kMagic);
+  HeaderWriter write(header.data() + sizeof kMagic);
   write.Number(kFormat, 4);
   write.Number(0, 4);
   write.Number(static_cast<std::uint64_t>(created), 8);

@@ -111,7 +111,7 @@ class BothStores {
 };
 
 void TellUnfinished(const std::runtime_error& failure) {
-  const LastError error = GetLastError();
+  const LastError& error = GetLastError();
   ReportFailure(
       error.kind, error.code,
       std::string(kFixedPath) +
