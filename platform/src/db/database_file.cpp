@@ -45,8 +45,8 @@ void Report(ErrorKind kind, int code, const Layout& layout, const std::string& w
 
 void ReportUnreachable(const Layout& layout, const std::string& path, int error) {
   if (error == ENOENT || error == ENOTDIR) {
-    Report(ErrorKind::MISSING, SQLITE_CANTOPEN, layout,
-           std::string("there is no such database; `tarnctl init` makes it, or ") + kRestoreIt);
+    std::string what = "there is no such database; `tarnctl init` makes it, or ";
+    Report(ErrorKind::MISSING, SQLITE_CANTOPEN, layout, what.append(kRestoreIt));
   } else if (error == EACCES || error == EPERM) {
     Report(ErrorKind::PERMISSION, SQLITE_CANTOPEN, layout, MissingReadRight(path));
   } else {
@@ -81,9 +81,9 @@ bool LooksLikeDatabase(const Layout& layout, const std::string& path) {
     return false;
   }
   if (status.st_size == 0) {
-    Report(ErrorKind::CORRUPT, SQLITE_NOTADB, layout,
-           std::string("is empty: its content was lost; ") + kRestoreIt +
-               ", or move it away and run `tarnctl init`");
+    std::string what = "is empty: its content was lost; ";
+    what.append(kRestoreIt).append(", or move it away and run `tarnctl init`");
+    Report(ErrorKind::CORRUPT, SQLITE_NOTADB, layout, what);
     return false;
   }
   return true;
@@ -137,8 +137,9 @@ bool IsReadable(const Layout& layout, const LayoutFound& found) {
     case LayoutFound::UNKNOWN:
       break;
   }
-  Report(ErrorKind::CORRUPT, SQLITE_NOTADB, layout,
-         "has unknown layout version " + std::to_string(found.version) + "; " + kRestoreIt);
+  std::string what = "has unknown layout version ";
+  what.append(std::to_string(found.version)).append("; ").append(kRestoreIt);
+  Report(ErrorKind::CORRUPT, SQLITE_NOTADB, layout, what);
   return false;
 }
 
