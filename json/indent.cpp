@@ -5,17 +5,34 @@
 namespace Json {
 namespace {
 
-// The place after the string that begins at `start`.
-std::size_t EndOfString(std::string_view text, std::size_t start) {
-  std::size_t at = text.find_first_of("\"\\", start + 1);
-  while (at < text.size() && text[at] == '\\') {
-    at = text.find_first_of("\"\\", at + 2);
-  }
-  return at < text.size() ? at + 1 : text.size();
-}
-
 bool IsBlank(char c) {
   return c == ' ' || c == '\n' || c == '\r' || c == '\t';
+}
+
+// The place after the string that begins at `start`.
+std::size_t EndOfString(std::string_view text, std::size_t start) {
+  for (std::size_t end = text.find('"', start + 1); end != std::string_view::npos;
+       end = text.find('"', end + 1)) {
+    // A quote after an odd number of backslashes is a part of the string.
+    std::size_t before = end;
+    while (text[before - 1] == '\\') {
+      --before;
+    }
+    if ((end - before) % 2 == 0) {
+      return end + 1;
+    }
+  }
+  return text.size();
+}
+
+// The place after the number or word that begins at `start`.
+std::size_t EndOfPlain(std::string_view text, std::size_t start) {
+  std::size_t end = start + 1;
+  while (end < text.size() && text[end] != ',' && text[end] != '}' && text[end] != ']' &&
+         !IsBlank(text[end])) {
+    ++end;
+  }
+  return end;
 }
 
 }  // namespace
@@ -58,15 +75,16 @@ void AppendIndented(std::string_view text, unsigned level, std::string& out) {
         out += ": ";
         ++at;
         break;
-      case '"': {
-        const std::size_t end = EndOfString(text, at);
-        out.append(text, at, end - at);
-        at = end;
-        break;
-      }
-      default:  // a closing bracket, or a part of a number or a word
+      case '}':
+      case ']':
         out += c;
         ++at;
+        break;
+      default: {
+        const std::size_t end = c == '"' ? EndOfString(text, at) : EndOfPlain(text, at);
+        out.append(text, at, end - at);
+        at = end;
+      }
     }
   }
 }

@@ -8,6 +8,7 @@
 #include "errors/parse_failures.h"
 #include "errors/raise.h"
 #include "json/json_doc.h"
+#include "json/scan.h"
 #include "json/secrets.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/generated_ids.h"
@@ -35,6 +36,23 @@ std::string Quoted(std::string_view text) {
   Json::Serialize(Json::Reference(text), json);
   return json;
 }
+
+// Looks whether an object has a member; of any name where it needs none.
+class IdSearch final : public Json::MemberReceiver {
+ public:
+  explicit IdSearch(std::string_view name) : name_(name), found_(name.empty()) {}
+  bool Found() const { return found_; }
+
+  bool Wants(std::string_view name) override {
+    found_ = found_ || name == name_;
+    return false;
+  }
+  void Receive(const Json::Value& /*value*/) override {}
+
+ private:
+  std::string_view name_;
+  bool found_;
+};
 
 class Export {
  public:
@@ -77,9 +95,14 @@ class Export {
         return;
       }
       const bool isInstance = type_->IsNonSingleton();
-      const std::string json =
-          Shown(row.Text("Value"), id, writer_.PointerTo(id, isInstance), kSectionNames[section]);
-      writer_.AddObject(id, isInstance, json);
+      const std::string_view text = row.Text("Value");
+      if (IsShownAsItIs(text, id)) {
+        writer_.AddObject(id, isInstance, text);
+      } else {
+        writer_.AddObject(
+            id, isInstance,
+            Shown(text, id, writer_.PointerTo(id, isInstance), kSectionNames[section]));
+      }
       report_.objects += section == 0 ? 1 : 0;
     });
     writer_.EndObjects();
@@ -188,6 +211,17 @@ class Export {
       report_.unknown.push_back(id);
     }
     return false;
+  }
+
+  // Whether a row's text is sound, and nothing in it is to be masked, to go or to be added.
+  bool IsShownAsItIs(std::string_view text, const ConfigStoreObjectId& id) const {
+    const Json::SchemaPlace place = type_->GetSchemaPlace();
+    if ((!options_.reveal && place.HoldsSecrets()) ||
+        (!options_.allParts && place.HoldsGeneratedIds())) {
+      return false;
+    }
+    IdSearch search(id.instanceId.empty() ? std::string_view() : place.InstanceIdMember());
+    return Json::ScanMembers(text, search) && search.Found();
   }
 
   // A row's text as the document has it.
