@@ -26,7 +26,9 @@ std::vector<DriftObject> ComputeDrift(std::string_view text, const DriftOptions&
   std::vector<DriftObject> objects;
   DriftBuilder drift(document.IsOfUserOnly(), options.reveal);
   for (const DocumentPlan::PlannedStep& step : plan.Steps()) {
-    objects.push_back(drift.Of(step));
+    if (step.step != DocumentPlan::Step::CLEAR) {
+      objects.push_back(drift.Of(step));
+    }
   }
   for (const DocumentPlan::PlannedRecord& record : plan.Records()) {
     objects.push_back(drift.Of(record));

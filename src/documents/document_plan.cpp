@@ -42,10 +42,6 @@ bool SaysTheSame(const ObjectHandle& a, const ObjectHandle& b) {
                                  Internal::Access::Of(*b).GetRoot());
 }
 
-std::optional<StoredRow> Copied(const StoredRow* row) {
-  return row == nullptr ? std::nullopt : std::optional(*row);
-}
-
 ConfigStoreObjectId InstanceOf(const ConfigStoreObjectId& type, const std::string& instanceId) {
   return {type.key, type.group, type.component, instanceId};
 }
@@ -117,9 +113,12 @@ bool DocumentPlan::Stages(const NamedType& type) const {
 DocumentPlan::Rows DocumentPlan::ReadRows(const NamedType& type,
                                           const DBStore::ConnectionHandle& connection) const {
   Rows rows;
-  const auto keep = [&rows](const StoredRow& row) { rows.emplace(row.instanceId, row); };
+  const auto keep = [&rows](const StoredRow& row) {
+    const auto kept = std::make_shared<const StoredRow>(row);
+    rows.byInstance.emplace(kept->instanceId, kept);
+  };
   if ((mode_.prune && type.inConfig) || type.objects.size() > kFewRows) {
-    ForEachStoredRow(type.id, connection, keep);
+    rows.isWholeType = ForEachStoredRow(type.id, connection, keep) == 0;
     return rows;
   }
   for (const NamedObject& object : type.objects) {
@@ -149,10 +148,11 @@ void DocumentPlan::WorkOnType(const NamedType& type, std::vector<ObjectPlan>& pl
     if (!IsMeant(object.id)) {
       continue;
     }
-    const auto found = rows.find(object.id.instanceId);
-    const StoredRow* stored = found == rows.end() ? nullptr : &found->second;
-    if (std::optional<StoredRow> after = plans[i].After(stored, upgradeContext_)) {
-      Decide(type, object, stored, std::move(*after), staged);
+    const auto found = rows.byInstance.find(object.id.instanceId);
+    const std::shared_ptr<const StoredRow> stored =
+        found == rows.byInstance.end() ? nullptr : found->second;
+    if (std::optional<StoredRow> after = plans[i].After(stored.get(), upgradeContext_)) {
+      Decide(type, object, plans[i], stored, std::move(*after), staged);
     } else {
       Say(object.id, ObjectOutcome::REFUSED, plans[i].TakeFindings());
     }
@@ -166,11 +166,34 @@ void DocumentPlan::WorkOnType(const NamedType& type, std::vector<ObjectPlan>& pl
   if (writes && IsClosedDuringBoot(type.schema, connection)) {
     checkUserContext(true, EXTERNAL);
   }
+  ClearFirst(type, before, rows);
 }
 
-void DocumentPlan::Decide(const NamedType& type, const NamedObject& object, const StoredRow* stored,
-                          StoredRow after, const Staged& staged) {
-  const bool differs = stored == nullptr || !SaysTheSame(*stored, after, !document_.IsOfUserOnly());
+// Replacing rows one by one costs more than deleting all of them at once, where none is to stay as it
+// is. What a row keeps, it is given.
+void DocumentPlan::ClearFirst(const NamedType& type, std::size_t firstStep, const Rows& rows) {
+  const auto first = steps_.begin() + static_cast<std::ptrdiff_t>(firstStep);
+  const auto replaces = [](const PlannedStep& step) {
+    return step.step == Step::WRITE && step.before;
+  };
+  const auto replaced = static_cast<std::size_t>(std::count_if(first, steps_.end(), replaces));
+  if (!rows.isWholeType || replaced <= kFewRows || replaced != rows.byInstance.size()) {
+    return;
+  }
+  for (auto step = first; step != steps_.end(); ++step) {
+    if (replaces(*step)) {
+      step->info.created = step->before->creationTime;
+      step->info.revision = step->before->revision + 1;
+    }
+  }
+  steps_.insert(first, PlannedStep{Step::CLEAR, type.id, type.schema, nullptr});
+}
+
+void DocumentPlan::Decide(const NamedType& type, const NamedObject& object, const ObjectPlan& plan,
+                          const std::shared_ptr<const StoredRow>& stored, StoredRow after,
+                          const Staged& staged) {
+  const bool differs = stored == nullptr || plan.DiffersFromRow() ||
+                       !SaysTheSame(*stored, after, !document_.IsOfUserOnly());
   if (Stages(type)) {
     const auto record = staged.find(object.id.instanceId);
     const bool waits =
@@ -181,7 +204,7 @@ void DocumentPlan::Decide(const NamedType& type, const NamedObject& object, cons
                               MergeSetView(after, &StoredRow::user, object.id, type.schema));
     Say(object.id, waits ? ObjectOutcome::UNCHANGED : ObjectOutcome::STAGED);
     if (!waits) {
-      steps_.push_back({Step::STAGE, object.id, type.schema, Copied(stored), std::move(after)});
+      steps_.push_back({Step::STAGE, object.id, type.schema, stored, std::move(after)});
     }
     return;
   }
@@ -193,8 +216,7 @@ void DocumentPlan::Decide(const NamedType& type, const NamedObject& object, cons
                  : stored == nullptr ? ObjectOutcome::CREATED
                                      : ObjectOutcome::REPLACED);
   if (differs) {
-    steps_.push_back(
-        {Step::WRITE, object.id, type.schema, Copied(stored), std::move(after), object.info});
+    steps_.push_back({Step::WRITE, object.id, type.schema, stored, std::move(after), object.info});
   }
 }
 
@@ -204,9 +226,9 @@ void DocumentPlan::Prune(const NamedType& type, const Rows& rows, const Staged& 
     named.insert(object.id.instanceId);
   }
   std::vector<std::string_view> others;
-  for (const auto& [instanceId, row] : rows) {
+  for (const auto& [instanceId, row] : rows.byInstance) {
     // As far as a document of the user's part could name them.
-    if (row.user && row.confirmed && named.count(instanceId) == 0) {
+    if (row->user && row->confirmed && named.count(instanceId) == 0) {
       others.push_back(instanceId);
     }
   }
@@ -216,12 +238,12 @@ void DocumentPlan::Prune(const NamedType& type, const Rows& rows, const Staged& 
     const auto record = staged.find(id.instanceId);
     if (!Stages(type)) {
       Say(id, ObjectOutcome::REMOVED);
-      steps_.push_back({Step::REMOVE, id, type.schema, rows.at(id.instanceId)});
+      steps_.push_back({Step::REMOVE, id, type.schema, rows.byInstance.at(id.instanceId)});
     } else if (record != staged.end() && ActionFromRow(*record->second) != NextBootAction::SET) {
       Say(id, ObjectOutcome::UNCHANGED);
     } else {
       Say(id, ObjectOutcome::STAGED);
-      steps_.push_back({Step::STAGE_REMOVAL, id, type.schema, rows.at(id.instanceId)});
+      steps_.push_back({Step::STAGE_REMOVAL, id, type.schema, rows.byInstance.at(id.instanceId)});
     }
   }
 }
@@ -245,7 +267,7 @@ void DocumentPlan::RemoveOthers(const DBStore::ConnectionHandle& connection) {
   });
   for (const ConfigStoreObjectId& id : others) {
     VisitStoredRow(id, connection, [&](const StoredRow& row) {
-      PlannedStep step{Step::REMOVE, id, FindSchema(id), row};
+      PlannedStep step{Step::REMOVE, id, FindSchema(id), std::make_shared<const StoredRow>(row)};
       if (userOnly) {
         step.row = row;
         step.row.user.reset();
@@ -265,6 +287,9 @@ void DocumentPlan::Write(const DBStore::ConnectionHandle& connection) const {
       case Step::WRITE:
         WriteImportedRow(step.id, step.row, step.info.created, step.info.revision.value_or(1),
                          connection);
+        break;
+      case Step::CLEAR:
+        DeleteInstancesInternal(step.id, connection);
         break;
       case Step::REMOVE:
         DeleteInternal(step.id, connection);

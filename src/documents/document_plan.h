@@ -12,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -22,14 +23,14 @@ namespace TarnConfigStore {
 /// moment of the store, then perhaps Write in the same transaction.
 class DocumentPlan {
  public:
-  enum class Step { WRITE, REMOVE, STAGE, STAGE_REMOVAL };
+  enum class Step { WRITE, REMOVE, STAGE, STAGE_REMOVAL, CLEAR };
   struct PlannedStep {
     Step step;
     ConfigStoreObjectId id;
-    SchemaHandle schema;              ///< empty when the type is not installed
-    std::optional<StoredRow> before;  ///< nothing where there is no row
-    StoredRow row = {};               ///< to be written or staged
-    RowInfo info = {};                ///< of a new row
+    SchemaHandle schema;                      ///< empty when the type is not installed
+    std::shared_ptr<const StoredRow> before;  ///< empty where there is no row
+    StoredRow row = {};                       ///< to be written or staged
+    RowInfo info = {};                        ///< of a new row
   };
   /// A change that is to be staged, or one that is to be taken back.
   struct PlannedRecord {
@@ -59,7 +60,10 @@ class DocumentPlan {
   std::vector<ConfigStoreObjectId> Changed() const;
 
  private:
-  using Rows = std::unordered_map<std::string, StoredRow>;
+  struct Rows {
+    std::unordered_map<std::string_view, std::shared_ptr<const StoredRow>> byInstance;
+    bool isWholeType = false;  // there are no others
+  };
   using Staged = std::unordered_map<std::string, std::shared_ptr<RowMap>>;
 
   Rows ReadRows(const NamedType& type, const DBStore::ConnectionHandle& connection) const;
@@ -67,8 +71,10 @@ class DocumentPlan {
   bool Stages(const NamedType& type) const;
   void WorkOnType(const NamedType& type, std::vector<ObjectPlan>& plans,
                   const DBStore::ConnectionHandle& connection);
-  void Decide(const NamedType& type, const NamedObject& object, const StoredRow* stored,
-              StoredRow after, const Staged& staged);
+  void Decide(const NamedType& type, const NamedObject& object, const ObjectPlan& plan,
+              const std::shared_ptr<const StoredRow>& stored, StoredRow after,
+              const Staged& staged);
+  void ClearFirst(const NamedType& type, std::size_t firstStep, const Rows& rows);
   void Prune(const NamedType& type, const Rows& rows, const Staged& staged);
   void RemoveOthers(const DBStore::ConnectionHandle& connection);
   void WorkOnRecords(const DBStore::ConnectionHandle& connection);

@@ -170,11 +170,16 @@ std::optional<StoredRow> ObjectPlan::After(const StoredRow* stored, int upgradeC
   return Replaced(stored, upgradeContext);
 }
 
-// Told by the text: what differs in it is looked at more closely.
-bool ObjectPlan::IsStored(const StoredRow& stored) const {
-  std::string text;
-  return !IsDivided() && stored.confirmed && stored.user &&
-         Json::Serialize(*object_.Of(Section::USER).value, text) && text == *stored.user;
+bool ObjectPlan::IsStored(const StoredRow& stored) {
+  const Json::Value& given = *object_.Of(Section::USER).value;
+  if (IsDivided() || !stored.confirmed || !stored.user || !Json::Serialize(given, text_)) {
+    return false;
+  }
+  Json::Document known;
+  const bool same =
+      text_ == *stored.user || (Json::Parse(*stored.user, known) && Json::Equal(given, known));
+  differs_ = !same;
+  return same;
 }
 
 // What is stored of a section; where a document has no other, that is the whole object.
@@ -384,14 +389,22 @@ std::optional<StoredRow> ObjectPlan::Merged(const StoredRow& stored, int upgrade
 }
 
 StoredRow ObjectPlan::WithParts(const StoredRow* stored) const {
-  StoredRow row = stored == nullptr ? StoredRow() : *stored;
-  row.instanceId = object_.id.instanceId;
   if (!IsDivided()) {
+    const StoredRow none;
+    const StoredRow& kept = stored == nullptr ? none : *stored;
+    StoredRow row;
     row.user = given_.user;
-    row.vital = given_.vital ? given_.vital : row.vital;
-    row.cached = given_.cached ? given_.cached : row.cached;
+    row.automatic = kept.automatic;
+    row.vital = given_.vital ? given_.vital : kept.vital;
+    row.cached = given_.cached ? given_.cached : kept.cached;
+    row.pending = kept.pending;
+    row.instanceId = object_.id.instanceId;
+    row.confirmed = kept.confirmed;
     return row;
   }
+  StoredRow row = stored == nullptr ? StoredRow() : *stored;
+  row.instanceId = object_.id.instanceId;
+
   const auto replace = [this](Section section, std::optional<std::string>& text,
                               const std::optional<std::string>& given) {
     if (document_.SpeaksOf(section)) {
@@ -411,8 +424,8 @@ StoredRow ObjectPlan::Replaced(const StoredRow* stored, int upgradeContext) cons
   StoredRow row = WithParts(stored);
   row.version = object_.info.version && stored == nullptr ? *object_.info.version
                                                           : type_.schema->GetVersion();
-  const bool stays =
-      stored != nullptr && stored->confirmed && HoldTheSame(row.user, stored->user, false);
+  const bool stays = stored != nullptr && stored->confirmed && !DiffersFromRow() &&
+                     HoldTheSame(row.user, stored->user, false);
   if (!IsDivided() && !stays) {
     row.pending.reset();
     row.confirmed =

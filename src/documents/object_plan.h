@@ -41,6 +41,9 @@ class ObjectPlan {
   /// \param upgradeContext  what ReadUpgradeContext answered
   std::optional<StoredRow> After(const StoredRow* stored, int upgradeContext);
 
+  /// It is known already that the row is to change; otherwise they have to be compared.
+  bool DiffersFromRow() const { return differs_ && given_.user == text_; }
+
   /// Each field is a JSON Pointer into the document.
   const std::vector<ErrorInfo>& Findings() const { return findings_; }
   std::vector<ErrorInfo> TakeFindings() { return std::move(findings_); }
@@ -53,7 +56,7 @@ class ObjectPlan {
   StoredRow Replaced(const StoredRow* stored, int upgradeContext) const;
   StoredRow WithParts(const StoredRow* stored) const;
 
-  bool IsStored(const StoredRow& stored) const;
+  bool IsStored(const StoredRow& stored);
   ObjectHandle Known(Section section, const StoredRow* stored) const;
   ObjectHandle MakeGiven(Section section, const StoredRow* stored);
   void RestoreMasks(const ObjectHandle& object, Section section, const StoredRow* stored);
@@ -69,6 +72,8 @@ class ObjectPlan {
   const NamedObject& object_;
   const DocumentMode& mode_;
   bool judged_ = false;
+  std::string text_;      // of the data in the document, once it was held against the row's
+  bool differs_ = false;  // from that
   std::vector<ErrorInfo> findings_;
   ColumnValues given_;                  // the parts, as they are to be written
   std::optional<std::string> pending_;  // the same of what waits

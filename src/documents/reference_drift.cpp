@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <tuple>
 
 namespace TarnConfigStore {
@@ -26,7 +27,7 @@ struct Less {
 };
 
 struct States {
-  std::optional<StoredRow> now;
+  std::shared_ptr<const StoredRow> now;
   std::optional<StoredRow> reference;
 };
 
@@ -42,7 +43,8 @@ class Reference {
       const ConfigStoreObjectId id = IdFromRow(row);
       if (const SchemaHandle type = TypeOf(id)) {
         VisitStoredRow(id, connection_, [&](const StoredRow& stored) {
-          objects_.emplace(id, States{stored, ReferenceOf(stored, type)});
+          objects_.emplace(
+              id, States{std::make_shared<const StoredRow>(stored), ReferenceOf(stored, type)});
         });
       } else {
         CSLogger::Log(CSLogger::kProblem, "Not compared, its type is not installed: %s",

@@ -45,7 +45,8 @@ void Write(const ConfigStoreObjectId& type, const std::string& version, const De
   }
 }
 
-void HandOn(const RowMap& row, std::string instanceId,
+// Answers whether the row holds a value.
+bool HandOn(const RowMap& row, std::string instanceId,
             const std::function<void(const StoredRow&)>& receiver) {
   const auto text = [&row](std::string_view column) {
     const auto found = row.Find(column);
@@ -59,10 +60,15 @@ void HandOn(const RowMap& row, std::string instanceId,
   stored.pending = text("DesiredValue");
   stored.instanceId = std::move(instanceId);
   stored.version = row.Text("Version");
+  stored.creationTime = row.Text("CreationTime");
+  stored.revision = RevisionFrom(std::string(row.Text("Revision")).c_str());
   stored.confirmed = row.Text("Success") == "1";
-  if (stored.user || stored.automatic || stored.vital || stored.cached || stored.pending) {
+  const bool holds =
+      stored.user || stored.automatic || stored.vital || stored.cached || stored.pending;
+  if (holds) {
     receiver(stored);
   }
+  return holds;
 }
 
 }  // namespace
@@ -96,11 +102,14 @@ int CountStoredInstances(const ConfigStoreObjectId& type,
   return count;
 }
 
-void ForEachStoredRow(const ConfigStoreObjectId& type, const DBStore::ConnectionHandle& connection,
-                      const std::function<void(const StoredRow&)>& receiver) {
-  ForEachRow(connection, GET_INSTANCES.Text(), type, [&receiver](const RowMap& row) {
-    HandOn(row, std::string(row.Text("Identifier")), receiver);
+std::size_t ForEachStoredRow(const ConfigStoreObjectId& type,
+                             const DBStore::ConnectionHandle& connection,
+                             const std::function<void(const StoredRow&)>& receiver) {
+  std::size_t without = 0;
+  ForEachRow(connection, GET_INSTANCES.Text(), type, [&](const RowMap& row) {
+    without += HandOn(row, std::string(row.Text("Identifier")), receiver) ? 0U : 1U;
   });
+  return without;
 }
 
 void VisitStoredRow(const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection,

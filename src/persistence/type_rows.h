@@ -9,6 +9,7 @@
 #include "objects/division.h"
 #include "persistence/row_map.h"
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
@@ -39,13 +40,16 @@ struct StoredRow : ColumnValues {
   std::optional<std::string> pending;
   std::string instanceId;
   std::string version;
+  std::string creationTime;
+  int revision = 0;
   bool confirmed = true;
 };
 
-/// Hands on each row of a type that holds a value, in the order of the instance ids. Raises as
-/// CountStoredInstances.
-void ForEachStoredRow(const ConfigStoreObjectId& type, const DBStore::ConnectionHandle& connection,
-                      const std::function<void(const StoredRow&)>& receiver);
+/// Hands on each row of a type that holds a value, in the order of the instance ids. Answers how many
+/// there are that hold none. Raises as CountStoredInstances.
+std::size_t ForEachStoredRow(const ConfigStoreObjectId& type,
+                             const DBStore::ConnectionHandle& connection,
+                             const std::function<void(const StoredRow&)>& receiver);
 
 /// The same for one row, where it is there and holds a value. Raises ConfigStoreException 2000 "Get
 /// failed: IDENTIFIER".
