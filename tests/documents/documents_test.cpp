@@ -2,6 +2,7 @@
 
 #include "tarnconfigstore/drift.h"
 
+#include "support/child_process.h"
 #include "support/next_boot_fixture.h"
 
 #include <sstream>
@@ -46,6 +47,7 @@ class Documents : public TestSupport::NextBootFixture {
         "ifnull(VitalValue,'-'), ifnull(CachedValue,'-'), ifnull(DesiredValue,'-'), Success, "
         "Revision, CreationTime FROM Config ORDER BY Component, ConfigGroup, Name, Identifier");
   }
+  static constexpr int kKilled = 42;
   static std::string Import(const std::string& document, ImportMode mode = ImportMode::MERGE,
                             bool check = false) {
     return ImportConfig(document, {.mode = mode, .check = check}).ToJson();
@@ -365,6 +367,46 @@ TEST_F(Documents, ChangesOfTypesThatNeedARebootAreStagedOnRequest) {
   // Staged changes of the host's own come back to what the document says.
   nextBoot_->Set(Mtu("a", 5));
   EXPECT_EQ(apply(false), R"([{"object":"tarn/test/many-switch/a","outcome":"staged"}])");
+}
+
+TEST_F(Documents, AKillAtAnyStepLeavesBeforeOrAfter) {
+  const std::string stored = Config(
+      R"("plain":{"name":"x"},"switch":[{"name":"a","mtu":1,"serial":"s"},{"name":"b","mtu":1}])");
+  const std::string wanted = R"({"format":1,"config":{"tarn":{"test":{"plain":{"name":"y"},)"
+                             R"("switch":[{"name":"a","mtu":2},{"name":"c","mtu":3}],)"
+                             R"("many-switch":[{"name":"m","mtu":4}]}}}})";
+  const std::vector<std::function<void()>> calls = {
+      [&] { ImportConfig(wanted, {.mode = ImportMode::REPLACE_ALL}); },
+      [&] { ApplyConfig(wanted, {.prune = true, .stage = true}); }};
+  for (const auto& call : calls) {
+    ImportConfig(stored, {.mode = ImportMode::REPLACE_ALL});
+    database_.Run("DELETE FROM DesiredUserConfig");
+    const auto state = [this] { return database_.Rows() + "|" + database_.Staged(); };
+    std::vector<std::string> seen = {state()};
+    int kills = 0;
+    for (int status = kKilled; status == kKilled; ++kills) {
+      status = TestSupport::InChild([&] {
+        int countdown = kills;
+        DBStore::testing::SetHook([&](Operation /*asked*/, std::string_view /*detail*/) {
+          if (countdown-- == 0) {
+            _exit(kKilled);
+          }
+          return 0;
+        });
+        call();
+        _exit(0);
+        return 0;
+      });
+      ASSERT_TRUE(status == 0 || status == kKilled) << status;
+      if (state() != seen.back()) {
+        seen.push_back(state());
+      }
+    }
+    // Before, and from the commit on after; what follows it is announced.
+    EXPECT_EQ(seen.size(), 2U);
+    EXPECT_GT(kills, 10);
+    EXPECT_EQ(seen.back().find("\"x\""), std::string::npos);
+  }
 }
 
 TEST_F(Documents, DriftIsToldMemberByMember) {
