@@ -73,6 +73,9 @@ ParseResult Parse(std::string_view text, Document& into, Origin origin = Origin:
 /// not UTF-8, or a number that is not finite.
 bool Serialize(const Value& value, std::string& text);
 
+/// A text as a JSON string; an empty one for what is not UTF-8.
+std::string Quoted(std::string_view text);
+
 /// The member of an object, or null where the value is no object or has no such member. Never
 /// asserts.
 const Value* FindMember(const Value& object, std::string_view name);

@@ -45,6 +45,12 @@ void AppendToken(std::string& pointer, std::string_view name) {
   }
 }
 
+std::string PointerBelow(std::string_view pointer, std::string_view name) {
+  std::string below(pointer);
+  AppendToken(below, name);
+  return below;
+}
+
 std::optional<std::vector<std::string>> ParsePointer(std::string_view pointer) {
   std::vector<std::string> names;
   while (!pointer.empty()) {

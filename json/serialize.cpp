@@ -67,4 +67,10 @@ bool Serialize(const Value& value, std::string& text) {
   return true;
 }
 
+std::string Quoted(std::string_view text) {
+  std::string json;
+  Serialize(Reference(text), json);
+  return json;
+}
+
 }  // namespace Json

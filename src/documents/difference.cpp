@@ -13,12 +13,6 @@
 namespace TarnConfigStore {
 namespace {
 
-std::string Below(const std::string& pointer, std::string_view name) {
-  std::string below = pointer;
-  Json::AppendToken(below, name);
-  return below;
-}
-
 // The member that tells the elements apart for people; empty where they have none.
 std::string_view IdMember(Json::SchemaPlace list) {
   const std::string_view member = list.Items().InstanceIdMember();
@@ -73,13 +67,13 @@ class Comparison {
       const std::string_view name = Json::Text(member.name);
       if (!IsGenerated(name, place)) {
         Compare(&member.value, Json::FindMember(found, name), place.Property(name),
-                Below(pointer, name));
+                Json::PointerBelow(pointer, name));
       }
     }
     for (const auto& member : found.GetObject()) {
       const std::string_view name = Json::Text(member.name);
       if (!IsGenerated(name, place) && Json::FindMember(expected, name) == nullptr) {
-        Compare(nullptr, &member.value, place.Property(name), Below(pointer, name));
+        Compare(nullptr, &member.value, place.Property(name), Json::PointerBelow(pointer, name));
       }
     }
   }
@@ -108,14 +102,14 @@ class Comparison {
     for (rapidjson::SizeType i = 0; i < expected.Size(); ++i) {
       const auto at = places.find(wanted[i]);
       Compare(&expected[i], at == places.end() ? nullptr : &found[at->second], place.Items(),
-              Below(pointer, wanted[i]));
+              Json::PointerBelow(pointer, wanted[i]));
       if (at != places.end()) {
         places.erase(at);
       }
     }
     for (rapidjson::SizeType i = 0; i < found.Size(); ++i) {
       if (places.count(there[i]) != 0) {
-        Compare(nullptr, &found[i], place.Items(), Below(pointer, there[i]));
+        Compare(nullptr, &found[i], place.Items(), Json::PointerBelow(pointer, there[i]));
       }
     }
     return true;

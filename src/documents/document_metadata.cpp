@@ -18,12 +18,6 @@ constexpr const char* kNoText = "INCORRECT TYPE: expected string.";
 constexpr const char* kNoObject = "INCORRECT TYPE: expected object.";
 constexpr const char* kNoList = "INCORRECT TYPE: expected array.";
 
-std::string Below(const std::string& pointer, std::string_view name) {
-  std::string below = pointer;
-  Json::AppendToken(below, name);
-  return below;
-}
-
 // "YYYY-MM-DD HH:MM:SS", as far as its form goes.
 bool IsTime(std::string_view text) {
   constexpr std::string_view kForm = "dddd-dd-dd dd:dd:dd";
@@ -42,7 +36,7 @@ class Members {
     for (const auto& member : object_.GetObject()) {
       const std::string_view name = Json::Text(member.name);
       if (std::find(names.begin(), names.end(), name) == names.end()) {
-        findings_.push_back({Below(pointer_, name), "is not known here"});
+        findings_.push_back({Json::PointerBelow(pointer_, name), "is not known here"});
       }
     }
   }
@@ -71,7 +65,7 @@ class Members {
   }
 
   void Add(const char* name, std::string error) {
-    findings_.push_back({Below(pointer_, name), std::move(error)});
+    findings_.push_back({Json::PointerBelow(pointer_, name), std::move(error)});
   }
 
  private:
@@ -83,7 +77,7 @@ class Members {
 }  // namespace
 
 void DocumentReader::ReadMetadata(const Json::Value& metadata) {
-  Members members(metadata, Below("", kMetadataName), document_.findings);
+  Members members(metadata, Json::PointerBelow("", kMetadataName), document_.findings);
   members.AllowOnly({kPartsName, kRedactedName, kObjectsName});
   if (const Json::Value* parts = members.Find(kPartsName)) {
     ReadParts(*parts);
@@ -94,7 +88,7 @@ void DocumentReader::ReadMetadata(const Json::Value& metadata) {
 }
 
 void DocumentReader::ReadParts(const Json::Value& parts) {
-  const std::string pointer = Below(Below("", kMetadataName), kPartsName);
+  const std::string pointer = Json::PointerBelow(Json::PointerBelow("", kMetadataName), kPartsName);
   document_.parts = {};
   if (!parts.IsArray()) {
     Add(pointer, kNoList);
@@ -110,7 +104,7 @@ void DocumentReader::ReadParts(const Json::Value& parts) {
     } else if (part.IsString() && Json::Text(part) == kStagedName) {
       document_.speaksOfStaged = true;
     } else {
-      Add(Below(pointer, std::to_string(index)),
+      Add(Json::PointerBelow(pointer, std::to_string(index)),
           "is none of \"user\", \"automatic\", \"vital\", \"cached\", \"pending\" and \"staged\"");
     }
     ++index;
@@ -121,7 +115,8 @@ void DocumentReader::ReadParts(const Json::Value& parts) {
 }
 
 void DocumentReader::ReadRedacted(const Json::Value& redacted) {
-  const std::string pointer = Below(Below("", kMetadataName), kRedactedName);
+  const std::string pointer =
+      Json::PointerBelow(Json::PointerBelow("", kMetadataName), kRedactedName);
   if (!redacted.IsArray()) {
     Add(pointer, kNoList);
     return;
@@ -131,7 +126,7 @@ void DocumentReader::ReadRedacted(const Json::Value& redacted) {
     if (place.IsString()) {
       document_.redacted.emplace(Json::Text(place));
     } else {
-      Add(Below(pointer, std::to_string(index)), kNoText);
+      Add(Json::PointerBelow(pointer, std::to_string(index)), kNoText);
     }
     ++index;
   }
@@ -145,7 +140,7 @@ void DocumentReader::ReadInfo(const ConfigStoreObjectId& type, const Json::Value
   }
   int index = 0;
   for (const Json::Value& element : value.GetArray()) {
-    ReadOneInfo(type, element, Below(pointer, std::to_string(index++)));
+    ReadOneInfo(type, element, Json::PointerBelow(pointer, std::to_string(index++)));
   }
 }
 
@@ -194,7 +189,7 @@ void DocumentReader::ReadStaged(const ConfigStoreObjectId& type, const Json::Val
   }
   int index = 0;
   for (const Json::Value& element : value.GetArray()) {
-    ReadChange(type, element, Below(pointer, std::to_string(index++)));
+    ReadChange(type, element, Json::PointerBelow(pointer, std::to_string(index++)));
   }
 }
 

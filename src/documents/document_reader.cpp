@@ -10,22 +10,6 @@
 #include <utility>
 
 namespace TarnConfigStore {
-namespace {
-
-std::string Below(const std::string& pointer, std::string_view name) {
-  std::string below = pointer;
-  Json::AppendToken(below, name);
-  return below;
-}
-
-std::string Quoted(std::string_view text) {
-  std::string quoted = "\"";
-  quoted.append(Json::Utf8::Escaped(text)).append("\"");
-  return quoted;
-}
-
-}  // namespace
-
 DocumentReader::DocumentReader(ConfigDocument& document)
     : document_(document), schemas_(TarnSchemaStore::SchemaStore::GetCache()) {}
 
@@ -64,7 +48,7 @@ void DocumentReader::CheckFormat(const Json::Value& root) {
   if (format == nullptr) {
     Add("/", "has no \"format\"; a document of this form says \"format\": 1");
   } else if (!format->IsInt() || format->GetInt() != kDocumentFormat) {
-    Add(Below("", kFormatName), "is not 1, the only format that is read here");
+    Add(Json::PointerBelow("", kFormatName), "is not 1, the only format that is read here");
   }
 }
 
@@ -73,9 +57,9 @@ void DocumentReader::CheckMembers(const Json::Value& root) {
     const std::string_view name = Json::Text(member.name);
     const bool isSection = name == kStagedName || FindSection(name);
     if (!isSection && name != kFormatName && name != kMetadataName) {
-      Add(Below("", name), "is no member of a document");
+      Add(Json::PointerBelow("", name), "is no member of a document");
     } else if (name != kFormatName && !member.value.IsObject()) {
-      Add(Below("", name), "INCORRECT TYPE: expected object.");
+      Add(Json::PointerBelow("", name), "INCORRECT TYPE: expected object.");
     }
   }
   if (Json::FindMember(root, kSectionNames[0]) == nullptr) {
@@ -90,24 +74,25 @@ void DocumentReader::ReadSections(const Json::Value& root) {
       continue;
     }
     if (!document_.parts[i]) {
-      Add(Below("", kSectionNames[i]), std::string("does not belong to the document: \"parts\" of "
-                                                   "its metadata does not have \"") +
-                                           kPartNames[i] + "\"");
+      Add(Json::PointerBelow("", kSectionNames[i]),
+          std::string("does not belong to the document: \"parts\" of "
+                      "its metadata does not have \"") +
+              kPartNames[i] + "\"");
       continue;
     }
-    ForEachType(*section, Below("", kSectionNames[i]),
+    ForEachType(*section, Json::PointerBelow("", kSectionNames[i]),
                 [&](const auto& type, const auto& value, const auto& pointer) {
                   ReadType(static_cast<Section>(i), type, value, pointer);
                 });
   }
   if (const Json::Value* staged = Json::FindMember(root, kStagedName)) {
     if (!document_.speaksOfStaged) {
-      Add(Below("", kStagedName),
+      Add(Json::PointerBelow("", kStagedName),
           "does not belong to the document: \"parts\" of its metadata does "
           "not have \"staged\"");
       return;
     }
-    ForEachType(*staged, Below("", kStagedName),
+    ForEachType(*staged, Json::PointerBelow("", kStagedName),
                 [this](const auto& type, const auto& value, const auto& pointer) {
                   ReadStaged(type, value, pointer);
                 });
@@ -124,7 +109,7 @@ void DocumentReader::ForEachType(const Json::Value& section, const std::string& 
     }
     for (const auto& member : value.GetObject()) {
       const std::string_view name = Json::Text(member.name);
-      receive(name, member.value, Below(place, name));
+      receive(name, member.value, Json::PointerBelow(place, name));
     }
   };
   forEachMember(section, pointer, [&](auto component, const auto& groups, const auto& there) {
@@ -187,27 +172,29 @@ void DocumentReader::ReadInstances(Section section, NamedType& type, const Json:
   std::int32_t index = -1;
   for (const Json::Value& element : list.GetArray()) {
     ++index;
-    const auto place = [&] { return Below(pointer, std::to_string(index)); };
+    const auto place = [&] { return Json::PointerBelow(pointer, std::to_string(index)); };
     if (!element.IsObject()) {
       Add(place(), "INCORRECT TYPE: expected object.");
       continue;
     }
     const Json::Value* id = Json::FindMember(element, idMember);
     if (id == nullptr || !id->IsString()) {
-      Add(Below(place(), idMember), id == nullptr ? "is missing: it holds the instance id"
-                                                  : "INCORRECT TYPE: expected string.");
+      Add(Json::PointerBelow(place(), idMember), id == nullptr
+                                                     ? "is missing: it holds the instance id"
+                                                     : "INCORRECT TYPE: expected string.");
       continue;
     }
     if (!Json::IsInstanceId(Json::Text(*id))) {
-      Add(Below(place(), idMember),
+      Add(Json::PointerBelow(place(), idMember),
           "is no instance id: 1 to 255 bytes of UTF-8 without control characters");
       continue;
     }
     NamedObject::Part& part =
         ObjectOf(type, std::string(Json::Text(*id))).parts[static_cast<std::size_t>(section)];
     if (part.value != nullptr) {
-      Add(Below(place(), idMember), "is the id of element " + std::to_string(part.index) +
-                                        ", too: " + Quoted(Json::Text(*id)));
+      Add(Json::PointerBelow(place(), idMember), "is the id of element " +
+                                                     std::to_string(part.index) +
+                                                     ", too: " + Json::Quoted(Json::Text(*id)));
       continue;
     }
     part = {&element, index};

@@ -11,12 +11,6 @@ namespace {
 
 constexpr std::size_t kPiece = 64 * 1024;
 
-std::string Quoted(std::string_view text) {
-  std::string json;
-  Json::Serialize(Json::Reference(text), json);
-  return json;
-}
-
 }  // namespace
 
 DocumentWriter::DocumentWriter(const std::function<void(std::string_view)>& write)
@@ -35,7 +29,7 @@ void DocumentWriter::BeginMember(std::string_view name) {
   }
   isFirst_ = false;
   Json::AppendLine(level_, out_);
-  out_.append(Quoted(name)).append(": ");
+  out_.append(Json::Quoted(name)).append(": ");
 }
 
 void DocumentWriter::Open(std::string_view name) {

@@ -2,6 +2,7 @@
 
 #include "documents/difference.h"
 #include "documents/sections.h"
+#include "documents/staged_parts.h"
 #include "json/secrets.h"
 #include "objects/generated_ids.h"
 #include "persistence/next_boot_records.h"
@@ -34,10 +35,10 @@ struct NamedPart {
 };
 
 // Those that hide others come first.
-constexpr std::array<NamedPart, 4> kParts = {{{kPartNames[0], &StoredRow::user},
-                                              {kPartNames[2], &StoredRow::vital},
-                                              {kPartNames[3], &StoredRow::cached},
-                                              {kPartNames[1], &StoredRow::automatic}}};
+constexpr std::array<NamedPart, 4> kPartsOfRow = {{{kPartNames[0], &StoredRow::user},
+                                                   {kPartNames[2], &StoredRow::vital},
+                                                   {kPartNames[3], &StoredRow::cached},
+                                                   {kPartNames[1], &StoredRow::automatic}}};
 
 }  // namespace
 
@@ -50,7 +51,7 @@ DriftObject DriftBuilder::Of(const DocumentPlan::PlannedStep& step) {
   const StoredRow& after = removes ? none : step.row;
   // Nobody reads an unconfirmed value, so it is none to who does not speak of it.
   const bool confirms = before.user && after.user && before.confirmed != after.confirmed;
-  for (const NamedPart& part : kParts) {
+  for (const NamedPart& part : kPartsOfRow) {
     const bool isUser = part.text == &StoredRow::user;
     Compare(part.name, isUser && confirms && !after.confirmed ? std::nullopt : after.*part.text,
             isUser && confirms && !before.confirmed ? std::nullopt : before.*part.text, before);
@@ -70,14 +71,8 @@ DriftObject DriftBuilder::Of(const DocumentPlan::PlannedRecord& record) {
   members_.clear();
   place_ = {};
   const auto action = [](NextBootAction what) {
-    std::string quoted = "\"";
-    quoted.append(kActionNames[static_cast<std::size_t>(what)]).append("\"");
-    return quoted;
+    return Json::Quoted(kActionNames[static_cast<std::size_t>(what)]);
   };
-  constexpr std::array<std::pair<const char*, std::optional<std::string> ColumnValues::*>, 3>
-      kColumns = {{{"UserValue", &ColumnValues::user},
-                   {"VitalValue", &ColumnValues::vital},
-                   {"CachedValue", &ColumnValues::cached}}};
   const StoredRow none;
   std::optional<std::string> wanted;
   std::optional<std::string> there;
@@ -90,9 +85,9 @@ DriftObject DriftBuilder::Of(const DocumentPlan::PlannedRecord& record) {
   if (wanted != there) {
     members_.push_back({"", wanted, there, kStagedName});
   }
-  for (const auto& [column, text] : kColumns) {
-    const auto found = record.before ? record.before->Find(column) : std::nullopt;
-    Compare(kStagedName, record.values.*text,
+  for (const StagedPart& part : kStagedParts) {
+    const auto found = record.before ? record.before->Find(part.column) : std::nullopt;
+    Compare(kStagedName, record.values.*part.text,
             found ? std::optional<std::string>(*found) : std::nullopt, none);
   }
   return {record.id,
@@ -139,7 +134,7 @@ bool DriftBuilder::IsIdOfObject(const std::string& pointer) const {
 // What is read where the part itself has nothing.
 void DriftBuilder::FindElsewhere(const StoredRow& row, DriftMember& member,
                                  Json::SchemaPlace place) const {
-  for (const NamedPart& other : kParts) {
+  for (const NamedPart& other : kPartsOfRow) {
     if (member.part == other.name) {
       continue;
     }

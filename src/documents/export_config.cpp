@@ -5,6 +5,7 @@
 
 #include "documents/document_writer.h"
 #include "documents/sections.h"
+#include "documents/staged_parts.h"
 #include "errors/parse_failures.h"
 #include "errors/raise.h"
 #include "json/json_doc.h"
@@ -30,12 +31,6 @@ namespace {
 constexpr std::array<const PrefixStatements*, kSections> kValues = {
     &READ_USER_VALUES, &READ_AUTOMATIC_VALUES, &READ_VITAL_VALUES, &READ_CACHED_VALUES,
     &READ_PENDING_VALUES};
-
-std::string Quoted(std::string_view text) {
-  std::string json;
-  Json::Serialize(Json::Reference(text), json);
-  return json;
-}
 
 // Looks whether an object has a member; of any name where it needs none.
 class IdSearch final : public Json::MemberReceiver {
@@ -119,19 +114,17 @@ class Export {
       const std::string pointer = writer_.PointerTo(id, true);
       const NextBootAction action = ActionFromRow(row);
       std::string json = "{\"action\":";
-      json += Quoted(kActionNames[static_cast<std::size_t>(action)]);
+      json += Json::Quoted(kActionNames[static_cast<std::size_t>(action)]);
       const auto add = [&json](const char* name, const std::string& value) {
         json.append(",\"").append(name).append("\":").append(value);
       };
       if (!id.instanceId.empty()) {
-        add(kInstanceName, Quoted(id.instanceId));
+        add(kInstanceName, Json::Quoted(id.instanceId));
       }
-      add(kVersionName, Quoted(row.Text("Version")));
-      constexpr std::pair<const char*, const char*> kParts[] = {
-          {kUserName, "UserValue"}, {kVitalName, "VitalValue"}, {kCachedName, "CachedValue"}};
-      for (const auto& [name, column] : kParts) {
-        if (const auto text = row.Find(column)) {
-          add(name, Shown(*text, id, pointer + "/" + name, kStagedName));
+      add(kVersionName, Json::Quoted(row.Text("Version")));
+      for (const StagedPart& part : kStagedParts) {
+        if (const auto text = row.Find(part.column)) {
+          add(part.name, Shown(*text, id, pointer + "/" + part.name, kStagedName));
         }
       }
       json += '}';
@@ -150,9 +143,9 @@ class Export {
     if (options_.allParts) {
       std::string parts = "[";
       for (const char* part : kPartNames) {
-        parts.append(Quoted(part)).append(",");
+        parts.append(Json::Quoted(part)).append(",");
       }
-      writer_.Add(kPartsName, parts.append(Quoted(kStagedName)).append("]"));
+      writer_.Add(kPartsName, parts.append(Json::Quoted(kStagedName)).append("]"));
     }
     if (!redacted_.empty()) {
       writer_.Add(kRedactedName, redacted_ + "]");
@@ -177,14 +170,14 @@ class Export {
       };
       const bool isInstance = type_->IsNonSingleton();
       if (isInstance) {
-        add(kInstanceName, Quoted(id.instanceId));
+        add(kInstanceName, Json::Quoted(id.instanceId));
       }
       if (const auto created = row.Find("CreationTime")) {
-        add(kCreatedName, Quoted(*created));
+        add(kCreatedName, Json::Quoted(*created));
       }
       const std::string revision(row.Text("Revision"));
       add(kRevisionName, std::to_string(RevisionFrom(revision.c_str())));
-      add(kVersionName, Quoted(row.Text("Version")));
+      add(kVersionName, Json::Quoted(row.Text("Version")));
       if (!confirmed) {
         add(kConfirmedName, "false");
       }
@@ -238,7 +231,7 @@ class Export {
     bool changed = false;
     if (!options_.reveal && place.HoldsSecrets()) {
       Json::MaskSecrets(value, place, allocator, pointer, [&](const std::string& masked) {
-        redacted_.append(redacted_.empty() ? "[" : ",").append(Quoted(masked));
+        redacted_.append(redacted_.empty() ? "[" : ",").append(Json::Quoted(masked));
         changed = true;
       });
     }

@@ -171,8 +171,11 @@ std::optional<StoredRow> ObjectPlan::After(const StoredRow* stored, int upgradeC
 }
 
 bool ObjectPlan::IsStored(const StoredRow& stored) {
+  if (IsDivided() || !stored.confirmed || !stored.user) {
+    return false;
+  }
   const Json::Value& given = *object_.Of(Section::USER).value;
-  if (IsDivided() || !stored.confirmed || !stored.user || !Json::Serialize(given, text_)) {
+  if (!Json::Serialize(given, text_)) {
     return false;
   }
   Json::Document known;

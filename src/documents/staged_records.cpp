@@ -1,6 +1,7 @@
 // The part of a plan that is about records of staged changes.
 
 #include "documents/document_plan.h"
+#include "documents/staged_parts.h"
 #include "json/secrets.h"
 #include "objects/schema_lookup.h"
 #include "persistence/boot_flags.h"
@@ -16,43 +17,34 @@
 namespace TarnConfigStore {
 namespace {
 
-constexpr std::array<std::pair<const char*, const char*>, 3> kParts = {
-    {{kUserName, "UserValue"}, {kVitalName, "VitalValue"}, {kCachedName, "CachedValue"}}};
-
 const Json::Value* PartOf(const NamedChange& change, std::size_t part) {
-  const std::array<const Json::Value*, kParts.size()> values = {change.user, change.vital,
-                                                                change.cached};
+  const std::array<const Json::Value*, kStagedParts.size()> values = {change.user, change.vital,
+                                                                      change.cached};
   return values[part];
 }
 
-std::optional<std::string>& TextOf(ColumnValues& values, std::size_t part) {
-  const std::array<std::optional<std::string>*, kParts.size()> texts = {&values.user, &values.vital,
-                                                                        &values.cached};
-  return *texts[part];
-}
-
 // The record as the table would have it.
-RowMap RowOf(ColumnValues& values) {
-  std::array<const char*, kParts.size()> names;
-  std::array<const char*, kParts.size()> texts;
-  for (std::size_t i = 0; i < kParts.size(); ++i) {
-    names[i] = kParts[i].second;
-    texts[i] = TextOf(values, i) ? TextOf(values, i)->c_str() : nullptr;
+RowMap RowOf(const ColumnValues& values) {
+  std::array<const char*, kStagedParts.size()> names;
+  std::array<const char*, kStagedParts.size()> texts;
+  for (std::size_t i = 0; i < kStagedParts.size(); ++i) {
+    names[i] = kStagedParts[i].column;
+    texts[i] = (values.*kStagedParts[i].text) ? (values.*kStagedParts[i].text)->c_str() : nullptr;
   }
   RowMap row;
-  row.Put(static_cast<int>(kParts.size()), texts.data(), names.data());
+  row.Put(static_cast<int>(kStagedParts.size()), texts.data(), names.data());
   return row;
 }
 
-bool IsStored(const NamedChange& change, const std::string& version, ColumnValues& values,
+bool IsStored(const NamedChange& change, const std::string& version, const ColumnValues& values,
               const RowMap* stored) {
   if (stored == nullptr || ActionFromRow(*stored) != change.action ||
       stored->Text("Version") != version) {
     return false;
   }
-  for (std::size_t i = 0; i < kParts.size(); ++i) {
-    const auto text = stored->Find(kParts[i].second);
-    const std::optional<std::string>& given = TextOf(values, i);
+  for (std::size_t i = 0; i < kStagedParts.size(); ++i) {
+    const auto text = stored->Find(kStagedParts[i].column);
+    const std::optional<std::string>& given = (values.*kStagedParts[i].text);
     if (text.has_value() != given.has_value() || (text && *text != *given)) {
       return false;
     }
@@ -95,7 +87,7 @@ void DocumentPlan::WorkOnRecord(const NamedChange& change, const std::shared_ptr
   } else if (!type->IsRebootRequired()) {
     findings.push_back({"/", "changes of the type do not wait for the next boot"});
   } else if (change.action == NextBootAction::SET) {
-    for (std::size_t i = 0; i < kParts.size(); ++i) {
+    for (std::size_t i = 0; i < kStagedParts.size(); ++i) {
       const Json::Value* given = PartOf(change, i);
       if (given == nullptr) {
         continue;
@@ -103,16 +95,16 @@ void DocumentPlan::WorkOnRecord(const NamedChange& change, const std::shared_ptr
       Json::Document part;
       part.CopyFrom(*given, part.GetAllocator());
       Json::Document known;
-      const auto text = !stored ? std::nullopt : stored->Find(kParts[i].second);
+      const auto text = !stored ? std::nullopt : stored->Find(kStagedParts[i].column);
       const bool isKnown = text && Json::Parse(*text, known);
-      std::string pointer = change.pointer + "/" + kParts[i].first;
+      std::string pointer = change.pointer + "/" + kStagedParts[i].name;
       Json::RestoreSecrets(
           part, isKnown ? &known : nullptr, type->GetSchemaPlace(), part.GetAllocator(), pointer,
           {[this](const std::string& masked) { return document_.redacted.count(masked) != 0; },
            [this](const std::string& masked, const char* reason) {
              report_.findings.push_back({masked, reason});
            }});
-      Json::Serialize(part, TextOf(values, i).emplace());
+      Json::Serialize(part, (values.*kStagedParts[i].text).emplace());
     }
     JudgeStagedContent(RowOf(values), change.id, type, findings);
   } else if (change.action == NextBootAction::DELETE_INSTANCE) {
