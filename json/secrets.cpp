@@ -3,7 +3,9 @@
 #include "json/equality.h"
 #include "json/pointer.h"
 
+#include <algorithm>
 #include <string_view>
+#include <unordered_map>
 
 namespace Json {
 namespace {
@@ -48,6 +50,20 @@ void DropGeneratedIds(Value& value) {
     for (auto& member : value.GetObject()) {
       DropGeneratedIds(member.value);
     }
+  }
+}
+
+void SortMembers(Value& value) {
+  if (value.IsArray()) {
+    for (Value& element : value.GetArray()) {
+      SortMembers(element);
+    }
+  } else if (value.IsObject()) {
+    for (auto& member : value.GetObject()) {
+      SortMembers(member.value);
+    }
+    std::sort(value.MemberBegin(), value.MemberEnd(),
+              [](const auto& a, const auto& b) { return Text(a.name) < Text(b.name); });
   }
 }
 
@@ -96,24 +112,33 @@ class Elements {
     return nullptr;
   }
 
+  // What is shown is made once of each stored element, and looked for by its text.
   const Value* ShownAs(const Value& element) const {
-    const Document wanted = Shown(element, items_);
-    const Value* found = nullptr;
-    for (const Value& other : stored_->GetArray()) {
-      if (Equal(wanted, Shown(other, items_))) {
-        if (found != nullptr && !Equal(*found, other)) {
-          return nullptr;  // either may be meant
+    if (byText_.empty()) {
+      for (const Value& other : stored_->GetArray()) {
+        const auto [known, isNew] = byText_.try_emplace(ShownText(other), &other);
+        if (!isNew && known->second != nullptr && !Equal(*known->second, other)) {
+          known->second = nullptr;  // either may be meant
         }
-        found = &other;
       }
     }
-    return found;
+    const auto found = byText_.find(ShownText(element));
+    return found == byText_.end() ? nullptr : found->second;
+  }
+
+  std::string ShownText(const Value& element) const {
+    Document shown = Shown(element, items_);
+    SortMembers(shown);
+    std::string text;
+    Serialize(shown, text);
+    return text;
   }
 
   const Value& list_;
   const Value* stored_;
   SchemaPlace items_;
   std::string_view idMember_;
+  mutable std::unordered_map<std::string, const Value*> byText_;
 };
 
 }  // namespace

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <initializer_list>
-#include <limits>
 #include <utility>
 
 namespace TarnConfigStore {
@@ -17,6 +16,7 @@ namespace {
 constexpr const char* kNoText = "INCORRECT TYPE: expected string.";
 constexpr const char* kNoObject = "INCORRECT TYPE: expected object.";
 constexpr const char* kNoList = "INCORRECT TYPE: expected array.";
+constexpr const char* kNoVersion = "is no version: numbers separated by dots";
 
 // "YYYY-MM-DD HH:MM:SS", as far as its form goes.
 bool IsTime(std::string_view text) {
@@ -24,6 +24,19 @@ bool IsTime(std::string_view text) {
   return std::equal(text.begin(), text.end(), kForm.begin(), kForm.end(), [](char c, char form) {
     return form == 'd' ? c >= '0' && c <= '9' : c == form;
   });
+}
+
+// Numbers separated by dots.
+bool IsVersion(std::string_view text) {
+  bool wantsDigit = true;
+  for (const char c : text) {
+    const bool isDigit = c >= '0' && c <= '9';
+    if (!isDigit && (c != '.' || wantsDigit)) {
+      return false;
+    }
+    wantsDigit = !isDigit;
+  }
+  return !wantsDigit;
 }
 
 // The members of an object that may have no others, each with what is said where it is not right.
@@ -165,13 +178,17 @@ void DocumentReader::ReadOneInfo(const ConfigStoreObjectId& type, const Json::Va
     members.Add(kCreatedName, "is no time of the form \"YYYY-MM-DD HH:MM:SS\"");
   }
   if (const Json::Value* revision = members.Find(kRevisionName)) {
-    if (!revision->IsInt() || revision->GetInt() == std::numeric_limits<int>::min()) {
+    if (!revision->IsInt() || revision->GetInt() < 0) {
       members.Add(kRevisionName, "is no number of writes");
     } else {
       info.revision = revision->GetInt();
     }
   }
   info.version = members.Text(kVersionName);
+  if (info.version && !IsVersion(*info.version)) {
+    members.Add(kVersionName, kNoVersion);
+  }
+
   if (const Json::Value* confirmed = members.Find(kConfirmedName)) {
     if (!confirmed->IsBool()) {
       members.Add(kConfirmedName, "INCORRECT TYPE: expected boolean.");
@@ -214,6 +231,9 @@ void DocumentReader::ReadChange(const ConfigStoreObjectId& type, const Json::Val
   change.user = members.Object(kUserName);
   change.vital = members.Object(kVitalName);
   change.cached = members.Object(kCachedName);
+  if (!change.version.empty() && !IsVersion(change.version)) {
+    members.Add(kVersionName, kNoVersion);
+  }
   const std::string action = members.Text(kActionName).value_or("");
   const auto known = std::find_if(kActionNames.begin(), kActionNames.end(),
                                   [&action](std::string_view name) { return name == action; });
