@@ -81,12 +81,19 @@ struct ExportReport {
 /// the order of their identifiers, members in their own, indented by two blanks, so that two exports
 /// of one state are equal byte for byte. No more than one object is held at a time.
 /// \param prefix  component, group, key and instance id, up to the first empty one
-/// \param write   gets the text piece by piece. What it throws ends the export and passes through
+/// \param write   gets the text piece by piece. What it throws ends the export and passes through. It
+///                may use the library, but a long stay keeps the database's log from being shortened
 /// \throws ConfigStoreException 1037 for a row whose type is not installed, unless they are skipped
 /// \throws InvalidArgumentException 1080 for a row that is not JSON
 TARN_CONFIG_STORE_EXPORT ExportReport
 ExportConfig(const ConfigStoreObjectId& prefix, const ExportOptions& options,
              const std::function<void(std::string_view)>& write);
+
+/// The same as one text.
+/// \param report  becomes what ExportConfig returns, where it is not null
+TARN_CONFIG_STORE_EXPORT std::string ExportConfigText(const ConfigStoreObjectId& prefix,
+                                                      const ExportOptions& options,
+                                                      ExportReport* report = nullptr);
 
 /// What becomes, or would become, of an object.
 enum class ObjectOutcome : int {
@@ -143,7 +150,9 @@ struct ImportOptions {
 /// times, revisions and versions, as far as it has them. Every changed object is announced after the
 /// commit.
 /// \return what came of each object. With `check`, what would
-/// \throws InvalidArgumentException 1080 for a text that is not JSON or too long
+/// \throws InvalidArgumentException 1080 for a text that is not JSON, 2000 for one that is too long
+/// \throws ValidationException 2000 while the host boots, as the writes of ConfigStore do
+
 /// \throws ValidationException 1089 with every finding of every object, each field a JSON Pointer
 ///         into the document; not with `check`
 TARN_CONFIG_STORE_EXPORT DocumentReport ImportConfig(std::string_view document,

@@ -276,4 +276,15 @@ ExportReport ExportConfig(const ConfigStoreObjectId& prefix, const ExportOptions
   return Export(prefix, options, write).Run();
 }
 
+std::string ExportConfigText(const ConfigStoreObjectId& prefix, const ExportOptions& options,
+                             ExportReport* report) {
+  std::string text;
+  ExportReport exported =
+      ExportConfig(prefix, options, [&text](std::string_view piece) { text += piece; });
+  if (report != nullptr) {
+    *report = std::move(exported);
+  }
+  return text;
+}
+
 }  // namespace TarnConfigStore

@@ -30,9 +30,7 @@ class Documents : public TestSupport::NextBootFixture {
   Documents() { TestSupport::InstallType(host_, kSecretType); }
 
   static std::string Export(ExportOptions options = {}, const Id& prefix = {"", "", ""}) {
-    std::string text;
-    ExportConfig(prefix, options, [&text](std::string_view piece) { text += piece; });
-    return text;
+    return ExportConfigText(prefix, options);
   }
   static std::string WithoutBlanks(std::string text) {
     std::erase_if(text, [](char c) { return c == ' ' || c == '\n'; });

@@ -15,10 +15,7 @@ class RandomDocuments : public TestSupport::NextBootFixture {
   RandomDocuments() { InstallType(host_, TestSupport::kManyWaysType); }
 
   static std::string Export(bool allParts) {
-    std::string text;
-    ExportConfig({"", "", ""}, {.allParts = allParts},
-                 [&text](std::string_view piece) { text += piece; });
-    return text;
+    return ExportConfigText({"", "", ""}, {.allParts = allParts});
   }
   std::string Table() {
     return database_.Lines(
