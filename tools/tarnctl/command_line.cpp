@@ -20,12 +20,20 @@ CLI::Range MakeRange(const NumberRange& range) {
              : CLI::Range(range.smallest, range.largest);
 }
 
+std::string NamesOf(const Argument& argument) {
+  std::string names = argument.name;
+  for (const std::string& alias : argument.aliases) {
+    names += "," + alias;
+  }
+  return names;
+}
+
 // Options have no variables: conversions to them would take a text such as "{}" for an empty list.
 CLI::Option* AddOption(CLI::App& app, const Argument& argument) {
   if (argument.takes == Takes::NOTHING) {
-    return app.add_flag(argument.name);
+    return app.add_flag(NamesOf(argument));
   }
-  CLI::Option* option = app.add_option(argument.name);
+  CLI::Option* option = app.add_option(NamesOf(argument));
   option->type_name(argument.valueName.empty() ? "TEXT" : argument.valueName);
   option->required(argument.isRequired);
   if (argument.takes == Takes::TEXTS || argument.takes == Takes::REST) {
@@ -85,6 +93,11 @@ void AddVerb(CLI::App& parent, const Verb& verb, Call& call) {
 }
 
 }  // namespace
+
+Argument CheckArgument(std::string help) {
+  return {
+      .name = kCheck, .help = std::move(help), .takes = Takes::NOTHING, .aliases = {"--dry-run"}};
+}
 
 const std::vector<std::string>& Given::Texts(std::string_view name) const {
   const auto found = values_.find(name);

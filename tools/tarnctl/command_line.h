@@ -35,7 +35,12 @@ struct Argument {
   std::string valueName = {};  ///< of an option that takes something
   std::optional<NumberRange> range = {};
   std::vector<std::string> excludes = {};  ///< options named before
+  std::vector<std::string> aliases = {};   ///< other names of the same option
 };
+
+/// The option with which a verb that writes only says what it would do.
+inline constexpr const char* kCheck = "--check";
+Argument CheckArgument(std::string help);
 
 /// Arguments of which at most one may be given.
 struct Choice {

@@ -22,7 +22,7 @@ enum class ExitCode : int {
   USAGE = 2,
   NOT_FOUND = 3,
   INVALID = 4,
-  CONFLICT = 5,  // kept free for compare-and-set
+  CONFLICT = 5,  // not as expected: somebody was faster, or something differs
   PERMISSION = 6,
   BUSY = 7,
   CORRUPT = 8,

@@ -15,8 +15,8 @@ namespace {
 
 constexpr const char* kFooter =
     "An OBJECT is COMPONENT/GROUP/KEY[/INSTANCE], a TYPE the same without an instance.\n"
-    "Exit codes: 0 done, 1 failed, 2 usage, 3 not found, 4 invalid, 6 permission, 7 busy, 8 "
-    "corrupt.";
+    "Exit codes: 0 done, 1 failed, 2 usage, 3 not found, 4 invalid, 5 not as expected, 6 "
+    "permission, 7 busy, 8 corrupt.";
 
 Program MakeProgram() {
   return {.name = "tarnctl",

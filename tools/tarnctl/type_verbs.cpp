@@ -19,7 +19,6 @@ using TarnConfigStore::TypeOutcome;
 using TarnConfigStore::TypeReport;
 
 constexpr const char* kPath = "PATH";
-constexpr const char* kCheck = "--check";
 constexpr const char* kForce = "--force";
 
 const char* Name(TypeOutcome outcome) {
@@ -242,7 +241,7 @@ Verb TypeVerbs() {
       .verbs = {
           {.name = "install",
            .help = "Install types: all of those given, or none",
-           .arguments = {path, flag(kCheck, "Check everything, install nothing"),
+           .arguments = {path, CheckArgument("Check everything, install nothing"),
                          flag(kForce,
                               "Allow an older version than the installed one, and stored objects "
                               "that no longer fit")},
@@ -261,7 +260,7 @@ Verb TypeVerbs() {
            .run = Export},
           {.name = "upgrade-rows",
            .help = "Bring stored objects up to date with the parts that their types have now",
-           .arguments = {optionalType, flag(kCheck, "Only tell what would be done")},
+           .arguments = {optionalType, CheckArgument("Only tell what would be done")},
            .run = UpgradeStoredRows},
           {.name = "remove",
            .help = "Remove a type and its shipped objects",

@@ -22,7 +22,6 @@ constexpr const char* kUser = "--user";
 constexpr const char* kAutomatic = "--auto";
 constexpr const char* kVital = "--vital";
 constexpr const char* kCached = "--cached";
-constexpr const char* kDryRun = "--dry-run";
 
 void SetLayers(ConfigStore& store, const std::shared_ptr<ConfigStoreObject>& object,
                const Given& given) {
@@ -96,7 +95,7 @@ void Check(const Given& given, const Output& output) {
 }
 
 void Set(const Given& given, const Output& output) {
-  if (given.Has(kDryRun)) {
+  if (given.Has(kCheck)) {
     Check(given, output);
   } else if (given.Has(kAllInstances)) {
     WriteGivenInstances(ParseType(given.Text(kObject)), FileOfInstances(given), KindOf(given),
@@ -168,7 +167,7 @@ Verb SetVerb() {
   return {.name = "set",
           .help = "Replace an object, or one layer, by what is given",
           .arguments = {ObjectArgument(), DataArgument(), InstancesFlag(),
-                        Flag(kDryRun, "List what would be refused; write nothing")},
+                        CheckArgument("List what would be refused; write nothing")},
           .choice = LayerChoice(),
           .note =
               "With --all-instances, instances that are not listed are deleted; with a layer "
