@@ -1,7 +1,5 @@
 #include "given_data.h"
 
-#include "input_file.h"
-
 #include <utility>
 
 namespace tarnctl {
@@ -10,24 +8,28 @@ namespace {
 [[noreturn]] void RaiseUnfit(Wanted wanted, const std::string& reason) {
   throw ToolError(ExitCode::INVALID,
                   wanted == Wanted::OBJECT ? "the data does not describe an object"
-                                           : "the data does not describe a list of objects",
+                  : wanted == Wanted::LIST ? "the data does not describe a list of objects"
+                                           : "the file holds no document",
                   TarnConfigStore::CS_JSON_PARSE_FAILED, {{"/", reason}});
 }
 
 void Require(Wanted wanted, const Json::Value& data, const char* language) {
-  if (wanted == Wanted::OBJECT ? !data.IsObject() : !data.IsArray()) {
-    RaiseUnfit(wanted, std::string("is no ") + language +
-                           (wanted == Wanted::OBJECT ? " object" : " array"));
+  if (wanted == Wanted::LIST ? !data.IsArray() : !data.IsObject()) {
+    RaiseUnfit(wanted,
+               std::string("is no ") + language + (wanted == Wanted::LIST ? " array" : " object"));
   }
 }
 
 }  // namespace
 
 GivenData GivenData::Read(const std::string& path, const FindPlace& findPlace, YamlNull null,
-                          Wanted wanted) {
+                          Wanted wanted, std::size_t largest) {
   GivenData given;
-  given.text_ = ReadInput(path);
+  given.text_ = ReadInput(path, largest);
   if (!IsYamlFile(path)) {
+    if (wanted == Wanted::DOCUMENT) {
+      return given;
+    }
     Json::Document data;
     const auto parsed = Json::Parse(given.text_, data, Json::Origin::OUTSIDE);
     if (!parsed) {

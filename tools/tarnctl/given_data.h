@@ -2,6 +2,7 @@
 #pragma once
 
 #include "failure.h"
+#include "input_file.h"
 #include "json_maker.h"
 #include "yaml_reader.h"
 
@@ -12,7 +13,11 @@
 namespace tarnctl {
 
 /// What a file has to hold.
-enum class Wanted { OBJECT, LIST };
+enum class Wanted {
+  OBJECT,
+  LIST,
+  DOCUMENT,  ///< JSON is taken as it stands: whoever reads documents judges it, once
+};
 
 /// The data of a file, and where in it each piece stands.
 class GivenData {
@@ -23,8 +28,9 @@ class GivenData {
   /// Reads a file, YAML or JSON as IsYamlFile tells, or JSON from standard input for "-". Raises as
   /// ReadInput, and ToolError INVALID, with the reason as a finding, for what is not as wanted.
   /// \param findPlace, null  as ReadYaml takes them
+  /// \param largest          as ReadInput takes it
   static GivenData Read(const std::string& path, const FindPlace& findPlace, YamlNull null,
-                        Wanted wanted);
+                        Wanted wanted, std::size_t largest = kMaxInputSize);
 
   /// The data as JSON.
   const std::string& Text() const { return text_; }
