@@ -1,8 +1,10 @@
 // YAML as the tool reads and writes it.
 #include "json/equality.h"
 #include "json/pointer.h"
+#include "json/print.h"
 #include "support/random_objects.h"
 #include "yaml_reader.h"
+#include "yaml_stream.h"
 #include "yaml_writer.h"
 
 #include <gmock/gmock.h>
@@ -129,6 +131,11 @@ TEST(YamlReader, FindsTheTypesInAWholeDocument) {
   EXPECT_EQ(
       Read("config:\n  c:\n    g:\n      k:\n      - v: 1\n      - {v: NO}\n      x: 1\n", places),
       R"({"config":{"c":{"g":{"k":[{"v":"1"},{"v":"NO"}],"x":1}}}})");
+  EXPECT_EQ(Read("{vital: {c: {g: {k: {v: 1}}}}, pending: {c: {g: {k: [{v: 1}]}}}, "
+                 "staged: {c: {g: {k: [{v: 1, user: {v: 1}}]}}}}",
+                 places),
+            R"({"vital":{"c":{"g":{"k":{"v":"1"}}}},"pending":{"c":{"g":{"k":[{"v":"1"}]}}},)"
+            R"("staged":{"c":{"g":{"k":[{"v":1,"user":{"v":"1"}}]}}}})");
 }
 
 TEST(YamlReader, ResolvesByTheCoreSchemaWhereNothingIsSaid) {
@@ -228,6 +235,22 @@ TEST(YamlWriter, QuotesWhatSomeReaderWouldTakeForSomethingElse) {
   std::string text;
   EXPECT_FALSE(WriteYaml(Json::Reference("\xFF"), text));
   EXPECT_EQ(text, "");
+}
+
+// The same by way of the value's JSON, laid out and cut anyhow.
+std::string Streamed(const Json::Value& value, TestSupport::Random& random) {
+  std::string json;
+  EXPECT_TRUE(Json::Print(value, random.OneIn(2) ? Json::Layout::ONE_LINE : Json::Layout::INDENTED,
+                          Json::BadText::REFUSED, json));
+  std::string yaml;
+  YamlStream stream([&yaml](std::string_view piece) { yaml += piece; });
+  for (std::string_view left = json; !left.empty();) {
+    const std::size_t length = 1 + random.Below(left.size());
+    stream.Take(left.substr(0, length));
+    left.remove_prefix(length);
+  }
+  stream.End();
+  return yaml;
 }
 
 // A value of any shape, with the characters and words that YAML has uses for.
@@ -345,6 +368,7 @@ TEST(Yaml, ReadsBackWhatItWrote) {
     std::string text;
     ASSERT_TRUE(WriteYaml(value, text));
     ASSERT_EQ(Read(text), Compact(value)) << text;
+    ASSERT_EQ(Streamed(value, random), text);
   }
 }
 

@@ -3,6 +3,8 @@
 #include "core_scalars.h"
 #include "yaml_events.h"
 
+#include <algorithm>
+#include <iterator>
 #include <unordered_set>
 #include <utility>
 
@@ -210,6 +212,14 @@ class Reader {
   bool isAtEnd_ = false;
 };
 
+constexpr std::string_view kSections[] = {"config", "automatic", "vital", "cached", "pending"};
+constexpr std::string_view kStagedParts[] = {"user", "vital", "cached"};
+
+template <std::size_t kCount>
+bool IsAnyOf(std::string_view name, const std::string_view (&names)[kCount]) {
+  return std::find(std::begin(names), std::end(names), name) != std::end(names);
+}
+
 }  // namespace
 
 FindPlace PlaceOfData(ValuePlace type) {
@@ -225,9 +235,14 @@ FindPlace PlaceOfInstances(ValuePlace type) {
 FindPlace PlacesOfDocument(FindType findType) {
   return [findType = std::move(findType)](const Path& path, bool isList) {
     constexpr std::size_t kObject = 4;  // and one more where there are several
+    if (path.size() < kObject) {
+      return std::optional<ValuePlace>();
+    }
     const bool isObject = path.size() == kObject + 1 || (path.size() == kObject && !isList);
-    return isObject && path.front() == "config" ? findType(path[1], path[2], path[3])
-                                                : std::nullopt;
+    const bool isPart = path.size() == kObject + 2 && IsAnyOf(path.back(), kStagedParts);
+    const bool isData =
+        path.front() == "staged" ? isPart : isObject && IsAnyOf(path.front(), kSections);
+    return isData ? findType(path[1], path[2], path[3]) : std::nullopt;
   };
 }
 

@@ -39,7 +39,8 @@ FindPlace PlaceOfData(ValuePlace type);
 /// For a list of them.
 FindPlace PlaceOfInstances(ValuePlace type);
 
-/// For a whole document, {"config": {component: {group: {key: object or list of instances}}}}.
+/// For a whole document: {"config": {component: {group: {key: object or list of instances}}}} and its
+/// other sections.
 /// \param findType  the place of a type's objects; nothing for a type that is not known
 using FindType = std::function<std::optional<ValuePlace>(
     const std::string& component, const std::string& group, const std::string& key)>;
