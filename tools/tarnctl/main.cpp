@@ -38,8 +38,9 @@ Program MakeProgram() {
                          .valueName = "N",
                          .range = NumberRange{0, 4}}},
           .verbs = {InitVerb(), TypeVerbs(), GetVerb(), SetVerb(), UpdateVerb(), DeleteVerb(),
-                    ValidateVerb(), ListVerb(), RevisionVerb(), NextBootVerbs(), BootVerbs(),
-                    KernelOptionVerbs(), EntryVerbs(), BackupVerb(), RestoreVerb(), WatchVerb()}};
+                    ValidateVerb(), ListVerb(), RevisionVerb(), ExportVerb(), ImportVerb(),
+                    ApplyVerb(), DiffVerb(), NextBootVerbs(), BootVerbs(), KernelOptionVerbs(),
+                    EntryVerbs(), BackupVerb(), RestoreVerb(), WatchVerb()}};
 }
 
 // A standard descriptor that came closed would be given to the next file or socket that is opened,
@@ -119,6 +120,8 @@ ExitCode Run(int argumentCount, char** arguments) {
 
 int main(int argumentCount, char** arguments) {
   tarnctl::OccupyStandardDescriptors();
-  std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is a failure to write, with its exit code
+  // A closed pipe, or a limit of files' sizes, is a failure to write, with its exit code.
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   return static_cast<int>(tarnctl::Run(argumentCount, arguments));
 }

@@ -27,6 +27,12 @@ Verb UpdateVerb();
 Verb DeleteVerb();
 Verb ValidateVerb();
 
+// Whole documents.
+Verb ExportVerb();
+Verb ImportVerb();
+Verb ApplyVerb();
+Verb DiffVerb();
+
 /// What is staged for the next boot.
 Verb NextBootVerbs();
 /// The options that the kernel gets at the next boot.

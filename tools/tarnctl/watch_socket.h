@@ -1,35 +1,13 @@
 // The socket that notifications arrive on.
 #pragma once
 
+#include "descriptor.h"
+
 #include <optional>
 #include <string>
 #include <sys/types.h>
-#include <unistd.h>
-#include <utility>
 
 namespace tarnctl {
-
-/// Closes its descriptor when it goes.
-class Descriptor {
- public:
-  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-  Descriptor(Descriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    std::swap(descriptor_, other.descriptor_);
-    return *this;
-  }
-  ~Descriptor() {
-    if (descriptor_ >= 0) {
-      ::close(descriptor_);
-    }
-  }
-
-  int Get() const { return descriptor_; }
-  bool IsOpen() const { return descriptor_ >= 0; }
-
- private:
-  int descriptor_;
-};
 
 /// Listens on a socket file that only this user may connect to, and removes the file when it goes,
 /// unless another has taken its place meanwhile.

@@ -1,0 +1,18 @@
+// Differences, as people read them.
+#pragma once
+
+#include "tarnconfigstore/drift.h"
+
+#include <string>
+
+namespace tarnctl {
+
+/// A line with the object's name, and one for each member: "~ /mtu: 1500 -> 9000 (user)" for what is
+/// found and what is expected, "+" for what is expected and not there, "-" for what is there and not
+/// expected. Control characters are escaped.
+std::string DescribeDrift(const TarnConfigStore::DriftObject& object, bool inColour);
+
+/// True when whoever reads standard output sees colours, and has not asked for none (NO_COLOR).
+bool ShowsColours();
+
+}  // namespace tarnctl

@@ -1,0 +1,51 @@
+#include "given_document.h"
+
+#include "type_schema.h"
+
+#include <map>
+#include <memory>
+
+namespace tarnctl {
+namespace {
+
+using TarnConfigStore::ConfigStoreObjectId;
+
+// The types that a document names, each read once.
+class DocumentTypes {
+ public:
+  std::optional<ValuePlace> Find(const ConfigStoreObjectId& id) {
+    const auto [known, isNew] = types_.try_emplace(FormatObject(id));
+    if (isNew) {
+      known->second = Read(id);
+    }
+    return known->second ? std::optional(known->second->Root()) : std::nullopt;
+  }
+
+ private:
+  // A type that is not installed is for the library to tell of.
+  static std::unique_ptr<TypeSchema> Read(const ConfigStoreObjectId& id) {
+    try {
+      return std::make_unique<TypeSchema>(id);
+    } catch (const TarnConfigStore::ConfigStoreException& error) {
+      if (error.GetErrorCode() != TarnConfigStore::CS_SCHEMA_NOT_FOUND) {
+        throw;
+      }
+      return nullptr;
+    }
+  }
+
+  std::map<std::string, std::unique_ptr<TypeSchema>> types_;
+};
+
+}  // namespace
+
+GivenData ReadDocument(const std::string& path, YamlNull null, std::size_t largest) {
+  DocumentTypes types;
+  const FindPlace findPlace = PlacesOfDocument(
+      [&types](const std::string& component, const std::string& group, const std::string& key) {
+        return types.Find({key, group, component});
+      });
+  return GivenData::Read(path, findPlace, null, Wanted::DOCUMENT, largest);
+}
+
+}  // namespace tarnctl
