@@ -61,16 +61,18 @@ TARN_CONFIG_STORE_EXPORT std::vector<std::shared_ptr<ConfigStoreObject>> CreateO
 
 /// What a document holds, and how.
 struct ExportOptions {
-  bool allParts = false;     ///< all parts, not the user's alone
-  bool metadata = false;     ///< times, revisions and versions; of all parts always
-  bool reveal = false;       ///< secrets as they are instead of "***"
-  bool skipUnknown = false;  ///< leave out rows of types that are not installed
+  bool allParts = false;  ///< all parts, not the user's alone
+  bool metadata = false;  ///< times, revisions and versions; of all parts always
+  bool reveal = false;    ///< secrets as they are instead of "***"
+  /// Leave out rows of types that are not installed, or that have no place for them since they got, or
+  /// lost, instances.
+  bool skipUnknown = false;
 };
 
 /// What came of an export.
 struct ExportReport {
   std::size_t objects = 0;  ///< in "config"
-  /// Rows of types that are not installed, left out as was asked.
+  /// Rows that are left out as "skipUnknown" asks.
   std::vector<ConfigStoreObjectId> unknown;
   /// Rows whose user's value a boot has not confirmed yet: a document of the user's part has what is
   /// confirmed.
@@ -83,7 +85,8 @@ struct ExportReport {
 /// \param prefix  component, group, key and instance id, up to the first empty one
 /// \param write   gets the text piece by piece. What it throws ends the export and passes through. It
 ///                may use the library, but a long stay keeps the database's log from being shortened
-/// \throws ConfigStoreException 1037 for a row whose type is not installed, unless they are skipped
+/// \throws ConfigStoreException 1037 for a row whose type is not installed, 2000 for one that its type
+///         has no place for, unless they are skipped
 /// \throws InvalidArgumentException 1080 for a row that is not JSON
 TARN_CONFIG_STORE_EXPORT ExportReport
 ExportConfig(const ConfigStoreObjectId& prefix, const ExportOptions& options,

@@ -1,6 +1,7 @@
 #include "tarnconfigstore/documents.h"
 
 #include "json/json.h"
+#include "json/print.h"
 
 #include <algorithm>
 #include <array>
@@ -63,7 +64,8 @@ std::string DocumentReport::ToJson() const {
     document.PushBack(object, allocator);
   }
   std::string text;
-  Json::Serialize(document, text);
+  // Ids may be older than what is asked of them today.
+  Json::Print(document, Json::Layout::ONE_LINE, Json::BadText::REPAIRED, text);
   return text;
 }
 

@@ -82,7 +82,7 @@ class Export {
     writer_.Open(kSectionNames[section]);
     ForEachRowUnder(prefix_, *kValues[section], connection_, [&](const RowMap& row) {
       ConfigStoreObjectId id = IdFromRow(row);
-      if (!Knows(id)) {
+      if (!CanName(id)) {
         return;
       }
       if (!options_.allParts && row.Text("Success") != "1") {
@@ -161,7 +161,7 @@ class Export {
     ForEachRowUnder(prefix_, LIST_STORED, connection_, [&](const RowMap& row) {
       const ConfigStoreObjectId id = IdFromRow(row);
       const bool confirmed = row.Text("Success") == "1";
-      if (!Knows(id) || (!options_.allParts && (row.Text("HasUser") != "1" || !confirmed))) {
+      if (!CanName(id) || (!options_.allParts && (row.Text("HasUser") != "1" || !confirmed))) {
         return;
       }
       std::string json = "{";
@@ -200,10 +200,28 @@ class Export {
     if (!options_.skipUnknown) {
       ThrowException<ConfigStoreException>(CS_SCHEMA_NOT_FOUND, id.toString());
     }
+    LeaveOut(id);
+    return false;
+  }
+
+  // The same, and false as well for what its type has no place for since it got, or lost, instances.
+  bool CanName(const ConfigStoreObjectId& id) {
+    if (!Knows(id) || type_->IsNonSingleton() != id.instanceId.empty()) {
+      return type_ != nullptr;
+    }
+    if (!options_.skipUnknown) {
+      ThrowFailure(id.toString() + (type_->IsNonSingleton()
+                                        ? " is stored without the instance id that its type has"
+                                        : " is stored with an instance id that its type has not"));
+    }
+    LeaveOut(id);
+    return false;
+  }
+
+  void LeaveOut(const ConfigStoreObjectId& id) {
     if (unknown_.insert(id.toString()).second) {
       report_.unknown.push_back(id);
     }
-    return false;
   }
 
   // Whether a row's text is sound, and nothing in it is to be masked, to go or to be added.

@@ -106,6 +106,16 @@ TEST_F(Documents, RowsThatADocumentLeavesOutAreNamed) {
   EXPECT_EQ(report.unknown[0].key, "gone");
   ASSERT_EQ(report.unconfirmed.size(), 1U);
   EXPECT_EQ(report.unconfirmed[0].instanceId, "s1");
+  const std::pair<Id, const char*> misplaced[] = {
+      {{"plain", "test", "tarn", "x"}, "with an instance id that its type has not"},
+      {{"switch", "test", "tarn"}, "without the instance id that its type has"}};
+  for (const auto& [id, reason] : misplaced) {
+    PutRow(id, R"({"name":"x"})", "", "", "", "", 1);
+    const std::string raised = Raised([&id] { Export({.allParts = true}, id); });
+    EXPECT_NE(raised.find(reason), std::string::npos) << raised;
+    const ExportOptions skipping{.allParts = true, .skipUnknown = true};
+    EXPECT_EQ(ExportConfig(id, skipping, ignore).unknown.size(), 1U);
+  }
   PutRow(plain_, "{", "", "", "", "", 1);
   EXPECT_EQ(Raised([] { Export({.skipUnknown = true}); }).substr(0, 8), "IAE 1080");
 }

@@ -81,7 +81,9 @@ Compared CompareWithRoot(const std::string& root, DriftOptions options) {
   }
   options.complete = true;
   options.longest = std::max(options.longest, document.size());
-  compared.differences = TarnConfigStore::ComputeDrift(document, options);
+  LocateInDocument(
+      {}, "what is stored under " + root + " does not fit the types of this host",
+      [&] { compared.differences = TarnConfigStore::ComputeDrift(document, options); });
   return compared;
 }
 
@@ -89,8 +91,9 @@ Compared CompareWithFile(const std::string& path, DriftOptions options) {
   const GivenData document = ReadDocument(path, YamlNull::OF_TYPE, options.longest);
   options.longest = std::max(options.longest, document.Text().size());
   Compared compared;
-  document.Locate(
-      [&] { compared.differences = TarnConfigStore::ComputeDrift(document.Text(), options); });
+  LocateInDocument(document, kRefused, [&] {
+    compared.differences = TarnConfigStore::ComputeDrift(document.Text(), options);
+  });
   return compared;
 }
 

@@ -71,8 +71,7 @@ void Print(DocumentReport& report, bool isCheck, const Output& output) {
     PrintFindings(TakeFindings(report), output);
   }
   if (!fits) {
-    throw ToolError(
-        {ExitCode::INVALID, TarnConfigStore::CS_GENERIC, "the document is refused", {}, true});
+    throw ToolError({ExitCode::INVALID, TarnConfigStore::CS_GENERIC, kRefused, {}, true});
   }
 }
 

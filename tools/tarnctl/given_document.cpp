@@ -48,4 +48,18 @@ GivenData ReadDocument(const std::string& path, YamlNull null, std::size_t large
   return GivenData::Read(path, findPlace, null, Wanted::DOCUMENT, largest);
 }
 
+void LocateInDocument(const GivenData& document, const std::string& message,
+                      const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const TarnConfigStore::ValidationException&) {
+    Failure failure = DescribeCurrentException();
+    if (!failure.details.empty()) {
+      failure.message = message;
+      failure.details = document.WithLines(std::move(failure.details));
+    }
+    throw ToolError(std::move(failure));
+  }
+}
+
 }  // namespace tarnctl
