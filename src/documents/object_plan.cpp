@@ -239,12 +239,20 @@ void ObjectPlan::Validate(const ObjectHandle& object, const StoredRow* stored) {
   }
 }
 
+void ObjectPlan::RefuseEmpty() {
+  Add(Section::USER, {{"/", "the object holds no data beside its instance id and empty members"}});
+}
+
 void ObjectPlan::JudgeWhole(const StoredRow* stored) {
   const ObjectHandle object = MakeGiven(Section::USER, stored);
   if (HasFaults()) {
     return;
   }
   const Json::SchemaPlace place = type_.schema->GetSchemaPlace();
+  if (place.HoldsNothingBesideId(RootOf(object))) {
+    RefuseEmpty();
+    return;
+  }
   if (place.HoldsGeneratedIds()) {
     if (const ObjectHandle known = Known(Section::USER, stored)) {
       AdoptGeneratedIds(RootOf(object), RootOf(known), place,
@@ -255,9 +263,8 @@ void ObjectPlan::JudgeWhole(const StoredRow* stored) {
   if (HasFaults()) {
     return;
   }
-  if (place.HoldsNothingBesideId(RootOf(object))) {
-    Add(Section::USER,
-        {{"/", "the object holds no data beside its instance id and empty members"}});
+  if (place.HoldsNothingBesideId(RootOf(object))) {  // validation takes out empty members
+    RefuseEmpty();
     return;
   }
   if (mode_.apply) {

@@ -51,6 +51,7 @@ class ObjectPlan {
  private:
   bool IsDivided() const { return !document_.IsOfUserOnly(); }
   void JudgeWhole(const StoredRow* stored);
+  void RefuseEmpty();
   void JudgeParts(const StoredRow* stored);
   std::optional<StoredRow> Merged(const StoredRow& stored, int upgradeContext);
   StoredRow Replaced(const StoredRow* stored, int upgradeContext) const;

@@ -80,13 +80,15 @@ void BringDocument(const Given& given, const Output& output, YamlNull null, cons
   RequireStore();
   const std::string& path = given.Text(kFile);
   const std::size_t limit = given.Number(kLimit).value_or(TarnConfigStore::kLongestDocument);
-  const GivenData document = ReadDocument(path, null, limit);
+  GivenData document;
   DocumentReport report;
   {
     const Progress progress(std::string(doing) + " " + path);
+    document = ReadDocument(path, null, limit);
     // The limit is of the file; as JSON it may have become longer.
-    document.Locate(
-        [&] { report = bring(document.Text(), std::max(limit, document.Text().size())); });
+    LocateInDocument(document, kRefused, [&] {
+      report = bring(document.Text(), std::max(limit, document.Text().size()));
+    });
   }
   AddLines(document, report);
   Print(report, given.Has(kCheck), output);
