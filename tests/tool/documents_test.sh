@@ -207,6 +207,27 @@ expect 5 "$nics/b (extra)" "" diff --with "root:$work/other"
 expect 0 "" "" diff --with "root:$TARN_HOST_ROOT"
 expect 1 "" "under $work/absent: " diff --with "root:$work/absent"
 
+# --- README's own example, whose remarks say what is printed
+export R=$work/readme HOME=$work PATH=${tarnctl%/*}:$PATH
+export GIT_AUTHOR_NAME=a GIT_AUTHOR_EMAIL=a@example GIT_COMMITTER_NAME=a GIT_COMMITTER_EMAIL=a@example
+TARN_HOST_ROOT=$R new_host
+"$tarnctl" --root "$R" set $resolver 'servers=["10.0.0.1"]' timeout=9
+command -v git >/dev/null || alias git=: # no part of what is tested
+shopt -s expand_aliases
+remarks=0
+while IFS='#' read -r line remark; do
+  eval "$line" >"$work/out" 2>&1
+  case $line in
+    tarnctl*apply* | tarnctl*diff*)
+      remarks=$((remarks + 1))
+      matches "$work/out" "${remark:?}" || fail "README: $line does not print$remark"
+      ;;
+  esac
+  # shellcheck disable=SC2016
+done < <(sed -n '/^## Keep a host/,/^## Changes/{/^```sh/,/^```$/{/^```/!p}}' "$here/../../README.md")
+[ "$remarks" -ge 6 ] || fail "README's example was not found"
+cd "$here" || exit 1
+
 # --- on a terminal
 at_terminal() { TERM=xterm script -qec "$1" /dev/null 2>&1; }
 [[ $(at_terminal "'$tarnctl' diff $nics/c --with '$doc'") == *$'\033[32m  + /mtu: 1300 (user)\033[0m'* ]] || fail "there are no colours"

@@ -16,7 +16,6 @@
 namespace tarnctl {
 namespace {
 
-using TarnConfigStore::ConfigStoreObjectId;
 using TarnConfigStore::DriftObject;
 using TarnConfigStore::DriftOptions;
 using TarnConfigStore::ReferenceState;
@@ -133,6 +132,7 @@ void Diff(const Given& given, const Output& output) {
   options.prefix = ParsePrefixIfGiven(prefix);
   options.complete = given.Has(kComplete);
   options.reveal = given.Has(kReveal);
+  options.longest = LimitOf(given);
   RequireStore();
   const Compared compared = Compare(given.Text(kWith), options);
   // A misspelled name has no differences either.
@@ -167,7 +167,8 @@ Verb DiffVerb() {
                          .takes = Takes::NOTHING},
                         {.name = kReveal,
                          .help = "Secrets as they are, instead of \"***\"",
-                         .takes = Takes::NOTHING}},
+                         .takes = Takes::NOTHING},
+                        LimitArgument()},
           .note =
               "Lines begin with ~ (what is found -> what is expected), + (expected, and not "
               "there) or - (there, and not expected). Ends with 0 when there are none, and "

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <limits>
 
 namespace tarnctl {
 namespace {
@@ -23,7 +22,6 @@ constexpr const char* kReplace = "--replace";
 constexpr const char* kReplaceAll = "--replace-all";
 constexpr const char* kPrune = "--prune";
 constexpr const char* kNextBoot = "--next-boot";
-constexpr const char* kLimit = "--limit";
 
 using Bring = std::function<DocumentReport(std::string_view document, std::size_t longest)>;
 
@@ -79,7 +77,7 @@ void BringDocument(const Given& given, const Output& output, YamlNull null, cons
                    const Bring& bring) {
   RequireStore();
   const std::string& path = given.Text(kFile);
-  const std::size_t limit = given.Number(kLimit).value_or(TarnConfigStore::kLongestDocument);
+  const std::size_t limit = LimitOf(given);
   GivenData document;
   DocumentReport report;
   {
@@ -131,13 +129,6 @@ Argument FileArgument() {
 
 Argument Flag(const char* name, const char* help, std::vector<std::string> excludes = {}) {
   return {.name = name, .help = help, .takes = Takes::NOTHING, .excludes = std::move(excludes)};
-}
-
-Argument LimitArgument() {
-  return {.name = kLimit,
-          .help = "The largest document that is read, instead of 256 MB",
-          .valueName = "BYTES",
-          .range = NumberRange{1, std::numeric_limits<std::uint32_t>::max()}};
 }
 
 constexpr const char* kNote =

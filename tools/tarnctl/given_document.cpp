@@ -1,7 +1,11 @@
 #include "given_document.h"
 
+#include "tarnconfigstore/documents.h"
+
 #include "type_schema.h"
 
+#include <cstdint>
+#include <limits>
 #include <map>
 #include <memory>
 
@@ -37,7 +41,20 @@ class DocumentTypes {
   std::map<std::string, std::unique_ptr<TypeSchema>> types_;
 };
 
+constexpr const char* kLimit = "--limit";
+
 }  // namespace
+
+Argument LimitArgument() {
+  return {.name = kLimit,
+          .help = "The largest document that is read, instead of 256 MB",
+          .valueName = "BYTES",
+          .range = NumberRange{1, std::numeric_limits<std::uint32_t>::max()}};
+}
+
+std::size_t LimitOf(const Given& given) {
+  return given.Number(kLimit).value_or(TarnConfigStore::kLongestDocument);
+}
 
 GivenData ReadDocument(const std::string& path, YamlNull null, std::size_t largest) {
   DocumentTypes types;

@@ -1,6 +1,7 @@
 // Whole documents from the files that the user gives.
 #pragma once
 
+#include "command_line.h"
 #include "given_data.h"
 
 #include <cstddef>
@@ -8,6 +9,10 @@
 #include <string>
 
 namespace tarnctl {
+
+/// How large a document may be, in bytes, before it is not read.
+Argument LimitArgument();
+std::size_t LimitOf(const Given& given);
 
 /// Reads a document, of YAML by the installed types. Raises as GivenData::Read does.
 /// \param largest  in bytes, as ReadInput takes it
