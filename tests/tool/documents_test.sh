@@ -47,6 +47,10 @@ done
 "$tarnctl" set test/tool/values 'text=012' 'anything={"no":["NO",1.5,null,{}]}'
 "$tarnctl" set $options maximumCpus=64 && "$tarnctl" next-boot set $options maximumCpus=32
 "$tarnctl" kernel-options set maximumCpus=16
+"$tarnctl" set test/tool/branches/NO - <<<'{"open":{"NO":"1.0","a: b":"~","":"\u2028"},"coded":{"code1":""},"either":{"left":1,"flag":true}}'
+"$tarnctl" set test/tool/shapes/~1 - <<<'{"serial":"S","seen":{"at":"2001-01-01"},"tuple":[{"t":[1e300]},2],"patterns":{"n1":7,"x":{"z":[[]]}},
+  "rules":[{"allow":"vital"}],"parts":[{"name":"1","n":[["on"]]},{"name":"2"}],"tree":{"label":"yes","below":[{"label":"-"}]}}'
+"$tarnctl" next-boot set test/tool/drivers/d - <<<'{"serial":"0x1","link":{"speed":1},"depth":8,"ports":[{"id":"1","speed":5,"mac":"m","peer":"p"}]}'
 sqlite3 "$store" "UPDATE Config SET Success = 0, CreationTime = '2020-01-02 03:04:05' WHERE Identifier = 'b'"
 expect 0 "" "" export --all-parts --reveal -o "$doc"
 expect 0 "" "" export --all-parts --reveal -o "$yaml"
@@ -58,20 +62,21 @@ cmp -s "$doc" "$work/json.yaml" || fail "--json does not count where the file's 
 for file in "$doc" "$yaml"; do
   TARN_HOST_ROOT=$work/other new_host
   other=$work/other/etc/kestrel/configstore/current-store-1
-  expect 0 "created $nics/a" "=tarnctl: changed: 7, unchanged: 0" --root "$work/other" import --replace-all "$file"
+  expect 0 "created $nics/a" "=tarnctl: changed: 10, unchanged: 0" --root "$work/other" import --replace-all "$file"
   diff <(rows "$store") <(rows "$other") >&2 || fail "the rows of $file are not those of the host"
   "$tarnctl" --root "$work/other" export --all-parts --reveal | cmp -s - "$doc" || fail "$file does not come back as it was"
-  expect 0 "" "=tarnctl: changed: 0, unchanged: 7" --root "$work/other" import --replace-all "$file"
+  expect 0 "" "=tarnctl: changed: 0, unchanged: 10" --root "$work/other" import --replace-all "$file"
   rm -r "$work/other"
 done
 sqlite3 "$store" "UPDATE Config SET Success = 1"
 "$tarnctl" next-boot reset $options 2>/dev/null
+"$tarnctl" next-boot reset test/tool/drivers 2>/dev/null
 
 # --- what a document leaves out is told, and a mask is never stored
 expect 0 '"password":"***"' "" export test
 expect 0 '"redacted":["/config/test/tool/guarded/password"]' "" export test
 "$tarnctl" export test >"$doc"
-expect 0 "" "unchanged: 2" import - <"$doc"
+expect 0 "" "=tarnctl: changed: 0, unchanged: 4" import - <"$doc"
 expect 0 "=hush" "" get $guarded password
 "$tarnctl" delete $guarded
 refused 4 "/config/test/tool/guarded/password: " import "$doc"
@@ -122,6 +127,13 @@ for signal in TERM:143 INT:130; do
   is_old "SIG${signal%:*}"
 done
 set +m
+# an import that is killed has written all or nothing
+for delay in 0.01 0.03 0.06 0.1 0.15 0.2; do
+  sqlite3 "$store" "UPDATE Config SET UserValue = json_set(UserValue, '$.mtu', 1400) WHERE Name = 'interfaces'"
+  timeout -s TERM $delay "$tarnctl" apply "$work/many.json" >/dev/null 2>&1
+  [ "$(sqlite3 "$store" "SELECT count(DISTINCT json_extract(UserValue, '$.mtu')) FROM Config WHERE Identifier LIKE 'n0%'")" = 1 ] ||
+    fail "an apply that was killed after $delay s has written a part"
+done
 "$tarnctl" delete $nics --all-instances 2>/dev/null
 
 # --- import: all of it or nothing, every finding with its place, and a check says what would come of it
@@ -151,7 +163,7 @@ expect 4 '"outcome":"refused","errors":[{"field":"/config/tarn/network/interface
 told="/config/tarn/network/interfaces/0/mtu: line 7: expected an integer, found null /config/tarn/network/resolver: line 8: member \"servers\" is required"
 refused 4 "=tarnctl: the document is refused $told" import --replace "$yaml"
 network '"resolver":{"servers":["10.0.0.2"]}' >"$doc"
-expect 0 "=replaced $resolver removed $nics/a removed $nics/b removed $options removed test/tool/values" "?" import --replace-all --check "$doc"
+expect 0 "=replaced $resolver removed $nics/a removed $nics/b removed $options removed test/tool/branches/NO removed test/tool/shapes/~1 removed test/tool/values" "?" import --replace-all --check "$doc"
 while IFS='|' read -r given reason; do
   refused 4 "$reason" apply - <<<"$given"
 done <<'T'
@@ -207,6 +219,15 @@ expect 5 "$nics/b (extra)" "" diff --with "root:$work/other"
 expect 0 "" "" diff --with "root:$TARN_HOST_ROOT"
 expect 1 "" "under $work/absent: " diff --with "root:$work/absent"
 
+# elements are named by their ids, members by pointers, and nothing moves a terminal's cursor
+shape=test/tool/shapes/~1
+"$tarnctl" export $shape -o "$yaml"
+expect 0 "" "" diff --with "$yaml"
+"$tarnctl" update $shape - <<<'{"parts":[{"name":"2","n":"\u009b2J"}],"seen":{"at":"later"},"tuple":[{"t":2}]}'
+expect 5 '/parts/2/n: "\xc2\x9b2J" (user)' "" diff --with "$yaml"
+expect 5 '~ /tuple: [{"t":2}] -> [{"t":[1e+300]},2] (user)' "" diff --with "$yaml"
+expect 5 "- object: \"$shape\" kind: changed" "" --yaml diff --with "$yaml"
+
 # --- README's own example, whose remarks say what is printed
 export R=$work/readme HOME=$work PATH=${tarnctl%/*}:$PATH
 export GIT_AUTHOR_NAME=a GIT_AUTHOR_EMAIL=a@example GIT_COMMITTER_NAME=a GIT_COMMITTER_EMAIL=a@example
@@ -215,6 +236,7 @@ TARN_HOST_ROOT=$R new_host
 command -v git >/dev/null || alias git=: # no part of what is tested
 shopt -s expand_aliases
 remarks=0
+# shellcheck disable=SC2016
 while IFS='#' read -r line remark; do
   eval "$line" >"$work/out" 2>&1
   case $line in
@@ -223,7 +245,6 @@ while IFS='#' read -r line remark; do
       matches "$work/out" "${remark:?}" || fail "README: $line does not print$remark"
       ;;
   esac
-  # shellcheck disable=SC2016
 done < <(sed -n '/^## Keep a host/,/^## Changes/{/^```sh/,/^```$/{/^```/!p}}' "$here/../../README.md")
 [ "$remarks" -ge 6 ] || fail "README's example was not found"
 cd "$here" || exit 1

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <system_error>
+#include <exception>
 #include <unistd.h>
 #include <utility>
 
@@ -27,7 +27,7 @@ Progress::Progress(std::string what) : what_(std::move(what)) {
   ::pthread_sigmask(SIG_SETMASK, &all, &before);
   try {
     thread_ = std::thread([this] { Run(); });
-  } catch (const std::system_error&) {
+  } catch (const std::exception&) {
     // Then nothing is shown.
   }
   ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
