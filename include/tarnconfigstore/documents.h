@@ -117,7 +117,9 @@ struct ObjectResult {
 
 /// What came of a document, or would come of it.
 struct DocumentReport {
-  std::vector<ObjectResult> objects;  ///< in the document's order; what it removes comes last
+  /// In the document's order; what is removed follows the others of its type, or of a whole import comes
+  /// last.
+  std::vector<ObjectResult> objects;
   /// What is wrong with the document itself, rather than with an object.
   std::vector<ErrorInfo> findings;
 
