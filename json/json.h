@@ -49,6 +49,8 @@ struct ParseResult {
   bool ok = true;
   std::size_t offset = 0;  ///< bytes before the fault
   std::string message;     ///< what was wrong, in words; empty when ok
+  const char* forLogs =
+      nullptr;  ///< the same where the message names a member, which may be secret
 
   explicit operator bool() const { return ok; }
 

@@ -214,7 +214,7 @@ ParseResult Parse(std::string_view text, Document& into, Origin origin) {
   if (const Value* name = result ? FindDuplicate(into) : nullptr) {
     std::string message = "member \"" + std::string(Text(*name)) + "\" is named twice";
     into.SetNull();
-    return Failure(PlaceOfDuplicate(text), std::move(message));
+    return {false, PlaceOfDuplicate(text), std::move(message), "a member is named twice"};
   }
   return result;
 }

@@ -143,6 +143,27 @@ class Elements {
 
 }  // namespace
 
+Sight Sight::Token(std::string_view token) const {
+  const bool isIndex = !token.empty() && std::all_of(token.begin(), token.end(), [](char digit) {
+    return digit >= '0' && digit <= '9';
+  });
+  return isIndex && at_.Items() && !at_.Property(token) ? Element() : Member(token);
+}
+
+std::string ShownPointer(std::string_view pointer, SchemaPlace root) {
+  const auto tokens = root.HoldsSecrets() ? ParsePointer(pointer) : std::nullopt;
+  if (!tokens) {
+    return std::string(pointer);
+  }
+  std::string shown;
+  Sight sight(root);
+  for (const std::string& token : *tokens) {
+    sight = sight.Token(token);
+    AppendToken(shown, sight.HidesName() ? kMask : token);
+  }
+  return shown;
+}
+
 void MaskSecrets(Value& value, SchemaPlace place, Allocator& allocator, std::string& pointer,
                  const std::function<void(const std::string&)>& masked) {
   if (place.IsSecret()) {

@@ -1,4 +1,4 @@
-// Values that are not shown to everybody: masking them, and putting them back.
+// Values that are not shown to everybody: where they are, masking them, and putting them back.
 #pragma once
 
 #include "json/json.h"
@@ -6,11 +6,42 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 namespace Json {
 
 /// What a secret is shown as.
 inline constexpr const char* kMask = "***";
+
+/// Where a way into a value has come to, and what may be told of it.
+class Sight {
+ public:
+  explicit Sight(SchemaPlace root) : Sight(root, false, false) {}
+
+  Sight Member(std::string_view name) const { return {at_.Property(name), isSecret_, true}; }
+  Sight Element() const { return {at_.Items(), isSecret_, false}; }
+  /// By the token of a JSON Pointer, whatever the value is.
+  Sight Token(std::string_view token) const;
+
+  SchemaPlace Place() const { return at_; }
+  /// The value here is a secret, or lies in one.
+  bool IsSecret() const { return isSecret_; }
+  /// The name of the member here is part of a secret. Names that the schema knows are not.
+  bool HidesName() const { return hidesName_; }
+
+ private:
+  Sight(SchemaPlace at, bool aroundIsSecret, bool isMember)
+      : at_(at),
+        isSecret_(aroundIsSecret || at.IsSecret()),
+        hidesName_(aroundIsSecret && isMember && !at) {}
+
+  SchemaPlace at_;
+  bool isSecret_;
+  bool hidesName_;
+};
+
+/// A JSON Pointer with the mask for each name that is part of a secret.
+std::string ShownPointer(std::string_view pointer, SchemaPlace root);
 
 /// Puts the mask in place of each secret at or below a place; what is null stays.
 /// \param pointer  of the value; it is as it was afterwards

@@ -42,8 +42,9 @@ void ReportParseFailure(std::string_view source, const Json::ParseResult& result
   lastFailure.column = place.column;
   Keep(source, lastFailure.source);
   Keep(result.message, lastFailure.reason);
-  CSLogger::Log(CSLogger::kFailure, "%.*s cannot be read as JSON: %s",
-                static_cast<int>(source.size()), source.data(), result.Describe(text).c_str());
+  CSLogger::Log(CSLogger::kFailure, "%.*s cannot be read as JSON: line %zu, column %zu: %s",
+                static_cast<int>(source.size()), source.data(), place.line, place.column,
+                result.forLogs != nullptr ? result.forLogs : result.message.c_str());
 }
 
 }  // namespace TarnConfigStore

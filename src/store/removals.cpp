@@ -1,6 +1,7 @@
 #include "store/removals.h"
 
 #include "json/pointer.h"
+#include "json/secrets.h"
 
 #include <algorithm>
 
@@ -34,6 +35,9 @@ Removals::Removals(const Json::Value& given, Json::SchemaPlace type) {
   std::string pointer;
   if (given.IsObject()) {
     Collect(given, type, way, pointer);
+  }
+  for (Removal& removal : removals_) {
+    removal.pointer = Json::ShownPointer(removal.pointer, type);
   }
 }
 

@@ -29,9 +29,10 @@ bool AssertionCheck::Visit(const Node& node, const Json::Value& value, const Pla
   const TypeSet type = TypeOf(value);
   if (node.refusesAll || (node.types & type) == 0) {
     // The other assertions of a value of the wrong type would only say the same again.
-    return !Asserting(findings) || Fail(findings, place, [&] {
-      return node.refusesAll ? "is not allowed here"
-                             : "expected " + ExpectedTypes(node.types) + ", found " + Found(value);
+    return !Asserting(findings) || Fail(findings, place, [&](const ValueWords& say) {
+      return node.refusesAll
+                 ? "is not allowed here"
+                 : "expected " + ExpectedTypes(node.types) + ", found " + say.Found(value);
     });
   }
   bool ok = true;
@@ -72,19 +73,19 @@ bool AssertionCheck::VisitValue(const Node& node, const Json::Value& value, cons
                                 Findings* findings) const {
   bool ok = true;
   if (node.constant != nullptr && !Equal(*node.constant, value, Work())) {
-    ok = Fail(findings, place, [&] {
-      return "expected " + Literal(*node.constant, Work()) + ", found " + Found(value);
+    ok = Fail(findings, place, [&](const ValueWords& say) {
+      return say.NotAmong({node.constant}, value, false, Work());
     });
   }
   if (node.enumeration != nullptr &&
       std::none_of(node.enumeration->Begin(), node.enumeration->End(),
                    [&](const Json::Value& allowed) { return Equal(allowed, value, Work()); })) {
-    ok = Fail(findings, place, [&] {
+    ok = Fail(findings, place, [&](const ValueWords& say) {
       std::vector<const Json::Value*> allowed;
       for (const Json::Value& one : node.enumeration->GetArray()) {
         allowed.push_back(&one);
       }
-      return NotAmong(allowed, value, findings->AreWordy(), Work());
+      return say.NotAmong(allowed, value, findings->AreWordy(), Work());
     });
   }
   return ok;
@@ -97,30 +98,32 @@ bool AssertionCheck::VisitNumber(const NumberRules& rules, const Json::Value& va
   }
   bool ok = true;
   if (rules.minimum != nullptr && Json::CompareNumbers(value, *rules.minimum) < 0) {
-    ok = Fail(findings, place, [&] {
-      return Literal(*rules.minimum) + " is the smallest value allowed, found " + Found(value);
+    ok = Fail(findings, place, [&](const ValueWords& say) {
+      return Literal(*rules.minimum) + " is the smallest value allowed, found " + say.Found(value);
     });
   }
   if (rules.maximum != nullptr && Json::CompareNumbers(value, *rules.maximum) > 0) {
-    ok = Fail(findings, place, [&] {
-      return Literal(*rules.maximum) + " is the largest value allowed, found " + Found(value);
+    ok = Fail(findings, place, [&](const ValueWords& say) {
+      return Literal(*rules.maximum) + " is the largest value allowed, found " + say.Found(value);
     });
   }
   if (rules.exclusiveMinimum != nullptr &&
       Json::CompareNumbers(value, *rules.exclusiveMinimum) <= 0) {
-    ok = Fail(findings, place, [&] {
-      return "expected more than " + Literal(*rules.exclusiveMinimum) + ", found " + Found(value);
+    ok = Fail(findings, place, [&](const ValueWords& say) {
+      return "expected more than " + Literal(*rules.exclusiveMinimum) + ", found " +
+             say.Found(value);
     });
   }
   if (rules.exclusiveMaximum != nullptr &&
       Json::CompareNumbers(value, *rules.exclusiveMaximum) >= 0) {
-    ok = Fail(findings, place, [&] {
-      return "expected less than " + Literal(*rules.exclusiveMaximum) + ", found " + Found(value);
+    ok = Fail(findings, place, [&](const ValueWords& say) {
+      return "expected less than " + Literal(*rules.exclusiveMaximum) + ", found " +
+             say.Found(value);
     });
   }
   if (rules.multipleOf != nullptr && !IsMultipleOf(value, *rules.multipleOf)) {
-    ok = Fail(findings, place, [&] {
-      return "expected a multiple of " + Literal(*rules.multipleOf) + ", found " + Found(value);
+    ok = Fail(findings, place, [&](const ValueWords& say) {
+      return "expected a multiple of " + Literal(*rules.multipleOf) + ", found " + say.Found(value);
     });
   }
   return ok;
@@ -139,15 +142,15 @@ bool AssertionCheck::VisitText(const TextRules& rules, const Json::Value& value,
   if (rules.minLength > 0 || text.size() > rules.maxLength) {
     const std::uint64_t length = Json::Utf8::CountCharacters(text);
     if (length < rules.minLength) {
-      ok = Fail(findings, place, [&] {
+      ok = Fail(findings, place, [&](const ValueWords& say) {
         return "expected a text of at least " + Count(rules.minLength, "character") + ", found " +
-               Count(length, "character");
+               say.Size(value, length, "character");
       });
     }
     if (length > rules.maxLength) {
-      ok = Fail(findings, place, [&] {
+      ok = Fail(findings, place, [&](const ValueWords& say) {
         return "expected a text of at most " + Count(rules.maxLength, "character") + ", found " +
-               Count(length, "character");
+               say.Size(value, length, "character");
       });
     }
   }
@@ -156,12 +159,12 @@ bool AssertionCheck::VisitText(const TextRules& rules, const Json::Value& value,
       case Pattern::Result::MATCH:
         break;
       case Pattern::Result::NO_MATCH:
-        ok = Fail(findings, place, [&] {
-          return "the text " + Quoted(text) + " does not match " + PatternInWords(rules);
+        ok = Fail(findings, place, [&](const ValueWords& say) {
+          return say.Text(text) + " does not match " + PatternInWords(rules);
         });
         break;
       case Pattern::Result::UNDECIDED:
-        Work().LeaveOpen(place, "the text " + Quoted(text),
+        Work().LeaveOpen(place, ValueWords(place, scope_.root).Text(text),
                          "against the pattern " + rules.pattern->Text());
         return false;
     }
@@ -178,9 +181,19 @@ bool AssertionCheck::VisitFormat(const Format& format, const Json::Value& value,
                   : type == kIntegerType
                       ? format.integerHolds == nullptr || format.integerHolds(value)
                       : true;
-  return ok || Fail(findings, place, [&] {
-           return "expected " + std::string(format.expected) + ", found " + Found(value);
+  return ok || Fail(findings, place, [&](const ValueWords& say) {
+           return "expected " + std::string(format.expected) + ", found " + say.Found(value);
          });
+}
+
+bool AssertionCheck::HoldsForAny(const Node& node, const Json::Value& array,
+                                 const Place& place) const {
+  for (rapidjson::SizeType i = 0; i < array.Size(); ++i) {
+    if (Holds(node, array[i], Place{&place, nullptr, i})) {
+      return true;
+    }
+  }
+  return false;
 }
 
 bool AssertionCheck::VisitArray(const ArrayRules& rules, const Json::Value& value,
@@ -188,31 +201,29 @@ bool AssertionCheck::VisitArray(const ArrayRules& rules, const Json::Value& valu
   bool ok = true;
   if (Asserting(findings)) {
     if (value.Size() < rules.minItems) {
-      ok = Fail(findings, place, [&] {
+      ok = Fail(findings, place, [&](const ValueWords& say) {
         return "expected at least " + Count(rules.minItems, "element") + ", found " +
-               std::to_string(value.Size());
+               say.Size(value, value.Size());
       });
     }
     if (value.Size() > rules.maxItems) {
-      ok = Fail(findings, place, [&] {
+      ok = Fail(findings, place, [&](const ValueWords& say) {
         return "expected at most " + Count(rules.maxItems, "element") + ", found " +
-               std::to_string(value.Size());
+               say.Size(value, value.Size());
       });
     }
     if (rules.unique && (ok || findings != nullptr)) {
       const auto equal = FindEqualElements(value, Work());
       if (equal) {
-        ok = Fail(findings, place, [&] {
+        ok = Fail(findings, place, [&](const ValueWords&) {
           return "no two elements may be equal, but elements " + std::to_string(equal->first) +
                  " and " + std::to_string(equal->second) + " are";
         });
       }
     }
     if (rules.contains != nullptr && (ok || findings != nullptr) &&
-        std::none_of(value.Begin(), value.End(), [&](const Json::Value& element) {
-          return Holds(*rules.contains, element, place);
-        })) {
-      ok = Fail(findings, place, [&] {
+        !HoldsForAny(*rules.contains, value, place)) {
+      ok = Fail(findings, place, [&](const ValueWords&) {
         return std::string("none of the elements is of the form that at least one has to have");
       });
     }

@@ -29,7 +29,7 @@ class AssertionCheck {
     Budget* budget = nullptr;
     /// Members that can belong to none of these parts may be missing; bits of Json::Kind.
     unsigned askedParts = ~0U;
-    /// What is known of the value's places; needed where not all parts are asked.
+    /// What is known of the value's places: the parts that they belong to, and what is secret.
     Json::SchemaPlace root = {};
   };
 
@@ -51,10 +51,13 @@ class AssertionCheck {
 
   /// One that says why a value does not fit, out of the same budget.
   AssertionCheck InWords() const {
-    return AssertionCheck({true, true, scope_.textsAreSound, scope_.budget});
+    return AssertionCheck({true, true, scope_.textsAreSound, scope_.budget, ~0U, scope_.root});
   }
 
   Budget& Work() const { return *scope_.budget; }
+
+  /// What is known of the value's places.
+  Json::SchemaPlace Root() const { return scope_.root; }
 
   /// What it takes to say of a member that the object's schema does not know it.
   static std::uint64_t StepsOfUnknownMember(const ObjectRules& rules) {
@@ -89,6 +92,7 @@ class AssertionCheck {
                  Findings* findings) const;
   bool VisitFormat(const Format& format, const Json::Value& value, TypeSet type, const Place& place,
                    Findings* findings) const;
+  bool HoldsForAny(const Node& node, const Json::Value& array, const Place& place) const;
   bool VisitArray(const ArrayRules& rules, const Json::Value& value, const Place& place,
                   Findings* findings) const;
   bool VisitObject(const ObjectRules& rules, const Json::Value& value, const Place& place,
@@ -115,13 +119,13 @@ class AssertionCheck {
     return findings == nullptr || scope_.assertions;
   }
   /// Notes a failure, in words that are only made when somebody wants them and that take so many
-  /// steps.
+  /// steps. They are given those for the value.
   template <class Words>
   bool Fail(Findings* findings, const Place& place, const Words& words,
             std::uint64_t steps = 0) const {
     constexpr std::uint64_t kStepsOfAFinding = 32;
     if (findings != nullptr && Work().Take(kStepsOfAFinding + steps)) {
-      findings->Add(place, words());
+      findings->Add(place, words(findings->WordsOf(place)));
     }
     return false;
   }

@@ -27,7 +27,9 @@ bool AssertionCheck::VisitComposition(const Composition& with, const Json::Value
   ok = (with.anyOf.empty() || VisitAnyOf(with.anyOf, value, place, findings)) && ok;
   ok = (with.oneOf.empty() || VisitOneOf(with.oneOf, value, place, findings)) && ok;
   if (with.negated != nullptr && Holds(*with.negated, value, place)) {
-    ok = Fail(findings, place, [&] { return WhyExcluded(*with.negated, value, InWords()); });
+    ok = Fail(findings, place, [&](const ValueWords&) {
+      return WhyExcluded(*with.negated, value, place, InWords());
+    });
   }
   return ok;
 }
@@ -38,7 +40,7 @@ bool AssertionCheck::VisitAnyOf(const Nodes& branches, const Json::Value& value,
                      [&](const Node* branch) { return Holds(*branch, value, place); }) ||
          Fail(
              findings, place,
-             [&] {
+             [&](const ValueWords&) {
                return WhyNoBranch(branches, value, place, {InWords(), findings->AreWordy()});
              },
              branches.size());
@@ -56,9 +58,9 @@ bool AssertionCheck::VisitOneOf(const Nodes& branches, const Json::Value& value,
       }
     }
   }
-  const auto words = [&] {
+  const auto words = [&](const ValueWords& say) {
     return count == 0 ? WhyNoBranch(branches, value, place, {InWords(), findings->AreWordy()})
-                      : WhySeveralBranches(fitting, branches.size(), Work());
+                      : WhySeveralBranches(fitting, branches.size(), say, Work());
   };
   return count == 1 || Fail(findings, place, words, branches.size());
 }

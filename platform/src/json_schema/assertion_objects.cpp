@@ -21,15 +21,15 @@ bool AssertionCheck::VisitObject(const ObjectRules& rules, const Json::Value& va
   bool ok = true;
   if (Asserting(findings)) {
     if (value.MemberCount() < rules.minProperties) {
-      ok = Fail(findings, place, [&] {
+      ok = Fail(findings, place, [&](const ValueWords& say) {
         return "expected at least " + Count(rules.minProperties, "member") + ", found " +
-               std::to_string(value.MemberCount());
+               say.Size(value, value.MemberCount());
       });
     }
     if (value.MemberCount() > rules.maxProperties) {
-      ok = Fail(findings, place, [&] {
+      ok = Fail(findings, place, [&](const ValueWords& say) {
         return "expected at most " + Count(rules.maxProperties, "member") + ", found " +
-               std::to_string(value.MemberCount());
+               say.Size(value, value.MemberCount());
       });
     }
   }
@@ -71,7 +71,9 @@ bool AssertionCheck::VisitMember(const ObjectRules& rules, const Property* prope
     } else if (Asserting(findings)) {
       ok = Fail(
           findings, place,
-          [&] { return UnknownMember(Json::Text(member.name), {&rules}, findings->AreWordy()); },
+          [&](const ValueWords& say) {
+            return say.UnknownMember(Json::Text(member.name), {&rules}, findings->AreWordy());
+          },
           StepsOfUnknownMember(rules));
     }
   }
@@ -91,8 +93,8 @@ bool AssertionCheck::Matches(const Pattern& pattern, const Json::Value& name,
 
 bool AssertionCheck::VisitName(const Node& node, const Json::Value& name, const Place& place,
                                Findings* findings) const {
-  return Holds(node, name, place) || Fail(findings, place, [&] {
-           Findings reasons;
+  return Holds(node, name, place) || Fail(findings, place, [&](const ValueWords&) {
+           Findings reasons(scope_.root);
            InWords().Check(node, name, place, reasons);
            return "the member name is not allowed: " +
                   (reasons.Empty() ? "it could not be checked" : reasons.Sorted().front().error);
@@ -112,7 +114,8 @@ bool AssertionCheck::VisitRequired(const ObjectRules& rules, const Json::Value& 
       const bool given =
           i < ticked ? (seen >> i & 1U) != 0 : HasMember(value, rules.required[i], Work());
       if (!given && !(findings != nullptr && IsOfAnotherPart(place, rules.required[i]))) {
-        ok = Fail(findings, place, [&] { return MissingMember(rules.required[i]); });
+        ok = Fail(findings, place,
+                  [&](const ValueWords&) { return MissingMember(rules.required[i]); });
       }
     }
   }
@@ -123,14 +126,7 @@ bool AssertionCheck::IsOfAnotherPart(const Place& object, std::string_view membe
   if (scope_.askedParts == ~0U) {
     return false;
   }
-  const auto at = [this](const Place& place, const auto& self) -> Json::SchemaPlace {
-    if (place.parent == nullptr) {
-      return scope_.root;
-    }
-    const Json::SchemaPlace around = self(*place.parent, self);
-    return place.name != nullptr ? around.Property(Json::Text(*place.name)) : around.Items();
-  };
-  const Json::SchemaPlace place = at(object, at);
+  const Json::SchemaPlace place = SchemaPlaceOf(object, scope_.root);
   return !place.IsIdMember(member) && (place.Property(member).Kinds() & scope_.askedParts) == 0;
 }
 
@@ -144,7 +140,7 @@ bool AssertionCheck::VisitDependencies(const ObjectRules& rules, const Json::Val
     for (const std::string_view name : dependency.members) {
       if (Asserting(findings) && !HasMember(value, name, Work()) &&
           !(findings != nullptr && IsOfAnotherPart(place, name))) {
-        ok = Fail(findings, place, [&] {
+        ok = Fail(findings, place, [&](const ValueWords&) {
           return MissingMember(name) + " because member " + Quoted(dependency.name) + " is given";
         });
       }

@@ -22,8 +22,8 @@ void AddNew(std::vector<std::string>& texts, std::string text) {
 
 }  // namespace
 
-BranchReasons::BranchReasons(const Json::Value& value, const Place& place)
-    : found_(", found " + Found(value)), field_(Findings::FieldOf(place)) {}
+BranchReasons::BranchReasons(const Json::Value& value, const Place& place, Json::SchemaPlace root)
+    : found_(", found " + ValueWords(place, root).Found(value)), field_(FieldOf(place, root)) {}
 
 void BranchReasons::Forget() {
   expected_.clear();

@@ -15,7 +15,7 @@ namespace JsonValidator {
 /// Collects the reasons of those branches that a value is closest to.
 class BranchReasons {
  public:
-  BranchReasons(const Json::Value& value, const Place& place);
+  BranchReasons(const Json::Value& value, const Place& place, Json::SchemaPlace root);
 
   /// Drops what was added: a closer branch was found.
   void Forget();

@@ -1,5 +1,7 @@
 #include "json_schema/budget.h"
 
+#include "json_schema/validation_findings.h"
+
 namespace JsonValidator {
 
 void Budget::LeaveOpen(const Place& place, const std::string& what, const std::string& further) {

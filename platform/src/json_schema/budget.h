@@ -2,12 +2,13 @@
 #pragma once
 
 #include "json_schema/place.h"
-#include "json_schema/validation_findings.h"
 
 #include <cstdint>
 #include <string>
 
 namespace JsonValidator {
+
+class Findings;
 
 /// Counts steps, not time, so that the same value always gets the same answer. Everything that a
 /// validation does takes from it, the making of messages included; a step is some nanoseconds of

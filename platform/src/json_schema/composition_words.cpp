@@ -107,8 +107,9 @@ std::string Form(const Node& branch, Budget& budget) {
 std::string WhyNoBranch(const Nodes& branches, const Json::Value& value, const Place& place,
                         const BranchWords& words) {
   const AssertionCheck& check = words.check;
+  const ValueWords say(place, check.Root());
   if (const auto values = AllowedValues(branches)) {
-    return NotAmong(*values, value, words.wordy, check.Work());
+    return say.NotAmong(*values, value, words.wordy, check.Work());
   }
   const TypeSet type = TypeOf(value);
   TypeSet allowed = 0;
@@ -117,10 +118,10 @@ std::string WhyNoBranch(const Nodes& branches, const Json::Value& value, const P
   }
   if ((allowed & type) == 0) {
     return allowed == 0 ? "is not allowed here"
-                        : "expected " + ExpectedTypes(allowed) + ", found " + Found(value);
+                        : "expected " + ExpectedTypes(allowed) + ", found " + say.Found(value);
   }
   std::pair<std::size_t, std::size_t> leastFaults{static_cast<std::size_t>(-1), 0};
-  BranchReasons reasons(value, place);
+  BranchReasons reasons(value, place, check.Root());
   for (const Node* branch : branches) {
     const Node& node = Target(*branch);
     if (node.refusesAll) {
@@ -130,7 +131,7 @@ std::string WhyNoBranch(const Nodes& branches, const Json::Value& value, const P
       reasons.AddTypes(node.types);
       continue;
     }
-    Findings findings(words.wordy);
+    Findings findings(check.Root(), words.wordy);
     check.Check(node, value, place, findings);
     const std::pair faults{CountOtherConstants(node, value, check.Work()),
                            findings.Sorted().size()};
@@ -146,29 +147,31 @@ std::string WhyNoBranch(const Nodes& branches, const Json::Value& value, const P
   return reasons.InOneSentence(branches.size());
 }
 
-std::string WhySeveralBranches(const Nodes& fitting, std::size_t branches, Budget& budget) {
+std::string WhySeveralBranches(const Nodes& fitting, std::size_t branches, const ValueWords& say,
+                               Budget& budget) {
   std::vector<std::string> forms;
-  for (const Node* branch : fitting) {
-    forms.push_back(Form(*branch, budget));
+  for (std::size_t i = 0; i < fitting.size() && !say.HidesListedValues(); ++i) {
+    forms.push_back(Form(*fitting[i], budget));
   }
   return "fits " + std::to_string(fitting.size()) + " of the " + std::to_string(branches) +
-         " allowed forms at once (" + Joined(forms, "and") + "), and may fit only one";
+         " allowed forms at once" + (forms.empty() ? "" : " (" + Joined(forms, "and") + ")") +
+         ", and may fit only one";
 }
 
-std::string WhyExcluded(const Node& excluded, const Json::Value& value,
+std::string WhyExcluded(const Node& excluded, const Json::Value& value, const Place& place,
                         const AssertionCheck& check) {
   const Node& node = Target(excluded);
+  const ValueWords say(place, check.Root());
   if (node.constant != nullptr || node.enumeration != nullptr) {
-    return "the value is one of those that are not allowed: " + Literal(value, check.Work());
+    return "the value is one of those that are not allowed: " + say.Literal(value, check.Work());
   }
   if (node.text && node.text->pattern && value.IsString()) {
-    return "the text " + Quoted(Json::Text(value)) + " must not match " +
-           PatternInWords(*node.text);
+    return say.Text(Json::Text(value)) + " must not match " + PatternInWords(*node.text);
   }
   if (node.composition && !node.composition->anyOf.empty() && !node.object) {
     for (const Node* branch : node.composition->anyOf) {
-      if (check.Holds(*branch, value, Place{})) {
-        return WhyExcluded(*branch, value, check);
+      if (check.Holds(*branch, value, place)) {
+        return WhyExcluded(*branch, value, place, check);
       }
     }
   }
@@ -181,9 +184,10 @@ std::string WhyExcluded(const Node& excluded, const Json::Value& value,
                                        : "");
   }
   if (node.types != kAnyType && !node.object && !node.array && !node.number && !node.text) {
-    return "expected something else than " + ExpectedTypes(node.types) + ", found " + Found(value);
+    return "expected something else than " + ExpectedTypes(node.types) + ", found " +
+           say.Found(value);
   }
-  return "is of a form that is not allowed, found " + Found(value);
+  return "is of a form that is not allowed, found " + say.Found(value);
 }
 
 }  // namespace JsonValidator

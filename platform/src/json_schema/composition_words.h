@@ -5,6 +5,7 @@
 #include "json_schema/assertion_check.h"
 #include "json_schema/compiled_node.h"
 #include "json_schema/place.h"
+#include "json_schema/value_words.h"
 
 #include <cstddef>
 #include <string>
@@ -21,11 +22,13 @@ std::string WhyNoBranch(const Nodes& branches, const Json::Value& value, const P
                         const BranchWords& words);
 
 /// Of a value that fits several branches where it may fit one.
-std::string WhySeveralBranches(const Nodes& fitting, std::size_t branches, Budget& budget);
+/// \param say  for the value; the branches that a secret fits are not named
+std::string WhySeveralBranches(const Nodes& fitting, std::size_t branches, const ValueWords& say,
+                               Budget& budget);
 
 /// Of a value that fits the schema under "not".
 /// \param check  that says why
-std::string WhyExcluded(const Node& excluded, const Json::Value& value,
+std::string WhyExcluded(const Node& excluded, const Json::Value& value, const Place& place,
                         const AssertionCheck& check);
 
 }  // namespace JsonValidator

@@ -175,8 +175,8 @@ std::string Joined(const std::vector<std::string>& items, std::string_view word)
   return text;
 }
 
-std::string UnknownMember(std::string_view name, const std::vector<const ObjectRules*>& schemas,
-                          bool suggests) {
+std::string KnownMembers(std::string_view name, const std::vector<const ObjectRules*>& schemas,
+                         bool suggests) {
   std::vector<std::string> known;
   std::size_t length = 0;
   Json::NearMiss nearest(name);
@@ -198,8 +198,7 @@ std::string UnknownMember(std::string_view name, const std::vector<const ObjectR
       }
     }
   }
-  return "member " + Quoted(name) + " is not known; " +
-         (known.empty() ? "no members are" : "known members: " + Listed(known)) +
+  return (known.empty() ? "no members are" : "known members: " + Listed(known)) +
          Suggestion(nearest);
 }
 

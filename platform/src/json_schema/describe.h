@@ -1,4 +1,4 @@
-// Values and types in an administrator's words.
+// Values and types of schemas in an administrator's words. Of values that are checked ask ValueWords.
 #pragma once
 
 #include "json/json.h"
@@ -30,11 +30,11 @@ std::string ExpectedTypes(TypeSet types);
 /// `member "servers" is required`
 std::string MissingMember(std::string_view name);
 
-/// `member "timeot" is not known; known members: servers, timeout; did you mean "timeout"?`
+/// Of a member that is not known: `known members: servers, timeout; did you mean "timeout"?`
 /// \param schemas   that apply to the object
 /// \param suggests  whether to look for the member that was meant
-std::string UnknownMember(std::string_view name, const std::vector<const ObjectRules*>& schemas,
-                          bool suggests);
+std::string KnownMembers(std::string_view name, const std::vector<const ObjectRules*>& schemas,
+                         bool suggests);
 
 /// `expected one of "low", "high", found the text "hihg"; did you mean "high"?`
 /// \param allowed   at least one

@@ -35,12 +35,12 @@ void CheckAgainst(const CompiledSchema& schema, const Json::Value& value, RuleSe
 
 void Validate(const Json::Value& schema, const Json::Value& value, Json::Document& result,
               const std::unordered_set<int>& rules, const std::string& /*context*/) {
-  Findings findings;
   std::shared_ptr<const CompiledSchema> compiled = SchemaRegistry::Instance().Find(schema);
   std::optional<Json::TypeSchemaView> view;
   if (!compiled) {
     compiled = std::make_shared<const CompiledSchema>(view.emplace(schema));
   }
+  Findings findings(compiled->View().Root());
   if (compiled->Faults().empty()) {
     CheckAgainst(*compiled, value, RuleSet(rules), findings);
   } else {

@@ -213,7 +213,8 @@ void MemberRules::NoteUnknown(std::size_t begin, std::size_t end, const Json::Va
     schemas.push_back(rules);
     check_.Work().Take(AssertionCheck::StepsOfUnknownMember(*rules));
   }
-  findings_.Add(place, UnknownMember(Json::Text(name), schemas, findings_.AreWordy()));
+  findings_.Add(place, findings_.WordsOf(place).UnknownMember(Json::Text(name), schemas,
+                                                              findings_.AreWordy()));
 }
 
 void MemberRules::VisitArray(std::size_t begin, const Json::Value& array, const Place& place,
@@ -306,7 +307,8 @@ std::string_view MemberRules::CheckInstanceId(std::string_view name, const Json:
   const Place memberPlace{&place, &member->name,
                           static_cast<std::uint32_t>(member - object.MemberBegin())};
   if (!member->value.IsString()) {
-    findings_.Add(memberPlace, "expected a text, found " + Found(member->value));
+    findings_.Add(memberPlace,
+                  "expected a text, found " + findings_.WordsOf(memberPlace).Found(member->value));
     return {};
   }
   if (member->value.GetStringLength() == 0) {
@@ -332,10 +334,11 @@ void MemberRules::CheckIdsAreUnique(InstanceIds& ids, const Json::Value& array,
     const Json::Value& element = array[ids[i].index];
     const auto member = element.FindMember(Json::Reference(ids[i].member));
     const Place elementPlace{&place, nullptr, ids[i].index};
-    findings_.Add(Place{&elementPlace, &member->name,
-                        static_cast<std::uint32_t>(member - element.MemberBegin())},
-                  "the instance id " + Quoted(ids[i].id) + " is taken by element " +
-                      std::to_string(first->index));
+    const Place memberPlace{&elementPlace, &member->name,
+                            static_cast<std::uint32_t>(member - element.MemberBegin())};
+    findings_.Add(memberPlace, "the instance id " +
+                                   findings_.WordsOf(memberPlace).Literal(member->value) +
+                                   " is taken by element " + std::to_string(first->index));
   }
 }
 

@@ -33,7 +33,8 @@ class MemberRules {
   MemberRules(RuleSet rules, AssertionCheck::Scope scope, Findings& findings)
       : rules_(rules.Only({RULE_DECLARED_MEMBERS, RULE_NO_VITAL_OR_CACHED, RULE_NO_READ_ONLY,
                            RULE_VITAL_ONLY, RULE_INSTANCE_IDS, RULE_CACHED_ONLY})),
-        check_({scope.assertions, scope.required, scope.textsAreSound, scope.budget}),
+        check_(
+            {scope.assertions, scope.required, scope.textsAreSound, scope.budget, ~0U, scope.root}),
         findings_(findings) {}
 
   void Check(const Node& root, Json::SchemaPlace at, const Json::Value& value);

@@ -77,7 +77,8 @@ bool SoundnessCheck::Walk(const Json::Value& value, const Place& place, std::siz
   }
   if (value.IsDouble()) {
     if (!std::isfinite(value.GetDouble())) {
-      findings_.Add(place, "expected a finite number, found " + Found(value));
+      findings_.Add(place,
+                    "expected a finite number, found " + findings_.WordsOf(place).Found(value));
     }
     return true;
   }
@@ -102,8 +103,9 @@ bool SoundnessCheck::Walk(const Json::Value& value, const Place& place, std::siz
     CheckNamesAreUnique(value, place);
   }
   for (const auto& member : value.GetObject()) {
-    CheckName(member.name, place);
-    if (!Walk(member.value, Place{&place, &member.name, index++}, depth + 1)) {
+    const Place memberPlace{&place, &member.name, index++};
+    CheckName(member.name, memberPlace);
+    if (!Walk(member.value, memberPlace, depth + 1)) {
       return false;
     }
   }
@@ -113,14 +115,16 @@ bool SoundnessCheck::Walk(const Json::Value& value, const Place& place, std::siz
 void SoundnessCheck::CheckText(const Json::Value& text, const Place& place) {
   if (!Json::Utf8::IsValid(Json::Text(text))) {
     textsAreSound_ = false;
-    findings_.Add(place, "the text " + Quoted(Json::Text(text)) + " is not valid UTF-8");
+    findings_.Add(place, findings_.WordsOf(place).Text(Json::Text(text)) + " is not valid UTF-8");
   }
 }
 
-void SoundnessCheck::CheckName(const Json::Value& name, const Place& object) {
+void SoundnessCheck::CheckName(const Json::Value& name, const Place& member) {
   if (!Json::Utf8::IsValid(Json::Text(name))) {
     textsAreSound_ = false;
-    findings_.Add(object, "the member name " + Quoted(Json::Text(name)) + " is not valid UTF-8");
+    findings_.Add(*member.parent, "the member name " +
+                                      findings_.WordsOf(member).Name(Json::Text(name)) +
+                                      " is not valid UTF-8");
   }
 }
 
@@ -129,8 +133,9 @@ void SoundnessCheck::CheckNamesAreUnique(const Json::Value& object, const Place&
   rapidjson::SizeType index = 0;
   for (const auto& member : object.GetObject()) {
     if (seen.Note(Json::Text(member.name), index)) {
-      findings_.Add(Place{&place, &member.name, index},
-                    "member " + Quoted(Json::Text(member.name)) + " is given twice");
+      const Place memberPlace{&place, &member.name, index};
+      findings_.Add(memberPlace, findings_.WordsOf(memberPlace).Member(Json::Text(member.name)) +
+                                     " is given twice");
     }
     ++index;
   }

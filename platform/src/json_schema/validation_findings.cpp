@@ -1,6 +1,5 @@
 #include "json_schema/validation_findings.h"
 
-#include "json/pointer.h"
 #include "json/utf8.h"
 
 #include <algorithm>
@@ -17,26 +16,13 @@ void AppendFinding(Json::Document& result, std::string_view field, std::string_v
 }
 
 void Findings::Add(const Place& place, std::string_view error) {
-  Finding finding{{}, FieldOf(place), Json::Utf8::WithoutControls(Json::Utf8::Repaired(error))};
+  Finding finding{
+      {}, FieldOf(place, root_), Json::Utf8::WithoutControls(Json::Utf8::Repaired(error))};
   for (const Place* step = &place; step->parent != nullptr; step = step->parent) {
     finding.order.push_back(step->index);
   }
   std::reverse(finding.order.begin(), finding.order.end());
   findings_.push_back(std::move(finding));
-}
-
-std::string Findings::FieldOf(const Place& place) {
-  std::vector<const Place*> way;
-  for (const Place* step = &place; step->parent != nullptr; step = step->parent) {
-    way.push_back(step);
-  }
-  std::string field;
-  for (auto step = way.rbegin(); step != way.rend(); ++step) {
-    const Json::Value* name = (*step)->name;
-    Json::AppendToken(field, name != nullptr ? Json::Utf8::Repaired(Json::Text(*name))
-                                             : std::to_string((*step)->index));
-  }
-  return field.empty() ? "/" : field;
 }
 
 const std::vector<Findings::Finding>& Findings::Sorted() {

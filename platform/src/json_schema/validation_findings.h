@@ -3,6 +3,7 @@
 
 #include "json/json.h"
 #include "json_schema/place.h"
+#include "json_schema/value_words.h"
 
 #include <cstdint>
 #include <string>
@@ -14,8 +15,9 @@ namespace JsonValidator {
 /// The findings of one validation.
 class Findings {
  public:
+  /// \param root   what is known of the value's places, so that no secret gets into a finding
   /// \param wordy  whether findings may take some time to put into words; only the first ones do
-  explicit Findings(bool wordy = true) : wordy_(wordy) {}
+  explicit Findings(Json::SchemaPlace root = {}, bool wordy = true) : root_(root), wordy_(wordy) {}
 
   struct Finding {
     std::vector<std::uint32_t> order;  ///< the position in the document, for sorting
@@ -31,8 +33,8 @@ class Findings {
   /// Whether what was meant may be looked for. Nobody reads so much of what is wrong everywhere.
   bool AreWordy() const { return wordy_ && findings_.size() < kMostWordy; }
 
-  /// The JSON Pointer of a place, "/" for the root.
-  static std::string FieldOf(const Place& place);
+  /// The words for what stands at a place. Whatever a finding says of a value comes from there.
+  ValueWords WordsOf(const Place& place) const { return {place, root_}; }
 
   /// In document order; the same of the same field only once.
   const std::vector<Finding>& Sorted();
@@ -43,6 +45,7 @@ class Findings {
  private:
   static constexpr std::size_t kMostWordy = 100;
 
+  Json::SchemaPlace root_;
   bool wordy_;
   std::vector<Finding> findings_;
 };
