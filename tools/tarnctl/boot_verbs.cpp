@@ -179,7 +179,7 @@ void ShowDesired(const Given& given, const Output& output) {
     throw ToolError(ExitCode::NOT_FOUND,
                     "nothing of " + FormatObject(id) + " waits to be accepted");
   }
-  PrintObject(*desired, {}, output);
+  PrintObject(*desired, {}, ShownData(given), output);
 }
 
 void JudgeAll(const std::vector<StoredObject>& concerned, bool isAccepted) {
@@ -252,7 +252,8 @@ Verb DesiredVerb() {
           .arguments = {ObjectArgument(),
                         {.name = kAllParts,
                          .help = "With its vital and cached part",
-                         .takes = Takes::NOTHING}},
+                         .takes = Takes::NOTHING},
+                        RevealArgument()},
           .run = ShowDesired};
 }
 

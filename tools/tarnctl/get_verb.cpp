@@ -65,9 +65,9 @@ void GetObject(const Given& given, const Output& output) {
                       : given.Has(kDuringBoot) ? ReadDuringBoot(id, given.Has(kAutomatic))
                                                : ReadStored(id);
   if (pointer) {
-    PrintPlace(*object, *pointer, output);
+    PrintPlace(*object, *pointer, ShownData(given), output);
   } else {
-    PrintObject(*object, member, output);
+    PrintObject(*object, member, ShownData(given), output);
   }
 }
 
@@ -83,7 +83,7 @@ void GetInstances(const Given& given, const Output& output) {
   if (given.Has(kChangedOnly)) {
     TarnConfigStore::FilterDefaultConfigInstances(type, objects);
   }
-  PrintObjects(objects, output);
+  PrintObjects(objects, ShownData(given), output);
 }
 
 // What cannot be read is told after what can, and the verb fails: what stands on standard output is
@@ -104,7 +104,7 @@ void GetGroup(const Given& given, const Output& output) {
     throw ToolError(ExitCode::NOT_FOUND, "nothing is stored under " + given.Text(kObject));
   }
   JsonMaker make;
-  output.Print(MakeGroupTree(config.objects, !prefix.group.empty(), make));
+  output.Print(MakeGroupTree(config.objects, !prefix.group.empty(), ShownData(given), make));
   Findings missing;
   for (const ConfigStoreObjectId& id : config.notInstalled) {
     missing.push_back({FormatObject(id), "its type is not installed"});

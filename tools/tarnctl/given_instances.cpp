@@ -1,5 +1,6 @@
 #include "given_instances.h"
 
+#include "given_masks.h"
 #include "json/pointer.h"
 #include "object_name.h"
 #include "stored_objects.h"
@@ -25,8 +26,8 @@ std::string Below(const std::string& place, const std::string& field) {
 
 class Elements {
  public:
-  Elements(const ConfigStoreObjectId& type, std::string_view idMember)
-      : type_(type), idMember_(idMember) {}
+  Elements(const ConfigStoreObjectId& type, const TypeSchema& schema)
+      : type_(type), schema_(schema), idMember_(schema.InstanceIdMember()) {}
 
   void Add(const Json::Value& element) {
     const std::size_t number = count_++;
@@ -47,6 +48,9 @@ class Elements {
       faults_.push_back({place, "the instance is listed before, at " + PlaceOf(earlier->second)});
       return;
     }
+    for (auto& mask : FindMasks(element, schema_)) {
+      faults_.push_back({Below(PlaceOf(number), mask.field), std::move(mask.error)});
+    }
     ConfigStoreObjectId instance = type_;
     instance.instanceId = Json::Text(*id);
     std::string text;
@@ -64,6 +68,7 @@ class Elements {
 
  private:
   const ConfigStoreObjectId& type_;
+  const TypeSchema& schema_;
   const std::string idMember_;
   std::size_t count_ = 0;
   std::unordered_map<std::string, std::size_t> numbers_;
@@ -81,7 +86,7 @@ GivenInstances ReadInstances(const ConfigStoreObjectId& type, const std::string&
       GivenData::Read(path, PlaceOfInstances(schema.Root()), YamlNull::OF_TYPE, Wanted::LIST);
   JsonMaker make;
   const Json::Value list = make.Parse(given.source.Text());
-  Elements elements(type, schema.InstanceIdMember());
+  Elements elements(type, schema);
   for (const Json::Value& element : list.GetArray()) {
     elements.Add(element);
   }

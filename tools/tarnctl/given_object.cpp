@@ -1,5 +1,7 @@
 #include "given_object.h"
 
+#include "given_masks.h"
+#include "json/secrets.h"
 #include "left_out.h"
 #include "member_values.h"
 #include "stored_objects.h"
@@ -53,10 +55,23 @@ bool TakesAway(const Json::Value& given) {
   throw ToolError(ExitCode::INVALID, std::string("nothing was written: ") + why);
 }
 
-void SayLeftOut(const GivenObject& given, const Json::Value& data) {
+void SayLeftOut(const GivenObject& given, const Json::Value& data, const TypeSchema& schema) {
   JsonMaker make;
   for (const std::string& place : FindLeftOut(data, make.Parse(given.object->GetData()))) {
-    Say(given.source.WithLine(place, place + " names nothing, and was left out"));
+    Say(given.source.WithLine(
+        place, Json::ShownPointer(place, schema.Place()) + " names nothing, and was left out"));
+  }
+}
+
+void RefuseMasks(const GivenObject& given, const TypeSchema& schema) {
+  if (!schema.Place().HoldsSecrets()) {
+    return;
+  }
+  JsonMaker make;
+  if (Findings masks = FindMasks(make.Parse(given.object->GetData()), schema); !masks.empty()) {
+    throw ToolError(ExitCode::INVALID,
+                    "nothing was written: the data hold a secret as it is shown, not as it is",
+                    TarnConfigStore::CS_GENERIC, given.source.WithLines(std::move(masks)));
   }
 }
 
@@ -79,14 +94,17 @@ bool IsFile(const std::vector<std::string>& data) {
 
 GivenObject MakeObject(const ConfigStoreObjectId& id, const std::vector<std::string>& data,
                        const TypeSchema& schema, Null null) {
-  if (!IsFile(data)) {
-    return {CollectMembers(id, data, schema, null), {}};
+  GivenObject given;
+  if (IsFile(data)) {
+    given.source = GivenData::Read(data.front(), PlaceOfData(schema.Root()),
+                                   null == Null::REMOVES ? YamlNull::ALWAYS : YamlNull::OF_TYPE,
+                                   Wanted::OBJECT);
+    given.object = std::make_shared<ConfigStoreObject>(id);
+    given.object->SetData(given.source.Text().c_str());
+  } else {
+    given.object = CollectMembers(id, data, schema, null);
   }
-  GivenObject given{std::make_shared<ConfigStoreObject>(id),
-                    GivenData::Read(data.front(), PlaceOfData(schema.Root()),
-                                    null == Null::REMOVES ? YamlNull::ALWAYS : YamlNull::OF_TYPE,
-                                    Wanted::OBJECT)};
-  given.object->SetData(given.source.Text().c_str());
+  RefuseMasks(given, schema);
   return given;
 }
 
@@ -101,7 +119,7 @@ void WriteObject(const ConfigStoreObjectId& id, const std::vector<std::string>& 
   if (given.object->IsEmpty()) {
     RaiseNothingWritten(before, schema);
   }
-  SayLeftOut(given, before);
+  SayLeftOut(given, before, schema);
 }
 
 void UpdateObject(const ConfigStoreObjectId& id, const std::vector<std::string>& data,
@@ -115,7 +133,7 @@ void UpdateObject(const ConfigStoreObjectId& id, const std::vector<std::string>&
   if (given.object->IsEmpty() && (schema.HoldsNothingBesideId(before) || !TakesAway(before))) {
     RaiseNothingWritten(before, schema);
   }
-  SayLeftOut(given, before);
+  SayLeftOut(given, before, schema);
 }
 
 }  // namespace tarnctl

@@ -28,7 +28,8 @@ struct GivenObject {
   GivenData source;  ///< of nothing where members were given
 };
 
-/// An object with what kData gives. Raises as GivenData::Read and ReadMembers do.
+/// An object with what kData gives. Raises as GivenData::Read and ReadMembers do, and ToolError
+/// INVALID for "***" where a secret belongs, with each place.
 GivenObject MakeObject(const TarnConfigStore::ConfigStoreObjectId& id,
                        const std::vector<std::string>& data, const TypeSchema& schema,
                        Null null = Null::OF_TYPE);

@@ -16,14 +16,14 @@ Json::Value& LastNamed(Json::Value& object, const std::string& name, rapidjson::
 
 Json::Value MakeGroupTree(
     const std::vector<std::shared_ptr<TarnConfigStore::ConfigStoreObject>>& objects,
-    bool isOfOneGroup, JsonMaker& make) {
+    bool isOfOneGroup, ShownData shown, JsonMaker& make) {
   Json::Value tree(rapidjson::kObjectType);
   for (const auto& object : objects) {
     const TarnConfigStore::ConfigStoreObjectId& id = object->GetConfigStoreObjectId();
     Json::Value& keys =
         isOfOneGroup ? tree : LastNamed(tree, id.group, rapidjson::kObjectType, make);
     Json::Value& place = LastNamed(keys, id.key, rapidjson::kNullType, make);
-    Json::Value data = make.Parse(object->GetData());
+    Json::Value data = shown.Of(*object, make);
     if (place.IsNull() && id.instanceId.empty()) {
       place = data;
       continue;

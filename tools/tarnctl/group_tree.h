@@ -4,6 +4,7 @@
 #include "tarnconfigstore/config_store_object.h"
 
 #include "json_maker.h"
+#include "shown_data.h"
 
 #include <memory>
 #include <vector>
@@ -15,6 +16,6 @@ namespace tarnctl {
 /// \param objects  of one component, in the order of group, key and instance id
 Json::Value MakeGroupTree(
     const std::vector<std::shared_ptr<TarnConfigStore::ConfigStoreObject>>& objects,
-    bool isOfOneGroup, JsonMaker& make);
+    bool isOfOneGroup, ShownData shown, JsonMaker& make);
 
 }  // namespace tarnctl

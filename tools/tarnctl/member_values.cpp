@@ -3,6 +3,7 @@
 #include "failure.h"
 #include "json/pointer.h"
 #include "json/scan.h"
+#include "json/secrets.h"
 #include "json/utf8.h"
 #include "object_name.h"
 
@@ -30,7 +31,7 @@ Assignment Split(const std::string& argument) {
     throw ToolError(ExitCode::USAGE, "\"" + argument + "\" is not of the form MEMBER=VALUE");
   }
   if (!Json::Utf8::IsValid(argument)) {
-    throw ToolError(ExitCode::INVALID, "\"" + argument + "\" is not UTF-8",
+    throw ToolError(ExitCode::INVALID, "\"" + argument.substr(0, end) + "=...\" is not UTF-8",
                     TarnConfigStore::CS_JSON_PARSE_FAILED);
   }
   std::string member = argument.substr(0, end);
@@ -51,20 +52,31 @@ bool IsRefusedJson(const std::string& text, ValueKinds kinds) {
   return type && kinds.Holds(ValueKinds::Of(Json::Value(*type)));
 }
 
-[[noreturn]] void RaiseUnfit(const Assignment& given, ValueKinds kinds, const std::string& reason) {
+[[noreturn]] void RaiseUnfit(const Assignment& given, ValueKinds kinds, bool isSecret,
+                             const std::string& reason) {
   std::string pointer;
   for (const std::string& name : given.path) {
     Json::AppendToken(pointer, name);
   }
   const std::string tail = reason.empty() ? "" : ": " + reason;
   throw ToolError(ExitCode::INVALID,
-                  "the member \"" + given.member + "\" takes " + kinds.Describe() + ", not \"" +
-                      given.text + "\"" + tail,
+                  "the member \"" + given.member + "\" takes " + kinds.Describe() + ", not " +
+                      (isSecret ? Json::kMask : "\"" + given.text + "\"") + tail,
                   TarnConfigStore::CS_INCORRECT_TYPE,
                   {{pointer, "expected " + kinds.Describe() + tail}});
 }
 
-Json::Value Read(const Assignment& given, ValueKinds kinds, Null null, JsonMaker& make) {
+// The value at the end of the way is a secret, or lies in one, or holds some.
+bool LeadsToSecrets(const MemberPath& path, const TypeSchema& schema) {
+  Json::Sight sight(schema.Place());
+  for (const std::string& name : path) {
+    sight = sight.Member(name);
+  }
+  return sight.IsSecret() || sight.Place().HoldsSecrets();
+}
+
+Json::Value Read(const Assignment& given, const TypeSchema& schema, Null null, JsonMaker& make) {
+  const ValueKinds kinds = schema.KindsOf(given.path);
   if (null == Null::REMOVES && given.text == "null") {
     return Json::Value();
   }
@@ -76,12 +88,13 @@ Json::Value Read(const Assignment& given, ValueKinds kinds, Null null, JsonMaker
     if (parsed && kinds.Holds(ValueKinds::Of(value))) {
       return std::move(static_cast<Json::Value&>(value));
     }
+    const bool isSecret = LeadsToSecrets(given.path, schema);
     const bool isRefused = !parsed && IsRefusedJson(given.text, kinds);
     if (isRefused || (!parsed && given.text.find_first_of("[{") == 0)) {
-      reason = parsed.Describe(given.text);
+      reason = isSecret && parsed.forLogs != nullptr ? parsed.forLogs : parsed.Describe(given.text);
     }
     if (isRefused || !kinds.Holds(justText)) {
-      RaiseUnfit(given, kinds, reason);
+      RaiseUnfit(given, kinds, isSecret, reason);
     }
   }
   return make.Of(given.text);
@@ -93,7 +106,7 @@ Json::Value& Place(Json::Value& data, const Assignment& given, JsonMaker& make) 
   for (const std::string& name : given.path) {
     const bool isLast = &name == &given.path.back();
     if (!place->IsObject()) {
-      throw ToolError(ExitCode::USAGE, "\"" + given.member + "=" + given.text +
+      throw ToolError(ExitCode::USAGE, "the member \"" + given.member +
                                            "\" lies inside a member that was given as a whole");
     }
     Json::Value* member = Json::FindMember(*place, name);
@@ -121,7 +134,7 @@ Json::Value ReadMembers(const std::vector<std::string>& arguments, const TypeSch
     if (!members.insert(given.member).second) {
       RaiseGivenTwice(given.member);
     }
-    Json::Value value = Read(given, schema.KindsOf(given.path), null, make);
+    Json::Value value = Read(given, schema, null, make);
     Place(data, given, make) = value;
   }
   return data;

@@ -30,13 +30,14 @@ void GetStaged(const Given& given, const Output& output) {
                     goes ? "the object " + FormatObject(id) + " is staged to be deleted"
                          : "no object " + FormatObject(id) + " is staged");
   }
-  PrintObject(*staged, member, output);
+  PrintObject(*staged, member, ShownData(given), output);
 }
 
 void GetStagedInstances(const Given& given, const Output& output) {
   const ConfigStoreObjectId type = ParseType(given.Text(kObject));
   const auto nextBoot = OpenStore()->GetNextBootStore();
-  PrintObjects(nextBoot->GetInstances(MakeFilter(type, given.Texts(kWhere))), output);
+  PrintObjects(nextBoot->GetInstances(MakeFilter(type, given.Texts(kWhere))), ShownData(given),
+               output);
 }
 
 void Stage(const Given& given, const Output& /*output*/) {
@@ -97,7 +98,7 @@ void GetKernelOptions(const Given& given, const Output& output) {
   if (!options) {
     RaiseNotStored(KernelOptions());
   }
-  PrintObject(*options, member, output);
+  PrintObject(*options, member, ShownData(given), output);
 }
 
 void SetKernelOptions(const Given& given, const Output& /*output*/) {
@@ -148,7 +149,7 @@ Verb KernelOptionVerbs() {
           .verbs = {
               {.name = "get",
                .help = "Print the options, or a member of them",
-               .arguments = {MemberArgument()},
+               .arguments = {MemberArgument(), RevealArgument()},
                .run = GetKernelOptions},
               {.name = "set",
                .help = "Replace the options; boot accept puts them in force",

@@ -130,7 +130,13 @@ std::vector<Argument> ReadArguments() {
   std::vector<Argument> arguments = ObjectOrInstancesArguments();
   arguments.push_back(MemberArgument());
   arguments.back().excludes = {kAllInstances, kWhere};
+  arguments.push_back(RevealArgument());
   return arguments;
+}
+
+Argument RevealArgument() {
+  return {
+      .name = kReveal, .help = "Print secrets as they are, not as ***", .takes = Takes::NOTHING};
 }
 
 Argument PrefixArgument() {

@@ -47,18 +47,20 @@ inline constexpr const char* kPrefix = "PREFIX";
 inline constexpr const char* kMember = "MEMBER";
 inline constexpr const char* kAllInstances = "--all-instances";
 inline constexpr const char* kWhere = "--where";
+inline constexpr const char* kReveal = "--reveal";
 
 Argument ObjectArgument();
 Argument TypeArgument();
 Argument PrefixArgument();
 Argument MemberArgument();
+Argument RevealArgument();
 
 /// kObject, kAllInstances and kWhere: with either of the latter the verb is about the instances of
 /// the type that kObject names, as MeansInstances tells.
 std::vector<Argument> ObjectOrInstancesArguments();
 bool MeansInstances(const Given& given);
 
-/// The same, and kMember for a member of the one object.
+/// The same, kMember for a member of the one object, and kReveal.
 std::vector<Argument> ReadArguments();
 
 }  // namespace tarnctl

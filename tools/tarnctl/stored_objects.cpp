@@ -2,7 +2,6 @@
 
 #include "failure.h"
 #include "json/pointer.h"
-#include "type_schema.h"
 
 namespace tarnctl {
 
@@ -36,30 +35,33 @@ namespace {
 
 }  // namespace
 
-void PrintObject(const ConfigStoreObject& object, const MemberPath& member, const Output& output) {
+void PrintObject(const ConfigStoreObject& object, const MemberPath& member, ShownData shown,
+                 const Output& output) {
   JsonMaker make;
-  const Json::Value data = make.Parse(object.GetData());
   if (member.empty()) {
-    output.Print(data);
+    output.Print(shown.Of(object, make));
     return;
   }
-  const TypeSchema schema(object.GetConfigStoreObjectId());
-  const Json::Value* value = schema.Read(data, member);
+  const Json::Value data = make.Parse(object.GetData());
+  const TypeSchema& type = shown.TypeOf(object);
+  const ShownData::Way way = shown.WayTo(data, member, type);
+  const Json::Value* value = type.Read(data, way.path);
   if (value == nullptr) {
-    RaiseNoMember(object, "no member \"" + FormatMember(member) + "\"" + schema.Suggest(member));
+    RaiseNoMember(object, "no member \"" + FormatMember(member) + "\"" + type.Suggest(member));
   }
-  output.PrintMember(*value);
+  output.PrintMember(shown.At(way, *value, make));
 }
 
-void PrintPlace(const ConfigStoreObject& object, const MemberPath& place, const Output& output) {
+void PrintPlace(const ConfigStoreObject& object, const MemberPath& place, ShownData shown,
+                const Output& output) {
   JsonMaker make;
   const Json::Value data = make.Parse(object.GetData());
-  const Json::Value* value = Json::FindAt(data, place);
+  const TypeSchema& type = shown.TypeOf(object);
+  const ShownData::Way way = shown.WayTo(data, place, type);
+  const Json::Value* value = Json::FindAt(data, way.path);
   if (value == nullptr || value->IsNull()) {
-    const TypeSchema schema(object.GetConfigStoreObjectId());
-    if (const Json::Value* absent = schema.Read(data, place)) {
-      output.PrintMember(*absent);
-      return;
+    if (const Json::Value* absent = type.Read(data, way.path)) {
+      value = absent;
     }
   }
   if (value == nullptr) {
@@ -69,14 +71,13 @@ void PrintPlace(const ConfigStoreObject& object, const MemberPath& place, const 
     }
     RaiseNoMember(object, "nothing at " + pointer);
   }
-  output.PrintMember(*value);
+  output.PrintMember(shown.At(way, *value, make));
 }
 
-void PrintObjects(const std::vector<std::shared_ptr<ConfigStoreObject>>& objects,
+void PrintObjects(const std::vector<std::shared_ptr<ConfigStoreObject>>& objects, ShownData shown,
                   const Output& output) {
   JsonMaker make;
-  output.Print(
-      make.List(objects, [&](const auto& object) { return make.Parse(object->GetData()); }));
+  output.Print(make.List(objects, [&](const auto& object) { return shown.Of(*object, make); }));
 }
 
 void SayHowMany(std::size_t count, const ConfigStoreObjectId& type, const char* what) {

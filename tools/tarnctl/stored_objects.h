@@ -5,6 +5,7 @@
 
 #include "object_name.h"
 #include "output.h"
+#include "shown_data.h"
 
 #include <memory>
 #include <string>
@@ -29,17 +30,17 @@ void RequireStore();
 /// Prints an object, or one of its members when the path is not empty; an absent member as the
 /// default that its schema gives it. ToolError NOT_FOUND when there is neither.
 void PrintObject(const TarnConfigStore::ConfigStoreObject& object, const MemberPath& member,
-                 const Output& output);
+                 ShownData shown, const Output& output);
 
 /// Prints what stands at a place in an object, which may lead through lists; an absent member as
 /// PrintObject does. ToolError NOT_FOUND when nothing does.
 /// \param place  the names on the way; empty for the whole object
 void PrintPlace(const TarnConfigStore::ConfigStoreObject& object, const MemberPath& place,
-                const Output& output);
+                ShownData shown, const Output& output);
 
 /// Prints an array of objects.
 void PrintObjects(const std::vector<std::shared_ptr<TarnConfigStore::ConfigStoreObject>>& objects,
-                  const Output& output);
+                  ShownData shown, const Output& output);
 
 /// Says on standard error how many instances of a type met something, as "deleted".
 void SayHowMany(std::size_t count, const TarnConfigStore::ConfigStoreObjectId& type,

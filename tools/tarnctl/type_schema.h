@@ -39,6 +39,9 @@ class TypeSchema {
   /// long as this.
   ValuePlace Root() const { return places_->Root(); }
 
+  /// The object itself, as the beginning of a way to what the schema marks. Valid as long as this.
+  Json::SchemaPlace Place() const { return view_->Root(); }
+
   /// The value of a member in an object's data, or the default that absent members read as; null
   /// when there is neither. The result points into the data or into this schema.
   const Json::Value* Read(const Json::Value& data, const MemberPath& path) const;

@@ -1,0 +1,159 @@
+#!/usr/bin/env bash
+# What is shown of secrets, and what is not taken back, end to end in a temporary root:
+# secrets_test.sh TARNCTL TYPES
+# shellcheck source-path=SCRIPTDIR source=support.sh
+. "$(dirname "$0")/support.sh"
+
+vault=test/tool/vault
+vaults=test/tool/vaults
+staged=test/tool/staged
+options=tarn/tkernel/options
+data=$work/data.json
+yaml=$work/data.yaml
+mark=8675309 # part of every secret
+
+# secrets as texts, numbers, objects and lists, by reference, in lists, with defaults, in each part of an object
+# shellcheck disable=SC2016
+properties='"properties":{
+  "user":{"type":"string"},
+  "password":{"type":"string","secret":true,"maxLength":20},
+  "pin":{"$ref":"#/definitions/pin"},
+  "keys":{"type":"array","items":{"type":"string","secret":true}},
+  "accounts":{"type":"array","items":{"type":"object","properties":{
+    "id":{"type":"string","instanceId":true},"key":{"type":"string","secret":true}}}},
+  "token":{"type":"object","secret":true,"additionalProperties":true,"properties":{
+    "list":{"type":"array","items":{"type":"object","properties":{"id":{"type":"string","instanceId":true}}}}}},
+  "code":{"type":"string","secret":true,"default":"8675309-code"},
+  "box":{"type":"object","default":{"inner":"8675309-box","open":1},"properties":{
+    "inner":{"type":"string","secret":true},"open":{"type":"integer"}}},
+  "master":{"type":"string","vital":true,"secret":true},
+  "session":{"type":"string","cached":true,"secret":true}'
+definitions='"definitions":{"pin":{"type":"integer","secret":true,"maximum":9000000}}'
+type_file() { # COMPONENT GROUP KEY MORE-OF-THE-SCHEMA MORE-PROPERTIES DEFAULT
+  echo "{\"component\":\"$1\",\"group\":\"$2\",\"key\":\"$3\",\"version\":\"9.0\",\"schema\":{\"type\":\"object\",$4$properties$5},$definitions},\"defaults\":[$6]}" \
+    >"$work/types/$3.json"
+}
+mkdir "$work/types"
+type_file test tool vault '"rebootRequired":true,' '' '{"instance":"","value":{"user":"shipped","password":"8675309-shipped"}}'
+type_file test tool vaults '' ',"name":{"type":"string","instanceId":true}' '{"instance":"z","value":{"name":"z","pin":8675309}}'
+type_file test tool staged '"rebootRequired":true,' ',"name":{"type":"string","instanceId":true}' ''
+type_file tarn tkernel options '"rebootRequired":true,' '' ''
+"$tarnctl" init >/dev/null
+"$tarnctl" schema install "$work/types" >/dev/null
+
+open='"user":"root","password":"8675309","pin":8675309,"keys":["8675309-a","8675309-b"],
+  "accounts":[{"id":"x","key":"8675309"},{"id":"y"}],"token":{"8675309":[1]},"box":{"inner":"8675309","open":2}'
+shown='"user":"root","password":"***","pin":"***","keys":["***","***"],
+  "accounts":[{"id":"x","key":"***"},{"id":"y"}],"token":"***","box":{"inner":"***","open":2}'
+echo "{$open}" >"$data"
+
+# masked NAME MEMBERS CODE OUT ERR ARGUMENTS...: a call that shows no secret without --reveal, and them with it
+masked() {
+  local out=$1 revealed=$2
+  shift 2
+  expect 0 "$out" "" "$@"
+  grep -q $mark "$work/out" && fail "tarnctl $* shows a secret"
+  expect 0 "$revealed" "" "$@" --reveal
+  grep -q $mark "$work/out" || fail "tarnctl $* --reveal shows no secret"
+}
+
+# --- an object, a member, a place, a group, instances, what boot sees, what is shipped
+expect 0 "" "" set $vault "$data"
+masked "={$shown}" "={$open}" get $vault
+masked "={\"vault\":{$shown}}" "={\"vault\":{$open}}" get test/tool
+masked "={$shown}" "={$open}" get $vault --during-boot
+masked '={"user":"shipped","password":"***"}' '={"user":"shipped","password":"8675309-shipped"}' get $vault --default
+masked "=***" "=8675309" get $vault password
+masked '="***"' "=8675309" --json get $vault pin
+masked '=["***","***"]' '=["8675309-a","8675309-b"]' get $vault keys
+masked "=***" '={"8675309":[1]}' get $vault token
+masked "=***" "=8675309-b" get $vault --pointer /keys/1
+masked '={"id":"x","key":"***"}' '={"id":"x","key":"8675309"}' get $vault --pointer /accounts/0
+masked "{$shown}" "{$open}" get $vault --pointer ''
+masked 'accounts: - id: x key: "***"' 'key: "8675309"' --yaml get $vault
+# what a default holds, and what lies in a secret, if anything does
+masked "=***" "=8675309-code" get $vault code
+for place in "token.$mark" token.nothing "--pointer /token/$mark/0" "--pointer /token/nothing"; do
+  # shellcheck disable=SC2086
+  expect 0 "=***" "" get $vault $place
+done
+expect 3 "" 'no member "session"' get $vault session
+expect 0 "" "" update $vault box=null token=null
+masked '={"inner":"***","open":1}' '={"inner":"8675309-box","open":1}' get $vault box
+masked "=***" "=8675309-box" get $vault --pointer /box/inner
+expect 3 "" 'no member "token.nothing"' get $vault token.nothing
+
+for name in a b; do
+  expect 0 "" "" set $vaults/$name user=$name password=$mark-$name
+done
+a='={"name":"a","user":"a","password":"'
+masked "[{\"name\":\"a\",\"user\":\"a\",\"password\":\"***\"}," "$mark-b" get $vaults --all-instances
+masked "=[${a#=}***\"}]" "=[${a#=}$mark-a\"}]" get $vaults --where password=$mark-a
+masked '{"name":"z","pin":"***"}' '{"name":"z","pin":8675309}' get $vaults --all-instances --with-shipped
+masked "[${a#=}***\"}," "$mark-b" get $vaults --all-instances --changed-only
+
+# --- what is staged, the kernel's options, and what waits to be accepted
+expect 0 "" "" next-boot set $vault "$data"
+masked "={$shown}" "={$open}" next-boot get $vault
+masked "=***" "=$mark" next-boot get $vault password
+expect 0 "" "" next-boot set $staged/x password=$mark
+masked '=[{"name":"x","password":"***"}]' "=[{\"name\":\"x\",\"password\":\"$mark\"}]" next-boot get $staged --all-instances
+expect 0 '"values":["user"]' "" next-boot list
+grep -q $mark "$work/out" && fail "next-boot list shows a secret"
+expect 0 "" "" kernel-options set "$data"
+masked "={$shown}" "={$open}" kernel-options get
+masked '=["***","***"]' "$mark-b" kernel-options get keys
+masked "={$shown}" "={$open}" boot desired $options
+expect 0 "" "1 pending" boot reject $options
+
+# --- what get showed is not taken for what it hides
+"$tarnctl" get $vault >"$data"
+"$tarnctl" --yaml get $vault >"$yaml"
+"$tarnctl" get $vaults --all-instances >"$work/list.json"
+said='"***" is what a secret is shown as: give the secret itself (get --reveal prints what is stored)'
+for verb in set "set --user" update "next-boot set"; do
+  # shellcheck disable=SC2086
+  refused 4 "/password:$said/pin:$said/keys/0:$said/keys/1:$said/accounts/0/key:$said" $verb $vault "$data"
+  # shellcheck disable=SC2086
+  refused 4 "/password: line 2: $said" $verb $vault "$yaml"
+  # shellcheck disable=SC2086
+  refused 4 "/password:$said" $verb $vault password='***'
+done
+refused 4 "/password:$said" kernel-options set password='***' user=x
+expect 4 "/password:$said" "5 findings" set $vault --dry-run "$data"
+expect 4 "/keys/0:$said" "1 finding" validate $vault 'keys=["***"]'
+expect 4 "=/0/password:$said/1/password:$said" "2 findings" set $vaults --all-instances --dry-run "$work/list.json"
+refused 4 "/1/password:$said" set $vaults --all-instances "$work/list.json"
+expect 0 "" "" set $vault user='***' 'box={"inner":"**"}'
+"$tarnctl" get $vaults --all-instances --reveal >"$work/list.json"
+expect 0 "" "2 instances" set $vaults --all-instances "$work/list.json"
+
+# --- what is refused is not told
+# untold CODE OUT ERR ARGUMENTS...
+untold() {
+  expect "$@"
+  cat "$work/out" "$work/err" | grep -q $mark && fail "tarnctl ${*:4} tells a secret"
+}
+long=$mark-and-more-than-it-takes
+echo "{\"password\":\"$long\",\"pin\":\"$mark\",\"token\":[\"$mark\"],\"keys\":[$mark]}" >"$data"
+sed 's/[{}]//g; s/,"/\n"/g; s/":/": /g' "$data" >"$yaml"
+findings='/password: expected a text of at most 20 characters, found *** /pin: expected an integer, found ***
+  /token: expected an object, found *** /keys/0: expected a text, found ***'
+for file in "$data" "$yaml"; do
+  lined=$findings
+  [ "$file" = "$yaml" ] && lined='/token: line 3: expected an object, found ***'
+  untold 4 "$lined" "findings" set $vault --dry-run "$file"
+  for verb in "set $vault" "set $vault --user" "update $vault" "next-boot set $vault" "kernel-options set"; do
+    # shellcheck disable=SC2086
+    untold 4 "" "$lined" --log 4 $verb "$file"
+  done
+done
+untold 4 "" 'the member "pin" takes integer, not ***' set $vault pin=x$mark
+untold 4 "" 'the member "keys" takes array, not ***' set $vault keys=$mark
+untold 4 "" "a member is named twice" set $vault "token={\"$mark\":1,\"$mark\":2}"
+untold 2 "" "lies inside a member that was given as a whole" update $vault token=null token.x=$mark
+untold 0 "" "/token/list/0 names nothing, and was left out" set $vault 'token={"list":[{},{"id":"8675309"}]}'
+expect 0 "" "" set $vault --auto "token={\"$mark\":1}"
+untold 4 "" "/token/***: cannot be taken away" update $vault "token={\"$mark\":null}"
+
+finish
