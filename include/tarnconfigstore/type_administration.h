@@ -146,7 +146,8 @@ TARN_CONFIG_STORE_EXPORT std::string GetTypeFile(const std::string& component,
 /// with instances as lists of objects that have their id. What the schema refuses the library refuses,
 /// too, but for lists and objects that are empty, which it may leave out; the library looks closer: at the order of
 /// parts, at members that only some branch of a schema declares, at formats. What is required of vital
-/// and cached members is not asked.
+/// and cached members is not asked. Members marked as secret are "writeOnly", and may be the mask that
+/// ExportConfig puts in their place.
 /// \return compact JSON text
 /// \throws ConfigStoreException 2000 when the schema store cannot be read
 TARN_CONFIG_STORE_EXPORT std::string ExportDocumentSchema();

@@ -2,6 +2,7 @@
 
 #include "json/schema_keywords.h"
 #include "json/schema_parts.h"
+#include "json/secrets.h"
 #include "json/subschemas.h"
 
 #include <algorithm>
@@ -14,8 +15,6 @@ namespace {
 namespace Keyword = Json::Keyword;
 
 using Json::Value;
-
-constexpr const char* kSecret = "secret";
 
 bool IsAnyOf(std::string_view word, std::initializer_list<std::string_view> words) {
   return std::find(words.begin(), words.end(), word) != words.end();
@@ -88,15 +87,31 @@ void PlainSchema::AddKept(const Value& schema, Value& plain,
       AddMember(plain, Json::Text(name), Value(value, allocator_));
     }
   }
-  if (Json::IsTrue(schema, kSecret) && !plain.HasMember("writeOnly")) {
+  if (Json::IsTrue(schema, Keyword::kSecret) && !plain.HasMember("writeOnly")) {
     plain.AddMember("writeOnly", true, allocator_);
   }
 }
 
+// A document holds the secret itself, or its mask.
 Value PlainSchema::Plain(const Value& schema, const View& view) {
   if (!schema.IsObject()) {
     return Value(schema, allocator_);
   }
+  Value plain = PlainUnmasked(schema, view);
+  if (!Json::IsTrue(schema, Keyword::kSecret)) {
+    return plain;
+  }
+  Value mask(rapidjson::kObjectType);
+  AddMember(mask, "const", Json::Copy(Json::kMask, allocator_));
+  Value either(rapidjson::kArrayType);
+  either.PushBack(plain, allocator_).PushBack(mask, allocator_);
+  Value masked(rapidjson::kObjectType);
+  AddMember(masked, "anyOf", std::move(either));
+  AddKept(schema, masked, IsAnnotation);
+  return masked;
+}
+
+Value PlainSchema::PlainUnmasked(const Value& schema, const View& view) {
   const Json::SchemaPlace place = type_.At(schema, view.kind);
   View inside = view;
   inside.kind = place.OwnKind();

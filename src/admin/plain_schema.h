@@ -59,6 +59,7 @@ class PlainSchema {
 
   Json::Value Refer(const Json::Value& schema, const View& view);
   Json::Value Plain(const Json::Value& schema, const View& view);
+  Json::Value PlainUnmasked(const Json::Value& schema, const View& view);
   void AddInner(const Json::Value& schema, const View& view, Json::Value& plain);
   void AddKept(const Json::Value& schema, Json::Value& plain,
                const std::function<bool(std::string_view)>& keeps);

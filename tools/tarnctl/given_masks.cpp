@@ -10,11 +10,11 @@ Findings FindMasks(const Json::Value& data, const TypeSchema& type) {
     return masks;
   }
   // There is nothing to restore, so that each mask is told of.
-  Json::Document given;
-  given.CopyFrom(data, given.GetAllocator());
+  JsonMaker make;
+  Json::Value given(data, make.GetAllocator());
   std::string pointer;
   Json::RestoreSecrets(
-      given, nullptr, type.Place(), given.GetAllocator(), pointer,
+      given, nullptr, type.Place(), make.GetAllocator(), pointer,
       {[](const std::string&) { return false; },
        [&](const std::string& place, const char*) {
          masks.push_back({place,

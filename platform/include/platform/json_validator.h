@@ -37,8 +37,14 @@ enum Rule : int {
 /// Validates a value and fills `result` with an array of findings, {"field": JSON Pointer, "error":
 /// text}, one for each fault, in document order; an empty array means valid. A value of the wrong
 /// type is one fault, whatever else is asked of it, and so is one that fits none of several forms.
-/// A schema that cannot be used is one finding on the root. The field of the root is "/". A
-/// validation has so many steps of work as large values of ordinary types need many times over;
+/// A schema that cannot be used is one finding on the root. The field of the root is "/".
+///
+/// Findings get into logs. Of a value that is secret, lies in a secret or stands where secrets belong
+/// (as Json::SchemaPlace tells) they hold nothing, and neither do they of names in a secret that the
+/// schema does not know: "***" stands for each, in fields, too. Values that the schema lists for such
+/// a place are not named.
+///
+/// A validation has so many steps of work as large values of ordinary types need many times over;
 /// where they end is a finding, "... could not be checked ...: it takes too much work", and what
 /// comes behind it is not checked. Safe from several threads.
 /// \param schema   of an installed type (SchemaObject::GetSchemaDocument), or any other
