@@ -53,6 +53,10 @@ TEST(Secrets, AreNotToldInFindings) {
     EXPECT_EQ(FindingsOf(secret + keywords + "}}}", R"({"a":)" + value + "}"), findings);
   }
 
+  // Whoever lets pass what is stored has to find it.
+  Expect(secret + R"("additionalProperties":{"items":{"readOnly":true}}}}})", R"({"a":{"x":[1]}})",
+         "/a: is read-only and may not be given", {4});
+
   Json::Document sound = Parsed(R"({"a":[0,{"\u00ff":1}]})");
   sound["a"][0].SetDouble(std::numeric_limits<double>::infinity());
   sound["a"][1].AddMember("\xFF", "\xFE", sound.GetAllocator());

@@ -249,6 +249,18 @@ void MemberRules::VisitArray(std::size_t begin, const Json::Value& array, const 
   CheckIdsAreUnique(ids, array, place);
 }
 
+// The place, or the innermost around it whose field leads there. What is read-only may be given as it
+// is stored, and whoever allows for that follows the field.
+const Place& MemberRules::Nameable(const Place& place) const {
+  const Place* nameable = &place;
+  for (const Place* step = &place; step->parent != nullptr; step = step->parent) {
+    if (findings_.WordsOf(*step).HidesName()) {
+      nameable = step->parent;
+    }
+  }
+  return *nameable;
+}
+
 void MemberRules::VisitChild(std::size_t begin, const Json::Value& value, const Place& place,
                              RuleSet rules, Json::SchemaPlace at) {
   Tags tags = 0;
@@ -258,7 +270,7 @@ void MemberRules::VisitChild(std::size_t begin, const Json::Value& value, const 
     reachable |= applied_[i].node->reachableTags;
   }
   if (rules.Has(RULE_NO_READ_ONLY) && (tags & kReadOnlyTag) != 0) {
-    findings_.Add(place, "is read-only and may not be given");
+    findings_.Add(Nameable(place), "is read-only and may not be given");
     rules = rules.Without(RULE_NO_READ_ONLY);
   }
   rules = StillOfUse(CheckPart(value, place, rules, at), reachable);

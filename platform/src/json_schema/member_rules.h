@@ -68,6 +68,7 @@ class MemberRules {
                   Json::SchemaPlace at);
   void VisitChild(std::size_t begin, const Json::Value& value, const Place& place, RuleSet rules,
                   Json::SchemaPlace at);
+  const Place& Nameable(const Place& place) const;
   RuleSet CheckPart(const Json::Value& value, const Place& place, RuleSet rules,
                     Json::SchemaPlace at);
   bool IsClosed(std::size_t begin, std::size_t end) const;

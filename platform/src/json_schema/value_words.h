@@ -49,6 +49,8 @@ class ValueWords {
 
   /// Values that the schema lists for this place are not told.
   bool HidesListedValues() const { return isSecret_ || holdsSecrets_; }
+  /// The name of the member at this place is not told.
+  bool HidesName() const { return hidesName_; }
 
  private:
   bool Hides(const Json::Value& value) const {
