@@ -12,6 +12,8 @@ namespace {
 
 using TarnConfigStore::ConfigStoreObjectId;
 
+constexpr const char* kReveal = "--reveal";
+
 /// At most `limit` parts, the last of which takes all that is left. Empty parts are kept.
 std::vector<std::string> Split(std::string_view text, char separator, std::size_t limit) {
   std::vector<std::string> parts;
@@ -132,6 +134,10 @@ std::vector<Argument> ReadArguments() {
   arguments.back().excludes = {kAllInstances, kWhere};
   arguments.push_back(RevealArgument());
   return arguments;
+}
+
+bool Reveals(const Given& given) {
+  return given.Has(kReveal);
 }
 
 Argument RevealArgument() {

@@ -47,20 +47,22 @@ inline constexpr const char* kPrefix = "PREFIX";
 inline constexpr const char* kMember = "MEMBER";
 inline constexpr const char* kAllInstances = "--all-instances";
 inline constexpr const char* kWhere = "--where";
-inline constexpr const char* kReveal = "--reveal";
 
 Argument ObjectArgument();
 Argument TypeArgument();
 Argument PrefixArgument();
 Argument MemberArgument();
+
+/// The option that shows secrets as they are, and whether it was given.
 Argument RevealArgument();
+bool Reveals(const Given& given);
 
 /// kObject, kAllInstances and kWhere: with either of the latter the verb is about the instances of
 /// the type that kObject names, as MeansInstances tells.
 std::vector<Argument> ObjectOrInstancesArguments();
 bool MeansInstances(const Given& given);
 
-/// The same, kMember for a member of the one object, and kReveal.
+/// The same, kMember for a member of the one object, and RevealArgument.
 std::vector<Argument> ReadArguments();
 
 }  // namespace tarnctl

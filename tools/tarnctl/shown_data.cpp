@@ -12,7 +12,7 @@ using TarnConfigStore::ConfigStoreObjectId;
 
 }  // namespace
 
-ShownData::ShownData(const Given& given) : reveals_(given.Has(kReveal)), typeId_("", "", "") {}
+ShownData::ShownData(const Given& given) : reveals_(Reveals(given)), typeId_("", "", "") {}
 
 const TypeSchema& ShownData::TypeOf(const ConfigStoreObject& object) {
   const ConfigStoreObjectId& id = object.GetConfigStoreObjectId();

@@ -16,7 +16,7 @@ namespace tarnctl {
 /// it has read last, as lists are of one type mostly.
 class ShownData {
  public:
-  /// \param given  of a verb that takes kReveal
+  /// \param given  of a verb that takes RevealArgument
   explicit ShownData(const Given& given);
 
   /// All that is shown of an object. Raises what TypeSchema raises, as TypeOf does.
