@@ -77,7 +77,7 @@ expect 0 '"password":"***"' "" export test
 expect 0 '"redacted":["/config/test/tool/guarded/password"]' "" export test
 "$tarnctl" export test >"$doc"
 expect 0 "" "=tarnctl: changed: 0, unchanged: 4" import - <"$doc"
-expect 0 "=hush" "" get $guarded password
+expect 0 "=hush" "" get --reveal $guarded password
 "$tarnctl" delete $guarded
 refused 4 "/config/test/tool/guarded/password: " import "$doc"
 sqlite3 "$store" "UPDATE Config SET Success = 0 WHERE Identifier = 'b'"

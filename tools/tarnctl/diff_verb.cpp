@@ -22,7 +22,7 @@ using TarnConfigStore::ReferenceState;
 
 constexpr const char* kWith = "--with";
 constexpr const char* kComplete = "--complete";
-constexpr const char* kReveal = "--reveal";
+
 constexpr std::string_view kRootWord = "root:";
 
 using Differences = std::vector<DriftObject>;
@@ -131,7 +131,7 @@ void Diff(const Given& given, const Output& output) {
   DriftOptions options;
   options.prefix = ParsePrefixIfGiven(prefix);
   options.complete = given.Has(kComplete);
-  options.reveal = given.Has(kReveal);
+  options.reveal = Reveals(given);
   options.longest = LimitOf(given);
   RequireStore();
   const Compared compared = Compare(given.Text(kWith), options);
@@ -165,9 +165,7 @@ Verb DiffVerb() {
                         {.name = kComplete,
                          .help = "The document has everything: show what it does not name, too",
                          .takes = Takes::NOTHING},
-                        {.name = kReveal,
-                         .help = "Secrets as they are, instead of \"***\"",
-                         .takes = Takes::NOTHING},
+                        RevealArgument(),
                         LimitArgument()},
           .note =
               "Lines begin with ~ (what is found -> what is expected), + (expected, and not "

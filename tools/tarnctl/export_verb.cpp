@@ -27,7 +27,7 @@ using TarnConfigStore::ExportReport;
 constexpr const char* kOutput = "--output";
 constexpr const char* kAllParts = "--all-parts";
 constexpr const char* kMetadata = "--metadata";
-constexpr const char* kReveal = "--reveal";
+
 constexpr const char* kSkipUnknown = "--skip-unknown";
 
 using Write = std::function<void(std::string_view)>;
@@ -79,7 +79,7 @@ class Export {
     }
     options_.allParts = given.Has(kAllParts);
     options_.metadata = given.Has(kMetadata);
-    options_.reveal = given.Has(kReveal);
+    options_.reveal = Reveals(given);
     options_.skipUnknown = given.Has(kSkipUnknown);
   }
 
@@ -183,7 +183,7 @@ Verb ExportVerb() {
                          "All that is stored and staged, to get the same store from it: not only "
                          "what the user set"),
                     flag(kMetadata, "With times, revisions and versions, as --all-parts has them"),
-                    flag(kReveal, "Secrets as they are, instead of \"***\""),
+                    RevealArgument(),
                     flag(kSkipUnknown,
                          "Leave out, and name, objects of types that are not "
                          "installed")},
