@@ -2,6 +2,7 @@
 
 #include "admin/misfits.h"
 #include "admin/row_views.h"
+#include "documents/part_rules.h"
 #include "documents/read_only.h"
 #include "json/equality.h"
 #include "json/secrets.h"
@@ -12,7 +13,6 @@
 #include "validation/guards.h"
 #include "validation/object_validation.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace TarnConfigStore {
@@ -56,55 +56,6 @@ RowText TextOf(Section section) {
       break;
   }
   return &StoredRow::user;
-}
-
-const RuleSet& RulesOf(Section section) {
-  switch (section) {
-    case Section::VITAL:
-      return VitalRules();
-    case Section::CACHED:
-      return CachedRules();
-    case Section::USER:
-    case Section::AUTOMATIC:
-    case Section::PENDING:
-      break;
-  }
-  return PartialRules();  // what one part leaves out, others may hold
-}
-
-bool HoldsOnlyIds(const Json::Value& value, Json::SchemaPlace place) {
-  if (value.IsArray()) {
-    return std::all_of(value.Begin(), value.End(), [&](const Json::Value& element) {
-      return element.IsObject() && HoldsOnlyIds(element, place.Items());
-    });
-  }
-  return value.IsObject() &&
-         std::all_of(value.MemberBegin(), value.MemberEnd(), [&](const auto& member) {
-           const std::string_view name = Json::Text(member.name);
-           return place.IsIdMember(name) || (Json::IsContainer(member.value) &&
-                                             HoldsOnlyIds(member.value, place.Property(name)));
-         });
-}
-
-// Takes out the members that hold nothing but ids.
-void DropBareIds(Json::Value& value, Json::SchemaPlace place) {
-  if (value.IsArray()) {
-    for (Json::Value& element : value.GetArray()) {
-      DropBareIds(element, place.Items());
-    }
-    return;
-  }
-  if (!value.IsObject()) {
-    return;
-  }
-  for (auto member = value.MemberBegin(); member != value.MemberEnd();) {
-    const Json::SchemaPlace property = place.Property(Json::Text(member->name));
-    if (Json::IsContainer(member->value) && HoldsOnlyIds(member->value, property)) {
-      member = value.EraseMember(member);
-    } else {
-      DropBareIds(member++->value, property);
-    }
-  }
 }
 
 // A row as it is read for an update.
@@ -303,22 +254,6 @@ void ObjectPlan::CheckReadOnly(const ObjectHandle& object, Section section,
   Add(section, std::move(findings));
 }
 
-// Lists of nothing but ids can be left in a part of which everything else was taken away.
-std::vector<ErrorInfo> ObjectPlan::FaultsOfPart(const ObjectHandle& object, Section section) const {
-  std::vector<ErrorInfo> errors;
-  if (ValidateObjectData(type_.schema, object, RulesOf(section), errors, true)) {
-    return {};
-  }
-  const auto rest = std::make_shared<ConfigStoreObject>(object_.id);
-  Json::Value& data = RootOf(rest);
-  data.CopyFrom(RootOf(object), Internal::Access::Of(*rest).GetAllocator());
-  DropBareIds(data, type_.schema->GetSchemaPlace());
-  std::vector<ErrorInfo> others;
-  const bool fits = ValidateObjectData(type_.schema, rest, RulesOf(section), others, true) &&
-                    ValidateObjectData(type_.schema, object, UpdateRules(), others, true);
-  return fits ? std::vector<ErrorInfo>() : errors;
-}
-
 // As they stand: an import of all parts gives the rows that were exported.
 void ObjectPlan::JudgeParts(const StoredRow* stored) {
   for (std::size_t i = 0; i < kSections; ++i) {
@@ -327,7 +262,7 @@ void ObjectPlan::JudgeParts(const StoredRow* stored) {
       continue;
     }
     const ObjectHandle object = MakeGiven(section, stored);
-    Add(section, FaultsOfPart(object, section));
+    Add(section, FaultsOfPart(type_.schema, object, section));
     if (mode_.apply) {
       CheckReadOnly(object, section, stored);
     }

@@ -62,7 +62,6 @@ class ObjectPlan {
   ObjectHandle MakeGiven(Section section, const StoredRow* stored);
   void RestoreMasks(const ObjectHandle& object, Section section, const StoredRow* stored);
   void Validate(const ObjectHandle& object, const StoredRow* stored);
-  std::vector<ErrorInfo> FaultsOfPart(const ObjectHandle& object, Section section) const;
   bool FitsRow(const StoredRow* stored);
   void CheckReadOnly(const ObjectHandle& object, Section section, const StoredRow* stored);
   bool HasFaults() const { return !findings_.empty(); }

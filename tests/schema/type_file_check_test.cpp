@@ -47,7 +47,9 @@ TEST(TypeFileCheck, GoodFilesAreGood) {
   Expect(File(R"({"type":"object","vital":true,"shared":true,"properties":{"a":{"vital":true}}})",
               R"(,"description":"all","$comment":"x")"),
          {});
-  Expect(Properties(R"("id":{"type":"string","instanceId":true},"x~y":{"x-own":1,"readOnly":true,"secret":true},
+  Expect(
+      Properties(
+          R"("id":{"type":"string","instanceId":true},"x~y":{"x-own":1,"readOnly":true,"secret":true},
                     "edited":{"vital":true,"properties":{"a":{"vital":false,"cached":false},
                               "b":{"markdownDescription":"*b*","enumDescriptions":[],"deprecated":true,
                                    "writeOnly":false,"examples":[1],"errorMessage":"no"}}},
@@ -55,7 +57,7 @@ TEST(TypeFileCheck, GoodFilesAreGood) {
                     "list":{"items":{"type":"object","generatedInstanceId":true,
                             "properties":{"a":{"vital":true},"b":{}}}},
                     "plain":{"cached":true,"items":{"properties":{"a":{},"b":{}}}})"),
-         {});
+      {});
   Expect(
       Properties(R"("tree":{"$ref":"#/definitions/node","vital":true,"default":{"left":{"n":1}}})",
                  R"(,"definitions":{"node":{"type":"object","properties":{"n":{"type":"integer",
@@ -130,14 +132,15 @@ TEST(TypeFileCheck, EachRuleIsReportedAtItsPlace) {
          {"/schema/properties/a/$ref: leads to data that is tagged otherwise",
           "/schema/properties/b/$ref: leads to data that is tagged otherwise",
           "/schema/properties/e/$ref: the reference \"#/definitions/x~2\" is no JSON Pointer"});
-  Expect(Properties(
-             R"("a":{"anyOf":[{"$ref":"#d"}],"additionalProperties":{"$ref":"#/definitions/e"}},
+  Expect(
+      Properties(
+          R"("a":{"anyOf":[{"$ref":"#d"}],"additionalProperties":{"$ref":"#/definitions/e"}},
                       "b":{"$ref":"#/definitions/e"})",
-             R"(,"definitions":{"d":{"$id":"#d","properties":{"v":{"vital":true}}},
+          R"(,"definitions":{"d":{"$id":"#d","properties":{"v":{"vital":true}}},
                       "e":{"items":{"properties":{"id":)" +
-                 id + R"(}}}})"),
-         {"/schema/properties/a/anyOf/0/$ref: leads to instance ids, secrets, or vital",
-          "/schema/properties/a/additionalProperties/$ref: leads to instance ids, secrets, or vital"});
+              id + R"(}}}})"),
+      {"/schema/properties/a/anyOf/0/$ref: leads to instance ids, secrets, or vital",
+       "/schema/properties/a/additionalProperties/$ref: leads to instance ids, secrets, or vital"});
   Expect(Properties(R"("l":{"items":{"$ref":"#/definitions/e"}})",
                     R"(,"definitions":{"e":{"properties":{"id":)" + id +
                         R"(,"v":{"vital":true},"u":{}}}})"),
