@@ -51,6 +51,23 @@ done
 "$tarnctl" set test/tool/shapes/~1 - <<<'{"serial":"S","seen":{"at":"2001-01-01"},"tuple":[{"t":[1e300]},2],"patterns":{"n1":7,"x":{"z":[[]]}},
   "rules":[{"allow":"vital"}],"parts":[{"name":"1","n":[["on"]]},{"name":"2"}],"tree":{"label":"yes","below":[{"label":"-"}]}}'
 "$tarnctl" next-boot set test/tool/drivers/d - <<<'{"serial":"0x1","link":{"speed":1},"depth":8,"ports":[{"id":"1","speed":5,"mac":"m","peer":"p"}]}'
+# One of each of the other sample types.
+others='boot/device diskId=naa.600508b1001c partition=5
+network/firewallRules/web direction=inbound ports=[443] hits=3
+network/switches/s uplinks=["nic0"] portGroups=[{"name":"M"},{"name":"G","vlan":7}]
+power/policy profile=balanced
+security/accountPolicy administrators=["root"]
+services/remoteShell enabled=true port=22
+services/syslog localSeverity=info
+services/time enabled=true maximumStep=10
+storage/adapters/hba0 queueDepth=64 worldWideName=0123456789abcdef
+storage/mounts/m hosts=["10.0.0.5"] share=/x
+system/identity uuid=00000000-0000-4000-8000-000000000001 hostName=h
+system/sensors/cpu reading=41.5 unit=celsius'
+while read -r name members; do
+  # shellcheck disable=SC2086
+  "$tarnctl" set "tarn/$name" $members || fail "$name is not set"
+done <<<"$others"
 sqlite3 "$store" "UPDATE Config SET Success = 0, CreationTime = '2020-01-02 03:04:05' WHERE Identifier = 'b'"
 expect 0 "" "" export --all-parts --reveal -o "$doc"
 expect 0 "" "" export --all-parts --reveal -o "$yaml"
@@ -62,12 +79,15 @@ cmp -s "$doc" "$work/json.yaml" || fail "--json does not count where the file's 
 for file in "$doc" "$yaml"; do
   TARN_HOST_ROOT=$work/other new_host
   other=$work/other/etc/kestrel/configstore/current-store-1
-  expect 0 "created $nics/a" "=tarnctl: changed: 10, unchanged: 0" --root "$work/other" import --replace-all "$file"
+  expect 0 "created $nics/a" "=tarnctl: changed: 22, unchanged: 0" --root "$work/other" import --replace-all "$file"
   diff <(rows "$store") <(rows "$other") >&2 || fail "the rows of $file are not those of the host"
   "$tarnctl" --root "$work/other" export --all-parts --reveal | cmp -s - "$doc" || fail "$file does not come back as it was"
-  expect 0 "" "=tarnctl: changed: 0, unchanged: 10" --root "$work/other" import --replace-all "$file"
+  expect 0 "" "=tarnctl: changed: 0, unchanged: 22" --root "$work/other" import --replace-all "$file"
   rm -r "$work/other"
 done
+while read -r name members; do
+  "$tarnctl" delete "tarn/$name"
+done <<<"$others"
 sqlite3 "$store" "UPDATE Config SET Success = 1"
 "$tarnctl" next-boot reset $options 2>/dev/null
 "$tarnctl" next-boot reset test/tool/drivers 2>/dev/null
