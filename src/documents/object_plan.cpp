@@ -2,6 +2,7 @@
 
 #include "admin/misfits.h"
 #include "admin/row_views.h"
+#include "documents/empty_elements.h"
 #include "documents/part_rules.h"
 #include "documents/read_only.h"
 #include "json/equality.h"
@@ -10,6 +11,7 @@
 #include "objects/division.h"
 #include "objects/generated_ids.h"
 #include "store/layer_update.h"
+#include "validation/cleanup.h"
 #include "validation/guards.h"
 #include "validation/object_validation.h"
 
@@ -152,6 +154,11 @@ ObjectHandle ObjectPlan::MakeGiven(Section section, const StoredRow* stored) {
   auto object = std::make_shared<ConfigStoreObject>(object_.id);
   ConfigStoreObjectImpl& data = Internal::Access::Of(*object);
   data.GetRoot().CopyFrom(*object_.Of(section).value, data.GetAllocator());
+  if (!IsDivided() && HoldsEmptyContent(data.GetRoot())) {
+    FindEmptyElements(data.GetRoot(), type_.schema->GetSchemaPlace(), object_.Pointer(section),
+                      findings_);
+  }
+
   RestoreMasks(object, section, stored);
   return object;
 }

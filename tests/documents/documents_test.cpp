@@ -230,6 +230,8 @@ TEST_F(Documents, EveryFaultIsNamedWithItsPlaceAndNothingIsWritten) {
        "/config/tarn/test/plain/name: |/config/tarn/test/plain/x: |/config/tarn/test/switch/1/mtu: "
        "|"
        "/config/tarn/test/switch/2: the object holds no data"},
+      {Config(R"("switch":[{"name":"a","mtu":1,"rules":[{"allow":"x"},{}],"ports":[{"id":"1"}]}])"),
+       "/config/tarn/test/switch/0/rules/1: holds nothing"},
       {R"({"format":1,"config":{},"metadata":{"objects":{"tarn":{"test":{"plain":{"revision":"x"}}}}}})",
        "/metadata/objects/tarn/test/plain: is of no object"},
   };
