@@ -16,7 +16,8 @@ using TarnConfigStore::ConfigStoreObject;
 using TarnConfigStore::ConfigStoreObjectId;
 
 std::string PlaceOf(std::size_t element) {
-  return "/" + std::to_string(element);
+  std::string pointer = "/";
+  return pointer.append(std::to_string(element));
 }
 
 // The places of an object's findings are places in one element of the list.
