@@ -4,6 +4,7 @@
 #include "admin/row_views.h"
 #include "documents/empty_elements.h"
 #include "documents/part_rules.h"
+#include "documents/quick_difference.h"
 #include "documents/read_only.h"
 #include "json/equality.h"
 #include "json/secrets.h"
@@ -133,7 +134,8 @@ bool ObjectPlan::IsStored(const StoredRow& stored) {
   }
   Json::Document known;
   const bool same =
-      text_ == *stored.user || (Json::Parse(*stored.user, known) && Json::Equal(given, known));
+      text_ == *stored.user || (!DiffersAtOnce(*stored.user, given) &&
+                                Json::Parse(*stored.user, known) && Json::Equal(given, known));
   differs_ = !same;
   return same;
 }
@@ -151,14 +153,13 @@ ObjectHandle ObjectPlan::Known(Section section, const StoredRow* stored) const {
 }
 
 ObjectHandle ObjectPlan::MakeGiven(Section section, const StoredRow* stored) {
-  auto object = std::make_shared<ConfigStoreObject>(object_.id);
-  ConfigStoreObjectImpl& data = Internal::Access::Of(*object);
-  data.GetRoot().CopyFrom(*object_.Of(section).value, data.GetAllocator());
-  if (!IsDivided() && HoldsEmptyContent(data.GetRoot())) {
-    FindEmptyElements(data.GetRoot(), type_.schema->GetSchemaPlace(), object_.Pointer(section),
-                      findings_);
+  const auto data = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text_.size()));
+  Json::Value& root = *data->GetJsonValuePtr();
+  root.CopyFrom(*object_.Of(section).value, data->GetAllocator());
+  const ObjectHandle object = MakeObject(data, object_.id, type_.schema);
+  if (!IsDivided() && HoldsEmptyContent(root)) {
+    FindEmptyElements(root, type_.schema->GetSchemaPlace(), object_.Pointer(section), findings_);
   }
-
   RestoreMasks(object, section, stored);
   return object;
 }

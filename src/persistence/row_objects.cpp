@@ -41,9 +41,14 @@ ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
 
 ObjectHandle MakeObject(const std::string& text, const ConfigStoreObjectId& id,
                         const SchemaHandle& schema) {
+  return MakeObject(CreateDocumentFromString(text), id, schema);
+}
+
+ObjectHandle MakeObject(const std::shared_ptr<JsonDoc>& data, const ConfigStoreObjectId& id,
+                        const SchemaHandle& schema) {
   return Internal::Access::Wrap(std::make_shared<ConfigStoreObjectImpl>(
-      id, NoParent(), std::nullopt, CreateDocumentFromString(text), schema, kEmptyString,
-      kEmptyString, kEmptyString, kDefaultRevision, true, nullptr, nullptr));
+      id, NoParent(), std::nullopt, data, schema, kEmptyString, kEmptyString, kEmptyString,
+      kDefaultRevision, true, nullptr, nullptr));
 }
 
 std::string_view UserColumn(const RowMap& row, int upgradeContext) {

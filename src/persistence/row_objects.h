@@ -22,6 +22,10 @@ ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
 ObjectHandle MakeObject(const std::string& text, const ConfigStoreObjectId& id,
                         const SchemaHandle& schema);
 
+/// The same of data that are at hand.
+ObjectHandle MakeObject(const std::shared_ptr<JsonDoc>& data, const ConfigStoreObjectId& id,
+                        const SchemaHandle& schema);
+
 /// The user's object if the row is confirmed ("Success" is "1"), else an empty pointer.
 ObjectHandle MakeConfirmedUserObject(const RowMap& row, const ConfigStoreObjectId& id,
                                      const SchemaHandle& schema);
