@@ -121,7 +121,7 @@ class Comparison {
 }  // namespace
 
 void FindDifferences(const Json::Value* expected, const Json::Value* found, Json::SchemaPlace place,
-                     std::string pointer, const DifferenceVisitor& visit) {
+                     const std::string& pointer, const DifferenceVisitor& visit) {
   Comparison(visit).Compare(expected, found, place, pointer);
 }
 

@@ -20,7 +20,7 @@ using DifferenceVisitor =
 /// the same in another order, the list differs.
 /// \param pointer  of the place, as it is to be given out
 void FindDifferences(const Json::Value* expected, const Json::Value* found, Json::SchemaPlace place,
-                     std::string pointer, const DifferenceVisitor& visit);
+                     const std::string& pointer, const DifferenceVisitor& visit);
 
 /// What a pointer of that kind leads to, or null.
 const Json::Value* FindByIds(const Json::Value& value, Json::SchemaPlace place,

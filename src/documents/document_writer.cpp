@@ -9,7 +9,7 @@
 namespace TarnConfigStore {
 namespace {
 
-constexpr std::size_t kPiece = 64 * 1024;
+constexpr std::size_t kPiece = std::size_t{64} * 1024;
 
 }  // namespace
 

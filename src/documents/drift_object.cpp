@@ -122,6 +122,7 @@ std::vector<DriftObject> DriftObject::GetSubObjectInstances(const std::string& k
     ThrowException<ConfigStoreException>(CS_DRIFT_INSTANCES_NOT_FOUND, key);
   }
   std::vector<DriftObject> objects;
+  objects.reserve(instances.size());
   for (const std::string& instanceId : instances) {
     objects.push_back(GetSubObject(SubObjectId(key, instanceId)));
   }

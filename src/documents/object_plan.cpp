@@ -156,7 +156,7 @@ ObjectHandle ObjectPlan::MakeGiven(Section section, const StoredRow* stored) {
   const auto data = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text_.size()));
   Json::Value& root = *data->GetJsonValuePtr();
   root.CopyFrom(*object_.Of(section).value, data->GetAllocator());
-  const ObjectHandle object = MakeObject(data, object_.id, type_.schema);
+  ObjectHandle object = MakeObject(data, object_.id, type_.schema);
   if (!IsDivided() && HoldsEmptyContent(root)) {
     FindEmptyElements(root, type_.schema->GetSchemaPlace(), object_.Pointer(section), findings_);
   }

@@ -82,32 +82,31 @@ void DocumentPlan::WorkOnRecord(const NamedChange& change, const std::shared_ptr
                                 const SchemaHandle& type) {
   std::vector<ErrorInfo> findings;
   ColumnValues values;
-  if (!type) {
-    ValidateIdentity(type, change.id, findings);
-  } else if (!type->IsRebootRequired()) {
+  if (type && !type->IsRebootRequired()) {
     findings.push_back({"/", "changes of the type do not wait for the next boot"});
-  } else if (change.action == NextBootAction::SET) {
+  } else if (type && change.action == NextBootAction::SET) {
     for (std::size_t i = 0; i < kStagedParts.size(); ++i) {
       const Json::Value* given = PartOf(change, i);
       if (given == nullptr) {
         continue;
       }
-      Json::Document part;
-      part.CopyFrom(*given, part.GetAllocator());
+      JsonDoc part;
+      Json::Value& value = *part.GetJsonValuePtr();
+      value.CopyFrom(*given, part.GetAllocator());
       Json::Document known;
       const auto text = !stored ? std::nullopt : stored->Find(kStagedParts[i].column);
       const bool isKnown = text && Json::Parse(*text, known);
       std::string pointer = change.pointer + "/" + kStagedParts[i].name;
       Json::RestoreSecrets(
-          part, isKnown ? &known : nullptr, type->GetSchemaPlace(), part.GetAllocator(), pointer,
+          value, isKnown ? &known : nullptr, type->GetSchemaPlace(), part.GetAllocator(), pointer,
           {[this](const std::string& masked) { return document_.redacted.count(masked) != 0; },
            [this](const std::string& masked, const char* reason) {
              report_.findings.push_back({masked, reason});
            }});
-      Json::Serialize(part, (values.*kStagedParts[i].text).emplace());
+      Json::Serialize(value, (values.*kStagedParts[i].text).emplace());
     }
     JudgeStagedContent(RowOf(values), change.id, type, findings);
-  } else if (change.action == NextBootAction::DELETE_INSTANCE) {
+  } else if (!type || change.action == NextBootAction::DELETE_INSTANCE) {
     ValidateIdentity(type, change.id, findings);
   } else if (!change.id.instanceId.empty()) {
     findings.push_back({std::string("/") + kInstanceName, "a deletion of everything names none"});

@@ -2,6 +2,7 @@
 
 #include "json/equality.h"
 #include "json/instance_ids.h"
+#include "json/json_doc.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/filter.h"
 
@@ -71,16 +72,17 @@ void DropGeneratedIds(Json::Value& value) {
 }
 
 bool EqualButForGeneratedIds(const Json::Value& a, const Json::Value& b) {
-  const auto cleared = [](const Json::Value& value, Json::Document& copy) -> const Json::Value& {
+  const auto cleared = [](const Json::Value& value, JsonDoc& copy) -> const Json::Value& {
     if (!HasGeneratedInstanceId(value)) {
       return value;
     }
-    copy.CopyFrom(value, copy.GetAllocator());
-    ClearGeneratedInstanceId(copy);
-    return copy;
+    Json::Value& root = *copy.GetJsonValuePtr();
+    root.CopyFrom(value, copy.GetAllocator());
+    ClearGeneratedInstanceId(root);
+    return root;
   };
-  Json::Document copyOfA;
-  Json::Document copyOfB;
+  JsonDoc copyOfA;
+  JsonDoc copyOfB;
   return Json::Equal(cleared(a, copyOfA), cleared(b, copyOfB));
 }
 
