@@ -39,9 +39,7 @@ DocumentReport Bring(std::string_view text, const DocumentMode& mode, bool check
     }
     plan.Write(connection);
   });
-  for (const ConfigStoreObjectId& id : plan.Changed()) {
-    NotifyIfAllowlisted(id, connection);
-  }
+  NotifyIfAllowlisted(plan.Changed(), connection);
   return plan.Report();
 }
 

@@ -52,6 +52,13 @@ void Announce(const ConfigStoreObjectId& id, const std::string& typeName) {
   }
 }
 
+void AnnounceIfAllowlisted(const ConfigStoreObjectId& id) {
+  const std::string typeName = DottedName(id, id.key);
+  if (IsAllowlisted(id, typeName)) {
+    Announce(id, typeName);
+  }
+}
+
 }  // namespace
 
 bool IsKeeldNotificationEnabled(const DBStore::ConnectionHandle& connection) {
@@ -67,15 +74,25 @@ void NotifyIfAllowlisted(const ConfigStoreObjectId& id,
                          const DBStore::ConnectionHandle& connection) noexcept {
   const NoCancellation uncancelled;
   try {
-    if (!IsKeeldNotificationEnabled(connection)) {
-      return;
-    }
-    const std::string typeName = DottedName(id, id.key);
-    if (IsAllowlisted(id, typeName)) {
-      Announce(id, typeName);
+    if (IsKeeldNotificationEnabled(connection)) {
+      AnnounceIfAllowlisted(id);
     }
   } catch (...) {
     // The change is made: not even running out of memory over the telling may look like a failure.
+  }
+}
+
+void NotifyIfAllowlisted(const std::vector<ConfigStoreObjectId>& ids,
+                         const DBStore::ConnectionHandle& connection) noexcept {
+  const NoCancellation uncancelled;
+  try {
+    if (!ids.empty() && IsKeeldNotificationEnabled(connection)) {
+      for (const ConfigStoreObjectId& id : ids) {
+        AnnounceIfAllowlisted(id);
+      }
+    }
+  } catch (...) {
+    // As above.
   }
 }
 

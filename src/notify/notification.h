@@ -5,6 +5,8 @@
 
 #include "platform/db_store.h"
 
+#include <vector>
+
 namespace TarnConfigStore {
 
 /// Announces a change of an object to the management daemon, when notification is switched on and
@@ -17,6 +19,9 @@ void NotifyIfAllowlisted(const ConfigStoreObjectId& id,
                          const DBStore::ConnectionHandle& connection) noexcept;
 /// The same for callers that hold no connection.
 void NotifyIfAllowlisted(const ConfigStoreObjectId& id) noexcept;
+/// The same for several objects, one after the other; the switch is read once.
+void NotifyIfAllowlisted(const std::vector<ConfigStoreObjectId>& ids,
+                         const DBStore::ConnectionHandle& connection) noexcept;
 
 /// True exactly when the entry "NOTIFY_KEELD" holds "true"; an entry that cannot be read counts as
 /// off.

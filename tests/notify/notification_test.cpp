@@ -1,6 +1,8 @@
 #include "notify/notification.h"
 
 #include "tarnconfigstore/config_store.h"
+#include "tarnconfigstore/documents.h"
+#include "tarnconfigstore/drift.h"
 #include "tarnconfigstore/key_values.h"
 
 #include "platform/db_testing.h"
@@ -88,6 +90,31 @@ TEST_F(NotificationTest, SendsOneMessageToTheByte) {
     EXPECT_EQ(daemon.Receive(), message("tarn.network.switches"));
     NotifyIfAllowlisted({"op\"tions\xC3\xA9", "tkernel", "tarn"});
     EXPECT_EQ(daemon.Receive(), message("tarn.tkernel.op\"tions\xC3\xA9"));
+  });
+}
+
+TEST_F(NotificationTest, DocumentsAnnounceEachObjectThatTheyChange) {
+  InstallType(host_, kPlainType);
+  InstallType(host_, kSwitchType);
+  Allow(R"(["tarn.test.plain", "tarn.test.switch"])");
+  InChild([&] {
+    const Listener daemon(kSocket);
+    const std::string document = R"({"format":1,"config":{"tarn":{"test":{"plain":{"name":"x"},)"
+                                 R"("switch":[{"name":"a","mtu":1},{"name":"b","mtu":2}]}}}})";
+    ImportConfig(document, {.mode = ImportMode::REPLACE_NAMED, .check = true});
+    ComputeDrift(document, {});
+    EXPECT_EQ(Announced(daemon), "");
+    ImportConfig(document, {.mode = ImportMode::REPLACE_NAMED});
+    EXPECT_EQ(Announced(daemon), "tarn.test.plain tarn.test.switch tarn.test.switch ");
+    std::string changed = document;
+    changed.replace(changed.find("\"mtu\":2"), 7, "\"mtu\":3");
+    ApplyConfig(changed, {});
+    EXPECT_EQ(Announced(daemon), "tarn.test.switch ");
+    EXPECT_EQ(Raised([&] {
+                ApplyConfig(changed.replace(changed.find(":3"), 2, ":[]"), {});
+              }).substr(0, 7),
+              "VE 1091");
+    EXPECT_EQ(Announced(daemon), "");
   });
 }
 
