@@ -2,11 +2,39 @@
 
 #include "json/utf8.h"
 
+#include <algorithm>
+
 namespace Json {
 
 bool IsInstanceId(std::string_view text) noexcept {
   return !text.empty() && text.size() <= kMaxInstanceIdSize && Utf8::IsValid(text) &&
          !Utf8::HasControls(text);
+}
+
+bool HasGeneratedId(const Value& value) {
+  if (value.IsArray()) {
+    return std::any_of(value.Begin(), value.End(), HasGeneratedId);
+  }
+  return value.IsObject() &&
+         std::any_of(value.MemberBegin(), value.MemberEnd(), [](const auto& member) {
+           return Text(member.name) == kGeneratedInstanceId || HasGeneratedId(member.value);
+         });
+}
+
+void ClearGeneratedIds(Value& value) {
+  if (value.IsArray()) {
+    for (Value& element : value.GetArray()) {
+      ClearGeneratedIds(element);
+    }
+  } else if (value.IsObject()) {
+    const auto generated = value.FindMember(kGeneratedInstanceId);
+    if (generated != value.MemberEnd()) {
+      value.EraseMember(generated);
+    }
+    for (auto& member : value.GetObject()) {
+      ClearGeneratedIds(member.value);
+    }
+  }
 }
 
 std::optional<std::string_view> InstanceIdOf(const Value& object, std::string_view idMember) {

@@ -21,6 +21,12 @@ inline constexpr std::size_t kMaxInstanceIdSize = 255;
 /// another row; a line end would forge lines in logs.
 bool IsInstanceId(std::string_view text) noexcept;
 
+/// True when there are generated ids at any depth.
+bool HasGeneratedId(const Value& value);
+
+/// Removes the generated ids at any depth.
+void ClearGeneratedIds(Value& value);
+
 /// The text in the id member of an object; nothing where there is none, or where objects of its kind
 /// have no ids.
 /// \param idMember  the member's name, or empty: even then there may be a member that is named ""

@@ -40,19 +40,6 @@ void ForEachBelow(Any& value, SchemaPlace place, std::string& pointer, const Vis
   }
 }
 
-void DropGeneratedIds(Value& value) {
-  if (value.IsArray()) {
-    for (Value& element : value.GetArray()) {
-      DropGeneratedIds(element);
-    }
-  } else if (value.IsObject()) {
-    value.RemoveMember(kGeneratedInstanceId);
-    for (auto& member : value.GetObject()) {
-      DropGeneratedIds(member.value);
-    }
-  }
-}
-
 void SortMembers(Value& value) {
   if (value.IsArray()) {
     for (Value& element : value.GetArray()) {
@@ -73,7 +60,7 @@ Document Shown(const Value& value, SchemaPlace place) {
   shown.CopyFrom(value, shown.GetAllocator());
   std::string pointer;
   MaskSecrets(shown, place, shown.GetAllocator(), pointer, {});
-  DropGeneratedIds(shown);
+  ClearGeneratedIds(shown);
   return shown;
 }
 

@@ -86,7 +86,8 @@ struct ExportReport {
 /// \param write   gets the text piece by piece. What it throws ends the export and passes through. It
 ///                may use the library, but a long stay keeps the database's log from being shortened
 /// \throws ConfigStoreException 1037 for a row whose type is not installed, 2000 for one that its type
-///         has no place for, unless they are skipped
+///         has no place for, or whose instance id is none, unless they are skipped; 2000 for data that name
+///         another instance than their row, and for a time or version that is none
 /// \throws InvalidArgumentException 1080 for a row that is not JSON
 TARN_CONFIG_STORE_EXPORT ExportReport
 ExportConfig(const ConfigStoreObjectId& prefix, const ExportOptions& options,
@@ -156,8 +157,8 @@ struct ImportOptions {
 /// commit.
 /// \return what came of each object. With `check`, what would
 /// \throws InvalidArgumentException 1080 for a text that is not JSON, 2000 for one that is too long
-/// \throws ValidationException 2000 while the host boots, as the writes of ConfigStore do
-
+/// \throws ValidationException 2000 while the host boots, as the writes of ConfigStore do; and where changes
+///         are to be staged while it boots or is upgraded, as ConfigStore::GetNextBootStore
 /// \throws ValidationException 1089 with every finding of every object, each field a JSON Pointer
 ///         into the document; not with `check`
 TARN_CONFIG_STORE_EXPORT DocumentReport ImportConfig(std::string_view document,

@@ -40,17 +40,13 @@ void Add(const ConfigStoreObjectId& id, DataPlace place, ErrorInfo error,
 
 // A column whose text is not JSON.
 void FindDamage(const StoredRow& row, const ConfigStoreObjectId& id, std::vector<Misfit>& misfits) {
-  const std::pair<const char*, RowText> columns[] = {{"AutoConfValue", &StoredRow::automatic},
-                                                     {"CachedValue", &StoredRow::cached},
-                                                     {"VitalValue", &StoredRow::vital},
-                                                     {"UserValue", &StoredRow::user},
-                                                     {"DesiredValue", &StoredRow::pending}};
-  for (const auto& [name, column] : columns) {
-    Json::Document document;
-    if (!(row.*column)) {
+  for (const auto& [name, column] : kValueColumns) {
+    const std::optional<std::string>& text = row.*column;
+    if (!text) {
       continue;
     }
-    if (const Json::ParseResult result = Json::Parse(*(row.*column), document); !result) {
+    JsonDoc document(JsonDoc::CapacityFor(text->size()));
+    if (const Json::ParseResult result = document.Parse(*text, Json::Origin::STORED); !result) {
       const DataPlace place = column == &StoredRow::pending ? DataPlace::PENDING
                               : column == &StoredRow::user && !row.confirmed
                                   ? DataPlace::UNCONFIRMED

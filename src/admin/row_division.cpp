@@ -46,7 +46,7 @@ bool ReadTheSame(const ObjectHandle& a, const ObjectHandle& b) {
     return !a && !b;
   }
   for (const ObjectHandle& object : {a, b}) {
-    ClearGeneratedInstanceId(RootOf(object));
+    Json::ClearGeneratedIds(RootOf(object));
     DropNulls(RootOf(object));
   }
   return Json::Equal(RootOf(a), RootOf(b));

@@ -12,9 +12,6 @@
 
 namespace TarnConfigStore {
 
-/// One of the texts of a row.
-using RowText = std::optional<std::string> StoredRow::*;
-
 /// A way to read a row, now or once what waits in it is confirmed or dropped.
 struct RowView {
   DataPlace place;

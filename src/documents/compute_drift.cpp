@@ -9,6 +9,7 @@
 #include "persistence/prefix_rows.h"
 
 namespace TarnConfigStore {
+
 std::vector<DriftObject> ComputeDrift(std::string_view text, const DriftOptions& options) {
   CSLogger::Log(CSLogger::kTrace, "%s invoked", "ComputeDrift");
   const ConfigDocument document = ReadConfigDocument(text, options.longest);

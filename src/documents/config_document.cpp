@@ -8,7 +8,9 @@
 #include <algorithm>
 
 namespace TarnConfigStore {
+namespace {
 
+// "/NAME/COMPONENT/GROUP/KEY" in a document.
 std::string SectionPointer(const char* name, const ConfigStoreObjectId& id) {
   std::string pointer;
   for (const std::string_view token : {std::string_view(name), std::string_view(id.component),
@@ -16,6 +18,15 @@ std::string SectionPointer(const char* name, const ConfigStoreObjectId& id) {
     Json::AppendToken(pointer, token);
   }
   return pointer;
+}
+
+}  // namespace
+
+bool IsTime(std::string_view text) {
+  constexpr std::string_view kForm = "dddd-dd-dd dd:dd:dd";
+  return std::equal(text.begin(), text.end(), kForm.begin(), kForm.end(), [](char c, char form) {
+    return form == 'd' ? c >= '0' && c <= '9' : c == form;
+  });
 }
 
 std::string NamedObject::Pointer(Section section) const {

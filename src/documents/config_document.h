@@ -5,12 +5,12 @@
 #include "tarnconfigstore/listing.h"
 
 #include "documents/sections.h"
+#include "documents/staged_parts.h"
 #include "json/json_doc.h"
 #include "objects/handles.h"
 
 #include <array>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -37,7 +37,6 @@ struct NamedObject {
   ConfigStoreObjectId id;
   std::array<Part, kSections> parts;
   RowInfo info;
-  std::vector<ErrorInfo> findings;  ///< of its form
 
   const Part& Of(Section section) const { return parts[static_cast<std::size_t>(section)]; }
   /// JSON Pointer to a part in the document.
@@ -59,10 +58,8 @@ struct NamedChange {
   ConfigStoreObjectId id;
   std::string pointer;
   NextBootAction action = NextBootAction::SET;
-  std::string version;
-  const Json::Value* user = nullptr;
-  const Json::Value* vital = nullptr;
-  const Json::Value* cached = nullptr;
+  std::string version = {};
+  std::array<const Json::Value*, kStagedParts.size()> parts = {};
 };
 
 /// A document that has been read: values and types live as long as it.
@@ -84,7 +81,7 @@ struct ConfigDocument {
 /// and 2000 for one that is too long.
 ConfigDocument ReadConfigDocument(std::string_view text, std::size_t longest);
 
-/// "/NAME/COMPONENT/GROUP/KEY" in a document.
-std::string SectionPointer(const char* name, const ConfigStoreObjectId& id);
+/// "YYYY-MM-DD HH:MM:SS", as far as its form goes: the times that a document may have.
+bool IsTime(std::string_view text);
 
 }  // namespace TarnConfigStore

@@ -1,5 +1,7 @@
 // What a document says about itself, and its records of what is staged.
 
+#include "platform/type_files.h"
+
 #include "documents/document_reader.h"
 #include "errors/raise.h"
 #include "json/instance_ids.h"
@@ -18,25 +20,13 @@ constexpr const char* kNoObject = "INCORRECT TYPE: expected object.";
 constexpr const char* kNoList = "INCORRECT TYPE: expected array.";
 constexpr const char* kNoVersion = "is no version: numbers separated by dots";
 
-// "YYYY-MM-DD HH:MM:SS", as far as its form goes.
-bool IsTime(std::string_view text) {
-  constexpr std::string_view kForm = "dddd-dd-dd dd:dd:dd";
-  return std::equal(text.begin(), text.end(), kForm.begin(), kForm.end(), [](char c, char form) {
-    return form == 'd' ? c >= '0' && c <= '9' : c == form;
-  });
-}
-
-// Numbers separated by dots.
-bool IsVersion(std::string_view text) {
-  bool wantsDigit = true;
-  for (const char c : text) {
-    const bool isDigit = c >= '0' && c <= '9';
-    if (!isDigit && (c != '.' || wantsDigit)) {
-      return false;
-    }
-    wantsDigit = !isDigit;
+// Calls `visit(element, pointer)` for each element of a list.
+template <class Visit>
+void ForEachElement(const Json::Value& list, const std::string& pointer, const Visit& visit) {
+  int index = 0;
+  for (const Json::Value& element : list.GetArray()) {
+    visit(element, Json::PointerBelow(pointer, std::to_string(index++)));
   }
-  return !wantsDigit;
 }
 
 // The members of an object that may have no others, each with what is said where it is not right.
@@ -107,8 +97,7 @@ void DocumentReader::ReadParts(const Json::Value& parts) {
     Add(pointer, kNoList);
     return;
   }
-  int index = 0;
-  for (const Json::Value& part : parts.GetArray()) {
+  ForEachElement(parts, pointer, [this](const Json::Value& part, const std::string& place) {
     const auto known = std::find_if(
         kPartNames.begin(), kPartNames.end(),
         [&](std::string_view name) { return part.IsString() && Json::Text(part) == name; });
@@ -117,11 +106,10 @@ void DocumentReader::ReadParts(const Json::Value& parts) {
     } else if (part.IsString() && Json::Text(part) == kStagedName) {
       document_.speaksOfStaged = true;
     } else {
-      Add(Json::PointerBelow(pointer, std::to_string(index)),
+      Add(place,
           "is none of \"user\", \"automatic\", \"vital\", \"cached\", \"pending\" and \"staged\"");
     }
-    ++index;
-  }
+  });
   if (!document_.SpeaksOf(Section::USER)) {
     Add(pointer, "has to have \"user\"");
   }
@@ -134,15 +122,13 @@ void DocumentReader::ReadRedacted(const Json::Value& redacted) {
     Add(pointer, kNoList);
     return;
   }
-  int index = 0;
-  for (const Json::Value& place : redacted.GetArray()) {
-    if (place.IsString()) {
-      document_.redacted.emplace(Json::Text(place));
+  ForEachElement(redacted, pointer, [this](const Json::Value& masked, const std::string& place) {
+    if (masked.IsString()) {
+      document_.redacted.emplace(Json::Text(masked));
     } else {
-      Add(Json::PointerBelow(pointer, std::to_string(index)), kNoText);
+      Add(place, kNoText);
     }
-    ++index;
-  }
+  });
 }
 
 void DocumentReader::ReadInfo(const ConfigStoreObjectId& type, const Json::Value& value,
@@ -151,10 +137,9 @@ void DocumentReader::ReadInfo(const ConfigStoreObjectId& type, const Json::Value
     ReadOneInfo(type, value, pointer);
     return;
   }
-  int index = 0;
-  for (const Json::Value& element : value.GetArray()) {
-    ReadOneInfo(type, element, Json::PointerBelow(pointer, std::to_string(index++)));
-  }
+  ForEachElement(value, pointer, [&](const Json::Value& element, const std::string& place) {
+    ReadOneInfo(type, element, place);
+  });
 }
 
 void DocumentReader::ReadOneInfo(const ConfigStoreObjectId& type, const Json::Value& value,
@@ -166,10 +151,14 @@ void DocumentReader::ReadOneInfo(const ConfigStoreObjectId& type, const Json::Va
   Members members(value, pointer, document_.findings);
   members.AllowOnly({kInstanceName, kCreatedName, kRevisionName, kVersionName, kConfirmedName});
   const std::string instance = members.Text(kInstanceName).value_or("");
-  const auto known = types_.find(SectionPointer("", type));
+  const auto known = types_.find(type);
   const auto* objects = known == types_.end() ? nullptr : &objects_[known->second];
   if (objects == nullptr || objects->find(instance) == objects->end()) {
     Add(pointer, "is of no object of the document");
+    return;
+  }
+  if (!informed_.insert({type.key, type.group, type.component, instance}).second) {
+    Add(pointer, "is of an object that another one is of, too");
     return;
   }
   RowInfo& info = document_.types[known->second].objects[objects->at(instance)].info;
@@ -185,7 +174,7 @@ void DocumentReader::ReadOneInfo(const ConfigStoreObjectId& type, const Json::Va
     }
   }
   info.version = members.Text(kVersionName);
-  if (info.version && !IsVersion(*info.version)) {
+  if (info.version && !TypeFiles::IsVersion(*info.version)) {
     members.Add(kVersionName, kNoVersion);
   }
 
@@ -194,6 +183,9 @@ void DocumentReader::ReadOneInfo(const ConfigStoreObjectId& type, const Json::Va
       members.Add(kConfirmedName, "INCORRECT TYPE: expected boolean.");
     } else {
       info.confirmed = confirmed->GetBool();
+    }
+    if (!info.confirmed && document_.IsOfUserOnly()) {
+      members.Add(kConfirmedName, "may be false in documents of all parts only");
     }
   }
 }
@@ -204,10 +196,9 @@ void DocumentReader::ReadStaged(const ConfigStoreObjectId& type, const Json::Val
     Add(pointer, kNoList);
     return;
   }
-  int index = 0;
-  for (const Json::Value& element : value.GetArray()) {
-    ReadChange(type, element, Json::PointerBelow(pointer, std::to_string(index++)));
-  }
+  ForEachElement(value, pointer, [&](const Json::Value& element, const std::string& place) {
+    ReadChange(type, element, place);
+  });
 }
 
 void DocumentReader::ReadChange(const ConfigStoreObjectId& type, const Json::Value& value,
@@ -220,18 +211,14 @@ void DocumentReader::ReadChange(const ConfigStoreObjectId& type, const Json::Val
   Members members(value, pointer, document_.findings);
   members.AllowOnly({kActionName, kInstanceName, kVersionName, kUserName, kVitalName, kCachedName});
   NamedChange change{
-      {type.key, type.group, type.component, members.Text(kInstanceName).value_or("")},
-      pointer,
-      NextBootAction::SET,
-      {},
-      nullptr,
-      nullptr,
-      nullptr};
+      {type.key, type.group, type.component, members.Text(kInstanceName).value_or("")}, pointer};
   change.version = members.Text(kVersionName).value_or("");
-  change.user = members.Object(kUserName);
-  change.vital = members.Object(kVitalName);
-  change.cached = members.Object(kCachedName);
-  if (!change.version.empty() && !IsVersion(change.version)) {
+  bool hasData = false;
+  for (std::size_t i = 0; i < kStagedParts.size(); ++i) {
+    change.parts[i] = members.Object(kStagedParts[i].name);
+    hasData = hasData || change.parts[i] != nullptr;
+  }
+  if (!change.version.empty() && !TypeFiles::IsVersion(change.version)) {
     members.Add(kVersionName, kNoVersion);
   }
   const std::string action = members.Text(kActionName).value_or("");
@@ -242,8 +229,6 @@ void DocumentReader::ReadChange(const ConfigStoreObjectId& type, const Json::Val
     return;
   }
   change.action = static_cast<NextBootAction>(known - kActionNames.begin());
-  const bool hasData =
-      change.user != nullptr || change.vital != nullptr || change.cached != nullptr;
   if (hasData != (change.action == NextBootAction::SET)) {
     members.Add(kActionName, hasData ? "has no use for data" : "needs data to set");
   }
@@ -251,9 +236,7 @@ void DocumentReader::ReadChange(const ConfigStoreObjectId& type, const Json::Val
     members.Add(kInstanceName,
                 "is no instance id: 1 to 255 bytes of UTF-8 without control characters");
   }
-  std::string name = SectionPointer("", type);
-  Json::AppendToken(name, change.id.instanceId);
-  if (!staged_.insert(std::move(name)).second) {
+  if (!staged_.insert(change.id).second) {
     Add(pointer, "has an instance that another record has, too");
   }
   if (document_.findings.size() == before) {

@@ -88,24 +88,6 @@ void DocumentPlan::Work(const DBStore::ConnectionHandle& connection) {
   }
 }
 
-bool DocumentPlan::IsMeant(const ConfigStoreObjectId& id) const {
-  const ConfigStoreObjectId& prefix = mode_.prefix;
-  const std::pair<const std::string*, const std::string*> fields[] = {
-      {&prefix.component, &id.component},
-      {&prefix.group, &id.group},
-      {&prefix.key, &id.key},
-      {&prefix.instanceId, &id.instanceId}};
-  for (const auto& [wanted, own] : fields) {
-    if (wanted->empty()) {
-      break;
-    }
-    if (*wanted != *own) {
-      return false;
-    }
-  }
-  return true;
-}
-
 bool DocumentPlan::Stages(const NamedType& type) const {
   return mode_.stage && type.schema->IsRebootRequired();
 }
@@ -145,7 +127,7 @@ void DocumentPlan::WorkOnType(const NamedType& type, std::vector<ObjectPlan>& pl
   const std::size_t before = steps_.size();
   for (std::size_t i = 0; i < plans.size(); ++i) {
     const NamedObject& object = type.objects[i];
-    if (!IsMeant(object.id)) {
+    if (!IsUnder(mode_.prefix, object.id)) {
       continue;
     }
     const auto found = rows.byInstance.find(object.id.instanceId);
@@ -159,12 +141,6 @@ void DocumentPlan::WorkOnType(const NamedType& type, std::vector<ObjectPlan>& pl
   }
   if (mode_.prune && type.inConfig && type.schema->IsNonSingleton()) {
     Prune(type, rows, staged);
-  }
-  const bool writes =
-      std::any_of(steps_.begin() + static_cast<std::ptrdiff_t>(before), steps_.end(),
-                  [](const PlannedStep& step) { return step.step == Step::WRITE; });
-  if (writes && IsClosedDuringBoot(type.schema, connection)) {
-    checkUserContext(true, EXTERNAL);
   }
   ClearFirst(type, before, rows);
 }
@@ -281,7 +257,37 @@ void DocumentPlan::RemoveOthers(const DBStore::ConnectionHandle& connection) {
   }
 }
 
+bool DocumentPlan::StagesAnything() const {
+  return !records_.empty() ||
+         std::any_of(steps_.begin(), steps_.end(), [](const PlannedStep& step) {
+           return step.step == Step::STAGE || step.step == Step::STAGE_REMOVAL;
+         });
+}
+
+void DocumentPlan::RequireAllowed(const DBStore::ConnectionHandle& connection) const {
+  SchemaHandle checked;
+  for (const PlannedStep& step : steps_) {
+    if (step.step != Step::WRITE || !step.row.user || step.schema == checked) {
+      continue;
+    }
+    checked = step.schema;
+    if (checked && IsClosedDuringBoot(checked, connection)) {
+      checkUserContext(true, EXTERNAL);
+    }
+  }
+  if (StagesAnything()) {
+    RequireNextBootStore(connection);
+    RequireNoRemediation(connection);
+  }
+}
+
 void DocumentPlan::Write(const DBStore::ConnectionHandle& connection) const {
+  bool stages = false;
+  const auto stage = [&](const ConfigStoreObjectId& id, NextBootAction action,
+                         const std::string& version, const ColumnValues& values) {
+    WriteStagedRecord(id, action, version, values, connection);
+    stages = true;
+  };
   for (const PlannedStep& step : steps_) {
     switch (step.step) {
       case Step::WRITE:
@@ -295,16 +301,23 @@ void DocumentPlan::Write(const DBStore::ConnectionHandle& connection) const {
         DeleteInternal(step.id, connection);
         break;
       case Step::STAGE:
-        SetRebootRequiredConfigInternal(
-            MergeSetView(step.row, &StoredRow::user, step.id, step.schema), step.schema,
-            connection);
+        stage(step.id, NextBootAction::SET, step.schema->GetVersion(), step.row);
         break;
       case Step::STAGE_REMOVAL:
-        DeleteRebootRequiredConfigInternal(step.id, step.schema, connection);
+        stage(step.id, NextBootAction::DELETE_INSTANCE, step.schema->GetVersion(), {});
         break;
     }
   }
-  WriteRecords(connection);
+  for (const PlannedRecord& record : records_) {
+    if (record.change == nullptr) {
+      RemoveStagedChange(record.id, connection);
+    } else {
+      stage(record.id, record.change->action, record.version, record.values);
+    }
+  }
+  if (stages) {
+    AnnounceStagedChanges(connection);
+  }
 }
 
 std::vector<ErrorInfo> DocumentPlan::Findings() const {

@@ -48,10 +48,14 @@ class DocumentPlan {
   void Judge();
   /// Works out what becomes of each row.
   void Work(const DBStore::ConnectionHandle& connection);
-  /// Writes that. Nothing may have been refused.
+  /// Raises what the writes of the store and of the next boot raise while the host boots, is upgraded or
+  /// remediated.
+  void RequireAllowed(const DBStore::ConnectionHandle& connection) const;
+  /// Writes what was worked out. Nothing may have been refused.
   void Write(const DBStore::ConnectionHandle& connection) const;
 
   const DocumentReport& Report() const { return report_; }
+  DocumentReport TakeReport() noexcept { return std::move(report_); }
   const std::vector<PlannedStep>& Steps() const { return steps_; }
   const std::vector<PlannedRecord>& Records() const { return records_; }
   /// Every finding there is, of the document and of its objects.
@@ -80,8 +84,8 @@ class DocumentPlan {
   void WorkOnRecords(const DBStore::ConnectionHandle& connection);
   void WorkOnRecord(const NamedChange& change, const std::shared_ptr<RowMap>& stored,
                     const SchemaHandle& type);
-  bool IsMeant(const ConfigStoreObjectId& id) const;
-  void WriteRecords(const DBStore::ConnectionHandle& connection) const;
+  bool StagesAnything() const;
+
   void Say(const ConfigStoreObjectId& id, ObjectOutcome outcome,
            std::vector<ErrorInfo> findings = {}) {
     report_.objects.push_back({id, outcome, std::move(findings)});

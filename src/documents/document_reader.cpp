@@ -3,13 +3,12 @@
 #include "errors/raise.h"
 #include "json/instance_ids.h"
 #include "json/pointer.h"
-#include "json/utf8.h"
 #include "objects/schema_lookup.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace TarnConfigStore {
+
 DocumentReader::DocumentReader(ConfigDocument& document)
     : document_(document), schemas_(TarnSchemaStore::SchemaStore::GetCache()) {}
 
@@ -123,7 +122,7 @@ void DocumentReader::ForEachType(const Json::Value& section, const std::string& 
 }
 
 NamedType& DocumentReader::TypeOf(const ConfigStoreObjectId& id) {
-  const auto [known, isNew] = types_.try_emplace(SectionPointer("", id), document_.types.size());
+  const auto [known, isNew] = types_.try_emplace(id, document_.types.size());
   if (isNew) {
     document_.types.push_back({id, FindSchema(schemas_, id), false, {}});
     objects_.emplace_back();
@@ -135,8 +134,7 @@ NamedObject& DocumentReader::ObjectOf(NamedType& type, const std::string& instan
   auto& objects = objects_[static_cast<std::size_t>(&type - document_.types.data())];
   const auto [known, isNew] = objects.try_emplace(instanceId, type.objects.size());
   if (isNew) {
-    type.objects.push_back(
-        {{type.id.key, type.id.group, type.id.component, instanceId}, {}, {}, {}});
+    type.objects.push_back({{type.id.key, type.id.group, type.id.component, instanceId}, {}, {}});
   }
   return type.objects[known->second];
 }

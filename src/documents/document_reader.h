@@ -49,10 +49,11 @@ class DocumentReader {
 
   ConfigDocument& document_;
   SchemaCacheHandle schemas_;
-  std::unordered_map<std::string, std::size_t> types_;
+  std::unordered_map<ConfigStoreObjectId, std::size_t> types_;
   // By type, instance ids and their places among the type's objects.
   std::vector<std::unordered_map<std::string, std::size_t>> objects_;
-  std::unordered_set<std::string> staged_;  // what has a record
+  std::unordered_set<ConfigStoreObjectId> informed_;  // what metadata has something of
+  std::unordered_set<ConfigStoreObjectId> staged_;    // what has a record
 };
 
 }  // namespace TarnConfigStore

@@ -4,8 +4,6 @@
 #include "json/json.h"
 #include "json/pointer.h"
 
-#include <algorithm>
-
 namespace TarnConfigStore {
 namespace {
 

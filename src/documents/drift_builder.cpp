@@ -3,6 +3,7 @@
 #include "documents/difference.h"
 #include "documents/sections.h"
 #include "documents/staged_parts.h"
+#include "json/json_doc.h"
 #include "json/secrets.h"
 #include "objects/generated_ids.h"
 #include "persistence/next_boot_records.h"
@@ -16,22 +17,21 @@ namespace {
 // What a part holds, parsed; null where it holds nothing.
 class Part {
  public:
-  explicit Part(const std::optional<std::string>& text) {
-    there_ = text && Json::Parse(*text, value_);
-    DropGeneratedIds(value_);
+  explicit Part(const std::optional<std::string>& text)
+      : value_(text ? JsonDoc::CapacityFor(text->size()) : 0),
+        there_(text && value_.Parse(*text, Json::Origin::STORED)) {
+    DropGeneratedIds(*value_.GetJsonValuePtr());
   }
-  const Json::Value* Value() const { return there_ ? &value_ : nullptr; }
+  const Json::Value* Value() const { return there_ ? value_.GetJsonValuePtr() : nullptr; }
 
  private:
-  bool there_ = false;
-  Json::Document value_;
+  JsonDoc value_;
+  bool there_;
 };
-
-using Text = std::optional<std::string> StoredRow::*;
 
 struct NamedPart {
   const char* name;
-  Text text;
+  RowText text;
 };
 
 // Those that hide others come first.
@@ -59,11 +59,13 @@ DriftObject DriftBuilder::Of(const DocumentPlan::PlannedStep& step) {
   if (!userOnly_) {
     Compare(kPartNames[4], after.pending, before.pending, none);
   }
+  // Who speaks of the user's part alone has no object where that is not set.
+  const bool isThere = step.before && (!userOnly_ || before.user);
+  const bool isWanted = !removes && (!userOnly_ || after.user);
   return {step.id,
-          removes || !after.user       ? DriftKind::EXTRA
-          : step.before && before.user ? DriftKind::CHANGED
-          : step.before && !userOnly_  ? DriftKind::CHANGED
-                                       : DriftKind::MISSING,
+          !isWanted  ? DriftKind::EXTRA
+          : !isThere ? DriftKind::MISSING
+                     : DriftKind::CHANGED,
           std::move(members_)};
 }
 
@@ -154,13 +156,16 @@ std::optional<std::string> DriftBuilder::Shown(const Json::Value* value,
   if (value == nullptr) {
     return std::nullopt;
   }
-  Json::Document shown;
-  shown.CopyFrom(*value, shown.GetAllocator());
-  if (!reveal_) {
-    std::string pointer;
-    Json::MaskSecrets(shown, place, shown.GetAllocator(), pointer, {});
-  }
   std::string text;
+  if (reveal_) {
+    Json::Serialize(*value, text);
+    return text;
+  }
+  JsonDoc copy;
+  Json::Value& shown = *copy.GetJsonValuePtr();
+  shown.CopyFrom(*value, copy.GetAllocator());
+  std::string pointer;
+  Json::MaskSecrets(shown, place, copy.GetAllocator(), pointer, {});
   Json::Serialize(shown, text);
   return text;
 }

@@ -2,16 +2,19 @@
 #include "tarnconfigstore/listing.h"
 
 #include "platform/logger.h"
+#include "platform/type_files.h"
 
+#include "documents/config_document.h"
 #include "documents/document_writer.h"
 #include "documents/sections.h"
 #include "documents/staged_parts.h"
 #include "errors/parse_failures.h"
 #include "errors/raise.h"
+#include "json/instance_ids.h"
 #include "json/json_doc.h"
 #include "json/scan.h"
 #include "json/secrets.h"
-#include "objects/config_store_object_impl.h"
+#include "json/utf8.h"
 #include "objects/generated_ids.h"
 #include "objects/schema_lookup.h"
 #include "persistence/connection.h"
@@ -32,20 +35,21 @@ constexpr std::array<const PrefixStatements*, kSections> kValues = {
     &READ_USER_VALUES, &READ_AUTOMATIC_VALUES, &READ_VITAL_VALUES, &READ_CACHED_VALUES,
     &READ_PENDING_VALUES};
 
-// Looks whether an object has a member; of any name where it needs none.
+// Looks whether an object names an instance in its id member; of none where it needs no such member.
 class IdSearch final : public Json::MemberReceiver {
  public:
-  explicit IdSearch(std::string_view name) : name_(name), found_(name.empty()) {}
+  IdSearch(std::string_view member, std::string_view id)
+      : member_(member), id_(id), found_(id.empty()) {}
   bool Found() const { return found_; }
 
-  bool Wants(std::string_view name) override {
-    found_ = found_ || name == name_;
-    return false;
+  bool Wants(std::string_view name) override { return name == member_ && !id_.empty(); }
+  void Receive(const Json::Value& value) override {
+    found_ = value.IsString() && Json::Text(value) == id_;
   }
-  void Receive(const Json::Value& /*value*/) override {}
 
  private:
-  std::string_view name_;
+  std::string_view member_;
+  std::string_view id_;
   bool found_;
 };
 
@@ -108,7 +112,7 @@ class Export {
     writer_.Open(kStagedName);
     ForEachRowUnder(prefix_, READ_STAGED_RECORDS, connection_, [&](const RowMap& row) {
       const ConfigStoreObjectId id = IdFromRow(row);
-      if (!Knows(id)) {
+      if (!HasWritableId(id)) {
         return;
       }
       const std::string pointer = writer_.PointerTo(id, true);
@@ -121,7 +125,7 @@ class Export {
       if (!id.instanceId.empty()) {
         add(kInstanceName, Json::Quoted(id.instanceId));
       }
-      add(kVersionName, Json::Quoted(row.Text("Version")));
+      add(kVersionName, QuotedColumn(row, "Version", IsVersion));
       for (const StagedPart& part : kStagedParts) {
         if (const auto text = row.Find(part.column)) {
           add(part.name, Shown(*text, id, pointer + "/" + part.name, kStagedName));
@@ -172,12 +176,12 @@ class Export {
       if (isInstance) {
         add(kInstanceName, Json::Quoted(id.instanceId));
       }
-      if (const auto created = row.Find("CreationTime")) {
-        add(kCreatedName, Json::Quoted(*created));
+      if (row.Find("CreationTime")) {
+        add(kCreatedName, QuotedColumn(row, "CreationTime", IsTime));
       }
       const std::string revision(row.Text("Revision"));
       add(kRevisionName, std::to_string(RevisionFrom(revision.c_str())));
-      add(kVersionName, Json::Quoted(row.Text("Version")));
+      add(kVersionName, QuotedColumn(row, "Version", IsVersion));
       if (!confirmed) {
         add(kConfirmedName, "false");
       }
@@ -206,17 +210,48 @@ class Export {
 
   // The same, and false as well for what its type has no place for since it got, or lost, instances.
   bool CanName(const ConfigStoreObjectId& id) {
-    if (!Knows(id) || type_->IsNonSingleton() != id.instanceId.empty()) {
-      return type_ != nullptr;
+    if (!HasWritableId(id)) {
+      return false;
     }
-    if (!options_.skipUnknown) {
-      ThrowFailure(id.toString() + (type_->IsNonSingleton()
-                                        ? " is stored without the instance id that its type has"
-                                        : " is stored with an instance id that its type has not"));
+    if (type_->IsNonSingleton() != id.instanceId.empty()) {
+      return true;
     }
-    LeaveOut(id);
+    Refuse(id, type_->IsNonSingleton() ? " is stored without the instance id that its type has"
+                                       : " is stored with an instance id that its type has not");
     return false;
   }
+
+  // Knows, and false as well for a row of another program whose instance id no document can have.
+  bool HasWritableId(const ConfigStoreObjectId& id) {
+    if (!Knows(id)) {
+      return false;
+    }
+    if (id.instanceId.empty() || Json::IsInstanceId(id.instanceId)) {
+      return true;
+    }
+    Refuse(id,
+           " has an id that is no instance id: 1 to 255 bytes of UTF-8 without control characters");
+    return false;
+  }
+
+  void Refuse(const ConfigStoreObjectId& id, const char* reason) {
+    if (!options_.skipUnknown) {
+      ThrowFailure(id.toString() + reason);
+    }
+    LeaveOut(id);
+  }
+
+  // A column of a row that a document has a form for.
+  static std::string QuotedColumn(const RowMap& row, const char* column,
+                                  bool (*isOfForm)(std::string_view)) {
+    const std::string_view text = row.Text(column);
+    if (!isOfForm(text)) {
+      ThrowFailure(std::string(column) + " of " + IdFromRow(row).toString() +
+                   " is nothing that a document can hold: \"" + Json::Utf8::Escaped(text) + "\"");
+    }
+    return Json::Quoted(text);
+  }
+  static bool IsVersion(std::string_view text) { return TypeFiles::IsVersion(text); }
 
   void LeaveOut(const ConfigStoreObjectId& id) {
     if (unknown_.insert(id.toString()).second) {
@@ -231,7 +266,7 @@ class Export {
         (!options_.allParts && place.HoldsGeneratedIds())) {
       return false;
     }
-    IdSearch search(id.instanceId.empty() ? std::string_view() : place.InstanceIdMember());
+    IdSearch search(place.InstanceIdMember(), id.instanceId);
     return Json::ScanMembers(text, search) && search.Found();
   }
 
@@ -253,17 +288,11 @@ class Export {
         changed = true;
       });
     }
-    if (!options_.allParts && HasGeneratedInstanceId(value)) {
+    if (!options_.allParts && Json::HasGeneratedId(value)) {
       DropGeneratedIds(value);
       changed = true;
     }
-    const std::string_view idMember = place.InstanceIdMember();
-    if (!id.instanceId.empty() && value.IsObject() &&
-        Json::FindMember(value, idMember) == nullptr) {
-      value.AddMember(Json::Copy(idMember, allocator), Json::Copy(id.instanceId, allocator),
-                      allocator);
-      changed = true;
-    }
+    changed = (!id.instanceId.empty() && NameInstance(value, id, allocator)) || changed;
     std::string shown;
     if (changed) {
       Json::Serialize(value, shown);
@@ -271,6 +300,29 @@ class Export {
       shown = text;
     }
     return shown;
+  }
+
+  // Gives data their instance id where they have none. They would be filed as another instance by an
+  // import where they have that one's.
+  bool NameInstance(Json::Value& value, const ConfigStoreObjectId& id,
+                    Json::Allocator& allocator) const {
+    const std::string_view idMember = type_->GetSchemaPlace().InstanceIdMember();
+    Json::Value* own = Json::FindMember(value, idMember);
+    if (own != nullptr && own->IsString() && Json::Text(*own) == id.instanceId) {
+      return false;
+    }
+    if (own != nullptr && !own->IsNull()) {
+      std::string found;
+      Json::Serialize(*own, found);
+      ThrowFailure("The data of " + id.toString() + " name another instance: " + found);
+    }
+    if (own != nullptr) {
+      *own = Json::Copy(id.instanceId, allocator);
+    } else {
+      value.AddMember(Json::Copy(idMember, allocator), Json::Copy(id.instanceId, allocator),
+                      allocator);
+    }
+    return true;
   }
 
   const ConfigStoreObjectId& prefix_;

@@ -29,18 +29,25 @@ DocumentReport Bring(std::string_view text, const DocumentMode& mode, bool check
   plan.Judge();
   const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
   if (check) {
-    ReadAtOneMoment(connection, [&] { plan.Work(connection); });
-    return plan.Report();
+    ReadAtOneMoment(connection, [&] {
+      plan.Work(connection);
+      plan.RequireAllowed(connection);
+    });
+    return plan.TakeReport();
   }
+  std::vector<ConfigStoreObjectId> changed;
+
   RunUnderTransaction(connection, operation, [&] {
     plan.Work(connection);
     if (!plan.Report().Fits()) {
       Refuse(plan, refused);
     }
+    plan.RequireAllowed(connection);
     plan.Write(connection);
+    changed = plan.Changed();  // after the commit nothing may fail any more
   });
-  NotifyIfAllowlisted(plan.Changed(), connection);
-  return plan.Report();
+  NotifyIfAllowlisted(changed, connection);
+  return plan.TakeReport();
 }
 
 }  // namespace

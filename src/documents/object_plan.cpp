@@ -7,15 +7,18 @@
 #include "documents/quick_difference.h"
 #include "documents/read_only.h"
 #include "json/equality.h"
+#include "json/json_doc.h"
 #include "json/secrets.h"
 #include "objects/access.h"
 #include "objects/division.h"
 #include "objects/generated_ids.h"
+#include "persistence/write_values.h"
 #include "store/layer_update.h"
 #include "validation/cleanup.h"
 #include "validation/guards.h"
 #include "validation/object_validation.h"
 
+#include <array>
 #include <utility>
 
 namespace TarnConfigStore {
@@ -25,55 +28,39 @@ bool HoldTheSame(const std::optional<std::string>& a, const std::optional<std::s
   if (a == b || !a || !b) {
     return a == b;
   }
-  Json::Document one;
-  Json::Document other;
-  if (!Json::Parse(*a, one) || !Json::Parse(*b, other)) {
+  JsonDoc one(JsonDoc::CapacityFor(a->size()));
+  JsonDoc other(JsonDoc::CapacityFor(b->size()));
+  if (!one.Parse(*a, Json::Origin::STORED) || !other.Parse(*b, Json::Origin::STORED)) {
     return false;
   }
   if (!withIds) {
-    DropGeneratedIds(one);
-    DropGeneratedIds(other);
+    DropGeneratedIds(*one.GetJsonValuePtr());
+    DropGeneratedIds(*other.GetJsonValuePtr());
   }
-  return Json::Equal(one, other);
+  return Json::Equal(*one.GetJsonValuePtr(), *other.GetJsonValuePtr());
 }
 
 namespace {
-
-constexpr int kRowsAreConfirmedLater = 2;  // the upgrade context in which they are
 
 Json::Value& RootOf(const ObjectHandle& object) {
   return Internal::Access::Of(*object).GetRoot();
 }
 
 RowText TextOf(Section section) {
-  switch (section) {
-    case Section::AUTOMATIC:
-      return &StoredRow::automatic;
-    case Section::VITAL:
-      return &StoredRow::vital;
-    case Section::CACHED:
-      return &StoredRow::cached;
-    case Section::PENDING:
-      return &StoredRow::pending;
-    case Section::USER:
-      break;
-  }
-  return &StoredRow::user;
+  constexpr std::array<RowText, kSections> kTexts = {&StoredRow::user, &StoredRow::automatic,
+                                                     &StoredRow::vital, &StoredRow::cached,
+                                                     &StoredRow::pending};
+  return kTexts[static_cast<std::size_t>(section)];
 }
 
 // A row as it is read for an update.
 RowMap RowMapOf(const StoredRow& row) {
-  const std::pair<const char*, const std::optional<std::string>*> columns[] = {
-      {"AutoConfValue", &row.automatic},
-      {"UserValue", &row.user},
-      {"VitalValue", &row.vital},
-      {"CachedValue", &row.cached},
-      {"DesiredValue", &row.pending}};
   std::vector<const char*> names = {"Version"};
   std::vector<const char*> values = {row.version.c_str()};
-  for (const auto& [name, text] : columns) {
+  for (const auto& [name, column] : kValueColumns) {
+    const std::optional<std::string>& text = row.*column;
     names.push_back(name);
-    values.push_back(*text ? (*text)->c_str() : nullptr);
+    values.push_back(text ? text->c_str() : nullptr);
   }
   RowMap map;
   map.Put(static_cast<int>(names.size()), values.data(), names.data());
@@ -84,7 +71,7 @@ RowMap RowMapOf(const StoredRow& row) {
 
 ObjectPlan::ObjectPlan(const ConfigDocument& document, const NamedType& type,
                        const NamedObject& object, const DocumentMode& mode)
-    : document_(document), type_(type), object_(object), mode_(mode), findings_(object.findings) {}
+    : document_(document), type_(type), object_(object), mode_(mode) {}
 
 void ObjectPlan::Add(Section section, std::vector<ErrorInfo> findings) {
   const std::string pointer = object_.Pointer(section);
@@ -132,10 +119,12 @@ bool ObjectPlan::IsStored(const StoredRow& stored) {
   if (!Json::Serialize(given, text_)) {
     return false;
   }
-  Json::Document known;
+  const auto equals = [&given](const std::string& text) {
+    JsonDoc known(JsonDoc::CapacityFor(text.size()));
+    return known.Parse(text, Json::Origin::STORED) && Json::Equal(given, *known.GetJsonValuePtr());
+  };
   const bool same =
-      text_ == *stored.user || (!DiffersAtOnce(*stored.user, given) &&
-                                Json::Parse(*stored.user, known) && Json::Equal(given, known));
+      text_ == *stored.user || (!DiffersAtOnce(*stored.user, given) && equals(*stored.user));
   differs_ = !same;
   return same;
 }
@@ -152,13 +141,17 @@ ObjectHandle ObjectPlan::Known(Section section, const StoredRow* stored) const {
   return text ? MakeObject(*text, object_.id, type_.schema) : nullptr;
 }
 
-ObjectHandle ObjectPlan::MakeGiven(Section section, const StoredRow* stored) {
+ObjectHandle ObjectPlan::MakeCopy(const Json::Value& value) const {
   const auto data = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text_.size()));
-  Json::Value& root = *data->GetJsonValuePtr();
-  root.CopyFrom(*object_.Of(section).value, data->GetAllocator());
-  ObjectHandle object = MakeObject(data, object_.id, type_.schema);
-  if (!IsDivided() && HoldsEmptyContent(root)) {
-    FindEmptyElements(root, type_.schema->GetSchemaPlace(), object_.Pointer(section), findings_);
+  data->GetJsonValuePtr()->CopyFrom(value, data->GetAllocator());
+  return MakeObject(data, object_.id, type_.schema);
+}
+
+ObjectHandle ObjectPlan::MakeGiven(Section section, const StoredRow* stored) {
+  ObjectHandle object = MakeCopy(*object_.Of(section).value);
+  if (!IsDivided() && HoldsEmptyContent(RootOf(object))) {
+    FindEmptyElements(RootOf(object), type_.schema->GetSchemaPlace(), object_.Pointer(section),
+                      findings_);
   }
   RestoreMasks(object, section, stored);
   return object;
@@ -191,7 +184,7 @@ void ObjectPlan::Validate(const ObjectHandle& object, const StoredRow* stored) {
     (place.IsMixed() && !parts.vital && !parts.cached ? ValidateUserConfig : ValidateSet)(
         type_.schema, object);
   } catch (const ValidationException& refused) {
-    if (!FitsRow(stored)) {
+    if (!FitsRow(object, stored)) {
       Add(Section::USER, refused.GetErrors().empty() ? std::vector<ErrorInfo>{{"/", refused.what()}}
                                                      : refused.GetErrors());
     }
@@ -230,28 +223,29 @@ void ObjectPlan::JudgeWhole(const StoredRow* stored) {
     CheckReadOnly(object, Section::USER, stored);
   }
   GiveGeneratedIds(*object, *type_.schema);
-  given_ = DivideObject(*object, *type_.schema, EXTERNAL).values;
+  Take(*object);
+}
+
+void ObjectPlan::Take(const ConfigStoreObject& object) {
+  static_cast<ColumnValues&>(given_) = DivideObject(object, *type_.schema, EXTERNAL).values;
 }
 
 // What the object lacks may be held by parts of the row that stay as they are.
-bool ObjectPlan::FitsRow(const StoredRow* stored) {
+bool ObjectPlan::FitsRow(const ObjectHandle& object, const StoredRow* stored) {
   if (stored == nullptr) {
     return false;
   }
   try {
-    const std::vector<ErrorInfo> before = findings_;
-    const ObjectHandle object = MakeGiven(Section::USER, stored);
     ValidateUpdate(type_.schema, object);
-    given_ = DivideObject(*object, *type_.schema, EXTERNAL).values;
-    std::vector<Misfit> misfits;
-    StoredRow row = WithParts(stored);
-    row.pending.reset();
-    row.confirmed = true;
-    const bool isSound = JudgeRow(row, object_.id, type_.schema, misfits);
-    return isSound && misfits.empty() && findings_ == before;
   } catch (const ValidationException&) {
     return false;
   }
+  Take(*object);
+  StoredRow row = WithParts(stored);
+  row.pending.reset();
+  row.confirmed = true;
+  std::vector<Misfit> misfits;
+  return JudgeRow(row, object_.id, type_.schema, misfits) && misfits.empty();
 }
 
 void ObjectPlan::CheckReadOnly(const ObjectHandle& object, Section section,
@@ -277,24 +271,7 @@ void ObjectPlan::JudgeParts(const StoredRow* stored) {
     if (HasFaults()) {
       continue;
     }
-    std::string text = Internal::Access::Of(*object).GetSerializedData();
-    switch (section) {
-      case Section::USER:
-        given_.user = std::move(text);
-        break;
-      case Section::AUTOMATIC:
-        given_.automatic = std::move(text);
-        break;
-      case Section::VITAL:
-        given_.vital = std::move(text);
-        break;
-      case Section::CACHED:
-        given_.cached = std::move(text);
-        break;
-      case Section::PENDING:
-        pending_ = std::move(text);
-        break;
-    }
+    given_.*TextOf(section) = Internal::Access::Of(*object).GetSerializedData();
   }
   if (HasFaults()) {
     return;
@@ -322,8 +299,7 @@ std::optional<StoredRow> ObjectPlan::Merged(const StoredRow& stored, int upgrade
                         Internal::Access::Of(*object).GetAllocator());
     }
     // Removals refer to the data that they were collected from.
-    const ObjectHandle change = MakeGiven(Section::USER, &stored);
-    RootOf(change).CopyFrom(RootOf(object), Internal::Access::Of(*change).GetAllocator());
+    const ObjectHandle change = MakeCopy(RootOf(object));
     const Removals removals(RootOf(object), place);
     ValidateChange(change, removals, type_.schema);
     static_cast<ColumnValues&>(row) = LayerUpdate(change, removals, type_.schema, EXTERNAL)
@@ -342,34 +318,19 @@ std::optional<StoredRow> ObjectPlan::Merged(const StoredRow& stored, int upgrade
 }
 
 StoredRow ObjectPlan::WithParts(const StoredRow* stored) const {
-  if (!IsDivided()) {
-    const StoredRow none;
-    const StoredRow& kept = stored == nullptr ? none : *stored;
-    StoredRow row;
-    row.user = given_.user;
-    row.automatic = kept.automatic;
-    row.vital = given_.vital ? given_.vital : kept.vital;
-    row.cached = given_.cached ? given_.cached : kept.cached;
-    row.pending = kept.pending;
-    row.instanceId = object_.id.instanceId;
-    row.confirmed = kept.confirmed;
-    return row;
-  }
   StoredRow row = stored == nullptr ? StoredRow() : *stored;
   row.instanceId = object_.id.instanceId;
-
-  const auto replace = [this](Section section, std::optional<std::string>& text,
-                              const std::optional<std::string>& given) {
-    if (document_.SpeaksOf(section)) {
-      text = given;
+  for (std::size_t i = 0; i < kSections; ++i) {
+    const auto section = static_cast<Section>(i);
+    const std::optional<std::string>& given = given_.*TextOf(section);
+    // Of whole objects a row keeps what they do not hold.
+    if (document_.SpeaksOf(section) || (!IsDivided() && given)) {
+      row.*TextOf(section) = given;
     }
-  };
-  replace(Section::USER, row.user, given_.user);
-  replace(Section::AUTOMATIC, row.automatic, given_.automatic);
-  replace(Section::VITAL, row.vital, given_.vital);
-  replace(Section::CACHED, row.cached, given_.cached);
-  replace(Section::PENDING, row.pending, pending_);
-  row.confirmed = object_.info.confirmed;
+  }
+  if (IsDivided()) {
+    row.confirmed = object_.info.confirmed;
+  }
   return row;
 }
 
@@ -381,8 +342,7 @@ StoredRow ObjectPlan::Replaced(const StoredRow* stored, int upgradeContext) cons
                      HoldTheSame(row.user, stored->user, false);
   if (!IsDivided() && !stays) {
     row.pending.reset();
-    row.confirmed =
-        type_.schema->IsConfirmedDuringUpgrade() || upgradeContext != kRowsAreConfirmedLater;
+    row.confirmed = AreConfirmedAtOnce(type_.schema->IsConfirmedDuringUpgrade(), upgradeContext);
   }
   return row;
 }

@@ -59,10 +59,12 @@ class ObjectPlan {
 
   bool IsStored(const StoredRow& stored);
   ObjectHandle Known(Section section, const StoredRow* stored) const;
+  ObjectHandle MakeCopy(const Json::Value& value) const;
   ObjectHandle MakeGiven(Section section, const StoredRow* stored);
   void RestoreMasks(const ObjectHandle& object, Section section, const StoredRow* stored);
   void Validate(const ObjectHandle& object, const StoredRow* stored);
-  bool FitsRow(const StoredRow* stored);
+  bool FitsRow(const ObjectHandle& object, const StoredRow* stored);
+  void Take(const ConfigStoreObject& object);
   void CheckReadOnly(const ObjectHandle& object, Section section, const StoredRow* stored);
   bool HasFaults() const { return !findings_.empty(); }
   void Add(Section section, std::vector<ErrorInfo> findings);
@@ -75,8 +77,7 @@ class ObjectPlan {
   std::string text_;      // of the data in the document, once it was held against the row's
   bool differs_ = false;  // from that
   std::vector<ErrorInfo> findings_;
-  ColumnValues given_;                  // the parts, as they are to be written
-  std::optional<std::string> pending_;  // the same of what waits
+  StoredRow given_;  // its texts: the parts, as they are to be written
 };
 
 }  // namespace TarnConfigStore

@@ -107,25 +107,19 @@ class Reference {
     return text;
   }
 
-  bool IsMeant(const ConfigStoreObjectId& id) const {
-    return prefix_.instanceId.empty() || prefix_.instanceId == id.instanceId;
-  }
-
   void ReadShipped() {
+    ConfigStoreObjectId typePrefix = prefix_;
+    typePrefix.instanceId.clear();
     for (const TarnSchemaStore::TypeName& type : schemas_->GetTypes()) {
-      const auto isOther = [](const std::string& wanted, const std::string& own) {
-        return !wanted.empty() && wanted != own;
-      };
-      if (isOther(prefix_.component, type.component) || isOther(prefix_.group, type.group) ||
-          isOther(prefix_.key, type.key)) {
+      const ConfigStoreObjectId typeId(type.key, type.group, type.component);
+      if (!IsUnder(typePrefix, typeId)) {
         continue;
       }
-      const ConfigStoreObjectId typeId(type.key, type.group, type.component);
       for (const auto& row : GetDefaultUserConfigMapList(typeId, connection_)) {
         ConfigStoreObjectId id = typeId;
         id.instanceId = row->Text("Identifier");
         const auto value = row->Find("Value");
-        if (!value || !IsMeant(id)) {
+        if (!value || !IsUnder(prefix_, id)) {
           continue;
         }
         States& states = objects_[id];

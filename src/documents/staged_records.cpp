@@ -4,7 +4,6 @@
 #include "documents/staged_parts.h"
 #include "json/secrets.h"
 #include "objects/schema_lookup.h"
-#include "persistence/boot_flags.h"
 #include "persistence/next_boot_records.h"
 #include "persistence/prefix_rows.h"
 #include "persistence/statements.h"
@@ -16,12 +15,6 @@
 
 namespace TarnConfigStore {
 namespace {
-
-const Json::Value* PartOf(const NamedChange& change, std::size_t part) {
-  const std::array<const Json::Value*, kStagedParts.size()> values = {change.user, change.vital,
-                                                                      change.cached};
-  return values[part];
-}
 
 // The record as the table would have it.
 RowMap RowOf(const ColumnValues& values) {
@@ -60,7 +53,7 @@ void DocumentPlan::WorkOnRecords(const DBStore::ConnectionHandle& connection) {
     stored.emplace(IdFromRow(row), std::make_shared<RowMap>(row));
   });
   for (const NamedChange& change : document_.staged) {
-    if (!IsMeant(change.id)) {
+    if (!IsUnder(mode_.prefix, change.id)) {
       continue;
     }
     const auto found = stored.find(change.id);
@@ -86,19 +79,20 @@ void DocumentPlan::WorkOnRecord(const NamedChange& change, const std::shared_ptr
     findings.push_back({"/", "changes of the type do not wait for the next boot"});
   } else if (type && change.action == NextBootAction::SET) {
     for (std::size_t i = 0; i < kStagedParts.size(); ++i) {
-      const Json::Value* given = PartOf(change, i);
+      const Json::Value* given = change.parts[i];
       if (given == nullptr) {
         continue;
       }
       JsonDoc part;
       Json::Value& value = *part.GetJsonValuePtr();
       value.CopyFrom(*given, part.GetAllocator());
-      Json::Document known;
+      JsonDoc known;
       const auto text = !stored ? std::nullopt : stored->Find(kStagedParts[i].column);
-      const bool isKnown = text && Json::Parse(*text, known);
+      const bool isKnown = text && known.Parse(*text, Json::Origin::STORED);
       std::string pointer = change.pointer + "/" + kStagedParts[i].name;
       Json::RestoreSecrets(
-          value, isKnown ? &known : nullptr, type->GetSchemaPlace(), part.GetAllocator(), pointer,
+          value, isKnown ? known.GetJsonValuePtr() : nullptr, type->GetSchemaPlace(),
+          part.GetAllocator(), pointer,
           {[this](const std::string& masked) { return document_.redacted.count(masked) != 0; },
            [this](const std::string& masked, const char* reason) {
              report_.findings.push_back({masked, reason});
@@ -125,26 +119,6 @@ void DocumentPlan::WorkOnRecord(const NamedChange& change, const std::shared_ptr
   }
   Say(change.id, ObjectOutcome::STAGED);
   records_.push_back({change.id, &change, stored, version, std::move(values)});
-}
-
-void DocumentPlan::WriteRecords(const DBStore::ConnectionHandle& connection) const {
-  if (records_.empty()) {
-    return;
-  }
-  RequireNoRemediation(connection);
-  bool stages = false;
-  for (const PlannedRecord& record : records_) {
-    if (record.change == nullptr) {
-      RemoveStagedChange(record.id, connection);
-    } else {
-      WriteStagedRecord(record.id, record.change->action, record.version, record.values,
-                        connection);
-      stages = true;
-    }
-  }
-  if (stages) {
-    AnnounceStagedChanges(connection);
-  }
 }
 
 }  // namespace TarnConfigStore

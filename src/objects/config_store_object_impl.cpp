@@ -91,12 +91,12 @@ std::string ConfigStoreObjectImpl::GetIdMapStr() const {
 
 // Hardly any object holds generated ids; the others need no copy.
 std::string ConfigStoreObjectImpl::SerializedForCallers(const Json::Value& value) const {
-  if (!HasGeneratedInstanceId(value)) {
+  if (!Json::HasGeneratedId(value)) {
     return Serialized(value);
   }
   Json::Document copy;
   copy.CopyFrom(value, copy.GetAllocator());
-  ClearGeneratedInstanceId(copy);
+  Json::ClearGeneratedIds(copy);
   return Serialized(copy);
 }
 
@@ -122,33 +122,6 @@ void ConfigStoreObjectImpl::SetValueEx(const char* key, const void* value) {
   // it.
   Json::Value copy(*static_cast<const Json::Value*>(value), GetAllocator());
   Assign(key, std::move(copy));
-}
-
-bool HasGeneratedInstanceId(const Json::Value& value) {
-  if (value.IsArray()) {
-    return std::any_of(value.Begin(), value.End(), HasGeneratedInstanceId);
-  }
-  return value.IsObject() &&
-         std::any_of(value.MemberBegin(), value.MemberEnd(), [](const auto& member) {
-           return Json::Text(member.name) == Json::kGeneratedInstanceId ||
-                  HasGeneratedInstanceId(member.value);
-         });
-}
-
-void ClearGeneratedInstanceId(Json::Value& value) {
-  if (value.IsArray()) {
-    for (Json::Value& element : value.GetArray()) {
-      ClearGeneratedInstanceId(element);
-    }
-  } else if (value.IsObject()) {
-    const auto generated = value.FindMember(Json::kGeneratedInstanceId);
-    if (generated != value.MemberEnd()) {
-      value.EraseMember(generated);
-    }
-    for (auto& member : value.GetObject()) {
-      ClearGeneratedInstanceId(member.value);
-    }
-  }
 }
 
 std::string InstanceIdMember(const TarnSchemaStore::SchemaObject& schema) {

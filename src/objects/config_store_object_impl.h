@@ -89,12 +89,6 @@ class ConfigStoreObjectImpl : public StoreObjectImpl {
   std::shared_ptr<TarnSchemaStore::SchemaObject> schema_;
 };
 
-/// True when there are generated instance ids at any depth.
-bool HasGeneratedInstanceId(const Json::Value& value);
-
-/// Removes the generated instance ids at any depth.
-void ClearGeneratedInstanceId(Json::Value& value);
-
 /// Name of the member that holds the instance id of a type's objects. Raises ConfigStoreException
 /// 1032 with the type's key when the type names none.
 std::string InstanceIdMember(const TarnSchemaStore::SchemaObject& schema);

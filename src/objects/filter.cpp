@@ -99,7 +99,7 @@ bool ConditionsMeetInstances(const Json::Value& conditions, Json::SchemaPlace ty
 void RefuseInstanceFilters(const FilterSpecObjectImpl& filter,
                            const std::vector<std::shared_ptr<ConfigStoreObject>>& objects) {
   // In a filter, what looks like a generated id names the instance that conditions are on.
-  bool refused = HasGeneratedInstanceId(filter.GetRoot());
+  bool refused = Json::HasGeneratedId(filter.GetRoot());
   if (!refused && !objects.empty()) {
     // All objects are of one type.
     const auto& schema = Internal::Access::Of(*objects.front()).GetSchema();
@@ -131,7 +131,7 @@ bool IsSubset(const Json::Value& part, const Json::Value& value) {
 
 InstanceFilter::InstanceFilter(const FilterSpecObject& filter, Json::SchemaPlace type)
     : conditions_(Internal::Access::Of(filter)),
-      refused_(HasGeneratedInstanceId(conditions_.GetRoot()) ||
+      refused_(Json::HasGeneratedId(conditions_.GetRoot()) ||
                ConditionsMeetInstances(conditions_.GetRoot(), type)) {}
 
 bool InstanceFilter::CanStream() const {

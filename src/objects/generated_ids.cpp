@@ -48,7 +48,7 @@ void AdoptGeneratedIds(Json::Value& part, const Json::Value& whole, Json::Schema
 }
 
 void DropGeneratedIds(Json::Value& value) {
-  if (!HasGeneratedInstanceId(value)) {
+  if (!Json::HasGeneratedId(value)) {
     return;
   }
   const auto holdsNothingElse = [](const Json::Value& element) {
@@ -73,12 +73,12 @@ void DropGeneratedIds(Json::Value& value) {
 
 bool EqualButForGeneratedIds(const Json::Value& a, const Json::Value& b) {
   const auto cleared = [](const Json::Value& value, JsonDoc& copy) -> const Json::Value& {
-    if (!HasGeneratedInstanceId(value)) {
+    if (!Json::HasGeneratedId(value)) {
       return value;
     }
     Json::Value& root = *copy.GetJsonValuePtr();
     root.CopyFrom(value, copy.GetAllocator());
-    ClearGeneratedInstanceId(root);
+    Json::ClearGeneratedIds(root);
     return root;
   };
   JsonDoc copyOfA;

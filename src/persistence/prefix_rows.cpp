@@ -10,14 +10,29 @@ namespace {
 
 constexpr const char* kFailure = "Get store rows failed.";
 
+// The fields of an identifier, the most general one first.
+std::array<const std::string*, 4> FieldsOf(const ConfigStoreObjectId& id) {
+  return {&id.component, &id.group, &id.key, &id.instanceId};
+}
+
 }  // namespace
+
+bool IsUnder(const ConfigStoreObjectId& prefix, const ConfigStoreObjectId& id) {
+  const auto wanted = FieldsOf(prefix);
+  const auto own = FieldsOf(id);
+  for (std::size_t i = 0; i < wanted.size() && !wanted[i]->empty(); ++i) {
+    if (*wanted[i] != *own[i]) {
+      return false;
+    }
+  }
+  return true;
+}
 
 void ForEachRowUnder(const ConfigStoreObjectId& prefix, const PrefixStatements& statements,
                      const DBStore::ConnectionHandle& connection, const RowVisitor& visit) {
   std::array<std::string_view, 4> fields;
   std::size_t count = 0;
-  for (const std::string* field :
-       {&prefix.component, &prefix.group, &prefix.key, &prefix.instanceId}) {
+  for (const std::string* field : FieldsOf(prefix)) {
     if (field->empty()) {
       break;
     }

@@ -17,8 +17,11 @@ namespace TarnConfigStore {
 /// which are the statement's parameters.
 using PrefixStatements = std::array<std::string_view, 5>;
 
-/// Hands on the rows under a prefix: component, group, key and instance id, up to the first empty
-/// one. Raises ConfigStoreException 2000 "Get store rows failed.".
+/// Whether an identifier stands under a prefix: component, group, key and instance id, up to the first
+/// empty one.
+bool IsUnder(const ConfigStoreObjectId& prefix, const ConfigStoreObjectId& id);
+
+/// Hands on the rows under a prefix. Raises ConfigStoreException 2000 "Get store rows failed.".
 void ForEachRowUnder(const ConfigStoreObjectId& prefix, const PrefixStatements& statements,
                      const DBStore::ConnectionHandle& connection, const RowVisitor& visit);
 

@@ -48,23 +48,21 @@ void Write(const ConfigStoreObjectId& type, const std::string& version, const De
 // Answers whether the row holds a value.
 bool HandOn(const RowMap& row, std::string instanceId,
             const std::function<void(const StoredRow&)>& receiver) {
-  const auto text = [&row](std::string_view column) {
-    const auto found = row.Find(column);
-    return found ? std::optional<std::string>(*found) : std::nullopt;
-  };
   StoredRow stored;
-  stored.user = text("UserValue");
-  stored.automatic = text("AutoConfValue");
-  stored.vital = text("VitalValue");
-  stored.cached = text("CachedValue");
-  stored.pending = text("DesiredValue");
+  bool holds = false;
+  for (const ValueColumn& column : kValueColumns) {
+    if (const auto text = row.Find(column.name)) {
+      stored.*column.text = *text;
+      holds = true;
+    }
+  }
+
   stored.instanceId = std::move(instanceId);
   stored.version = row.Text("Version");
   stored.creationTime = row.Text("CreationTime");
   stored.revision = RevisionFrom(std::string(row.Text("Revision")).c_str());
   stored.confirmed = row.Text("Success") == "1";
-  const bool holds =
-      stored.user || stored.automatic || stored.vital || stored.cached || stored.pending;
+
   if (holds) {
     receiver(stored);
   }

@@ -9,6 +9,7 @@
 #include "objects/division.h"
 #include "persistence/row_map.h"
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <optional>
@@ -44,6 +45,22 @@ struct StoredRow : ColumnValues {
   int revision = 0;
   bool confirmed = true;
 };
+
+/// One of the texts of a row.
+using RowText = std::optional<std::string> StoredRow::*;
+
+struct ValueColumn {
+  const char* name;
+  RowText text;
+};
+
+/// The columns that hold values, each laid over those before it where a row is read whole.
+inline constexpr std::array<ValueColumn, 5> kValueColumns = {
+    {{"AutoConfValue", &StoredRow::automatic},
+     {"CachedValue", &StoredRow::cached},
+     {"VitalValue", &StoredRow::vital},
+     {"UserValue", &StoredRow::user},
+     {"DesiredValue", &StoredRow::pending}}};
 
 /// Hands on each row of a type that holds a value, in the order of the instance ids. Answers how many
 /// there are that hold none. Raises as CountStoredInstances.

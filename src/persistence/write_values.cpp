@@ -45,10 +45,14 @@ void WriteInstances(std::string_view sql, const std::vector<ObjectHandle>& objec
 
 }  // namespace
 
+bool AreConfirmedAtOnce(bool always, int upgradeContext) noexcept {
+  return always || upgradeContext != kUnconfirmedUpgrade;
+}
+
 void WriteUserConfigInstances(const std::vector<ObjectHandle>& objects,
                               const DBStore::ConnectionHandle& connection, bool confirmed,
                               const SchemaHandle& schema) {
-  const int success = confirmed || ReadUpgradeContext() != kUnconfirmedUpgrade ? 1 : 0;
+  const int success = confirmed || AreConfirmedAtOnce(false, ReadUpgradeContext()) ? 1 : 0;
   Write(WRITE_USER, objects, connection, schema, "Write user data failed",
         [success](Binder& binder) { binder.Number(success); });
 }

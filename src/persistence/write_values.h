@@ -9,6 +9,12 @@
 
 namespace TarnConfigStore {
 
+/// Whether rows of a type whose user's value is written are confirmed at once: in one part of an upgrade
+/// they are left to be confirmed afterwards.
+/// \param always          they are confirmed even then
+/// \param upgradeContext  what ReadUpgradeContext answered
+bool AreConfirmedAtOnce(bool always, int upgradeContext) noexcept;
+
 // Each writes the data of every object, whole, into one value column of its row; the objects have
 // been validated as data of that kind. The version is that of the schema that the caller holds for
 // the type of all objects, or without one that of each object's type at this moment. What was

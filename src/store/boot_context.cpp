@@ -1,5 +1,6 @@
 #include "store/boot_context.h"
 
+#include "errors/raise.h"
 #include "persistence/boot_flags.h"
 #include "validation/guards.h"
 
@@ -7,6 +8,12 @@ namespace TarnConfigStore {
 
 bool IsClosedDuringBoot(const SchemaHandle& schema, const DBStore::ConnectionHandle& connection) {
   return IsBootInternal(connection) && !schema->IsBootAccessible();
+}
+
+void RequireNextBootStore(const DBStore::ConnectionHandle& connection) {
+  if (ReadUpgradeContext() != 0 || IsBootInternal(connection)) {
+    ThrowRefusal("NextBootStore is not supported during the upgrade or boot phase");
+  }
 }
 
 void CheckBootTimeContext(const SchemaHandle& schema, const ObjectHandle& object,

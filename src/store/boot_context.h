@@ -14,6 +14,10 @@ namespace TarnConfigStore {
 /// cannot be read.
 bool IsClosedDuringBoot(const SchemaHandle& schema, const DBStore::ConnectionHandle& connection);
 
+/// Changes are staged while the host runs only: raises ValidationException 2000 while it boots or is
+/// upgraded, and ConfigStoreException 2000 when that cannot be read.
+void RequireNextBootStore(const DBStore::ConnectionHandle& connection);
+
 /// Applies checkUserContext to an object that is about to be written, if it holds user data and its
 /// type is closed during boot.
 void CheckBootTimeContext(const SchemaHandle& schema, const ObjectHandle& object,

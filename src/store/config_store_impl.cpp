@@ -1,8 +1,9 @@
 #include "store/config_store_impl.h"
 
 #include "errors/raise.h"
-#include "persistence/boot_flags.h"
 #include "persistence/connection.h"
+#include "store/boot_context.h"
+
 #include "store/next_boot_store_impl.h"
 
 #include <utility>
@@ -51,9 +52,8 @@ int ConfigStoreImpl::CancelTransaction() noexcept {
 }
 
 std::shared_ptr<NextBootStore> ConfigStoreImpl::GetNextBootStore() {
-  if (ReadUpgradeContext() != 0 || IsBootInternal(connection_)) {
-    ThrowRefusal("NextBootStore is not supported during the upgrade or boot phase");
-  }
+    RequireNextBootStore(connection_);
+
   return std::make_shared<NextBootStoreImpl>(connection_);
 }
 
