@@ -26,7 +26,7 @@ std::size_t EndOfString(std::string_view text, std::size_t start) {
 }
 
 // The place after the number or word that begins at `start`.
-std::size_t EndOfPlain(std::string_view text, std::size_t start) {
+std::size_t EndOfUnmarked(std::string_view text, std::size_t start) {
   std::size_t end = start + 1;
   while (end < text.size() && text[end] != ',' && text[end] != '}' && text[end] != ']' &&
          !IsBlank(text[end])) {
@@ -81,7 +81,7 @@ void AppendIndented(std::string_view text, unsigned level, std::string& out) {
         ++at;
         break;
       default: {
-        const std::size_t end = c == '"' ? EndOfString(text, at) : EndOfPlain(text, at);
+        const std::size_t end = c == '"' ? EndOfString(text, at) : EndOfUnmarked(text, at);
         out.append(text, at, end - at);
         at = end;
       }

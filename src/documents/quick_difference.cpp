@@ -6,9 +6,9 @@
 namespace TarnConfigStore {
 namespace {
 
-class Comparison final : public Json::MemberReceiver {
+class QuickComparison final : public Json::MemberReceiver {
  public:
-  explicit Comparison(const Json::Value& object) : object_(object) {}
+  explicit QuickComparison(const Json::Value& object) : object_(object) {}
   bool Differs() const { return differs_; }
 
   bool Wants(std::string_view name) override {
@@ -31,7 +31,7 @@ class Comparison final : public Json::MemberReceiver {
 }  // namespace
 
 bool DiffersAtOnce(std::string_view text, const Json::Value& object) {
-  Comparison comparison(object);
+  QuickComparison comparison(object);
   return object.IsObject() && Json::ScanMembers(text, comparison) && comparison.Differs();
 }
 

@@ -13,7 +13,7 @@
 namespace JsonValidator {
 namespace {
 
-constexpr std::size_t kBytesOfAStep = 16;
+constexpr std::size_t kBytesOfAComparison = 16;
 constexpr rapidjson::SizeType kMembersOfAStep = 4;
 
 bool EqualObjects(const Json::Value& a, const Json::Value& b, Budget& budget) {
@@ -42,7 +42,7 @@ std::uint64_t Mixed(std::uint64_t a, std::uint64_t b) {
 }
 
 std::uint64_t HashOfText(const Json::Value& text, Budget& budget) {
-  budget.Take(text.GetStringLength() / kBytesOfAStep);
+  budget.Take(text.GetStringLength() / kBytesOfAComparison);
   return std::hash<std::string_view>{}(Json::Text(text));
 }
 
@@ -100,7 +100,7 @@ bool Equal(const Json::Value& a, const Json::Value& b, Budget& budget) {
   }
   if (a.IsString()) {
     return a.GetStringLength() == b.GetStringLength() &&
-           budget.Take(a.GetStringLength() / kBytesOfAStep) && Json::Text(a) == Json::Text(b);
+           budget.Take(a.GetStringLength() / kBytesOfAComparison) && Json::Text(a) == Json::Text(b);
   }
   if (a.IsArray()) {
     return std::equal(

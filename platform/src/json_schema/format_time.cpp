@@ -7,9 +7,9 @@ namespace JsonValidator {
 namespace {
 
 /// Takes digits and punctuation off the front of a text.
-class Reader {
+class TimeReader {
  public:
-  explicit Reader(std::string_view text) : rest_(text) {}
+  explicit TimeReader(std::string_view text) : rest_(text) {}
 
   /// Exactly so many digits, or -1.
   int Number(std::size_t digits) {
@@ -54,7 +54,7 @@ bool Between(int number, int low, int high) {
   return number >= low && number <= high;
 }
 
-bool ReadOffset(Reader& reader, int& minutes) {
+bool ReadOffset(TimeReader& reader, int& minutes) {
   if (reader.Skip('Z') || reader.Skip('z')) {
     return true;
   }
@@ -70,10 +70,10 @@ bool ReadOffset(Reader& reader, int& minutes) {
 }
 
 /// Numbers, each with its unit, that follow one another in the list of units without a gap.
-bool ReadAmounts(Reader& reader, std::string_view units) {
+bool ReadAmounts(TimeReader& reader, std::string_view units) {
   bool any = false;
   for (const char unit : units) {
-    Reader ahead = reader;
+    TimeReader ahead = reader;
     if (ahead.SkipDigits() > 0 && ahead.Skip(unit)) {
       reader = ahead;
       any = true;
@@ -87,7 +87,7 @@ bool ReadAmounts(Reader& reader, std::string_view units) {
 }  // namespace
 
 bool IsDate(std::string_view text) {
-  Reader reader(text);
+  TimeReader reader(text);
   const int year = reader.Number(4);
   const bool firstDash = reader.Skip('-');
   const int month = reader.Number(2);
@@ -102,7 +102,7 @@ bool IsDate(std::string_view text) {
 }
 
 bool IsTime(std::string_view text) {
-  Reader reader(text);
+  TimeReader reader(text);
   const int hour = reader.Number(2);
   const bool firstColon = reader.Skip(':');
   const int minute = reader.Number(2);
@@ -128,7 +128,7 @@ bool IsDateTime(std::string_view text) {
 }
 
 bool IsDuration(std::string_view text) {
-  Reader reader(text);
+  TimeReader reader(text);
   if (!reader.Skip('P')) {
     return false;
   }

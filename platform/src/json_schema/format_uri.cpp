@@ -15,20 +15,20 @@ bool IsPercentEscape(std::string_view text) {
          Json::IsHexDigit(text[2]);
 }
 
-enum class Characters { URI, IRI, IRI_QUERY };
+enum class UriCharacters { URI, IRI, IRI_QUERY };
 
 /// Characters beyond ASCII that the kind of text may have.
-bool IsInternational(char32_t c, Characters kind) {
+bool IsInternational(char32_t c, UriCharacters kind) {
   constexpr char32_t kPrivateUse = 0xE000;
   constexpr char32_t kPastPrivateUse = 0xF8FF;
   constexpr char32_t kPrivatePlanes = 0xF0000;
   constexpr char32_t kSpecials = 0xE0000;
   constexpr char32_t kPastSpecials = 0xE0FFF;
-  if (kind == Characters::URI || c < 0xA0 || (c & 0xFFFEU) == 0xFFFE) {
+  if (kind == UriCharacters::URI || c < 0xA0 || (c & 0xFFFEU) == 0xFFFE) {
     return false;
   }
   if ((c >= kPrivateUse && c <= kPastPrivateUse) || c >= kPrivatePlanes) {
-    return kind == Characters::IRI_QUERY;
+    return kind == UriCharacters::IRI_QUERY;
   }
   const bool noCharacter = (c >= 0xFDD0 && c <= 0xFDEF) || (c >= 0xFFF0 && c <= 0xFFFF);
   return !noCharacter && !(c >= kSpecials && c <= kPastSpecials);
@@ -36,7 +36,7 @@ bool IsInternational(char32_t c, Characters kind) {
 
 /// Whether the text consists of unreserved characters, percent escapes and what else is allowed in
 /// its place.
-bool ConsistsOf(std::string_view text, std::string_view others, Characters kind) {
+bool ConsistsOf(std::string_view text, std::string_view others, UriCharacters kind) {
   constexpr std::string_view kUnreservedMarks = "-._~";
   for (std::size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
@@ -74,10 +74,10 @@ bool IsIpLiteral(std::string_view text) {  // without the brackets
          std::all_of(text.begin() + 1, text.begin() + static_cast<std::ptrdiff_t>(dot),
                      Json::IsHexDigit) &&
          text.find('%') == std::string_view::npos &&
-         ConsistsOf(text.substr(dot + 1), kUserInfo, Characters::URI);
+         ConsistsOf(text.substr(dot + 1), kUserInfo, UriCharacters::URI);
 }
 
-bool IsAuthority(std::string_view text, Characters kind) {
+bool IsAuthority(std::string_view text, UriCharacters kind) {
   const std::size_t at = text.rfind('@');
   if (at != std::string_view::npos) {
     if (!ConsistsOf(text.substr(0, at), kUserInfo, kind)) {
@@ -103,7 +103,7 @@ bool IsAuthority(std::string_view text, Characters kind) {
          (port.front() == ':' && std::all_of(port.begin() + 1, port.end(), Json::IsDigit));
 }
 
-bool IsRelativePart(std::string_view text, Characters kind) {
+bool IsRelativePart(std::string_view text, UriCharacters kind) {
   if (text.starts_with("//")) {
     text.remove_prefix(2);
     const std::size_t end = std::min(text.find('/'), text.size());
@@ -115,7 +115,7 @@ bool IsRelativePart(std::string_view text, Characters kind) {
   return ConsistsOf(text, kPath, kind);
 }
 
-bool IsReference(std::string_view text, Characters kind) {
+bool IsReference(std::string_view text, UriCharacters kind) {
   const std::size_t scheme = Json::SchemeLength(text);
   if (scheme > 0) {
     text.remove_prefix(scheme + 1);
@@ -128,7 +128,7 @@ bool IsReference(std::string_view text, Characters kind) {
   }
   text = text.substr(0, fragment);
   const std::size_t query = std::min(text.find('?'), text.size());
-  const Characters inQuery = kind == Characters::IRI ? Characters::IRI_QUERY : kind;
+  const UriCharacters inQuery = kind == UriCharacters::IRI ? UriCharacters::IRI_QUERY : kind;
   return (query == text.size() || ConsistsOf(text.substr(query + 1), kQuery, inQuery)) &&
          IsRelativePart(text.substr(0, query), kind);
 }
@@ -180,7 +180,7 @@ bool IsExpression(std::string_view text) {
 }  // namespace
 
 bool IsUriReference(std::string_view text) {
-  return IsReference(text, Characters::URI);
+  return IsReference(text, UriCharacters::URI);
 }
 
 bool IsUri(std::string_view text) {
@@ -188,7 +188,7 @@ bool IsUri(std::string_view text) {
 }
 
 bool IsIriReference(std::string_view text) {
-  return IsReference(text, Characters::IRI);
+  return IsReference(text, UriCharacters::IRI);
 }
 
 bool IsIri(std::string_view text) {
@@ -199,7 +199,7 @@ bool IsUriTemplate(std::string_view text) {
   constexpr std::string_view kLiterals = "!#$&()*+,/:;=?@[]";
   for (;;) {
     const std::size_t brace = text.find('{');
-    if (!ConsistsOf(text.substr(0, brace), kLiterals, Characters::IRI_QUERY)) {
+    if (!ConsistsOf(text.substr(0, brace), kLiterals, UriCharacters::IRI_QUERY)) {
       return false;
     }
     if (brace == std::string_view::npos) {
