@@ -12,8 +12,8 @@ constexpr std::size_t kExtra = 64;
 constexpr std::size_t kChunk = 512;
 constexpr std::size_t kParseStack = 1024;
 
-rapidjson::CrtAllocator& BaseAllocator() {
-  static rapidjson::CrtAllocator allocator;
+Json::SystemAllocator& BaseAllocator() {
+  static Json::SystemAllocator allocator;
   return allocator;
 }
 

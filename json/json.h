@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdlib>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -32,9 +34,55 @@ void SetAssertionHook(AssertionHook hook) noexcept;
 namespace Json {
 
 using Encoding = rapidjson::UTF8<>;
-using Allocator = rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>;
+
+/// Where all memory of values, stacks and buffers comes from. RapidJSON uses what its own allocator
+/// answers without a look, null included; this one throws std::bad_alloc instead.
+struct SystemAllocator {
+  static constexpr bool kNeedFree = true;
+  void* Malloc(std::size_t size) { return size == 0 ? nullptr : Checked(std::malloc(size)); }
+  void* Realloc(void* block, std::size_t /*before*/, std::size_t size) {
+    if (size == 0) {
+      std::free(block);
+      return nullptr;
+    }
+    return Checked(std::realloc(block, size));
+  }
+  static void Free(void* block) { std::free(block); }
+
+ private:
+  static void* Checked(void* block) {
+    if (block == nullptr) {
+      throw std::bad_alloc();
+    }
+    return block;
+  }
+};
+
+using Allocator = rapidjson::MemoryPoolAllocator<SystemAllocator>;
 using Value = rapidjson::GenericValue<Encoding, Allocator>;
-using Document = rapidjson::GenericDocument<Encoding, Allocator, rapidjson::CrtAllocator>;
+using Document = rapidjson::GenericDocument<Encoding, Allocator, SystemAllocator>;
+using Buffer = rapidjson::GenericStringBuffer<Encoding, SystemAllocator>;
+
+}  // namespace Json
+
+// Its own copies by way of a document whose stack comes from RapidJSON's own allocator.
+template <>
+template <>
+inline Json::Value::GenericValue(const Json::Value& source, Json::Allocator& allocator) : data_() {
+  if (source.IsObject() || source.IsArray()) {
+    constexpr std::size_t kUsualStack = 1024;
+    Json::SystemAllocator stackAllocator;
+    Json::Document copy(&allocator, kUsualStack, &stackAllocator);
+    source.Accept(copy);
+    RawAssign(*copy.stack_.Pop<Json::Value>(1));
+  } else if (source.IsString() && source.data_.f.flags != kConstStringFlag) {
+    SetStringRaw(StringRefType(source.GetString(), source.GetStringLength()), allocator);
+  } else {
+    data_ = source.data_;
+  }
+}
+
+namespace Json {
 
 /// Deepest nesting that is read or checked: every walk over a value recurses.
 constexpr std::size_t kMaxDepth = 128;
@@ -110,5 +158,11 @@ inline Value Reference(std::string_view text) {
 inline Value Copy(std::string_view text, Allocator& allocator) {
   return Value(text.data(), static_cast<rapidjson::SizeType>(text.size()), allocator);
 }
+
+// What is changed and lives on when memory runs out is changed by these: it is as it was where they
+// throw. RapidJSON's own ways leave it unfit for use.
+void AddMember(Value& object, Value&& name, Value&& value, Allocator& allocator);
+/// Neither may lie in the other.
+void CopyInto(Value& target, const Value& source, Allocator& allocator);
 
 }  // namespace Json

@@ -12,8 +12,8 @@ constexpr std::size_t kMinimumCapacity = 128;
 constexpr std::size_t kParseStackSize = 1024;
 
 // Stateless; without one of ours, each pool would allocate its own.
-rapidjson::CrtAllocator& BaseAllocator() {
-  static rapidjson::CrtAllocator allocator;
+Json::SystemAllocator& BaseAllocator() {
+  static Json::SystemAllocator allocator;
   return allocator;
 }
 

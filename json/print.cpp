@@ -11,7 +11,6 @@
 namespace Json {
 namespace {
 
-using Buffer = rapidjson::StringBuffer;
 std::string Quoted(std::string_view text) {
   constexpr std::string_view kHexDigits = "0123456789abcdef";
   constexpr std::string_view kShortEscapes = "\"\\\b\t\n\f\r";
@@ -79,11 +78,13 @@ bool Print(const Value& value, Layout layout, BadText badText, std::string& text
   Buffer buffer;
   bool isSound = false;
   if (layout == Layout::INDENTED) {
-    Printer<rapidjson::PrettyWriter<Buffer>> printer(buffer, badText);
+    Printer<rapidjson::PrettyWriter<Buffer, Encoding, Encoding, SystemAllocator>> printer(buffer,
+                                                                                          badText);
     printer.SetIndent(' ', 2);
     isSound = value.Accept(printer);
   } else {
-    Printer<rapidjson::Writer<Buffer>> printer(buffer, badText);
+    Printer<rapidjson::Writer<Buffer, Encoding, Encoding, SystemAllocator>> printer(buffer,
+                                                                                    badText);
     isSound = value.Accept(printer);
   }
   text.assign(buffer.GetString(), isSound ? buffer.GetSize() : 0);

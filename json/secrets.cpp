@@ -182,7 +182,7 @@ void RestoreSecrets(Value& value, const Value* stored, SchemaPlace place, Alloca
                    "is masked, and no stored secret can be told to be meant: give the "
                    "secret itself");
     } else {
-      value.CopyFrom(*stored, allocator);
+      CopyInto(value, *stored, allocator);
     }
     return;
   }

@@ -9,8 +9,7 @@
 namespace Json {
 namespace {
 
-using Buffer = rapidjson::StringBuffer;
-using Writer = rapidjson::Writer<Buffer, Encoding, Encoding, rapidjson::CrtAllocator,
+using Writer = rapidjson::Writer<Buffer, Encoding, Encoding, SystemAllocator,
                                  rapidjson::kWriteValidateEncodingFlag>;
 
 // RapidJSON's own digits read back as the same number but are not always the ones that were given

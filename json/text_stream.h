@@ -36,7 +36,7 @@ struct UnwatchedTextStream : TextStream {
   using TextStream::TextStream;
 };
 
-using Reader = rapidjson::GenericReader<Encoding, Encoding, rapidjson::CrtAllocator>;
+using Reader = rapidjson::GenericReader<Encoding, Encoding, SystemAllocator>;
 
 }  // namespace Json
 

@@ -149,8 +149,8 @@ std::vector<Object> ConfigStoreObjectImpl::GetSubObjectInstances(const Shared& o
     if (member.idMember == Json::kGeneratedInstanceId &&
         Json::FindMember(element, member.idMember) == nullptr) {
       object->ForgetLookups();
-      element.AddMember(Json::Copy(member.idMember, allocator),
-                        Json::Copy(GenerateInstanceId(), allocator), allocator);
+      Json::AddMember(element, Json::Copy(member.idMember, allocator),
+                      Json::Copy(GenerateInstanceId(), allocator), allocator);
     }
     const SubObjectId id(key, GetInstanceIdFromValue(element, *member.type));
     views.push_back(MakeView(*object, id, member.type,

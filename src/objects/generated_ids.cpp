@@ -41,8 +41,8 @@ void AdoptGeneratedIds(Json::Value& part, const Json::Value& whole, Json::Schema
     const Json::Value* id = Json::FindMember(*matched, Json::kGeneratedInstanceId);
     if (items.GetsGeneratedId() && element.IsObject() && id != nullptr &&
         Json::FindMember(element, Json::kGeneratedInstanceId) == nullptr) {
-      element.AddMember(Json::Copy(Json::kGeneratedInstanceId, allocator),
-                        Json::Value(*id, allocator), allocator);
+      Json::AddMember(element, Json::Copy(Json::kGeneratedInstanceId, allocator),
+                      Json::Value(*id, allocator), allocator);
     }
   }
 }

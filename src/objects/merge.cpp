@@ -36,7 +36,7 @@ class Members {
   }
 
   void Add(std::string_view name, const Json::Value& value, Json::Allocator& allocator) {
-    object_.AddMember(Json::Copy(name, allocator), Json::Value(value, allocator), allocator);
+    Json::AddMember(object_, Json::Copy(name, allocator), Json::Value(value, allocator), allocator);
     if (index_) {
       index_->Add(name, object_.MemberCount() - 1);
     }
@@ -110,7 +110,7 @@ void MergeValue(const Json::Value& source, Json::Value& target, Json::SchemaPlac
       return;
     }
   }
-  target.CopyFrom(source, allocator);
+  Json::CopyInto(target, source, allocator);
 }
 
 std::shared_ptr<ConfigStoreObject> UpdateConfigInternal(

@@ -57,7 +57,7 @@ Json::Value& StoreObjectImpl::AddMember(std::string_view name, Json::Value&& val
   Json::Allocator& allocator = GetAllocator();
   Json::Value& root = RootForValues();
   const void* before = Lookups::PlaceOf(root);
-  root.AddMember(Json::Copy(name, allocator), std::move(value), allocator);
+  Json::AddMember(root, Json::Copy(name, allocator), std::move(value), allocator);
   if (Lookups* lookups = FindLookups()) {
     lookups->MemberAdded(before, root);
   }

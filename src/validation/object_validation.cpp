@@ -47,7 +47,7 @@ bool LacksId(const Json::Value& data, std::string_view member) {
 void PutId(Json::Value& data, std::string_view member, const std::string& id,
            Json::Allocator& allocator) {
   data.RemoveMember(Json::Reference(member));  // a null counts as absent
-  data.AddMember(Json::Copy(member, allocator), Json::Copy(id, allocator), allocator);
+  Json::AddMember(data, Json::Copy(member, allocator), Json::Copy(id, allocator), allocator);
 }
 
 void CheckId(const Json::Value& data, std::string_view member, const std::string& id,

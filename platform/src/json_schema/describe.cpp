@@ -81,8 +81,9 @@ std::uint64_t StepsToWrite(const Json::Value& value, int levels) {
 
 std::string Quoted(std::string_view text) {
   const std::string repaired = Json::Utf8::Repaired(Shortened(text, kLongestText));
-  rapidjson::StringBuffer buffer;
-  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+  Json::Buffer buffer;
+  rapidjson::Writer<Json::Buffer, Json::Encoding, Json::Encoding, Json::SystemAllocator> writer(
+      buffer);
   writer.String(repaired.data(), static_cast<rapidjson::SizeType>(repaired.size()));
   std::string quoted(buffer.GetString(), buffer.GetSize());
   if (text.size() > kLongestText) {

@@ -21,8 +21,8 @@ void GiveId(Json::Value& element, Json::Allocator& allocator) {
   if (!id) {
     throw std::bad_alloc();
   }
-  element.AddMember(Json::Copy(Json::kGeneratedInstanceId, allocator),
-                    Json::Copy(id.get(), allocator), allocator);
+  Json::AddMember(element, Json::Copy(Json::kGeneratedInstanceId, allocator),
+                  Json::Copy(id.get(), allocator), allocator);
 }
 
 // Calls `visit(element)` for each element that wants an id and has none, until it answers false.
