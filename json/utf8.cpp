@@ -60,6 +60,15 @@ std::size_t SequenceLength(std::string_view text) noexcept {
   return length;
 }
 
+std::string_view Fitting(std::string_view text, std::size_t most) noexcept {
+  std::size_t length = std::min(text.size(), most);
+  while (length < text.size() && length > 0 &&
+         (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
+    --length;
+  }
+  return text.substr(0, length);
+}
+
 char32_t CodePointOf(std::string_view character) noexcept {
   constexpr unsigned char kBitsOfFirst[] = {0, 0x7F, 0x1F, 0x0F, 0x07};  // by length
   char32_t codePoint = 0;

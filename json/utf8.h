@@ -29,6 +29,9 @@ bool HasControls(std::string_view text) noexcept;
 /// Length of the valid sequence that the text starts with; 0 when it starts with none.
 std::size_t SequenceLength(std::string_view text) noexcept;
 
+/// The beginning of a text that fits into so many bytes, no character cut in two.
+std::string_view Fitting(std::string_view text, std::size_t most) noexcept;
+
 /// The code point of one character, which is a valid sequence and all of the text.
 char32_t CodePointOf(std::string_view character) noexcept;
 

@@ -4,7 +4,8 @@
 
 #include "platform/logger.h"
 
-#include <algorithm>
+#include "json/utf8.h"
+
 #include <cstring>
 
 namespace TarnConfigStore {
@@ -13,16 +14,12 @@ namespace {
 // No destructor: threads may fail while they end.
 constinit thread_local ParseFailure lastFailure;
 
-// As much of a text as there is room for, no character cut in two.
+// As much of a text as there is room for.
 template <std::size_t size>
 void Keep(std::string_view text, char (&room)[size]) {
-  std::size_t length = std::min(text.size(), size - 1);
-  while (length < text.size() && length > 0 &&
-         (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
-    --length;
-  }
-  std::memcpy(room, text.data(), length);
-  room[length] = '\0';
+  const std::string_view kept = Json::Utf8::Fitting(text, size - 1);
+  std::memcpy(room, kept.data(), kept.size());
+  room[kept.size()] = '\0';
 }
 
 }  // namespace

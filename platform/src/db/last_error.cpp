@@ -3,52 +3,54 @@
 #include "platform/logger.h"
 
 #include "db/access_rights.h"
+#include "json/utf8.h"
 
 #include <sqlite3.h>
 
+#include <charconv>
+#include <cstring>
 #include <new>
-#include <utility>
 
 namespace DBStore {
 namespace {
 
-// Threads may fail while they end, after their own LastError is gone; they then find an empty one.
-thread_local bool threadEnding = false;
+constexpr std::size_t kLongestMessage = 1023;
 
+// Without a destructor: registering one takes memory, and a thread that fails has none, perhaps. And
+// threads may fail while they end.
 struct ThreadError {
-  LastError error;
-  ~ThreadError() { threadEnding = true; }
+  ErrorKind kind = ErrorKind::NONE;
+  int code = 0;
+  std::size_t length = 0;
+  char message[kLongestMessage + 1] = {};
 };
+constinit thread_local ThreadError current;
 
-// Never destroyed: there are callers while the process exits.
-union EmptyError {
-  LastError error;
-  constexpr EmptyError() : error() {}
-  ~EmptyError() {}
-};
-constinit const EmptyError noError;
-
-LastError* ErrorOfThread() noexcept {
-  if (threadEnding) {
-    return nullptr;
+void Keep(ErrorKind kind, int code, std::initializer_list<std::string_view> message) noexcept {
+  current.kind = kind;
+  current.code = code;
+  current.length = 0;
+  for (const std::string_view piece : message) {
+    const std::string_view fits = Json::Utf8::Fitting(piece, kLongestMessage - current.length);
+    std::memcpy(current.message + current.length, fits.data(), fits.size());
+    current.length += fits.size();
+    if (fits.size() < piece.size()) {
+      break;
+    }
   }
-  thread_local ThreadError current;
-  return &current.error;
+  current.message[current.length] = '\0';
 }
 
 }  // namespace
 
-const LastError& GetLastError() noexcept {
-  const LastError* error = ErrorOfThread();
-  return error != nullptr ? *error : noError.error;
+LastError GetLastError() {
+  return {current.kind, current.code, std::string(current.message, current.length)};
 }
 
 void ClearLastError() noexcept {
-  if (LastError* error = ErrorOfThread()) {
-    error->kind = ErrorKind::NONE;
-    error->code = 0;
-    error->message.clear();
-  }
+  current.kind = ErrorKind::NONE;
+  current.code = 0;
+  current.length = 0;
 }
 
 namespace internal {
@@ -76,31 +78,35 @@ ErrorKind ErrorKindOf(int code) noexcept {
   }
 }
 
-void ReportFailure(ErrorKind kind, int code, std::string message) noexcept {
-  CSLogger::Log(CSLogger::kFailure, "%s", message.c_str());
-  if (LastError* error = ErrorOfThread()) {
-    error->kind = kind;
-    error->code = code;
-    error->message = std::move(message);
-  }
+void ReportFailure(ErrorKind kind, int code, std::string_view message) noexcept {
+  Keep(kind, code, {message});
+  CSLogger::Log(CSLogger::kFailure, "%.*s", static_cast<int>(message.size()), message.data());
+}
+
+void ReportFailure(ErrorKind kind, int code,
+                   std::initializer_list<std::string_view> message) noexcept {
+  Keep(kind, code, message);
+  CSLogger::Log(CSLogger::kFailure, "%s", current.message);
 }
 
 void ReportSqliteFailure(sqlite3* database, int code, std::string_view path,
                          const std::string& realPath, std::string_view action) noexcept {
+  const ErrorKind kind = ErrorKindOf(code);
+  std::string mend;
   try {
-    std::string message(path);
-    message.append(": ").append(action).append(": ").append(sqlite3_errmsg(database));
-    message.append(" (").append(std::to_string(code)).append(")");
-    const ErrorKind kind = ErrorKindOf(code);
     if (kind == ErrorKind::PERMISSION) {
-      message.append("; ").append(MissingWriteRight(realPath));
+      mend.append("; ").append(MissingWriteRight(realPath));
     } else if (kind == ErrorKind::CORRUPT) {
-      message.append("; ").append(kRestoreIt);
+      mend.append("; ").append(kRestoreIt);
     }
-    ReportFailure(kind, code, std::move(message));
   } catch (const std::bad_alloc&) {
-    ReportFailure(ErrorKindOf(code), code, std::string());
+    mend.clear();
   }
+  char digits[16];
+  const char* const end = std::to_chars(digits, digits + sizeof digits, code).ptr;
+  ReportFailure(kind, code,
+                {path, ": ", action, ": ", sqlite3_errmsg(database), " (",
+                 std::string_view(digits, static_cast<std::size_t>(end - digits)), ")", mend});
 }
 
 }  // namespace internal

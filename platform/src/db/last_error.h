@@ -3,6 +3,7 @@
 
 #include "platform/store_error.h"
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -17,8 +18,12 @@ ErrorKind ErrorKindOf(int code) noexcept;
 inline constexpr const char* kRestoreIt =
     "restore it from a backup (`tarnctl restore --force FILE`)";
 
-/// Logs the message at priority 0 and keeps it as the thread's last store error.
-void ReportFailure(ErrorKind kind, int code, std::string message) noexcept;
+/// Logs the message at priority 0 and keeps it as the thread's last store error, for which it needs
+/// no memory: failures are reported where there is none, and where nothing may be raised.
+void ReportFailure(ErrorKind kind, int code, std::string_view message) noexcept;
+/// The same for a message in pieces.
+void ReportFailure(ErrorKind kind, int code,
+                   std::initializer_list<std::string_view> message) noexcept;
 
 /// Reports the failure that SQLite told last on a connection, as "PATH: ACTION: what SQLite says",
 /// with the right that is missing where the file cannot be written. The action says what was tried.

@@ -35,6 +35,9 @@ std::string ReadOnlyUri(const std::string& path) {
 
 int StoreConnection::AttachSchemaStore() {
   const Guard guard(lock_);
+  if (broken_) {
+    return RefuseGone("attaching the schema store");
+  }
   if (!attached_) {
     // Opening it the usual way tells what is wrong with it, and ends what a killed writer left half
     // done.
@@ -64,17 +67,17 @@ int StoreConnection::DetachSchemaStore() {
   const Guard guard(lock_);
   if (attachments_ == 0) {
     internal::ReportFailure(ErrorKind::MISUSE, SQLITE_MISUSE,
-                            std::string(fixedPath_) + ": the schema store is not attached");
+                            {fixedPath_, ": the schema store is not attached"});
     return SQLITE_MISUSE;
   }
   // SQLite cannot detach what an open transaction has read: it is then detached when that ends.
-  if (--attachments_ > 0 || depth_ > 0) {
+  if (--attachments_ > 0 || depth_ > 0 || !IsOpen()) {
     return SQLITE_OK;
   }
   return Detach();
 }
 
-int StoreConnection::Detach() {
+int StoreConnection::Detach() noexcept {
   const int code = sqlite3_exec(file_.handle.get(), kDetach, nullptr, nullptr, nullptr);
   if (code != SQLITE_OK) {
     return Report(code, "detaching the schema store");

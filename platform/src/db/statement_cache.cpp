@@ -61,17 +61,24 @@ CachedStatement* StatementCache::Add(std::string_view text, sqlite3_stmt* statem
 }
 
 void StatementCache::GiveBack(CachedStatement* entry) noexcept {
-  sqlite3_reset(entry->statement);
-  sqlite3_clear_bindings(entry->statement);
+  if (entry->statement != nullptr) {
+    sqlite3_reset(entry->statement);
+    sqlite3_clear_bindings(entry->statement);
+  }
   entry->parameters.Clear();
   entry->taken = false;
   entry->running = false;
 }
 
-void StatementCache::Clear() noexcept {
+void StatementCache::Finalise() noexcept {
   for (const auto& entry : entries_) {
     sqlite3_finalize(entry->statement);
+    entry->statement = nullptr;
   }
+}
+
+void StatementCache::Clear() noexcept {
+  Finalise();
   entries_.clear();
   hints_.fill(nullptr);
 }

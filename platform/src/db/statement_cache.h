@@ -42,7 +42,9 @@ class StatementCache {
   CachedStatement* Add(std::string_view text, sqlite3_stmt* statement);
   /// Resets the statement, clears its bindings and makes it idle.
   void GiveBack(CachedStatement* entry) noexcept;
-  /// Finalises every statement, those lent out included.
+  /// Finalises every statement; those lent out can still be given back.
+  void Finalise() noexcept;
+  /// Finalises and forgets every statement, those lent out included.
   void Clear() noexcept;
 
  private:

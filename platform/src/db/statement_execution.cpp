@@ -94,9 +94,8 @@ int StoreConnection::Execute(internal::CachedStatement* entry, RowCallback callb
   const Guard guard(lock_);
   const Action action("running", entry->text);
   if (entry->running) {
-    internal::ReportFailure(
-        ErrorKind::MISUSE, SQLITE_MISUSE,
-        std::string(fixedPath_) + ": \"" + entry->text + "\" is running already");
+    internal::ReportFailure(ErrorKind::MISUSE, SQLITE_MISUSE,
+                            {fixedPath_, ": \"", entry->text, "\" is running already"});
     return SQLITE_ERROR;
   }
   QueuedWrite write(*this);
@@ -158,9 +157,9 @@ int StoreConnection::StepThrough(internal::CachedStatement& entry, RowCallback c
         return SQLITE_ERROR;
       }
       if (answer != 0) {
-        internal::ReportFailure(ErrorKind::OTHER, SQLITE_ABORT,
-                                std::string(fixedPath_) + ": \"" + entry.text +
-                                    "\" was stopped by the receiver of its rows");
+        internal::ReportFailure(
+            ErrorKind::OTHER, SQLITE_ABORT,
+            {fixedPath_, ": \"", entry.text, "\" was stopped by the receiver of its rows"});
         return SQLITE_ERROR;
       }
       if (IsTransactionGone()) {
@@ -234,7 +233,7 @@ int Set(const ConnectionHandle& connection, const StatementHandle& statement, in
   auto* const entry = static_cast<CachedStatement*>(statement.get_deleter().slot);
   if (!set(entry->parameters)) {
     ReportFailure(ErrorKind::MISUSE, SQLITE_RANGE,
-                  "\"" + entry->text + "\" has no parameter " + std::to_string(index));
+                  {"\"", entry->text, "\" has no parameter ", std::to_string(index)});
     return SQLITE_RANGE;
   }
   ++index;

@@ -4,17 +4,19 @@
 
 #include "db/access_rights.h"
 #include "db/backup/pending_restore.h"
-#include "db/borrowed_statement.h"
 #include "db/connection_pool.h"
 #include "db/last_error.h"
 #include "db/layout.h"
 #include "db/testing_hook.h"
 #include "db/waiting.h"
+#include "json/utf8.h"
 #include "process/clock.h"
 
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstring>
 #include <utility>
 
 namespace DBStore {
@@ -28,72 +30,79 @@ StoreConnection::StoreConnection(internal::DatabaseFile file, bool writable,
       forkGeneration_(internal::forkGeneration.load(std::memory_order_relaxed)) {}
 
 StoreConnection::~StoreConnection() {
-  statements_.Clear();
+  CloseUnshared();
 }
 
 bool StoreConnection::IsInherited() const noexcept {
   return forkGeneration_ != internal::forkGeneration.load(std::memory_order_relaxed);
 }
 
-bool StoreConnection::IsUsable() const {
+bool StoreConnection::IsUsable() const noexcept {
   if (IsInherited()) {
     internal::ReportFailure(ErrorKind::MISUSE, SQLITE_MISUSE,
-                            std::string(fixedPath_) +
-                                ": this connection was opened before the process forked; the child "
-                                "has to take one of its own");
+                            {fixedPath_,
+                             ": this connection was opened before the process forked; the child "
+                             "has to take one of its own"});
     return false;
   }
   return true;
 }
 
-std::string StoreConnection::Action::Text() const {
+StoreConnection::Action::Words StoreConnection::Action::Text() const noexcept {
+  Words words;
   if (sql.empty()) {
-    return std::string(verb);
+    std::snprintf(words.text, sizeof words.text, "%.*s", static_cast<int>(verb.size()),
+                  verb.data());
+    return words;
   }
   // Its first words tell a statement from the others; the rest would fill a page.
   constexpr std::size_t kMost = 40;
-  const std::size_t end = sql.size() > kMost ? sql.find_last_of(" (\n", kMost) : sql.size();
-  std::string words(sql.substr(0, end));
-  std::replace(words.begin(), words.end(), '\n', ' ');
-  return std::string(verb).append(" \"").append(words).append(end < sql.size() ? "...\"" : "\"");
+  const std::size_t blank = sql.size() > kMost ? sql.find_last_of(" (\n", kMost) : sql.size();
+  const std::string_view first =
+      Json::Utf8::Fitting(sql.substr(0, blank), blank == std::string_view::npos ? kMost : blank);
+  std::snprintf(words.text, sizeof words.text, "%.*s \"%.*s%s\"", static_cast<int>(verb.size()),
+                verb.data(), static_cast<int>(first.size()), first.data(),
+                first.size() < sql.size() ? "..." : "");
+  std::replace(words.text, words.text + std::strlen(words.text), '\n', ' ');
+  return words;
 }
 
-int StoreConnection::Report(int code, const Action& action) {
-  internal::ReportSqliteFailure(file_.handle.get(), code, fixedPath_, file_.path, action.Text());
+int StoreConnection::Report(int code, const Action& action) noexcept {
+  internal::ReportSqliteFailure(file_.handle.get(), code, fixedPath_, file_.path,
+                                action.Text().text);
   return code & 0xff;
 }
 
-int StoreConnection::RefuseGone(const Action& action) {
+int StoreConnection::RefuseGone(const Action& action) noexcept {
   internal::ReportFailure(
       ErrorKind::OTHER, SQLITE_ABORT_ROLLBACK,
-      std::string(fixedPath_) + ": " + action.Text() +
-          ": the transaction was rolled back after an earlier failure; cancel it "
-          "and start again");
+      {fixedPath_, ": ", action.Text().text,
+       broken_ ? ": an earlier transaction could not be undone; open the store again"
+               : ": the transaction was rolled back after an earlier failure; cancel it "
+                 "and start again"});
   return SQLITE_ABORT_ROLLBACK;
 }
 
 int StoreConnection::RefuseWaitingForItself(const Action& action) {
-  internal::ReportFailure(
-      ErrorKind::BUSY, SQLITE_BUSY,
-      std::string(fixedPath_) + ": " + action.Text() +
-          ": this thread has a transaction open on another connection and would "
-          "wait for itself; end it first, or write through that connection");
+  internal::ReportFailure(ErrorKind::BUSY, SQLITE_BUSY,
+                          {fixedPath_, ": ", action.Text().text,
+                           ": this thread has a transaction open on another connection and would "
+                           "wait for itself; end it first, or write through that connection"});
   return SQLITE_BUSY;
 }
 
 int StoreConnection::RefuseLocked(const Action& action) {
   internal::ReportFailure(ErrorKind::BUSY, SQLITE_BUSY,
-                          std::string(fixedPath_) + ": " + action.Text() +
-                              ": another thread of this process kept writing for longer than the "
-                              "limit");
+                          {fixedPath_, ": ", action.Text().text,
+                           ": another thread of this process kept writing for longer than the "
+                           "limit"});
   return SQLITE_BUSY;
 }
 
 int StoreConnection::RefuseReadOnly(const Action& action) {
   internal::ReportFailure(ErrorKind::PERMISSION, SQLITE_READONLY,
-                          std::string(fixedPath_) + ": " + action.Text() +
-                              ": it was opened for reading; " +
-                              internal::MissingWriteRight(file_.path));
+                          {fixedPath_, ": ", action.Text().text, ": it was opened for reading; ",
+                           internal::MissingWriteRight(file_.path)});
   return SQLITE_READONLY;
 }
 
@@ -101,9 +110,9 @@ int StoreConnection::RefuseReadOnly(const Action& action) {
 int StoreConnection::CheckFile(const Action& action) {
   if (rootGeneration_ != HostPaths::RootGeneration()) {
     internal::ReportFailure(ErrorKind::MISUSE, SQLITE_MISUSE,
-                            std::string(fixedPath_) + ": " + action.Text() +
-                                ": the host root is another one since this store was opened; open "
-                                "it again");
+                            {fixedPath_, ": ", action.Text().text,
+                             ": the host root is another one since this store was opened; open "
+                             "it again"});
     return SQLITE_MISUSE;
   }
   // What is written between a restore's beginning and its completion would be lost.
@@ -161,19 +170,26 @@ void StoreConnection::LeaveQueue() noexcept {
 }
 
 bool StoreConnection::IsTransactionGone() const noexcept {
+  if (broken_) {
+    return true;
+  }
   const bool open = sqlite3_get_autocommit(file_.handle.get()) == 0;
   // Open although no level is: it could not be rolled back, or somebody ran a BEGIN of their own.
   return depth_ > 0 ? lost_ || !open : open;
 }
 
 void StoreConnection::LimitWaiting(int limit) noexcept {
-  if (limit != waitLimit_) {
+  if (limit != waitLimit_ && IsOpen()) {
     internal::WaitAtMost(file_.handle.get(), limit);
     waitLimit_ = limit;
   }
 }
 
 internal::CachedStatement* StoreConnection::TakeLocked(std::string_view sql, int limit) {
+  if (broken_) {
+    RefuseGone(Action("preparing", sql));
+    return nullptr;
+  }
   LimitWaiting(limit);
   internal::CachedStatement* entry = statements_.Take(sql);
   return entry != nullptr ? entry : PrepareLocked(sql);
@@ -201,33 +217,20 @@ internal::CachedStatement* StoreConnection::PrepareLocked(std::string_view sql) 
   return statements_.Add(sql, statement);
 }
 
-int StoreConnection::Run(const char* sql, int limit) {
-  const BorrowedStatement statement(*this, sql, limit);
-  if (!statement) {
-    return sqlite3_extended_errcode(file_.handle.get());
-  }
-  const int code = sqlite3_step(statement.Get());
-  return code == SQLITE_DONE || code == SQLITE_ROW ? SQLITE_OK : code;
-}
-
 bool StoreConnection::MakeReusable() noexcept {
   const Guard guard(lock_);
-  try {
-    if (sqlite3_get_autocommit(file_.handle.get()) == 0) {
-      Run("ROLLBACK");
-    }
-    if (depth_ > 0) {
-      depth_ = 0;
-      EndTransaction();
-    }
-    attachments_ = 0;
-    if (attached_) {
-      Detach();
-    }
-  } catch (...) {
-    return false;
+  if (!broken_ && depth_ > 0 && sqlite3_get_autocommit(file_.handle.get()) == 0) {
+    RollBack();
   }
-  return sqlite3_get_autocommit(file_.handle.get()) != 0 && !attached_;
+  if (depth_ > 0) {
+    depth_ = 0;
+    EndTransaction();
+  }
+  attachments_ = 0;
+  if (attached_ && !broken_) {
+    Detach();
+  }
+  return !broken_ && sqlite3_get_autocommit(file_.handle.get()) != 0 && !attached_;
 }
 
 bool StoreConnection::IsCurrent() const noexcept {
@@ -245,6 +248,7 @@ void StoreConnection::Close() noexcept {
 
 void StoreConnection::CloseUnshared() noexcept {
   statements_.Clear();
+  transaction_.Clear();
   file_.handle.reset();
 }
 
@@ -263,7 +267,7 @@ void StoreConnection::ResumeAfterFork() noexcept {
 
 namespace internal {
 
-StoreConnection* Usable(const ConnectionHandle& connection) {
+StoreConnection* Usable(const ConnectionHandle& connection) noexcept {
   if (!connection) {
     ReportFailure(ErrorKind::MISUSE, SQLITE_MISUSE, "there is no connection to the store");
     return nullptr;

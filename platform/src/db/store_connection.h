@@ -6,6 +6,7 @@
 #include "db/database_file.h"
 #include "db/recursive_lock.h"
 #include "db/statement_cache.h"
+#include "db/transaction_statements.h"
 #include "db/write_queue.h"
 
 #include <atomic>
@@ -39,7 +40,7 @@ class StoreConnection {
 
   int Begin();
   int Commit();
-  int Cancel();
+  int Cancel() noexcept;
   bool IsInTransaction();
 
   /// Null on failure.
@@ -54,7 +55,7 @@ class StoreConnection {
   int DetachSchemaStore();
 
   /// Reports and answers false when this is a child's inheritance.
-  bool IsUsable() const;
+  bool IsUsable() const noexcept;
 
   // For the pool, when nobody holds the connection.
   /// Ends what was left open. False when the connection is not fit for anybody else.
@@ -80,7 +81,11 @@ class StoreConnection {
   struct Action {
     Action(const char* what) : verb(what) {}
     Action(const char* what, std::string_view text) : verb(what), sql(text) {}
-    std::string Text() const;
+    /// In as many words as there is room for: failures are reported where there is no memory.
+    struct Words {
+      char text[128];
+    };
+    Words Text() const noexcept;
 
     std::string_view verb;
     std::string_view sql = {};
@@ -91,13 +96,13 @@ class StoreConnection {
 
   // What follows expects the lock to be held.
   bool IsTransactionGone() const noexcept;
-  int RefuseGone(const Action& action);
+  int RefuseGone(const Action& action) noexcept;
   int RefuseWaitingForItself(const Action& action);
   int RefuseReadOnly(const Action& action);
   int RefuseLocked(const Action& action);
   int CheckFile(const Action& action);
   int CheckFileOnceInATick(const Action& action);
-  int Report(int code, const Action& action);
+  int Report(int code, const Action& action) noexcept;
   void LimitWaiting(int limit) noexcept;
   internal::CachedStatement* TakeLocked(std::string_view sql, int limit);
   internal::CachedStatement* PrepareLocked(std::string_view sql);
@@ -105,11 +110,12 @@ class StoreConnection {
   /// Waits for this connection's turn to write, up to the limit, of which it leaves the rest.
   int EnterQueue(int& limit, const Action& action);
   void LeaveQueue() noexcept;
-  int Run(const char* sql, int limit = kWaitLimit);
+  bool UndoLevel() noexcept;
+  void RollBack() noexcept;
   void EndLevel() noexcept;
   void EndTransaction() noexcept;
   int StepThrough(internal::CachedStatement& entry, RowCallback callback, void* context);
-  int Detach();
+  int Detach() noexcept;
 
   const char* fixedPath_;
   internal::DatabaseFile file_;
@@ -121,10 +127,12 @@ class StoreConnection {
   internal::WriteQueue::Place place_;
   bool queued_ = false;
   internal::StatementCache statements_;
+  internal::TransactionStatements transaction_;
   int waitLimit_ = kWaitLimit;
   int depth_ = 0;      // levels that were begun and neither committed nor cancelled
   bool lost_ = false;  // an inner level could not be undone: the open levels must not be committed
-  int executing_ = 0;  // statements being stepped through, their callbacks included
+  bool broken_ = false;  // a transaction could not be undone at all: nobody may use it any more
+  int executing_ = 0;    // statements being stepped through, their callbacks included
   int attachments_ = 0;
   bool attached_ = false;  // outlives the attachments while a transaction is open
 
@@ -137,7 +145,7 @@ class StoreConnection {
 namespace internal {
 
 /// A connection that can be used, or null with the reason reported.
-StoreConnection* Usable(const ConnectionHandle& connection);
+StoreConnection* Usable(const ConnectionHandle& connection) noexcept;
 
 }  // namespace internal
 }  // namespace DBStore

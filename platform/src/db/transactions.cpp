@@ -10,16 +10,11 @@
 namespace DBStore {
 namespace {
 
-// All levels share a name: SQLite means the innermost of it.
-constexpr const char* kBegin = "BEGIN IMMEDIATE";
-constexpr const char* kBeginLevel = "SAVEPOINT level";
-constexpr const char* kCommitLevel = "RELEASE level";
-constexpr const char* kUndoLevel = "ROLLBACK TO level";
-constexpr const char* kRollback = "ROLLBACK";
+using internal::TransactionStep;
 
-int RefuseWithoutTransaction(const char* path, const char* action) {
+int RefuseWithoutTransaction(const char* path, const char* action) noexcept {
   internal::ReportFailure(ErrorKind::MISUSE, SQLITE_MISUSE,
-                          std::string(path) + ": " + action + ": no transaction was begun");
+                          {path, ": ", action, ": no transaction was begun"});
   return SQLITE_MISUSE;
 }
 
@@ -28,34 +23,31 @@ int RefuseWithoutTransaction(const char* path, const char* action) {
 int StoreConnection::Begin() {
   constexpr const char* kAction = "beginning a transaction";
   const Guard guard(lock_);
-  if (depth_ > 0) {
-    if (IsTransactionGone()) {
-      return RefuseGone(kAction);
+  if (broken_ || (depth_ > 0 && IsTransactionGone())) {
+    return RefuseGone(kAction);
+  }
+  if (depth_ == 0) {
+    // What undoes the transaction is made ready first.
+    if (const int code = transaction_.Prepare(file_.handle.get()); code != SQLITE_OK) {
+      return Report(code, kAction);
     }
-    internal::WriteQueue::BeginLevel(place_);
-  } else {
     int limit = kWaitLimit;
     if (const int refused = EnterQueue(limit, kAction)) {
       return refused;
     }
+  } else {
+    internal::WriteQueue::BeginLevel(place_);
   }
-  const auto giveUp = [this] {
+  const int code =
+      transaction_.Run(depth_ > 0 ? TransactionStep::BEGIN_LEVEL : TransactionStep::BEGIN);
+  if (code != SQLITE_OK) {
+    const int status = Report(code, kAction);
     if (depth_ > 0) {
       internal::WriteQueue::EndLevel(place_);
     } else {
       LeaveQueue();
     }
-  };
-  int code = SQLITE_NOMEM;
-  try {
-    code = Run(depth_ > 0 ? kBeginLevel : kBegin, waitLimit_);
-  } catch (...) {
-    giveUp();
-    throw;
-  }
-  if (code != SQLITE_OK) {
-    giveUp();
-    return Report(code, kAction);
+    return status;
   }
   ++depth_;
   return SQLITE_OK;
@@ -70,7 +62,9 @@ int StoreConnection::Commit() {
   if (IsTransactionGone()) {
     return RefuseGone(kAction);
   }
-  const int code = Run(depth_ == 1 ? "COMMIT" : kCommitLevel);
+  LimitWaiting(kWaitLimit);
+  const int code =
+      transaction_.Run(depth_ == 1 ? TransactionStep::COMMIT : TransactionStep::COMMIT_LEVEL);
   if (code != SQLITE_OK) {
     return Report(code, kAction);
   }
@@ -78,22 +72,39 @@ int StoreConnection::Commit() {
   return SQLITE_OK;
 }
 
-int StoreConnection::Cancel() {
+int StoreConnection::Cancel() noexcept {
   const Guard guard(lock_);
   if (depth_ == 0) {
     return RefuseWithoutTransaction(fixedPath_, "cancelling");
   }
-  if (!IsTransactionGone()) {
-    const bool undone = depth_ == 1
-                            ? Run(kRollback) == SQLITE_OK
-                            : Run(kUndoLevel) == SQLITE_OK && Run(kCommitLevel) == SQLITE_OK;
-    if (!undone && sqlite3_get_autocommit(file_.handle.get()) == 0) {
-      Run(kRollback);
-      lost_ = true;
-    }
+  // An inner level that cannot be undone alone (SQLite takes memory for that) takes the others with
+  // it.
+  if (!IsTransactionGone() && (depth_ == 1 || !UndoLevel())) {
+    RollBack();
+    lost_ = true;
   }
   EndLevel();
   return SQLITE_OK;
+}
+
+bool StoreConnection::UndoLevel() noexcept {
+  return transaction_.Run(TransactionStep::UNDO_LEVEL) == SQLITE_OK &&
+         transaction_.Run(TransactionStep::COMMIT_LEVEL) == SQLITE_OK;
+}
+
+void StoreConnection::RollBack() noexcept {
+  const int code = transaction_.Run(TransactionStep::ROLLBACK);
+  if (sqlite3_get_autocommit(file_.handle.get()) != 0) {
+    return;
+  }
+  Report(code, "undoing a transaction");
+  broken_ = true;
+  if (executing_ == 0) {
+    // Gives up its locks, and undoes what it has not committed.
+    statements_.Finalise();
+    transaction_.Clear();
+    file_.handle.reset();
+  }
 }
 
 bool StoreConnection::IsInTransaction() {
@@ -112,7 +123,7 @@ void StoreConnection::EndLevel() noexcept {
 void StoreConnection::EndTransaction() noexcept {
   lost_ = false;
   LeaveQueue();
-  if (attached_ && attachments_ == 0) {
+  if (attached_ && attachments_ == 0 && IsOpen()) {
     Detach();
   }
 }

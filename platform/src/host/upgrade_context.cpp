@@ -12,18 +12,6 @@
 
 namespace {
 
-// The path is built anew only when the root has moved.
-const std::string& Path() {
-  thread_local unsigned generation = 0;
-  thread_local std::string path;
-  const unsigned now = HostPaths::RootGeneration();
-  if (generation != now) {
-    path = HostPaths::Resolve(HostPaths::kUpgradeContext);
-    generation = now;
-  }
-  return path;
-}
-
 std::string_view Trimmed(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r\n";
   const std::size_t first = text.find_first_not_of(kBlanks);
@@ -44,7 +32,7 @@ std::string_view Trimmed(std::string_view text) {
 int GetUpgradeCtx() {
   constexpr std::size_t kLongest = 63;
   std::string content;
-  if (!ReadRegularFile(Path(), kLongest, content)) {
+  if (!ReadRegularFile(HostPaths::Resolve(HostPaths::kUpgradeContext), kLongest, content)) {
     if (errno == ENOENT || errno == ENOTDIR) {
       return 0;
     }

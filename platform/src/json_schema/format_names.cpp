@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <idn2.h>
 #include <memory>
+#include <new>
 #include <string>
 
 namespace JsonValidator {
@@ -54,6 +55,9 @@ std::size_t LengthOfIdnLabel(std::string_view label) {
   const int status =
       idn2_register_u8(ascii ? nullptr : text, ascii ? text : nullptr, &registered, 0);
   const std::unique_ptr<std::uint8_t, void (*)(void*)> freed(registered, idn2_free);
+  if (status == IDN2_MALLOC) {
+    throw std::bad_alloc();  // says nothing of the label
+  }
   return status == IDN2_OK ? std::string_view(reinterpret_cast<const char*>(registered)).size() : 0;
 }
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <new>
+#include <pthread.h>
 #include <utility>
 
 namespace JsonValidator {
@@ -34,18 +35,33 @@ struct Room {
     pcre2_match_context_free(context);
   }
 };
-thread_local Room kept;
-thread_local bool threadEnds = false;
+constinit thread_local Room kept;
 
-struct FreeAtThreadEnd {
-  ~FreeAtThreadEnd() {
-    kept.Free();
-    kept = {};
-    threadEnds = true;
+// Has what an ending thread keeps freed. Not a thread-local object's destructor: registering one
+// takes memory, and ends the process where there is none.
+class ThreadEnd {
+ public:
+  ThreadEnd() noexcept
+      : made_(pthread_key_create(&key_, [](void* /*room*/) { std::exchange(kept, {}).Free(); }) ==
+              0) {}
+  ~ThreadEnd() {
+    if (std::exchange(made_, false)) {
+      pthread_key_delete(key_);
+    }
   }
-  void Arm() const {}  // naming the object is what makes it
+  ThreadEnd(const ThreadEnd&) = delete;
+  ThreadEnd& operator=(const ThreadEnd&) = delete;
+
+  /// False where nobody would free what this thread keeps.
+  bool IsWatched() const noexcept {
+    return made_ && (pthread_getspecific(key_) != nullptr || pthread_setspecific(key_, this) == 0);
+  }
+
+ private:
+  pthread_key_t key_ = 0;
+  bool made_;
 };
-thread_local const FreeAtThreadEnd freeAtThreadEnd;
+const ThreadEnd threadEnd;
 
 Room TakeRoom() {
   if (kept.data != nullptr) {
@@ -61,11 +77,10 @@ Room TakeRoom() {
 }
 
 void GiveBack(const Room& room, bool keep) {
-  if (!keep || threadEnds) {
+  if (!keep || kept.data != nullptr || !threadEnd.IsWatched()) {
     room.Free();
     return;
   }
-  freeAtThreadEnd.Arm();
   kept = room;
 }
 
@@ -116,6 +131,9 @@ std::unique_ptr<const Pattern> Pattern::Compile(std::string_view text, std::stri
   PCRE2_SIZE offset = 0;
   pcre2_code* code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(translated->text.data()),
                                    translated->text.size(), kOptions, &error, &offset, nullptr);
+  if (error == PCRE2_ERROR_HEAP_FAILED) {
+    throw std::bad_alloc();  // says nothing of the pattern
+  }
   if (code == nullptr) {
     std::array<PCRE2_UCHAR, 256> message{};
     pcre2_get_error_message(error, message.data(), message.size());
@@ -123,7 +141,10 @@ std::unique_ptr<const Pattern> Pattern::Compile(std::string_view text, std::stri
             std::to_string(translated->SourceOf(offset)) + ")";
     return nullptr;
   }
-  return std::unique_ptr<const Pattern>(new Pattern(text, code, translated->stepsOfACharacter));
+  std::unique_ptr<pcre2_code, void (*)(pcre2_code*)> owned(code, pcre2_code_free);
+  std::unique_ptr<const Pattern> pattern(new Pattern(text, code, translated->stepsOfACharacter));
+  owned.release();
+  return pattern;
 }
 
 Pattern::~Pattern() {
@@ -143,6 +164,9 @@ Pattern::Result Pattern::Match(std::string_view text, Budget& budget) const {
                                        text.size(), 0, PCRE2_NO_UTF_CHECK, room.data, room.context)
                          : PCRE2_ERROR_CALLOUT;
   GiveBack(room, text.size() <= kShortText && (status >= 0 || status == PCRE2_ERROR_NOMATCH));
+  if (status == PCRE2_ERROR_NOMEMORY) {
+    throw std::bad_alloc();
+  }
   if (status >= 0) {
     return Result::MATCH;
   }
