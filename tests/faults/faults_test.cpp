@@ -1,0 +1,71 @@
+// Every operation of the library survives every fault: what it did is done or undone, nothing is kept
+// locked, the next call works, and nobody's process ends.
+#include "faults/sweep.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace Faults {
+namespace {
+
+// "whole" or "bounded" has the counts printed, too.
+std::string Asked() {
+  const char* const extent = std::getenv("TARN_FAULTS");
+  return extent == nullptr ? "" : extent;
+}
+
+long clock_ms() {
+  timespec t;
+  clock_gettime(CLOCK_MONOTONIC, &t);
+  return t.tv_sec * 1000 + t.tv_nsec / 1000000;
+}
+class EveryCallFails : public testing::TestWithParam<OperationGroup> {};
+
+TEST_P(EveryCallFails, AndLeavesTheHostAsBeforeOrAsAfter) {
+  const Sweep sweep(Asked() == "whole" ? Extent::WHOLE : Extent::BOUNDED);
+  ASSERT_EQ(sweep.Failure(), "");
+  const char* const only = std::getenv("TARN_FAULTS_OPERATION");
+  for (const Operation& operation : GetParam().operations) {
+    if (only != nullptr && std::string(only) != operation.name) {
+      continue;
+    }
+    for (const Sort& sort : kSorts) {
+      Tally sum;
+      for (const Start start : {Start::WARM, Start::FRESH}) {
+        for (const bool stays : {false, true}) {
+          if ((stays && !sort.mayStay) || (start == Start::WARM && operation.completesLater)) {
+            continue;
+          }
+          auto t0 = clock_ms();
+          const Tally tally = sweep.Run(operation, sort, stays, start);
+          EXPECT_GT(tally.points, 0U) << operation.name << " " << sort.name;
+          EXPECT_TRUE(tally.problems.empty()) << tally.problems;
+          if (getenv("TT"))
+            printf("%d %d %d ms\n", (int)start, stays, (int)((clock_ms() - t0)));
+          sum.points += tally.points;
+          sum.before += tally.before;
+          sum.after += tally.after;
+        }
+      }
+      if (!Asked().empty()) {
+        std::printf("%-30s %-12s %6u points %6u before %6u after\n", operation.name, sort.name,
+                    sum.points, sum.before, sum.after);
+        std::fflush(stdout);
+      }
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, EveryCallFails, testing::ValuesIn(Groups()),
+                         [](const auto& group) { return std::string(group.param.name); });
+
+}  // namespace
+
+// In a test's name.
+void PrintTo(const OperationGroup& group, std::ostream* out) {
+  *out << group.name;
+}
+
+}  // namespace Faults
