@@ -16,11 +16,6 @@ std::string Asked() {
   return extent == nullptr ? "" : extent;
 }
 
-long clock_ms() {
-  timespec t;
-  clock_gettime(CLOCK_MONOTONIC, &t);
-  return t.tv_sec * 1000 + t.tv_nsec / 1000000;
-}
 class EveryCallFails : public testing::TestWithParam<OperationGroup> {};
 
 TEST_P(EveryCallFails, AndLeavesTheHostAsBeforeOrAsAfter) {
@@ -35,15 +30,12 @@ TEST_P(EveryCallFails, AndLeavesTheHostAsBeforeOrAsAfter) {
       Tally sum;
       for (const Start start : {Start::WARM, Start::FRESH}) {
         for (const bool stays : {false, true}) {
-          if ((stays && !sort.mayStay) || (start == Start::WARM && operation.completesLater)) {
+          if ((stays && !sort.mayStay) || (start == Start::WARM && operation.leaves)) {
             continue;
           }
-          auto t0 = clock_ms();
           const Tally tally = sweep.Run(operation, sort, stays, start);
-          EXPECT_GT(tally.points, 0U) << operation.name << " " << sort.name;
+          EXPECT_TRUE(tally.points > 0 || sort.kind != Kind::ALLOCATION) << operation.name;
           EXPECT_TRUE(tally.problems.empty()) << tally.problems;
-          if (getenv("TT"))
-            printf("%d %d %d ms\n", (int)start, stays, (int)((clock_ms() - t0)));
           sum.points += tally.points;
           sum.before += tally.before;
           sum.after += tally.after;

@@ -407,8 +407,9 @@ const std::vector<OperationGroup>& Groups() {
         {"ComputeDrift", TELLS(ComputeDrift(kDocument, {.complete = true}))},
         {"ComputeDriftFrom", TELLS(ComputeDriftFrom(ReferenceState::NEXT_BOOT, {}))}}},
       {"Types",
-       {{"InstallTypes", TELLS(InstallTypes({GetHostRoot() + "/new"}, {}))},
-        {"InstallMovingMembers", TELLS(InstallTypes({GetHostRoot() + "/moved/switch.json"}, {}))},
+       {{"InstallTypes", TELLS(InstallTypes({GetHostRoot() + "/new"}, {})), true},
+        {"InstallMovingMembers", TELLS(InstallTypes({GetHostRoot() + "/moved/switch.json"}, {})),
+         true},
         {"CheckTypes", TELLS(CheckTypes({GetHostRoot() + "/moved", GetHostRoot() + "/new"}))},
         {"ListTypes", TELLS(ListTypes())},
         {"GetTypeFile", TELLS(GetTypeFile("tarn", "test", "plain"))},
@@ -417,9 +418,9 @@ const std::vector<OperationGroup>& Groups() {
         {"RemoveType", RUNS(RemoveType("tarn", "test", "checked", false))}}},
       {"Hosts",
        {{"InitializeHost", TELLS(InitializeHost().created.size() == 0)},
-        {"MakeHost", MakeHost, true},
+        {"MakeHost", MakeHost, true, true},
         {"BackupHost", BackUp},
-        {"RestoreHost", Restore}}}};
+        {"RestoreHost", Restore, true}}}};
   return groups;
 }
 

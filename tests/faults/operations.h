@@ -27,9 +27,10 @@ struct Operation {
   const char* name;
   /// Answers what came of it, or raises something.
   std::string (*run)(Caller& caller);
-  /// It makes something where nothing is: what it has made by the time it fails stays, and the next
-  /// call completes it. For processes that have no handle.
+  /// What it has done by the time it fails may stay, and the next call completes it.
   bool completesLater = false;
+  /// It goes to a host root of its own: for processes that have no handle.
+  bool leaves = false;
 };
 
 struct OperationGroup {

@@ -15,8 +15,10 @@
 #include <cstring>
 #include <filesystem>
 #include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <sys/mman.h>
+#include <tuple>
 
 #ifdef __SANITIZE_ADDRESS__
 extern "C" int __lsan_do_recoverable_leak_check();
@@ -114,6 +116,21 @@ Ending DoWithFault(const Operation& operation, Caller& caller, const Sort& sort,
   return ending;
 }
 
+// The lines that one text has and the other has not.
+std::string Differences(const std::string& before, const std::string& now) {
+  std::string text;
+  for (const auto& [sign, all, others] :
+       {std::tuple("\n- ", &before, &now), {"\n+ ", &now, &before}}) {
+    std::istringstream lines(*all);
+    for (std::string line; std::getline(lines, line);) {
+      if (("\n" + *others).find("\n" + line + "\n") == std::string::npos) {
+        text.append(sign).append(line);
+      }
+    }
+  }
+  return text;
+}
+
 class Trial {
  public:
   Trial(const std::string& root, const Operation& operation) : root_(root), operation_(operation) {
@@ -124,13 +141,11 @@ class Trial {
   std::string Try(Caller& caller, const Sort& sort, bool stays, unsigned point, Shared& shared,
                   const Reference& reference, bool asksOthers) {
     const Ending ending = DoWithFault(operation_, caller, sort, stays, point, shared.struck);
-    if (!shared.struck && point > 1) {
+    if (!shared.struck) {
       return {};
     }
     std::string problem;
-    if (operation_.completesLater) {
-      HostPaths::SetRoot(root_);
-    }
+    HostPathsBack();
     const FaultyHost& host = Host();
     const std::string now = host.Look();
     const std::string told = Settled(ending.told);
@@ -138,7 +153,8 @@ class Trial {
     const bool isAfter = now == reference.after;
     ++shared.points;
     ++(ending.raised.empty() ? shared.after : isAfter && !isBefore ? shared.after : shared.before);
-    if (!operation_.completesLater && !isBefore) {
+    const bool isBetween = !isBefore && !isAfter;
+    if (isAfter || (isBetween && !operation_.completesLater)) {
       Host().Restore();
     }
     const auto wrong = [&](const std::string& what) { problem += what + "; "; };
@@ -149,16 +165,17 @@ class Trial {
       if (!isAfter) {
         wrong("it returned without having done it");
       }
-    } else if (!isBefore && !isAfter && !operation_.completesLater) {
-      wrong("it raised, and the host is neither as before nor as after:\n" + now);
+    } else if (isBetween && !operation_.completesLater) {
+      wrong("it raised, and the host is neither as before nor as after:" +
+            Differences(reference.before, now));
     }
     if (const std::string locked = host.Locked(); !locked.empty()) {
       wrong(locked);
     }
-    Again(caller, reference, "the same handle", wrong);
+    Again(caller, reference, isBetween, "the same handle", wrong);
     if (asksOthers) {
       Caller other;
-      Again(other, reference, "another handle", wrong);
+      Again(other, reference, false, "another handle", wrong);
     }
     return problem;
   }
@@ -198,17 +215,18 @@ class Trial {
     }
   }
   void HostPathsBack() {
-    if (operation_.completesLater) {
+    if (operation_.leaves) {
       HostPaths::SetRoot(root_);
     }
   }
 
   template <class Wrong>
-  void Again(Caller& caller, const Reference& reference, const char* whose, const Wrong& wrong) {
+  void Again(Caller& caller, const Reference& reference, bool completes, const char* whose,
+             const Wrong& wrong) {
     const Ending again = Tried(caller);
     if (!again.raised.empty()) {
       wrong(std::string("the same call by ") + whose + " raises " + again.raised);
-    } else if (again.told != reference.told || Host().Look() != reference.after) {
+    } else if ((!completes && again.told != reference.told) || Host().Look() != reference.after) {
       wrong(std::string("the same call by ") + whose + " ends otherwise: " + again.told);
     }
     if (reference.after != reference.before || !again.raised.empty()) {

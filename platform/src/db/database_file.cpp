@@ -202,11 +202,11 @@ void DatabaseCloser::operator()(sqlite3* database) const noexcept {
   OpenDatabases::Leave();
 }
 
-DatabaseHandle OpenFile(const std::string& path, int flags, int& code) noexcept {
+DatabaseHandle OpenFile(const char* path, int flags, int& code) noexcept {
   sqlite3* database = nullptr;
   OpenDatabases::Enter();
   code = sqlite3_open_v2(
-      path.c_str(), &database,
+      path, &database,
       flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_URI,
       nullptr);
   if (database == nullptr) {
@@ -217,7 +217,7 @@ DatabaseHandle OpenFile(const std::string& path, int flags, int& code) noexcept 
 
 DatabaseHandle OpenWithSettings(const std::string& path, bool writable, int& code) noexcept {
   DatabaseHandle handle =
-      OpenFile(path, writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, code);
+      OpenFile(path.c_str(), writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, code);
   if (code == SQLITE_OK) {
     KeepWriteAheadLog(handle.get());
     code = Harden(handle.get());
@@ -345,7 +345,7 @@ bool CheckStillThere(const Layout& layout, const DatabaseFile& file) {
 
 int DefineDatabase(const Layout& layout, const std::string& path) noexcept {
   int code = SQLITE_OK;
-  const DatabaseHandle handle = OpenFile(path, SQLITE_OPEN_READWRITE, code);
+  const DatabaseHandle handle = OpenFile(path.c_str(), SQLITE_OPEN_READWRITE, code);
   char marks[96];
   std::snprintf(marks, sizeof marks, "PRAGMA application_id=%d; PRAGMA user_version=%d; COMMIT;",
                 layout.applicationId, layout.version);

@@ -62,7 +62,7 @@ DatabaseFile OpenDatabaseAsItIs(const Layout& layout, bool writable);
 
 /// Opens a file with SQLite, whatever is in it. Like all that answers with an SQLite result code, it
 /// reports nothing.
-DatabaseHandle OpenFile(const std::string& path, int flags, int& code) noexcept;
+DatabaseHandle OpenFile(const char* path, int flags, int& code) noexcept;
 
 /// The same with what every connection to a store is given. There is a handle even where the file
 /// could be opened and is no database.

@@ -135,6 +135,7 @@ std::vector<TypeName> SchemaDatabase::ReadAllNames() {
 }
 
 void SchemaDatabase::Begin() {
+  Prepare(Sql::kCommit);
   Run(Sql::kBegin);
 }
 

@@ -2,35 +2,45 @@
 #include "platform/type_files.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
+#include <cerrno>
+#include <dirent.h>
+#include <memory>
+#include <string_view>
+#include <sys/stat.h>
 #include <utility>
 
 namespace TypeFiles {
 namespace {
 
 constexpr std::size_t kMaxFileSize = std::size_t{16} * 1024 * 1024;
+constexpr std::string_view kSuffix = ".json";
 
 }  // namespace
 
+// By the system's own calls: those of the standard library end the process where there is no memory.
 std::optional<std::vector<std::string>> FilesAt(const std::string& path) {
-  namespace fs = std::filesystem;
-  std::error_code error;
-  const fs::file_status status = fs::status(path, error);
-  if (error || !fs::exists(status)) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) {
     return std::nullopt;
   }
-  if (!fs::is_directory(status)) {
+  if (!S_ISDIR(status.st_mode)) {
     return std::vector<std::string>{path};
   }
-  std::vector<std::string> files;
-  fs::directory_iterator entry(path, error);
-  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
-    if (entry->path().extension() == ".json") {
-      files.push_back(entry->path().string());
-    }
+  const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(path.c_str()), closedir);
+  if (!directory) {
+    return std::nullopt;
   }
-  if (error) {
+  const std::string folder = path.ends_with('/') ? path : path + '/';
+  std::vector<std::string> files;
+  errno = 0;
+  while (const dirent* const entry = readdir(directory.get())) {
+    const std::string_view name = entry->d_name;
+    if (name.ends_with(kSuffix) && name != kSuffix) {
+      files.push_back(std::string(folder).append(name));
+    }
+    errno = 0;
+  }
+  if (errno != 0) {
     return std::nullopt;
   }
   std::sort(files.begin(), files.end());

@@ -171,8 +171,12 @@ int FullName(sqlite3_vfs* /*vfs*/, const char* name, int size, char* full) {
 
 // Everything that is not about files is what SQLite brings along.
 bool Register() noexcept {
-  static sqlite3_vfs vfs = [] {
-    sqlite3_vfs made = *sqlite3_vfs_find(nullptr);
+  const sqlite3_vfs* const systems = sqlite3_vfs_find(nullptr);
+  if (systems == nullptr) {
+    return false;  // SQLite could not be set up
+  }
+  static sqlite3_vfs vfs = [systems] {
+    sqlite3_vfs made = *systems;
     made.iVersion = 2;
     made.szOsFile = sizeof(Image);
     made.pNext = nullptr;

@@ -110,14 +110,14 @@ class BothStores {
   std::optional<RestoreTarget> store_;
 };
 
-void TellUnfinished(const std::runtime_error& failure) {
-  const LastError& error = GetLastError();
+void TellUnfinished(const std::exception& failure) {
+  const LastError error = GetLastError();
   ReportFailure(
       error.kind, error.code,
-      std::string(kFixedPath) +
-          ": a restore was begun and is not complete; the next who opens the stores, and may "
-          "write them, completes it: " +
-          failure.what());
+      {kFixedPath,
+       ": a restore was begun and is not complete; the next who opens the stores, and may "
+       "write them, completes it: ",
+       failure.what()});
 }
 
 // Types that are kept in memory are looked after once in a tick, too: nobody is let in who could
@@ -226,7 +226,7 @@ HostBackup::Restored Restore(const BackupFile& backup, const StoreDirectory& dir
     draft.Begin(directory);
     stores.Complete(directory);
     End(draft.Path(), directory);
-  } catch (const std::runtime_error& failure) {
+  } catch (const std::exception& failure) {
     if (!wasBegun && !stores.MayHaveChanged()) {
       draft.TakeBack(directory);
       throw;

@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace DBStore::internal {
 namespace {
@@ -89,13 +90,13 @@ FileDescriptor TargetFile::Make() {
   randombytes_buf(random.data(), random.size());
   std::array<char, 2 * random.size() + 1> digits;
   sodium_bin2hex(digits.data(), digits.size(), random.data(), random.size());
-  const std::string draft = std::string(".tarn-backup-") + digits.data();
+  std::string draft = std::string(".tarn-backup-") + digits.data();
   FileDescriptor file(openat(directory_.Number(), draft.c_str(),
                              O_CREAT | O_EXCL | O_RDWR | O_NOFOLLOW | O_CLOEXEC, kMode));
   if (!file.IsOpen()) {
     RaiseSystemError(path_, "cannot make the file", errno);
   }
-  draft_ = draft;
+  draft_ = std::move(draft);
   // The mask of the process may have taken from the owner's rights.
   if (fchmod(file.Number(), kMode) != 0) {
     RaiseSystemError(path_, "cannot give the file its mode", errno);
