@@ -2,6 +2,7 @@
 
 #include "json/instance_ids.h"
 
+#include <new>
 #include <utility>
 
 namespace TarnConfigStore {
@@ -101,7 +102,8 @@ Lookups::Position Lookups::FindInstance(const Json::Value& list, std::string_vie
               [&](Position position) { return Json::InstanceIdOf(list[position], idMember); });
 }
 
-void Lookups::Added(const void* before, const void* after, Position count, std::string_view text) {
+void Lookups::Added(const void* before, const void* after, Position count,
+                    std::string_view text) noexcept {
   const Turn turn(*this);
   if (!turn) {
     return;
@@ -110,19 +112,24 @@ void Lookups::Added(const void* before, const void* after, Position count, std::
   if (table.empty() || table.mapped().count + 1 != count) {
     return;
   }
-  if (table.mapped().index) {
-    table.mapped().index->Add(text, count - 1);
+  try {
+    if (table.mapped().index) {
+      table.mapped().index->Add(text, count - 1);
+    }
+    table.mapped().count = count;
+    table.key() = after;
+    tables_.insert(std::move(table));
+  } catch (const std::bad_alloc&) {
+    // What was added is there all the same; the table, taken out by now, is made anew.
   }
-  table.mapped().count = count;
-  table.key() = after;
-  tables_.insert(std::move(table));
 }
 
-void Lookups::MemberAdded(const void* before, const Json::Value& object) {
+void Lookups::MemberAdded(const void* before, const Json::Value& object) noexcept {
   Added(before, PlaceOf(object), object.MemberCount(), Json::Text((object.MemberEnd() - 1)->name));
 }
 
-void Lookups::InstanceAdded(const void* before, const Json::Value& list, std::string_view id) {
+void Lookups::InstanceAdded(const void* before, const Json::Value& list,
+                            std::string_view id) noexcept {
   Added(before, PlaceOf(list), list.Size(), id);
 }
 

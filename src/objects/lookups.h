@@ -31,8 +31,8 @@ class Lookups {
   Position FindInstance(const Json::Value& list, std::string_view idMember, std::string_view id);
 
   /// A member or an element was added at the end of what was at `before`.
-  void MemberAdded(const void* before, const Json::Value& object);
-  void InstanceAdded(const void* before, const Json::Value& list, std::string_view id);
+  void MemberAdded(const void* before, const Json::Value& object) noexcept;
+  void InstanceAdded(const void* before, const Json::Value& list, std::string_view id) noexcept;
   /// A member is about to be removed, and the last one to take its place.
   void RemovingMember(const Json::Value& object, Position position);
 
@@ -54,7 +54,7 @@ class Lookups {
   Position Find(const void* place, Position count, std::string_view idMember,
                 std::string_view wanted, const TextAt& textAt);
   Table& TableAt(const void* place, Position count, std::string_view idMember);
-  void Added(const void* before, const void* after, Position count, std::string_view text);
+  void Added(const void* before, const void* after, Position count, std::string_view text) noexcept;
 
   std::atomic_flag taken_;
   std::unordered_map<const void*, Table> tables_;

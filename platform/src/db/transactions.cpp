@@ -101,6 +101,7 @@ void StoreConnection::RollBack() noexcept {
   broken_ = true;
   if (executing_ == 0) {
     // Gives up its locks, and undoes what it has not committed.
+    LeaveQueue();
     statements_.Finalise();
     transaction_.Clear();
     file_.handle.reset();
