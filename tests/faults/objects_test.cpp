@@ -23,9 +23,8 @@ int FailEachAllocation(ConfigStoreObject& object, const std::function<void()>& c
     Arm(Kind::ALLOCATION, static_cast<unsigned>(failures) + 1, false);
     try {
       change();
-      if (!Disarm()) {
-        return failures;
-      }
+      Disarm();
+      return failures;
     } catch (const std::bad_alloc&) {
       Disarm();
     }
