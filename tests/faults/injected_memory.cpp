@@ -1,9 +1,7 @@
 // The allocator of this program and all that it loads. Under the address sanitizer its allocator stands
 // behind this one, and sees every block.
 #include "faults/injected.h"
-#include "support/sanitized.h"
 
-#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <new>
@@ -11,9 +9,11 @@
 namespace Faults {
 namespace {
 
-constinit std::atomic<Kind> armed{Kind::NONE};
-constinit std::atomic<unsigned> calls{0};
-constinit std::atomic<bool> struck{false};
+// Plain, and used by built-in functions: what the standard library's would be made of may be a copy
+// that a sanitizer has instrumented, and allocators run before sanitizers do.
+constinit Kind armed = Kind::NONE;
+constinit unsigned calls = 0;
+constinit bool struck = false;
 constinit unsigned failing = 0;
 constinit bool failsOn = false;
 
@@ -24,29 +24,29 @@ void Arm(Kind kind, unsigned n, bool stays) noexcept {
   struck = false;
   failing = n;
   failsOn = stays;
-  armed = kind;
+  __atomic_store_n(&armed, kind, __ATOMIC_RELEASE);
 }
 
 bool Disarm() noexcept {
-  armed = Kind::NONE;
-  return struck;
+  __atomic_store_n(&armed, Kind::NONE, __ATOMIC_RELEASE);
+  return __atomic_load_n(&struck, __ATOMIC_ACQUIRE);
 }
 
 bool Strikes(Kind kind) noexcept {
-  if (armed.load(std::memory_order_relaxed) != kind) {
+  if (__atomic_load_n(&armed, __ATOMIC_ACQUIRE) != kind) {
     return false;
   }
-  const unsigned call = ++calls;
+  const unsigned call = __atomic_add_fetch(&calls, 1, __ATOMIC_RELAXED);
   if (call != failing && !(failsOn && call > failing)) {
     return false;
   }
-  struck = true;
+  __atomic_store_n(&struck, true, __ATOMIC_RELEASE);
   return true;
 }
 
 }  // namespace Faults
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef TARN_BEFORE_ADDRESS_SANITIZER
 #define BEHIND(name) __interceptor_##name
 #else
 #define BEHIND(name) __libc_##name
@@ -90,7 +90,7 @@ int posix_memalign(void** block, std::size_t alignment, std::size_t size) noexce
 
 }  // extern "C"
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef TARN_BEFORE_ADDRESS_SANITIZER
 // The sanitizer has its own; the system's ask malloc.
 void* operator new(std::size_t size) {
   if (void* const block = std::malloc(size)) {
