@@ -16,16 +16,24 @@ std::string Asked() {
   return extent == nullptr ? "" : extent;
 }
 
+Extent ExtentAsked() {
+  return Asked() == "whole"     ? Extent::WHOLE
+         : Asked() == "bounded" ? Extent::BOUNDED
+                                : Extent::QUICK;
+}
+
 class EveryCallFails : public testing::TestWithParam<OperationGroup> {};
 
 TEST_P(EveryCallFails, AndLeavesTheHostAsBeforeOrAsAfter) {
-  const Sweep sweep(Asked() == "whole" ? Extent::WHOLE : Extent::BOUNDED);
+  const Sweep sweep(ExtentAsked());
   ASSERT_EQ(sweep.Failure(), "");
   const char* const only = std::getenv("TARN_FAULTS_OPERATION");
   for (const Operation& operation : GetParam().operations) {
     if (only != nullptr && std::string(only) != operation.name) {
       continue;
     }
+    const std::optional<Reference> reference = sweep.Learn(operation);
+    ASSERT_TRUE(reference) << operation.name << " fails by itself";
     for (const Sort& sort : kSorts) {
       Tally sum;
       for (const Start start : {Start::WARM, Start::FRESH}) {
@@ -33,14 +41,14 @@ TEST_P(EveryCallFails, AndLeavesTheHostAsBeforeOrAsAfter) {
           if ((stays && !sort.mayStay) || (start == Start::WARM && operation.leaves)) {
             continue;
           }
-          const Tally tally = sweep.Run(operation, sort, stays, start);
-          EXPECT_TRUE(tally.points > 0 || sort.kind != Kind::ALLOCATION) << operation.name;
+          const Tally tally = sweep.Run(operation, *reference, sort, stays, start);
           EXPECT_TRUE(tally.problems.empty()) << tally.problems;
           sum.points += tally.points;
           sum.before += tally.before;
           sum.after += tally.after;
         }
       }
+      EXPECT_TRUE(sum.points > 0 || sort.kind != Kind::ALLOCATION) << operation.name;
       if (!Asked().empty()) {
         std::printf("%-30s %-12s %6u points %6u before %6u after\n", operation.name, sort.name,
                     sum.points, sum.before, sum.after);

@@ -27,13 +27,6 @@ extern "C" int __lsan_do_recoverable_leak_check();
 namespace Faults {
 namespace {
 
-// What an operation does where nothing fails.
-struct Reference {
-  std::string before;
-  std::string told;
-  std::string after;
-};
-
 // What a child leaves to its parent, however it ends.
 struct Shared {
   unsigned point = 1;
@@ -43,7 +36,6 @@ struct Shared {
   unsigned after = 0;
   std::size_t length = 0;
   char problems[std::size_t{1} << 16] = {};
-  bool known = false;  // what the operation does where nothing fails
   std::array<char[std::size_t{1} << 16], 3> reference = {};
 
   void Keep(const Reference& learned) {
@@ -54,9 +46,8 @@ struct Shared {
       }
       std::memcpy(reference[i++], text->c_str(), text->size() + 1);
     }
-    known = true;
   }
-  Reference Known() const { return {reference[0], reference[1], reference[2]}; }
+  Reference Kept() const { return {reference[0], reference[1], reference[2]}; }
 
   void Add(const std::string& problem) {
     const std::size_t size = std::min(problem.size(), sizeof problems - 1 - length);
@@ -284,16 +275,44 @@ Sweep::~Sweep() {
   std::filesystem::remove_all(root_ + ".saved", ignored);
 }
 
-unsigned Sweep::Next(unsigned point, bool often) const {
-  if (extent_ == Extent::WHOLE) {
-    return point + 1;
-  }
-  const unsigned closely = often && !TestSupport::kSanitized ? 24 : 6;
-  return point < closely ? point + 1 : point + std::max(1U, point / (often ? 6 : 3));
+std::optional<Reference> Sweep::Learn(const Operation& operation) const {
+  const SharedTally shared;
+  const int status = TestSupport::InChild([&] {
+    shared->Keep(Trial(root_, operation).Learn());
+    return 0;
+  });
+  return status == 0 ? std::optional(shared->Kept()) : std::nullopt;
 }
 
-Tally Sweep::Run(const Operation& operation, const Sort& sort, bool stays, Start start) const {
+// A quick sweep leaves out what hardly tells more than what it has: processes of one point each for
+// what is the same in those of many, and all that fails on where one failure was survived.
+bool Sweep::Leaves(const Sort& sort, bool stays, Start start) const {
+  return extent_ == Extent::QUICK &&
+         ((start == Start::FRESH && (sort.kind != Kind::ALLOCATION || stays)) ||
+          (stays && sort.kind != Kind::ALLOCATION && sort.kind != Kind::IO_ERROR));
+}
+
+unsigned Sweep::Next(unsigned point, bool often) const {
+  constexpr unsigned kClosely = 60;
+  switch (extent_) {
+    case Extent::WHOLE:
+      return point + 1;
+    case Extent::BOUNDED:
+      return point + (point < kClosely ? 1 : 3);
+    case Extent::QUICK:
+      break;
+  }
+  const unsigned closely = !often ? 2 : TestSupport::kSanitized ? 6 : 20;
+  const unsigned part = !often ? 1 : TestSupport::kSanitized ? 3 : 6;
+  return point + (point < closely ? 1 : std::max(1U, point / part));
+}
+
+Tally Sweep::Run(const Operation& operation, const Reference& reference, const Sort& sort,
+                 bool stays, Start start) const {
   Tally tally;
+  if (Leaves(sort, stays, start)) {
+    return tally;
+  }
   const SharedTally shared;
   // A child does as many points as it can: in a fresh process one, else until the end, unless it dies
   // of one.
@@ -303,11 +322,6 @@ Tally Sweep::Run(const Operation& operation, const Sort& sort, bool stays, Start
     const int status = TestSupport::InChild([&] {
       Trial trial(root_, operation);
       Caller caller;
-      if (!shared->known) {
-        shared->Keep(trial.Learn());
-        return 0;
-      }
-      const Reference reference = shared->Known();
       if (start == Start::WARM) {
         operation.run(caller);
         trial.Host().Restore();
@@ -315,7 +329,7 @@ Tally Sweep::Run(const Operation& operation, const Sort& sort, bool stays, Start
       for (;;) {
         const std::string problem =
             trial.Try(caller, sort, stays, shared->point, *shared.operator->(), reference,
-                      extent_ == Extent::WHOLE || shared->point % kOthersAsk == 0);
+                      extent_ != Extent::QUICK || shared->point % kOthersAsk == 0);
         if (!problem.empty()) {
           shared->Add(Words(operation.name, sort, stays, start, shared->point, problem));
         }
