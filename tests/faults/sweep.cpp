@@ -132,11 +132,12 @@ class Trial {
   std::string Try(Caller& caller, const Sort& sort, bool stays, unsigned point, Shared& shared,
                   const Reference& reference, bool asksOthers) {
     const Ending ending = DoWithFault(operation_, caller, sort, stays, point, shared.struck);
+    HostPathsBack();
     if (!shared.struck) {
+      Host().Restore();
       return {};
     }
     std::string problem;
-    HostPathsBack();
     const FaultyHost& host = Host();
     const std::string now = host.Look();
     const std::string told = Settled(ending.told);
@@ -302,8 +303,8 @@ unsigned Sweep::Next(unsigned point, bool often) const {
     case Extent::QUICK:
       break;
   }
-  const unsigned closely = !often ? 2 : TestSupport::kSanitized ? 6 : 20;
-  const unsigned part = !often ? 1 : TestSupport::kSanitized ? 3 : 6;
+  const unsigned closely = !often ? 2 : TestSupport::kSanitized ? 6 : 12;
+  const unsigned part = !often ? 1 : TestSupport::kSanitized ? 3 : 5;
   return point + (point < closely ? 1 : std::max(1U, point / part));
 }
 
