@@ -1,6 +1,7 @@
 #include "faults/operations.h"
 
 #include "platform/db_testing.h"
+#include "platform/host_paths.h"
 
 #include "support/test_types.h"
 
@@ -303,6 +304,10 @@ void PrepareHost(const std::string& root) {
   Run("UPDATE Config SET DesiredValue='{\"name\":\"m2\",\"mtu\":8}' WHERE Identifier='m2';"
       "UPDATE Config SET Success=0 WHERE Identifier='s3';"
       "UPDATE Config SET Version='1.9' WHERE Identifier='s2'");
+  // Changes are announced, to a daemon that is not there.
+  TestSupport::WriteFile(root + HostPaths::kNotifyAllowlist,
+                         R"(["tarn.test.plain", "tarn.test.switch"])");
+  SetKeyValue("NOTIFY_KEELD", "true");
   BackupHost(root + "/host.backup");
   store->Delete(Switch("s2"));
 }

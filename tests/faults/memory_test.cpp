@@ -1,7 +1,10 @@
-// Objects live on where memory runs out while they are changed.
+// What lives on where memory runs out: objects that are changed, and what is thought of patterns.
 #include "tarnconfigstore/config_store_object.h"
 
+#include "platform/json_validator.h"
+
 #include "faults/injected.h"
+#include "json/json.h"
 #include "support/child_process.h"
 #include "support/test_types.h"
 
@@ -55,13 +58,45 @@ void ChangeAnObject() {
   EXPECT_EQ(list, std::vector<std::string>(kMembers, text));
 }
 
-// In a child: the sweeps of this program begin with processes that have done nothing yet.
-TEST(ObjectsWithoutMemory, AreAsTheyWereAndCanBeChanged) {
-  EXPECT_EQ(TestSupport::InChild([] {
-              ChangeAnObject();
-              return testing::Test::HasFailure() ? 1 : 0;
-            }),
-            0);
+// A schema with all that has a memory of its own, and data that fit it.
+void ValidateData() {
+  Json::Document schema;
+  ASSERT_TRUE(
+      Json::Parse(R"({"properties":{"a":{"pattern":"^(x|y)*z[^\\d]+$"},"b":{"format":"regex"},
+      "c":{"format":"idn-hostname"}},"patternProperties":{"^x-":{"uniqueItems":true}}})",
+                  schema));
+  Json::Document data;
+  ASSERT_TRUE(Json::Parse(
+      R"({"a":"xyza","b":"^[a-z]{1,3}$","c":"b\u00fccher.example","x-l":[1,2,[3]]})", data));
+  unsigned failures = 0;
+  for (bool struck = true; struck; ++failures) {
+    Arm(Kind::ALLOCATION, failures + 1, false);
+    try {
+      Json::Document findings;
+      JsonValidator::Validate(schema, data, findings, {0, 1}, "");
+      struck = Disarm();
+      EXPECT_EQ(findings.Size(), 0U) << "after failure " << failures;
+    } catch (const std::bad_alloc&) {
+      Disarm();
+    }
+  }
+  EXPECT_GT(failures, 50U);
+}
+
+// In children: the sweeps of this program begin with processes that have done nothing yet.
+int InPeace(void (*test)()) {
+  return TestSupport::InChild([test] {
+    test();
+    return testing::Test::HasFailure() ? 1 : 0;
+  });
+}
+
+TEST(WithoutMemory, ObjectsAreAsTheyWereAndCanBeChanged) {
+  EXPECT_EQ(InPeace(ChangeAnObject), 0);
+}
+
+TEST(WithoutMemory, NoPatternOrNameIsTakenForWrong) {
+  EXPECT_EQ(InPeace(ValidateData), 0);
 }
 
 }  // namespace
