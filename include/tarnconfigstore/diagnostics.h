@@ -50,18 +50,17 @@ TARN_CONFIG_STORE_EXPORT StoreError GetLastStoreError();
 /// Forgets the last failure on this thread.
 TARN_CONFIG_STORE_EXPORT void ClearLastStoreError();
 
-/// Why a text could not be read as JSON.
+/// Why a text could not be read as JSON, or a file not at all.
 struct ParseFailure {
-  unsigned long line =
-      0;  ///< of the fault in the text, counted from 1; 0 where there was no failure
+  unsigned long line = 0;    ///< of the fault in the text, counted from 1; 0 where there is no text
   unsigned long column = 0;  ///< the same, in bytes
   char source[128] = "";     ///< which text it is: a file's path, a value of a stored object
-  char reason[128] = "";     ///< what is wrong with it; this and the source may be cut short
+  char reason[128] = "";     ///< what is wrong with it; this and the source may be cut short. Empty
+                             ///< where there was no failure
 };
 
-/// \return the last text that could not be read on this thread. An operation that throws 1080, or 1081
-///         for a file that it could read, sets it before; other failures, and successes, leave it.
-///         Callable while the thread or the process ends; allocates nothing
+/// \return the last text or file that could not be read on this thread. An operation that throws
+///         1080 or 1081 sets it before; other failures, and successes, leave it. Callable while the thread or the process ends; allocates nothing
 TARN_CONFIG_STORE_EXPORT ParseFailure GetLastParseFailure() noexcept;
 
 /// Forgets the last such text on this thread.

@@ -1,6 +1,8 @@
 #include "admin/type_reports.h"
 
+#include "errors/parse_failures.h"
 #include "errors/raise.h"
+#include "json/text_file.h"
 
 #include <map>
 #include <utility>
@@ -8,7 +10,8 @@
 namespace TarnConfigStore {
 namespace {
 
-[[noreturn]] void FailToRead(const std::string& path) {
+[[noreturn]] void FailToRead(const std::string& path, const std::string& reason) {
+  ReportUnreadFile(path, reason);
   ThrowException<InvalidArgumentException>(CS_JSON_FILE_FAILED, path);
 }
 
@@ -34,16 +37,17 @@ void FindRepetitions(std::vector<TypeFiles::TypeFile>& files) {
 std::vector<TypeFiles::TypeFile> ReadTypeFiles(const std::vector<std::string>& paths) {
   std::vector<TypeFiles::TypeFile> files;
   for (const std::string& path : paths) {
-    const auto found = TypeFiles::FilesAt(path);
-    if (!found) {
-      FailToRead(path);
+    std::error_code error;
+    const std::vector<std::string> found = TypeFiles::FilesAt(path, error);
+    if (error) {
+      FailToRead(path, error.message());
     }
-    for (const std::string& file : *found) {
-      const auto text = TypeFiles::ReadText(file);
-      if (!text) {
-        FailToRead(file);
+    for (const std::string& file : found) {
+      const Json::TextFile read = Json::ReadTextFile(file, TypeFiles::kLongestFile);
+      if (!read) {
+        FailToRead(file, read.Reason());
       }
-      files.push_back(TypeFiles::Check(file, *text));
+      files.push_back(TypeFiles::Check(file, read.text));
     }
   }
   FindRepetitions(files);

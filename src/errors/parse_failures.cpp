@@ -32,6 +32,15 @@ void ClearLastParseFailure() noexcept {
   lastFailure = {};
 }
 
+void ReportUnreadFile(std::string_view path, std::string_view reason) {
+  lastFailure.line = 0;
+  lastFailure.column = 0;
+  Keep(path, lastFailure.source);
+  Keep(reason, lastFailure.reason);
+  CSLogger::Log(CSLogger::kFailure, "%.*s cannot be read: %.*s", static_cast<int>(path.size()),
+                path.data(), static_cast<int>(reason.size()), reason.data());
+}
+
 void ReportParseFailure(std::string_view source, const Json::ParseResult& result,
                         std::string_view text) {
   const auto place = result.PlaceIn(text);

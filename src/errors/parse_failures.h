@@ -12,4 +12,7 @@ namespace TarnConfigStore {
 void ReportParseFailure(std::string_view source, const Json::ParseResult& result,
                         std::string_view text);
 
+/// The same for a file that cannot be read at all.
+void ReportUnreadFile(std::string_view path, std::string_view reason);
+
 }  // namespace TarnConfigStore

@@ -1,13 +1,8 @@
 #include "objects/document.h"
 
-#include "platform/logger.h"
-#include "platform/regular_file.h"
-
 #include "errors/parse_failures.h"
 #include "errors/raise.h"
-
-#include <cerrno>
-#include <cstring>
+#include "json/text_file.h"
 
 namespace TarnConfigStore {
 
@@ -26,14 +21,14 @@ std::shared_ptr<JsonDoc> CreateDocumentFromString(std::string_view text, Json::O
 
 std::shared_ptr<JsonDoc> CreateDocumentFromFile(const std::string& path) {
   constexpr std::size_t kLongest = std::size_t{64} << 20U;
-  std::string text;
-  if (!ReadRegularFile(path, kLongest, text)) {
-    CSLogger::Log(CSLogger::kFailure, "%s cannot be read: %s", path.c_str(), std::strerror(errno));
+  const Json::TextFile file = Json::ReadTextFile(path, kLongest);
+  if (!file) {
+    ReportUnreadFile(path, file.Reason());
     ThrowException<InvalidArgumentException>(CS_JSON_FILE_FAILED, path);
   }
-  auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text.size()));
-  if (const Json::ParseResult result = document->Parse(text, Json::Origin::OUTSIDE); !result) {
-    ReportParseFailure(path, result, text);
+  auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(file.text.size()));
+  if (const Json::ParseResult result = document->Parse(file.text, Json::Origin::OUTSIDE); !result) {
+    ReportParseFailure(path, result, file.text);
     ThrowException<InvalidArgumentException>(CS_JSON_FILE_FAILED, path);
   }
   return document;

@@ -171,10 +171,19 @@ TEST_F(InstallTypes, InstallationThatStoppedBetweenTheCommitsIsMendedByAnother) 
 }
 
 TEST_F(InstallTypes, PathThatCannotBeReadIsAnArgumentError) {
-  std::filesystem::create_directory(folder_.Path() + "/folder.json");
-  for (const std::string& path :
-       {folder_.Path() + "/none.json", folder_.Path(), std::string("/dev/zero")}) {
-    EXPECT_THAT(Raised([&] { CheckTypes({path}); }), StartsWith("IAE 1081 ")) << path;
+  const std::string inside = folder_.Path() + "/folder.json";
+  std::filesystem::create_directory(inside);
+  const struct {
+    std::string path, named, reason;
+  } cases[] = {
+      {folder_.Path() + "/none.json", folder_.Path() + "/none.json", "No such file or directory"},
+      {folder_.Path(), inside, "is a directory"},
+      {"/dev/zero", "/dev/zero", "is no regular file"}};
+  for (const auto& row : cases) {
+    EXPECT_THAT(Raised([&] { CheckTypes({row.path}); }), StartsWith("IAE 1081 File " + row.named));
+    EXPECT_EQ(GetLastParseFailure().source, row.named);
+    EXPECT_EQ(GetLastParseFailure().reason, row.reason);
+    EXPECT_EQ(log_.Count("0 " + row.named + " cannot be read: " + row.reason), 1);
   }
 }
 

@@ -47,9 +47,23 @@ TEST(UpgradeContext, IsWhatTheFileSays) {
     TestSupport::WriteFile(file, content);
     EXPECT_THROW(GetUpgradeCtx(), std::runtime_error) << content;
   }
+  const auto refusal = [] {
+    try {
+      return std::to_string(GetUpgradeCtx());
+    } catch (const std::runtime_error& error) {
+      return std::string(error.what());
+    }
+  };
+  EXPECT_EQ(refusal(),
+            "Upgrade context /run/kestrel/upgrade-context cannot be read: is larger than 63 bytes");
+  std::filesystem::remove(file);
+  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+  EXPECT_EQ(refusal(),
+            "Upgrade context /run/kestrel/upgrade-context cannot be read: is no regular file");
   std::filesystem::remove(file);
   std::filesystem::create_directory(file);
-  EXPECT_THROW(GetUpgradeCtx(), std::runtime_error);
+  EXPECT_EQ(refusal(),
+            "Upgrade context /run/kestrel/upgrade-context cannot be read: is a directory");
 }
 
 TEST(GeneratedInstanceId, IsGivenOnceAndOnlyWhereTheSchemaAsks) {

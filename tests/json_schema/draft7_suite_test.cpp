@@ -2,6 +2,7 @@
 #include "platform/json_validator.h"
 #include "platform/type_files.h"
 
+#include "json/text_file.h"
 #include "json_schema/schema_check.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +28,8 @@ std::set<std::string> ReadExceptions() {
 
 Json::Document Read(const std::filesystem::path& path) {
   Json::Document document;
-  EXPECT_TRUE(Json::Parse(TypeFiles::ReadText(path).value_or(""), document)) << path;
+  EXPECT_TRUE(Json::Parse(Json::ReadTextFile(path, TypeFiles::kLongestFile).text, document))
+      << path;
   return document;
 }
 

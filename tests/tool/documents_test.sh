@@ -199,6 +199,10 @@ truncate -s 300M "$work/large.json"
 refused 4 "large.json is larger than 268435456 bytes" import "$work/large.json"
 refused 4 "standard input is larger than 20 bytes" apply --limit 20 - <"$doc"
 refused 1 "cannot read $work/absent.json" apply "$work/absent.json"
+mkfifo "$work/pipe.json"
+for file in "$work/pipe.json" /dev/zero /dev/tty "$work"; do
+  refused 1 "cannot read $file: " apply "$file" </dev/null
+done
 
 # --- apply: what differs and nothing else
 expect 0 "=replaced $resolver" "?" apply "$doc"
@@ -273,8 +277,6 @@ cd "$here" || exit 1
 at_terminal() { TERM=xterm script -qec "$1" /dev/null 2>&1; }
 [[ $(at_terminal "'$tarnctl' diff $nics/c --with '$doc'") == *$'\033[32m  + /mtu: 1300 (user)\033[0m'* ]] || fail "there are no colours"
 [[ $(NO_COLOR=1 at_terminal "'$tarnctl' diff $nics/c --with '$doc'") != *$'\033'* ]] || fail "there are colours that nobody wants"
-mkfifo "$work/slow"
-(sleep 1.5 && cat "$doc" >"$work/slow") &
-[[ $(at_terminal "'$tarnctl' import --check '$work/slow'") == *"tarnctl: importing $work/slow, 1 s"$'\r\033[K'* ]] || fail "long work does not show"
+[[ $(at_terminal "(sleep 1.5; cat '$doc') | '$tarnctl' import --check -") == *"tarnctl: importing standard input, 1 s"$'\r\033[K'* ]] || fail "long work does not show"
 
 finish

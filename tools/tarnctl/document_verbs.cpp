@@ -81,7 +81,7 @@ void BringDocument(const Given& given, const Output& output, YamlNull null, cons
   GivenData document;
   DocumentReport report;
   {
-    const Progress progress(std::string(doing) + " " + path);
+    const Progress progress(std::string(doing) + " " + NameOfInput(path));
     document = ReadDocument(path, null, limit);
     // The limit is of the file; as JSON it may have become longer.
     LocateInDocument(document, kRefused, [&] {

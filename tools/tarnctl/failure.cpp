@@ -51,9 +51,11 @@ void AddStoreError(Failure& failure) {
 // The library's message is the same for every text.
 void AddParseFailure(Failure& failure) {
   const TarnConfigStore::ParseFailure last = TarnConfigStore::GetLastParseFailure();
-  if (last.line != 0) {
-    failure.message += std::string(" ") + last.source + ": line " + std::to_string(last.line) +
-                       ", column " + std::to_string(last.column) + ": " + last.reason;
+  if (last.reason[0] != '\0') {
+    const std::string place = last.line == 0 ? ""
+                                             : "line " + std::to_string(last.line) + ", column " +
+                                                   std::to_string(last.column) + ": ";
+    failure.message.append(" ").append(last.source).append(": ").append(place).append(last.reason);
   }
 }
 

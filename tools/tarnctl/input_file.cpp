@@ -1,69 +1,64 @@
 #include "input_file.h"
 
 #include "failure.h"
+#include "json/text_file.h"
 
 #include <array>
 #include <cerrno>
-#include <cstdint>
 #include <cstdio>
-#include <memory>
-#include <sys/stat.h>
 #include <system_error>
+#include <utility>
 
 namespace tarnctl {
 namespace {
 
-std::string NameOf(const std::string& path) {
-  return path == "-" ? std::string("standard input") : path;
-}
-
-[[noreturn]] void RaiseUnreadable(const std::string& path, int error) {
-  throw ToolError(ExitCode::FAILED,
-                  "cannot read " + NameOf(path) + ": " + std::generic_category().message(error),
+[[noreturn]] void RaiseUnreadable(const std::string& path, const std::string& reason) {
+  throw ToolError(ExitCode::FAILED, "cannot read " + NameOfInput(path) + ": " + reason,
                   TarnConfigStore::CS_JSON_FILE_FAILED);
 }
 
-void RequireSize(std::uintmax_t size, std::size_t largest, const std::string& path) {
-  if (size > largest) {
-    throw ToolError(ExitCode::INVALID,
-                    NameOf(path) + " is larger than " + std::to_string(largest) + " bytes",
-                    TarnConfigStore::CS_JSON_PARSE_FAILED);
-  }
+[[noreturn]] void RaiseTooLarge(const std::string& path, std::size_t largest) {
+  throw ToolError(ExitCode::INVALID,
+                  NameOfInput(path) + " is larger than " + std::to_string(largest) + " bytes",
+                  TarnConfigStore::CS_JSON_PARSE_FAILED);
 }
 
-// A file tells its size before it is read, a pipe does not.
-std::string ReadAll(std::FILE* stream, std::size_t largest, const std::string& path) {
-  struct stat status {};
-  if (::fstat(::fileno(stream), &status) == 0 && S_ISREG(status.st_mode)) {
-    RequireSize(static_cast<std::uintmax_t>(status.st_size), largest, path);
-  }
+// Whoever feeds standard input may take any time.
+std::string ReadStandardInput(std::size_t largest) {
   std::string text;
   std::array<char, 16384> block;
-  while (const std::size_t length = std::fread(block.data(), 1, block.size(), stream)) {
+  while (const std::size_t length = std::fread(block.data(), 1, block.size(), stdin)) {
     text.append(block.data(), length);
-    RequireSize(text.size(), largest, path);
+    if (text.size() > largest) {
+      RaiseTooLarge("-", largest);
+    }
   }
-  if (std::ferror(stream) != 0) {
-    RaiseUnreadable(path, errno);
+  if (std::ferror(stdin) != 0) {
+    RaiseUnreadable("-", std::generic_category().message(errno));
   }
   return text;
 }
 
-struct CloseFile {
-  void operator()(std::FILE* stream) const { std::fclose(stream); }
-};
-
 }  // namespace
+
+std::string NameOfInput(const std::string& path) {
+  return path == "-" ? std::string("standard input") : path;
+}
 
 std::string ReadInput(const std::string& path, std::size_t largest) {
   if (path == "-") {
-    return ReadAll(stdin, largest, path);
+    return ReadStandardInput(largest);
   }
-  const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rbe"));
+  Json::TextFile file = Json::ReadTextFile(path, largest);
+  if (file.error == EFBIG) {
+    RaiseTooLarge(path, largest);
+  }
   if (!file) {
-    RaiseUnreadable(path, errno);
+    RaiseUnreadable(path, file.error == ENOTSUP
+                              ? "it is no regular file; \"-\" reads what standard input gives"
+                              : file.Reason());
   }
-  return ReadAll(file.get(), largest, path);
+  return std::move(file.text);
 }
 
 bool IsYamlFile(std::string_view path) {

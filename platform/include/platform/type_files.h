@@ -10,10 +10,12 @@
 #include "json/json.h"
 #include "json/json_doc.h"
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace TypeFiles {
@@ -51,12 +53,11 @@ struct TypeFile {
 };
 
 /// The files that a path stands for: itself, or of a directory the "*.json" files, sorted by name.
-/// Nothing when the path cannot be read.
-std::optional<std::vector<std::string>> FilesAt(const std::string& path);
+/// \param error  says why, when the path cannot be read
+std::vector<std::string> FilesAt(const std::string& path, std::error_code& error);
 
-/// The text of a regular file of up to 16 MiB. Nothing when it cannot be read; never waits for
-/// anybody.
-std::optional<std::string> ReadText(const std::string& path);
+/// As many bytes a type file has at most.
+inline constexpr std::size_t kLongestFile = std::size_t{16} << 20U;
 
 /// Checks a text against all the rules for type files. What is wrong is in the result's findings.
 TypeFile Check(std::string path, std::string_view text);

@@ -1,7 +1,8 @@
 #include "platform/upgrade_context.h"
 
 #include "platform/host_paths.h"
-#include "platform/regular_file.h"
+
+#include "json/text_file.h"
 
 #include <cerrno>
 #include <charconv>
@@ -31,14 +32,14 @@ std::string_view Trimmed(std::string_view text) {
 
 int GetUpgradeCtx() {
   constexpr std::size_t kLongest = 63;
-  std::string content;
-  if (!ReadRegularFile(HostPaths::Resolve(HostPaths::kUpgradeContext), kLongest, content)) {
-    if (errno == ENOENT || errno == ENOTDIR) {
-      return 0;
-    }
-    Fail("cannot be read: " + std::error_code(errno, std::generic_category()).message());
+  const Json::TextFile content = Json::ReadTextFile(HostPaths::Resolve(HostPaths::kUpgradeContext), kLongest);
+  if (content.error == ENOENT || content.error == ENOTDIR) {
+    return 0;
   }
-  const std::string_view text = Trimmed(content);
+  if (!content) {
+    Fail("cannot be read: " + content.Reason());
+  }
+  const std::string_view text = Trimmed(content.text);
   int value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error != std::errc() || end != text.data() + text.size()) {

@@ -1,4 +1,4 @@
-#include "platform/regular_file.h"
+// Finding type files, wherever they lie.
 #include "platform/type_files.h"
 
 #include <algorithm>
@@ -7,28 +7,33 @@
 #include <memory>
 #include <string_view>
 #include <sys/stat.h>
-#include <utility>
+#include <system_error>
 
 namespace TypeFiles {
 namespace {
 
-constexpr std::size_t kMaxFileSize = std::size_t{16} * 1024 * 1024;
 constexpr std::string_view kSuffix = ".json";
+
+std::vector<std::string> Failed(std::error_code& error) {
+  error.assign(errno, std::generic_category());
+  return {};
+}
 
 }  // namespace
 
 // By the system's own calls: those of the standard library end the process where there is no memory.
-std::optional<std::vector<std::string>> FilesAt(const std::string& path) {
+std::vector<std::string> FilesAt(const std::string& path, std::error_code& error) {
+  error.clear();
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) {
-    return std::nullopt;
+    return Failed(error);
   }
   if (!S_ISDIR(status.st_mode)) {
-    return std::vector<std::string>{path};
+    return {path};
   }
   const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(path.c_str()), closedir);
   if (!directory) {
-    return std::nullopt;
+    return Failed(error);
   }
   const std::string folder = path.ends_with('/') ? path : path + '/';
   std::vector<std::string> files;
@@ -41,15 +46,10 @@ std::optional<std::vector<std::string>> FilesAt(const std::string& path) {
     errno = 0;
   }
   if (errno != 0) {
-    return std::nullopt;
+    return Failed(error);
   }
   std::sort(files.begin(), files.end());
   return files;
-}
-
-std::optional<std::string> ReadText(const std::string& path) {
-  std::string text;
-  return ReadRegularFile(path, kMaxFileSize, text) ? std::optional(std::move(text)) : std::nullopt;
 }
 
 }  // namespace TypeFiles
