@@ -1,3 +1,4 @@
+#include "json/escapes.h"
 #include "json/exponents.h"
 #include "json/json.h"
 #include "json/number_text.h"
@@ -188,6 +189,11 @@ ParseResult ParseStream(std::string_view text, Document& into, Origin origin) {
   if (stream.Tell() != text.size()) {
     into.SetNull();
     return Failure(stream.Tell(), kNul);
+  }
+  if (const std::size_t at = FindLoneSurrogate(text); at != std::string_view::npos) {
+    into.SetNull();
+    return Failure(
+        at, rapidjson::GetParseError_En(rapidjson::kParseErrorStringUnicodeSurrogateInvalid));
   }
   return {};
 }

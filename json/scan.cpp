@@ -1,5 +1,6 @@
 #include "json/scan.h"
 
+#include "json/escapes.h"
 #include "json/exponents.h"
 #include "json/number_text.h"
 #include "json/text_stream.h"
@@ -117,7 +118,8 @@ bool ScanMembers(std::string_view text, MemberReceiver& receiver) {
   Reader reader;
   const auto outcome = reader.Parse<rapidjson::kParseNumbersAsStringsFlag>(stream, scanner);
   // The reader takes a NUL for the end of the text.
-  return !outcome.IsError() && stream.Tell() == text.size();
+  return !outcome.IsError() && stream.Tell() == text.size() &&
+         FindLoneSurrogate(text) == std::string_view::npos;
 }
 
 }  // namespace Json

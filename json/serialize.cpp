@@ -18,9 +18,13 @@ class ExactWriter : public Writer {
  public:
   using Writer::Writer;
 
-  // Most strings and names are plain throughout, and are taken over as they are.
+  // Most strings and names are plain throughout, and are taken over as they are. RapidJSON's own
+  // check would read past a text that ends in the middle of a character.
   bool String(const char* text, rapidjson::SizeType length, bool copy) {
-    if (EndOfPlain(text, text + length) != text + length || !Utf8::IsValid({text, length})) {
+    if (!Utf8::IsValid({text, length})) {
+      return false;
+    }
+    if (EndOfPlain(text, text + length) != text + length) {
       return Writer::String(text, length, copy);
     }
     constexpr std::size_t kQuotes = 2;

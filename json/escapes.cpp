@@ -1,0 +1,24 @@
+#include "json/escapes.h"
+
+namespace Json {
+
+std::size_t FindLoneSurrogate(std::string_view text) noexcept {
+  constexpr std::size_t kShort = 2;         // "\n"
+  constexpr std::size_t kLong = 6;          // "\u0041"
+  constexpr std::size_t kPair = 2 * kLong;  // "\ud83d\ude00"
+  const auto isOneOf = [text](std::size_t at, std::string_view characters) {
+    return at < text.size() && characters.find(text[at]) != std::string_view::npos;
+  };
+  std::size_t at = text.find('\\');
+  while (at != std::string_view::npos) {
+    const bool isLong = isOneOf(at + 1, "u");
+    const bool isSurrogate = isLong && isOneOf(at + 2, "dD") && !isOneOf(at + 3, "01234567");
+    if (isSurrogate && isOneOf(at + 3, "cdefCDEF")) {
+      return at;
+    }
+    at = text.find('\\', at + (isSurrogate ? kPair : isLong ? kLong : kShort));
+  }
+  return at;
+}
+
+}  // namespace Json
