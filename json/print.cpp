@@ -12,18 +12,18 @@ namespace Json {
 namespace {
 
 std::string Quoted(std::string_view text) {
-  constexpr std::string_view kHexDigits = "0123456789abcdef";
   constexpr std::string_view kShortEscapes = "\"\\\b\t\n\f\r";
   constexpr std::string_view kTheirLetters = "\"\\btnfr";
   std::string quoted = "\"";
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (const std::size_t at = kShortEscapes.find(c); at != std::string_view::npos) {
+  while (!text.empty()) {
+    const std::string_view character = text.substr(0, Utf8::SequenceLength(text));
+    text.remove_prefix(character.size());
+    if (const std::size_t at = kShortEscapes.find(character); at != std::string_view::npos) {
       quoted.append(1, '\\').append(1, kTheirLetters[at]);
-    } else if (byte < ' ') {
-      quoted.append("\\u00").append(1, kHexDigits[byte >> 4U]).append(1, kHexDigits[byte & 15U]);
+    } else if (Utf8::HasControls(character) || Utf8::IsDeceptive(character)) {
+      Utf8::AppendEscape(quoted, character);
     } else {
-      quoted += c;
+      quoted += character;
     }
   }
   return quoted += '"';

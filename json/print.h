@@ -14,7 +14,8 @@ enum class Layout { ONE_LINE, INDENTED };
 enum class BadText { REFUSED, REPAIRED };
 
 /// The value as text for people, members in their order: the digits are those that Serialize writes,
-/// with an exponent only where a person would use one. False, with an empty text, where Serialize
+/// with an exponent only where a person would use one; characters that a terminal would obey, or that
+/// let a line look like another one, are escaped. False, with an empty text, where Serialize
 /// says so; with REPAIRED every byte of a string that is not UTF-8 becomes U+FFFD instead.
 bool Print(const Value& value, Layout layout, BadText badText, std::string& text);
 

@@ -162,6 +162,8 @@ std::string Escape(std::string_view text, bool backslashes) {
       for (const char c : sequence) {
         AppendEscaped(escaped, c);
       }
+    } else if (IsDeceptive(sequence)) {
+      AppendEscape(escaped, sequence);
     } else {
       escaped += backslashes && sequence == "\\" ? "\\\\" : sequence;
     }
@@ -178,6 +180,26 @@ std::string Escaped(std::string_view text) {
 
 std::string WithoutControls(std::string_view text) {
   return Escape(text, false);
+}
+
+bool IsDeceptive(std::string_view character) noexcept {
+  // All of them are of two or three bytes.
+  if (character.size() < 2 || character.size() > 3) {
+    return false;
+  }
+  const char32_t codePoint = CodePointOf(character);
+  return codePoint == 0x061C || codePoint == 0x200E || codePoint == 0x200F ||
+         (codePoint >= 0x2028 && codePoint <= 0x202E) ||
+         (codePoint >= 0x2066 && codePoint <= 0x2069);
+}
+
+void AppendEscape(std::string& text, std::string_view character) {
+  constexpr std::string_view kHex = "0123456789abcdef";
+  const char32_t codePoint = CodePointOf(character);
+  text += "\\u";
+  for (const unsigned shift : {12U, 8U, 4U, 0U}) {
+    text += kHex[codePoint >> shift & 15U];
+  }
 }
 
 bool HasControls(std::string_view text) noexcept {

@@ -17,7 +17,8 @@ std::size_t CountCharacters(std::string_view text) noexcept;
 std::string Repaired(std::string_view text);
 
 /// The text as it may be shown in a line: control characters and bytes that are not UTF-8 escaped
-/// as "\\xNN", line ends and tabs as "\\n", "\\r" and "\\t", a backslash doubled.
+/// as "\\xNN", line ends and tabs as "\\n", "\\r" and "\\t", what IsDeceptive names as "\\uNNNN", a
+/// backslash doubled.
 std::string Escaped(std::string_view text);
 
 /// The same for a text that may hold escaped ones already, as messages do: backslashes stay.
@@ -25,6 +26,13 @@ std::string WithoutControls(std::string_view text);
 
 /// True for a text with a control character (C0, DEL, or C1 of Unicode).
 bool HasControls(std::string_view text) noexcept;
+
+/// True for a character, a valid sequence, that lets a line look like another one: those that reorder
+/// what stands around them (UAX #9), and the line ends of Unicode.
+bool IsDeceptive(std::string_view character) noexcept;
+
+/// Appends the escape "\\uNNNN" of a character, which is a valid sequence of at most three bytes.
+void AppendEscape(std::string& text, std::string_view character);
 
 /// Length of the valid sequence that the text starts with; 0 when it starts with none.
 std::size_t SequenceLength(std::string_view text) noexcept;

@@ -1,9 +1,12 @@
 #include "platform/base64.h"
 #include "platform/formatted_text.h"
 #include "platform/generated_instance_id.h"
+#include "platform/logger.h"
 #include "platform/upgrade_context.h"
 
 #include "json/json_doc.h"
+#include "json/print.h"
+#include "support/captured_log.h"
 #include "support/temporary_host.h"
 
 #include <gtest/gtest.h>
@@ -31,6 +34,32 @@ TEST(Base64, GoesBothWaysAndRefusesWhatIsNone) {
 TEST(FormattedText, FillsWhatItIsGivenAndLeavesTheRest) {
   EXPECT_EQ(Str_Asprintf("%1$s and %2$s, %1$s: 5%% %3$s", {"a", "b"}), "a and b, a: 5% %3$s");
   EXPECT_EQ(MsgFmt_Asprintf("%s%% of %s %s", {"5", "x"}), "5% of x ");
+}
+
+TEST(Logger, LetsNoTextDriveATerminalOrForgeALine) {
+  // What somebody may put into a name, and how people get to see it: in a line, and as JSON.
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      {"a\nb\r\tc", R"(a\nb\r\tc)", R"("a\nb\r\tc")"},
+      {"\x1b[2J\x7f", R"(\x1b[2J\x7f)", R"("\u001b[2J\u007f")"},
+      {"\xc2\x9b"
+       "1m",
+       R"(\xc2\x9b1m)", R"("\u009b1m")"},
+      {"\xe2\x80\xae"
+       "gpj",
+       R"(\u202egpj)", R"("\u202egpj")"},
+      {"\xd8\x9c\xe2\x80\x8f\xe2\x80\xa8\xe2\x81\xa9", R"(\u061c\u200f\u2028\u2069)",
+       R"("\u061c\u200f\u2028\u2069")"},
+      {"half \xe2\x80", R"(half \xe2\x80)", "\"half \xef\xbf\xbd\xef\xbf\xbd\""},
+      {"gr\xc3\xbc\xc3\x9f \xf0\x9f\x98\x80", "gr\xc3\xbc\xc3\x9f \xf0\x9f\x98\x80",
+       "\"gr\xc3\xbc\xc3\x9f \xf0\x9f\x98\x80\""}};
+  for (const auto& [text, line, json] : cases) {
+    const TestSupport::CapturedLog log;
+    CSLogger::Log(1, "%s", text);
+    EXPECT_EQ(log.Count(std::string("1 ") + line), 1) << line;
+    std::string printed;
+    Json::Print(Json::Reference(text), Json::Layout::ONE_LINE, Json::BadText::REPAIRED, printed);
+    EXPECT_EQ(printed, json);
+  }
 }
 
 TEST(UpgradeContext, IsWhatTheFileSays) {

@@ -2,6 +2,7 @@
 
 #include "failure.h"
 #include "given_document.h"
+#include "json/utf8.h"
 #include "progress.h"
 #include "stored_objects.h"
 #include "verbs.h"
@@ -48,8 +49,8 @@ void PrintChanges(const Json::Value& objects, bool isCheck, const Output& output
     const std::string_view outcome = Json::Text(*Json::FindMember(object, "outcome"));
     if (outcome != "unchanged") {
       ++changed;
-      lines.append(outcome).append(" ").append(Json::Text(*Json::FindMember(object, "object")));
-      lines += '\n';
+      const std::string_view name = Json::Text(*Json::FindMember(object, "object"));
+      lines.append(outcome).append(" ").append(Json::Utf8::WithoutControls(name)).append("\n");
     }
   }
   output.PrintText(lines);

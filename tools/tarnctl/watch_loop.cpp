@@ -98,12 +98,8 @@ void WatchLoop::Receive(Sender& sender) {
   }
 }
 
-void WatchLoop::Leave(Sender& sender, std::string reason) const {
+void WatchLoop::Leave(Sender& sender, const std::string& reason) const {
   if (sender.reader.IsInsideMessage()) {
-    // It may quote what was sent, which must neither start a line nor drive a terminal.
-    std::replace_if(
-        reason.begin(), reason.end(),
-        [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 127; }, '?');
     Report({ExitCode::FAILED,
             TarnConfigStore::CS_GENERIC,
             "a message that is no notification: it " + reason,

@@ -46,7 +46,7 @@ class WatchLoop {
   void ReceiveAll();
   void Receive(Sender& sender);
   /// With a word about a message that has begun and will not be read to its end.
-  void Leave(Sender& sender, std::string reason) const;
+  void Leave(Sender& sender, const std::string& reason) const;
   void LeaveLateSenders();
   void AcceptSender();
 

@@ -12,8 +12,9 @@ inline constexpr int kOutcome = 2;    ///< worth knowing
 inline constexpr int kWriteCall = 3;  ///< a call that may change something begins
 inline constexpr int kTrace = 4;      ///< a call that reads begins, and fine tracing
 
-/// Nothing here throws or blocks on anything but its own lock, whatever happens. Control characters
-/// in a line are escaped: it may hold names and values that come from anywhere.
+/// Nothing here throws or blocks on anything but its own lock, whatever happens. What in a line a
+/// terminal would obey, and what would let it look like another one, is escaped: it may hold names and
+/// values that come from anywhere.
 void Log(int priority, const char* format, ...) noexcept __attribute__((format(printf, 2, 3)));
 
 /// "[code] " and the code's message template (error_messages.h) filled with the further arguments,
