@@ -1,5 +1,6 @@
 // What the library says of objects with secrets in them: exceptions, findings, reports, log lines.
 #include "tarnconfigstore/boot_state.h"
+#include "tarnconfigstore/diagnostics.h"
 #include "tarnconfigstore/documents.h"
 #include "tarnconfigstore/drift.h"
 #include "tarnconfigstore/dry_run.h"
@@ -142,6 +143,23 @@ class Secrets : public TestSupport::NextBootFixture {
     database_.Run("DELETE FROM Config WHERE Identifier = 'b'");
   }
 
+  // Writes of what fits, where the store fails: any of its operations, and the engine by itself.
+  void WriteToFailingStore() {
+    for (const Operation fails : {Operation::GET_CONNECTION, Operation::BEGIN, Operation::PREPARE,
+                                  Operation::EXECUTE, Operation::COMMIT}) {
+      Fail(fails);
+      Write(kUsers);
+      DBStore::testing::SetHook({});
+    }
+    for (const char* table : {"Config", "DesiredUserConfig"}) {
+      database_.Run(std::string("CREATE TRIGGER Fail") + table + " BEFORE INSERT ON " + table +
+                    " BEGIN SELECT RAISE(ABORT, 'the engine fails'); END");
+    }
+    Write(kUsers);
+    told_ += "store: " + GetLastStoreError().message + "\n";
+    database_.Run("DROP TRIGGER FailConfig; DROP TRIGGER FailDesiredUserConfig");
+  }
+
   // Everything, with types that take the secrets and with types that don't.
   std::string SayEverything(bool isSecret) {
     told_.clear();
@@ -153,6 +171,7 @@ class Secrets : public TestSupport::NextBootFixture {
     Call("take away",
          [&] { store_->Update(Make("a", R"("token":{"8675309":null,"8675309x":{}})"), EXTERNAL); });
     Write(kUsers);
+    WriteToFailingStore();
     Install(isSecret, false);
     Write(kUsers);
     Write(std::string(R"("keys":"8675309","users":8675309,"rules":{"code":"8675309"},)") +
@@ -187,7 +206,9 @@ class Secrets : public TestSupport::NextBootFixture {
 TEST_F(Secrets, AreToldByNoOperation) {
   const std::string said = SayEverything(true);
   EXPECT_EQ(Marked(said), "");
-  EXPECT_GT(refused_, 30) << said;
+  EXPECT_GT(refused_, 100) << said;
+  EXPECT_NE(said.find("store: "), said.find("store: \n"));
+  EXPECT_NE(said.find("the engine fails"), std::string::npos);
   for (const char* expected :
        {"/pin: 9999 is the largest value allowed, found ***", "/token/***: expected true or false",
         "/users/0/key: expected one of the values that the type allows, found ***",

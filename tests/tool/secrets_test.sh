@@ -11,6 +11,7 @@ options=tarn/tkernel/options
 data=$work/data.json
 yaml=$work/data.yaml
 mark=8675309 # part of every secret
+seen='stood among the arguments, which every user may see'
 
 # secrets as texts, numbers, objects and lists, by reference, in lists, with defaults, in each part of an object
 # shellcheck disable=SC2016
@@ -47,13 +48,14 @@ shown='"user":"root","password":"***","pin":"***","keys":["***","***"],
   "accounts":[{"id":"x","key":"***"},{"id":"y"}],"token":"***","box":{"inner":"***","open":2}'
 echo "{$open}" >"$data"
 
-# masked NAME MEMBERS CODE OUT ERR ARGUMENTS...: a call that shows no secret without --reveal, and them with it
+# masked OUT REVEALED-OUT ARGUMENTS...: a call that shows no secret without --reveal, and them with it
 masked() {
-  local out=$1 revealed=$2
+  local out=$1 revealed=$2 said=
   shift 2
-  expect 0 "$out" "" "$@"
+  [[ $* == *--where* ]] && said=$seen
+  expect 0 "$out" "$said" "$@"
   grep -q $mark "$work/out" && fail "tarnctl $* shows a secret"
-  expect 0 "$revealed" "" "$@" --reveal
+  expect 0 "$revealed" "$said" "$@" --reveal
   grep -q $mark "$work/out" || fail "tarnctl $* --reveal shows no secret"
 }
 
@@ -84,7 +86,7 @@ masked "=***" "=8675309-box" get $vault --pointer /box/inner
 expect 3 "" 'no member "token.nothing"' get $vault token.nothing
 
 for name in a b; do
-  expect 0 "" "" set $vaults/$name user=$name password=$mark-$name
+  expect 0 "" "$seen" set $vaults/$name user=$name password=$mark-$name
 done
 a='={"name":"a","user":"a","password":"'
 masked "[{\"name\":\"a\",\"user\":\"a\",\"password\":\"***\"}," "$mark-b" get $vaults --all-instances
@@ -96,7 +98,7 @@ masked "[${a#=}***\"}," "$mark-b" get $vaults --all-instances --changed-only
 expect 0 "" "" next-boot set $vault "$data"
 masked "={$shown}" "={$open}" next-boot get $vault
 masked "=***" "=$mark" next-boot get $vault password
-expect 0 "" "" next-boot set $staged/x password=$mark
+expect 0 "" "$seen" next-boot set $staged/x password=$mark
 masked '=[{"name":"x","password":"***"}]' "=[{\"name\":\"x\",\"password\":\"$mark\"}]" next-boot get $staged --all-instances
 expect 0 '"values":["user"]' "" next-boot list
 grep -q $mark "$work/out" && fail "next-boot list shows a secret"
@@ -124,7 +126,7 @@ expect 4 "/password:$said" "5 findings" set $vault --dry-run "$data"
 expect 4 "/keys/0:$said" "1 finding" validate $vault 'keys=["***"]'
 expect 4 "=/0/password:$said/1/password:$said" "2 findings" set $vaults --all-instances --dry-run "$work/list.json"
 refused 4 "/1/password:$said" set $vaults --all-instances "$work/list.json"
-expect 0 "" "" set $vault user='***' 'box={"inner":"**"}'
+expect 0 "" "$seen" set $vault user='***' 'box={"inner":"**"}'
 "$tarnctl" get $vaults --all-instances --reveal >"$work/list.json"
 expect 0 "" "2 instances" set $vaults --all-instances "$work/list.json"
 
@@ -153,7 +155,56 @@ untold 4 "" 'the member "keys" takes array, not ***' set $vault keys=$mark
 untold 4 "" "a member is named twice" set $vault "token={\"$mark\":1,\"$mark\":2}"
 untold 2 "" "lies inside a member that was given as a whole" update $vault token=null token.x=$mark
 untold 0 "" "/token/list/0 names nothing, and was left out" set $vault 'token={"list":[{},{"id":"8675309"}]}'
-expect 0 "" "" set $vault --auto "token={\"$mark\":1}"
+expect 0 "" "$seen" set $vault --auto "token={\"$mark\":1}"
 untold 4 "" "/token/***: cannot be taken away" update $vault "token={\"$mark\":null}"
+
+# --- a secret stays out of the arguments
+expect 0 "" "$seen; --secret password reads it" set $vault password=$mark
+expect 0 "" "$seen; --secret password reads it" --log 4 update $vault password=$mark
+grep -q "$mark" "$work/err" && fail "the warning tells the secret"
+expect 0 "" "" update $vault user=x password=null
+for verb in set "set --user" update "next-boot set" "kernel-options set"; do
+  object=$vault
+  [ "$verb" = "kernel-options set" ] && object=
+  # shellcheck disable=SC2086
+  expect 0 "" "" $verb $object --secret password user=root <<<"$mark-${verb:0:6}"
+done
+expect 0 "=$mark-update" "" get $vault password --reveal
+expect 0 "=$mark-next-b" "" next-boot get $vault password --reveal
+expect 0 "=$mark-kernel" "" kernel-options get password --reveal
+# typed as any value is, null being a text; of several, a line each
+expect 0 "" "" update $vault --secret pin --secret password user=a <<<$'8675309\nnull'
+expect 0 '"password":"null","pin":8675309' "" get $vault --reveal
+# a text of several lines, and one that is empty
+expect 0 "" "" update $vault --secret password < <(printf 'a\nb\n\n')
+expect 0 "=$(printf 'a\nb\n')" "" get $vault password --reveal
+expect 0 "" "" update $vault --secret password <<<""
+expect 0 '"password":""' "" get $vault --reveal
+untold 4 "" 'the member "pin" takes integer, not ***' update $vault --secret pin <<<"x$mark"
+untold 4 "" "text of at most 20 characters, found ***" update $vault --secret password <<<"$mark-$long"
+untold 4 "" 'the value of the member "password" is not UTF-8' update $vault --secret password < <(printf '8675309\xff')
+expect 4 "/password:$said" "1 finding" set $vault --dry-run --secret password <<<'***'
+refused 2 "standard input gives 0 values for 1 members" set $vault --secret password </dev/null
+refused 2 "standard input gives 1 values for 2 members" set $vault --secret password --secret pin <<<x
+refused 2 'the member "password" is given twice' set $vault password= --secret password <<<x
+refused 2 "--secret goes with MEMBER=VALUE, not with a file" set $vault "$data" --secret password <<<x
+refused 2 "DATA or --secret is required" update $vault
+refused 2 "not with a file" set $vaults --all-instances "$work/list.json" --secret password <<<x
+
+# --- a terminal does not show it, and shows again what is typed, whatever happens
+# typed TEXT COMMAND: what a terminal shows of a command that is given a text when it asks
+typed() {
+  local terminal asked
+  coproc terminal { script -qefc "$2" /dev/null 2>&1; }
+  IFS= read -r -d : -u "${terminal[0]}" asked
+  printf '%b' "$1" >&"${terminal[1]}"
+  printf '%s' "$asked:" && cat <&"${terminal[0]}"
+}
+shown=$(typed "$mark-typed\\n" "'$tarnctl' set $vault --secret password; stty -a")
+[[ $shown == password:*' echo '* && $shown != *"$mark"* ]] || fail "a terminal shows a secret, or nothing any more: $shown"
+expect 0 "=$mark-typed" "" get $vault password --reveal
+shown=$(typed "$mark\\003" "trap : INT; '$tarnctl' set $vault --secret password; echo left \$?; stty -a")
+[[ $shown == *'left 130'*' echo '* && $shown != *"$mark"* ]] || fail "a terminal stays blind after an interrupt: $shown"
+expect 0 "=$mark-typed" "" get $vault password --reveal
 
 finish

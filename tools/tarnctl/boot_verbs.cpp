@@ -161,7 +161,7 @@ void AcceptPart(const Given& given) {
                     std::string(kPart) + " is of one " + kObject + " (see --help)");
   }
   const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
-  const GivenObject part = MakeObject(id, given.Texts(kPart), TypeSchema(id));
+  const GivenObject part = MakeObject(id, {.data = given.Texts(kPart)}, TypeSchema(id));
   part.source.Locate([&] { TarnConfigStore::SetPartialBootStatus(part.object); });
   // The library writes nothing, and says nothing, when cleaning leaves nothing of it.
   if (part.object->IsEmpty()) {

@@ -4,9 +4,11 @@
 #include "json/secrets.h"
 #include "left_out.h"
 #include "member_values.h"
+#include "secret_input.h"
 #include "stored_objects.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace tarnctl {
@@ -15,13 +17,31 @@ namespace {
 using TarnConfigStore::ConfigStoreObject;
 using TarnConfigStore::ConfigStoreObjectId;
 
+// Refusing it would break whoever has done so until now.
+void WarnOfSecrets(const std::vector<std::string>& arguments, const TypeSchema& schema) {
+  for (const std::string& member : FindSecretsGiven(arguments, schema)) {
+    Say("the secret \"" + member + "\" stood among the arguments, which every user may see; " +
+        kSecret + " " + member + " reads it from standard input");
+  }
+}
+
+std::vector<HiddenValue> AskFor(const std::vector<std::string>& members) {
+  std::vector<std::string> values = ReadSecrets(members);
+  std::vector<HiddenValue> hidden;
+  for (std::size_t i = 0; i < members.size(); ++i) {
+    hidden.push_back({members[i], std::move(values[i])});
+  }
+  return hidden;
+}
+
 std::shared_ptr<ConfigStoreObject> CollectMembers(const ConfigStoreObjectId& id,
-                                                  const std::vector<std::string>& members,
+                                                  const ObjectData& members,
                                                   const TypeSchema& schema, Null null) {
+  WarnOfSecrets(members.data, schema);
   auto object = std::make_shared<ConfigStoreObject>(id);
   JsonMaker make;
   Json::Value data = make.Parse(object->GetData());  // its instance id
-  Json::Value given = ReadMembers(members, schema, make, null);
+  Json::Value given = ReadMembers(members.data, schema, make, null, AskFor(members.secrets));
   for (auto& [name, value] : given.GetObject()) {
     if (Json::Value* own = Json::FindMember(data, Json::Text(name))) {
       *own = value;
@@ -88,15 +108,44 @@ Argument DataArgument() {
       .isRequired = true};
 }
 
+std::vector<Argument> DataOrSecretArguments() {
+  Argument data = DataArgument();
+  data.isRequired = false;
+  return {
+      std::move(data),
+      {.name = kSecret,
+       .help = "Read the value of MEMBER from standard input, all of it but the last line end, or "
+               "from the terminal without showing it, so that nobody sees it among the "
+               "arguments; can be repeated, for a line each",
+       .takes = Takes::TEXTS,
+       .valueName = "MEMBER"}};
+}
+
 bool IsFile(const std::vector<std::string>& data) {
   return data.size() == 1 && data.front().find('=') == std::string::npos;
 }
 
-GivenObject MakeObject(const ConfigStoreObjectId& id, const std::vector<std::string>& data,
+ObjectData DataOf(const Given& given) {
+  ObjectData data{given.Texts(kData), {}};
+  if (given.Takes(kSecret)) {
+    data.secrets = given.Texts(kSecret);
+  }
+  if (data.data.empty() && data.secrets.empty()) {
+    throw ToolError(ExitCode::USAGE, std::string(kData) + " or " + kSecret + " is required");
+  }
+  if (IsFile(data.data) && !data.secrets.empty()) {
+    throw ToolError(ExitCode::USAGE, std::string(kSecret) +
+                                         " goes with MEMBER=VALUE, not with a file, which may hold "
+                                         "the secret itself");
+  }
+  return data;
+}
+
+GivenObject MakeObject(const ConfigStoreObjectId& id, const ObjectData& data,
                        const TypeSchema& schema, Null null) {
   GivenObject given;
-  if (IsFile(data)) {
-    given.source = GivenData::Read(data.front(), PlaceOfData(schema.Root()),
+  if (IsFile(data.data)) {
+    given.source = GivenData::Read(data.data.front(), PlaceOfData(schema.Root()),
                                    null == Null::REMOVES ? YamlNull::ALWAYS : YamlNull::OF_TYPE,
                                    Wanted::OBJECT);
     given.object = std::make_shared<ConfigStoreObject>(id);
@@ -108,8 +157,7 @@ GivenObject MakeObject(const ConfigStoreObjectId& id, const std::vector<std::str
   return given;
 }
 
-void WriteObject(const ConfigStoreObjectId& id, const std::vector<std::string>& data,
-                 const Write& write) {
+void WriteObject(const ConfigStoreObjectId& id, const ObjectData& data, const Write& write) {
   const TypeSchema schema(id);
   const GivenObject given = MakeObject(id, data, schema);
   JsonMaker make;
@@ -122,8 +170,7 @@ void WriteObject(const ConfigStoreObjectId& id, const std::vector<std::string>& 
   SayLeftOut(given, before, schema);
 }
 
-void UpdateObject(const ConfigStoreObjectId& id, const std::vector<std::string>& data,
-                  const Write& write) {
+void UpdateObject(const ConfigStoreObjectId& id, const ObjectData& data, const Write& write) {
   const TypeSchema schema(id);
   const GivenObject given = MakeObject(id, data, schema, Null::REMOVES);
   JsonMaker make;

@@ -7,7 +7,9 @@
 #include "json/utf8.h"
 #include "object_name.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <optional>
 #include <set>
 #include <utility>
@@ -23,7 +25,17 @@ struct Assignment {
   std::string member;
   MemberPath path;
   std::string text;
+  bool isHidden = false;
 };
+
+Assignment Of(const HiddenValue& hidden) {
+  if (!Json::Utf8::IsValid(hidden.text)) {
+    throw ToolError(ExitCode::INVALID,
+                    "the value of the member \"" + hidden.member + "\" is not UTF-8",
+                    TarnConfigStore::CS_JSON_PARSE_FAILED);
+  }
+  return {hidden.member, ParseMember(hidden.member), hidden.text, true};
+}
 
 Assignment Split(const std::string& argument) {
   const std::size_t end = argument.find('=');
@@ -77,7 +89,7 @@ bool LeadsToSecrets(const MemberPath& path, const TypeSchema& schema) {
 
 Json::Value Read(const Assignment& given, const TypeSchema& schema, Null null, JsonMaker& make) {
   const ValueKinds kinds = schema.KindsOf(given.path);
-  if (null == Null::REMOVES && given.text == "null") {
+  if (null == Null::REMOVES && given.text == "null" && !given.isHidden) {
     return Json::Value();
   }
   const ValueKinds justText(ValueKinds::kString);
@@ -88,7 +100,7 @@ Json::Value Read(const Assignment& given, const TypeSchema& schema, Null null, J
     if (parsed && kinds.Holds(ValueKinds::Of(value))) {
       return std::move(static_cast<Json::Value&>(value));
     }
-    const bool isSecret = LeadsToSecrets(given.path, schema);
+    const bool isSecret = given.isHidden || LeadsToSecrets(given.path, schema);
     const bool isRefused = !parsed && IsRefusedJson(given.text, kinds);
     if (isRefused || (!parsed && given.text.find_first_of("[{") == 0)) {
       reason = isSecret && parsed.forLogs != nullptr ? parsed.forLogs : parsed.Describe(given.text);
@@ -126,11 +138,13 @@ Json::Value& Place(Json::Value& data, const Assignment& given, JsonMaker& make) 
 }  // namespace
 
 Json::Value ReadMembers(const std::vector<std::string>& arguments, const TypeSchema& schema,
-                        JsonMaker& make, Null null) {
+                        JsonMaker& make, Null null, const std::vector<HiddenValue>& hidden) {
+  std::vector<Assignment> assignments;
+  std::transform(arguments.begin(), arguments.end(), std::back_inserter(assignments), Split);
+  std::transform(hidden.begin(), hidden.end(), std::back_inserter(assignments), Of);
   Json::Value data(rapidjson::kObjectType);
   std::set<std::string> members;
-  for (const std::string& argument : arguments) {
-    const Assignment given = Split(argument);
+  for (const Assignment& given : assignments) {
     if (!members.insert(given.member).second) {
       RaiseGivenTwice(given.member);
     }
@@ -140,12 +154,27 @@ Json::Value ReadMembers(const std::vector<std::string>& arguments, const TypeSch
   return data;
 }
 
+std::vector<std::string> FindSecretsGiven(const std::vector<std::string>& arguments,
+                                          const TypeSchema& schema) {
+  std::vector<std::string> members;
+  for (const std::string& argument : arguments) {
+    Assignment given = Split(argument);
+    if (!given.text.empty() && given.text != "null" && LeadsToSecrets(given.path, schema)) {
+      members.push_back(std::move(given.member));
+    }
+  }
+  return members;
+}
+
 std::shared_ptr<FilterSpecObject> MakeFilter(const ConfigStoreObjectId& type,
                                              const std::vector<std::string>& conditions) {
   const TypeSchema schema(type);
   auto filter = std::make_shared<FilterSpecObject>(type);
   if (conditions.empty()) {
     return filter;
+  }
+  for (const std::string& member : FindSecretsGiven(conditions, schema)) {
+    Say("the secret \"" + member + "\" stood among the arguments, which every user may see");
   }
   JsonMaker make;
   const Json::Value data = ReadMembers(conditions, schema, make);

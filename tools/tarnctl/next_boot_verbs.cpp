@@ -41,10 +41,16 @@ void GetStagedInstances(const Given& given, const Output& output) {
 }
 
 void Stage(const Given& given, const Output& /*output*/) {
-  WriteObject(ParseObject(given.Text(kObject)), given.Texts(kData),
+  WriteObject(ParseObject(given.Text(kObject)), DataOf(given),
               [](TarnConfigStore::ConfigStore& store, const auto& object) {
                 store.GetNextBootStore()->Set(object);
               });
+}
+
+std::vector<Argument> StageArguments() {
+  std::vector<Argument> arguments = DataOrSecretArguments();
+  arguments.insert(arguments.begin(), ObjectArgument());
+  return arguments;
 }
 
 void StageDelete(const Given& given) {
@@ -102,7 +108,7 @@ void GetKernelOptions(const Given& given, const Output& output) {
 }
 
 void SetKernelOptions(const Given& given, const Output& /*output*/) {
-  WriteObject(KernelOptions(), given.Texts(kData),
+  WriteObject(KernelOptions(), DataOf(given),
               [](auto&, const auto& object) { TarnConfigStore::SetKernelOptions(object); });
 }
 
@@ -122,7 +128,7 @@ Verb NextBootVerbs() {
                }},
           {.name = "set",
            .help = "Stage the whole new content of an object",
-           .arguments = {ObjectArgument(), DataArgument()},
+           .arguments = StageArguments(),
            .run = Stage},
           {.name = "delete",
            .help = "Stage the deletion of an object, or of instances",
@@ -153,7 +159,7 @@ Verb KernelOptionVerbs() {
                .run = GetKernelOptions},
               {.name = "set",
                .help = "Replace the options; boot accept puts them in force",
-               .arguments = {DataArgument()},
+               .arguments = DataOrSecretArguments(),
                .note = "Replaces what automatic configuration set, too. Vital members are in force "
                        "at once, and gone at once where DATA has none; cached members are refused.",
                .run = SetKernelOptions}}};

@@ -52,7 +52,7 @@ Findings FindFaults(const Given& given) {
   GivenObject made;
   try {
     const TypeSchema schema(id);
-    made = MakeObject(id, given.Texts(kData), schema);
+    made = MakeObject(id, DataOf(given), schema);
   } catch (const ToolError& error) {
     if (error.GetFailure().details.empty()) {
       throw;
@@ -79,7 +79,7 @@ void SetLayersOfInstances(ConfigStore& store,
 }
 
 const std::string& FileOfInstances(const Given& given) {
-  if (!IsFile(given.Texts(kData))) {
+  if (!IsFile(DataOf(given).data)) {
     throw ToolError(ExitCode::USAGE,
                     std::string(kAllInstances) + " takes one file with a list of objects");
   }
@@ -103,7 +103,7 @@ void Set(const Given& given, const Output& output) {
                           SetLayersOfInstances(store, objects, given);
                         });
   } else {
-    WriteObject(ParseObject(given.Text(kObject)), given.Texts(kData),
+    WriteObject(ParseObject(given.Text(kObject)), DataOf(given),
                 [&](ConfigStore& store, const auto& object) { SetLayers(store, object, given); });
   }
 }
@@ -111,7 +111,7 @@ void Set(const Given& given, const Output& output) {
 void ChangeObject(const Given& given, const Output& /*output*/) {
   const auto context =
       given.Has(kAutomatic) ? TarnConfigStore::AUTO_CONFIG : TarnConfigStore::EXTERNAL;
-  UpdateObject(ParseObject(given.Text(kObject)), given.Texts(kData),
+  UpdateObject(ParseObject(given.Text(kObject)), DataOf(given),
                [&](ConfigStore& store, const auto& object) { store.Update(object, context); });
 }
 
@@ -152,6 +152,14 @@ Argument InstancesFlag() {
               "All instances of the TYPE that OBJECT names; DATA is a file with a list");
 }
 
+// Of verbs that make an object, and more.
+std::vector<Argument> WriteArguments(const std::vector<Argument>& more) {
+  std::vector<Argument> arguments = DataOrSecretArguments();
+  arguments.insert(arguments.begin(), ObjectArgument());
+  arguments.insert(arguments.end(), more.begin(), more.end());
+  return arguments;
+}
+
 Choice LayerChoice() {
   return {.name = "Layers",
           .help = "Replace one layer and keep the others",
@@ -166,8 +174,8 @@ Choice LayerChoice() {
 Verb SetVerb() {
   return {.name = "set",
           .help = "Replace an object, or one layer, by what is given",
-          .arguments = {ObjectArgument(), DataArgument(), InstancesFlag(),
-                        CheckArgument("List what would be refused; write nothing")},
+          .arguments = WriteArguments(
+              {InstancesFlag(), CheckArgument("List what would be refused; write nothing")}),
           .choice = LayerChoice(),
           .note =
               "With --all-instances, instances that are not listed are deleted; with a layer "
@@ -178,8 +186,7 @@ Verb SetVerb() {
 Verb UpdateVerb() {
   return {.name = "update",
           .help = "Change what is given, and keep the rest; MEMBER=null removes a member",
-          .arguments = {ObjectArgument(), DataArgument(),
-                        Flag(kAutomatic, "On behalf of automatic configuration")},
+          .arguments = WriteArguments({Flag(kAutomatic, "On behalf of automatic configuration")}),
           .run = ChangeObject};
 }
 
