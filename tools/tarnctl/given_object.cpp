@@ -20,8 +20,10 @@ using TarnConfigStore::ConfigStoreObjectId;
 // Refusing it would break whoever has done so until now.
 void WarnOfSecrets(const std::vector<std::string>& arguments, const TypeSchema& schema) {
   for (const std::string& member : FindSecretsGiven(arguments, schema)) {
-    Say("the secret \"" + member + "\" stood among the arguments, which every user may see; " +
-        kSecret + " " + member + " reads it from standard input");
+    std::string warning = "the secret \"" + member + "\" ";
+    warning.append("stood among the arguments, which every user may see; ").append(kSecret);
+    warning.append(" ").append(member).append(" reads it from standard input");
+    Say(warning);
   }
 }
 

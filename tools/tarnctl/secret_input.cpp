@@ -25,6 +25,7 @@ std::vector<std::string> Lines(std::string text) {
 
 std::vector<std::string> ReadFromTerminal(const std::vector<std::string>& members) {
   std::vector<std::string> values;
+  values.reserve(members.size());
   for (const std::string& member : members) {
     values.push_back(ReadHiddenLine(STDIN_FILENO, member));
   }
