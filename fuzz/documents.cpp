@@ -2,10 +2,13 @@
 // An input is a byte for the mode, and the document.
 #include "tarnconfigstore/documents.h"
 
+#include "tarnconfigstore/drift.h"
+
 #include "fuzz_target.h"
 #include "json/pointer.h"
 #include "test_host.h"
 
+#include <cstddef>
 #include <string>
 
 namespace Fuzz {
@@ -31,6 +34,7 @@ std::string Export(bool allParts) {
 void CheckRoundTrip() {
   const std::string all = Export(true);
   const std::string users = Export(false);
+  Require(ComputeDrift(users, {}).empty(), "a store does not differ from its export", users);
   TestHost::Get().Clear();
   const DocumentReport report = ImportConfig(all, {.mode = ImportMode::REPLACE_ALL});
   Require(report.Fits(), "an export is taken back", all + "\n" + Told(report));
@@ -45,10 +49,12 @@ void Run(std::string_view input) {
   const ImportMode mode = static_cast<ImportMode>(TakeByte(input) % 3);
   try {
     const DocumentReport check = ImportConfig(input, {.mode = mode, .check = true});
+    const std::size_t differences = ComputeDrift(input, {}).size();
     const DocumentReport report = ImportConfig(input, {.mode = mode});
     Require(Told(check) == Told(report), "a check tells what comes of it",
             Told(check) + "\n" + Told(report));
     if (report.Fits() && report.Changes()) {
+      Require(differences > 0, "what an import changes is a difference", Told(report));
       CheckRoundTrip();
     }
     if (report.Changes()) {

@@ -43,7 +43,7 @@ done
 "$tarnctl" set $nics/b mtu=1500 'addresses=[{"id":"p","family":"ipv4","address":"10.0.0.20","prefixLength":24}]'
 "$tarnctl" set $nics/a mtu=9000 macAddress=02:00:00:00:00:01 && "$tarnctl" set $nics/a --auto mtu=1400
 "$tarnctl" set $resolver 'servers=["10.0.0.1"]' lease.server=10.0.0.7
-"$tarnctl" set $guarded password=hush size=5
+"$tarnctl" set $guarded size=5 --secret password <<<hush
 "$tarnctl" set test/tool/values 'text=012' 'anything={"no":["NO",1.5,null,{}]}'
 "$tarnctl" set $options maximumCpus=64 && "$tarnctl" next-boot set $options maximumCpus=32
 "$tarnctl" kernel-options set maximumCpus=16
@@ -235,8 +235,8 @@ expect 5 "~ /mtu: 9000 -> 1500 (user)" "" diff $nics/b --with defaults
 expect 5 "=$nics/b (extra) - /mtu: 9000 (user) - /enabled: true (user)" "" diff $nics/b --with shipped
 (failures=0 && cd "$work" && cp doc.json staged && expect 5 "$nics/c (missing)" "" diff $nics --with ./staged && exit "$failures") || fail "a file named as a state"
 TARN_HOST_ROOT=$work/other new_host
-"$tarnctl" --root "$work/other" set $guarded password=other
-"$tarnctl" set $guarded password=own
+"$tarnctl" --root "$work/other" set $guarded --secret password <<<other
+"$tarnctl" set $guarded --secret password <<<own
 expect 5 "=$guarded ~ /password: \"***\" -> \"***\" (user)" "" diff test/tool/guarded --with "root:$work/other"
 expect 5 "~ /password: \"own\" -> \"other\" (user)" "" diff test --reveal --with "root:$work/other"
 expect 5 "$nics/b (extra)" "" diff --with "root:$work/other"
