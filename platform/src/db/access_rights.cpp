@@ -63,4 +63,9 @@ std::string MissingWriteRight(const std::string& path) {
   return "it was opened for reading only: open the store anew";
 }
 
+bool RightsRefuseWriting(const std::string& path) noexcept {
+  return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0 &&
+         (errno == EACCES || errno == EPERM);
+}
+
 }  // namespace DBStore::internal

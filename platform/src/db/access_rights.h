@@ -13,4 +13,7 @@ std::string MissingReadRight(const std::string& path);
 /// for reading only.
 std::string MissingWriteRight(const std::string& path);
 
+/// Whether it is the user's rights that keep this process from writing a file, now.
+bool RightsRefuseWriting(const std::string& path) noexcept;
+
 }  // namespace DBStore::internal

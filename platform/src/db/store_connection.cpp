@@ -15,11 +15,21 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <utility>
 
 namespace DBStore {
+namespace {
+
+// Also of a file system that became one for reading while the file was open.
+bool IsReadOnlyError(sqlite3* database, int code) noexcept {
+  return (code & 0xff) == SQLITE_READONLY ||
+         ((code & 0xff) == SQLITE_IOERR && sqlite3_system_errno(database) == EROFS);
+}
+
+}  // namespace
 
 StoreConnection::StoreConnection(internal::DatabaseFile file, bool writable,
                                  unsigned rootGeneration) noexcept
@@ -68,6 +78,7 @@ StoreConnection::Action::Words StoreConnection::Action::Text() const noexcept {
 }
 
 int StoreConnection::Report(int code, const Action& action) noexcept {
+  metReadOnly_ = metReadOnly_ || IsReadOnlyError(file_.handle.get(), code);
   internal::ReportSqliteFailure(file_.handle.get(), code, fixedPath_, file_.path,
                                 action.Text().text);
   return code & 0xff;
@@ -230,13 +241,21 @@ bool StoreConnection::MakeReusable() noexcept {
   if (attached_ && !broken_) {
     Detach();
   }
-  return !broken_ && sqlite3_get_autocommit(file_.handle.get()) != 0 && !attached_;
+  return !broken_ && sqlite3_get_autocommit(file_.handle.get()) != 0 && !attached_ &&
+         !metReadOnly_ && MayWriteOrHasNoRight();
+}
+
+// What came out read-only, although it asked for writing and the user's rights allow it, met
+// something that passes: a file system mounted for reading, an open that failed once.
+bool StoreConnection::MayWriteOrHasNoRight() const noexcept {
+  return !writable_ || !file_.readOnly || internal::RightsRefuseWriting(file_.path);
 }
 
 bool StoreConnection::IsCurrent() const noexcept {
   internal::FileIdentity present;
   return rootGeneration_ == HostPaths::RootGeneration() &&
-         internal::IdentifyFile(file_.path, present) && present == file_.identity;
+         internal::IdentifyFile(file_.path, present) && present == file_.identity &&
+         MayWriteOrHasNoRight();
 }
 
 void StoreConnection::Close() noexcept {

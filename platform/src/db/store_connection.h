@@ -62,7 +62,8 @@ class StoreConnection {
   bool MakeReusable() noexcept;
   bool AsksForWriting() const noexcept { return writable_; }
   bool IsOpen() const noexcept { return file_.handle != nullptr; }
-  /// Whether the file it opened is the one that the next user would open.
+  /// Whether the file it opened is the one that the next user would open, for writing where the next
+  /// user may write it.
   bool IsCurrent() const noexcept;
   const internal::FileIdentity& Identity() const noexcept { return file_.identity; }
   void Close() noexcept;
@@ -96,6 +97,7 @@ class StoreConnection {
 
   // What follows expects the lock to be held.
   bool IsTransactionGone() const noexcept;
+  bool MayWriteOrHasNoRight() const noexcept;
   int RefuseGone(const Action& action) noexcept;
   int RefuseWaitingForItself(const Action& action);
   int RefuseReadOnly(const Action& action);
@@ -132,7 +134,8 @@ class StoreConnection {
   int depth_ = 0;      // levels that were begun and neither committed nor cancelled
   bool lost_ = false;  // an inner level could not be undone: the open levels must not be committed
   bool broken_ = false;  // a transaction could not be undone at all: nobody may use it any more
-  int executing_ = 0;    // statements being stepped through, their callbacks included
+  bool metReadOnly_ = false;  // a write was refused that should not have been: never lent again
+  int executing_ = 0;         // statements being stepped through, their callbacks included
   int attachments_ = 0;
   bool attached_ = false;  // outlives the attachments while a transaction is open
 
