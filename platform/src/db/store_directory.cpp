@@ -3,6 +3,7 @@
 #include "platform/db_store.h"
 #include "platform/host_paths.h"
 
+#include "db/lock_holder.h"
 #include "db/raising.h"
 
 #include <climits>
@@ -86,8 +87,15 @@ StoreDirectory::StoreDirectory(bool (*isNeedless)() noexcept)
     if (errno == EINTR) {
       continue;
     }
-    if (errno != EWOULDBLOCK || std::chrono::steady_clock::now() >= end) {
-      RaiseSystemError(name, "another process is making or restoring the databases", errno);
+    if (errno != EWOULDBLOCK) {
+      RaiseSystemError(name, "cannot lock the directory", errno);
+    }
+    if (std::chrono::steady_clock::now() >= end) {
+      // Whoever may open the directory may lock it.
+      Raise(ErrorKind::BUSY, 0,
+            std::string(name) + ": " + LockHolder(directory_.Number()) +
+                " has kept the directory locked for " + std::to_string(kWaitLimit / 1000) +
+                " s; try again, and end it if it is not making or restoring the databases");
     }
     if (isNeedless != nullptr && isNeedless()) {
       return;
