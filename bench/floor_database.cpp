@@ -9,8 +9,6 @@
 namespace Benchmarks {
 namespace {
 
-constexpr std::int64_t kLayoutVersion = 1;
-
 [[noreturn]] void Fail(sqlite3* database) {
   throw std::runtime_error(std::string("floor: ") +
                            (database == nullptr ? "out of memory" : sqlite3_errmsg(database)));
@@ -24,7 +22,8 @@ void Check(int code, sqlite3* database) {
 
 }  // namespace
 
-FloorDatabase::FloorDatabase(const std::string& path, Access access, std::int64_t applicationId) {
+FloorDatabase::FloorDatabase(const std::string& path, Access access, std::int64_t applicationId,
+                             std::int64_t layout) {
   const int mode = access == Access::WRITE ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY;
   sqlite3* database = nullptr;
   const int code = sqlite3_open_v2(
@@ -39,7 +38,7 @@ FloorDatabase::FloorDatabase(const std::string& path, Access access, std::int64_
   Check(sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr), database);
   Run("PRAGMA synchronous=FULL; PRAGMA journal_size_limit=4194304;");
   if (ReadNumber("PRAGMA application_id") != applicationId ||
-      ReadNumber("PRAGMA user_version") != kLayoutVersion) {
+      ReadNumber("PRAGMA user_version") != layout) {
     throw std::runtime_error("floor: another layout than expected: " + path);
   }
 }

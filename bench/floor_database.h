@@ -19,7 +19,8 @@ class FloorDatabase {
   enum class Access { READ, WRITE };
 
   /// Opens an existing database; its mark and layout version are checked, as the library does.
-  FloorDatabase(const std::string& path, Access access, std::int64_t applicationId);
+  FloorDatabase(const std::string& path, Access access, std::int64_t applicationId,
+                std::int64_t layout);
 
   void Run(const char* sql);
 

@@ -17,7 +17,9 @@ namespace Benchmarks {
 namespace {
 
 constexpr std::int64_t kStoreMark = 0x54435331;
+constexpr std::int64_t kStoreLayout = 2;
 constexpr std::int64_t kSchemaStoreMark = 0x54535331;
+constexpr std::int64_t kSchemaStoreLayout = 1;
 
 constexpr const char* kReadType =
     "SELECT Document FROM Types WHERE Component = ? AND ConfigGroup = ? AND Name = ?";
@@ -106,7 +108,7 @@ const FloorStore::Columns FloorStore::kInstanceColumns = {2, 0, 3, 7, 6, 4, 5, 1
 
 FloorType::FloorType(const std::string& root, const TarnConfigStore::ConfigStoreObjectId& id) {
   const FloorDatabase database(root + HostPaths::kSchemaStore, FloorDatabase::Access::READ,
-                               kSchemaStoreMark);
+                               kSchemaStoreMark, kSchemaStoreLayout);
   FloorStatement statement(database, kReadType);
   statement.Bind(1, id.component);
   statement.Bind(2, id.group);
@@ -125,7 +127,7 @@ FloorType::FloorType(const std::string& root, const TarnConfigStore::ConfigStore
 
 FloorStore::FloorStore(const std::string& root)
     : upgradeContextPath_(root + HostPaths::kUpgradeContext),
-      database_(root + HostPaths::kStore, FloorDatabase::Access::WRITE, kStoreMark),
+      database_(root + HostPaths::kStore, FloorDatabase::Access::WRITE, kStoreMark, kStoreLayout),
       getOne_(database_, TarnConfigStore::READ_TABLE_CONFIG.Text()),
       getAll_(database_, TarnConfigStore::GET_INSTANCES.Text()),
       getKeyValue_(database_, kReadKeyValue),

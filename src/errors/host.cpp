@@ -21,7 +21,7 @@ HostInitialization InitializeHost() {
     ThrowFailure(result.failure);
   }
   return {HostPaths::Resolve(HostPaths::kStore), HostPaths::Resolve(HostPaths::kSchemaStore),
-          std::move(result.created), std::move(result.unchanged)};
+          std::move(result.created), std::move(result.unchanged), std::move(result.upgraded)};
 }
 
 }  // namespace TarnConfigStore

@@ -7,16 +7,29 @@ namespace TarnConfigStore {
 
 // Staging for the next boot:
 
+// A record that is there is replaced where it lies, as rows of Config are (statements.h).
+#define TARN_RESTAGE                                                                           \
+  " ON CONFLICT (Component, ConfigGroup, Name, Identifier) DO UPDATE SET Version = "           \
+  "excluded.Version, Value = excluded.Value, VitalValue = excluded.VitalValue, CachedValue = " \
+  "excluded.CachedValue, BootAction = excluded.BootAction"
+
 /// Gives an instance content. ?1 identifier, ?2 name, ?3 group, ?4 component, ?5 version, ?6 user,
 /// ?7 vital, ?8 cached value, ?9 action.
 inline constexpr std::string_view STAGE_SET =
-    "INSERT OR REPLACE INTO DesiredUserConfig (Identifier, Name, ConfigGroup, Component, Version, "
-    "Value, VitalValue, CachedValue, BootAction) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)";
+    "INSERT INTO DesiredUserConfig (Identifier, Name, ConfigGroup, Component, Version, Value, "
+    "VitalValue, CachedValue, BootAction) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)" TARN_RESTAGE;
 
 /// Deletes. ?1 to ?5 as above, ?6 action.
 inline constexpr std::string_view STAGE_DELETE =
-    "INSERT OR REPLACE INTO DesiredUserConfig (Identifier, Name, ConfigGroup, Component, Version, "
-    "BootAction) VALUES (?1, ?2, ?3, ?4, ?5, ?6)";
+    "INSERT INTO DesiredUserConfig (Identifier, Name, ConfigGroup, Component, Version, BootAction) "
+    "VALUES (?1, ?2, ?3, ?4, ?5, ?6)" TARN_RESTAGE;
+
+#undef TARN_RESTAGE
+
+/// The instances of a type of which something is staged. Parameters: name, group, component.
+inline constexpr TypeStatement READ_STAGED_IDS(
+    "SELECT Identifier FROM DesiredUserConfig WHERE Name = ? AND ConfigGroup = ? AND Component = "
+    "?");
 
 /// Takes back what is staged for a type. Parameters: name, group, component.
 inline constexpr TypeStatement UNSTAGE_TYPE(

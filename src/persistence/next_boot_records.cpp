@@ -10,7 +10,9 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
+#include <vector>
 
 namespace TarnConfigStore {
 namespace {
@@ -86,6 +88,27 @@ void TakeBack(const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& co
   Run(UNSTAGE_TYPE.PrepareAndBind(connection, id.key, id.group, id.component), id, connection);
 }
 
+// What is staged of a type but not of these objects. A record that stays is replaced where it is: the
+// platform remembers what there was when it was first staged.
+void TakeBackOthers(const std::vector<ObjectHandle>& objects,
+                    const DBStore::ConnectionHandle& connection) {
+  const ConfigStoreObjectId& type = objects.front()->GetConfigStoreObjectId();
+  std::unordered_set<std::string_view> staying;
+  for (const ObjectHandle& object : objects) {
+    staying.insert(object->GetConfigStoreObjectId().instanceId);
+  }
+  std::vector<ConfigStoreObjectId> going;
+  ForEachRow(connection, READ_STAGED_IDS.Text(), type, [&](const RowMap& row) {
+    const std::string_view instance = row.Text("Identifier");
+    if (!staying.contains(instance)) {
+      going.emplace_back(type.key, type.group, type.component, std::string(instance));
+    }
+  });
+  for (const ConfigStoreObjectId& id : going) {
+    RemoveStagedChange(id, connection);
+  }
+}
+
 }  // namespace
 
 void SetRebootRequiredConfigInternal(const ObjectHandle& object, const SchemaHandle& schema,
@@ -99,7 +122,7 @@ void SetRebootRequiredConfigInstancesInternal(const std::vector<ObjectHandle>& o
                                               const SchemaHandle& schema,
                                               const DBStore::ConnectionHandle& connection) {
   RequireNoRemediation(connection);
-  TakeBack(objects.front()->GetConfigStoreObjectId(), connection);
+  TakeBackOthers(objects, connection);
   StageContent(objects, *schema, connection);
   AnnounceStagedChanges(connection);
 }

@@ -96,84 +96,76 @@ inline constexpr TypeStatement GET_DEFAULT_USER_INSTANCES(
 
 // Writing configuration:
 
-// A write replaces the row of a key, ?1 identifier, ?2 name, ?3 group and ?4 component, so each one
-// names what it carries over from the row that goes: by these.
-#define TARN_FROM_REPLACED_ROW(column) \
-  "(SELECT " column                    \
-  " FROM Config WHERE Identifier = ?1 AND Name = ?2 AND ConfigGroup = ?3 AND Component = ?4)"
-#define TARN_KEPT(column) "COALESCE(" TARN_FROM_REPLACED_ROW(column) ", NULL)"
-#define TARN_KEPT_SUCCESS "COALESCE(" TARN_FROM_REPLACED_ROW("Success") ", 1)"
-#define TARN_KEPT_CREATION_TIME \
-  "COALESCE(" TARN_FROM_REPLACED_ROW("CreationTime") ", (DATETIME(CURRENT_TIMESTAMP)))"
-#define TARN_NEXT_REVISION "COALESCE(" TARN_FROM_REPLACED_ROW("Revision") ", (0)) + 1"
+// A write makes the row of a key, ?1 identifier, ?2 name, ?3 group and ?4 component, or replaces
+// what is in it, and never moves it. INSERT OR REPLACE takes a row out and puts it in again behind
+// all others, so that reading the rows in the order of their keys jumps from page to page in the
+// end. As there, columns that a write neither sets nor carries over take their defaults, which are
+// those of `excluded`: the time of modification always does.
+#define TARN_NEW_ROW(columns) \
+  "INSERT INTO Config (Identifier, Name, ConfigGroup, Component, Version, " columns
+#define TARN_FIRST_WRITE "(DATETIME(CURRENT_TIMESTAMP)), 1"
+#define TARN_ROW_THERE                                                                \
+  ") ON CONFLICT (Component, ConfigGroup, Name, Identifier) DO UPDATE SET Version = " \
+  "excluded.Version"
+#define TARN_TAKE(column) ", " column " = excluded." column
+#define TARN_NEXT_WRITE                                              \
+  TARN_TAKE("ModifiedTime")                                          \
+  ", CreationTime = COALESCE(CreationTime, excluded.CreationTime), " \
+  "Revision = COALESCE(Revision, 0) + 1"
 
 /// Replaces all values of a row. ?1 to ?4 the key, ?5 version, ?6 success, ?7 automatic, ?8 user,
 /// ?9 vital, ?10 cached value; ?11 creation time and ?12 revision base of a new row.
-inline constexpr std::string_view WRITE_COMPLETE =
-    "INSERT OR REPLACE INTO Config (Identifier, Name, ConfigGroup, Component, Version, Success, "
-    "AutoConfValue, UserValue, VitalValue, CachedValue, CreationTime, Revision) VALUES (?1, ?2, "
-    "?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, COALESCE(" TARN_FROM_REPLACED_ROW("CreationTime")
-    ", COALESCE(?11, (DATETIME(CURRENT_TIMESTAMP)))), COALESCE(" TARN_FROM_REPLACED_ROW("Revision")
-    ", (?12)) + 1)";
+inline constexpr std::string_view WRITE_COMPLETE = TARN_NEW_ROW(
+    "Success, AutoConfValue, UserValue, VitalValue, CachedValue, CreationTime, "
+    "Revision) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, COALESCE(?11, "
+    "(DATETIME(CURRENT_TIMESTAMP))), (?12) + 1") TARN_ROW_THERE TARN_TAKE("Success")
+    TARN_TAKE("AutoConfValue") TARN_TAKE("UserValue") TARN_TAKE("VitalValue")
+        TARN_TAKE("CachedValue") TARN_TAKE("DesiredValue") TARN_NEXT_WRITE;
 
 /// The user value. ?5 version, ?6 success, ?7 value. A pending value goes.
-inline constexpr std::string_view WRITE_USER =
-    "INSERT OR REPLACE INTO Config (Identifier, Name, ConfigGroup, Component, Version, Success, "
-    "UserValue, CreationTime, Revision, AutoConfValue, VitalValue, CachedValue) VALUES (?1, ?2, "
-    "?3, ?4, ?5, ?6, ?7, " TARN_KEPT_CREATION_TIME ", " TARN_NEXT_REVISION
-    ", " TARN_KEPT("AutoConfValue") ", " TARN_KEPT("VitalValue") ", " TARN_KEPT("CachedValue") ")";
+inline constexpr std::string_view WRITE_USER = TARN_NEW_ROW(
+    "Success, UserValue, CreationTime, Revision) VALUES (?1, ?2, ?3, ?4, ?5, ?6, "
+    "?7, " TARN_FIRST_WRITE) TARN_ROW_THERE TARN_TAKE("Success") TARN_TAKE("UserValue")
+    TARN_TAKE("DesiredValue") TARN_NEXT_WRITE;
 
 /// One of the other values; everything else of the row is carried over. ?5 version, ?6 value.
-inline constexpr std::string_view WRITE_CACHED =
-    "INSERT OR REPLACE INTO Config (Identifier, Name, ConfigGroup, Component, Version, "
-    "CachedValue, CreationTime, Revision, Success, DesiredValue, AutoConfValue, UserValue, "
-    "VitalValue) VALUES (?1, ?2, ?3, ?4, ?5, ?6, " TARN_KEPT_CREATION_TIME ", " TARN_NEXT_REVISION
-    ", " TARN_KEPT_SUCCESS ", " TARN_KEPT("DesiredValue") ", " TARN_KEPT(
-        "AutoConfValue") ", " TARN_KEPT("UserValue") ", " TARN_KEPT("VitalValue") ")";
-inline constexpr std::string_view WRITE_VITAL =
-    "INSERT OR REPLACE INTO Config (Identifier, Name, ConfigGroup, Component, Version, VitalValue, "
-    "CreationTime, Revision, Success, DesiredValue, AutoConfValue, UserValue, CachedValue) VALUES "
-    "(?1, ?2, ?3, ?4, ?5, ?6, " TARN_KEPT_CREATION_TIME ", " TARN_NEXT_REVISION
-    ", " TARN_KEPT_SUCCESS ", " TARN_KEPT("DesiredValue") ", " TARN_KEPT(
-        "AutoConfValue") ", " TARN_KEPT("UserValue") ", " TARN_KEPT("CachedValue") ")";
-inline constexpr std::string_view WRITE_AUTOMATIC =
-    "INSERT OR REPLACE INTO Config (Identifier, Name, ConfigGroup, Component, Version, "
-    "AutoConfValue, CreationTime, Revision, Success, DesiredValue, UserValue, VitalValue, "
-    "CachedValue) VALUES (?1, ?2, ?3, ?4, ?5, ?6, " TARN_KEPT_CREATION_TIME
-    ", " TARN_NEXT_REVISION ", " TARN_KEPT_SUCCESS ", " TARN_KEPT("DesiredValue")
-    ", " TARN_KEPT("UserValue") ", " TARN_KEPT("VitalValue") ", COALESCE((SELECT CachedValue FROM "
-    "Config WHERE Identifier = ?1 AND Name = ?2 AND Configgroup = ?3 AND Component = ?4), NULL))";
+#define TARN_WRITE_VALUE(column)                                                                 \
+  TARN_NEW_ROW(                                                                                  \
+      column                                                                                     \
+      ", Success, CreationTime, Revision) VALUES (?1, ?2, ?3, ?4, ?5, ?6, 1, " TARN_FIRST_WRITE) \
+  TARN_ROW_THERE TARN_TAKE(column)                                                               \
+  TARN_NEXT_WRITE
+inline constexpr std::string_view WRITE_CACHED = TARN_WRITE_VALUE("CachedValue");
+inline constexpr std::string_view WRITE_VITAL = TARN_WRITE_VALUE("VitalValue");
+inline constexpr std::string_view WRITE_AUTOMATIC = TARN_WRITE_VALUE("AutoConfValue");
+#undef TARN_WRITE_VALUE
 
 /// The layers that an update in one context may change; a pending value goes. ?5 version, ?6 user
 /// value (automatic, in the last), ?7 vital, ?8 cached value. The first also confirms the row.
+#define TARN_WRITE_LAYERS(column)                                                        \
+  TARN_NEW_ROW(column                                                                    \
+               ", VitalValue, CachedValue, CreationTime, Revision) VALUES (?1, ?2, ?3, " \
+               "?4, ?5, ?6, ?7, ?8, " TARN_FIRST_WRITE)                                  \
+  TARN_ROW_THERE TARN_TAKE(column) TARN_TAKE("VitalValue") TARN_TAKE("CachedValue")      \
+      TARN_TAKE("DesiredValue") TARN_NEXT_WRITE
 inline constexpr std::string_view WRITE_CONTEXT_UPGRADE =
-    "INSERT OR REPLACE INTO Config (Name, ConfigGroup, Component, Identifier, Version, UserValue, "
-    "VitalValue, CachedValue, DesiredValue, CreationTime, Revision, AutoConfValue) VALUES (?2, ?3, "
-    "?4, ?1, ?5, ?6, ?7, ?8, NULL, " TARN_KEPT_CREATION_TIME ", " TARN_NEXT_REVISION
-    ", " TARN_KEPT("AutoConfValue") ")";
-inline constexpr std::string_view WRITE_CONTEXT_USER =
-    "INSERT OR REPLACE INTO Config (Name, ConfigGroup, Component, Identifier, Version, UserValue, "
-    "VitalValue, CachedValue, CreationTime, Revision, Success, AutoConfValue) VALUES (?2, ?3, ?4, "
-    "?1, ?5, ?6, ?7, ?8, " TARN_KEPT_CREATION_TIME ", " TARN_NEXT_REVISION ", " TARN_KEPT_SUCCESS
-    ", " TARN_KEPT("AutoConfValue") ")";
-inline constexpr std::string_view WRITE_CONTEXT_AUTOMATIC =
-    "INSERT OR REPLACE INTO Config (Name, ConfigGroup, Component, Identifier, Version, "
-    "AutoConfValue, VitalValue, CachedValue, CreationTime, Revision, Success, UserValue) VALUES "
-    "(?2, ?3, ?4, ?1, ?5, ?6, ?7, ?8, " TARN_KEPT_CREATION_TIME ", " TARN_NEXT_REVISION
-    ", " TARN_KEPT_SUCCESS ", " TARN_KEPT("UserValue") ")";
+    TARN_WRITE_LAYERS("UserValue") TARN_TAKE("Success");
+inline constexpr std::string_view WRITE_CONTEXT_USER = TARN_WRITE_LAYERS("UserValue");
+inline constexpr std::string_view WRITE_CONTEXT_AUTOMATIC = TARN_WRITE_LAYERS("AutoConfValue");
+#undef TARN_WRITE_LAYERS
 
 /// The kernel's options: they wait in the row until a boot is confirmed; automatic and cached value
 /// go. ?5 version, ?6 pending, ?7 vital value.
-inline constexpr std::string_view WRITE_KERNEL_OPTIONS =
-    "INSERT OR REPLACE INTO Config (Identifier, Name, ConfigGroup, Component, Version, "
-    "CreationTime, Revision, UserValue, DesiredValue, VitalValue) VALUES (?1, ?2, ?3, ?4, "
-    "?5, " TARN_KEPT_CREATION_TIME ", " TARN_NEXT_REVISION ", " TARN_KEPT("UserValue") ", ?6, ?7)";
+inline constexpr std::string_view WRITE_KERNEL_OPTIONS = TARN_NEW_ROW(
+    "DesiredValue, VitalValue, CreationTime, Revision) VALUES (?1, ?2, ?3, ?4, ?5, "
+    "?6, ?7, " TARN_FIRST_WRITE) TARN_ROW_THERE TARN_TAKE("DesiredValue") TARN_TAKE("VitalValue")
+    TARN_TAKE("AutoConfValue") TARN_TAKE("CachedValue") TARN_TAKE("Success") TARN_NEXT_WRITE;
 
-#undef TARN_NEXT_REVISION
-#undef TARN_KEPT_CREATION_TIME
-#undef TARN_KEPT_SUCCESS
-#undef TARN_KEPT
-#undef TARN_FROM_REPLACED_ROW
+#undef TARN_NEXT_WRITE
+#undef TARN_TAKE
+#undef TARN_ROW_THERE
+#undef TARN_FIRST_WRITE
+#undef TARN_NEW_ROW
 
 /// The same layers of a row that is there, without counting it as a write. Parameters: user value
 /// (automatic, in the last), vital, cached value, name, group, component, identifier.

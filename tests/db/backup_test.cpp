@@ -38,7 +38,7 @@ TEST_F(Backups, TellWhatTheyHoldAndAreForTheirOwnerAlone) {
   EXPECT_EQ(written.bytes, fs::file_size(backup_));
   EXPECT_EQ(written.content.objects, 40U);
   EXPECT_EQ(written.content.types, 1U);
-  EXPECT_EQ(written.content.storeLayout, 1);
+  EXPECT_EQ(written.content.storeLayout, 2);
   EXPECT_EQ(static_cast<unsigned>(fs::status(backup_).permissions()), 0600U);
 
   const TemporaryHost other(TemporaryHost::Content::NOTHING);

@@ -102,7 +102,7 @@ TEST_F(Opening, TellsATruncatedStoreAtEveryLength) {
 }
 
 TEST_F(Opening, TellsANewerLayoutFromAnUnfinishedOne) {
-  Database(host_).Run("PRAGMA user_version=2");
+  Database(host_).Run("PRAGMA user_version=3");
   ExpectRefused(ErrorKind::NEWER, "upgrade the library");
   Database(host_).Run("PRAGMA user_version=0");
   ExpectRefused(ErrorKind::CORRUPT, "layout version 0");

@@ -12,11 +12,16 @@
 #include "persistence/statements.h"
 #include "support/store_fixture.h"
 
+#include <gmock/gmock.h>
+
+#include <algorithm>
 #include <functional>
+#include <regex>
 
 namespace TarnConfigStore {
 namespace {
 
+using TestSupport::OnLayout1;
 using TestSupport::Raised;
 
 class Rows : public TestSupport::StoreFixture {
@@ -208,56 +213,86 @@ std::string_view TextOf(const DBStore::SqlStatement<Parameters...>& statement) {
   return statement.Text();
 }
 
-TEST_F(Rows, AreFoundByTheKeysIndexUnlessAllAreAskedFor) {
+// The key is a table's own tree in layout 1, and an index beside it since.
+TEST_F(Rows, AreFoundByTheKeyUnlessAllAreAskedFor) {
   const auto plan = [this](std::string sql) {
     for (std::size_t at; (at = sql.find("%1$s")) != std::string::npos;) {
       sql.replace(at, 4, "UserValue");
     }
-    return database_.Lines("EXPLAIN QUERY PLAN " + sql);
+    static const std::regex key("PRIMARY KEY|(COVERING )?INDEX sqlite_autoindex_[A-Za-z]+_1");
+    return std::regex_replace(database_.Lines("EXPLAIN QUERY PLAN " + sql), key, "KEY");
   };
   const auto expect = [&plan](const std::string& step, const auto&... statements) {
     for (const std::string_view statement : {TextOf(statements)...}) {
       const std::string steps = plan(std::string(statement));
-      EXPECT_NE(steps.find(step), std::string::npos) << statement << "\n" << steps;
+      EXPECT_NE((steps + "\n").find(step), std::string::npos) << statement << "\n" << steps;
       EXPECT_EQ(steps.find("TEMP B-TREE"), std::string::npos) << statement << "\n" << steps;
+      EXPECT_EQ(std::count(steps.begin(), steps.end(), '\n'), 0) << statement << "\n" << steps;
     }
   };
-  const std::string component = " USING PRIMARY KEY (Component=?";
-  const std::string group = component + " AND ConfigGroup=?";
+  const auto expectByPrefix = [&expect](const std::string& table, const std::string& all,
+                                        const auto& statements) {
+    std::string step = "SEARCH " + table + " USING KEY (Component=?";
+    expect("SCAN " + table + all, statements[0]);
+    expect(step + ")", statements[1]);
+    expect((step += " AND ConfigGroup=?") + ")", statements[2]);
+    expect((step += " AND Name=?") + ")", statements[3]);
+    expect(step + " AND Identifier=?)", statements[4]);
+  };
+  const std::string group = " USING KEY (Component=? AND ConfigGroup=?";
   const std::string type = group + " AND Name=?";
   const std::string instance = type + " AND Identifier=?)";
   expect("SEARCH Config" + instance, READ_TABLE_CONFIG, READ_TABLE_USER_AUTO_CONFIG, READ_REVISION,
-         WRITE_COMPLETE, WRITE_USER, WRITE_CACHED, WRITE_VITAL, WRITE_AUTOMATIC,
-         WRITE_CONTEXT_UPGRADE, WRITE_CONTEXT_USER, WRITE_CONTEXT_AUTOMATIC, UPDATE_CONTEXT_UPGRADE,
-         UPDATE_CONTEXT_USER, UPDATE_CONTEXT_AUTOMATIC, DELETE_ROW, LIST_STORED[4],
-         WRITE_KERNEL_OPTIONS, READ_DESIRED_ALL_PARTS, READ_DESIRED_USER, CONFIRM_INSTANCE,
-         DROP_PENDING_OF_INSTANCE, CONFIRM_PART, REDIVIDE_ROW);
+         UPDATE_CONTEXT_UPGRADE, UPDATE_CONTEXT_USER, UPDATE_CONTEXT_AUTOMATIC, DELETE_ROW,
+         READ_DESIRED_ALL_PARTS, READ_DESIRED_USER, CONFIRM_INSTANCE, DROP_PENDING_OF_INSTANCE,
+         CONFIRM_PART, REDIVIDE_ROW);
   expect("SEARCH Config" + type + ")", GET_INSTANCES, READ_INSTANCE_IDS, READ_INSTANCE_REVISIONS,
          READ_EXISTING_INSTANCES, DELETE_INSTANCES, DELETE_VITAL_VALUES, DELETE_CACHED_VALUES,
-         DELETE_USER_VALUES, DELETE_AUTOMATIC_VALUES, COUNT_STORED_INSTANCES, LIST_STORED[3],
+         DELETE_USER_VALUES, DELETE_AUTOMATIC_VALUES, COUNT_STORED_INSTANCES,
          READ_DESIRED_INSTANCES_ALL_PARTS, READ_DESIRED_INSTANCES_USER, CONFIRM_TYPE,
          DROP_PENDING_OF_TYPE, READ_KERNEL_OPTIONS);
-  expect("SEARCH Config" + group + ")", READ_GROUP, LIST_STORED[2]);
-  expect("SEARCH Config" + component + ")", READ_COMPONENT, LIST_STORED[1]);
-  expect("SCAN Config", READ_CONTENTS, READ_CONFIRMED_CONTENTS, LIST_STORED[0]);
+  expect("SEARCH Config" + group + ")", READ_GROUP);
+  expect("SEARCH Config USING KEY (Component=?)", READ_COMPONENT);
+  expect("SCAN Config\n", READ_CONTENTS, READ_CONFIRMED_CONTENTS);
+  const std::string inOrder = OnLayout1() ? "\n" : " USING KEY\n";
+  for (const auto& statements : {LIST_STORED, READ_USER_VALUES, READ_AUTOMATIC_VALUES,
+                                 READ_VITAL_VALUES, READ_CACHED_VALUES, READ_PENDING_VALUES}) {
+    expectByPrefix("Config", inOrder, statements);
+  }
+  for (const auto& statements : {LIST_STAGED, READ_STAGED_RECORDS}) {
+    expectByPrefix("DesiredUserConfig", inOrder, statements);
+  }
   expect("SEARCH DefaultConfig" + instance, GET_DEFAULT_INSTANCE, GET_DEFAULT_USER_INSTANCE);
   expect("SEARCH DefaultConfig" + type + ")", GET_DEFAULT_INSTANCES, GET_DEFAULT_USER_INSTANCES,
          READ_DEFAULT_INSTANCES, DELETE_DEFAULT_INSTANCES);
-  expect("SEARCH DesiredUserConfig" + instance, UNSTAGE_INSTANCE, READ_STAGED_INSTANCE,
-         LIST_STAGED[4]);
+  expect("SEARCH DesiredUserConfig" + instance, UNSTAGE_INSTANCE, READ_STAGED_INSTANCE);
   expect("SEARCH DesiredUserConfig" + type + ")", UNSTAGE_TYPE, READ_STAGED_INSTANCES,
-         READ_STAGED_OF_TYPE, LIST_STAGED[3]);
-  expect("SEARCH DesiredUserConfig" + group + ")", LIST_STAGED[2]);
-  expect("SEARCH DesiredUserConfig" + component + ")", LIST_STAGED[1]);
-  expect("SCAN DesiredUserConfig", READ_STAGED, LIST_STAGED[0]);
+         READ_STAGED_OF_TYPE, READ_STAGED_IDS);
+  expect("SCAN DesiredUserConfig" + inOrder, READ_STAGED);
   // Its two halves are put together in a tree of a row or two.
   const std::string remediated = plan(std::string(READ_REMEDIATED_KERNEL_OPTIONS));
   for (const std::string table : {"duc1", "c1", "c2", "duc2"}) {
     EXPECT_NE(remediated.find("SEARCH " + table + type + ")"), std::string::npos) << remediated;
   }
-  for (const std::string_view write : {STAGE_SET, STAGE_DELETE, UNSTAGE_ALL}) {
-    EXPECT_EQ(plan(std::string(write)), "") << "reads nothing";
+  EXPECT_NE(plan(std::string(READ_SOMETHING)).find("SCAN Config"), std::string::npos);
+  ASSERT_EQ(DBStore::AttachSchemaStore(connection_), 0);
+  for (const std::string_view shared : {CONFIRM_SHARED, DROP_PENDING_OF_SHARED}) {
+    const auto statement = DBStore::internal::Prepare(
+        connection_, "EXPLAIN QUERY PLAN " + std::string(shared), DBStore::kWaitLimit);
+    std::string steps;
+    ForEachRow(connection_, statement, "",
+               [&steps](const RowMap& row) { steps.append(row.Text("detail")).append("\n"); });
+    EXPECT_THAT(steps, testing::ContainsRegex("SEARCH Config USING [^\n]*\\(Component=\\? AND "
+                                              "ConfigGroup=\\? AND Name=\\?\\)"));
   }
+  for (const std::string_view write :
+       {WRITE_COMPLETE, WRITE_USER, WRITE_CACHED, WRITE_VITAL, WRITE_AUTOMATIC,
+        WRITE_CONTEXT_UPGRADE, WRITE_CONTEXT_USER, WRITE_CONTEXT_AUTOMATIC, WRITE_KERNEL_OPTIONS,
+        STAGE_SET, STAGE_DELETE, WRITE_DEFAULT_INSTANCE}) {
+    EXPECT_EQ(plan(std::string(write)), "") << "looks for nothing but its own key";
+  }
+  // Of layout 1, where nothing is kept beside a record, all of it goes at once.
+  EXPECT_EQ(plan(std::string(UNSTAGE_ALL)).find("SCAN") == std::string::npos, OnLayout1());
 }
 
 }  // namespace

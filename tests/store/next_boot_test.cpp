@@ -67,7 +67,7 @@ TEST_F(NextBoot, FiltersChooseAmongStagedContentAndDeleteWhatIsCurrent) {
   nextBoot_->DeleteInstances(Filter(Many(""), R"({"mtu":1})"));
   EXPECT_EQ(staged(Many("")), s3) << "s1 is the one whose current value is 1";
   nextBoot_->DeleteInstances(Filter(Many("")));
-  EXPECT_EQ(database_.Lines("SELECT Identifier, BootAction FROM DesiredUserConfig"),
+  EXPECT_EQ(database_.Lines("SELECT Identifier, BootAction FROM DesiredUserConfig ORDER BY 1"),
             "s1 DELETE_INSTANCE\ns2 DELETE_INSTANCE\ns3 SET");
 }
 

@@ -52,14 +52,14 @@ class Database {
     return Lines(R"(SELECT Component || '/' || ConfigGroup || '/' || Name || '/' || Identifier,
         'u=' || ifnull(UserValue, '-'), 'd=' || ifnull(DesiredValue, '-'),
         'a=' || ifnull(AutoConfValue, '-'), 'v=' || ifnull(VitalValue, '-'),
-        'c=' || ifnull(CachedValue, '-'), 'ok=' || Success, 'rev=' || Revision FROM Config)");
+        'c=' || ifnull(CachedValue, '-'), 'ok=' || Success, 'rev=' || Revision FROM Config ORDER BY 1)");
   }
 
   /// Every staged change: "component/group/name/identifier SET u={..} v=- c=- 1.0".
   std::string Staged() {
     return Lines(R"(SELECT Component || '/' || ConfigGroup || '/' || Name || '/' || Identifier,
         BootAction, 'u=' || ifnull(Value, '-'), 'v=' || ifnull(VitalValue, '-'),
-        'c=' || ifnull(CachedValue, '-'), Version FROM DesiredUserConfig)");
+        'c=' || ifnull(CachedValue, '-'), Version FROM DesiredUserConfig ORDER BY 1)");
   }
 
   /// The result of a statement, a line for each row.

@@ -4,6 +4,8 @@
 #include "platform/host_paths.h"
 #include "platform/host_setup.h"
 
+#include "support/layout_1.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -11,6 +13,11 @@
 #include <string>
 
 namespace TestSupport {
+
+/// Whether the tests run once more, on stores that an older library made.
+inline bool OnLayout1() {
+  return std::getenv("TARN_TEST_LAYOUT_1") != nullptr;
+}
 
 /// A host root in a directory that is removed afterwards, with an empty store and schema store
 /// unless the test wants to begin without. The root is the process's: one at a time.
@@ -26,6 +33,9 @@ class TemporaryHost {
       if (!result.ok) {
         Leave();
         throw std::runtime_error(result.failure);
+      }
+      if (OnLayout1()) {
+        MakeLayout1(Path(HostPaths::kStore));
       }
     }
   }

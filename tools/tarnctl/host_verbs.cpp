@@ -15,9 +15,13 @@ void Initialize(const Given& /*given*/, const Output& output) {
   for (const std::string& path : made.unchanged) {
     Say(path + " exists and is left as it is");
   }
+  for (const std::string& path : made.upgraded) {
+    Say(path + " has the tables of this version now; older ones can't open it any more");
+  }
   JsonMaker make;
   output.PrintLenient(make.Object("store", made.storePath, "schemaStore", made.schemaStorePath,
-                                  "created", made.created, "unchanged", made.unchanged));
+                                  "created", made.created, "upgraded", made.upgraded, "unchanged",
+                                  made.unchanged));
 }
 
 // An entry that is absent reads as an empty text.

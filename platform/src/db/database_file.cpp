@@ -7,6 +7,7 @@
 #include "db/access_rights.h"
 #include "db/backup/pending_restore.h"
 #include "db/last_error.h"
+#include "db/layout_parts.h"
 #include "db/open_databases.h"
 #include "db/waiting.h"
 
@@ -174,7 +175,8 @@ Opening OpenAndRead(const Layout& layout, const std::string& path, bool writable
   return opening;
 }
 
-DatabaseHandle OpenOnce(const Layout& layout, const std::string& path, bool writable) {
+DatabaseHandle OpenOnce(const Layout& layout, const std::string& path, const FileIdentity& identity,
+                        bool writable) {
   Opening opening = OpenAndRead(layout, path, writable);
   if (!writable && ErrorKindOf(opening.code) == ErrorKind::PERMISSION) {
     // A writer was killed: only who may write can take back what it left.
@@ -186,7 +188,8 @@ DatabaseHandle OpenOnce(const Layout& layout, const std::string& path, bool writ
     ReportOpenFailure(handle.get(), opening.code, layout, path, opening.action);
     return nullptr;
   }
-  if (!IsReadable(layout, opening.found)) {
+  if (!IsReadable(layout, opening.found) ||
+      !HasItsParts(handle.get(), layout, opening.found.version, identity)) {
     return nullptr;
   }
   if (sqlite3_db_readonly(handle.get(), "main") == 0) {
@@ -254,7 +257,7 @@ int ReadLayout(sqlite3* database, const Layout& layout, LayoutFound& found) {
   found.version = static_cast<int>(std::strtol(version.c_str(), nullptr, 10));
   found.verdict = found.applicationId != layout.applicationId ? LayoutFound::SOMETHING_ELSE
                   : found.version > layout.version            ? LayoutFound::NEWER
-                  : found.version < layout.version            ? LayoutFound::UNKNOWN
+                  : found.version < layout.oldest             ? LayoutFound::UNKNOWN
                                                               : LayoutFound::READABLE;
   return SQLITE_OK;
 }
@@ -313,7 +316,7 @@ DatabaseFile OpenDatabaseAsItIs(const Layout& layout, bool writable) {
       ReportUnreachable(layout, file.path, errno);
       return file;
     }
-    DatabaseHandle handle = OpenOnce(layout, path, writable);
+    DatabaseHandle handle = OpenOnce(layout, path, file.identity, writable);
     if (!handle) {
       return file;
     }

@@ -6,6 +6,7 @@
 #include "db/backup/pending_restore.h"
 #include "db/database_file.h"
 #include "db/layout.h"
+#include "db/layout_upgrade.h"
 #include "db/open_databases.h"
 #include "db/raising.h"
 #include "db/store_directory.h"
@@ -54,11 +55,12 @@ void EnsureDatabase(const Layout& layout, const StoreDirectory& directory, Resul
   }
   // Opening it for writing also makes the files that readers without the right to write need beside
   // it.
-  if (!OpenDatabaseAsItIs(layout, true)) {
+  const DatabaseFile file = OpenDatabaseAsItIs(layout, true);
+  if (!file) {
     RaiseReported();
   }
   if (existed) {
-    result.unchanged.push_back(path);
+    (UpgradeLayout(layout, file) ? result.upgraded : result.unchanged).push_back(path);
   }
 }
 

@@ -2,17 +2,40 @@
 // tables.
 #pragma once
 
+#include <span>
+
 namespace DBStore::internal {
+
+/// Something that a layout makes.
+struct Part {
+  enum class Kind { TABLE, VIEW, TRIGGER };
+
+  Kind kind;
+  const char* name;
+  int since = 1;  ///< the layout that brought it
+};
+
+/// One step on the way from a layout to the next: what it does, for messages, and its SQL.
+struct UpgradeStep {
+  const char* what;
+  const char* sql;
+};
 
 struct Layout {
   const char* fixedPath;    ///< as in host_paths.h
   int applicationId;        ///< marks the file as ours
-  int version;              ///< user_version; files with a greater one are refused
+  int version;              ///< user_version of what is made; files with a greater one are refused
+  int oldest;               ///< the least version that is read and written
   const char* journalMode;  ///< as SQLite spells it
   const char* definition;   ///< SQL that makes everything in an empty database
+  std::span<const Part> parts;
+  std::span<const UpgradeStep>
+      upgrade;  ///< from `oldest` to `version`, in one transaction in which
+                ///< no trigger runs
 };
 
-/// Config, DefaultConfig, DesiredUserConfig and KeyValue.
+/// Config, DefaultConfig, DesiredUserConfig, StagedBase and KeyValue. Since layout 2 the values of a
+/// row cost nobody but those who read them; before, there was no StagedBase.
 const Layout& CurrentStoreLayout() noexcept;
 
 /// Types(Component, ConfigGroup, Name, Version, ValueType, Document), the view SmartnicSchema of

@@ -1,6 +1,7 @@
 // Looking into the databases of a backup.
 #include "db/backup/backup_file.h"
 #include "db/backup/statements.h"
+#include "db/layout_parts.h"
 #include "db/raising.h"
 
 #include <sqlite3.h>
@@ -48,6 +49,12 @@ std::uint64_t BackupFile::CheckPart(const BackupPart& part, const char* count) c
   if (found.verdict != LayoutFound::READABLE || found.version != part.version) {
     Refuse(what + " in it has layout version " + std::to_string(found.version) +
            ", which is not readable, or not the one that it should have");
+  }
+  PartsFound parts;
+  code = FindParts(database.get(), *part.layout, found.version, parts);
+  if (code != SQLITE_OK || !parts.wrong.empty()) {
+    Refuse(what + " in it cannot be used: " +
+           (code != SQLITE_OK ? std::string(sqlite3_errmsg(database.get())) : parts.wrong));
   }
   return std::strtoull(rows.c_str(), nullptr, 10);
 }

@@ -1,0 +1,20 @@
+// SQL of the platform's own on what its layout has beside the library's tables.
+#pragma once
+
+#include <string_view>
+
+namespace DBStore::internal::Sql {
+
+/// Reads the few rows that tell of all tables.
+inline constexpr std::string_view kFindStagedBases =
+    "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = 'StagedBase'";
+
+/// Parameters: component, group, name, identifier. A base without its record is nobody's.
+inline constexpr std::string_view kReadStagedBase =
+    "SELECT HadRow, b.Version, UserValue, DesiredValue, AutoConfValue, b.VitalValue, "
+    "b.CachedValue, "
+    "Success, CreationTime, ModifiedTime, Revision FROM StagedBase b JOIN DesiredUserConfig USING "
+    "(Component, ConfigGroup, Name, Identifier) WHERE Component = ?1 AND ConfigGroup = ?2 AND Name "
+    "= ?3 AND Identifier = ?4";
+
+}  // namespace DBStore::internal::Sql
