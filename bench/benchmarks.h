@@ -20,6 +20,7 @@ void RegisterHeldMemory(const std::string& root);
 
 // Need no store.
 void RegisterLargeObjects();
+void RegisterLargeNeighbours(Roads& roads);
 void RegisterValidation();
 
 }  // namespace Benchmarks

@@ -20,6 +20,7 @@ namespace {
 using namespace TarnConfigStore;
 
 constexpr std::int64_t kStoreMark = 0x54435331;
+constexpr std::int64_t kStoreLayout = 2;
 constexpr const char* kReadTexts =
     "SELECT Identifier, UserValue FROM Config WHERE Component = ? AND ConfigGroup = ? AND Name = ? "
     "AND Success = 1 AND UserValue NOT NULL ORDER BY Identifier";
@@ -40,7 +41,7 @@ std::string DocumentOf(const std::string& key, std::size_t count, unsigned varia
 class FloorExport {
  public:
   explicit FloorExport(const std::string& root)
-      : database_(root + HostPaths::kStore, FloorDatabase::Access::READ, kStoreMark),
+      : database_(root + HostPaths::kStore, FloorDatabase::Access::READ, kStoreMark, kStoreLayout),
         texts_(database_, kReadTexts) {}
 
   std::size_t Run(const ConfigStoreObjectId& type) {

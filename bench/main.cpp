@@ -50,6 +50,7 @@ int RunAll() {
   RegisterFreshProcess(host.Root());
   RegisterHeldMemory(host.Root());
   RegisterLargeObjects();
+  RegisterLargeNeighbours(roads);
   RegisterValidation();
   ComparisonTable table;
   benchmark::RunSpecifiedBenchmarks(&table);

@@ -50,6 +50,13 @@ RowValues Row(unsigned variant, const std::string& instanceId = std::string()) {
   return row;
 }
 
+RowValues LargeRow() {
+  constexpr std::size_t kSize = 4'000'000;
+  RowValues row;
+  row.user = "{\"text\":\"" + std::string(kSize, 'x') + "\"}";
+  return row;
+}
+
 void FillInstances(FloorStore& store, const std::string& key, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
     const std::string id = InstanceId(i);
@@ -124,6 +131,8 @@ void Host::InstallAllTypes() const {
   write(kLayered, TypeKind::MIXED);
   write(kRewritten, TypeKind::INSTANCES);
   write(KeyOfInstances(kMany), TypeKind::INSTANCES);
+  write(kBesideLarge, TypeKind::INSTANCES);
+  write(kWithoutLarge, TypeKind::INSTANCES);
   write(kStaged, TypeKind::USER, Effect::AT_BOOT);
   write(kStagedInstances, TypeKind::INSTANCES, Effect::AT_BOOT);
   std::ofstream(directory / "large.json") << LargeTypeFile(kLarge);
@@ -158,6 +167,10 @@ void Host::FillStore() const {
   }
   FillInstances(store, kRewritten, kRewrittenCount);
   FillInstances(store, KeyOfInstances(kMany), kMany);
+  FillInstances(store, kWithoutLarge, kNeighbours);
+  FillInstances(store, kBesideLarge, kNeighbours);
+  // In the middle of the others.
+  store.Fill(IdOf(kBesideLarge, InstanceId(kNeighbours / 2) + "-large"), LargeRow());
   store.Run("COMMIT");
   RewriteInstances(store, kRewritten, kRewrittenCount);
   store.Run("PRAGMA wal_checkpoint(TRUNCATE)");

@@ -12,7 +12,7 @@ namespace TarnConfigStore {
 /// What a backup holds.
 struct BackupContent {
   std::string creationTime;   ///< of the backup: UTC, "YYYY-MM-DD HH:MM:SS"
-  int storeLayout = 0;        ///< version of the layout of the store's tables
+  int storeLayout = 0;        ///< version of the layout of the store's tables: 1 or 2
   int schemaStoreLayout = 0;  ///< the same of the schema store
   std::uint64_t objects = 0;  ///< stored objects, as ListStored counts them
   std::uint64_t types = 0;    ///< installed types
@@ -58,11 +58,16 @@ struct RestoreReport {
   std::string schemaStorePath;        ///< path of the schema store, under the root
   std::vector<std::string> created;   ///< files and directories that were created
   std::vector<std::string> replaced;  ///< databases whose content is now the backup's
+  std::vector<std::string> outdated;  ///< those of them, and of the created, whose tables are an
+                                      ///< older library's
   BackupContent content;
 };
 
 /// Makes the stores what they were when a backup was written. What is missing of directories and
 /// databases is created as InitializeHost does.
+///
+/// The tables are those of the library that wrote the backup. An older one's are used as they are;
+/// InitializeHost brings them over.
 ///
 /// A database that is there is written, in one transaction: whoever has it open sees the new content
 /// from then on, and the new types with it. What is stored and installed and is not in the backup is

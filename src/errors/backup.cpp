@@ -36,7 +36,8 @@ BackupReport BackupHost(const std::string& path, const BackupOptions& options) {
 RestoreReport RestoreHost(const std::string& path, const RestoreOptions& options) {
   auto restored = WithStoreFailures([&] { return ::HostBackup::Restore(path, options.force); });
   return {HostPaths::Resolve(HostPaths::kStore), HostPaths::Resolve(HostPaths::kSchemaStore),
-          std::move(restored.created), std::move(restored.replaced), Describe(restored.content)};
+          std::move(restored.created),           std::move(restored.replaced),
+          std::move(restored.outdated),          Describe(restored.content)};
 }
 
 }  // namespace TarnConfigStore

@@ -6,6 +6,7 @@
 #include "platform/type_files.h"
 
 #include "db/database.h"
+#include "db/steps.h"
 #include "schema/keep_type.h"
 #include "support/raised.h"
 
@@ -79,38 +80,6 @@ class BackedUpHost : public testing::Test {
   }
   std::string Restoring(const std::string& path, bool force = true) {
     return Failure([&] { HostBackup::Restore(path, force); });
-  }
-
-  /// Calls `act` at the n-th step that a backup or restore takes; sets `reached` when it comes to it.
-  static void AtStep(int step, bool& reached, const std::function<int()>& act) {
-    reached = false;
-    DBStore::testing::SetHook(
-        [=, &reached](DBStore::testing::Operation asked, std::string_view) mutable {
-          if (asked != DBStore::testing::Operation::COPY || step-- != 0) {
-            return 0;
-          }
-          reached = true;
-          return act();
-        });
-  }
-  /// Runs `steps` in children that are killed at one step after the other, until one comes to its end.
-  /// After each, `check` looks at what is left.
-  static int KillAtEachStep(const std::function<void()>& steps,
-                            const std::function<void(bool killed)>& check) {
-    for (int step = 0;; ++step) {
-      SCOPED_TRACE(step);
-      const int status = InChild([&] {
-        bool reached = false;
-        AtStep(step, reached, [] { return raise(SIGKILL); });
-        steps();
-        return 0;
-      });
-      EXPECT_TRUE(status == 0 || status == 1000 + SIGKILL) << status;
-      check(status != 0);
-      if (status == 0 || HasFailure()) {
-        return step;
-      }
-    }
   }
 
   static std::size_t CountFiles(const std::string& directory) {

@@ -6,8 +6,11 @@
 #include "support/database.h"
 
 #include <gmock/gmock.h>
+#include <sqlite3.h>
 
+#include <cerrno>
 #include <chrono>
+#include <fcntl.h>
 #include <functional>
 #include <sys/eventfd.h>
 #include <sys/stat.h>
@@ -145,6 +148,51 @@ TEST_F(Opening, AUserWhoMayOnlyReadReadsAndFailsAtOnceToWrite) {
   OfPlainUser([] { EXPECT_EQ(WriteKeyValue("key", "new", Connect()), 0); });
   EXPECT_EQ(ReadKey(Connect(), "key"), "new") << "writing takes no right on the directory";
   Permit(directory_, 0755);
+}
+
+// The system's open(2), but that files are not to be written for as long as this says so.
+bool refusesToWrite = false;
+int Open(const char* path, int flags, int mode) {
+  if (refusesToWrite && (flags & O_ACCMODE) != O_RDONLY) {
+    errno = EROFS;
+    return -1;
+  }
+  return open(path, flags, mode);
+}
+
+TEST_F(Opening, WhatWasOpenedForReadingByMischanceIsNotLentAgain) {
+  sqlite3_vfs* const files = sqlite3_vfs_find(nullptr);
+  files->xSetSystemCall(files, "open", reinterpret_cast<sqlite3_syscall_ptr>(Open));
+  refusesToWrite = true;
+  auto connection = Connect();
+  refusesToWrite = false;
+  files->xSetSystemCall(files, "open", nullptr);
+  EXPECT_EQ(WriteKey(connection, "key"), 8);
+  connection.reset();
+  EXPECT_EQ(WriteKey(Connect(), "key"), 0);
+}
+
+TEST_F(Opening, WhoMetAReadOnlyErrorOrGotOtherRightsOpensAnew) {
+  const auto opens = [] { return DBStore::testing::GetCounters().opens; };
+  auto connection = Connect();
+  ASSERT_EQ(Execute(connection, "PRAGMA query_only=ON"), 0);  // SQLite's own 8
+  EXPECT_EQ(WriteKey(connection, "key"), 8);
+  connection.reset();
+  EXPECT_EQ(WriteKey(Connect(), "key"), 0);
+  PermitStore(0644);
+  EXPECT_EQ(InChild([&] {
+              if (geteuid() != 0 || seteuid(65534) != 0) {
+                return 77;
+              }
+              EXPECT_EQ(WriteKey(Connect(), "key"), 8);
+              const auto before = opens();
+              EXPECT_EQ(WriteKey(Connect(), "key"), 8);
+              EXPECT_EQ(opens(), before) << "the same right is missing";
+              EXPECT_EQ(seteuid(0), 0);
+              EXPECT_EQ(WriteKey(Connect(), "key"), 0);
+              return HasFailure() ? 1 : 0;
+            }) % 77,
+            0);
 }
 
 TEST_F(Opening, TellsReadersThatTheLogIsGoneAndWhoMendsIt) {

@@ -8,7 +8,10 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/file.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <thread>
 
@@ -98,6 +101,28 @@ TEST_F(HostSetup, IsCompletedAfterItWasKilled) {
     EXPECT_FALSE(fs::exists(store_ + ".new"));
     fs::remove_all(host_.Path("/etc"));
   }
+}
+
+// Whoever may open the directory may lock it.
+TEST_F(HostSetup, SaysWhoKeepsTheDirectoryLocked) {
+  ASSERT_TRUE(::HostSetup::Initialize().ok);
+  const std::string directory = fs::path(store_).parent_path();
+  const std::string locked = host_.Root() + "/locked";
+  ChildProcess other([&] {
+    prctl(PR_SET_NAME, "some\x1b[1m");
+    flock(open(directory.c_str(), O_RDONLY | O_DIRECTORY), LOCK_EX);
+    WriteFile(locked, "");
+    return pause();
+  });
+  while (!fs::exists(locked)) {
+    std::this_thread::yield();
+  }
+  const auto result = ::HostSetup::Initialize();
+  kill(other.Id(), SIGKILL);
+  EXPECT_EQ(result.failure, "/etc/kestrel/configstore: process " + std::to_string(other.Id()) +
+                                " (some?[1m) has kept the directory locked for 3 s; try again, and "
+                                "end it if it is not making or restoring the databases");
+  EXPECT_EQ(DBStore::GetLastError().kind, DBStore::ErrorKind::BUSY);
 }
 
 class Layout : public DatabaseTest {

@@ -32,10 +32,13 @@ void Backup(const Given& given, const Output& output) {
 void Restore(const Given& given, const Output& output) {
   const auto restored =
       TarnConfigStore::RestoreHost(given.Text(kFile), {.force = given.Has(kForce)});
+  for (const std::string& path : restored.outdated) {
+    Say(path + " has the tables of an older version and is used as it is; `init` brings it over");
+  }
   JsonMaker make;
   Json::Value result =
       make.Object("store", restored.storePath, "schemaStore", restored.schemaStorePath, "created",
-                  restored.created, "replaced", restored.replaced);
+                  restored.created, "replaced", restored.replaced, "outdated", restored.outdated);
   AddContent(restored.content, result, make);
   output.PrintLenient(result);
 }

@@ -20,7 +20,8 @@ enum class Operation {
   EXECUTE,
   ATTACH,
   DETACH,
-  COPY  ///< a step of a backup or restore (host_backup.h), which `detail` names
+  COPY  ///< a step of a backup or restore (host_backup.h), or of bringing a store's tables over
+        ///< (host_setup.h), which `detail` names
 };
 
 /// Asked before each operation of the database layer, once, on the thread that calls it; `detail` is

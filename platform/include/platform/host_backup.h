@@ -32,12 +32,16 @@ Written Backup(const std::string& path, bool replace);
 struct Restored {
   std::vector<std::string> created;   ///< directories and databases that were not there, by path
   std::vector<std::string> replaced;  ///< databases whose content is another one now
+  std::vector<std::string>
+      outdated;  ///< those with tables of an older library, as the backup has them
   Content content;
 };
 
 /// Makes the stores what they were when the backup was written. Databases that are there are
 /// written, not exchanged, so that whoever has them open sees the new content. Both of them change,
-/// or neither, even if the process is killed: the next who opens one completes what was begun.
+/// or neither, even if the process is killed: the next who opens one completes what was begun. Tables
+/// are those of the library that the backup is of; an older one's are brought over by
+/// HostSetup::Initialize, and used as they are until then.
 /// \param force  allows it where there is a store, or what is left of one
 Restored Restore(const std::string& path, bool force);
 

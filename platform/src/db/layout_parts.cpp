@@ -284,6 +284,11 @@ bool HasItsParts(sqlite3* database, const Layout& layout, int version,
     CSLogger::Log(CSLogger::kProblem, "%s: has %s, which is not of this layout", layout.fixedPath,
                   what.c_str());
   }
+  if (version < layout.version) {
+    CSLogger::Log(CSLogger::kOutcome,
+                  "%s: is of layout %d and used as it is; `tarnctl init` brings it to layout %d",
+                  layout.fixedPath, version, layout.version);
+  }
   last.store(word, std::memory_order_relaxed);
   return true;
 }

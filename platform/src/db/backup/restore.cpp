@@ -1,6 +1,7 @@
 // Restoring a backup.
 #include "platform/host_backup.h"
 #include "platform/host_paths.h"
+#include "platform/logger.h"
 #include "platform/process_locks.h"
 
 #include "db/backup/backup_file.h"
@@ -53,6 +54,14 @@ Restored Restore(const std::string& path, bool force) {
   Restored result = PendingRestore::Restore(backup, directory);
   result.created.insert(result.created.begin(), made.begin(), made.end());
   result.content = content;
+  for (const BackupPart* part : {&backup.store, &backup.schemaStore}) {
+    if (part->version < part->layout->version) {
+      CSLogger::Log(CSLogger::kOutcome,
+                    "%s: is of layout %d, as the backup is; `tarnctl init` brings it to layout %d",
+                    part->layout->fixedPath, part->version, part->layout->version);
+      result.outdated.push_back(directory.PathOf(part->layout->fixedPath));
+    }
+  }
   return result;
 }
 
