@@ -1,5 +1,7 @@
 #include "tarnconfigstore/boot_state.h"
 
+#include "platform/staged_base.h"
+
 #include "support/child_process.h"
 #include "support/next_boot_fixture.h"
 
@@ -10,6 +12,7 @@
 namespace TarnConfigStore {
 namespace {
 
+using TestSupport::OnLayout1;
 using TestSupport::Raised;
 
 class NextBoot : public TestSupport::NextBootFixture {
@@ -53,6 +56,35 @@ TEST_F(NextBoot, KeepsTheLastChangeOfAnInstance) {
   EXPECT_TRUE(changes[0].id == Many("s3") && changes[0].action == NextBootAction::SET &&
               changes[0].hasUser && !changes[0].hasVital && !changes[0].hasCached);
   EXPECT_TRUE(ListStaged({"", "other", "tarn"}).empty() && ListStaged(Many("s1")).empty());
+}
+
+TEST_F(NextBoot, WhatIsStagedAgainKeepsTheBaseItHad) {
+  const auto bases = [&] {
+    std::string text;
+    for (const char* instance : {"s1", "s2"}) {
+      DBStore::StagedBase base;
+      EXPECT_EQ(DBStore::ReadStagedBase(Many(instance), &base,
+                                        DBStore::GetConnection(DBStore::Type::CURRENT_STORE, true)),
+                0);
+      text +=
+          base.kind == DBStore::StagedBase::Kind::NONE ? "none " : base.user.value_or("-") + " ";
+    }
+    return OnLayout1() && text == "none none " ? "not kept" : text;
+  };
+  const auto expect = [&](const std::string& expected) {
+    EXPECT_EQ(bases(), OnLayout1() ? "not kept" : expected);
+  };
+  PutRow("s1", R"("mtu":1)", "", "", "", 1);
+  nextBoot_->Set(Mtu("s1", 8));
+  expect(R"({"name":"s1","mtu":1} none )");
+  PutRow("s1", R"("mtu":2)", "", "", "", 1);
+  nextBoot_->Delete(Many("s1"));
+  nextBoot_->SetInstances(List(Mtu("s1", 9), Mtu("s2", 9)));
+  expect(R"({"name":"s1","mtu":1} - )");
+  nextBoot_->SetInstances(List(Mtu("s2", 7)));
+  expect("none - ");
+  EXPECT_EQ(ApplyNextBootConfig({}).applied.size(), 1U);
+  expect("none none ");
 }
 
 TEST_F(NextBoot, FiltersChooseAmongStagedContentAndDeleteWhatIsCurrent) {

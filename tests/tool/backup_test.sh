@@ -43,6 +43,21 @@ rm -r "$stores"
 expect 0 "\"created\":[\"$stores\"" "" restore "$backup"
 expect 0 '=["10.0.0.1"]' "" get $resolver servers
 
+# --- tables of an older version, and what is no table
+"$tarnctl" backup "$work/today" >/dev/null
+sqlite3 "$store" "DROP TRIGGER ChangeStaged; DROP TRIGGER ChangeUnstaged; DROP TRIGGER ChangeMoved;
+  DROP TABLE StagedBase; PRAGMA user_version=1"
+expect 0 '"storeLayout":1' "" backup "$work/older"
+expect 0 "\"upgraded\":[\"$store\"]" "has the tables of this version now" init
+expect 0 "\"outdated\":[\"$store\"]" "\`init\` brings it over" restore "$work/older" --force
+expect 0 '=["10.0.0.1"]' "" get $resolver servers
+sqlite3 "$store" "PRAGMA legacy_alter_table=ON; ALTER TABLE Config RENAME TO C;
+  CREATE VIEW Config AS SELECT * FROM C"
+expect 8 "" "Config is a view, not a table" get $resolver
+expect 8 "" "Config is a view, not a table" init
+expect 0 '"storeLayout":2' "" restore "$work/today" --force
+expect 0 '=["10.0.0.1"]' "" get $resolver servers
+
 # --- who holds the store up, or may not write it
 coproc sqlite3 "$store"
 echo "BEGIN IMMEDIATE; SELECT 'locked';" >&"${COPROC[1]}"

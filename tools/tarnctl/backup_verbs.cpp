@@ -1,5 +1,6 @@
 #include "tarnconfigstore/backup.h"
 
+#include "failure.h"
 #include "verbs.h"
 
 namespace tarnctl {

@@ -92,7 +92,7 @@ class Look {
         if (part.kind == Part::Kind::TRIGGER) {
           found_.missing.push_back("the trigger " + std::string(part.name) + " is missing");
         } else {
-          Wrong("has no " + std::string(part.name));
+          Wrong(Of::TABLE, "has no " + std::string(part.name));
         }
       }
     }
@@ -107,10 +107,14 @@ class Look {
     std::string sql;
   };
 
-  void Wrong(std::string what, const char* mend = "") {
-    if (found_.wrong.empty()) {
+  // Of several faults one is told; a table's tells more than that of a trigger, which may follow from
+  // it.
+  enum class Of { TABLE, TRIGGER };
+  void Wrong(Of kind, std::string what, const char* mend = "") {
+    if (found_.wrong.empty() || (kind == Of::TABLE && told_ == Of::TRIGGER)) {
       found_.wrong = std::move(what);
       found_.mend = mend;
+      told_ = kind;
     }
   }
 
@@ -151,9 +155,9 @@ class Look {
     }
     const std::string what = declared.type + " " + declared.name + " on " + table->name;
     if (isTrigger) {
-      Wrong("has the " + what + kMeddles, "remove it (DROP TRIGGER)");
+      Wrong(Of::TRIGGER, "has the " + what + kMeddles, "remove it (DROP TRIGGER)");
     } else if (declared.sql.starts_with("CREATE UNIQUE")) {
-      Wrong("has the unique " + what + kMeddles, "remove it (DROP INDEX)");
+      Wrong(Of::TABLE, "has the unique " + what + kMeddles, "remove it (DROP INDEX)");
     } else {
       found_.foreign.push_back("the " + what);
     }
@@ -163,16 +167,16 @@ class Look {
   int AtAnotherOne(const Part& part, const Declared& declared) {
     const std::string name = part.name;
     if (part.kind == Part::Kind::TRIGGER) {
-      Wrong("has another trigger " + name + " than its layout");
+      Wrong(Of::TRIGGER, "has another trigger " + name + " than its layout");
       return SQLITE_OK;
     }
     const char* const wanted = part.kind == Part::Kind::TABLE ? "table" : "view";
     if (declared.type != wanted) {
-      Wrong(name + " is a " + declared.type + ", not a " + wanted);
+      Wrong(Of::TABLE, name + " is a " + declared.type + ", not a " + wanted);
     } else if (part.kind == Part::Kind::VIEW) {
-      Wrong("has another view " + name + " than its layout");
+      Wrong(Of::TABLE, "has another view " + name + " than its layout");
     } else if (declared.sql.starts_with("CREATE VIRTUAL")) {
-      Wrong(name + " is a virtual table");
+      Wrong(Of::TABLE, name + " is a virtual table");
     } else {
       return AtColumnsOf(name);
     }
@@ -204,16 +208,17 @@ class Look {
     for (const auto& [name, column] : ours) {
       const auto there = theirs.find(name);
       if (there == theirs.end()) {
-        Wrong(table + " has no column " + name);
+        Wrong(Of::TABLE, table + " has no column " + name);
       } else if (there->second.placeInKey != column.placeInKey) {
-        Wrong(table + " has another key than its layout");
+        Wrong(Of::TABLE, table + " has another key than its layout");
       } else {
         theirs.erase(there);
       }
     }
     for (const auto& [name, column] : theirs) {
       if (column.mustBeGiven) {
-        Wrong(table + " has the column " + name +
+        Wrong(Of::TABLE,
+              table + " has the column " + name +
                   ", which is not of this layout, and no row can be written without it",
               "remove it or give it a default");
       } else if (column.placeInKey == 0) {
@@ -228,6 +233,7 @@ class Look {
   sqlite3* database_;
   const Layout& layout_;
   PartsFound& found_;
+  Of told_ = Of::TRIGGER;
   std::map<std::string, Column, NameOrder> seen_;
 };
 
