@@ -32,7 +32,8 @@ class InstallTypes : public HostFixture {
  protected:
   std::string Defaults() {
     return database_.Lines(
-        "SELECT Name, Identifier, Version, Value, VitalValue, CachedValue FROM DefaultConfig");
+        "SELECT Name, Identifier, Version, Value, VitalValue, CachedValue FROM DefaultConfig ORDER "
+        "BY 1, 2");
   }
   std::string Count(const std::string& table) {
     return database_.Lines("SELECT COUNT(*) FROM " + table);
