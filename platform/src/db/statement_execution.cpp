@@ -7,6 +7,7 @@
 #include <sqlite3.h>
 
 #include <array>
+#include <charconv>
 #include <vector>
 
 namespace DBStore {
@@ -19,6 +20,8 @@ class RowTexts {
     if (static_cast<std::size_t>(columns) > fixed_.size() / 2) {
       many_.resize(static_cast<std::size_t>(columns) * 2);
       texts_ = many_.data();
+      manyDigits_.resize(static_cast<std::size_t>(columns));
+      digits_ = manyDigits_.data();
     }
   }
   RowTexts(const RowTexts&) = delete;
@@ -45,8 +48,13 @@ class RowTexts {
   /// False when there is no memory for a text.
   bool FetchValues(sqlite3_stmt* statement) noexcept {
     for (int column = 0; column < columns_; ++column) {
+      const int type = sqlite3_column_type(statement, column);
+      if (type == SQLITE_INTEGER) {
+        Values()[column] = Write(sqlite3_column_int64(statement, column), digits_[column]);
+        continue;
+      }
       const unsigned char* text = sqlite3_column_text(statement, column);
-      if (text == nullptr && sqlite3_column_type(statement, column) != SQLITE_NULL) {
+      if (text == nullptr && type != SQLITE_NULL) {
         return false;
       }
       Values()[column] = const_cast<char*>(reinterpret_cast<const char*>(text));
@@ -55,11 +63,21 @@ class RowTexts {
   }
 
  private:
+  // The engine takes memory for a number's text, and longer to write it than a row to be found.
+  using Digits = std::array<char, 24>;
+  static char* Write(sqlite3_int64 number, Digits& digits) noexcept {
+    *std::to_chars(digits.data(), digits.data() + digits.size() - 1, number).ptr = '\0';
+    return digits.data();
+  }
+
   static constexpr std::size_t kUsualColumns = 32;
   const int columns_;
   std::array<char*, 2 * kUsualColumns> fixed_;
+  std::array<Digits, kUsualColumns> fixedDigits_;
   std::vector<char*> many_;
+  std::vector<Digits> manyDigits_;
   char** texts_ = fixed_.data();
+  Digits* digits_ = fixedDigits_.data();
 };
 
 internal::CachedStatement* EntryOf(const ConnectionHandle& connection,
