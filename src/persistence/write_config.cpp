@@ -6,6 +6,8 @@
 #include "persistence/binder.h"
 #include "persistence/statements.h"
 
+#include <algorithm>
+
 namespace TarnConfigStore {
 namespace {
 
@@ -59,6 +61,13 @@ void SetInstancesInternal(const std::vector<ObjectHandle>& objects, const USERDA
   for (const ObjectHandle& object : objects) {
     rows.push_back(DivideForWriting(
         *object, *RequireSchema(schemaCache, object->GetConfigStoreObjectId()), context));
+  }
+  // New rows lie in the order in which they are written, and are read in that of their ids.
+  const auto isBefore = [](const ColumnMapEntry& a, const ColumnMapEntry& b) {
+    return a.id->instanceId < b.id->instanceId;
+  };
+  if (!std::is_sorted(rows.begin(), rows.end(), isBefore)) {
+    std::sort(rows.begin(), rows.end(), isBefore);
   }
   WriteCompleteConfigInstances(rows, connection, schemaCache, existing);
 }

@@ -12,7 +12,9 @@
 
 #include <gmock/gmock.h>
 
+#include <csignal>
 #include <functional>
+#include <sys/resource.h>
 
 namespace {
 
@@ -111,6 +113,20 @@ TEST_F(Layout1, IsLeftOrBroughtOverWholeWhereverItIsKilledOrFails) {
     DBStore::testing::SetHook(nullptr);
     ExpectLayout(reached ? "1" : "2");
     EXPECT_EQ(Execute(Connect(), "DELETE FROM KeyValue WHERE Key = 'c'"), 0) << "no lock is left";
+  }
+}
+
+TEST_F(Layout1, StaysWithoutRoom) {
+  int status = 1;
+  for (rlim_t room = 0; status != 0; room += 200'000) {
+    ASSERT_LT(room, 20'000'000U);
+    status = InChild([&] {
+      signal(SIGXFSZ, SIG_IGN);
+      const rlimit limit = {room, RLIM_INFINITY};
+      setrlimit(RLIMIT_FSIZE, &limit);
+      return HostSetup::Initialize().ok ? 0 : 1;
+    });
+    ExpectLayout(status == 0 ? "2" : "1");
   }
 }
 

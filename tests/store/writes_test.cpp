@@ -274,9 +274,9 @@ TEST_F(Writes, InstancesThatAreReplacedKeepTheirHistory) {
   store_->SetInstances(List(SwitchObject("s4", R"("mtu":4)"), SwitchObject("s5", R"("ports":[])"),
                             SwitchObject("s2", R"("mtu":2,"serial":"y")")),
                        EXTERNAL);
-  EXPECT_EQ(database_.Lines("SELECT Identifier, Revision, CreationTime < '2021' FROM Config ORDER BY 1"),
+  EXPECT_EQ(database_.Lines("SELECT Identifier, Revision, CreationTime < '2021' FROM Config"),
             "s2 8 1\ns4 1 0")
-      << "the empty one is left out";
+      << "the empty one is left out, and the others lie in the order of their ids";
 }
 
 TEST_F(Writes, BadListsAreRefusedBeforeAnythingIsWritten) {
