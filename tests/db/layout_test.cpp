@@ -1,12 +1,16 @@
 // Stores of both layouts: bringing one over, what is remembered of staged changes, and what is told
 // of a database that others have altered.
+#include "db/layout.h"
+
 #include "platform/host_backup.h"
 #include "platform/host_setup.h"
 #include "platform/staged_base.h"
 
+#include "db/backup/statements.h"
 #include "db/database.h"
 #include "db/layout_statements.h"
 #include "db/steps.h"
+#include "schema/schema_statements.h"
 #include "support/captured_log.h"
 #include "support/database.h"
 
@@ -160,6 +164,15 @@ TEST_F(Layout1, StaysWhereItCannotBeBroughtOver) {
   EXPECT_EQ(Run("SELECT n FROM Theirs"), "200") << "what others made of the tables still works";
 }
 
+TEST_F(Layout1, OfTheFirstLibrariesIsOneToo) {
+  Run(std::string("DROP TRIGGER ConfigModified;") + DBStore::internal::CurrentStoreLayout().former);
+  EXPECT_TRUE(Connect());
+  EXPECT_THAT(HostSetup::Initialize().upgraded, ElementsAre(store_));
+  EXPECT_EQ(Run("SELECT sql LIKE '%NEW.UserValue IS NOT OLD.UserValue%' FROM sqlite_schema WHERE "
+                "name = 'ConfigModified'"),
+            "1");
+}
+
 TEST_F(Layout1, KeepsNoBases) {
   StagedBase base;
   base.kind = StagedBase::Kind::ROW;
@@ -284,6 +297,29 @@ TEST_F(Bases, AreFoundByTheKey) {
   sqlite3_close(database);
 }
 
+TEST_F(Bases, AndEverythingElseOfThePlatformIsFoundByItsKey) {
+  using namespace DBStore::internal;
+  const auto plan = [this](std::string_view sql) {
+    return other_.Lines("EXPLAIN QUERY PLAN " + std::string(sql));
+  };
+  EXPECT_THAT(plan(Sql::kReadKeyValue), HasSubstr("SEARCH KeyValue USING PRIMARY KEY (Key=?)"));
+  EXPECT_EQ(plan(Sql::kWriteKeyValue), "");
+  EXPECT_THAT(plan(Sql::kFindStagedBases), HasSubstr("SCAN sqlite_schema")) << "of a dozen rows";
+  EXPECT_THAT(plan(Sql::kCountObjects), HasSubstr("SCAN Config")) << "counts all";
+  other_.Run("ATTACH '" + host_.Path(HostPaths::kSchemaStore) + "' AS ss");
+  const std::string type = "Types USING PRIMARY KEY (Component=? AND ConfigGroup=? AND Name=?)";
+  EXPECT_THAT(plan(TarnSchemaStore::Sql::kReadType), HasSubstr("SEARCH " + type));
+  EXPECT_THAT(plan(TarnSchemaStore::Sql::kRemoveType), HasSubstr("SEARCH " + type));
+  EXPECT_THAT(plan(TarnSchemaStore::Sql::kReadGeneration),
+              HasSubstr("SEARCH Generation USING INTEGER PRIMARY KEY"));
+  for (const std::string_view all : {std::string_view(TarnSchemaStore::Sql::kReadAllTypes),
+                                     std::string_view(TarnSchemaStore::Sql::kReadAllNames),
+                                     std::string_view(Sql::kCountTypes)}) {
+    EXPECT_THAT(plan(all), testing::EndsWith("SCAN Types")) << "in the order of the key";
+  }
+  other_.Run("DETACH ss");
+}
+
 TEST(Declarations, ThatAreNotTheLayoutsAreToldByName) {
   constexpr const char* kAway = "PRAGMA legacy_alter_table=ON; ALTER TABLE Config RENAME TO Away;";
   const std::pair<std::string, const char*> cases[] = {
@@ -301,6 +337,11 @@ TEST(Declarations, ThatAreNotTheLayoutsAreToldByName) {
       {"DROP TRIGGER ConfigModified; CREATE TRIGGER configmodified AFTER UPDATE ON Config BEGIN "
        "DELETE FROM KeyValue; END",
        "has another trigger ConfigModified"},
+      {"DROP TABLE KeyValue; CREATE TABLE KeyValue(Key TEXT, Value TEXT, x, PRIMARY KEY(Key, x))",
+       "KeyValue has another key than its layout"},
+      {"DROP TABLE KeyValue; CREATE TABLE KeyValue(Key TEXT PRIMARY KEY, Value TEXT, x NOT NULL)",
+       "KeyValue has the column x, which is not of this layout, and no row can be written without "
+       "it; remove it or give it a default, or restore it"},
       {"CREATE UNIQUE INDEX u ON Config(Version)", "has the unique index u on Config"},
       {"DROP TABLE StagedBase; CREATE VIRTUAL TABLE StagedBase USING fts5(Component)",
        "StagedBase is a virtual table"}};

@@ -1,6 +1,7 @@
 // The key/value entries beside the configuration.
 #include "db/borrowed_statement.h"
 #include "db/last_error.h"
+#include "db/layout_statements.h"
 #include "db/queued_write.h"
 #include "db/store_connection.h"
 #include "db/testing_hook.h"
@@ -9,11 +10,6 @@
 
 namespace DBStore {
 namespace {
-
-constexpr std::string_view kRead = "SELECT Value FROM KeyValue WHERE Key = ?1";
-constexpr std::string_view kWrite =
-    "INSERT INTO KeyValue(Key, Value) VALUES(?1, ?2) "
-    "ON CONFLICT(Key) DO UPDATE SET Value = excluded.Value";
 
 int BindWhole(sqlite3_stmt* statement, int index, const std::string& text) noexcept {
   return sqlite3_bind_text64(statement, index, text.data(), text.size(), SQLITE_STATIC,
@@ -28,7 +24,7 @@ int StoreConnection::ReadKeyValue(const std::string& key, std::string* value) {
   if (const int refused = CheckReading(action)) {
     return refused;
   }
-  const BorrowedStatement statement(*this, kRead);
+  const BorrowedStatement statement(*this, internal::Sql::kReadKeyValue);
   if (!statement) {
     return SQLITE_ERROR;
   }
@@ -58,7 +54,7 @@ int StoreConnection::WriteKeyValue(const std::string& key, const std::string& va
   if (const int refused = write.Enter(kWaitLimit, action)) {
     return refused;
   }
-  const BorrowedStatement statement(*this, kWrite, waitLimit_);
+  const BorrowedStatement statement(*this, internal::Sql::kWriteKeyValue, waitLimit_);
   if (!statement) {
     return SQLITE_ERROR;
   }

@@ -131,18 +131,32 @@ CREATE TABLE KeyValue(
 ) WITHOUT ROWID;
 )sql";
 
+// The first libraries with layout 1 dated a row anew whatever was updated in it.
+constexpr const char* kCurrentStoreFormer = R"sql(
+CREATE TRIGGER ConfigModified AFTER UPDATE OF
+  Version, UserValue, DesiredValue, AutoConfValue, VitalValue, CachedValue, Success, CreationTime, Revision
+ON Config
+WHEN NEW.ModifiedTime IS OLD.ModifiedTime
+  AND NEW.ModifiedTime IS NOT DATETIME(CURRENT_TIMESTAMP)
+BEGIN
+  UPDATE Config SET ModifiedTime = DATETIME(CURRENT_TIMESTAMP)
+  WHERE Component = NEW.Component AND ConfigGroup = NEW.ConfigGroup AND Name = NEW.Name
+    AND Identifier = NEW.Identifier;
+END;
+)sql";
+
 using enum Part::Kind;
 
 constexpr Part kCurrentStoreParts[] = {
-    {TABLE, "Config"},
-    {TRIGGER, "ConfigModified"},
-    {TABLE, "DefaultConfig"},
-    {TABLE, "DesiredUserConfig"},
-    {TABLE, "StagedBase", 2},
-    {TRIGGER, "ChangeStaged", 2},
-    {TRIGGER, "ChangeUnstaged", 2},
-    {TRIGGER, "ChangeMoved", 2},
-    {TABLE, "KeyValue"},
+    {"Config", TABLE},
+    {"ConfigModified", TRIGGER},
+    {"DefaultConfig", TABLE},
+    {"DesiredUserConfig", TABLE},
+    {"StagedBase", TABLE, 2},
+    {"ChangeStaged", TRIGGER, 2},
+    {"ChangeUnstaged", TRIGGER, 2},
+    {"ChangeMoved", TRIGGER, 2},
+    {"KeyValue", TABLE},
 };
 
 #define TARN_KEY "Component, ConfigGroup, Name, Identifier, Version, "
@@ -205,8 +219,8 @@ CREATE VIEW SmartnicSchema(Component, ConfigGroup, Name, ValueType) AS
 )sql";
 
 constexpr Part kSchemaStoreParts[] = {
-    {TABLE, "Types"},         {TABLE, "Generation"},    {TRIGGER, "TypeInstalled"},
-    {TRIGGER, "TypeChanged"}, {TRIGGER, "TypeRemoved"}, {VIEW, "SmartnicSchema"},
+    {"Types", TABLE},         {"Generation", TABLE},    {"TypeInstalled", TRIGGER},
+    {"TypeChanged", TRIGGER}, {"TypeRemoved", TRIGGER}, {"SmartnicSchema", VIEW},
 };
 
 // A write-ahead log lets a key/value entry be read while this thread writes on another connection.
@@ -216,6 +230,7 @@ constexpr Layout kCurrentStore{.fixedPath = HostPaths::kStore,
                                .oldest = 1,
                                .journalMode = "wal",
                                .definition = kCurrentStoreDefinition,
+                               .former = kCurrentStoreFormer,
                                .parts = kCurrentStoreParts,
                                .upgrade = kCurrentStoreUpgrade};
 
@@ -228,6 +243,7 @@ constexpr Layout kSchemaStore{.fixedPath = HostPaths::kSchemaStore,
                               .oldest = 1,
                               .journalMode = "delete",
                               .definition = kSchemaStoreDefinition,
+                              .former = "",
                               .parts = kSchemaStoreParts,
                               .upgrade = {}};
 

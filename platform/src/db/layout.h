@@ -10,8 +10,8 @@ namespace DBStore::internal {
 struct Part {
   enum class Kind { TABLE, VIEW, TRIGGER };
 
-  Kind kind;
   const char* name;
+  Kind kind;
   int since = 1;  ///< the layout that brought it
 };
 
@@ -28,6 +28,7 @@ struct Layout {
   int oldest;               ///< the least version that is read and written
   const char* journalMode;  ///< as SQLite spells it
   const char* definition;   ///< SQL that makes everything in an empty database
+  const char* former;       ///< what earlier libraries declared in other words
   std::span<const Part> parts;
   std::span<const UpgradeStep>
       upgrade;  ///< from `oldest` to `version`, in one transaction in which

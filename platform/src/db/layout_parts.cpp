@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <initializer_list>
 #include <map>
 #include <string_view>
 #include <utility>
@@ -22,6 +23,14 @@ constexpr const char* kReadColumns =
 
 constexpr const char* kMeddles =
     ", which is not of this layout and could refuse, change or drop what is written";
+
+std::string Words(std::initializer_list<std::string_view> words) {
+  std::string text;
+  for (const std::string_view word : words) {
+    text += word;
+  }
+  return text;
+}
 
 class Rows {
  public:
@@ -128,18 +137,20 @@ class Look {
     return nullptr;
   }
 
-  // SQLite keeps the words of a declaration. A layout before differs in nothing but this.
+  // SQLite keeps the words of a declaration.
   bool IsOurs(std::string_view sql) const {
-    constexpr std::string_view kOfLayout1 = " WITHOUT ROWID";
-    const std::string_view ours = layout_.definition;
-    if (ours.find(sql) != std::string_view::npos) {
+    const auto isOf = [&sql](std::string_view ours) {
+      return ours.find(sql) != std::string_view::npos;
+    };
+    if (isOf(layout_.definition) || isOf(layout_.former)) {
       return true;
     }
+    constexpr std::string_view kOfLayout1 = " WITHOUT ROWID";
     if (!sql.ends_with(kOfLayout1)) {
       return false;
     }
     sql.remove_suffix(kOfLayout1.size());
-    return ours.find(sql) != std::string_view::npos;
+    return isOf(layout_.definition);
   }
 
   int At(const Declared& declared) {
@@ -208,7 +219,7 @@ class Look {
     for (const auto& [name, column] : ours) {
       const auto there = theirs.find(name);
       if (there == theirs.end()) {
-        Wrong(Of::TABLE, table + " has no column " + name);
+        Wrong(Of::TABLE, Words({table, " has no column ", name}));
       } else if (there->second.placeInKey != column.placeInKey) {
         Wrong(Of::TABLE, table + " has another key than its layout");
       } else {
@@ -216,17 +227,19 @@ class Look {
       }
     }
     for (const auto& [name, column] : theirs) {
-      if (column.mustBeGiven) {
+      if (column.placeInKey != 0) {
+        Wrong(Of::TABLE, table + " has another key than its layout");
+      } else if (column.mustBeGiven) {
         Wrong(Of::TABLE,
-              table + " has the column " + name +
-                  ", which is not of this layout, and no row can be written without it",
+              Words({table, " has the column ", name,
+                     ", which is not of this layout, and no row can be written without it"}),
               "remove it or give it a default");
-      } else if (column.placeInKey == 0) {
-        found_.foreign.push_back("the column " + name + " of " + table);
+      } else {
+        found_.foreign.push_back(Words({"the column ", name, " of ", table}));
       }
     }
     if (theirs.empty()) {
-      found_.foreign.push_back("a declaration of " + table + " that is another one");
+      found_.foreign.push_back(Words({"a declaration of ", table, " that is another one"}));
     }
   }
 

@@ -1,9 +1,15 @@
-// SQL of the platform's own on what its layout has beside the library's tables.
+// SQL of the platform's own on what the store has beside the library's tables.
 #pragma once
 
 #include <string_view>
 
 namespace DBStore::internal::Sql {
+
+/// Parameters: key and, of the second, value.
+inline constexpr std::string_view kReadKeyValue = "SELECT Value FROM KeyValue WHERE Key = ?1";
+inline constexpr std::string_view kWriteKeyValue =
+    "INSERT INTO KeyValue(Key, Value) VALUES(?1, ?2) "
+    "ON CONFLICT(Key) DO UPDATE SET Value = excluded.Value";
 
 /// Reads the few rows that tell of all tables.
 inline constexpr std::string_view kFindStagedBases =
