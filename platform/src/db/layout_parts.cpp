@@ -2,14 +2,15 @@
 
 #include "platform/logger.h"
 
+#include "db/declared_columns.h"
 #include "db/last_error.h"
+#include "db/rows.h"
 
 #include <sqlite3.h>
 
 #include <atomic>
 #include <cstdint>
-#include <initializer_list>
-#include <map>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -17,71 +18,8 @@ namespace DBStore::internal {
 namespace {
 
 constexpr const char* kReadParts = "SELECT type, name, tbl_name, sql FROM sqlite_schema";
-constexpr const char* kReadColumns =
-    "SELECT name, pk, \"notnull\" AND dflt_value IS NULL AND hidden = 0 FROM "
-    "pragma_table_xinfo(?1)";
-
 constexpr const char* kMeddles =
     ", which is not of this layout and could refuse, change or drop what is written";
-
-std::string Words(std::initializer_list<std::string_view> words) {
-  std::string text;
-  for (const std::string_view word : words) {
-    text += word;
-  }
-  return text;
-}
-
-class Rows {
- public:
-  Rows(sqlite3* database, const char* sql) {
-    code_ = sqlite3_prepare_v2(database, sql, -1, &statement_, nullptr);
-  }
-  ~Rows() { sqlite3_finalize(statement_); }
-  Rows(const Rows&) = delete;
-  Rows& operator=(const Rows&) = delete;
-
-  void Bind(const char* text) { sqlite3_bind_text(statement_, 1, text, -1, SQLITE_TRANSIENT); }
-  bool Next() {
-    if (code_ == SQLITE_OK || code_ == SQLITE_ROW) {
-      code_ = sqlite3_step(statement_);
-    }
-    return code_ == SQLITE_ROW;
-  }
-  /// An empty text for NULL.
-  std::string Text(int column) const {
-    const unsigned char* text = sqlite3_column_text(statement_, column);
-    return text == nullptr ? std::string() : reinterpret_cast<const char*>(text);
-  }
-  int Number(int column) const { return sqlite3_column_int(statement_, column); }
-  int Code() const { return code_ == SQLITE_DONE ? SQLITE_OK : code_; }
-
- private:
-  sqlite3_stmt* statement_ = nullptr;
-  int code_ = SQLITE_OK;
-};
-
-// As SQLite compares names.
-struct NameOrder {
-  bool operator()(const std::string& a, const std::string& b) const {
-    return sqlite3_stricmp(a.c_str(), b.c_str()) < 0;
-  }
-};
-
-struct Column {
-  int placeInKey = 0;
-  bool mustBeGiven = false;
-};
-using Columns = std::map<std::string, Column, NameOrder>;
-
-int ReadColumns(sqlite3* database, const char* table, Columns& columns) {
-  Rows rows(database, kReadColumns);
-  rows.Bind(table);
-  while (rows.Next()) {
-    columns[rows.Text(0)] = {rows.Number(1), rows.Number(2) != 0};
-  }
-  return rows.Code();
-}
 
 class Look {
  public:
@@ -119,10 +57,10 @@ class Look {
   // Of several faults one is told; a table's tells more than that of a trigger, which may follow from
   // it.
   enum class Of { TABLE, TRIGGER };
-  void Wrong(Of kind, std::string what, const char* mend = "") {
+  void Wrong(Of kind, std::string what, std::string mend = "") {
     if (found_.wrong.empty() || (kind == Of::TABLE && told_ == Of::TRIGGER)) {
       found_.wrong = std::move(what);
-      found_.mend = mend;
+      found_.mend = std::move(mend);
       told_ = kind;
     }
   }
@@ -157,7 +95,7 @@ class Look {
     const bool isTrigger = declared.type == "trigger";
     const Part* const part = Find(declared.name, isTrigger);
     if (part != nullptr && declared.type != "index") {
-      seen_.insert({part->name, {}});
+      seen_.insert(part->name);
       return IsOurs(declared.sql) ? SQLITE_OK : AtAnotherOne(*part, declared);
     }
     const Part* const table = Find(declared.table, false);
@@ -189,65 +127,22 @@ class Look {
     } else if (declared.sql.starts_with("CREATE VIRTUAL")) {
       Wrong(Of::TABLE, name + " is a virtual table");
     } else {
-      return AtColumnsOf(name);
+      PartsFound columns;
+      const int code = CompareColumns(database_, layout_, name, columns);
+      if (!columns.wrong.empty()) {
+        Wrong(Of::TABLE, columns.wrong, columns.mend);
+      }
+      found_.foreign.insert(found_.foreign.end(), columns.foreign.begin(), columns.foreign.end());
+      return code;
     }
     return SQLITE_OK;
-  }
-
-  int AtColumnsOf(const std::string& table) {
-    int code = SQLITE_OK;
-    const DatabaseHandle pattern =
-        OpenFile(":memory:", SQLITE_OPEN_READWRITE | SQLITE_OPEN_MEMORY, code);
-    Columns ours;
-    Columns theirs;
-    if (code == SQLITE_OK) {
-      code = sqlite3_exec(pattern.get(), layout_.definition, nullptr, nullptr, nullptr);
-    }
-    if (code == SQLITE_OK) {
-      code = ReadColumns(pattern.get(), table.c_str(), ours);
-    }
-    if (code == SQLITE_OK) {
-      code = ReadColumns(database_, table.c_str(), theirs);
-    }
-    if (code == SQLITE_OK) {
-      Compare(table, ours, theirs);
-    }
-    return code;
-  }
-
-  void Compare(const std::string& table, const Columns& ours, Columns& theirs) {
-    for (const auto& [name, column] : ours) {
-      const auto there = theirs.find(name);
-      if (there == theirs.end()) {
-        Wrong(Of::TABLE, Words({table, " has no column ", name}));
-      } else if (there->second.placeInKey != column.placeInKey) {
-        Wrong(Of::TABLE, table + " has another key than its layout");
-      } else {
-        theirs.erase(there);
-      }
-    }
-    for (const auto& [name, column] : theirs) {
-      if (column.placeInKey != 0) {
-        Wrong(Of::TABLE, table + " has another key than its layout");
-      } else if (column.mustBeGiven) {
-        Wrong(Of::TABLE,
-              Words({table, " has the column ", name,
-                     ", which is not of this layout, and no row can be written without it"}),
-              "remove it or give it a default");
-      } else {
-        found_.foreign.push_back(Words({"the column ", name, " of ", table}));
-      }
-    }
-    if (theirs.empty()) {
-      found_.foreign.push_back(Words({"a declaration of ", table, " that is another one"}));
-    }
   }
 
   sqlite3* database_;
   const Layout& layout_;
   PartsFound& found_;
   Of told_ = Of::TRIGGER;
-  std::map<std::string, Column, NameOrder> seen_;
+  std::set<std::string_view> seen_;
 };
 
 // One word for a file in a state of its declarations: SQLite counts their changes.
