@@ -2,6 +2,7 @@
 #include "store.h"
 
 #include "platform/host_backup.h"
+#include "platform/host_repair.h"
 #include "platform/host_paths.h"
 #include "platform/host_setup.h"
 #include "platform/schema_store.h"
@@ -259,4 +260,22 @@ HostBackup::Written HostBackup::Backup(const std::string& path, bool /*replace*/
 
 HostBackup::Restored HostBackup::Restore(const std::string& path, bool /*force*/) {
   RefuseFile(path);
+}
+
+HostRepair::Examination HostRepair::Examine() {
+  return {{}, true, true, false};
+}
+std::string HostRepair::MakeKeepingPlace() {
+  RefuseFile("the directory for what a repair keeps");
+}
+HostRepair::Action HostRepair::KeepCopies(const std::string& keepingPlace) {
+  RefuseFile(keepingPlace);
+}
+std::vector<HostRepair::Action> HostRepair::MendFiles(const std::string& /*keepingPlace*/) {
+  return {};
+}
+std::vector<HostRepair::Action> HostRepair::MendDatabases(const std::string& /*keepingPlace*/,
+                                                          bool /*withoutTypes*/,
+                                                          const KeepRows& /*keep*/) {
+  return {};
 }

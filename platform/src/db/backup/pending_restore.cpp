@@ -12,6 +12,7 @@
 #include <sqlite3.h>
 
 #include <cerrno>
+#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <sys/stat.h>
@@ -29,7 +30,9 @@ constexpr const char* kFixedPath = HostPaths::kPendingRestore;
 // and is waited for.
 class BothStores {
  public:
-  BothStores(const BackupFile& backup, const StoreDirectory& directory) {
+  BothStores(const BackupFile& backup, const StoreDirectory& directory,
+             const std::function<void()>& whenLocked = {})
+      : whenLocked_(whenLocked) {
     const std::int64_t end = Clock::Now() + std::int64_t{kWaitLimit} * 1'000'000;
     while (!TryPrepare(backup, directory)) {
       if (Clock::Now() >= end) {
@@ -97,6 +100,9 @@ class BothStores {
     if (!store_->Lock(kWaitLimit)) {
       store_->RaiseLocked();
     }
+    if (whenLocked_) {
+      whenLocked_();
+    }
     store_->Copy();
     if (!types_->Lock(kMoment)) {
       store_.reset();
@@ -106,6 +112,7 @@ class BothStores {
     return true;
   }
 
+  const std::function<void()> whenLocked_;
   std::optional<RestoreTarget> types_;
   std::optional<RestoreTarget> store_;
 };
@@ -215,12 +222,13 @@ void CompleteIn(const StoreDirectory& directory) {
   End(path, directory);
 }
 
-HostBackup::Restored Restore(const BackupFile& backup, const StoreDirectory& directory) {
+HostBackup::Restored Restore(const BackupFile& backup, const StoreDirectory& directory,
+                             const std::function<void()>& whenLocked) {
   HostBackup::Restored result;
   // One that was begun before may have changed one store already.
   const bool wasBegun = IsBegun();
   Draft draft(backup, directory);
-  BothStores stores(backup, directory);
+  BothStores stores(backup, directory, whenLocked);
   stores.Tell(result);
   try {
     draft.Begin(directory);

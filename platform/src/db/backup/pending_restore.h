@@ -8,6 +8,8 @@
 #include "db/backup/backup_file.h"
 #include "db/store_directory.h"
 
+#include <functional>
+
 namespace DBStore::internal::PendingRestore {
 
 /// For the price of a look at a path.
@@ -22,6 +24,9 @@ void CompleteIn(const StoreDirectory& directory);
 
 /// Begins a restore with a backup that was checked, and completes it. What fails before it is begun
 /// leaves the stores as they were.
-HostBackup::Restored Restore(const BackupFile& backup, const StoreDirectory& directory);
+/// \param whenLocked  called, where there is one, when nobody else can write the store any more and
+///                    nothing of it has been written: what it raises ends the restore
+HostBackup::Restored Restore(const BackupFile& backup, const StoreDirectory& directory,
+                             const std::function<void()>& whenLocked = {});
 
 }  // namespace DBStore::internal::PendingRestore

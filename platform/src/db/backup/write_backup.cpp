@@ -3,7 +3,7 @@
 #include "platform/process_locks.h"
 
 #include "db/backup/backup_file.h"
-#include "db/backup/page_copy.h"
+#include "db/backup/part_copy.h"
 #include "db/backup/pending_restore.h"
 #include "db/backup/statements.h"
 #include "db/backup/steps.h"
@@ -47,14 +47,14 @@ class Moment {
   }
 
   void CopyTypes(BackupFile& backup) {
-    Copy(types_, backup.schemaStore, BackupFile::kAlignment, backup);
+    CopyIntoBackup(types_.handle.get(), types_.path, backup.schemaStore, BackupFile::kAlignment,
+                   backup);
     Run(lock_, SchemaStoreLayout(), Sql::kEnd, "unlocking it");
   }
 
   void CopyStore(BackupFile& backup) {
-    const std::int64_t end = backup.schemaStore.begin + backup.schemaStore.length;
-    constexpr std::int64_t kStep = BackupFile::kAlignment;
-    Copy(store_, backup.store, (end + kStep - 1) / kStep * kStep, backup);
+    CopyIntoBackup(store_.handle.get(), store_.path, backup.store, BehindSchemaStore(backup),
+                   backup);
   }
 
  private:
@@ -64,36 +64,6 @@ class Moment {
       RaiseReported();
     }
     return file;
-  }
-
-  static void Copy(const DatabaseFile& from, BackupPart& part, std::int64_t begin,
-                   const BackupFile& backup) {
-    LayoutFound found;
-    int code = ReadLayout(from.handle.get(), *part.layout, found);
-    part.version = found.version;
-    part.begin = begin;
-    if (code == SQLITE_OK) {
-      const DatabaseHandle to = OpenImage({backup.Descriptor(), begin, 0}, true, code);
-      if (code == SQLITE_OK) {
-        PageCopy copy(from.handle.get(), to.get());
-        code = copy.Lock();
-        code = code == SQLITE_OK ? copy.CopyAllButLast() : code;
-        code = code == SQLITE_OK ? copy.Complete() : code;
-      }
-    }
-    if (code != SQLITE_OK) {
-      RaiseSqliteError(code, backup.Name(), from.path,
-                       std::string("copying ") + part.layout->fixedPath + " into it");
-    }
-    const off_t end = lseek(backup.Descriptor(), 0, SEEK_END);
-    part.length = end - begin;
-    // The copy has no write-ahead log: the header's versions of writing and reading say so
-    // (https://sqlite.org/fileformat2.html#file_format_version_numbers).
-    const std::array<unsigned char, 2> withoutLog = {1, 1};
-    if (pwrite(backup.Descriptor(), withoutLog.data(), withoutLog.size(), begin + 18) !=
-        static_cast<ssize_t>(withoutLog.size())) {
-      RaiseSystemError(backup.Name(), "cannot write the backup", errno);
-    }
   }
 
   DatabaseFile lock_;  // beside the other one: SQLite copies nothing from one that may write

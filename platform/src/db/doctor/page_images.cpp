@@ -1,0 +1,123 @@
+#include "db/doctor/page_images.h"
+
+#include "platform/regular_file.h"
+
+#include "db/doctor/records.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <sys/stat.h>
+
+namespace DBStore::internal {
+namespace {
+
+constexpr std::string_view kMagic("SQLite format 3\0", 16);
+constexpr std::size_t kLongestLog = std::size_t{1} << 30U;
+
+// Keeps the log from being written anew while it is read, where the database can be read at all.
+void TryToHoldStill(sqlite3* database) noexcept {
+  sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  sqlite3_exec(database, "BEGIN; SELECT 1 FROM sqlite_schema", nullptr, nullptr, nullptr);
+}
+
+sqlite3_file* FileOf(sqlite3* database) noexcept {
+  sqlite3_file* file = nullptr;
+  sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+  return file != nullptr && file->pMethods != nullptr ? file : nullptr;
+}
+
+bool IsRegular(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+}  // namespace
+
+std::string ReadLogFile(const std::string& database) {
+  const std::string path = database + "-wal";
+  std::string log;
+  std::string again;
+  if (!IsRegular(path) || !ReadRegularFile(path, kLongestLog, log)) {
+    return {};
+  }
+  constexpr int kAttempts = 20;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    if (!ReadRegularFile(path, kLongestLog, again) || again == log) {
+      break;
+    }
+    log.swap(again);
+  }
+  return log;
+}
+
+PageImages::PageImages(const std::string& path) {
+  int code = SQLITE_OK;
+  if (IsRegular(path)) {
+    handle_ = OpenWithSettings(path, false, code);
+  }
+  if (handle_) {
+    TryToHoldStill(handle_.get());
+    if (sqlite3_file* file = FileOf(handle_.get())) {
+      sqlite3_int64 length = 0;
+      file->pMethods->xFileSize(file, &length);
+      fileLength_ = length;
+    }
+  }
+  logBytes_ = ReadLogFile(path);
+  ReadHeader();
+}
+
+void PageImages::ReadHeader() {
+  std::string header;
+  const auto take = [&header, this] {
+    hasHeader_ = header.substr(0, kMagic.size()) == kMagic;
+    if (hasHeader_) {
+      const std::size_t size = ReadBigEndian(std::string_view(header).substr(16), 2);
+      const std::size_t pageSize = size == 1 ? 65536 : size;
+      hasHeader_ = pageSize >= 512 && (pageSize & (pageSize - 1)) == 0;
+      pageSize_ = hasHeader_ ? pageSize : pageSize_;
+      reserved_ = hasHeader_ ? static_cast<unsigned char>(header[20]) : 0;
+    }
+  };
+  if (ReadFile(0, 100, header)) {
+    take();
+  }
+  log_ = ReadLog(logBytes_, pageSize_);
+  if (log_.pages.count(1) != 0) {
+    header = logBytes_.substr(log_.pages.at(1), 100);
+    take();
+  }
+  if (log_.pageSize != 0 && !log_.pages.empty()) {
+    pageSize_ = log_.pageSize;
+  }
+  count_ = static_cast<std::uint32_t>((fileLength_ + static_cast<std::int64_t>(pageSize_) - 1) /
+                                      static_cast<std::int64_t>(pageSize_));
+  if (!log_.pages.empty()) {
+    count_ = std::max(count_, log_.pages.rbegin()->first);
+  }
+}
+
+bool PageImages::ReadFile(std::int64_t offset, std::size_t length, std::string& bytes) const {
+  sqlite3_file* file = handle_ ? FileOf(handle_.get()) : nullptr;
+  if (file == nullptr || offset + static_cast<std::int64_t>(length) > fileLength_) {
+    return false;
+  }
+  bytes.resize(length);
+  return file->pMethods->xRead(file, bytes.data(), static_cast<int>(length), offset) == SQLITE_OK;
+}
+
+bool PageImages::Read(std::uint32_t page, std::string& image) const {
+  if (page == 0 || page > count_) {
+    return false;
+  }
+  const auto logged = log_.pages.find(page);
+  if (logged != log_.pages.end()) {
+    image.assign(logBytes_, logged->second, pageSize_);
+    return true;
+  }
+  const auto size = static_cast<std::int64_t>(pageSize_);
+  return ReadFile((page - 1) * size, pageSize_, image);
+}
+
+}  // namespace DBStore::internal

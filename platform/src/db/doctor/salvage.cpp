@@ -1,0 +1,278 @@
+#include "db/doctor/salvage.h"
+
+#include "db/doctor/query.h"
+#include "db/doctor/row_walk.h"
+#include "db/raising.h"
+#include "json/utf8.h"
+
+#include <map>
+#include <set>
+#include <utility>
+
+namespace DBStore::internal {
+namespace {
+
+using HostRepair::LostRow;
+using Key = std::vector<std::string>;
+
+// The values of a row by the columns of the table that it goes into; they stay where they are when it
+// is moved.
+struct Candidate {
+  std::vector<const Field*> values;  // null for a column that the row has nothing for
+  FoundRow row;
+};
+
+std::int64_t NumberIn(const Candidate& candidate, const TableShape& shape, const char* column) {
+  const auto at = shape.Find(column);
+  return at && candidate.values[*at] != nullptr ? candidate.values[*at]->integer : 0;
+}
+
+class Salvager {
+ public:
+  Salvager(const Layout& layout, const std::string& path)
+      : layout_(layout), images_(path), result_{MakeInMemory(layout), {}, 0, 0, 0} {
+    Check(ReadTableShapes(Database(), shapes_), "reading what should be in it");
+    // Nothing is to be done about rows that come back.
+    sqlite3_db_config(Database(), SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
+  }
+
+  Salvaged Run() {
+    FoundRows found = WalkRows(images_, shapes_);
+    result_.unreadable = found.unreadable;
+    for (FoundRow& row : found.rows) {
+      Choose(std::move(row));
+    }
+    Check(sqlite3_exec(Database(), "BEGIN", nullptr, nullptr, nullptr), "filling it");
+    for (const TableShape& shape : shapes_) {
+      Write(shape);
+    }
+    Check(sqlite3_exec(Database(), "COMMIT", nullptr, nullptr, nullptr), "filling it");
+    for (const IndexedKey& key : found.keys) {
+      TellMissing(key);
+    }
+    sqlite3_db_config(Database(), SQLITE_DBCONFIG_ENABLE_TRIGGER, 1, nullptr);
+    return std::move(result_);
+  }
+
+ private:
+  sqlite3* Database() const noexcept { return result_.database.get(); }
+
+  void Check(int code, const char* what) const {
+    if (code != SQLITE_OK) {
+      RaiseSqliteError(code, layout_.fixedPath, ":memory:", what);
+    }
+  }
+
+  const TableShape* ShapeNamed(const std::string& table) const {
+    for (const TableShape& shape : shapes_) {
+      if (shape.name == table) {
+        return &shape;
+      }
+    }
+    return nullptr;
+  }
+
+  void Lose(const FoundRow& row, const std::string& reason) {
+    LostRow lost{layout_.fixedPath, row.table, reason, {}};
+    const std::vector<std::size_t> order =
+        row.shape ? row.shape->RecordOrder() : std::vector<std::size_t>();
+    for (std::size_t i = 0; i < row.fields.size(); ++i) {
+      lost.cells.push_back(
+          {i < order.size() ? row.shape->columns[order[i]].name : "column " + std::to_string(i + 1),
+           row.fields[i].Text()});
+    }
+    result_.lost.push_back(std::move(lost));
+  }
+
+  // Names are what everything is found by: one that nobody can have written is no row's.
+  static bool IsName(const Field& field) {
+    return field.type != Field::Type::TEXT ||
+           (Json::Utf8::IsValid(field.bytes) && !Json::Utf8::HasControls(field.bytes));
+  }
+
+  void Choose(FoundRow row) {
+    const TableShape* shape = ShapeNamed(row.table);
+    if (!row.isWhole) {
+      Lose(row, "a part of it lay on a page that cannot be read");
+      return;
+    }
+    if (shape == nullptr || !row.shape) {
+      Lose(row, "it is of no table of the store, or it cannot be told of which");
+      return;
+    }
+    Candidate candidate{std::vector<const Field*>(shape->columns.size()), std::move(row)};
+    Key key;
+    std::string reason;
+    Assign(candidate, *shape);
+    if (!MakeKey(candidate, *shape, key, reason)) {
+      Lose(candidate.row, reason);
+      return;
+    }
+    auto& rows = chosen_[shape->name];
+    const auto [there, isNew] = rows.try_emplace(std::move(key));
+    if (!isNew && !IsBetter(candidate, there->second, *shape)) {
+      std::swap(candidate, there->second);
+    }
+    if (!isNew && candidate.row.fields != there->second.row.fields) {
+      Lose(there->second.row, "it is an older state of a row that was found");
+    }
+    there->second = std::move(candidate);
+  }
+
+  // By the names of the columns: the table may be of an older layout, or have been changed.
+  void Assign(Candidate& candidate, const TableShape& shape) {
+    const std::vector<std::size_t> order = candidate.row.shape->RecordOrder();
+    candidate.values.assign(shape.columns.size(), nullptr);
+    for (std::size_t i = 0; i < order.size(); ++i) {
+      const Field& field = candidate.row.fields[i];
+      if (const auto column = shape.Find(candidate.row.shape->columns[order[i]].name)) {
+        candidate.values[*column] = &field;
+      } else if (field.type != Field::Type::NONE) {
+        LostRow lost{layout_.fixedPath, candidate.row.table, "the table has no such column", {}};
+        lost.cells.push_back({candidate.row.shape->columns[order[i]].name, field.Text()});
+        extra_.push_back(std::move(lost));
+      }
+    }
+  }
+
+  static bool MakeKey(const Candidate& candidate, const TableShape& shape, Key& key,
+                      std::string& reason) {
+    for (std::size_t i = 0; i < shape.columns.size(); ++i) {
+      if (shape.columns[i].keyPosition == 0) {
+        continue;
+      }
+      const Field* value = candidate.values[i];
+      if (shape.RowidColumn() == i) {
+        key.push_back(std::to_string(candidate.row.rowid));
+      } else if (value == nullptr || value->type == Field::Type::NONE || !IsName(*value)) {
+        reason = "its " + shape.columns[i].name + " is damaged";
+        return false;
+      } else {
+        key.push_back(*value->Text());
+      }
+    }
+    return true;
+  }
+
+  static bool IsBetter(const Candidate& a, const Candidate& b, const TableShape& shape) {
+    if (a.row.isInTree != b.row.isInTree) {
+      return a.row.isInTree;
+    }
+    return NumberIn(a, shape, "Revision") > NumberIn(b, shape, "Revision");
+  }
+
+  static int BindValue(sqlite3_stmt* statement, int index, const Field& field) {
+    switch (field.type) {
+      case Field::Type::INTEGER:
+        return sqlite3_bind_int64(statement, index, field.integer);
+      case Field::Type::REAL:
+        return sqlite3_bind_double(statement, index, field.real);
+      case Field::Type::TEXT:
+        return sqlite3_bind_text64(statement, index, field.bytes.data(), field.bytes.size(),
+                                   SQLITE_STATIC, SQLITE_UTF8);
+      case Field::Type::BLOB:
+        return sqlite3_bind_blob64(statement, index, field.bytes.data(), field.bytes.size(),
+                                   SQLITE_STATIC);
+      case Field::Type::NONE:
+        break;
+    }
+    return sqlite3_bind_null(statement, index);
+  }
+
+  // The names come from the layout, never from what was found.
+  static std::string InsertInto(const TableShape& shape, const Candidate& candidate) {
+    std::string columns;
+    std::string values;
+    for (std::size_t i = 0; i < shape.columns.size(); ++i) {
+      if (candidate.values[i] != nullptr || shape.RowidColumn() == i) {
+        columns.append(columns.empty() ? "\"" : ", \"").append(shape.columns[i].name).append("\"");
+        values.append(values.empty() ? "?" : ", ?").append(std::to_string(i + 1));
+      }
+    }
+    std::string sql = "INSERT OR REPLACE INTO \"";
+    sql.append(shape.name).append("\"(").append(columns).append(") VALUES(");
+    return sql.append(values).append(")");
+  }
+
+  void Write(const TableShape& shape) {
+    for (const auto& [key, candidate] : chosen_[shape.name]) {
+      Query insert(Database(), InsertInto(shape, candidate));
+      int code = insert.Code();
+      for (std::size_t i = 0; i < shape.columns.size() && code == SQLITE_OK; ++i) {
+        const int index = static_cast<int>(i) + 1;
+        if (shape.RowidColumn() == i) {
+          code = sqlite3_bind_int64(insert.Statement(), index, candidate.row.rowid);
+        } else if (candidate.values[i] != nullptr) {
+          code = BindValue(insert.Statement(), index, *candidate.values[i]);
+        }
+      }
+      if (code == SQLITE_OK) {
+        insert.Step();
+        code = insert.Code();
+      }
+      if ((code & 0xff) == SQLITE_CONSTRAINT) {
+        Lose(candidate.row, std::string("it is refused: ") + sqlite3_errmsg(Database()));
+        continue;
+      }
+      Check(code, "filling it");
+      // A row that only counts something is not what anybody looks for.
+      result_.rows += shape.RowidColumn() ? 0U : 1U;
+      result_.strays += candidate.row.isInTree ? 0U : 1U;
+    }
+    result_.lost.insert(result_.lost.end(), std::make_move_iterator(extra_.begin()),
+                        std::make_move_iterator(extra_.end()));
+    extra_.clear();
+  }
+
+  void TellMissing(const IndexedKey& indexed) {
+    const TableShape* shape = ShapeNamed(indexed.table);
+    if (shape == nullptr) {
+      return;
+    }
+    Key key;
+    LostRow lost{layout_.fixedPath,
+                 indexed.table,
+                 "it lay on a page that cannot be read; its key alone is left",
+                 {}};
+    std::size_t at = 0;
+    for (const ColumnShape& column : shape->columns) {
+      if (column.keyPosition != 0 && at < indexed.key.size()) {
+        const std::optional<std::string> text = indexed.key[at++].Text();
+        key.push_back(text.value_or(std::string()));
+        lost.cells.push_back({column.name, text});
+      }
+    }
+    const auto& rows = chosen_[shape->name];
+    if (at == indexed.key.size() && rows.find(key) == rows.end() &&
+        told_.insert({shape->name, key}).second) {
+      result_.lost.push_back(std::move(lost));
+    }
+  }
+
+  const Layout& layout_;
+  const PageImages images_;
+  Salvaged result_;
+  std::vector<TableShape> shapes_;
+  std::map<std::string, std::map<Key, Candidate>> chosen_;
+  std::vector<LostRow> extra_;
+  std::set<std::pair<std::string, Key>> told_;
+};
+
+}  // namespace
+
+std::string Salvaged::Summary() const {
+  std::string text = std::to_string(rows) + " rows were found";
+  if (strays > 0) {
+    text += ", " + std::to_string(strays) + " of them on pages that nothing leads to any more";
+  }
+  if (unreadable > 0) {
+    text += "; " + std::to_string(unreadable) + " pages could not be read";
+  }
+  return text;
+}
+
+Salvaged Salvage(const Layout& layout, const std::string& path) {
+  return Salvager(layout, path).Run();
+}
+
+}  // namespace DBStore::internal

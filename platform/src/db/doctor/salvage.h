@@ -1,0 +1,31 @@
+// A new database with every row that can still be read of an old one.
+#pragma once
+
+#include "platform/host_repair.h"
+
+#include "db/database_file.h"
+#include "db/layout.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace DBStore::internal {
+
+struct Salvaged {
+  DatabaseHandle database;                ///< in memory, as the layout says
+  std::vector<HostRepair::LostRow> lost;  ///< what has no place in it
+  std::size_t rows = 0;                   ///< that it holds
+  std::size_t strays = 0;                 ///< of them, found where no tree leads to any more
+  std::size_t unreadable = 0;             ///< pages that could not be read
+  std::string Summary() const;
+};
+
+/// Reads the pages of a database and its log. Of several rows with one key, that in the table's tree
+/// counts, then the one of the greatest revision. No row is dropped: what cannot be put in is among
+/// the lost ones, and so is the key of a row of which no more is left. Raises std::runtime_error,
+/// reported.
+/// \param path  may be missing, as long as its log is there
+Salvaged Salvage(const Layout& layout, const std::string& path);
+
+}  // namespace DBStore::internal
