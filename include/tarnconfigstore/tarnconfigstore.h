@@ -6,7 +6,7 @@
 //   exceptions.h, error_codes.h                          what is thrown, and the codes
 //   filter_spec_object.h                                 choosing instances
 //   next_boot_store.h, apply_next_boot.h, boot_state.h   what takes effect at the next boot
-// The others stand alone: backup.h, default_instances.h, diagnostics.h, documents.h, drift.h, dry_run.h, file.h,
+// The others stand alone: backup.h, default_instances.h, diagnostics.h, doctor.h, documents.h, drift.h, dry_run.h, file.h,
 // host.h, kernel_options.h, key_values.h, listing.h, process.h, stored_views.h, type_administration.h. Every header
 // compiles alone, as C++17.
 //
@@ -40,6 +40,7 @@
 #include "tarnconfigstore/contexts.h"
 #include "tarnconfigstore/default_instances.h"
 #include "tarnconfigstore/diagnostics.h"
+#include "tarnconfigstore/doctor.h"
 #include "tarnconfigstore/documents.h"
 #include "tarnconfigstore/drift.h"
 #include "tarnconfigstore/dry_run.h"

@@ -11,6 +11,7 @@
 #include "persistence/connection.h"
 
 #include <exception>
+#include <stdexcept>
 #include <string>
 #include <unistd.h>
 
@@ -60,6 +61,15 @@ void AnnounceIfAllowlisted(const ConfigStoreObjectId& id) {
 }
 
 }  // namespace
+
+std::string WhyNobodyListens() {
+  try {
+    UdsClient(kEndpoint).Connect();
+    return {};
+  } catch (const std::runtime_error& error) {
+    return std::string(kEndpoint) + ": " + error.what();
+  }
+}
 
 bool IsKeeldNotificationEnabled(const DBStore::ConnectionHandle& connection) {
   std::string value;

@@ -5,6 +5,7 @@
 
 #include "platform/db_store.h"
 
+#include <string>
 #include <vector>
 
 namespace TarnConfigStore {
@@ -22,6 +23,10 @@ void NotifyIfAllowlisted(const ConfigStoreObjectId& id) noexcept;
 /// The same for several objects, one after the other; the switch is read once.
 void NotifyIfAllowlisted(const std::vector<ConfigStoreObjectId>& ids,
                          const DBStore::ConnectionHandle& connection) noexcept;
+
+/// Whether an announcement would find somebody who listens: connects as one does, with the time that it
+/// has, and sends nothing. Empty, or why it would not.
+std::string WhyNobodyListens();
 
 /// True exactly when the entry "NOTIFY_KEELD" holds "true"; an entry that cannot be read counts as
 /// off.

@@ -189,15 +189,22 @@ void WriteStagedRecord(const ConfigStoreObjectId& id, NextBootAction action,
   }
 }
 
-NextBootAction ActionFromRow(const RowMap& row) {
+std::optional<NextBootAction> FindAction(const RowMap& row) {
   const std::string_view text = row.Text("BootAction");
   for (const auto& [action, known] : kActions) {
     if (known == text) {
       return action;
     }
   }
-  ThrowFailure("Unknown action for the next boot: " + std::string(text) + ", for " +
-               IdFromRow(row).toString());
+  return std::nullopt;
+}
+
+NextBootAction ActionFromRow(const RowMap& row) {
+  if (const std::optional<NextBootAction> action = FindAction(row)) {
+    return *action;
+  }
+  ThrowFailure("Unknown action for the next boot: " + std::string(row.Text("BootAction")) +
+               ", for " + IdFromRow(row).toString());
 }
 
 void RemoveStagedChange(const ConfigStoreObjectId& id,

@@ -10,6 +10,7 @@
 #include "persistence/row_objects.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace TarnConfigStore {
@@ -66,8 +67,10 @@ std::vector<ObjectHandle> GetRebootRequiredConfigInstancesInternal(
 /// store rows failed.".
 void ForEachStagedChange(const DBStore::ConnectionHandle& connection, const RowVisitor& receiver);
 
-/// What such a row does. A text that is none of the three raises ConfigStoreException 2000.
+/// What such a row does. A text that is none of the three raises ConfigStoreException 2000, or answers
+/// with nothing.
 NextBootAction ActionFromRow(const RowMap& row);
+std::optional<NextBootAction> FindAction(const RowMap& row);
 
 /// Writes a record as a document has it, and nothing else. Raises as the operation that stages such a
 /// change.

@@ -276,6 +276,14 @@ inline constexpr std::string_view READ_DEFAULT_INSTANCES =
     "SELECT Identifier, Version, Value, VitalValue, CachedValue FROM DefaultConfig WHERE Name = ? "
     "AND ConfigGroup = ? AND Component = ? ORDER BY Identifier";
 
+/// The types that there are rows of. Both scan their table: they are asked for all of it.
+inline constexpr std::string_view READ_TYPES_WITH_DEFAULTS =
+    "SELECT DISTINCT Component, ConfigGroup, Name FROM DefaultConfig ORDER BY Component, "
+    "ConfigGroup, Name";
+inline constexpr std::string_view READ_STORED_TYPES =
+    "SELECT DISTINCT Component, ConfigGroup, Name FROM Config ORDER BY Component, ConfigGroup, "
+    "Name";
+
 /// Parameters: name, group, component.
 inline constexpr std::string_view DELETE_DEFAULT_INSTANCES =
     "DELETE FROM DefaultConfig WHERE Name = ? AND ConfigGroup = ? AND Component = ?";

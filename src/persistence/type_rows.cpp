@@ -69,14 +69,37 @@ bool HandOn(const RowMap& row, std::string instanceId,
   return holds;
 }
 
+void ForEachType(const DBStore::ConnectionHandle& connection, std::string_view sql,
+                 const TypeVisitor& visit) {
+  const DBStore::StatementHandle statement =
+      DBStore::internal::Prepare(connection, sql, DBStore::kWaitLimit);
+  ForEachRow(connection, statement, "Get store rows failed.", [&visit](const RowMap& row) {
+    visit(ConfigStoreObjectId(std::string(row.Text("Name")), std::string(row.Text("ConfigGroup")),
+                              std::string(row.Text("Component"))));
+  });
+}
+
 }  // namespace
+
+bool AreDefaultRows(const ConfigStoreObjectId& type, const std::string& version,
+                    std::vector<DefaultRow> rows, const DBStore::ConnectionHandle& connection) {
+  std::sort(rows.begin(), rows.end(),
+            [](const DefaultRow& a, const DefaultRow& b) { return a.instanceId < b.instanceId; });
+  return Equal(ReadRowMaps(connection, READ_DEFAULT_INSTANCES, type), version, rows);
+}
+
+void ForEachTypeWithDefaults(const DBStore::ConnectionHandle& connection,
+                             const TypeVisitor& visit) {
+  ForEachType(connection, READ_TYPES_WITH_DEFAULTS, visit);
+}
+
+void ForEachStoredType(const DBStore::ConnectionHandle& connection, const TypeVisitor& visit) {
+  ForEachType(connection, READ_STORED_TYPES, visit);
+}
 
 void ReplaceDefaultRows(const ConfigStoreObjectId& type, const std::string& version,
                         std::vector<DefaultRow> rows, const DBStore::ConnectionHandle& connection) {
-  std::sort(rows.begin(), rows.end(),
-            [](const DefaultRow& a, const DefaultRow& b) { return a.instanceId < b.instanceId; });
-  const RowMapList stored = ReadRowMaps(connection, READ_DEFAULT_INSTANCES, type);
-  if (Equal(stored, version, rows)) {
+  if (AreDefaultRows(type, version, rows, connection)) {
     return;
   }
   const DBStore::StatementHandle removal = TypeStatement::PrepareAndBind(

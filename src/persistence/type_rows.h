@@ -31,6 +31,17 @@ struct DefaultRow {
 void ReplaceDefaultRows(const ConfigStoreObjectId& type, const std::string& version,
                         std::vector<DefaultRow> rows, const DBStore::ConnectionHandle& connection);
 
+/// Whether they are that already. Raises ConfigStoreException 2000 "Read Instances failed for:
+/// IDENTIFIER".
+bool AreDefaultRows(const ConfigStoreObjectId& type, const std::string& version,
+                    std::vector<DefaultRow> rows, const DBStore::ConnectionHandle& connection);
+
+/// Hands on the types, as identifiers without instance id, that have rows in DefaultConfig; of
+/// Config, with and without values; both sorted. Raise ConfigStoreException 2000 "Get store rows failed.".
+using TypeVisitor = std::function<void(const ConfigStoreObjectId&)>;
+void ForEachTypeWithDefaults(const DBStore::ConnectionHandle& connection, const TypeVisitor& visit);
+void ForEachStoredType(const DBStore::ConnectionHandle& connection, const TypeVisitor& visit);
+
 /// How many instances of a type have a value of any kind in Config. Raises ConfigStoreException
 /// 2000 "Read Instances failed for: IDENTIFIER".
 int CountStoredInstances(const ConfigStoreObjectId& type,
