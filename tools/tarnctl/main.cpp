@@ -41,7 +41,8 @@ Program MakeProgram() {
       .verbs = {InitVerb(),          TypeVerbs(),    GetVerb(),    SetVerb(),       UpdateVerb(),
                 DeleteVerb(),        ValidateVerb(), ListVerb(),   RevisionVerb(),  ExportVerb(),
                 ImportVerb(),        ApplyVerb(),    DiffVerb(),   NextBootVerbs(), BootVerbs(),
-                KernelOptionVerbs(), EntryVerbs(),   BackupVerb(), RestoreVerb(),   WatchVerb()}};
+                KernelOptionVerbs(), EntryVerbs(),   BackupVerb(), RestoreVerb(),   DoctorVerb(),
+                WatchVerb()}};
 }
 
 // A standard descriptor that came closed would be given to the next file or socket that is opened,

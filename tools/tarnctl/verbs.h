@@ -10,6 +10,8 @@ Verb InitVerb();
 /// Both stores in one file, and back.
 Verb BackupVerb();
 Verb RestoreVerb();
+/// What is wrong with the stores, and mending it.
+Verb DoctorVerb();
 /// The key/value entries.
 Verb EntryVerbs();
 
