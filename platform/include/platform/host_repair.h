@@ -40,6 +40,8 @@ Examination Examine();
 struct Cell {
   std::string column;
   std::optional<std::string> text;  ///< nothing for NULL; perhaps no UTF-8
+
+  friend bool operator==(const Cell&, const Cell&) = default;
 };
 
 /// A row that has no place in the tables any more.

@@ -210,7 +210,7 @@ class Check {
 
   void CheckLog() {
     const PageImages images(path_);
-    if (images.Log().hidesCommits) {
+    if (images.Log().HidesCommits()) {
       state_.isSound = false;
       Add(Weight::DAMAGE, "log-damaged",
           "its write-ahead log is damaged: " + std::to_string(images.Log().damagedFrames) +

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstring>
-#include <optional>
 
 namespace DBStore::internal {
 namespace {
@@ -49,21 +48,22 @@ class Log {
   LogImages Read() const {
     LogImages images;
     images.pageSize = pageSize_;
-    const std::optional<std::size_t> last = LastCommit();
-    if (!last) {
-      return images;
+    std::size_t seen = 0;     // frames up to the last commit that SQLite sees
+    std::size_t chained = 0;  // frames that it goes on from
+    while (chained < Count() && IsSound(chained)) {
+      seen = NumberAt(Frame(chained), 4) != 0 ? chained + 1 : seen;
+      ++chained;
     }
-    images.pageCount = NumberAt(Frame(*last), 4);
-    for (std::size_t i = 0; i <= *last; ++i) {
-      if (IsSound(i) || (IsOfThisLog(i) && !HasPredecessor(i))) {
-        // The second: with what its checksum goes on from lost, nothing more can be asked of a frame.
-        images.pages[NumberAt(Frame(i), 0)] = Offset(i) + kFrameHeader;
+    Take(0, seen, images.pages);
+    const std::size_t end = EndOfCommits(chained);
+    if (end > chained) {
+      for (std::size_t i = chained; i < end; ++i) {
+        images.damagedFrames += IsSound(i) ? 0U : 1U;
       }
-      if (!IsSound(i)) {
-        ++images.damagedFrames;
-      }
+      Take(seen, end, images.hidden);
+      // What was written over a damage looks like the rest of what was there.
+      images.hiddenIsNewer = !headerIsSound_ || !IsOfThisLog(chained) || !LooksLikePage(chained);
     }
-    images.hidesCommits = images.damagedFrames > 0;
     return images;
   }
 
@@ -140,13 +140,28 @@ class Log {
     return frame == 0 ? headerIsSound_ : IsOfThisLog(frame - 1);
   }
 
-  std::optional<std::size_t> LastCommit() const {
-    for (std::size_t i = Count(); i-- > 0;) {
-      if (NumberAt(Frame(i), 4) != 0 && IsSound(i)) {
+  void Take(std::size_t begin, std::size_t end, LogImages::Pages& pages) const {
+    for (std::size_t i = begin; i < end; ++i) {
+      // The second: with what its checksum goes on from lost, nothing more can be asked of a frame.
+      if (IsSound(i) || (IsOfThisLog(i) && !HasPredecessor(i))) {
+        pages[NumberAt(Frame(i), 0)] = Offset(i) + kFrameHeader;
+      }
+    }
+  }
+
+  // Behind the last commit from there on that can be read; the beginning where there is none.
+  std::size_t EndOfCommits(std::size_t begin) const {
+    for (std::size_t i = Count(); i > begin; --i) {
+      if (NumberAt(Frame(i - 1), 4) != 0 && IsSound(i - 1)) {
         return i;
       }
     }
-    return std::nullopt;
+    return begin;
+  }
+
+  bool LooksLikePage(std::size_t frame) const {
+    const auto kind = static_cast<unsigned char>(Frame(frame)[kFrameHeader]);
+    return kind == 2 || kind == 5 || kind == 10 || kind == 13;
   }
 
   std::string_view bytes_;

@@ -11,11 +11,17 @@
 namespace DBStore::internal {
 
 struct LogImages {
-  std::size_t pageSize = 0;                    ///< 0 where the log holds nothing
-  std::map<std::uint32_t, std::size_t> pages;  ///< the newest committed image of each, as an offset
-  std::uint32_t pageCount = 0;                 ///< of the database, at the last commit
-  std::size_t damagedFrames = 0;               ///< before the last commit that can be read
-  bool hidesCommits = false;                   ///< from SQLite, for such a frame
+  using Pages = std::map<std::uint32_t, std::size_t>;  ///< the image of each, as an offset
+
+  std::size_t pageSize = 0;       ///< 0 where the log holds nothing
+  Pages pages;                    ///< what SQLite takes out of it
+  Pages hidden;                   ///< what was committed and SQLite does not see
+  std::size_t damagedFrames = 0;  ///< before the last commit that can be read
+  /// The hidden images are newer than what SQLite sees. Otherwise they may be, or be left over from
+  /// before somebody wrote over the damage.
+  bool hiddenIsNewer = false;
+
+  bool HidesCommits() const noexcept { return !hidden.empty(); }
 };
 
 /// Each frame's checksum goes on from that of the frame before, which is written down there: so what

@@ -35,12 +35,12 @@ DatabaseState StateOf(const Layout& layout) {
   return CheckDatabase(layout, ignored);
 }
 
-// Everything that tells when a database was written last. The clock of these times ticks: what is
-// written after a pause shows in them.
+// Everything that tells when a database was written last: a journal comes and goes with what is
+// written, or taken back. The clock of these times ticks: what is written after a pause shows in them.
 std::string Fingerprint() {
   std::string text;
   for (const char* fixedPath : {HostPaths::kStore, HostPaths::kSchemaStore}) {
-    for (const char* suffix : {"", "-wal", "-journal"}) {
+    for (const char* suffix : {"", "-wal"}) {
       struct stat status {};
       if (lstat((HostPaths::Resolve(fixedPath) + suffix).c_str(), &status) == 0) {
         for (const auto number :
@@ -105,7 +105,17 @@ class Recovery {
         throw Overtaken();
       }
     });
+    EmptyLog();
     return actions_;
+  }
+
+  // What a damaged log has behind the restore's own commit would be taken for hidden commits again.
+  static void EmptyLog() {
+    const DatabaseFile store = OpenDatabaseAsItIs(CurrentStoreLayout(), true);
+    if (store) {
+      sqlite3_wal_checkpoint_v2(store.handle.get(), "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr,
+                                nullptr);
+    }
   }
 
   FileDescriptor MakeFile() const {
@@ -149,6 +159,7 @@ class Recovery {
                  std::make_move_iterator(salvaged.lost.end()));
   }
 
+  // What could not be saved is never a success.
   void Tell(const Layout& layout, const Salvaged& salvaged) {
     actions_.push_back(
         {true, "recovered", layout.fixedPath,
@@ -156,6 +167,12 @@ class Recovery {
          "the rows are in the new database, which " + NameOfPath(path_) + " holds as well; " +
              std::to_string(salvaged.lost.size()) +
              " that have no place in it, or of which only a part is left, were put aside"});
+    if (const std::string losses = salvaged.Losses(); !losses.empty()) {
+      actions_.push_back({false, "rows-lost", layout.fixedPath, losses,
+                          "what is lost is in no place but a backup that was made before (`tarnctl "
+                          "restore`), and, as "
+                          "bytes, in the copies of the files"});
+    }
   }
 
   const std::string path_;

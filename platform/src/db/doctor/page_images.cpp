@@ -51,7 +51,7 @@ std::string ReadLogFile(const std::string& database) {
   return log;
 }
 
-PageImages::PageImages(const std::string& path) {
+PageImages::PageImages(const std::string& path, View view) {
   int code = SQLITE_OK;
   if (IsRegular(path)) {
     handle_ = OpenWithSettings(path, false, code);
@@ -65,10 +65,10 @@ PageImages::PageImages(const std::string& path) {
     }
   }
   logBytes_ = ReadLogFile(path);
-  ReadHeader();
+  ReadHeader(view);
 }
 
-void PageImages::ReadHeader() {
+void PageImages::ReadHeader(View view) {
   std::string header;
   const auto take = [&header, this] {
     hasHeader_ = header.substr(0, kMagic.size()) == kMagic;
@@ -84,17 +84,23 @@ void PageImages::ReadHeader() {
     take();
   }
   log_ = ReadLog(logBytes_, pageSize_);
-  if (log_.pages.count(1) != 0) {
-    header = logBytes_.substr(log_.pages.at(1), 100);
+  logged_ = log_.pages;
+  if (view == View::WITH_HIDDEN) {
+    for (const auto& [page, offset] : log_.hidden) {
+      logged_[page] = offset;
+    }
+  }
+  if (const auto first = logged_.find(1); first != logged_.end()) {
+    header = logBytes_.substr(first->second, 100);
     take();
   }
-  if (log_.pageSize != 0 && !log_.pages.empty()) {
+  if (!logged_.empty()) {
     pageSize_ = log_.pageSize;
   }
   count_ = static_cast<std::uint32_t>((fileLength_ + static_cast<std::int64_t>(pageSize_) - 1) /
                                       static_cast<std::int64_t>(pageSize_));
-  if (!log_.pages.empty()) {
-    count_ = std::max(count_, log_.pages.rbegin()->first);
+  if (!logged_.empty()) {
+    count_ = std::max(count_, logged_.rbegin()->first);
   }
 }
 
@@ -111,8 +117,8 @@ bool PageImages::Read(std::uint32_t page, std::string& image) const {
   if (page == 0 || page > count_) {
     return false;
   }
-  const auto logged = log_.pages.find(page);
-  if (logged != log_.pages.end()) {
+  const auto logged = logged_.find(page);
+  if (logged != logged_.end()) {
     image.assign(logBytes_, logged->second, pageSize_);
     return true;
   }

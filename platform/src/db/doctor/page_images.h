@@ -20,7 +20,9 @@ std::string ReadLogFile(const std::string& database);
 /// writes the log anew as long as this lives; nor does its end write anything back.
 class PageImages {
  public:
-  explicit PageImages(const std::string& path);
+  /// What SQLite sees; or, where the log hides commits from it, what it would see with them.
+  enum class View { OF_SQLITE, WITH_HIDDEN };
+  explicit PageImages(const std::string& path, View view = View::OF_SQLITE);
   PageImages(const PageImages&) = delete;
   PageImages& operator=(const PageImages&) = delete;
 
@@ -39,12 +41,13 @@ class PageImages {
   std::int64_t FileLength() const noexcept { return fileLength_; }
 
  private:
-  void ReadHeader();
+  void ReadHeader(View view);
 
   DatabaseHandle handle_;
   std::int64_t fileLength_ = 0;
   std::string logBytes_;
   LogImages log_;
+  LogImages::Pages logged_;
   std::size_t pageSize_ = 4096;
   std::size_t reserved_ = 0;
   std::uint32_t count_ = 0;

@@ -140,7 +140,9 @@ class Walk {
     });
   }
 
+  // It has nothing that its table has not.
   void FollowIndex(const Entry& entry) {
+    const std::size_t before = found_.unreadable;
     FollowTree(entry.root, true, [&](const TreeCell& cell) {
       std::vector<Field> fields;
       if (ReadRecord(cell.payload, fields) && fields.size() > 1) {
@@ -148,6 +150,7 @@ class Walk {
         found_.keys.push_back({entry.table, std::move(fields)});
       }
     });
+    found_.unreadable = before;
   }
 
   // Each page of the list names the next one and those that it holds

@@ -31,7 +31,8 @@ struct IndexedKey {
 struct FoundRows {
   std::vector<FoundRow> rows;
   std::vector<IndexedKey> keys;
-  std::size_t unreadable = 0;  ///< pages that should hold rows, or lead to some, and cannot be read
+  /// Pages of tables, or parts of them, that should hold rows or lead to some, and cannot be read.
+  std::size_t unreadable = 0;
 };
 
 /// Follows the trees of the tables from their roots, as far as they can be read. Then looks at every

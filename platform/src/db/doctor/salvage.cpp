@@ -5,6 +5,7 @@
 #include "db/raising.h"
 #include "json/utf8.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <utility>
@@ -20,6 +21,7 @@ using Key = std::vector<std::string>;
 struct Candidate {
   std::vector<const Field*> values;  // null for a column that the row has nothing for
   FoundRow row;
+  bool isHidden = false;  // of commits that SQLite does not see
 };
 
 std::int64_t NumberIn(const Candidate& candidate, const TableShape& shape, const char* column) {
@@ -30,7 +32,7 @@ std::int64_t NumberIn(const Candidate& candidate, const TableShape& shape, const
 class Salvager {
  public:
   Salvager(const Layout& layout, const std::string& path)
-      : layout_(layout), images_(path), result_{MakeInMemory(layout), {}, 0, 0, 0} {
+      : layout_(layout), path_(path), images_(path), result_{MakeInMemory(layout), {}} {
     Check(ReadTableShapes(Database(), shapes_), "reading what should be in it");
     // Nothing is to be done about rows that come back.
     sqlite3_db_config(Database(), SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
@@ -39,8 +41,13 @@ class Salvager {
   Salvaged Run() {
     FoundRows found = WalkRows(images_, shapes_);
     result_.unreadable = found.unreadable;
+    result_.isBeginningLost = !images_.HasHeader();
+    result_.damagedFrames = images_.Log().damagedFrames;
     for (FoundRow& row : found.rows) {
-      Choose(std::move(row));
+      Choose(std::move(row), false);
+    }
+    if (images_.Log().HidesCommits()) {
+      TakeHidden();
     }
     Check(sqlite3_exec(Database(), "BEGIN", nullptr, nullptr, nullptr), "filling it");
     for (const TableShape& shape : shapes_) {
@@ -55,6 +62,18 @@ class Salvager {
   }
 
  private:
+  void TakeHidden() {
+    const PageImages images(path_, PageImages::View::WITH_HIDDEN);
+    FoundRows found = WalkRows(images, shapes_);
+    for (FoundRow& row : found.rows) {
+      Choose(std::move(row), true);
+    }
+    if (result_.isBeginningLost && images.HasHeader()) {
+      result_.isBeginningLost = false;
+      result_.unreadable = found.unreadable;
+    }
+  }
+
   sqlite3* Database() const noexcept { return result_.database.get(); }
 
   void Check(int code, const char* what) const {
@@ -81,7 +100,13 @@ class Salvager {
           {i < order.size() ? row.shape->columns[order[i]].name : "column " + std::to_string(i + 1),
            row.fields[i].Text()});
     }
-    result_.lost.push_back(std::move(lost));
+    // What SQLite sees and what it does not may both have it.
+    const auto isSame = [&lost](const LostRow& other) {
+      return other.table == lost.table && other.cells == lost.cells;
+    };
+    if (std::none_of(result_.lost.begin(), result_.lost.end(), isSame)) {
+      result_.lost.push_back(std::move(lost));
+    }
   }
 
   // Names are what everything is found by: one that nobody can have written is no row's.
@@ -90,7 +115,7 @@ class Salvager {
            (Json::Utf8::IsValid(field.bytes) && !Json::Utf8::HasControls(field.bytes));
   }
 
-  void Choose(FoundRow row) {
+  void Choose(FoundRow row, bool isHidden) {
     const TableShape* shape = ShapeNamed(row.table);
     if (!row.isWhole) {
       Lose(row, "a part of it lay on a page that cannot be read");
@@ -100,7 +125,7 @@ class Salvager {
       Lose(row, "it is of no table of the store, or it cannot be told of which");
       return;
     }
-    Candidate candidate{std::vector<const Field*>(shape->columns.size()), std::move(row)};
+    Candidate candidate{std::vector<const Field*>(shape->columns.size()), std::move(row), isHidden};
     Key key;
     std::string reason;
     Assign(candidate, *shape);
@@ -108,15 +133,20 @@ class Salvager {
       Lose(candidate.row, reason);
       return;
     }
-    auto& rows = chosen_[shape->name];
-    const auto [there, isNew] = rows.try_emplace(std::move(key));
+    const auto [there, isNew] = chosen_[shape->name].try_emplace(std::move(key));
     if (!isNew && !IsBetter(candidate, there->second, *shape)) {
       std::swap(candidate, there->second);
     }
-    if (!isNew && candidate.row.fields != there->second.row.fields) {
-      Lose(there->second.row, "it is an older state of a row that was found");
+    // What was written over is nothing that anybody misses.
+    if (!isNew && candidate.row.fields != there->second.row.fields &&
+        !IsOlder(there->second, candidate, *shape)) {
+      Lose(there->second.row, "another state of the row was found, which may be the newer one");
     }
     there->second = std::move(candidate);
+  }
+
+  static bool IsOlder(const Candidate& a, const Candidate& b, const TableShape& shape) {
+    return NumberIn(a, shape, "Revision") < NumberIn(b, shape, "Revision");
   }
 
   // By the names of the columns: the table may be of an older layout, or have been changed.
@@ -154,11 +184,14 @@ class Salvager {
     return true;
   }
 
-  static bool IsBetter(const Candidate& a, const Candidate& b, const TableShape& shape) {
-    if (a.row.isInTree != b.row.isInTree) {
+  bool IsBetter(const Candidate& a, const Candidate& b, const TableShape& shape) const {
+    if (a.isHidden == b.isHidden && a.row.isInTree != b.row.isInTree) {
       return a.row.isInTree;
     }
-    return NumberIn(a, shape, "Revision") > NumberIn(b, shape, "Revision");
+    if (NumberIn(a, shape, "Revision") != NumberIn(b, shape, "Revision")) {
+      return IsOlder(b, a, shape);
+    }
+    return a.isHidden != b.isHidden && a.isHidden == images_.Log().hiddenIsNewer;
   }
 
   static int BindValue(sqlite3_stmt* statement, int index, const Field& field) {
@@ -246,10 +279,12 @@ class Salvager {
     if (at == indexed.key.size() && rows.find(key) == rows.end() &&
         told_.insert({shape->name, key}).second) {
       result_.lost.push_back(std::move(lost));
+      ++result_.keysAlone;
     }
   }
 
   const Layout& layout_;
+  const std::string path_;
   const PageImages images_;
   Salvaged result_;
   std::vector<TableShape> shapes_;
@@ -265,8 +300,28 @@ std::string Salvaged::Summary() const {
   if (strays > 0) {
     text += ", " + std::to_string(strays) + " of them on pages that nothing leads to any more";
   }
+  return text;
+}
+
+std::string Salvaged::Losses() const {
+  std::string text;
+  const auto add = [&text](const std::string& part) {
+    text.append(text.empty() ? "" : "; ").append(part);
+  };
+  if (isBeginningLost) {
+    add("the first page is lost, so that nothing tells whether others are: rows may be missing, "
+        "and "
+        "rows that were deleted last may be back");
+  }
   if (unreadable > 0) {
-    text += "; " + std::to_string(unreadable) + " pages could not be read";
+    add(std::to_string(unreadable) + " pages could not be read: the rows on them are lost");
+  }
+  if (keysAlone > 0) {
+    add("of " + std::to_string(keysAlone) + " rows nothing but the key is left");
+  }
+  if (damagedFrames > 0) {
+    add(std::to_string(damagedFrames) +
+        " pages of the log could not be read: rows on them may be as they were before, or missing");
   }
   return text;
 }

@@ -18,7 +18,13 @@ struct Salvaged {
   std::size_t rows = 0;                   ///< that it holds
   std::size_t strays = 0;                 ///< of them, found where no tree leads to any more
   std::size_t unreadable = 0;             ///< pages that could not be read
+  std::size_t keysAlone = 0;              ///< rows of which an index knew, and no more is left
+  bool isBeginningLost = false;           ///< the page that says what the others are
+  std::size_t damagedFrames = 0;          ///< of the log: newer states of pages
+
   std::string Summary() const;
+  /// Why rows may be missing, or be older than they were; empty when nothing is.
+  std::string Losses() const;
 };
 
 /// Reads the pages of a database and its log. Of several rows with one key, that in the table's tree
