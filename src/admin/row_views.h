@@ -6,7 +6,6 @@
 #include "persistence/row_objects.h"
 #include "persistence/type_rows.h"
 
-#include <array>
 #include <optional>
 #include <string>
 #include <vector>

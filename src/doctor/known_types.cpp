@@ -6,7 +6,8 @@
 #include "doctor/findings.h"
 
 #include <algorithm>
-#include <stdexcept>
+#include <exception>
+#include <new>
 #include <utility>
 
 namespace TarnConfigStore {
@@ -16,7 +17,9 @@ KnownTypes::KnownTypes(std::vector<TypeFiles::KeptType> kept) {
     KnownType known{std::move(type), nullptr};
     try {
       known.schema = TypeFiles::Load(known.kept);
-    } catch (const std::runtime_error&) {
+    } catch (const std::bad_alloc&) {
+      throw;
+    } catch (const std::exception&) {
       // It counts as damaged.
     }
     const TarnSchemaStore::TypeName name = known.kept.name;

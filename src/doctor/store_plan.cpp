@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -128,7 +129,11 @@ void StorePlan::PlanStagedChange(const RowMap& change, bool mayChange) {
     return;
   }
   const SchemaHandle type = types_.Find(id);
-  if (!type && IsStored(id, true)) {
+  // Where its type is damaged, or all types are lost, it is the types that have to come back.
+  const bool isTypeGone = !types_.All().empty() &&
+                          types_.All().count({id.component, id.group, id.key}) == 0 &&
+                          !IsStored(id, true);
+  if (!type && !isTypeGone) {
     plan_.findings.push_back(
         RowFinding(DoctorSeverity::WARNING, "staged-unknown-type", kStaged, id,
                    "a change of a type is staged that is not installed: it cannot be applied",

@@ -133,8 +133,8 @@ class Check {
           state_.isSalvageable = !ReadLogFile(path_).empty();
           Add(Weight::DAMAGE, "unreadable", "it is empty: its content was lost",
               isTypes_ ? "`tarnctl doctor --repair --types PATH...` makes it again from type files"
-                       : kSalvage,
-              true);
+                       : kRestoreIt,
+              state_.isSalvageable);
         } else {
           Add(Weight::DAMAGE, "foreign-database",
               "it is a database of something else (application " +

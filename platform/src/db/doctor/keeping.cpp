@@ -18,6 +18,7 @@
 #include <cstdio>
 #include <ctime>
 #include <fcntl.h>
+#include <filesystem>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -152,8 +153,15 @@ Action KeepCopies(const std::string& keepingPlace) {
     }
   }
   const ProcessLocks::Guard guard(ProcessLocks::Rank::WHOLE_STORES);
-  CopyRaw(HostPaths::kStore, keepingPlace);
-  CopyRaw(HostPaths::kSchemaStore, keepingPlace);
+  try {
+    CopyRaw(HostPaths::kStore, keepingPlace);
+    CopyRaw(HostPaths::kSchemaStore, keepingPlace);
+  } catch (const std::runtime_error&) {
+    // Halves of copies are of no use, least of all on a full disk.
+    std::error_code ignored;
+    std::filesystem::remove_all(keepingPlace, ignored);
+    throw;
+  }
   return {true, "backup", StoresDirectoryName(),
           "the files of the stores were copied as they were, since no backup can be made of them",
           NameOfPath(keepingPlace)};

@@ -211,6 +211,11 @@ void PutBack(const Layout& layout, const DatabaseState& state, std::vector<Actio
   }
   for (const SchemaEntry& entry : state.missing) {
     make(entry, "-missing", " was made");
+    if (entry.type == "table") {
+      done.push_back({false, "rows-lost", layout.fixedPath,
+                      entry.name + " is empty: what it held went with it",
+                      "in no place but a backup that was made before (`tarnctl restore`)"});
+    }
   }
   run(Sql::kCommitMending);
   if (code != SQLITE_OK) {

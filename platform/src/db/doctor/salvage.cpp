@@ -316,6 +316,10 @@ std::string Salvaged::Losses() const {
   if (unreadable > 0) {
     add(std::to_string(unreadable) + " pages could not be read: the rows on them are lost");
   }
+  if (lost.size() > keysAlone) {
+    add(std::to_string(lost.size() - keysAlone) +
+        " rows, or what is left of them, have no place in the new database, and were put aside");
+  }
   if (keysAlone > 0) {
     add("of " + std::to_string(keysAlone) + " rows nothing but the key is left");
   }
