@@ -14,6 +14,11 @@ DatabaseHandle OpenInMemory(int& code) {
   return OpenFile(":memory:", kFlags, code);
 }
 
+int RefuseQuestions(void* /*context*/, int action, const char* /*first*/, const char* /*second*/,
+                    const char* /*database*/, const char* /*trigger*/) {
+  return action == SQLITE_SELECT ? SQLITE_DENY : SQLITE_OK;
+}
+
 }  // namespace
 
 std::vector<std::size_t> TableShape::RecordOrder() const {
@@ -96,14 +101,20 @@ int ReadSchemaEntries(sqlite3* database, std::vector<SchemaEntry>& entries) {
 std::optional<TableShape> ShapeOf(const std::string& definition) {
   int code = SQLITE_OK;
   const DatabaseHandle scratch = OpenInMemory(code);
-  if (code != SQLITE_OK) {
+  if (code != SQLITE_OK || definition.rfind("CREATE TABLE", 0) != 0) {
     return std::nullopt;
   }
-  // Of a damaged database, the text may be anything: it is prepared alone, and only a definition runs.
-  Query define(scratch.get(), definition);
+  // Of a damaged database, the text may be anything: it is run alone, and may ask for nothing.
+  sqlite3_set_authorizer(scratch.get(), RefuseQuestions, nullptr);
+  {
+    Query define(scratch.get(), definition);
+    if (define.Step() || define.Code() != SQLITE_OK) {
+      return std::nullopt;
+    }
+  }
+  sqlite3_set_authorizer(scratch.get(), nullptr, nullptr);
   std::vector<TableShape> shapes;
-  if (definition.rfind("CREATE TABLE", 0) != 0 || define.Step() || define.Code() != SQLITE_OK ||
-      ReadTableShapes(scratch.get(), shapes) != SQLITE_OK || shapes.size() != 1) {
+  if (ReadTableShapes(scratch.get(), shapes) != SQLITE_OK || shapes.size() != 1) {
     return std::nullopt;
   }
   return std::move(shapes.front());
