@@ -2,8 +2,8 @@
 #include "store.h"
 
 #include "platform/host_backup.h"
-#include "platform/host_repair.h"
 #include "platform/host_paths.h"
+#include "platform/host_repair.h"
 #include "platform/host_setup.h"
 #include "platform/schema_store.h"
 
