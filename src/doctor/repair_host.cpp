@@ -30,7 +30,7 @@ class Repair {
     Add({HostRepair::KeepCopies(report_.keepingPlace)});
     Try("files", HostPaths::kStore, [this] { Add(HostRepair::MendFiles(report_.keepingPlace)); });
     Try("databases", HostPaths::kStore, [this] {
-      Add(HostRepair::MendDatabases(report_.keepingPlace, !options_.typePaths.empty(),
+      Add(HostRepair::MendDatabases(report_.keepingPlace, HasGoodTypes(),
                                     [this](const std::vector<HostRepair::LostRow>& rows) {
                                       putAside_.SetRecovered(rows);
                                       putAside_.Write();
@@ -65,6 +65,12 @@ class Repair {
       action.where = "where it was: this step changed nothing";
       report_.actions.push_back(std::move(action));
     }
+  }
+
+  bool HasGoodTypes() const {
+    const std::vector<TypeReport> files = CheckTypes(options_.typePaths);
+    return std::any_of(files.begin(), files.end(),
+                       [](const TypeReport& file) { return file.outcome != TypeOutcome::INVALID; });
   }
 
   // Forced, since a type that is lost is better than none, whatever its objects hold: those that do

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <iterator>
 #include <new>
 #include <optional>
 #include <utility>
@@ -74,12 +75,34 @@ void StorePlan::PlanRows() {
     const SchemaHandle schema = types_.Find(type);
     ForEachStoredRow(type, connection_, [&](const StoredRow& stored) {
       const ConfigStoreObjectId id(type.key, type.group, type.component, stored.instanceId);
-      StoredRow row = stored;
-      if (PlanRow(id, schema, row, plan_)) {
-        rows_.emplace_back(id, std::move(row));
-      }
+      PlanStoredRow(id, schema, stored);
     });
   }
+}
+
+// A row that cannot be judged keeps no other from being.
+void StorePlan::PlanStoredRow(const ConfigStoreObjectId& id, const SchemaHandle& type,
+                              StoredRow row) {
+  MendPlan plan;
+  try {
+    if (PlanRow(id, type, row, plan)) {
+      rows_.emplace_back(id, std::move(row));
+    }
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception& failure) {
+    plan = MendPlan();
+    plan.findings.push_back(RowFinding(
+        DoctorSeverity::FAULT, "row-not-judged", "Config", id,
+        std::string("it could not be held against its type: ") + failure.what(),
+        "look at it (`tarnctl get`), and set what fits; it stays as it is until then", false));
+  }
+  const auto append = [](auto& to, auto& from) {
+    to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
+  };
+  append(plan_.findings, plan.findings);
+  append(plan_.actions, plan.actions);
+  append(plan_.putAside, plan.putAside);
 }
 
 bool StorePlan::IsStored(const ConfigStoreObjectId& id, bool wholeType) const {

@@ -31,6 +31,7 @@ class StorePlan {
   };
 
   void PlanRows();
+  void PlanStoredRow(const ConfigStoreObjectId& id, const SchemaHandle& type, StoredRow row);
   void PlanStaged();
   void PlanStagedChange(const RowMap& change, bool mayChange);
   void PlanDefaults();

@@ -171,6 +171,42 @@ TEST_F(DamagedFiles, TheLogOverwritten) {
   }
 }
 
+TEST_F(DamagedFiles, TheLogOverwrittenAndWrittenOn) {
+  WriteToLog(40);
+  Overwrite(store_ + "-wal",
+            static_cast<std::int64_t>(std::filesystem::file_size(store_ + "-wal")) / 2, 4096);
+  // Whoever writes next goes on where SQLite stops reading; what it leaves behind that is older.
+  ASSERT_EQ(InChild([&] {
+              sqlite3* database = nullptr;
+              sqlite3_open(store_.c_str(), &database);
+              return sqlite3_exec(
+                  database,
+                  "PRAGMA wal_autocheckpoint=0; UPDATE Config SET UserValue = "
+                  "'{\"name\":\"s40\",\"mtu\":7}', Revision = 2000 WHERE Identifier "
+                  "= 's40'; INSERT INTO KeyValue VALUES('NEW', '1')",
+                  nullptr, nullptr, nullptr);
+            }),
+            0);
+  EXPECT_EQ(Kinds(ExamineHost().findings), "log-damaged");
+  EXPECT_FALSE(RepairHost({}).IsDamaged());
+  const Rows after = Look();
+  EXPECT_EQ(after.size(), Rows::size_type{kRows + 40 + 3});
+  EXPECT_EQ(Sql("SELECT Revision, UserValue FROM Config WHERE Identifier = 's40'").at(0),
+            R"(2000 {"name":"s40","mtu":7})");
+  EXPECT_EQ(Sql("SELECT COUNT(*) FROM Config WHERE Revision = 1000").at(0), "39");
+}
+
+TEST_F(DamagedFiles, ATypesStoreThatIsOnlyLockedIsNotLost) {
+  TestSupport::WriteFile(host_.Root() + "/other.json", TestSupport::TypeFile("other", "1.0"));
+  const std::string before = Read(types_);
+  sqlite3* database = nullptr;
+  sqlite3_open(types_.c_str(), &database);
+  sqlite3_exec(database, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
+  EXPECT_FALSE(RepairHost({{host_.Root() + "/other.json"}}).IsHealthy());
+  sqlite3_close(database);
+  EXPECT_EQ(Read(types_), before);
+}
+
 TEST_F(DamagedFiles, ALargeValueWhosePagesAreLostIsPutAsideAsFarAsItCanBeRead) {
   Sql(R"(INSERT INTO Config(Component, ConfigGroup, Name, Identifier, Version, UserValue) VALUES
       ('tarn', 'test', 'plain', '', '1.0', '{"name":"large )" +

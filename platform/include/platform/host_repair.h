@@ -28,7 +28,7 @@ struct Examination {
   /// What the database layer can read without writing anything first.
   bool canReadStore = false;
   bool canReadTypes = false;
-  /// The schema store is not there, or nothing can be read of it: type files can take its place.
+  /// The schema store is not there, or SQLite can read nothing of it: type files can take its place.
   bool typesAreLost = false;
 };
 

@@ -75,6 +75,7 @@ class Check {
               : kRestoreIt;
       // Its log may have outlived it.
       state_.isSalvageable = isMissing && !ReadLogFile(path_).empty();
+      state_.isLost = isMissing;
       Add(Weight::DAMAGE, isMissing ? "missing" : "not-a-file", Reason(), advice,
           state_.isSalvageable);
       return false;
@@ -104,8 +105,10 @@ class Check {
       state_.hasJournal = true;
       state_.isSound = true;
       Add(Weight::WARNING, "journal",
-          "a process that ended in the middle of a write left its journal, which has to be taken "
-          "back before anybody reads",
+          code == SQLITE_READONLY_ROLLBACK
+              ? "a process that ended in the middle of a write left its journal, which has to be "
+                "taken back before anybody reads"
+              : "its write-ahead log has lost its index, which takes a writer to make again",
           "the next who may write it does that by opening it; `tarnctl doctor --repair` as well",
           true);
       return;
@@ -113,6 +116,7 @@ class Check {
     const ErrorKind kind = ErrorKindOf(code);
     if (kind == ErrorKind::CORRUPT) {
       state_.isSalvageable = true;
+      state_.isLost = true;
       Add(Weight::DAMAGE, "unreadable", "SQLite cannot read it: " + Said(code), kSalvage, true);
     } else if (kind == ErrorKind::BUSY) {
       Add(Weight::FAULT, "busy", "others keep it locked: " + Said(code), "try again, or stop them");
@@ -131,6 +135,7 @@ class Check {
       case LayoutFound::SOMETHING_ELSE:
         if (IsEmpty()) {
           state_.isSalvageable = !ReadLogFile(path_).empty();
+          state_.isLost = true;
           Add(Weight::DAMAGE, "unreadable", "it is empty: its content was lost",
               isTypes_ ? "`tarnctl doctor --repair --types PATH...` makes it again from type files"
                        : kRestoreIt,

@@ -32,7 +32,7 @@ Examination Examine() {
     const DatabaseState types = CheckDatabase(SchemaStoreLayout(), result.findings);
     result.canReadStore = isFree && store.isReadable;
     result.canReadTypes = isFree && types.isReadable;
-    result.typesAreLost = !types.isReadable && !types.hasJournal;
+    result.typesAreLost = types.isLost;
   } catch (const std::runtime_error& failure) {
     result.findings.push_back({Weight::FAULT, "not-examined", StoresDirectoryName(), "",
                                failure.what(), "try again", false});

@@ -138,7 +138,7 @@ class Recovery {
       CopyIntoBackup(file.handle.get(), path, part, begin, backup);
       return;
     }
-    const bool mayBeEmpty = &layout == &SchemaStoreLayout() && withoutTypes_;
+    const bool mayBeEmpty = &layout == &SchemaStoreLayout() && withoutTypes_ && state.isLost;
     if (!state.isSalvageable && !mayBeEmpty) {
       Raise(ErrorKind::OTHER, 0,
             std::string(layout.fixedPath) +
@@ -254,7 +254,7 @@ std::vector<Action> MendDatabases(const std::string& keepingPlace, bool withoutT
         PutBack(*layout, state, actions);
       } else if (state.isSalvageable) {
         needsRecovery = true;
-      } else if (layout == &SchemaStoreLayout() && withoutTypes) {
+      } else if (layout == &SchemaStoreLayout() && withoutTypes && state.isLost) {
         (state.isThere ? needsRecovery : lacksTypes) = true;
       }
     }
