@@ -116,10 +116,10 @@ TEST_F(DamagedFiles, NoiseAnywhere) {
   const Rows before = Look();
   const auto size = static_cast<std::int64_t>(std::filesystem::file_size(store_));
   std::mt19937 random(20);
-  for (int round = 0; round < 40; ++round) {
+  for (int round = 0; round < 12; ++round) {
     SCOPED_TRACE(round);
     Revert();
-    for (int place = 0; place < 3; ++place) {
+    for (int place = 0; place < 5; ++place) {
       Overwrite(store_, static_cast<std::int64_t>(random()) % size, random() % 300);
     }
     const Report report = RepairHost({});
@@ -409,6 +409,79 @@ TEST_F(DamagedFiles, ARestoreThatWasBegun) {
   EXPECT_TRUE(report.IsHealthy()) << report.ToJson();
   EXPECT_EQ(Look(), before);
   EXPECT_EQ(Read(report.keepingPlace + "/restore-1"), "no backup");
+}
+
+// What a step leaves that fails, or whose process is killed, the next repair completes.
+TEST_F(DamagedFiles, ARepairThatIsBrokenOffAtAnyStepCanBeRunAgain) {
+  const Rows before = Look();
+  const auto pages = static_cast<std::int64_t>(std::filesystem::file_size(store_) / 4096);
+  for (const bool isKilled : {false, true}) {
+    for (int step = 0, reached = 1; reached != 0; ++step) {
+      SCOPED_TRACE((isKilled ? "killed at step " : "failed at step ") + std::to_string(step));
+      Revert();
+      Overwrite(store_, (pages - 1) * 4096, 4096);
+      reached = InChild([&] {
+        int countdown = step;
+        DBStore::testing::SetHook([&](DBStore::testing::Operation asked, std::string_view) {
+          if (asked != DBStore::testing::Operation::COPY || countdown-- != 0) {
+            return 0;
+          }
+          return isKilled ? (_exit(1), 1) : 1;
+        });
+        const Report report = RepairHost({});
+        return report.IsHealthy() ? 2 : countdown < 0 ? 1 : 0;
+      });
+      ASSERT_LT(reached, 2) << "a success that lost rows, or was broken off";
+      RepairHost({});
+      EXPECT_EQ(Kinds(ExamineHost().findings), "");
+      for (const auto& [key, row] : Look()) {
+        const auto was = before.find(key);
+        EXPECT_TRUE(was != before.end() && was->second == row) << key;
+      }
+      EXPECT_GE(2 * Look().size(), before.size());
+      ASSERT_LT(step, 60);
+    }
+  }
+}
+
+TEST_F(DamagedFiles, NothingIsFoundInAStoreThatOthersWriteMeanwhile) {
+  TestSupport::ChildProcess writer([this] {
+    sqlite3* database = nullptr;
+    sqlite3_open(store_.c_str(), &database);
+    sqlite3_busy_timeout(database, 3000);
+    int failures = 0;
+    for (int i = 0; i < 400; ++i) {
+      // Now and then much at once, now and then something that is taken back, and the log anew.
+      const std::string sql =
+          i % 10 == 0   ? "BEGIN; UPDATE Config SET Revision = Revision + 1; ROLLBACK"
+          : i % 10 == 1 ? "UPDATE Config SET Revision = Revision + 1"
+          : i % 50 == 2 ? "PRAGMA wal_checkpoint(RESTART)"
+                        : "UPDATE Config SET Revision = Revision + 1 WHERE Identifier = 's" +
+                              std::to_string(i % 300) + "'";
+      failures += sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr) == 0 ? 0 : 1;
+    }
+    return failures;
+  });
+  for (int i = 0; i < 15; ++i) {
+    EXPECT_EQ(Kinds(ExamineHost().findings), "");
+  }
+  EXPECT_EQ(writer.Wait(), 0);
+}
+
+TEST_F(DamagedFiles, WhoMayNotReadThemIsTold) {
+  chmod(host_.Root().c_str(), 0755);
+  chmod(store_.c_str(), 0);
+  chmod(types_.c_str(), 0);
+  EXPECT_EQ(TestSupport::AsPlainUser([this] {
+              const Report report = ExamineHost();
+              // Their modes are wrong as well, and not this user's to change.
+              EXPECT_EQ(Kinds(report.findings),
+                        "rights rights rights rights not-readable not-readable");
+              EXPECT_EQ(Actions(RepairHost({})), "");
+              return HasFailure() ? 1 : 0;
+            }),
+            0);
+  EXPECT_TRUE(RepairHost({}).IsHealthy());
 }
 
 TEST_F(DamagedFiles, ExaminingWritesNothingAndWaitsForNobody) {
