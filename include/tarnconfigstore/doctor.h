@@ -90,8 +90,8 @@ struct RepairOptions {
 ///    modes are set.
 /// 3. Triggers, indexes, views and tables that are missing are made again. A database that is damaged is
 ///    read page by page, its log with it, and every row that can still be read goes into a new one, which
-///    takes its place as a restored one does: who has it open sees it from then on. Where others write
-///    meanwhile, it begins again.
+///    takes its place as a restored one does: who has it open sees it from then on. It has the layout
+///    that InitializeHost makes. Where others write meanwhile, it begins again.
 /// 4. Types are installed from the files given, as far as they are not there.
 /// 5. In one transaction: values that are no JSON are put aside, data that carry another instance's id
 ///    get that of their row, members are moved to the part that their type says, staged changes that

@@ -1,7 +1,6 @@
 // Mending the databases.
 #include "platform/host_paths.h"
 #include "platform/host_repair.h"
-#include "platform/host_setup.h"
 #include "platform/process_locks.h"
 
 #include "db/backup/backup_file.h"
@@ -244,7 +243,6 @@ std::vector<Action> MendDatabases(const std::string& keepingPlace, bool withoutT
                                   const KeepRows& keep) {
   std::vector<Action> actions;
   bool needsRecovery = false;
-  bool lacksTypes = false;
   {
     const ProcessLocks::Guard guard(ProcessLocks::Rank::WHOLE_STORES);
     for (const Layout* layout : {&CurrentStoreLayout(), &SchemaStoreLayout()}) {
@@ -252,21 +250,15 @@ std::vector<Action> MendDatabases(const std::string& keepingPlace, bool withoutT
       const DatabaseState state = StateOf(*layout);
       if (state.isSound) {
         PutBack(*layout, state, actions);
-      } else if (state.isSalvageable) {
+      } else if (state.isSalvageable ||
+                 (layout == &SchemaStoreLayout() && withoutTypes && state.isLost)) {
         needsRecovery = true;
-      } else if (layout == &SchemaStoreLayout() && withoutTypes && state.isLost) {
-        (state.isThere ? needsRecovery : lacksTypes) = true;
       }
     }
   }
   if (needsRecovery) {
     std::vector<Action> recovered = Recovery(keepingPlace, withoutTypes).Run(keep);
     actions.insert(actions.end(), recovered.begin(), recovered.end());
-  } else if (lacksTypes) {
-    const HostSetup::Result made = HostSetup::Initialize();
-    actions.push_back({made.ok, "missing", HostPaths::kSchemaStore,
-                       made.ok ? "an empty one was made for the types" : made.failure,
-                       made.ok ? "the rows are where they were" : ""});
   }
   return actions;
 }

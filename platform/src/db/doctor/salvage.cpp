@@ -41,7 +41,7 @@ class Salvager {
   Salvaged Run() {
     FoundRows found = WalkRows(images_, shapes_);
     result_.unreadable = found.unreadable;
-    result_.isBeginningLost = !images_.HasHeader();
+    result_.isBeginningLost = images_.Count() > 0 && !images_.HasHeader();
     result_.damagedFrames = images_.Log().damagedFrames;
     for (FoundRow& row : found.rows) {
       Choose(std::move(row), false);
