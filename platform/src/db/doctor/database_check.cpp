@@ -11,6 +11,7 @@
 #include "db/last_error.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -40,7 +41,9 @@ class Check {
     state_.isThere = true;
     int code = SQLITE_OK;
     handle_ = OpenWithSettings(path_, false, code);
-    sqlite3_db_config(handle_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    if (handle_) {
+      sqlite3_db_config(handle_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    }
     LayoutFound found;
     if (code == SQLITE_OK) {
       code = ReadLayout(handle_.get(), layout_, found);
@@ -96,7 +99,8 @@ class Check {
   }
 
   std::string Said(int code) const {
-    return std::string(sqlite3_errmsg(handle_.get())) + " (" + std::to_string(code) + ")";
+    return std::string(handle_ ? sqlite3_errmsg(handle_.get()) : sqlite3_errstr(code)) + " (" +
+           std::to_string(code) + ")";
   }
 
   void TellUnreadable(int code) {
@@ -120,9 +124,13 @@ class Check {
       Add(Weight::DAMAGE, "unreadable", "SQLite cannot read it: " + Said(code), kSalvage, true);
     } else if (kind == ErrorKind::BUSY) {
       Add(Weight::FAULT, "busy", "others keep it locked: " + Said(code), "try again, or stop them");
-    } else {
+    } else if (kind == ErrorKind::PERMISSION ||
+               (handle_ && sqlite3_system_errno(handle_.get()) == EACCES)) {
       Add(Weight::FAULT, "not-readable", Said(code) + "; " + MissingReadRight(path_),
           "run as its owner, or as root");
+    } else {
+      Add(Weight::DAMAGE, "not-readable", "the system cannot read it: " + Said(code),
+          "look at the disk, and at what the kernel says of it; then restore a backup");
     }
   }
 

@@ -29,7 +29,7 @@ std::string NameOfPath(const std::string& path) {
   return path.substr(HostPaths::GetRoot().size());
 }
 
-bool MoveInto(const std::string& directory, const std::string& path) noexcept {
+bool MoveInto(const std::string& directory, const std::string& path) {
   const std::string to = directory + path.substr(path.rfind('/'));
   return renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0;
 }
@@ -68,9 +68,11 @@ void Finish(const FileDescriptor& file, const std::string& path) {
 }
 
 // The database through SQLite's own descriptor; what lies beside it, which nobody locks, as a file.
-// The index of the log has nothing that the log has not.
-void CopyRaw(const char* fixedPath, const std::string& keepingPlace) {
-  constexpr std::int64_t kBlock = std::int64_t{1} << 18U;
+// The index of the log has nothing that the log has not. Answers how many blocks the disk would not
+// give: they are zeros in the copy.
+std::size_t CopyRaw(const char* fixedPath, const std::string& keepingPlace) {
+  constexpr std::int64_t kBlock = 4096;
+  std::size_t unreadable = 0;
   const std::string path = HostPaths::Resolve(fixedPath);
   const std::string to = keepingPlace + path.substr(path.rfind('/'));
   const PageImages images(path);
@@ -81,7 +83,8 @@ void CopyRaw(const char* fixedPath, const std::string& keepingPlace) {
     for (std::int64_t offset = 0; offset < images.FileLength(); offset += kBlock) {
       const std::int64_t length = std::min(kBlock, images.FileLength() - offset);
       if (!images.ReadFile(offset, static_cast<std::size_t>(length), block)) {
-        RaiseSystemError(fixedPath, "cannot be read at byte " + std::to_string(offset), EIO);
+        block.assign(static_cast<std::size_t>(length), '\0');
+        ++unreadable;
       }
       WriteAll(file, NameOfPath(to), block);
     }
@@ -100,6 +103,7 @@ void CopyRaw(const char* fixedPath, const std::string& keepingPlace) {
       Finish(file, to + suffix);
     }
   }
+  return unreadable;
 }
 
 bool IsFitForABackup() {
@@ -153,9 +157,10 @@ Action KeepCopies(const std::string& keepingPlace) {
     }
   }
   const ProcessLocks::Guard guard(ProcessLocks::Rank::WHOLE_STORES);
+  std::size_t unreadable = 0;
   try {
-    CopyRaw(HostPaths::kStore, keepingPlace);
-    CopyRaw(HostPaths::kSchemaStore, keepingPlace);
+    unreadable =
+        CopyRaw(HostPaths::kStore, keepingPlace) + CopyRaw(HostPaths::kSchemaStore, keepingPlace);
   } catch (const std::runtime_error&) {
     // Halves of copies are of no use, least of all on a full disk.
     std::error_code ignored;
@@ -163,7 +168,10 @@ Action KeepCopies(const std::string& keepingPlace) {
     throw;
   }
   return {true, "backup", StoresDirectoryName(),
-          "the files of the stores were copied as they were, since no backup can be made of them",
+          "the files of the stores were copied as they were, since no backup can be made of them" +
+              (unreadable == 0 ? std::string()
+                               : "; " + std::to_string(unreadable) +
+                                     " blocks that the disk does not give are zeros there"),
           NameOfPath(keepingPlace)};
 }
 

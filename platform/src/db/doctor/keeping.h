@@ -9,6 +9,6 @@ namespace DBStore::internal {
 std::string NameOfPath(const std::string& path);
 
 /// Moves a file into a directory beside it, under its own name. False, with errno.
-bool MoveInto(const std::string& directory, const std::string& path) noexcept;
+bool MoveInto(const std::string& directory, const std::string& path);
 
 }  // namespace DBStore::internal
