@@ -278,8 +278,7 @@ TEST_F(DamagedFiles, AJournalIsTakenBackByARepairAlone) {
 }
 
 TEST_F(DamagedFiles, WhatIsWrittenWhileRowsAreLookedForIsNotLost) {
-  const auto pages = static_cast<std::int64_t>(std::filesystem::file_size(store_) / 4096);
-  Overwrite(store_, (pages - 1) * 4096, 4096);
+  Overwrite(store_, PageOfRows(), 4096);
   int copies = 0;
   DBStore::testing::SetHook([&](DBStore::testing::Operation, std::string_view step) {
     if (step == "making the copy" && copies++ == 0) {
@@ -393,6 +392,20 @@ TEST_F(DamagedFiles, RightsAndLeftOvers) {
   EXPECT_EQ(status.st_mode & 07777U, 0700U);
 }
 
+TEST_F(DamagedFiles, AreFoundWhereAnAdministratorPutsThem) {
+  const std::string elsewhere = host_.Root() + "/elsewhere";
+  std::filesystem::rename(Directory(), elsewhere);
+  std::filesystem::create_directory_symlink(elsewhere, Directory());
+  EXPECT_EQ(Kinds(ExamineHost().findings), "");
+  TestSupport::InChild([&] {
+    sqlite3* database = nullptr;
+    sqlite3_open((elsewhere + "/current-store-1").c_str(), &database);
+    return sqlite3_exec(database, "DROP TRIGGER ConfigModified", nullptr, nullptr, nullptr);
+  });
+  EXPECT_EQ(Actions(RepairHost({})), "backup trigger-missing");
+  EXPECT_EQ(Kinds(ExamineHost().findings), "");
+}
+
 TEST_F(DamagedFiles, ARestoreThatWasBegun) {
   const std::string backup = host_.Root() + "/backup";
   const std::string marker = host_.Path(HostPaths::kPendingRestore);
@@ -415,12 +428,12 @@ TEST_F(DamagedFiles, ARestoreThatWasBegun) {
 // What a step leaves that fails, or whose process is killed, the next repair completes.
 TEST_F(DamagedFiles, ARepairThatIsBrokenOffAtAnyStepCanBeRunAgain) {
   const Rows before = Look();
-  const auto pages = static_cast<std::int64_t>(std::filesystem::file_size(store_) / 4096);
+  const std::int64_t page = PageOfRows();
   for (const bool isKilled : {false, true}) {
     for (int step = 0, reached = 1; reached != 0; ++step) {
       SCOPED_TRACE((isKilled ? "killed at step " : "failed at step ") + std::to_string(step));
       Revert();
-      Overwrite(store_, (pages - 1) * 4096, 4096);
+      Overwrite(store_, page, 4096);
       reached = InChild([&] {
         int countdown = step;
         DBStore::testing::SetHook([&](DBStore::testing::Operation asked, std::string_view) {
@@ -502,7 +515,7 @@ TEST_F(DamagedFiles, ExaminingWritesNothingAndWaitsForNobody) {
   EXPECT_EQ(Kinds(ExamineHost().findings), "");
   EXPECT_EQ(Actions(RepairHost({})), "");
   writer.Run("ROLLBACK");
-  Overwrite(store_, 8 * 4096, 4096);
+  Overwrite(store_, PageOfRows(), 4096);
   TestSupport::WriteFile(types_ + ".new", "x");
   const std::string before = snapshot();
   EXPECT_TRUE(ExamineHost().IsDamaged());

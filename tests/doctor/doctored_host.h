@@ -60,6 +60,11 @@ class DoctoredHost : public ::testing::Test {
               0);
   }
 
+  /// Where the last page with rows of Config begins.
+  std::int64_t PageOfRows() const {
+    return static_cast<std::int64_t>(Read(store_).rfind("\"serial\"") / 4096 * 4096);
+  }
+
   /// Every row of the tables that hold values, by its key: a store that cannot be read has none.
   Rows Look() const {
     Rows rows;

@@ -55,21 +55,6 @@ void ReportUnreachable(const Layout& layout, const std::string& path, int error)
   }
 }
 
-// The directory may be reached through links that an administrator made; from there on no link is
-// followed. An empty text with errno set when there is no such directory or no way into it.
-std::string CanonicalPath(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  char directory[PATH_MAX];
-  if (realpath(path.substr(0, slash + 1).c_str(), directory) == nullptr) {
-    return std::string();
-  }
-  std::string canonical(directory);
-  if (canonical != "/") {
-    canonical += '/';
-  }
-  return canonical.append(path, slash + 1, std::string::npos);
-}
-
 // Whether it is worth giving the file to SQLite, which would take an empty file for an empty
 // database and names hardly any of these reasons.
 bool LooksLikeDatabase(const Layout& layout, const std::string& path) {
@@ -290,6 +275,19 @@ bool IdentifyFile(const std::string& path, FileIdentity& identity) noexcept {
   }
   identity = {status.st_dev, status.st_ino, status.st_mode, status.st_uid, status.st_gid};
   return true;
+}
+
+std::string CanonicalPath(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  char directory[PATH_MAX];
+  if (realpath(path.substr(0, slash + 1).c_str(), directory) == nullptr) {
+    return std::string();
+  }
+  std::string canonical(directory);
+  if (canonical != "/") {
+    canonical += '/';
+  }
+  return canonical.append(path, slash + 1, std::string::npos);
 }
 
 DatabaseFile OpenDatabase(const Layout& layout, bool writable) {

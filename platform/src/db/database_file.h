@@ -60,6 +60,11 @@ DatabaseFile OpenDatabase(const Layout& layout, bool writable);
 /// The same in the middle of a restore.
 DatabaseFile OpenDatabaseAsItIs(const Layout& layout, bool writable);
 
+/// The path with its directory's links followed: an administrator may have made some on the way there.
+/// From there on no link is followed. Empty, with errno set, when there is no such directory or no way
+/// into it.
+std::string CanonicalPath(const std::string& path);
+
 /// Opens a file with SQLite, whatever is in it. Like all that answers with an SQLite result code, it
 /// reports nothing.
 DatabaseHandle OpenFile(const char* path, int flags, int& code) noexcept;

@@ -40,7 +40,7 @@ class Check {
     }
     state_.isThere = true;
     int code = SQLITE_OK;
-    handle_ = OpenWithSettings(path_, false, code);
+    handle_ = OpenWithSettings(CanonicalPath(path_), false, code);
     if (handle_) {
       sqlite3_db_config(handle_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     }

@@ -131,12 +131,16 @@ bool WrongRights::CanBeMended() const noexcept {
 std::vector<WrongRights> FindWrongRights() {
   std::vector<WrongRights> wrong;
   struct stat directory {};
-  if (!Look(StoresDirectory(), directory) || !S_ISDIR(directory.st_mode)) {
+  if (stat(StoresDirectory().c_str(), &directory) != 0 || !S_ISDIR(directory.st_mode)) {
     return wrong;
   }
-  AddIfWrong(StoresDirectory(), StoresDirectoryName(), directory,
-             ((directory.st_mode & kRights) | 0700U) & ~mode_t{0002}, directory.st_uid,
-             directory.st_gid, wrong);
+  // Where an administrator put a link there, what it leads to is theirs.
+  struct stat own {};
+  if (Look(StoresDirectory(), own) && S_ISDIR(own.st_mode)) {
+    AddIfWrong(StoresDirectory(), StoresDirectoryName(), directory,
+               ((directory.st_mode & kRights) | 0700U) & ~mode_t{0002}, directory.st_uid,
+               directory.st_gid, wrong);
+  }
   for (const char* fixedPath : kDatabases) {
     const std::string path = HostPaths::Resolve(fixedPath);
     struct stat database {};

@@ -130,11 +130,12 @@ class Recovery {
     const std::string path = HostPaths::Resolve(layout.fixedPath);
     const DatabaseState state = StateOf(layout);
     if (state.isSound) {
-      const DatabaseFile file = OpenDatabaseAsItIs(layout, false);
-      if (!file) {
-        RaiseReported();
+      int code = SQLITE_OK;
+      const DatabaseHandle handle = OpenWithSettings(CanonicalPath(path), false, code);
+      if (code != SQLITE_OK) {
+        RaiseSqliteError(code, layout.fixedPath, path, "reading it for the recovery");
       }
-      CopyIntoBackup(file.handle.get(), path, part, begin, backup);
+      CopyIntoBackup(handle.get(), path, part, begin, backup);
       return;
     }
     const bool mayBeEmpty = &layout == &SchemaStoreLayout() && withoutTypes_ && state.isLost;
@@ -185,15 +186,14 @@ void PutBack(const Layout& layout, const DatabaseState& state, std::vector<Actio
   if (state.missing.empty() && state.changed.empty()) {
     return;
   }
-  const DatabaseFile file = OpenDatabaseAsItIs(layout, true);
-  if (!file) {
-    RaiseReported();
-  }
-  std::vector<Action> done;
+  // Past the database layer, which may not open what lacks a part.
   int code = SQLITE_OK;
+  const DatabaseHandle handle =
+      OpenWithSettings(CanonicalPath(HostPaths::Resolve(layout.fixedPath)), true, code);
+  std::vector<Action> done;
   const auto run = [&](const std::string& sql) {
     if (code == SQLITE_OK) {
-      code = sqlite3_exec(file.handle.get(), sql.c_str(), nullptr, nullptr, nullptr);
+      code = sqlite3_exec(handle.get(), sql.c_str(), nullptr, nullptr, nullptr);
     }
   };
   const auto make = [&](const SchemaEntry& entry, const char* kind, const char* message) {
@@ -218,7 +218,7 @@ void PutBack(const Layout& layout, const DatabaseState& state, std::vector<Actio
   }
   run(Sql::kCommitMending);
   if (code != SQLITE_OK) {
-    const std::string reason = sqlite3_errmsg(file.handle.get());
+    const std::string reason = handle ? sqlite3_errmsg(handle.get()) : sqlite3_errstr(code);
     actions.push_back({false, "layout", layout.fixedPath, "cannot be mended: " + reason, ""});
     return;
   }

@@ -54,7 +54,7 @@ std::string ReadLogFile(const std::string& database) {
 PageImages::PageImages(const std::string& path, View view) {
   int code = SQLITE_OK;
   if (IsRegular(path)) {
-    handle_ = OpenWithSettings(path, false, code);
+    handle_ = OpenWithSettings(CanonicalPath(path), false, code);
   }
   if (handle_) {
     TryToHoldStill(handle_.get());
