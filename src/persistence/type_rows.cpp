@@ -98,7 +98,8 @@ void ForEachStoredType(const DBStore::ConnectionHandle& connection, const TypeVi
 }
 
 void ReplaceDefaultRows(const ConfigStoreObjectId& type, const std::string& version,
-                        std::vector<DefaultRow> rows, const DBStore::ConnectionHandle& connection) {
+                        const std::vector<DefaultRow>& rows,
+                        const DBStore::ConnectionHandle& connection) {
   if (AreDefaultRows(type, version, rows, connection)) {
     return;
   }

@@ -29,7 +29,8 @@ struct DefaultRow {
 /// caller's transaction undoes what was written by then.
 /// \param type  an identifier without instance id
 void ReplaceDefaultRows(const ConfigStoreObjectId& type, const std::string& version,
-                        std::vector<DefaultRow> rows, const DBStore::ConnectionHandle& connection);
+                        const std::vector<DefaultRow>& rows,
+                        const DBStore::ConnectionHandle& connection);
 
 /// Whether they are that already. Raises ConfigStoreException 2000 "Read Instances failed for:
 /// IDENTIFIER".

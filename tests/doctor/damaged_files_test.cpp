@@ -58,27 +58,25 @@ class DamagedFiles : public TestSupport::DoctoredHost {
 
   // Rows in the log alone, by a process that was killed.
   void WriteToLog(int rows) {
-    ASSERT_EQ(InChild([&] {
-                sqlite3* database = nullptr;
-                sqlite3_open(store_.c_str(), &database);
-                sqlite3_exec(database, "PRAGMA wal_autocheckpoint=0", nullptr, nullptr, nullptr);
-                int failures = 0;
-                for (int i = 0; i < rows; ++i) {
-                  const std::string id = "w" + std::to_string(i);
-                  const std::string sql =
-                      "INSERT INTO Config(Component, ConfigGroup, Name, Identifier, Version, "
-                      "UserValue) VALUES('tarn', 'test', 'switch', '" +
-                      id + "', '2.1', '{\"name\":\"" + id +
-                      "\"}'); UPDATE Config SET VitalValue = '{\"name\":\"s" +
-                      std::to_string(i + 1) +
-                      "\",\"serial\":\"new\"}', Revision = 1000 WHERE "
-                      "Identifier = 's" +
-                      std::to_string(i + 1) + "'";
-                  failures += sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr);
-                }
-                return failures;
-              }),
-              0);
+    ASSERT_EQ(
+        InChild([&] {
+          sqlite3* database = nullptr;
+          sqlite3_open(store_.c_str(), &database);
+          sqlite3_exec(database, "PRAGMA wal_autocheckpoint=0", nullptr, nullptr, nullptr);
+          int failures = 0;
+          for (int i = 0; i < rows; ++i) {
+            char* const sql = sqlite3_mprintf(
+                "INSERT INTO Config(Component, ConfigGroup, Name, Identifier, Version, UserValue) "
+                "VALUES('tarn', 'test', 'switch', 'w%d', '2.1', '{\"name\":\"w%d\"}'); "
+                "UPDATE Config SET VitalValue = '{\"name\":\"s%d\",\"serial\":\"new\"}', "
+                "Revision = 1000 WHERE Identifier = 's%d'",
+                i, i, i + 1, i + 1);
+            failures += sqlite3_exec(database, sql, nullptr, nullptr, nullptr);
+            sqlite3_free(sql);
+          }
+          return failures;
+        }),
+        0);
   }
 
   void SetUp() override { std::filesystem::copy_file(store_, sound_); }
@@ -141,7 +139,7 @@ TEST_F(DamagedFiles, NoiseAnywhere) {
 TEST_F(DamagedFiles, ATruncatedStore) {
   const Rows before = Look();
   const auto size = std::filesystem::file_size(store_);
-  for (const auto length : {size - 4096, size - 3 * 4096 - 100}) {
+  for (const auto length : {size - 4096, size - 12'388}) {
     Revert();
     std::filesystem::resize_file(store_, length);
     ExpectRepaired(before, std::to_string(length) + " bytes left");
@@ -213,10 +211,8 @@ TEST_F(DamagedFiles, ALargeValueWhosePagesAreLostIsPutAsideAsFarAsItCanBeRead) {
       std::string(40'000, 'y') + "\"}')");
   Settle();
   const std::string bytes = Read(store_);
-  Overwrite(
-      store_,
-      static_cast<std::int64_t>(bytes.find(std::string(4000, 'y'), 3 * 4096) / 4096 + 3) * 4096,
-      4096);
+  Overwrite(store_, static_cast<std::int64_t>(bytes.find(std::string(4000, 'y')) / 4096 + 3) * 4096,
+            4096);
   const Report report = RepairHost({});
   EXPECT_EQ(Actions(report), "backup recovered rows-lost!");
   // What is left of the value, with the noise that it ends in.
