@@ -113,6 +113,7 @@ Argument DataArgument() {
 std::vector<Argument> DataOrSecretArguments() {
   Argument data = DataArgument();
   data.isRequired = false;
+  data.help += "; a secret given so can be seen by every user of the host, and gets a warning";
   return {
       std::move(data),
       {.name = kSecret,
