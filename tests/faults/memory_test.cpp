@@ -68,14 +68,19 @@ void ValidateData() {
   Json::Document data;
   ASSERT_TRUE(Json::Parse(
       R"({"a":"xyza","b":"^[a-z]{1,3}$","c":"b\u00fccher.example","x-l":[1,2,[3]]})", data));
+  const auto validate = [&] {
+    Json::Document findings;
+    JsonValidator::Validate(schema, data, findings, {0, 1}, "");
+    return findings.Size();
+  };
+  validate();  // tables that are made once would have the first allocations fail again and again
   unsigned failures = 0;
   for (bool struck = true; struck; ++failures) {
     Arm(Kind::ALLOCATION, failures + 1, false);
     try {
-      Json::Document findings;
-      JsonValidator::Validate(schema, data, findings, {0, 1}, "");
+      const unsigned found = validate();
       struck = Disarm();
-      EXPECT_EQ(findings.Size(), 0U) << "after failure " << failures;
+      EXPECT_EQ(found, 0U) << "after failure " << failures;
     } catch (const std::bad_alloc&) {
       Disarm();
     }

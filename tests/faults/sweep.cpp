@@ -164,11 +164,12 @@ class Trial {
     if (const std::string locked = host.Locked(); !locked.empty()) {
       wrong(locked);
     }
-    Again(caller, reference, isBetween, "the same handle", wrong);
-    if (asksOthers) {
+    // First the others, whom what was left behind would keep out.
+    if (asksOthers && !isBetween) {
       Caller other;
       Again(other, reference, false, "another handle", wrong);
     }
+    Again(caller, reference, isBetween, "the same handle", wrong);
     return problem;
   }
 
