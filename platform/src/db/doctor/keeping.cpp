@@ -5,13 +5,13 @@
 #include "platform/host_paths.h"
 #include "platform/host_repair.h"
 #include "platform/process_locks.h"
-#include "platform/regular_file.h"
 
 #include "db/backup/pending_restore.h"
 #include "db/doctor/database_check.h"
 #include "db/doctor/file_check.h"
 #include "db/doctor/page_images.h"
 #include "db/raising.h"
+#include "json/text_file.h"
 
 #include <array>
 #include <cerrno>
@@ -91,15 +91,15 @@ std::size_t CopyRaw(const char* fixedPath, const std::string& keepingPlace) {
     Finish(file, to);
   }
   for (const char* suffix : {"-wal", "-journal"}) {
-    std::string bytes;
     constexpr std::size_t kLongest = std::size_t{1} << 30U;
     if (lstat((path + suffix).c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
         status.st_size > 0) {
-      if (!ReadRegularFile(path + suffix, kLongest, bytes)) {
-        RaiseSystemError(std::string(fixedPath) + suffix, "cannot be read", errno);
+      const Json::TextFile bytes = Json::ReadTextFile(path + suffix, kLongest);
+      if (!bytes) {
+        RaiseSystemError(std::string(fixedPath) + suffix, "cannot be read", bytes.error);
       }
       const FileDescriptor file = MakeCopy(to + suffix);
-      WriteAll(file, NameOfPath(to + suffix), bytes);
+      WriteAll(file, NameOfPath(to + suffix), bytes.text);
       Finish(file, to + suffix);
     }
   }

@@ -1,13 +1,13 @@
 #include "db/doctor/page_images.h"
 
-#include "platform/regular_file.h"
-
 #include "db/doctor/records.h"
+#include "json/text_file.h"
 
 #include <sqlite3.h>
 
 #include <algorithm>
 #include <sys/stat.h>
+#include <utility>
 
 namespace DBStore::internal {
 namespace {
@@ -36,19 +36,22 @@ bool IsRegular(const std::string& path) {
 
 std::string ReadLogFile(const std::string& database) {
   const std::string path = database + "-wal";
-  std::string log;
-  std::string again;
-  if (!IsRegular(path) || !ReadRegularFile(path, kLongestLog, log)) {
+  if (!IsRegular(path)) {
+    return {};
+  }
+  Json::TextFile log = Json::ReadTextFile(path, kLongestLog);
+  if (!log) {
     return {};
   }
   constexpr int kAttempts = 20;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    if (!ReadRegularFile(path, kLongestLog, again) || again == log) {
+    Json::TextFile again = Json::ReadTextFile(path, kLongestLog);
+    if (!again || again.text == log.text) {
       break;
     }
-    log.swap(again);
+    log = std::move(again);
   }
-  return log;
+  return std::move(log.text);
 }
 
 PageImages::PageImages(const std::string& path, View view) {
