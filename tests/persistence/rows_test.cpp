@@ -253,9 +253,10 @@ TEST_F(Rows, AreFoundByTheKeyUnlessAllAreAskedFor) {
          DROP_PENDING_OF_TYPE, READ_KERNEL_OPTIONS);
   expect("SEARCH Config" + group + ")", READ_GROUP);
   expect("SEARCH Config USING KEY (Component=?)", READ_COMPONENT);
-  expect("SCAN Config\n", READ_CONTENTS, READ_CONFIRMED_CONTENTS, READ_STORED_TYPES);
+  expect("SCAN Config\n", READ_CONTENTS, READ_CONFIRMED_CONTENTS);
   expect("SCAN DefaultConfig", READ_TYPES_WITH_DEFAULTS);
   const std::string inOrder = OnLayout1() ? "\n" : " USING KEY\n";
+  expect("SCAN Config" + inOrder, READ_STORED_TYPES);
   for (const auto& statements : {LIST_STORED, READ_USER_VALUES, READ_AUTOMATIC_VALUES,
                                  READ_VITAL_VALUES, READ_CACHED_VALUES, READ_PENDING_VALUES}) {
     expectByPrefix("Config", inOrder, statements);
