@@ -24,33 +24,33 @@ struct ThreadError {
   std::size_t length = 0;
   char message[kLongestMessage + 1] = {};
 };
-constinit thread_local ThreadError current;
+constinit thread_local ThreadError threadError;
 
 void Keep(ErrorKind kind, int code, std::initializer_list<std::string_view> message) noexcept {
-  current.kind = kind;
-  current.code = code;
-  current.length = 0;
+  threadError.kind = kind;
+  threadError.code = code;
+  threadError.length = 0;
   for (const std::string_view piece : message) {
-    const std::string_view fits = Json::Utf8::Fitting(piece, kLongestMessage - current.length);
-    std::memcpy(current.message + current.length, fits.data(), fits.size());
-    current.length += fits.size();
+    const std::string_view fits = Json::Utf8::Fitting(piece, kLongestMessage - threadError.length);
+    std::memcpy(threadError.message + threadError.length, fits.data(), fits.size());
+    threadError.length += fits.size();
     if (fits.size() < piece.size()) {
       break;
     }
   }
-  current.message[current.length] = '\0';
+  threadError.message[threadError.length] = '\0';
 }
 
 }  // namespace
 
 LastError GetLastError() {
-  return {current.kind, current.code, std::string(current.message, current.length)};
+  return {threadError.kind, threadError.code, std::string(threadError.message, threadError.length)};
 }
 
 void ClearLastError() noexcept {
-  current.kind = ErrorKind::NONE;
-  current.code = 0;
-  current.length = 0;
+  threadError.kind = ErrorKind::NONE;
+  threadError.code = 0;
+  threadError.length = 0;
 }
 
 namespace internal {
@@ -86,7 +86,7 @@ void ReportFailure(ErrorKind kind, int code, std::string_view message) noexcept 
 void ReportFailure(ErrorKind kind, int code,
                    std::initializer_list<std::string_view> message) noexcept {
   Keep(kind, code, message);
-  CSLogger::Log(CSLogger::kFailure, "%s", current.message);
+  CSLogger::Log(CSLogger::kFailure, "%s", threadError.message);
 }
 
 void ReportSqliteFailure(sqlite3* database, int code, std::string_view path,

@@ -12,7 +12,7 @@
 namespace DBStore::internal {
 namespace {
 
-constexpr std::string_view kMagic("SQLite format 3\0", 16);
+constexpr std::string_view kDatabaseMagic("SQLite format 3\0", 16);
 constexpr std::size_t kLongestLog = std::size_t{1} << 30U;
 
 // Keeps the log from being written anew while it is read, where the database can be read at all.
@@ -74,7 +74,7 @@ PageImages::PageImages(const std::string& path, View view) {
 void PageImages::ReadHeader(View view) {
   std::string header;
   const auto take = [&header, this] {
-    hasHeader_ = header.substr(0, kMagic.size()) == kMagic;
+    hasHeader_ = header.substr(0, kDatabaseMagic.size()) == kDatabaseMagic;
     if (hasHeader_) {
       const std::size_t size = ReadBigEndian(std::string_view(header).substr(16), 2);
       const std::size_t pageSize = size == 1 ? 65536 : size;
