@@ -62,65 +62,60 @@ std::string Look(const std::string& path) {
   return seen;
 }
 
+using Step = std::function<void()>;
+
+// What is left of a step that was not done yet, is before or after it.
+void LoseItDuring(const char* name, const std::vector<Step>& steps,
+                  const TestSupport::TemporaryHost& host, Durability::RecordedDisk& disk) {
+  const std::filesystem::path store = host.Path(HostPaths::kStore);
+  const std::filesystem::path types = host.Path(HostPaths::kSchemaStore);
+  const std::filesystem::path place = host.Root() + "/image";
+  std::vector<std::string> states = {Look(store)};
+  disk.Record(store.parent_path());
+  for (const Step& step : steps) {
+    step();
+    disk.Promise();
+    states.push_back(Look(store));
+    ASSERT_EQ(states.back().find("FAULT"), std::string::npos) << states.back();
+  }
+  const unsigned seed = std::random_device()();
+  std::mt19937 random(seed);
+  std::size_t images = 0;
+  std::size_t early = 0;  // with what nobody was told yet
+  std::size_t faults = 0;
+  constexpr unsigned kTorn = 8;
+  Durability::ForEachImage(disk, kTorn, random, [&](const Files& files, std::size_t promises) {
+    ++images;
+    std::filesystem::create_directory(place);
+    for (const auto& [file, bytes] : files) {
+      std::ofstream(place / std::filesystem::path(file).filename(), std::ios::binary) << bytes;
+    }
+    const std::string found = Look(place / store.filename());
+    const bool isAfter =
+        promises < steps.size() && found == states[promises + 1] && found != states[promises];
+    early += isAfter ? 1U : 0U;
+    if (found != states[promises] && !isAfter && ++faults < 3) {
+      ADD_FAILURE() << name << ", seed " << seed << ", image " << images << " after " << promises
+                    << " steps:\n"
+                    << found << "\ninstead of\n"
+                    << states[promises];
+    }
+    faults += Look(place / types.filename()).find("FAULT") == std::string::npos ? 0U : 1U;
+    std::filesystem::remove_all(place);
+  });
+  std::printf("%s: %zu images, %zu of them with a step that was not confirmed yet\n", name, images,
+              early);
+  EXPECT_EQ(faults, 0U) << name << ", seed " << seed;
+  EXPECT_GT(images, 10 * steps.size());
+  EXPECT_GT(early, 0U);
+}
+
 // Before the fixture, whose connections are to be recorded.
 struct Recorded {
   Durability::RecordedDisk disk_;
 };
 
-class PowerLoss : public Recorded, public TestSupport::NextBootFixture {
- protected:
-  using Step = std::function<void()>;
-
-  std::string Directory() const {
-    return std::filesystem::path(host_.Path(HostPaths::kStore)).parent_path().string();
-  }
-
-  // What is left of a step that was not done yet, is before or after it.
-  void LoseItDuring(const char* name, const std::vector<Step>& steps) {
-    const std::string store = host_.Path(HostPaths::kStore);
-    std::vector<std::string> states = {Look(store)};
-    disk_.Record(Directory());
-    for (const Step& step : steps) {
-      step();
-      disk_.Promise();
-      states.push_back(Look(store));
-      ASSERT_EQ(states.back().find("FAULT"), std::string::npos) << states.back();
-    }
-    const unsigned seed = std::random_device()();
-    std::mt19937 random(seed);
-    const std::filesystem::path place = host_.Root() + "/image";
-    std::size_t images = 0;
-    std::size_t early = 0;  // with what nobody was told yet
-    std::size_t faults = 0;
-    constexpr unsigned kTorn = 12;
-    Durability::ForEachImage(disk_, kTorn, random, [&](const Files& files, std::size_t promises) {
-      ++images;
-      std::filesystem::create_directory(place);
-      for (const auto& [file, bytes] : files) {
-        std::ofstream(place / std::filesystem::path(file).filename(), std::ios::binary) << bytes;
-      }
-      const std::string found = Look(place / std::filesystem::path(store).filename());
-      const bool isAfter =
-          promises < steps.size() && found == states[promises + 1] && found != states[promises];
-      early += isAfter ? 1U : 0U;
-      if (found != states[promises] && !isAfter && ++faults < 3) {
-        ADD_FAILURE() << name << ", seed " << seed << ", image " << images << " after " << promises
-                      << " steps:\n"
-                      << found << "\ninstead of\n"
-                      << states[promises];
-      }
-      const std::string types =
-          Look(place / std::filesystem::path(HostPaths::kSchemaStore).filename());
-      faults += types.find("FAULT") == std::string::npos ? 0U : 1U;
-      std::filesystem::remove_all(place);
-    });
-    std::printf("%s: %zu images, %zu of them with a step that was not confirmed yet\n", name,
-                images, early);
-    EXPECT_EQ(faults, 0U) << name << ", seed " << seed;
-    EXPECT_GT(images, 10 * steps.size());
-    EXPECT_GT(early, 0U);
-  }
-};
+class PowerLoss : public Recorded, public TestSupport::NextBootFixture {};
 
 TEST_F(PowerLoss, LeavesWritesWholeAndKeepsWhatWasConfirmed) {
   const std::string large(60'000, 'x');
@@ -133,30 +128,55 @@ TEST_F(PowerLoss, LeavesWritesWholeAndKeepsWhatWasConfirmed) {
     store_->Delete(Switch("c"));
     store_->CommitTransaction();
   };
-  LoseItDuring("writes", {
-                             [&] { commit(1); },
-                             [&] { Set(Switch("c"), Named("c", "\"mtu\":2").c_str()); },
-                             [&] { Set(plain_, (R"({"name":")" + large + "\"}").c_str()); },
-                             [&] { database_.Run("PRAGMA wal_checkpoint(TRUNCATE)"); },
-                             [&] { commit(3); },
-                             [&] { database_.Run("PRAGMA wal_checkpoint(RESTART)"); },
-                             [&] { store_->Delete(plain_); },
-                         });
+  LoseItDuring("writes",
+               {
+                   [&] { commit(1); },
+                   [&] { Set(Switch("c"), Named("c", "\"mtu\":2").c_str()); },
+                   [&] { Set(plain_, (R"({"name":")" + large + "\"}").c_str()); },
+                   [&] { database_.Run("PRAGMA wal_checkpoint(TRUNCATE)"); },
+                   [&] { commit(3); },
+                   [&] { database_.Run("PRAGMA wal_checkpoint(RESTART)"); },
+                   [&] { store_->Delete(plain_); },
+               },
+               host_, disk_);
 }
 
 TEST_F(PowerLoss, LeavesStagingApplyingAndImportingWhole) {
   PutRow("m2", R"("mtu":1)", "", R"("mtu":7)", R"("serial":"s")", 1);
   std::string document;
-  LoseItDuring("staging", {
-                              [&] { nextBoot_->Set(Mtu("m1", 4)); },
-                              [&] { nextBoot_->Delete(Many("m2")); },
-                              [&] {
-                                document = ExportConfigText({"", "", ""}, {.allParts = true});
-                              },
-                              [&] { ApplyNextBootConfig({}); },
-                              [&] { ImportConfig(document, {.mode = ImportMode::REPLACE_ALL}); },
-                              [&] { database_.Run("PRAGMA wal_checkpoint(TRUNCATE)"); },
-                          });
+  LoseItDuring("staging",
+               {
+                   [&] { nextBoot_->Set(Mtu("m1", 4)); },
+                   [&] { nextBoot_->Delete(Many("m2")); },
+                   [&] {
+                     document = ExportConfigText({"", "", ""}, {.allParts = true});
+                   },
+                   [&] { ApplyNextBootConfig({}); },
+                   [&] { ImportConfig(document, {.mode = ImportMode::REPLACE_ALL}); },
+                   [&] { database_.Run("PRAGMA wal_checkpoint(TRUNCATE)"); },
+               },
+               host_, disk_);
+}
+
+TEST(PowerLossOfOldStores, LeavesThemOldOrBroughtOver) {
+  Durability::RecordedDisk disk;
+  const TestSupport::TemporaryHost host;
+  TestSupport::MakeLayout1(host.Path(HostPaths::kStore));
+  {
+    TestSupport::Database database(host);
+    for (int i = 0; i < 20; ++i) {
+      database.Run(
+          "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, UserValue) "
+          "VALUES ('tarn', 'test', 'x', '" +
+          std::to_string(i) + "', '1', '" + std::string(static_cast<std::size_t>(300 * i), 'x') +
+          "')");
+    }
+    database.Run(
+        "INSERT INTO DesiredUserConfig (Component, ConfigGroup, Name, Identifier, Version, "
+        "Value, BootAction) VALUES ('tarn', 'test', 'x', '1', '1', '{}', 'SET')");
+  }
+  LoseItDuring("layout upgrade", {[] { ASSERT_EQ(HostSetup::Initialize().upgraded.size(), 1U); }},
+               host, disk);
 }
 
 }  // namespace
