@@ -1,6 +1,7 @@
 // Every operation of the library survives every fault: what it did is done or undone, nothing is kept
 // locked, the next call works, and nobody's process ends.
 #include "faults/sweep.h"
+#include "support/sanitized.h"
 
 #include <gtest/gtest.h>
 
@@ -35,6 +36,10 @@ TEST_P(EveryCallFails, AndLeavesTheHostAsBeforeOrAsAfter) {
     const std::optional<Reference> reference = sweep.Learn(operation);
     ASSERT_TRUE(reference) << operation.name << " fails by itself";
     for (const Sort& sort : kSorts) {
+      // A sanitizer takes memory of its own where a thread starts, and ends the process without.
+      if (TestSupport::kSanitized && operation.startsAThread && sort.kind == Kind::ALLOCATION) {
+        continue;
+      }
       Tally sum;
       for (const Start start : {Start::WARM, Start::FRESH}) {
         for (const bool stays : {false, true}) {

@@ -317,7 +317,7 @@ const std::vector<OperationGroup>& Groups() {
       {"Reads",
        {{"Get", TELLS(caller.Store()->Get(Switch("s1")))},
         {"GetStore", TELLS(ConfigStore::GetStore("")->Get(kPlain))},
-        {"GetInAThread", GetInAThread},
+        {.name = "GetInAThread", .run = GetInAThread, .startsAThread = true},
         {"GetDefaultConfig", TELLS(caller.Store()->GetDefaultConfig(Instance(kShipped, "d1")))},
         {"GetDefaultConfigInstances",
          TELLS(caller.Store()->GetDefaultConfigInstances(Filter(kShipped)))},

@@ -31,6 +31,7 @@ struct Operation {
   bool completesLater = false;
   /// It goes to a host root of its own: for processes that have no handle.
   bool leaves = false;
+  bool startsAThread = false;
 };
 
 struct OperationGroup {

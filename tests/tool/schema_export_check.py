@@ -4,6 +4,7 @@ usage: schema_export_check.py TARNCTL [SEED [ROUNDS [show]]]
 """
 import copy
 import json
+import os
 import random
 import subprocess
 import sys
@@ -121,7 +122,7 @@ def main(tarnctl):
     seed = random.randrange(1 << 32) if len(sys.argv) < 3 else int(sys.argv[2])
     random.seed(seed)
     both = 0
-    rounds = 400 if len(sys.argv) < 4 else int(sys.argv[3])
+    rounds = int(os.environ.get("TARN_TEST_ROUNDS", 150)) if len(sys.argv) < 4 else int(sys.argv[3])
     for _ in range(rounds):
         name, value = random.choice(list(OBJECTS.items()))
         value = mutated(value)
