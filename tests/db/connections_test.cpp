@@ -160,15 +160,14 @@ int Open(const char* path, int flags, int mode) {
   return open(path, flags, mode);
 }
 
-TEST_F(Opening, WhatWasOpenedForReadingByMischanceIsNotLentAgain) {
+TEST_F(Opening, WhatCannotBeOpenedForWritingByMischanceIsNotOpenedForReading) {
   sqlite3_vfs* const files = sqlite3_vfs_find(nullptr);
   files->xSetSystemCall(files, "open", reinterpret_cast<sqlite3_syscall_ptr>(Open));
   refusesToWrite = true;
-  auto connection = Connect();
+  EXPECT_EQ(Connect(), nullptr);
+  ExpectTold(ErrorKind::OTHER, "cannot be opened for writing, although its rights allow it");
   refusesToWrite = false;
   files->xSetSystemCall(files, "open", nullptr);
-  EXPECT_EQ(WriteKey(connection, "key"), 8);
-  connection.reset();
   EXPECT_EQ(WriteKey(Connect(), "key"), 0);
 }
 
@@ -177,6 +176,12 @@ TEST_F(Opening, WhoMetAReadOnlyErrorOrGotOtherRightsOpensAnew) {
   auto connection = Connect();
   ASSERT_EQ(Execute(connection, "PRAGMA query_only=ON"), 0);  // SQLite's own 8
   EXPECT_EQ(WriteKey(connection, "key"), 8);
+  EXPECT_EQ(WriteKey(connection, "key"), 0) << "also who goes on holding it";
+  EXPECT_EQ(BeginTransaction(connection), 0);
+  ASSERT_EQ(Execute(connection, "PRAGMA query_only=ON"), 0);
+  EXPECT_EQ(WriteKey(connection, "key"), 8);
+  EXPECT_EQ(WriteKey(connection, "key"), 8) << "not in the middle of something";
+  EXPECT_EQ(CancelTransaction(connection), 0);
   connection.reset();
   EXPECT_EQ(WriteKey(Connect(), "key"), 0);
   PermitStore(0644);

@@ -92,7 +92,7 @@ TEST_F(DamagedFiles, EachPageOfTheStoreOverwritten) {
   const Rows before = Look();
   const auto pages = static_cast<std::int64_t>(std::filesystem::file_size(store_) / 4096);
   ASSERT_GT(pages, 10);
-  for (std::int64_t page = 0; page < pages; ++page) {
+  for (std::int64_t page = 0; page < pages; page += TestSupport::kSanitized ? 3 : 1) {
     Revert();
     Overwrite(store_, page * 4096, 4096);
     ExpectRepaired(before, "page " + std::to_string(page + 1));

@@ -4,6 +4,7 @@
 
 #include "durability/lost_power.h"
 #include "support/next_boot_fixture.h"
+#include "support/sanitized.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -83,7 +84,7 @@ void LoseItDuring(const char* name, const std::vector<Step>& steps,
   std::size_t images = 0;
   std::size_t early = 0;  // with what nobody was told yet
   std::size_t faults = 0;
-  constexpr unsigned kTorn = 8;
+  constexpr unsigned kTorn = TestSupport::kSanitized ? 1 : 8;
   Durability::ForEachImage(disk, kTorn, random, [&](const Files& files, std::size_t promises) {
     ++images;
     std::filesystem::create_directory(place);

@@ -287,10 +287,13 @@ std::optional<Reference> Sweep::Learn(const Operation& operation) const {
 }
 
 // A quick sweep leaves out what hardly tells more than what it has: processes of one point each for
-// what is the same in those of many, and all that fails on where one failure was survived.
+// what is the same in those of many, and all that fails on where one failure was survived; of files,
+// what a sanitizer would see is seen where memory runs out.
 bool Sweep::Leaves(const Sort& sort, bool stays, Start start) const {
+  const bool isOfFiles = sort.kind != Kind::ALLOCATION && sort.kind != Kind::DATABASE;
   return extent_ == Extent::QUICK &&
-         ((start == Start::FRESH && (sort.kind != Kind::ALLOCATION || stays)) ||
+         ((TestSupport::kSanitized && isOfFiles) ||
+          (start == Start::FRESH && (sort.kind != Kind::ALLOCATION || stays)) ||
           (stays && sort.kind != Kind::ALLOCATION && sort.kind != Kind::IO_ERROR));
 }
 

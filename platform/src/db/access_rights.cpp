@@ -63,9 +63,12 @@ std::string MissingWriteRight(const std::string& path) {
   return "it was opened for reading only: open the store anew";
 }
 
+bool CanBeWritten(const std::string& path) noexcept {
+  return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
 bool RightsRefuseWriting(const std::string& path) noexcept {
-  return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0 &&
-         (errno == EACCES || errno == EPERM);
+  return !CanBeWritten(path) && (errno == EACCES || errno == EPERM);
 }
 
 }  // namespace DBStore::internal

@@ -16,4 +16,8 @@ std::string MissingWriteRight(const std::string& path);
 /// Whether it is the user's rights that keep this process from writing a file, now.
 bool RightsRefuseWriting(const std::string& path) noexcept;
 
+/// Whether nothing that is to be seen keeps this process from writing a file, now: the user's rights allow
+/// it, and its file system is no one for reading.
+bool CanBeWritten(const std::string& path) noexcept;
+
 }  // namespace DBStore::internal

@@ -183,6 +183,24 @@ DatabaseHandle OpenOnce(const Layout& layout, const std::string& path, const Fil
   return handle;
 }
 
+// Whether the index of the log could be opened for reading only, which nothing else tells before the
+// first write: every connection of the process shares it, for as long as there is one.
+bool IsLogForReading(sqlite3* database) noexcept {
+  sqlite3_file* file = nullptr;
+  if (sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK ||
+      file == nullptr || file->pMethods == nullptr || file->pMethods->iVersion < 2) {
+    return false;
+  }
+  constexpr int kIndexBlock = 32768;
+  void volatile* first = nullptr;
+  return (file->pMethods->xShmMap(file, 0, kIndexBlock, 0, &first) & 0xff) == SQLITE_READONLY;
+}
+
+// SQLite opens for reading what it cannot open for writing, whatever the reason.
+bool IsForReading(sqlite3* database) noexcept {
+  return sqlite3_db_readonly(database, "main") != 0 || IsLogForReading(database);
+}
+
 }  // namespace
 
 void DatabaseCloser::operator()(sqlite3* database) const noexcept {
@@ -301,6 +319,7 @@ DatabaseFile OpenDatabaseAsItIs(const Layout& layout, bool writable) {
     return file;
   }
   file.path = HostPaths::Resolve(layout.fixedPath);
+  bool failedToWrite = false;
   for (int attempt = 0; attempt < kOpenAttempts; ++attempt) {
     const std::string path = CanonicalPath(file.path);
     if (path.empty()) {
@@ -320,10 +339,22 @@ DatabaseFile OpenDatabaseAsItIs(const Layout& layout, bool writable) {
     }
     FileIdentity afterwards;
     if (IdentifyFile(file.path, afterwards) && afterwards == file.identity) {
-      file.readOnly = sqlite3_db_readonly(handle.get(), "main") != 0;
+      const bool isForReading = writable && IsForReading(handle.get());
+      if (isForReading && CanBeWritten(path) && CanBeWritten(path + "-shm")) {
+        // It would stay so for everybody in this process, for as long as it is open.
+        handle.reset();
+        failedToWrite = true;
+        continue;
+      }
+      file.readOnly = !writable || isForReading;
       file.handle = std::move(handle);
       return file;
     }
+  }
+  if (failedToWrite) {
+    Report(ErrorKind::OTHER, SQLITE_CANTOPEN, layout,
+           "cannot be opened for writing, although its rights allow it; try again");
+    return file;
   }
   Report(ErrorKind::OTHER, SQLITE_CANTOPEN, layout,
          "is being replaced again and again; try again later");

@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cstring>
 
 namespace DBStore::internal {
@@ -68,6 +69,11 @@ void StatementCache::GiveBack(CachedStatement* entry) noexcept {
   entry->parameters.Clear();
   entry->taken = false;
   entry->running = false;
+}
+
+bool StatementCache::AreIdle() const noexcept {
+  return std::none_of(entries_.begin(), entries_.end(),
+                      [](const auto& entry) { return entry->taken; });
 }
 
 void StatementCache::Finalise() noexcept {

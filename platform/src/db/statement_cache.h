@@ -42,6 +42,8 @@ class StatementCache {
   CachedStatement* Add(std::string_view text, sqlite3_stmt* statement);
   /// Resets the statement, clears its bindings and makes it idle.
   void GiveBack(CachedStatement* entry) noexcept;
+  /// Nobody has one of them.
+  bool AreIdle() const noexcept;
   /// Finalises every statement; those lent out can still be given back.
   void Finalise() noexcept;
   /// Finalises and forgets every statement, those lent out included.

@@ -78,7 +78,10 @@ StoreConnection::Action::Words StoreConnection::Action::Text() const noexcept {
 }
 
 int StoreConnection::Report(int code, const Action& action) noexcept {
-  metReadOnly_ = metReadOnly_ || IsReadOnlyError(file_.handle.get(), code);
+  if (IsReadOnlyError(file_.handle.get(), code)) {
+    metReadOnly_ = true;
+    opensAnew_ = writable_;
+  }
   internal::ReportSqliteFailure(file_.handle.get(), code, fixedPath_, file_.path,
                                 action.Text().text);
   return code & 0xff;
@@ -88,7 +91,8 @@ int StoreConnection::RefuseGone(const Action& action) noexcept {
   internal::ReportFailure(
       ErrorKind::OTHER, SQLITE_ABORT_ROLLBACK,
       {fixedPath_, ": ", action.Text().text,
-       broken_ ? ": an earlier transaction could not be undone; open the store again"
+       broken_ ? ": an earlier transaction could not be undone, or the store not be opened anew; "
+                 "open it again"
                : ": the transaction was rolled back after an earlier failure; cancel it "
                  "and start again"});
   return SQLITE_ABORT_ROLLBACK;
@@ -111,6 +115,7 @@ int StoreConnection::RefuseLocked(const Action& action) {
 }
 
 int StoreConnection::RefuseReadOnly(const Action& action) {
+  opensAnew_ = writable_;
   internal::ReportFailure(ErrorKind::PERMISSION, SQLITE_READONLY,
                           {fixedPath_, ": ", action.Text().text, ": it was opened for reading; ",
                            internal::MissingWriteRight(file_.path)});
@@ -197,6 +202,9 @@ void StoreConnection::LimitWaiting(int limit) noexcept {
 }
 
 internal::CachedStatement* StoreConnection::TakeLocked(std::string_view sql, int limit) {
+  if (OpenAnew() != SQLITE_OK) {
+    return nullptr;
+  }
   if (broken_) {
     RefuseGone(Action("preparing", sql));
     return nullptr;
@@ -249,6 +257,31 @@ bool StoreConnection::MakeReusable() noexcept {
 // something that passes: a file system mounted for reading, an open that failed once.
 bool StoreConnection::MayWriteOrHasNoRight() const noexcept {
   return !writable_ || !file_.readOnly || internal::RightsRefuseWriting(file_.path);
+}
+
+// A connection may be held for the life of a process: what kept it from writing may have passed.
+int StoreConnection::OpenAnew() {
+  if (!opensAnew_ || depth_ > 0 || executing_ != 0 || attached_ || !statements_.AreIdle()) {
+    return SQLITE_OK;
+  }
+  opensAnew_ = false;
+  if (broken_ || rootGeneration_ != HostPaths::RootGeneration() ||
+      !internal::CanBeWritten(file_.path)) {
+    return SQLITE_OK;
+  }
+  // The old one first: as long as it is open, its log stays one for reading.
+  const internal::FileIdentity identity = file_.identity;
+  CloseUnshared();
+  waitLimit_ = kWaitLimit;
+  metReadOnly_ = false;
+  broken_ = true;
+  internal::DatabaseFile file = internal::OpenDatabase(internal::CurrentStoreLayout(), true);
+  broken_ = !file || !file.identity.IsSameFile(identity);
+  if (broken_) {
+    return SQLITE_CANTOPEN;
+  }
+  file_ = std::move(file);
+  return SQLITE_OK;
 }
 
 bool StoreConnection::IsCurrent() const noexcept {

@@ -98,6 +98,7 @@ class StoreConnection {
   // What follows expects the lock to be held.
   bool IsTransactionGone() const noexcept;
   bool MayWriteOrHasNoRight() const noexcept;
+  int OpenAnew();
   int RefuseGone(const Action& action) noexcept;
   int RefuseWaitingForItself(const Action& action);
   int RefuseReadOnly(const Action& action);
@@ -135,6 +136,7 @@ class StoreConnection {
   bool lost_ = false;  // an inner level could not be undone: the open levels must not be committed
   bool broken_ = false;  // a transaction could not be undone at all: nobody may use it any more
   bool metReadOnly_ = false;  // a write was refused that should not have been: never lent again
+  bool opensAnew_ = false;    // the next use looks whether writing is possible by now
   int executing_ = 0;         // statements being stepped through, their callbacks included
   int attachments_ = 0;
   bool attached_ = false;  // outlives the attachments while a transaction is open

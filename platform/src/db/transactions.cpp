@@ -27,6 +27,9 @@ int StoreConnection::Begin() {
     return RefuseGone(kAction);
   }
   if (depth_ == 0) {
+    if (const int code = OpenAnew()) {
+      return code;
+    }
     // What undoes the transaction is made ready first.
     if (const int code = transaction_.Prepare(file_.handle.get()); code != SQLITE_OK) {
       return Report(code, kAction);
