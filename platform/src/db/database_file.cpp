@@ -185,9 +185,12 @@ DatabaseHandle OpenOnce(const Layout& layout, const std::string& path, const Fil
 
 // Whether the index of the log could be opened for reading only, which nothing else tells before the
 // first write: every connection of the process shares it, for as long as there is one.
-bool IsLogForReading(sqlite3* database) noexcept {
+bool IsLogForReading(sqlite3* database) {
+  std::string mode;
   sqlite3_file* file = nullptr;
-  if (sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK ||
+  // Where there is no log, asking for its index would make one.
+  if (ReadPragma(database, "PRAGMA journal_mode", mode) != SQLITE_OK || mode != "wal" ||
+      sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK ||
       file == nullptr || file->pMethods == nullptr || file->pMethods->iVersion < 2) {
     return false;
   }
@@ -197,7 +200,7 @@ bool IsLogForReading(sqlite3* database) noexcept {
 }
 
 // SQLite opens for reading what it cannot open for writing, whatever the reason.
-bool IsForReading(sqlite3* database) noexcept {
+bool IsForReading(sqlite3* database) {
   return sqlite3_db_readonly(database, "main") != 0 || IsLogForReading(database);
 }
 
