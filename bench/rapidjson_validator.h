@@ -19,8 +19,9 @@ class RapidJsonValidator {
   }
 
  private:
-  rapidjson::SchemaDocument schema_;
-  rapidjson::SchemaValidator validator_;
+  using Schema = rapidjson::GenericSchemaDocument<Json::Value>;
+  Schema schema_;
+  rapidjson::GenericSchemaValidator<Schema> validator_;
 };
 
 }  // namespace Benchmarks

@@ -15,7 +15,9 @@ class ValijsonValidator {
   explicit ValijsonValidator(const Json::Value& schema);
   ~ValijsonValidator();
 
-  bool Accepts(const Json::Value& value);
+  /// It reads values of RapidJSON's own allocator only: keeps a copy of this one for AcceptsKept.
+  void Keep(const Json::Value& value);
+  bool AcceptsKept();
 
  private:
   struct Parts;
