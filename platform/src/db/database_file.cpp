@@ -243,7 +243,8 @@ int ReadPragma(sqlite3* database, const char* pragma, std::string& value) {
   if (code == SQLITE_OK && (code = sqlite3_step(statement)) == SQLITE_ROW) {
     const unsigned char* text = sqlite3_column_text(statement, 0);
     value = text == nullptr ? "" : reinterpret_cast<const char*>(text);
-    code = SQLITE_OK;
+    // A number takes memory to become a text, and is NULL from then on where there is none.
+    code = text == nullptr && sqlite3_errcode(database) == SQLITE_NOMEM ? SQLITE_NOMEM : SQLITE_OK;
   }
   sqlite3_finalize(statement);
   return code;

@@ -33,7 +33,8 @@ class Rows {
   std::string Text(int column) {
     const unsigned char* text = sqlite3_column_text(statement_, column);
     if (text == nullptr) {
-      code_ = sqlite3_column_type(statement_, column) == SQLITE_NULL ? code_ : SQLITE_NOMEM;
+      // What could not be made a text is NULL from then on.
+      code_ = sqlite3_errcode(sqlite3_db_handle(statement_)) == SQLITE_NOMEM ? SQLITE_NOMEM : code_;
       return std::string();
     }
     return reinterpret_cast<const char*>(text);

@@ -47,6 +47,9 @@ class SchemaDatabase::Execution {
 
   std::string_view Text(int column) const {
     const unsigned char* text = sqlite3_column_text(statement_, column);
+    if (text == nullptr && sqlite3_errcode(sqlite3_db_handle(statement_)) == SQLITE_NOMEM) {
+      database_.Fail(SQLITE_NOMEM, "cannot read a text");
+    }
     return {reinterpret_cast<const char*>(text),
             static_cast<std::size_t>(sqlite3_column_bytes(statement_, column))};
   }

@@ -3,6 +3,7 @@
 
 #include <sqlite3.h>
 
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -41,6 +42,9 @@ class Query {
 
   std::string Text(int column) const {
     const unsigned char* text = sqlite3_column_text(statement_, column);
+    if (text == nullptr && sqlite3_errcode(sqlite3_db_handle(statement_)) == SQLITE_NOMEM) {
+      throw std::bad_alloc();
+    }
     return text == nullptr
                ? std::string()
                : std::string(reinterpret_cast<const char*>(text),
