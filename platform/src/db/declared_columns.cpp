@@ -1,6 +1,6 @@
 #include "db/declared_columns.h"
 
-#include "db/rows.h"
+#include "db/query.h"
 
 #include <sqlite3.h>
 
@@ -38,9 +38,9 @@ struct Column {
 using Columns = std::map<std::string, Column, NameOrder>;
 
 int ReadColumns(sqlite3* database, const char* table, Columns& columns) {
-  Rows rows(database, kReadColumns);
+  Query rows(database, kReadColumns);
   rows.Bind(table);
-  while (rows.Next()) {
+  while (rows.Step()) {
     columns[rows.Text(0)] = {rows.Number(1), rows.Number(2) != 0};
   }
   return rows.Code();

@@ -4,7 +4,7 @@
 
 #include "db/declared_columns.h"
 #include "db/last_error.h"
-#include "db/rows.h"
+#include "db/query.h"
 
 #include <sqlite3.h>
 
@@ -27,8 +27,8 @@ class Look {
       : database_(database), layout_(layout), found_(found) {}
 
   int AtAll(int version) {
-    Rows rows(database_, kReadParts);
-    while (rows.Next()) {
+    Query rows(database_, kReadParts);
+    while (rows.Step()) {
       const int code = At({rows.Text(0), rows.Text(1), rows.Text(2), rows.Text(3)});
       if (code != SQLITE_OK) {
         return code;

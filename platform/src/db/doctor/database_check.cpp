@@ -6,9 +6,9 @@
 #include "db/access_rights.h"
 #include "db/doctor/layout_check.h"
 #include "db/doctor/page_images.h"
-#include "db/doctor/query.h"
 #include "db/doctor/statements.h"
 #include "db/last_error.h"
+#include "db/query.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,7 +1,7 @@
 #include "db/doctor/salvage.h"
 
-#include "db/doctor/query.h"
 #include "db/doctor/row_walk.h"
+#include "db/query.h"
 #include "db/raising.h"
 #include "json/utf8.h"
 

@@ -1,7 +1,7 @@
 #include "db/doctor/table_shapes.h"
 
-#include "db/doctor/query.h"
 #include "db/doctor/statements.h"
+#include "db/query.h"
 #include "db/raising.h"
 
 #include <algorithm>

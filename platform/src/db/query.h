@@ -1,4 +1,4 @@
-// One statement on a database handle, for code that reads databases in any state.
+// One statement that is run once, on a database that is not a store's connection, in whatever state it is.
 #pragma once
 
 #include <sqlite3.h>
@@ -40,6 +40,7 @@ class Query {
     return status == SQLITE_ROW;
   }
 
+  /// Empty for NULL. Raises std::bad_alloc.
   std::string Text(int column) const {
     const unsigned char* text = sqlite3_column_text(statement_, column);
     if (text == nullptr && sqlite3_errcode(sqlite3_db_handle(statement_)) == SQLITE_NOMEM) {
