@@ -163,10 +163,20 @@ int Open(const char* path, int flags, int mode) {
 TEST_F(Opening, WhatCannotBeOpenedForWritingByMischanceIsNotOpenedForReading) {
   sqlite3_vfs* const files = sqlite3_vfs_find(nullptr);
   files->xSetSystemCall(files, "open", reinterpret_cast<sqlite3_syscall_ptr>(Open));
+  const auto told = [] {
+    ExpectTold(ErrorKind::OTHER, "cannot be opened for writing, although its rights allow it");
+  };
+  auto held = Connect();
+  ASSERT_EQ(Execute(held, "PRAGMA query_only=ON"), 0);
+  EXPECT_EQ(WriteKey(held, "key"), 8);
   refusesToWrite = true;
+  EXPECT_NE(BeginTransaction(held), 0);  // it is opened anew, in vain
+  told();
+  EXPECT_EQ(CancelTransaction(held), 21);
   EXPECT_EQ(Connect(), nullptr);
-  ExpectTold(ErrorKind::OTHER, "cannot be opened for writing, although its rights allow it");
+  told();
   refusesToWrite = false;
+  EXPECT_EQ(WriteKey(held, "key"), 0) << "it goes on trying";
   files->xSetSystemCall(files, "open", nullptr);
   EXPECT_EQ(WriteKey(Connect(), "key"), 0);
 }

@@ -22,6 +22,9 @@ class StoreConnection::QueuedWrite {
 
   /// Waits until the connection may write; a status other than 0, reported, when it may not.
   int Enter(int limit, const Action& action) {
+    if (const int code = connection_.OpenAnew()) {
+      return code;
+    }
     if (connection_.IsTransactionGone()) {
       return connection_.RefuseGone(action);
     }

@@ -150,6 +150,9 @@ int StoreConnection::CheckFileOnceInATick(const Action& action) {
 }
 
 int StoreConnection::CheckReading(const Action& action) {
+  if (const int code = OpenAnew()) {
+    return code;
+  }
   if (IsTransactionGone()) {
     return RefuseGone(action);
   }
@@ -264,22 +267,21 @@ int StoreConnection::OpenAnew() {
   if (!opensAnew_ || depth_ > 0 || executing_ != 0 || attached_ || !statements_.AreIdle()) {
     return SQLITE_OK;
   }
-  opensAnew_ = false;
-  if (broken_ || rootGeneration_ != HostPaths::RootGeneration() ||
-      !internal::CanBeWritten(file_.path)) {
+  if (rootGeneration_ != HostPaths::RootGeneration() || !internal::CanBeWritten(file_.path)) {
+    opensAnew_ = broken_;  // a closed one goes on trying
     return SQLITE_OK;
   }
   // The old one first: as long as it is open, its log stays one for reading.
-  const internal::FileIdentity identity = file_.identity;
   CloseUnshared();
   waitLimit_ = kWaitLimit;
   metReadOnly_ = false;
   broken_ = true;
   internal::DatabaseFile file = internal::OpenDatabase(internal::CurrentStoreLayout(), true);
-  broken_ = !file || !file.identity.IsSameFile(identity);
-  if (broken_) {
+  if (!file || !internal::CheckStillThere(internal::CurrentStoreLayout(), file_)) {
     return SQLITE_CANTOPEN;
   }
+  broken_ = false;
+  opensAnew_ = false;
   file_ = std::move(file);
   return SQLITE_OK;
 }

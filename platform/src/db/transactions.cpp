@@ -23,13 +23,13 @@ int RefuseWithoutTransaction(const char* path, const char* action) noexcept {
 int StoreConnection::Begin() {
   constexpr const char* kAction = "beginning a transaction";
   const Guard guard(lock_);
+  if (const int code = OpenAnew()) {
+    return code;
+  }
   if (broken_ || (depth_ > 0 && IsTransactionGone())) {
     return RefuseGone(kAction);
   }
   if (depth_ == 0) {
-    if (const int code = OpenAnew()) {
-      return code;
-    }
     // What undoes the transaction is made ready first.
     if (const int code = transaction_.Prepare(file_.handle.get()); code != SQLITE_OK) {
       return Report(code, kAction);
@@ -102,6 +102,7 @@ void StoreConnection::RollBack() noexcept {
   }
   Report(code, "undoing a transaction");
   broken_ = true;
+  opensAnew_ = false;
   if (executing_ == 0) {
     // Gives up its locks, and undoes what it has not committed.
     LeaveQueue();
