@@ -4,10 +4,10 @@
 
 #include "failure.h"
 #include "fuzz_target.h"
+#include "given/object_name.h"
 #include "json/pointer.h"
 #include "json/uri_resolution.h"
 #include "json/utf8.h"
-#include "object_name.h"
 
 #include <algorithm>
 #include <string>

@@ -1,6 +1,6 @@
 // MEMBER=VALUE arguments. An input is a type on a line, a byte for what null means, and an argument on
 // each line.
-#include "member_values.h"
+#include "given/member_values.h"
 
 #include "failure.h"
 #include "fuzz_target.h"

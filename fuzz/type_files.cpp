@@ -8,7 +8,7 @@
 #include "json/pointer.h"
 #include "objects/division.h"
 #include "validation/rule_sets.h"
-#include "value_place.h"
+#include "yaml/value_place.h"
 
 #include <string>
 

@@ -3,7 +3,7 @@
 #include "fuzz_target.h"
 #include "json/json.h"
 #include "notify/notification_message.h"
-#include "watch_message.h"
+#include "watch/watch_message.h"
 
 #include <algorithm>
 #include <stdexcept>

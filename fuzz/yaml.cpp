@@ -1,10 +1,10 @@
 // YAML, as the tool reads and writes it. An input is a type on a line, and the text.
 #include "fuzz_target.h"
 #include "json/equality.h"
+#include "store/type_schema.h"
 #include "test_host.h"
-#include "type_schema.h"
-#include "yaml_reader.h"
-#include "yaml_writer.h"
+#include "yaml/yaml_reader.h"
+#include "yaml/yaml_writer.h"
 
 #include <string>
 

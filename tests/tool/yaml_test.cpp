@@ -3,9 +3,9 @@
 #include "json/pointer.h"
 #include "json/print.h"
 #include "support/random_objects.h"
-#include "yaml_reader.h"
-#include "yaml_stream.h"
-#include "yaml_writer.h"
+#include "yaml/yaml_reader.h"
+#include "yaml/yaml_stream.h"
+#include "yaml/yaml_writer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // The command line as data: what verbs there are, and what each of them takes.
 #pragma once
 
-#include "output.h"
+#include "shown/output.h"
 
 #include <cstdint>
 #include <functional>

@@ -4,7 +4,7 @@
 
 #include "json/print.h"
 #include "json/utf8.h"
-#include "output.h"
+#include "shown/output.h"
 
 #include <cstddef>
 #include <cstdio>

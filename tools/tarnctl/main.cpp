@@ -2,8 +2,8 @@
 #include "tarnconfigstore/host.h"
 
 #include "failure.h"
-#include "type_suggestion.h"
-#include "verbs.h"
+#include "store/type_suggestion.h"
+#include "verbs/verbs.h"
 
 #include <csignal>
 #include <cstdio>

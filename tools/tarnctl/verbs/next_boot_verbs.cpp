@@ -1,0 +1,168 @@
+#include "tarnconfigstore/kernel_options.h"
+#include "tarnconfigstore/listing.h"
+
+#include "failure.h"
+#include "given/given_object.h"
+#include "given/member_values.h"
+#include "shown/descriptions.h"
+#include "store/stored_objects.h"
+#include "verbs/verbs.h"
+
+#include <cstddef>
+
+namespace tarnctl {
+namespace {
+
+using TarnConfigStore::ConfigStoreObjectId;
+using TarnConfigStore::StagedChange;
+
+// The current configuration stays as it is until the staged changes are applied. All but the listing
+// raise ValidationException 2000 for a type that needs no reboot, and while the host boots or is
+// upgraded.
+
+void GetStaged(const Given& given, const Output& output) {
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
+  const MemberPath member = ParseMemberIfGiven(given.Text(kMember));
+  const auto staged = OpenStore()->GetNextBootStore()->Get(id);
+  if (!staged) {
+    const bool goes = !TarnConfigStore::ListStaged(id).empty();
+    throw ToolError(ExitCode::NOT_FOUND,
+                    goes ? "the object " + FormatObject(id) + " is staged to be deleted"
+                         : "no object " + FormatObject(id) + " is staged");
+  }
+  PrintObject(*staged, member, ShownData(given), output);
+}
+
+void GetStagedInstances(const Given& given, const Output& output) {
+  const ConfigStoreObjectId type = ParseType(given.Text(kObject));
+  const auto nextBoot = OpenStore()->GetNextBootStore();
+  PrintObjects(nextBoot->GetInstances(MakeFilter(type, given.Texts(kWhere))), ShownData(given),
+               output);
+}
+
+void Stage(const Given& given, const Output& /*output*/) {
+  WriteObject(ParseObject(given.Text(kObject)), DataOf(given),
+              [](TarnConfigStore::ConfigStore& store, const auto& object) {
+                store.GetNextBootStore()->Set(object);
+              });
+}
+
+std::vector<Argument> StageArguments() {
+  std::vector<Argument> arguments = DataOrSecretArguments();
+  arguments.insert(arguments.begin(), ObjectArgument());
+  return arguments;
+}
+
+void StageDelete(const Given& given) {
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
+  const auto store = OpenStore();
+  const auto nextBoot = store->GetNextBootStore();
+  if (store->GetRevision(id) == TarnConfigStore::kDefaultRevision && !nextBoot->Get(id)) {
+    throw ToolError(ExitCode::NOT_FOUND, "no object " + FormatObject(id) + " is stored or staged");
+  }
+  nextBoot->Delete(id);
+}
+
+void StageDeleteInstances(const Given& given) {
+  const ConfigStoreObjectId type = ParseType(given.Text(kObject));
+  const auto store = OpenStore();
+  const auto nextBoot = store->GetNextBootStore();
+  const auto filter = MakeFilter(type, given.Texts(kWhere));
+  const std::size_t count = store->GetInstances(filter).size();
+  if (count == 0) {
+    RaiseNoInstances(type, given.Texts(kWhere));
+  }
+  nextBoot->DeleteInstances(filter);
+  SayHowMany(count, type, "staged to be deleted");
+}
+
+void Reset(const Given& given, const Output& /*output*/) {
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
+  const auto nextBoot = OpenStore()->GetNextBootStore();
+  const auto staged = TarnConfigStore::ListStaged({id.key, id.group, id.component});
+  nextBoot->Reset(id);
+  if (staged.empty()) {
+    throw ToolError(ExitCode::NOT_FOUND, "nothing is staged for " + FormatObject(id));
+  }
+  for (const StagedChange& change : staged) {
+    Say(std::string(NameAction(change.action)) + " of " + FormatObject(change.id) + " taken back");
+  }
+}
+
+void ListStagedChanges(const Given& given, const Output& output) {
+  JsonMaker make;
+  output.Print(DescribeStaged(ParsePrefixIfGiven(given.Text(kPrefix)), make));
+}
+
+ConfigStoreObjectId KernelOptions() {
+  return {"options", "tkernel", TarnConfigStore::kDefaultComponent};
+}
+
+void GetKernelOptions(const Given& given, const Output& output) {
+  const MemberPath member = ParseMemberIfGiven(given.Text(kMember));
+  const auto options = TarnConfigStore::GetKernelOptions(KernelOptions());
+  if (!options) {
+    RaiseNotStored(KernelOptions());
+  }
+  PrintObject(*options, member, ShownData(given), output);
+}
+
+void SetKernelOptions(const Given& given, const Output& /*output*/) {
+  WriteObject(KernelOptions(), DataOf(given),
+              [](auto&, const auto& object) { TarnConfigStore::SetKernelOptions(object); });
+}
+
+}  // namespace
+
+Verb NextBootVerbs() {
+  return {
+      .name = "next-boot",
+      .help = "Stage changes of types that need a reboot, and take them back",
+      .verbs = {
+          {.name = "get",
+           .help = "Print what is staged: an object, a member, instances",
+           .arguments = ReadArguments(),
+           .run =
+               [](const Given& given, const Output& output) {
+                 (MeansInstances(given) ? GetStagedInstances : GetStaged)(given, output);
+               }},
+          {.name = "set",
+           .help = "Stage the whole new content of an object",
+           .arguments = StageArguments(),
+           .run = Stage},
+          {.name = "delete",
+           .help = "Stage the deletion of an object, or of instances",
+           .arguments = ObjectOrInstancesArguments(),
+           .note = "Instances are chosen among those stored; those that are only staged stay so.",
+           .run =
+               [](const Given& given, const Output& /*output*/) {
+                 (MeansInstances(given) ? StageDeleteInstances : StageDelete)(given);
+               }},
+          {.name = "reset",
+           .help = "Take back everything that is staged for an object's type",
+           .arguments = {ObjectArgument()},
+           .note = "All records of the type are cleared, those of other instances than OBJECT too.",
+           .run = Reset},
+          {.name = "list",
+           .help = "List the staged changes",
+           .arguments = {PrefixArgument()},
+           .run = ListStagedChanges}}};
+}
+
+Verb KernelOptionVerbs() {
+  return {.name = "kernel-options",
+          .help = "Read and replace the kernel options of the next boot",
+          .verbs = {
+              {.name = "get",
+               .help = "Print the options, or a member of them",
+               .arguments = {MemberArgument(), RevealArgument()},
+               .run = GetKernelOptions},
+              {.name = "set",
+               .help = "Replace the options; boot accept puts them in force",
+               .arguments = DataOrSecretArguments(),
+               .note = "Replaces what automatic configuration set, too. Vital members are in force "
+                       "at once, and gone at once where DATA has none; cached members are refused.",
+               .run = SetKernelOptions}}};
+}
+
+}  // namespace tarnctl
