@@ -94,6 +94,13 @@ void AddVerb(CLI::App& parent, const Verb& verb, Call& call) {
 
 }  // namespace
 
+Argument Flag(std::string name, std::string help, std::vector<std::string> excludes) {
+  return {.name = std::move(name),
+          .help = std::move(help),
+          .takes = Takes::NOTHING,
+          .excludes = std::move(excludes)};
+}
+
 Argument CheckArgument(std::string help) {
   return {
       .name = kCheck, .help = std::move(help), .takes = Takes::NOTHING, .aliases = {"--dry-run"}};

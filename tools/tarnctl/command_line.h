@@ -38,6 +38,9 @@ struct Argument {
   std::vector<std::string> aliases = {};   ///< other names of the same option
 };
 
+/// An option that takes nothing.
+Argument Flag(std::string name, std::string help, std::vector<std::string> excludes = {});
+
 /// The option with which a verb that writes only says what it would do.
 inline constexpr const char* kCheck = "--check";
 Argument CheckArgument(std::string help);

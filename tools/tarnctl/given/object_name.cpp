@@ -113,7 +113,7 @@ Argument TypeArgument() {
 
 std::vector<Argument> ObjectOrInstancesArguments() {
   return {{.name = kObject, .help = "A TYPE with --all-instances or --where", .isRequired = true},
-          {.name = kAllInstances, .help = "All instances of a type", .takes = Takes::NOTHING},
+          Flag(kAllInstances, "All instances of a type"),
           {.name = kWhere,
            .help = "The instances of a type whose stored member has this value; can be repeated",
            .takes = Takes::TEXTS,
@@ -141,8 +141,7 @@ bool Reveals(const Given& given) {
 }
 
 Argument RevealArgument() {
-  return {
-      .name = kReveal, .help = "Print secrets as they are, not as ***", .takes = Takes::NOTHING};
+  return Flag(kReveal, "Print secrets as they are, not as ***");
 }
 
 Argument PrefixArgument() {

@@ -1,14 +1,11 @@
 #include "tarnconfigstore/backup.h"
 
 #include "failure.h"
+#include "verbs/option_names.h"
 #include "verbs/verbs.h"
 
 namespace tarnctl {
 namespace {
-
-constexpr const char* kFile = "FILE";
-constexpr const char* kReplace = "--replace";
-constexpr const char* kForce = "--force";
 
 using TarnConfigStore::BackupContent;
 
@@ -51,9 +48,7 @@ Verb BackupVerb() {
       .name = "backup",
       .help = "Write the store and the types of one moment into a file",
       .arguments = {{.name = kFile, .isRequired = true},
-                    {.name = kReplace,
-                     .help = "Take the place of a file that is there",
-                     .takes = Takes::NOTHING}},
+                    Flag(kReplace, "Take the place of a file that is there")},
       .note = "Others may read and write meanwhile. The file has mode 0600: it holds every secret.",
       .run = Backup};
 }
@@ -62,9 +57,7 @@ Verb RestoreVerb() {
   return {.name = "restore",
           .help = "Make the store and the types what they were when a backup was written",
           .arguments = {{.name = kFile, .isRequired = true},
-                        {.name = kForce,
-                         .help = "Also over a store that is there, whose content is lost",
-                         .takes = Takes::NOTHING}},
+                        Flag(kForce, "Also over a store that is there, whose content is lost")},
           .note = "Both change, or neither. Programs that have the store open see the new content.",
           .run = Restore};
 }

@@ -7,6 +7,7 @@
 #include "given/given_object.h"
 #include "shown/descriptions.h"
 #include "store/stored_objects.h"
+#include "verbs/option_names.h"
 #include "verbs/verbs.h"
 
 #include <algorithm>
@@ -32,7 +33,6 @@ constexpr const char* kRest = "--rest";
 constexpr const char* kAll = "--all";
 constexpr const char* kShared = "--shared";
 constexpr const char* kPart = "--part";
-constexpr const char* kAllParts = "--all-parts";
 
 Json::Value EntryOrNull(const char* key, JsonMaker& make) {
   const std::string value = TarnConfigStore::GetKeyValue(key);
@@ -218,15 +218,12 @@ Verb VerdictVerb(const char* name, const char* help, bool isAccepted) {
   return {
       .name = name,
       .help = help,
-      .choice = Choice{.name = "Which",
-                       .isRequired = true,
-                       .arguments = {{.name = kObject, .help = "A TYPE means all its instances"},
-                                     {.name = kAll,
-                                      .help = "Everything that waits",
-                                      .takes = Takes::NOTHING},
-                                     {.name = kShared,
-                                      .help = "What waits of the types shared with a SmartNIC",
-                                      .takes = Takes::NOTHING}}},
+      .choice =
+          Choice{.name = "Which",
+                 .isRequired = true,
+                 .arguments = {{.name = kObject, .help = "A TYPE means all its instances"},
+                               Flag(kAll, "Everything that waits"),
+                               Flag(kShared, "What waits of the types shared with a SmartNIC")}},
       .run = [isAccepted](const Given& given, const Output& /*output*/) {
         Judge(given, isAccepted);
       }};
@@ -249,10 +246,7 @@ Verb AcceptVerb() {
 Verb DesiredVerb() {
   return {.name = "desired",
           .help = "Print what waits to be accepted of an object",
-          .arguments = {ObjectArgument(),
-                        {.name = kAllParts,
-                         .help = "With its vital and cached part",
-                         .takes = Takes::NOTHING},
+          .arguments = {ObjectArgument(), Flag(kAllParts, "With its vital and cached part"),
                         RevealArgument()},
           .run = ShowDesired};
 }
@@ -268,9 +262,7 @@ Verb BootVerbs() {
                     {.name = "info", .help = "Print the kind of the boot", .run = ShowInfo},
                     {.name = "apply",
                      .help = "Make the staged changes current: all of them, or none",
-                     .arguments = {{.name = kRest,
-                                    .help = "Apply those that fit even when others do not",
-                                    .takes = Takes::NOTHING}},
+                     .arguments = {Flag(kRest, "Apply those that fit even when others do not")},
                      .run = Apply},
                     DesiredVerb(),
                     AcceptVerb(),

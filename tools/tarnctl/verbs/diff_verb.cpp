@@ -152,26 +152,25 @@ void Diff(const Given& given, const Output& output) {
 }  // namespace
 
 Verb DiffVerb() {
-  return {.name = "diff",
-          .help = "Show in what the store differs from something else",
-          .arguments = {PrefixArgument(),
-                        {.name = kWith,
-                         .help = "A document (JSON, YAML where it ends in .yaml or .yml, - for "
-                                 "standard input), defaults, shipped, staged (what the next boot "
-                                 "makes of it), or root:DIR for another host's root; ./defaults "
-                                 "for a file of such a name",
-                         .isRequired = true,
-                         .valueName = "WHAT"},
-                        {.name = kComplete,
-                         .help = "The document has everything: show what it does not name, too",
-                         .takes = Takes::NOTHING},
-                        RevealArgument(),
-                        LimitArgument()},
-          .note =
-              "Lines begin with ~ (what is found -> what is expected), + (expected, and not "
-              "there) or - (there, and not expected). Ends with 0 when there are none, and "
-              "with 5 when there are.",
-          .run = Diff};
+  return {
+      .name = "diff",
+      .help = "Show in what the store differs from something else",
+      .arguments = {PrefixArgument(),
+                    {.name = kWith,
+                     .help = "A document (JSON, YAML where it ends in .yaml or .yml, - for "
+                             "standard input), defaults, shipped, staged (what the next boot "
+                             "makes of it), or root:DIR for another host's root; ./defaults "
+                             "for a file of such a name",
+                     .isRequired = true,
+                     .valueName = "WHAT"},
+                    Flag(kComplete, "The document has everything: show what it does not name, too"),
+                    RevealArgument(),
+                    LimitArgument()},
+      .note =
+          "Lines begin with ~ (what is found -> what is expected), + (expected, and not "
+          "there) or - (there, and not expected). Ends with 0 when there are none, and "
+          "with 5 when there are.",
+      .run = Diff};
 }
 
 }  // namespace tarnctl

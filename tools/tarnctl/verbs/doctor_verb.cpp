@@ -97,20 +97,19 @@ void Examine(const Given& given, const Output& output) {
 }  // namespace
 
 Verb DoctorVerb() {
-  return {.name = "doctor",
-          .help = "Look for what is wrong with the stores, and mend it",
-          .arguments = {{.name = kRepair,
-                         .help = "Mend what can be mended without losing a value, after a backup",
-                         .takes = Takes::NOTHING},
-                        {.name = kTypes,
-                         .help = "Type files for types that are lost",
-                         .takes = Takes::REST,
-                         .valueName = "PATH..."}},
-          .note =
-              "Without --repair nothing is written. The exit code is 0 when all is well, 4 when "
-              "there is something to be looked after, 8 when a store is damaged; after a "
-              "repair, as things are then.",
-          .run = Examine};
+  return {
+      .name = "doctor",
+      .help = "Look for what is wrong with the stores, and mend it",
+      .arguments = {Flag(kRepair, "Mend what can be mended without losing a value, after a backup"),
+                    {.name = kTypes,
+                     .help = "Type files for types that are lost",
+                     .takes = Takes::REST,
+                     .valueName = "PATH..."}},
+      .note =
+          "Without --repair nothing is written. The exit code is 0 when all is well, 4 when "
+          "there is something to be looked after, 8 when a store is damaged; after a "
+          "repair, as things are then.",
+      .run = Examine};
 }
 
 }  // namespace tarnctl

@@ -5,6 +5,7 @@
 #include "json/utf8.h"
 #include "shown/progress.h"
 #include "store/stored_objects.h"
+#include "verbs/option_names.h"
 #include "verbs/verbs.h"
 
 #include <algorithm>
@@ -18,8 +19,6 @@ using TarnConfigStore::DocumentReport;
 using TarnConfigStore::ImportMode;
 using TarnConfigStore::ImportOptions;
 
-constexpr const char* kFile = "FILE";
-constexpr const char* kReplace = "--replace";
 constexpr const char* kReplaceAll = "--replace-all";
 constexpr const char* kPrune = "--prune";
 constexpr const char* kNextBoot = "--next-boot";
@@ -108,7 +107,7 @@ void Import(const Given& given, const Output& output) {
                 });
 }
 
-void Apply(const Given& given, const Output& output) {
+void ApplyDocument(const Given& given, const Output& output) {
   ApplyConfigOptions options;
   options.prune = given.Has(kPrune);
   options.stage = given.Has(kNextBoot);
@@ -126,10 +125,6 @@ Argument FileArgument() {
               "A document: JSON, YAML where it ends in .yaml or .yml, - for JSON on standard "
               "input",
           .isRequired = true};
-}
-
-Argument Flag(const char* name, const char* help, std::vector<std::string> excludes = {}) {
-  return {.name = name, .help = help, .takes = Takes::NOTHING, .excludes = std::move(excludes)};
 }
 
 constexpr const char* kNote =
@@ -162,7 +157,7 @@ Verb ApplyVerb() {
                         CheckArgument("Say what would change, or be refused; write nothing"),
                         LimitArgument()},
           .note = kNote,
-          .run = Apply};
+          .run = ApplyDocument};
 }
 
 }  // namespace tarnctl

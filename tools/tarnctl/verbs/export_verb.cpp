@@ -6,6 +6,7 @@
 #include "shown/progress.h"
 #include "store/prefix_contents.h"
 #include "store/stored_objects.h"
+#include "verbs/option_names.h"
 #include "verbs/verbs.h"
 #include "whole_file.h"
 #include "yaml/yaml_stream.h"
@@ -25,7 +26,6 @@ using TarnConfigStore::ExportOptions;
 using TarnConfigStore::ExportReport;
 
 constexpr const char* kOutput = "--output";
-constexpr const char* kAllParts = "--all-parts";
 constexpr const char* kMetadata = "--metadata";
 
 constexpr const char* kSkipUnknown = "--skip-unknown";
@@ -167,9 +167,6 @@ class Export {
 }  // namespace
 
 Verb ExportVerb() {
-  const auto flag = [](const char* name, const char* help) {
-    return Argument{.name = name, .help = help, .takes = Takes::NOTHING};
-  };
   return {
       .name = "export",
       .help = "Write the configuration as one document, to be kept, looked at and applied",
@@ -179,12 +176,12 @@ Verb ExportVerb() {
                              ".yaml or .yml",
                      .valueName = "FILE",
                      .aliases = {"-o"}},
-                    flag(kAllParts,
+                    Flag(kAllParts,
                          "All that is stored and staged, to get the same store from it: not only "
                          "what the user set"),
-                    flag(kMetadata, "With times, revisions and versions, as --all-parts has them"),
+                    Flag(kMetadata, "With times, revisions and versions, as --all-parts has them"),
                     RevealArgument(),
-                    flag(kSkipUnknown,
+                    Flag(kSkipUnknown,
                          "Leave out, and name, objects of types that are not "
                          "installed")},
       .run = [](const Given& given, const Output& output) { Export(given, output).Run(); }};

@@ -5,6 +5,7 @@
 #include "given/member_values.h"
 #include "shown/group_tree.h"
 #include "store/stored_objects.h"
+#include "verbs/option_names.h"
 #include "verbs/verbs.h"
 
 #include <memory>
@@ -17,7 +18,6 @@ using TarnConfigStore::ConfigStoreObjectId;
 
 constexpr const char* kDefault = "--default";
 constexpr const char* kDuringBoot = "--during-boot";
-constexpr const char* kAutomatic = "--auto";
 constexpr const char* kPointer = "--pointer";
 constexpr const char* kWithShipped = "--with-shipped";
 constexpr const char* kChangedOnly = "--changed-only";
@@ -132,10 +132,6 @@ void Get(const Given& given, const Output& output) {
 }  // namespace
 
 Verb GetVerb() {
-  const auto flag = [](const char* name, const char* help, std::vector<std::string> excludes) {
-    return Argument{
-        .name = name, .help = help, .takes = Takes::NOTHING, .excludes = std::move(excludes)};
-  };
   Verb verb{.name = "get",
             .help = "Print an object, a member of it, instances, or all of a component or group",
             .arguments = ReadArguments(),
@@ -143,19 +139,19 @@ Verb GetVerb() {
                 "OBJECT may be COMPONENT[/GROUP] too: what is confirmed of each object there, by "
                 "key; instances as a list.",
             .run = Get};
-  verb.arguments.push_back(flag(kDefault, "What the type came with, not what is stored", {}));
+  verb.arguments.push_back(Flag(kDefault, "What the type came with, not what is stored"));
   verb.arguments.push_back(
       {.name = kPointer,
        .help = "A place in the object as a JSON Pointer (RFC 6901), through lists too",
        .valueName = "POINTER",
        .excludes = {kAllInstances, kWhere}});
-  verb.arguments.push_back(flag(kDuringBoot, "What is seen of the object while the host boots",
+  verb.arguments.push_back(Flag(kDuringBoot, "What is seen of the object while the host boots",
                                 {kAllInstances, kWhere, kDefault}));
   verb.arguments.push_back(
-      flag(kAutomatic, "With --during-boot: what automatic configuration sees", {}));
+      Flag(kAutomatic, "With --during-boot: what automatic configuration sees"));
   verb.arguments.push_back(
-      flag(kWithShipped, "With --all-instances: those that the type came with, too", {kDefault}));
-  verb.arguments.push_back(flag(kChangedOnly,
+      Flag(kWithShipped, "With --all-instances: those that the type came with, too", {kDefault}));
+  verb.arguments.push_back(Flag(kChangedOnly,
                                 "Without the instances that are as the type came with them",
                                 {kDefault, kWithShipped}));
   return verb;

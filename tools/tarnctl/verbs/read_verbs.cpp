@@ -51,13 +51,12 @@ void ShowRevision(const Given& given, const Output& output) {
 }  // namespace
 
 Verb ListVerb() {
-  return {.name = "list",
-          .help = "List the stored objects",
-          .arguments = {PrefixArgument(),
-                        {.name = kOutdated,
-                         .help = "Only those last written under another version of their type",
-                         .takes = Takes::NOTHING}},
-          .run = List};
+  return {
+      .name = "list",
+      .help = "List the stored objects",
+      .arguments = {PrefixArgument(),
+                    Flag(kOutdated, "Only those last written under another version of their type")},
+      .run = List};
 }
 
 Verb RevisionVerb() {
@@ -66,9 +65,7 @@ Verb RevisionVerb() {
           .arguments = {{.name = kObject,
                          .help = std::string("A TYPE with ") + kAllInstances,
                          .isRequired = true},
-                        {.name = kAllInstances,
-                         .help = "Of each instance of a type, by its id",
-                         .takes = Takes::NOTHING}},
+                        Flag(kAllInstances, "Of each instance of a type, by its id")},
           .run = [](const Given& given, const Output& output) {
             (given.Has(kAllInstances) ? ShowRevisions : ShowRevision)(given, output);
           }};

@@ -5,6 +5,7 @@
 #include "failure.h"
 #include "shown/descriptions.h"
 #include "store/stored_objects.h"
+#include "verbs/option_names.h"
 #include "verbs/verbs.h"
 
 #include <algorithm>
@@ -19,7 +20,6 @@ using TarnConfigStore::TypeOutcome;
 using TarnConfigStore::TypeReport;
 
 constexpr const char* kPath = "PATH";
-constexpr const char* kForce = "--force";
 
 const char* Name(TypeOutcome outcome) {
   switch (outcome) {
@@ -184,7 +184,7 @@ void Install(const Given& given, const Output& output) {
   Print(reports, output);
 }
 
-void Check(const Given& given, const Output& output) {
+void CheckFiles(const Given& given, const Output& output) {
   if (IsHost()) {
     RequireStore();
   }
@@ -198,7 +198,7 @@ void Check(const Given& given, const Output& output) {
   }
 }
 
-void List(const Given& /*given*/, const Output& output) {
+void ListInstalled(const Given& /*given*/, const Output& output) {
   RequireStore();
   JsonMaker make;
   output.Print(make.List(TarnConfigStore::ListTypes(),
@@ -212,7 +212,7 @@ void Show(const Given& given, const Output& output) {
   output.Print(make.Parse(TarnConfigStore::GetTypeFile(id.component, id.group, id.key)));
 }
 
-void Export(const Given& /*given*/, const Output& output) {
+void ExportTypes(const Given& /*given*/, const Output& output) {
   RequireStore();
   JsonMaker make;
   output.Print(make.Parse(TarnConfigStore::ExportDocumentSchema()));
@@ -232,9 +232,6 @@ Verb TypeVerbs() {
                       .isRequired = true};
   Argument optionalType = TypeArgument();
   optionalType.isRequired = false;
-  const auto flag = [](const char* name, const char* help) {
-    return Argument{.name = name, .help = help, .takes = Takes::NOTHING};
-  };
   return {
       .name = "schema",
       .help = "Install, show and remove configuration types",
@@ -242,22 +239,22 @@ Verb TypeVerbs() {
           {.name = "install",
            .help = "Install types: all of those given, or none",
            .arguments = {path, CheckArgument("Check everything, install nothing"),
-                         flag(kForce,
+                         Flag(kForce,
                               "Allow an older version than the installed one, and stored objects "
                               "that no longer fit")},
            .run = Install},
           {.name = "check",
            .help = "Check type files without a store, and list all that is wrong",
            .arguments = {path},
-           .run = Check},
-          {.name = "list", .help = "List the installed types", .run = List},
+           .run = CheckFiles},
+          {.name = "list", .help = "List the installed types", .run = ListInstalled},
           {.name = "show",
            .help = "Print the type file of a type",
            .arguments = {TypeArgument()},
            .run = Show},
           {.name = "export",
            .help = "Print one JSON Schema (draft-07) of documents of all types, for editors",
-           .run = Export},
+           .run = ExportTypes},
           {.name = "upgrade-rows",
            .help = "Bring stored objects up to date with the parts that their types have now",
            .arguments = {optionalType, CheckArgument("Only tell what would be done")},
@@ -265,7 +262,7 @@ Verb TypeVerbs() {
           {.name = "remove",
            .help = "Remove a type and its shipped objects",
            .arguments = {TypeArgument(),
-                         flag(
+                         Flag(
                              kForce,
                              "Even if objects of the type are stored, which stay, or changes of it "
                              "staged, which go")},

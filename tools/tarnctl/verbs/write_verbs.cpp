@@ -4,6 +4,7 @@
 #include "given/given_object.h"
 #include "given/member_values.h"
 #include "store/stored_objects.h"
+#include "verbs/option_names.h"
 #include "verbs/verbs.h"
 
 #include <cstddef>
@@ -19,7 +20,6 @@ using TarnConfigStore::FilterSpecObject;
 using TarnConfigStore::WriteKind;
 
 constexpr const char* kUser = "--user";
-constexpr const char* kAutomatic = "--auto";
 constexpr const char* kVital = "--vital";
 constexpr const char* kCached = "--cached";
 
@@ -86,7 +86,7 @@ const std::string& FileOfInstances(const Given& given) {
   return given.Texts(kData).front();
 }
 
-void Check(const Given& given, const Output& output) {
+void CheckObject(const Given& given, const Output& output) {
   PrintFindings(given.Has(kAllInstances) ? FindFaults(ReadInstances(ParseType(given.Text(kObject)),
                                                                     FileOfInstances(given)),
                                                       KindOf(given))
@@ -96,7 +96,7 @@ void Check(const Given& given, const Output& output) {
 
 void Set(const Given& given, const Output& output) {
   if (given.Has(kCheck)) {
-    Check(given, output);
+    CheckObject(given, output);
   } else if (given.Has(kAllInstances)) {
     WriteGivenInstances(ParseType(given.Text(kObject)), FileOfInstances(given), KindOf(given),
                         [&](ConfigStore& store, const auto& objects) {
@@ -141,10 +141,6 @@ void DeleteInstances(const Given& given) {
   }
   store->DeleteInstances(filter);
   SayHowMany(count, type, "deleted");
-}
-
-Argument Flag(const char* name, const char* help) {
-  return {.name = name, .help = help, .takes = Takes::NOTHING};
 }
 
 Argument InstancesFlag() {
@@ -204,7 +200,7 @@ Verb ValidateVerb() {
           .help = "List all that set would refuse; write nothing",
           .arguments = {ObjectArgument(), DataArgument(), InstancesFlag()},
           .choice = LayerChoice(),
-          .run = Check};
+          .run = CheckObject};
 }
 
 }  // namespace tarnctl
