@@ -64,16 +64,8 @@ int WriteDurably(const std::string& path, const std::string& text) {
   if (!file.IsOpen()) {
     return errno;
   }
-  std::size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t put = write(file.Number(), text.data() + done, text.size() - done);
-    if (put < 0 && errno == EINTR) {
-      continue;
-    }
-    if (put <= 0) {
-      return put == 0 ? ENOSPC : errno;
-    }
-    done += static_cast<std::size_t>(put);
+  if (const int code = file.WriteAll(text)) {
+    return code;
   }
   return fsync(file.Number()) == 0 && file.Close() ? 0 : errno;
 }

@@ -3,6 +3,9 @@
 
 #include "platform/no_cancellation.h"
 
+#include <cerrno>
+#include <cstddef>
+#include <string_view>
 #include <unistd.h>
 #include <utility>
 
@@ -21,6 +24,21 @@ class FileDescriptor {
 
   bool IsOpen() const noexcept { return number_ >= 0; }
   int Number() const noexcept { return number_; }
+
+  /// Writes all of it, also where the system takes a part at a time; answers 0 or an errno value.
+  int WriteAll(std::string_view bytes) const noexcept {
+    while (!bytes.empty()) {
+      const ssize_t put = ::write(number_, bytes.data(), bytes.size());
+      if (put < 0 && errno == EINTR) {
+        continue;
+      }
+      if (put <= 0) {
+        return put == 0 ? ENOSPC : errno;
+      }
+      bytes.remove_prefix(static_cast<std::size_t>(put));
+    }
+    return 0;
+  }
 
   /// False, with errno, when closing what was open failed; there is nothing open afterwards all the
   /// same.

@@ -39,16 +39,8 @@ namespace {
 constexpr mode_t kMode = 0600;
 
 void WriteAll(const FileDescriptor& file, const std::string& name, const std::string& bytes) {
-  std::size_t done = 0;
-  while (done < bytes.size()) {
-    const ssize_t put = write(file.Number(), bytes.data() + done, bytes.size() - done);
-    if (put < 0 && errno == EINTR) {
-      continue;
-    }
-    if (put <= 0) {
-      RaiseSystemError(name, "cannot write the copy", put == 0 ? ENOSPC : errno);
-    }
-    done += static_cast<std::size_t>(put);
+  if (const int code = file.WriteAll(bytes)) {
+    RaiseSystemError(name, "cannot write the copy", code);
   }
 }
 

@@ -102,36 +102,22 @@ std::uint64_t ReadBigEndian(std::string_view from, std::size_t bytes) noexcept {
   return value;
 }
 
-bool ReadRecord(std::string_view payload, std::vector<Field>& fields) {
-  std::vector<std::uint64_t> types;
-  std::size_t at = 0;
-  if (!ReadTypes(payload, types, at)) {
-    return false;
-  }
-  fields.clear();
-  for (const std::uint64_t type : types) {
-    const std::uint64_t length = LengthOf(type);
-    if (length > payload.size() - at) {
-      return false;
-    }
-    fields.push_back(Decode(type, payload.substr(at, static_cast<std::size_t>(length))));
-    at += static_cast<std::size_t>(length);
-  }
-  return at == payload.size();
-}
+namespace {
 
-bool ReadCutRecord(std::string_view payload, std::vector<Field>& fields) {
+// As many fields as its beginning names; what follows them stays in `payload`.
+bool ReadFields(std::string_view& payload, std::vector<Field>& fields) {
   std::vector<std::uint64_t> types;
-  std::size_t at = 0;
-  if (!ReadTypes(payload, types, at)) {
+  std::size_t body = 0;
+  if (!ReadTypes(payload, types, body)) {
     return false;
   }
+  payload.remove_prefix(body);
   fields.clear();
   for (const std::uint64_t type : types) {
     const std::uint64_t length = LengthOf(type);
     const std::string_view bytes = payload.substr(
-        at, static_cast<std::size_t>(std::min<std::uint64_t>(length, payload.size() - at)));
-    at += bytes.size();
+        0, static_cast<std::size_t>(std::min<std::uint64_t>(length, payload.size())));
+    payload.remove_prefix(bytes.size());
     const bool isCut = bytes.size() < length;
     Field field;
     if (!isCut || (type >= 12 && !bytes.empty())) {
@@ -141,6 +127,17 @@ bool ReadCutRecord(std::string_view payload, std::vector<Field>& fields) {
     fields.push_back(std::move(field));
   }
   return true;
+}
+
+}  // namespace
+
+bool ReadRecord(std::string_view payload, std::vector<Field>& fields) {
+  return ReadFields(payload, fields) && payload.empty() &&
+         std::none_of(fields.begin(), fields.end(), [](const Field& field) { return field.isCut; });
+}
+
+bool ReadCutRecord(std::string_view payload, std::vector<Field>& fields) {
+  return ReadFields(payload, fields);
 }
 
 }  // namespace DBStore::internal
