@@ -11,29 +11,30 @@
 namespace Faults {
 namespace {
 
-// "whole" or "bounded" has the counts printed, too.
+// What there is has the counts printed, too; "places" is what is done where nothing is asked.
 std::string Asked() {
   const char* const extent = std::getenv("TARN_FAULTS");
   return extent == nullptr ? "" : extent;
 }
 
 Extent ExtentAsked() {
-  return Asked() == "whole"     ? Extent::WHOLE
-         : Asked() == "bounded" ? Extent::BOUNDED
-                                : Extent::QUICK;
+  return Asked() == "whole"        ? Extent::WHOLE
+         : Asked() == "bounded"    ? Extent::BOUNDED
+         : TestSupport::kSanitized ? Extent::QUICK
+                                   : Extent::PLACES;
 }
 
 class EveryCallFails : public testing::TestWithParam<OperationGroup> {};
 
 TEST_P(EveryCallFails, AndLeavesTheHostAsBeforeOrAsAfter) {
-  const Sweep sweep(ExtentAsked());
+  Sweep sweep(ExtentAsked());
   ASSERT_EQ(sweep.Failure(), "");
   const char* const only = std::getenv("TARN_FAULTS_OPERATION");
   for (const Operation& operation : GetParam().operations) {
     if (only != nullptr && std::string(only) != operation.name) {
       continue;
     }
-    const std::optional<Reference> reference = sweep.Learn(operation);
+    const SharedReference reference = sweep.Learn(operation);
     ASSERT_TRUE(reference) << operation.name << " fails by itself";
     for (const Sort& sort : kSorts) {
       // A sanitizer takes memory of its own where a thread starts, and ends the process without.
@@ -46,7 +47,7 @@ TEST_P(EveryCallFails, AndLeavesTheHostAsBeforeOrAsAfter) {
           if ((stays && !sort.mayStay) || (start == Start::WARM && operation.leaves)) {
             continue;
           }
-          const Tally tally = sweep.Run(operation, *reference, sort, stays, start);
+          const Tally tally = sweep.Run(operation, **reference, sort, stays, start);
           EXPECT_TRUE(tally.problems.empty()) << tally.problems;
           sum.points += tally.points;
           sum.before += tally.before;

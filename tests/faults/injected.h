@@ -27,6 +27,10 @@ void Arm(Kind kind, unsigned n, bool stays) noexcept;
 /// Nothing fails any more. Answers whether anything has.
 bool Disarm() noexcept;
 
+/// From now on until Disarm, nothing fails, and each call is told of in its order; what is called then
+/// may call what is told of.
+void Watch(void (*tell)(Kind kind)) noexcept;
+
 /// Whether this call, which was asked for just now, fails.
 bool Strikes(Kind kind) noexcept;
 

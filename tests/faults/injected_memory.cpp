@@ -16,6 +16,8 @@ constinit unsigned calls = 0;
 constinit bool struck = false;
 constinit unsigned failing = 0;
 constinit bool failsOn = false;
+using Watcher = void (*)(Kind);
+constinit Watcher watcher = nullptr;
 
 }  // namespace
 
@@ -27,13 +29,22 @@ void Arm(Kind kind, unsigned n, bool stays) noexcept {
   __atomic_store_n(&armed, kind, __ATOMIC_RELEASE);
 }
 
+void Watch(void (*tell)(Kind kind)) noexcept {
+  __atomic_store_n(&watcher, tell, __ATOMIC_RELEASE);
+}
+
 bool Disarm() noexcept {
+  __atomic_store_n(&watcher, nullptr, __ATOMIC_RELEASE);
   __atomic_store_n(&armed, Kind::NONE, __ATOMIC_RELEASE);
   return __atomic_load_n(&struck, __ATOMIC_ACQUIRE);
 }
 
 bool Strikes(Kind kind) noexcept {
   if (__atomic_load_n(&armed, __ATOMIC_ACQUIRE) != kind) {
+    if (const auto tell = __atomic_exchange_n(&watcher, nullptr, __ATOMIC_ACQ_REL)) {
+      tell(kind);
+      __atomic_store_n(&watcher, tell, __ATOMIC_RELEASE);
+    }
     return false;
   }
   const unsigned call = __atomic_add_fetch(&calls, 1, __ATOMIC_RELAXED);

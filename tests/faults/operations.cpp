@@ -3,6 +3,7 @@
 #include "platform/db_testing.h"
 #include "platform/host_paths.h"
 
+#include "faults/told.h"
 #include "support/test_types.h"
 
 #include <sqlite3.h>
@@ -45,80 +46,6 @@ std::shared_ptr<FilterSpecObject> Filter(const ConfigStoreObjectId& id, const ch
   auto filter = std::make_shared<FilterSpecObject>(id);
   filter->SetData(json);
   return filter;
-}
-
-// What came of a call, in words.
-std::string Told() {
-  return "done";
-}
-std::string Told(bool value) {
-  return value ? "yes" : "no";
-}
-std::string Told(int value) {
-  return std::to_string(value);
-}
-std::string Told(const std::string& text) {
-  return text;
-}
-std::string Told(const Object& object) {
-  return object ? object->GetConfigStoreObjectId().toString() + object->GetData() +
-                      std::to_string(object->GetRevision())
-                : "none";
-}
-std::string Told(const std::pair<std::string, std::int32_t>& revision) {
-  return revision.first + std::to_string(revision.second);
-}
-std::string Told(const ErrorInfo& error) {
-  return error.field + ":" + error.error;
-}
-std::string Told(const StoredObject& stored) {
-  return stored.id.toString() + std::to_string(stored.revision) + Told(stored.hasPending);
-}
-std::string Told(const OutdatedObject& outdated) {
-  return Told(outdated.stored) + outdated.installedVersion;
-}
-std::string Told(const StagedChange& change) {
-  return change.id.toString() + std::to_string(static_cast<int>(change.action));
-}
-std::string Told(const AppliedChange& change) {
-  return change.id.toString();
-}
-std::string Told(const UnappliedChange& change) {
-  return "not " + change.id.toString();
-}
-std::string Told(const InstalledType& type) {
-  return type.key + type.version + type.flags;
-}
-std::string Told(const RowReport& row) {
-  return row.object.toString() + std::to_string(static_cast<int>(row.outcome));
-}
-std::string Told(const DriftObject& drift) {
-  return drift.ToJson();
-}
-// A file that could not be read is told in the report.
-std::string Told(const TypeReport& type) {
-  if (type.outcome == TypeOutcome::INVALID) {
-    throw std::runtime_error(type.errors.empty() ? "misfits" : type.errors.front().error);
-  }
-  return type.key + type.version + std::to_string(static_cast<int>(type.outcome)) +
-         std::to_string(type.divided.size());
-}
-std::string Told(const DocumentReport& report) {
-  if (!report.Fits()) {
-    throw std::runtime_error("the document was refused");
-  }
-  return report.ToJson();
-}
-template <class List>
-requires requires(const List& list) {
-  list.begin() != list.end();
-}
-std::string Told(const List& list) {
-  std::string text;
-  for (const auto& element : list) {
-    text += Told(element) + " ";
-  }
-  return text;
 }
 
 constexpr const char* kDocument =

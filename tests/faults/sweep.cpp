@@ -7,18 +7,15 @@
 #include "faults/faulty_host.h"
 #include "support/child_process.h"
 #include "support/sanitized.h"
+#include "support/shared_memory.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <optional>
-#include <sstream>
 #include <stdexcept>
-#include <sys/mman.h>
-#include <tuple>
 
 #ifdef __SANITIZE_ADDRESS__
 extern "C" int __lsan_do_recoverable_leak_check();
@@ -36,18 +33,6 @@ struct Shared {
   unsigned after = 0;
   std::size_t length = 0;
   char problems[std::size_t{1} << 16] = {};
-  std::array<char[std::size_t{1} << 16], 3> reference = {};
-
-  void Keep(const Reference& learned) {
-    std::size_t i = 0;
-    for (const std::string* text : {&learned.before, &learned.told, &learned.after}) {
-      if (text->size() >= sizeof reference[0]) {
-        throw std::runtime_error("an operation tells more than there is room for");
-      }
-      std::memcpy(reference[i++], text->c_str(), text->size() + 1);
-    }
-  }
-  Reference Kept() const { return {reference[0], reference[1], reference[2]}; }
 
   void Add(const std::string& problem) {
     const std::size_t size = std::min(problem.size(), sizeof problems - 1 - length);
@@ -56,24 +41,7 @@ struct Shared {
   }
 };
 
-class SharedTally {
- public:
-  SharedTally()
-      : memory_(mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS,
-                     -1, 0)) {
-    if (memory_ == MAP_FAILED) {
-      throw std::runtime_error("no memory for the children's results");
-    }
-    new (memory_) Shared();
-  }
-  ~SharedTally() { munmap(memory_, sizeof(Shared)); }
-  SharedTally(const SharedTally&) = delete;
-  SharedTally& operator=(const SharedTally&) = delete;
-  Shared* operator->() const { return static_cast<Shared*>(memory_); }
-
- private:
-  void* memory_;
-};
+using SharedTally = TestSupport::SharedMemory<Shared>;
 
 struct Ending {
   std::string told;
@@ -107,24 +75,10 @@ Ending DoWithFault(const Operation& operation, Caller& caller, const Sort& sort,
   return ending;
 }
 
-// The lines that one text has and the other has not.
-std::string Differences(const std::string& before, const std::string& now) {
-  std::string text;
-  for (const auto& [sign, all, others] :
-       {std::tuple("\n- ", &before, &now), {"\n+ ", &now, &before}}) {
-    std::istringstream lines(*all);
-    for (std::string line; std::getline(lines, line);) {
-      if (("\n" + *others).find("\n" + line + "\n") == std::string::npos) {
-        text.append(sign).append(line);
-      }
-    }
-  }
-  return text;
-}
-
 class Trial {
  public:
-  Trial(const std::string& root, const Operation& operation) : root_(root), operation_(operation) {
+  Trial(const std::string& root, const Examiner& host, const Operation& operation)
+      : root_(root), host_(host), operation_(operation) {
     HostPaths::SetRoot(root);
   }
 
@@ -134,12 +88,11 @@ class Trial {
     const Ending ending = DoWithFault(operation_, caller, sort, stays, point, shared.struck);
     HostPathsBack();
     if (!shared.struck) {
-      Host().Restore();
+      host_.Restore();
       return {};
     }
     std::string problem;
-    const FaultyHost& host = Host();
-    const std::string now = host.Look();
+    const unsigned now = host_.Look();
     const std::string told = Settled(ending.told);
     const bool isBefore = now == reference.before;
     const bool isAfter = now == reference.after;
@@ -147,7 +100,7 @@ class Trial {
     ++(ending.raised.empty() ? shared.after : isAfter && !isBefore ? shared.after : shared.before);
     const bool isBetween = !isBefore && !isAfter;
     if (isAfter || (isBetween && !operation_.completesLater)) {
-      Host().Restore();
+      host_.Restore();
     }
     const auto wrong = [&](const std::string& what) { problem += what + "; "; };
     if (ending.raised.empty()) {
@@ -159,9 +112,9 @@ class Trial {
       }
     } else if (isBetween && !operation_.completesLater) {
       wrong("it raised, and the host is neither as before nor as after:" +
-            Differences(reference.before, now));
+            host_.Differences(reference.before, now));
     }
-    if (const std::string locked = host.Locked(); !locked.empty()) {
+    if (const std::string locked = host_.Locked(); !locked.empty()) {
       wrong(locked);
     }
     // First the others, whom what was left behind would keep out.
@@ -174,26 +127,24 @@ class Trial {
   }
 
   /// What it does where nothing fails, from the state that was saved and back there.
-  Reference Learn() {
-    Host().Restore();
-    Reference reference;
-    reference.before = Host().Look();
+  void Learn(Reference& reference) {
+    host_.Restore();
+    reference.before = host_.Look();
     Caller caller;
     const Ending ending = Tried(caller);
-    reference.told = ending.told;
-    reference.after = Host().Look();
+    reference.Tell(ending.told);
+    reference.after = host_.Look();
     if (!ending.raised.empty()) {
       throw std::runtime_error(std::string(operation_.name) + " fails by itself: " + ending.raised);
     }
-    Host().Restore();
-    return reference;
+    host_.Restore();
   }
 
-  FaultyHost& Host() {
-    if (!host_) {
-      host_.emplace(root_);
-    }
-    return *host_;
+  /// From where it calls what.
+  void Learn(Places& places, Caller& caller) {
+    places.Learn([&] { operation_.run(caller); });
+    HostPathsBack();
+    host_.Restore();
   }
 
  private:
@@ -219,17 +170,17 @@ class Trial {
     const Ending again = Tried(caller);
     if (!again.raised.empty()) {
       wrong(std::string("the same call by ") + whose + " raises " + again.raised);
-    } else if ((!completes && again.told != reference.told) || Host().Look() != reference.after) {
+    } else if ((!completes && again.told != reference.told) || host_.Look() != reference.after) {
       wrong(std::string("the same call by ") + whose + " ends otherwise: " + again.told);
     }
     if (reference.after != reference.before || !again.raised.empty()) {
-      Host().Restore();
+      host_.Restore();
     }
   }
 
   std::string root_;
+  const Examiner& host_;
   const Operation& operation_;
-  std::optional<FaultyHost> host_;
 };
 
 int LeakedMemory() {
@@ -240,6 +191,8 @@ int LeakedMemory() {
 #endif
 }
 
+constexpr unsigned kClosely = 60;
+
 std::string Words(const char* operation, const Sort& sort, bool stays, Start start, unsigned point,
                   const std::string& problem) {
   return std::string(operation) + ", " + sort.name + " " + std::to_string(point) +
@@ -248,6 +201,13 @@ std::string Words(const char* operation, const Sort& sort, bool stays, Start sta
 }
 
 }  // namespace
+
+void Reference::Tell(const std::string& text) {
+  if (text.size() >= sizeof told) {
+    throw std::runtime_error("an operation tells more than there is room for");
+  }
+  std::memcpy(told, text.c_str(), text.size() + 1);
+}
 
 Sweep::Sweep(Extent extent) : extent_(extent) {
   std::string name = (std::filesystem::temp_directory_path() / "tarn-faults-XXXXXX").string();
@@ -263,27 +223,53 @@ Sweep::Sweep(Extent extent) : extent_(extent) {
       throw std::runtime_error(made.failure);
     }
     PrepareHost(root_);
-    FaultyHost(root_).Save();
     return 0;
   });
   if (status != 0) {
     failure_ = "the host of the sweep cannot be made";
+    return;
   }
+  TestSupport::InChild([this] {
+    FaultyHost::Save(root_);
+    return 0;
+  });
+  examiner_.emplace(root_);
 }
 
 Sweep::~Sweep() {
-  std::error_code ignored;
-  std::filesystem::remove_all(root_, ignored);
-  std::filesystem::remove_all(root_ + ".saved", ignored);
+  examiner_.reset();
+  const std::filesystem::path root(root_);
+  for (const auto& entry : std::filesystem::directory_iterator(root.parent_path())) {
+    if (entry.path().string().starts_with(root_)) {
+      std::filesystem::remove_all(entry.path());
+    }
+  }
 }
 
-std::optional<Reference> Sweep::Learn(const Operation& operation) const {
-  const SharedTally shared;
-  const int status = TestSupport::InChild([&] {
-    shared->Keep(Trial(root_, operation).Learn());
-    return 0;
-  });
-  return status == 0 ? std::optional(shared->Kept()) : std::nullopt;
+SharedReference Sweep::Learn(const Operation& operation) const {
+  auto learned = std::make_unique<TestSupport::SharedMemory<Reference>>();
+  Reference& reference = **learned;
+  const auto inChild = [&](const std::function<void(Trial&, Caller&)>& learn) {
+    return TestSupport::InChild([&] {
+             Trial trial(root_, *examiner_, operation);
+             Caller caller;
+             learn(trial, caller);
+             return 0;
+           }) == 0;
+  };
+  bool isLearned = inChild([&](Trial& trial, Caller&) { trial.Learn(reference); });
+  if (extent_ == Extent::PLACES) {
+    isLearned = isLearned && inChild([&](Trial& trial, Caller& caller) {
+                  operation.run(caller);
+                  examiner_->Restore();
+                  trial.Learn(reference.warm, caller);
+                });
+    examiner_->Leave();
+    isLearned = isLearned && inChild([&](Trial& trial, Caller& caller) {
+                  trial.Learn(reference.fresh, caller);
+                });
+  }
+  return isLearned ? std::move(learned) : nullptr;
 }
 
 // A quick sweep leaves out what hardly tells more than what it has: processes of one point each for
@@ -297,15 +283,31 @@ bool Sweep::Leaves(const Sort& sort, bool stays, Start start) const {
           (stays && sort.kind != Kind::ALLOCATION && sort.kind != Kind::IO_ERROR));
 }
 
-unsigned Sweep::Next(unsigned point, bool often) const {
-  constexpr unsigned kClosely = 60;
-  switch (extent_) {
-    case Extent::WHOLE:
-      return point + 1;
-    case Extent::BOUNDED:
-      return point + (point < kClosely ? 1 : 3);
-    case Extent::QUICK:
-      break;
+std::vector<bool> Sweep::Alike(const Reference& reference, const Sort& sort, bool stays,
+                               Start start) {
+  if (extent_ != Extent::PLACES || sort.kind == Kind::DATABASE) {
+    return {};
+  }
+  std::set<std::uint64_t> own;
+  const bool isFresh = start == Start::FRESH;
+  std::set<std::uint64_t>& known = isFresh ? fresh_[{sort.kind, stays}] : own;
+  const Places& places = isFresh ? reference.fresh : reference.warm;
+  std::vector<bool> alike(places.Count(sort.kind) + 1);
+  for (unsigned point = 1; point < alike.size(); ++point) {
+    alike[point] = !known.insert(places.Of(sort.kind, point)).second && point > kClosely;
+  }
+  return alike;
+}
+
+unsigned Sweep::Next(unsigned point, bool often, const std::vector<bool>& alike) const {
+  if (extent_ == Extent::BOUNDED) {
+    return point + (point < kClosely ? 1 : 3);
+  }
+  if (extent_ != Extent::QUICK) {
+    do {
+      ++point;
+    } while (point < alike.size() && alike[point]);
+    return point;
   }
   const unsigned closely = !often ? 2 : TestSupport::kSanitized ? 6 : 12;
   const unsigned part = !often ? 1 : TestSupport::kSanitized ? 3 : 5;
@@ -313,32 +315,36 @@ unsigned Sweep::Next(unsigned point, bool often) const {
 }
 
 Tally Sweep::Run(const Operation& operation, const Reference& reference, const Sort& sort,
-                 bool stays, Start start) const {
+                 bool stays, Start start) {
   Tally tally;
   if (Leaves(sort, stays, start)) {
     return tally;
   }
   const SharedTally shared;
+  const std::vector<bool> alike = Alike(reference, sort, stays, start);
   // A child does as many points as it can: in a fresh process one, else until the end, unless it dies
   // of one.
   constexpr int kMostDeaths = 5;
   constexpr unsigned kOthersAsk = 4;
   for (int deaths = 0; shared->struck && deaths < kMostDeaths;) {
+    if (start == Start::FRESH) {
+      examiner_->Leave();
+    }
     const int status = TestSupport::InChild([&] {
-      Trial trial(root_, operation);
+      Trial trial(root_, *examiner_, operation);
       Caller caller;
       if (start == Start::WARM) {
         operation.run(caller);
-        trial.Host().Restore();
+        examiner_->Restore();
       }
       for (;;) {
         const std::string problem =
-            trial.Try(caller, sort, stays, shared->point, *shared.operator->(), reference,
+            trial.Try(caller, sort, stays, shared->point, *shared, reference,
                       extent_ != Extent::QUICK || shared->point % kOthersAsk == 0);
         if (!problem.empty()) {
           shared->Add(Words(operation.name, sort, stays, start, shared->point, problem));
         }
-        shared->point = Next(shared->point, start == Start::WARM && !stays);
+        shared->point = Next(shared->point, start == Start::WARM && !stays, alike);
         if (start == Start::FRESH || !shared->struck) {
           return LeakedMemory();
         }
@@ -348,12 +354,9 @@ Tally Sweep::Run(const Operation& operation, const Reference& reference, const S
       ++deaths;
       shared->Add(Words(operation.name, sort, stays, start, shared->point,
                         "the process ended with " + std::to_string(status)));
-      shared->point = Next(shared->point, start == Start::WARM && !stays);
+      shared->point = Next(shared->point, start == Start::WARM && !stays, alike);
       shared->struck = true;
-      TestSupport::InChild([this] {
-        FaultyHost(root_).Restore();
-        return 0;
-      });
+      examiner_->Restore();
     }
   }
   tally.points = shared->points;

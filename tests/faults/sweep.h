@@ -1,17 +1,26 @@
 // Every operation, with every call of the system that it makes failing in turn.
 #pragma once
 
+#include "faults/examiner.h"
 #include "faults/injected.h"
 #include "faults/operations.h"
+#include "faults/places.h"
+#include "support/shared_memory.h"
 
+#include <map>
+#include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace Faults {
 
-/// Which points are tried: all; every one up to 60 and then each third; or a part that takes no longer
-/// than a test may.
-enum class Extent { QUICK, BOUNDED, WHOLE };
+/// Which points are tried: a part that leaves a sanitizer time for the other tests; every one up to 60
+/// and then each that is called from another place than those before, in a fresh process than those of
+/// other operations, too; every one up to 60 and then each third; all.
+enum class Extent { QUICK, PLACES, BOUNDED, WHOLE };
 
 /// What an operation's sweep by one sort of faults came to.
 struct Tally {
@@ -27,10 +36,17 @@ enum class Start { WARM, FRESH };
 
 /// What an operation does where nothing fails.
 struct Reference {
-  std::string before;  ///< the host
-  std::string told;
-  std::string after;
+  unsigned before = 0;  ///< the host's state
+  unsigned after = 0;
+  char told[std::size_t{1} << 16] = {};
+
+  Places warm;
+  Places fresh;
+
+  /// Raises std::runtime_error for more than there is room for.
+  void Tell(const std::string& text);
 };
+using SharedReference = std::unique_ptr<TestSupport::SharedMemory<Reference>>;
 
 /// The process itself does nothing but fork: all is done in its children.
 class Sweep {
@@ -43,18 +59,22 @@ class Sweep {
   /// Why no host could be made, or nothing.
   const std::string& Failure() const { return failure_; }
   /// What an operation does; nothing, where it does not even work.
-  std::optional<Reference> Learn(const Operation& operation) const;
+  SharedReference Learn(const Operation& operation) const;
   /// \param stays  whether all calls fail after the first that does
   Tally Run(const Operation& operation, const Reference& reference, const Sort& sort, bool stays,
-            Start start) const;
+            Start start);
 
  private:
   bool Leaves(const Sort& sort, bool stays, Start start) const;
-  unsigned Next(unsigned point, bool often) const;
+  /// By points: true for those that are left out; for what is past the end, nothing is known.
+  std::vector<bool> Alike(const Reference& reference, const Sort& sort, bool stays, Start start);
+  unsigned Next(unsigned point, bool often, const std::vector<bool>& alike) const;
 
   Extent extent_;
   std::string root_;
   std::string failure_;
+  std::optional<Examiner> examiner_;
+  std::map<std::pair<Kind, bool>, std::set<std::uint64_t>> fresh_;  // places, and whether it stayed
 };
 
 }  // namespace Faults
