@@ -350,9 +350,8 @@ const std::vector<OperationGroup>& Groups() {
         {"RemoveType", RUNS(RemoveType("tarn", "test", "checked", false))}}},
       {"Hosts",
        {{"InitializeHost", TELLS(InitializeHost().created.size() == 0)},
-        {"MakeHost", MakeHost, true, true},
-        {"BackupHost", BackUp},
-        {"RestoreHost", Restore, true}}}};
+        {"MakeHost", MakeHost, true, true}}},
+      {"Backups", {{"BackupHost", BackUp}, {"RestoreHost", Restore, true}}}};
   return groups;
 }
 
