@@ -5,8 +5,16 @@ install(TARGETS tarnconfigstore EXPORT tarnconfigstoreTargets
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/tarnconfigstore" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
   FILES_MATCHING PATTERN "*.h")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/share/types" DESTINATION "${CMAKE_INSTALL_DATADIR}/tarnconfigstore")
+install(FILES "${PROJECT_SOURCE_DIR}/docs/man/tarnconfigstore.3" DESTINATION "${CMAKE_INSTALL_MANDIR}/man3")
+install(FILES "${PROJECT_SOURCE_DIR}/docs/man/tarn-types.5" DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
 if(TARGET tarnctl)
   install(TARGETS tarnctl RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  # Where each shell looks by itself.
+  set(completion "${PROJECT_SOURCE_DIR}/tools/tarnctl/completion/tarnctl")
+  install(FILES "${completion}.bash" DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME tarnctl)
+  install(FILES "${completion}.zsh" DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/site-functions" RENAME _tarnctl)
+  install(FILES "${completion}.fish" DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
+  install(FILES "${PROJECT_SOURCE_DIR}/docs/man/tarnctl.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 endif()
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/tarnconfigstore")

@@ -67,6 +67,9 @@ void Collect(const CLI::App& app, const std::vector<Argument>& arguments, Given&
 
 void AddVerb(CLI::App& parent, const Verb& verb, Call& call) {
   CLI::App* app = parent.add_subcommand(verb.name, verb.help);
+  if (verb.isHidden) {
+    app->group("");
+  }
   for (const Verb& inner : verb.verbs) {
     AddVerb(*app, inner, call);
   }

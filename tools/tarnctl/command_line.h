@@ -84,6 +84,7 @@ struct Verb {
   std::string note = {};  ///< more, at the end of the verb's own help
   std::function<void(const Given&, const Output&)> run = {};
   std::vector<Verb> verbs = {};
+  bool isHidden = false;  ///< from help: for programs, not for people
 };
 
 struct Program {

@@ -2,8 +2,8 @@
 #include "tarnconfigstore/host.h"
 
 #include "failure.h"
+#include "program.h"
 #include "store/type_suggestion.h"
-#include "verbs/verbs.h"
 
 #include <csignal>
 #include <cstdio>
@@ -12,33 +12,6 @@
 
 namespace tarnctl {
 namespace {
-
-constexpr const char* kFooter =
-    "An OBJECT is COMPONENT/GROUP/KEY[/INSTANCE], a TYPE the same without an instance.\n"
-    "Exit codes: 0 done, 1 failed, 2 usage, 3 not found, 4 invalid, 5 not as expected, 6 "
-    "permission, 7 busy, 8 corrupt.";
-
-Program MakeProgram() {
-  return {
-      .name = "tarnctl",
-      .help = "Looks at the host's configuration store and changes it.",
-      .footer = kFooter,
-      .version = "tarnctl " TARNCTL_VERSION,
-      .arguments = {Flag("--json", "Print everything as JSON, errors too"),
-                    Flag("--yaml", "Print data as YAML", {"--json"}),
-                    {.name = "--root",
-                     .help = "Directory that the host's paths are resolved under",
-                     .valueName = "DIR"},
-                    {.name = "--log",
-                     .help = "Print log lines of priority up to N on standard error",
-                     .valueName = "N",
-                     .range = NumberRange{0, 4}}},
-      .verbs = {InitVerb(),          TypeVerbs(),    GetVerb(),    SetVerb(),       UpdateVerb(),
-                DeleteVerb(),        ValidateVerb(), ListVerb(),   RevisionVerb(),  ExportVerb(),
-                ImportVerb(),        ApplyVerb(),    DiffVerb(),   NextBootVerbs(), BootVerbs(),
-                KernelOptionVerbs(), EntryVerbs(),   BackupVerb(), RestoreVerb(),   DoctorVerb(),
-                WatchVerb()}};
-}
 
 // A standard descriptor that came closed would be given to the next file or socket that is opened,
 // and data printed into it. Opened the wrong way round, it fails whoever uses it.

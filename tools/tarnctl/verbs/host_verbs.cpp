@@ -2,12 +2,12 @@
 #include "tarnconfigstore/key_values.h"
 
 #include "failure.h"
+#include "verbs/option_names.h"
 #include "verbs/verbs.h"
 
 namespace tarnctl {
 namespace {
 
-constexpr const char* kKey = "KEY";
 constexpr const char* kValue = "VALUE";
 
 void Initialize(const Given& /*given*/, const Output& output) {

@@ -45,4 +45,10 @@ Verb BootVerbs();
 /// Notifications, as they arrive.
 Verb WatchVerb();
 
+// The tool itself.
+Verb HelpVerb();
+Verb CompletionVerb();
+/// For the functions that CompletionVerb prints.
+Verb CandidatesVerb();
+
 }  // namespace tarnctl
