@@ -147,7 +147,7 @@ expect 0 '"waiting":[{' "" boot status
 
 # --- the kind of the boot: nonsense is told, and the rest of the status with it
 while IFS='|' read -r entry code kind told; do
-  "$tarnctl" kv set BOOT_INFO "$entry"
+  "$tarnctl" kv set --force BOOT_INFO "$entry"
   expect "$code" "${kind:+=$kind}" "$told" --json boot info
   expect 0 "\"bootInfo\":${kind:-null}," "$told" --json boot status
 done <<'T'

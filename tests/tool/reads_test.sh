@@ -36,6 +36,11 @@ expect 1 "?" "tarn/power/policy is stored, but nothing of it is confirmed tarnct
 expect 3 "" "tarn/power/policy is stored, but nothing" get tarn/power
 "$tarnctl" schema install "$types" >/dev/null
 
+# --- an instance, or another verb, was meant
+expect 4 "" "interfaces has instances: a, b; name one, or use --all-instances" delete $nics
+expect 4 "" "of which none is stored; name one as $switches/NAME" get $switches
+expect 4 "" "take effect at once: \`tarnctl set\`" next-boot set $resolver timeout=7
+
 # --- a place in an object
 expect 0 "" "" set $values 'anything={"a":[{"b/c":"x"},null]}' 'list=[7]'
 expect 0 "=x" "" get $values --pointer /anything/a/0/b~1c

@@ -27,6 +27,11 @@ for usage in "" "get" "nonsense" "get a/" "get a//c" "get a/b/c/" "get a/b/c d..
   expect 2 "" "?" $usage
 done
 expect 2 "" "--root takes" --root "" list
+# what was meant
+expect 2 "" '=tarnctl: there is no verb "next-boot sett"; did you mean "set"? (see --help)' --root=/ next-boot sett x
+expect 2 "" '=tarnctl: there is no option "--jsn"; did you mean "--json"? (see --help)' get --jsn=1 x
+expect 2 "" "tarnctl help VERB" # the start of a session
+expect 1 "" "/nowhere/etc/kestrel/configstore/current-store-1: there is no such" --root /nowhere list
 expect 2 "" '={"code":2000,"message":"\"a/b\" is not of the form COMPONENT/GROUP/KEY[/INSTANCE]","details":[]}' --json revision a/b
 
 # --- no store, whether it never was or was lost: every verb says so, and none makes one
@@ -240,6 +245,14 @@ expect 0 "" "" kv set list "-5 init"
 expect 0 "=-5init" "" kv get list
 expect 0 '="-5init"' "" --json kv get list
 expect 0 "=" "" kv get absent
+for entry in "IS_BOOT TRUE" "NOTIFY_KEELD 1" "BOOT_MODE -1" "BOOT_INFO []" 'BOOT_INFO {"type":"x"}'; do
+  # shellcheck disable=SC2086
+  expect 4 "" "means nothing: expected" kv set $entry
+done
+expect 0 "" "" kv set --force BOOT_MODE x
+expect 0 '={"BOOT_INFO":"","BOOT_MODE":"x","IS_BOOT":"","NOTIFY_KEELD":""}' "" kv list
+expect 0 "" "" kv delete BOOT_MODE
+expect 0 "=" "" kv get BOOT_MODE
 expect 0 "=x" "<4>" --log 4 get $values text
 expect 0 "=x" "" --log 3 get $values text
 expect 1 "" "values: 1." schema remove $values

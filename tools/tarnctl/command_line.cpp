@@ -1,6 +1,7 @@
 // The only source that includes the argument parser, which costs more to compile than all others.
 #include "command_line.h"
 
+#include "advice/usage_advice.h"
 #include "failure.h"
 
 #include <CLI/CLI.hpp>
@@ -151,7 +152,9 @@ Call ParseCommandLine(const Program& program, int argumentCount, char** argument
   } catch (const CLI::CallForVersion& version) {
     return {{}, nullptr, {}, std::string(version.what()) + "\n"};
   } catch (const CLI::ParseError& error) {
-    throw ToolError(ExitCode::USAGE, std::string(error.what()) + " (see --help)");
+    const std::string unknown = ExplainUnknown(program, {arguments + 1, arguments + argumentCount});
+    throw ToolError(ExitCode::USAGE,
+                    (unknown.empty() ? std::string(error.what()) : unknown) + " (see --help)");
   }
   return call;
 }

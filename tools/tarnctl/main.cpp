@@ -1,9 +1,10 @@
 #include "tarnconfigstore/diagnostics.h"
 #include "tarnconfigstore/host.h"
 
+#include "advice/advice.h"
+#include "advice/usage_advice.h"
 #include "failure.h"
 #include "program.h"
-#include "store/type_suggestion.h"
 
 #include <csignal>
 #include <cstdio>
@@ -55,6 +56,10 @@ Format FormatOf(const Given& options) {
 
 void ParseAndRun(int argumentCount, char** arguments) {
   const Program program = MakeProgram();
+  if (argumentCount < 2) {
+    std::fputs(BeginSession(program).c_str(), stderr);
+    throw ToolError({ExitCode::USAGE, TarnConfigStore::CS_GENERIC, {}, {}, true});
+  }
   const Call call = ParseCommandLine(program, argumentCount, arguments);
   if (call.verb == nullptr) {
     Output(Format::PLAIN).PrintText(call.text);
@@ -67,9 +72,8 @@ void ParseAndRun(int argumentCount, char** arguments) {
     call.verb->run(call.given, Output(FormatOf(call.options)));
   } catch (...) {
     Failure failure = DescribeCurrentException();
-    if (failure.code == TarnConfigStore::CS_SCHEMA_NOT_FOUND) {
-      failure.message += SuggestType(call.given);
-    }
+    failure.message += Advise(failure, call.given);
+    failure.message = UnderRoot(std::move(failure.message), TarnConfigStore::GetHostRoot());
     throw ToolError(std::move(failure));
   }
 }

@@ -1,4 +1,4 @@
-#include "store/type_suggestion.h"
+#include "advice/type_suggestion.h"
 
 #include "tarnconfigstore/type_administration.h"
 
