@@ -48,7 +48,7 @@ void BranchReasons::Add(const std::string& title, const Findings::Finding& reaso
 }
 
 std::string BranchReasons::InOneSentence(std::size_t branches) const {
-  const std::string none = "fits none of the " + std::to_string(branches) + " allowed forms";
+  std::string none = "fits none of the " + std::to_string(branches) + " allowed forms";
   if (texts_.empty()) {
     return none;  // a text that is no UTF-8, of which that is said already
   }

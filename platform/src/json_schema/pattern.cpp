@@ -143,7 +143,7 @@ std::unique_ptr<const Pattern> Pattern::Compile(std::string_view text, std::stri
   }
   std::unique_ptr<pcre2_code, void (*)(pcre2_code*)> owned(code, pcre2_code_free);
   std::unique_ptr<const Pattern> pattern(new Pattern(text, code, translated->stepsOfACharacter));
-  owned.release();
+  static_cast<void>(owned.release());  // the pattern has it
   return pattern;
 }
 
