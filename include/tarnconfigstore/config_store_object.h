@@ -58,6 +58,13 @@ class TARN_CONFIG_STORE_EXPORT ConfigStoreObject : public StoreObject {
   ///         not finite
   std::string GetData() const;
 
+  /// As StoreObject::Get. Of an object's own numbers it also reads those that are integers above the
+  /// range of long long, and, as floating point, those that were written without a fraction.
+  template <class T>
+  std::optional<T> Get(const char* key) const {
+    return TypedValue<T>::Read(*this, key);
+  }
+
   /// Reads one value at any depth. Type defaults are not read.
   /// \param pointer  a JSON Pointer (RFC 6901) into the data; the empty one means all of it
   /// \return the value as compact JSON text without generated ids; nothing where there is no value,

@@ -4,8 +4,10 @@
 #include "tarnconfigstore/export.h"
 #include "tarnconfigstore/object_id.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace TarnConfigStore {
@@ -15,6 +17,11 @@ class StoreObjectImpl;
 namespace Internal {
 struct Access;  // the library's own access to the handles' implementations
 }  // namespace Internal
+
+/// How a member is read and written as a type of C++. typed_values.h has it for each type that there
+/// is; of others it stays incomplete, and using them does not compile.
+template <class T, class = void>
+struct TypedValue;
 
 /// The data of a configuration object or of a filter: one JSON object (RFC 8259).
 ///
@@ -77,6 +84,20 @@ class TARN_CONFIG_STORE_EXPORT StoreObject {
   void SetValue(const char* key, unsigned short value);
   void SetValue(const char* key, unsigned char value);
   void SetValue(const char* key, bool value);
+
+  /// Reads one value or a list as a type that typed_values.h knows: include that header, or typed.h.
+  /// Nothing is cut: a value that does not fit is an InvalidTypeException that names the member.
+  /// \return the value, the object's own or the type's default; nothing where the member is absent
+  template <class T>
+  std::optional<T> Get(const char* key) const {
+    return TypedValue<T>::Read(*this, key);
+  }
+
+  /// Writes one value or a list of such a type. Unlike SetValue, it takes the place of a null.
+  template <class T>
+  void Set(const char* key, const T& value) {
+    TypedValue<std::decay_t<const T&>>::Write(*this, key, value);
+  }
 
   /// Reads a list.
   /// \param out  an empty vector. double takes every number, unlike the read of one value

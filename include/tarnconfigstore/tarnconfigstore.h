@@ -6,6 +6,8 @@
 //   exceptions.h, error_codes.h                          what is thrown, and the codes
 //   filter_spec_object.h                                 choosing instances
 //   next_boot_store.h, apply_next_boot.h, boot_state.h   what takes effect at the next boot
+//   typed.h: describe.h, object_text.h, typed_object.h, typed_values.h
+//                                                        the same with the types of C++
 // The others stand alone: backup.h, default_instances.h, diagnostics.h, doctor.h, documents.h, drift.h, dry_run.h, file.h,
 // host.h, kernel_options.h, key_values.h, listing.h, process.h, stored_views.h, type_administration.h. Every header
 // compiles alone, as C++17.
@@ -39,6 +41,7 @@
 #include "tarnconfigstore/config_store_object.h"
 #include "tarnconfigstore/contexts.h"
 #include "tarnconfigstore/default_instances.h"
+#include "tarnconfigstore/describe.h"
 #include "tarnconfigstore/diagnostics.h"
 #include "tarnconfigstore/doctor.h"
 #include "tarnconfigstore/documents.h"
@@ -55,7 +58,11 @@
 #include "tarnconfigstore/listing.h"
 #include "tarnconfigstore/next_boot_store.h"
 #include "tarnconfigstore/object_id.h"
+#include "tarnconfigstore/object_text.h"
 #include "tarnconfigstore/process.h"
 #include "tarnconfigstore/store_object.h"
 #include "tarnconfigstore/stored_views.h"
 #include "tarnconfigstore/type_administration.h"
+#include "tarnconfigstore/typed.h"
+#include "tarnconfigstore/typed_object.h"
+#include "tarnconfigstore/typed_values.h"

@@ -1,5 +1,7 @@
 #include "given/object_name.h"
 
+#include "tarnconfigstore/object_text.h"
+
 #include "failure.h"
 #include "json/pointer.h"
 
@@ -14,47 +16,30 @@ using TarnConfigStore::ConfigStoreObjectId;
 
 constexpr const char* kReveal = "--reveal";
 
-/// At most `limit` parts, the last of which takes all that is left. Empty parts are kept.
-std::vector<std::string> Split(std::string_view text, char separator, std::size_t limit) {
-  std::vector<std::string> parts;
-  while (parts.size() + 1 < limit) {
-    const std::size_t end = text.find(separator);
-    if (end == std::string_view::npos) {
-      break;
-    }
-    parts.emplace_back(text.substr(0, end));
-    text.remove_prefix(end + 1);
-  }
-  parts.emplace_back(text);
-  return parts;
-}
+// How much of an identifier a text has to name, and may.
+enum class Names { PREFIX, TYPE, OBJECT };
 
-ConfigStoreObjectId Parse(std::string_view text, std::size_t fewest, std::size_t most,
-                          const char* form) {
-  std::vector<std::string> parts = Split(text, '/', 4);
-  bool fits = parts.size() >= fewest && parts.size() <= most;
-  for (const std::string& part : parts) {
-    fits = fits && !part.empty();
-  }
-  if (!fits) {
+ConfigStoreObjectId Parse(std::string_view text, Names names, const char* form) {
+  auto id = TarnConfigStore::FindObjectId(text);
+  if (!id || (names != Names::PREFIX && id->key.empty()) ||
+      (names == Names::TYPE && !id->instanceId.empty())) {
     throw ToolError(ExitCode::USAGE, "\"" + std::string(text) + "\" is not of the form " + form);
   }
-  parts.resize(4);
-  return {parts[2], parts[1], parts[0], parts[3]};
+  return *std::move(id);
 }
 
 }  // namespace
 
 ConfigStoreObjectId ParseObject(std::string_view text) {
-  return Parse(text, 3, 4, "COMPONENT/GROUP/KEY[/INSTANCE]");
+  return Parse(text, Names::OBJECT, "COMPONENT/GROUP/KEY[/INSTANCE]");
 }
 
 ConfigStoreObjectId ParseType(std::string_view text) {
-  return Parse(text, 3, 3, "COMPONENT/GROUP/KEY");
+  return Parse(text, Names::TYPE, "COMPONENT/GROUP/KEY");
 }
 
 ConfigStoreObjectId ParsePrefix(std::string_view text) {
-  return Parse(text, 1, 4, "COMPONENT[/GROUP[/KEY[/INSTANCE]]]");
+  return Parse(text, Names::PREFIX, "COMPONENT[/GROUP[/KEY[/INSTANCE]]]");
 }
 
 bool IsGroup(std::string_view text) {
@@ -66,17 +51,15 @@ ConfigStoreObjectId ParsePrefixIfGiven(std::string_view text) {
 }
 
 std::string FormatObject(const ConfigStoreObjectId& id) {
-  std::string text = id.component + "/" + id.group + "/" + id.key;
-  if (!id.instanceId.empty()) {
-    text += "/" + id.instanceId;
-  }
-  return text;
+  return TarnConfigStore::FormatObjectId(id);
 }
 
 MemberPath ParseMember(std::string_view text) {
-  MemberPath path = Split(text, '.', std::string_view::npos);
-  for (const std::string& name : path) {
-    if (name.empty()) {
+  MemberPath path;
+  for (std::size_t begin = 0, end = 0; end != std::string_view::npos; begin = end + 1) {
+    end = text.find('.', begin);
+    path.emplace_back(text.substr(begin, end - begin));
+    if (path.back().empty()) {
       throw ToolError(ExitCode::USAGE, "\"" + std::string(text) + "\" does not name a member");
     }
   }
