@@ -1,9 +1,30 @@
 # What every target of ours is compiled with. Kept in one interface target, so that flags add to what the
 # user gives and never replace it.
 add_library(tarn_compiler INTERFACE)
+
+# Whoever builds us as a part of theirs, or a distribution that builds everything its way, has a say in hardening:
+# what they ask for, or switch off, is not asked for again. Two different _FORTIFY_SOURCE would not even compile.
+function(tarn_harden)
+  string(TOUPPER "${CMAKE_BUILD_TYPE}" build_type)
+  get_directory_property(options COMPILE_OPTIONS)
+  get_directory_property(definitions COMPILE_DEFINITIONS)
+  set(given "${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_${build_type}} ${options} ${definitions}")
+  # The compiler itself may define it.
+  include(CheckCXXSourceCompiles)
+  set(CMAKE_REQUIRED_FLAGS -O2)
+  check_cxx_source_compiles("#ifdef _FORTIFY_SOURCE\n#error\n#endif\nint main() {}" TARN_COMPILER_FORTIFIES_NOT)
+  if(NOT given MATCHES "_FORTIFY_SOURCE" AND TARN_COMPILER_FORTIFIES_NOT AND NOT TARN_SANITIZE)
+    # It means nothing, and warns, without optimisation.
+    target_compile_definitions(tarn_compiler INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
+  endif()
+  if(NOT given MATCHES "-f(no-)?stack-protector")
+    target_compile_options(tarn_compiler INTERFACE -fstack-protector-strong)
+  endif()
+endfunction()
+
 target_compile_options(tarn_compiler INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
-  -Wcast-align -Wformat=2 -Wnull-dereference -fno-common -fstack-protector-strong
+  -Wcast-align -Wformat=2 -Wnull-dereference -fno-common
   $<$<BOOL:${TARN_WARNINGS_AS_ERRORS}>:-Werror>
   # gcc 12 reports null dereferences and array bounds it cannot prove, inside the standard library.
   $<$<CXX_COMPILER_ID:GNU>:-Wno-null-dereference>)
@@ -17,9 +38,8 @@ if(TARN_SANITIZE)
     # gcc's own warnings misfire on sanitized code.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_link_options(tarn_compiler INTERFACE "-fsanitize=${TARN_SANITIZE}")
-elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
-  target_compile_definitions(tarn_compiler INTERFACE _FORTIFY_SOURCE=2)
 endif()
+tarn_harden()
 if(TARN_FUZZ)
   # What the fuzzer steers by, and what coverage is counted with. RapidJSON's pointer arithmetic is not ours to mend.
   # clang 14 makes no constants of std::string, as gcc 12 does, so it is not asked whether they are.

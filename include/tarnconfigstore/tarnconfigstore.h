@@ -6,8 +6,7 @@
 //   exceptions.h, error_codes.h                          what is thrown, and the codes
 //   filter_spec_object.h                                 choosing instances
 //   next_boot_store.h, apply_next_boot.h, boot_state.h   what takes effect at the next boot
-//   typed.h: describe.h, object_text.h, typed_object.h, typed_values.h
-//                                                        the same with the types of C++
+//   typed.h, and what it includes                        the same with the types of C++
 // The others stand alone: backup.h, default_instances.h, diagnostics.h, doctor.h, documents.h, drift.h, dry_run.h, file.h,
 // host.h, kernel_options.h, key_values.h, listing.h, process.h, stored_views.h, type_administration.h. Every header
 // compiles alone, as C++17.

@@ -42,23 +42,35 @@ class TypedPart {
   const std::string& InstanceId() const { return object_->GetConfigStoreObjectId().instanceId; }
 
  protected:
-  // For the accessors. An absent part is nothing; what the object throws, these throw.
+  // For the accessors of parts, which throw what the object throws. An absent part is nothing. No
+  // accessor is called as these are.
   template <class Part>
-  std::optional<Part> FindPart(const char* key, const std::string& instanceId = {}) const {
+  std::optional<Part> PartAt(const char* key, const std::string& instanceId = {}) const {
     auto part = object_->GetSubObject(SubObjectId(key, instanceId));
     return part ? std::optional<Part>(Part(std::move(part))) : std::nullopt;
   }
   template <class Part>
-  Part CreatePart(const char* key, const std::string& instanceId = {}) const {
-    return Part(object_->CreateSubObject(SubObjectId(key, instanceId)));
+  Part PartMadeAt(const char* key, const std::string& instanceId = {}) const {
+    auto part = PartAt<Part>(key, instanceId);
+    return part ? *std::move(part) : Part(object_->CreateSubObject(SubObjectId(key, instanceId)));
   }
   template <class Part>
-  std::vector<Part> Parts(const char* key) const {
+  Part NewPartAt(const char* key) const {
+    return Part(object_->CreateSubObject(SubObjectId(key)));
+  }
+  template <class Part>
+  std::vector<Part> PartsAt(const char* key) const {
     std::vector<Part> parts;
     for (auto& part : object_->GetSubObjectInstances(key)) {
       parts.push_back(Part(std::move(part)));
     }
     return parts;
+  }
+  void PartRemovedAt(const char* key, const std::string& instanceId) const {
+    const SubObjectId id(key, instanceId);
+    if (object_->GetSubObject(id)) {
+      object_->DeleteSubObject(id);
+    }
   }
 
  private:
@@ -85,7 +97,7 @@ class TypedObject : public TypedPart {
     id.instanceId = instanceId;
     return id;
   }
-  static std::shared_ptr<ConfigStoreObject> New(const std::string& instanceId = {}) {
+  static std::shared_ptr<ConfigStoreObject> NewObject(const std::string& instanceId = {}) {
     return std::make_shared<ConfigStoreObject>(Named(instanceId));
   }
   static std::optional<Typed> ReadOne(ConfigStore& store, const std::string& instanceId = {}) {

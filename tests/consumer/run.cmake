@@ -9,13 +9,14 @@ function(run)
 endfunction()
 function(build project)
   run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}/${project}" -B "${WORK_DIR}/${project}" -G "${GENERATOR}"
-    "-DCMAKE_PREFIX_PATH=${prefix}")
+    "-DCMAKE_PREFIX_PATH=${prefix}" ${ARGN})
   run("${CMAKE_COMMAND}" --build "${WORK_DIR}/${project}")
 endfunction()
 run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${prefix}")
 
-build(tests/consumer)
+build(tests/consumer "-DODD_TYPE=${SOURCE_DIR}/tests/tool/types/odd_names.json")
 run("${WORK_DIR}/tests/consumer/consumer" "${WORK_DIR}/root" "${types}")
+run("${WORK_DIR}/tests/consumer/typed" "${WORK_DIR}/typed_root" "${types}")
 
 # The example in the umbrella header is what the consumer just ran.
 run(sed -n "s|^//     ||p" "${prefix}/include/tarnconfigstore/tarnconfigstore.h" OUTPUT_FILE "${WORK_DIR}/shown")
@@ -28,5 +29,18 @@ build(examples)
 run("${WORK_DIR}/examples/switches" "${types}" OUTPUT_FILE "${WORK_DIR}/switches.printed")
 run(diff -u "${SOURCE_DIR}/examples/switches.expected" "${WORK_DIR}/switches.printed")
 
-set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIBDIR}/pkgconfig")
-run(pkg-config --exists --print-errors "tarnconfigstore >= 1.0")
+# What pkg-config says builds a program, wherever the package was moved to, and whichever directory is for libraries.
+function(try_pkg_config prefix libdir)
+  set(ENV{PKG_CONFIG_PATH} "${prefix}/${libdir}/pkgconfig")
+  run(pkg-config --exists --print-errors "tarnconfigstore >= 1.0")
+  execute_process(COMMAND pkg-config --cflags --libs tarnconfigstore OUTPUT_VARIABLE flags COMMAND_ERROR_IS_FATAL ANY)
+  separate_arguments(flags UNIX_COMMAND "${flags}")
+  run("${COMPILER}" -std=c++17 "${SOURCE_DIR}/tests/consumer/main.cpp" -o "${WORK_DIR}/by-pkg-config" ${flags})
+endfunction()
+file(RENAME "${prefix}" "${WORK_DIR}/moved")
+try_pkg_config("${WORK_DIR}/moved" "${LIBDIR}")
+
+# As a part of another project: the library alone, optimised, hardened as that project says. Installed elsewhere.
+set(part "${WORK_DIR}/part")
+run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}/tests/consumer/part" -B "${part}" -G "${GENERATOR}" "-DTARN_DIR=${SOURCE_DIR}"
+  "-DCMAKE_CXX_COMPILER=${COMPILER}" "-DCMAKE_INSTALL_LIBDIR=lib/of/some-machine")

@@ -91,8 +91,11 @@ std::string TargetOf(const std::string& path) {
 
 }  // namespace
 
-WholeFile::WholeFile(const std::string& path)
-    : path_(path), target_(TargetOf(path)), temporary_(Directory() + ".tarnctl-XXXXXX") {
+WholeFile::WholeFile(const std::string& path, Readers readers)
+    : path_(path),
+      target_(TargetOf(path)),
+      readers_(readers),
+      temporary_(Directory() + ".tarnctl-XXXXXX") {
   CatchDeadlySignals();
   const SignalsHeld held;
   file_ = Descriptor(::mkostemp(temporary_.data(), O_CLOEXEC));
@@ -121,6 +124,14 @@ void WholeFile::Write(std::string_view text) {
 }
 
 void WholeFile::Commit() {
+  if (readers_ == Readers::ALL) {
+    const mode_t mask =
+        ::umask(0);  // which one can only ask by changing it; the tool has one thread
+    ::umask(mask);
+    if (::fchmod(file_.Get(), 0666 & ~mask) != 0) {
+      Fail(errno);
+    }
+  }
   if (::fsync(file_.Get()) != 0) {
     Fail(errno);
   }

@@ -8,14 +8,19 @@
 
 namespace tarnctl {
 
-/// Writes a file beside the one that it takes the place of at Commit, with mode 0600. Until then, and
+/// Writes a file beside the one that it takes the place of at Commit. Until then, and
 /// when anything fails, what was there stays, and nothing is left of the new file: not when SIGINT,
 /// SIGTERM or SIGHUP end the process either. All operations raise ToolError FAILED, with the path and
 /// the reason. One at a time, on the main thread.
 class WholeFile {
  public:
+  enum class Readers {
+    OWNER,  ///< mode 0600: what is written may hold secrets
+    ALL,    ///< those whom the process's mask lets read
+  };
+
   /// \param path  of a regular file, or of nothing yet; symbolic links to one are followed
-  explicit WholeFile(const std::string& path);
+  explicit WholeFile(const std::string& path, Readers readers = Readers::OWNER);
   ~WholeFile();
   WholeFile(const WholeFile&) = delete;
   WholeFile& operator=(const WholeFile&) = delete;
@@ -31,7 +36,8 @@ class WholeFile {
 
   const std::string path_;    // as it was given
   const std::string target_;  // without links
-  std::string temporary_;     // empty once it has become the target
+  const Readers readers_;
+  std::string temporary_;  // empty once it has become the target
   Descriptor file_{-1};
 };
 

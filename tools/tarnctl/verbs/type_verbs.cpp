@@ -255,6 +255,7 @@ Verb TypeVerbs() {
           {.name = "export",
            .help = "Print one JSON Schema (draft-07) of documents of all types, for editors",
            .run = ExportTypes},
+          GenerateCppVerb(),
           {.name = "upgrade-rows",
            .help = "Bring stored objects up to date with the parts that their types have now",
            .arguments = {optionalType, CheckArgument("Only tell what would be done")},

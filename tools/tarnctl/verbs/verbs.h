@@ -17,6 +17,8 @@ Verb EntryVerbs();
 
 /// Configuration types.
 Verb TypeVerbs();
+/// One of them: a header for a type.
+Verb GenerateCppVerb();
 
 // Configuration objects, looked at.
 Verb GetVerb();
