@@ -4,6 +4,8 @@
 //
 // Everything happens on a host of its own, in a temporary directory. switches.expected has what it
 // prints.
+#include "tarn_types/network-switches.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -18,7 +20,8 @@ using namespace TarnConfigStore;
 
 namespace {
 
-using Switch = std::shared_ptr<ConfigStoreObject>;
+// What "tarnctl schema generate-cpp" writes for the type: a misspelt member does not compile.
+using Switch = TarnTypes::Tarn::Network::Switches;
 
 // A service on a real host needs none of this: its host has a store, under "/".
 class TemporaryHost {
@@ -49,76 +52,64 @@ class TemporaryHost {
   std::string root_;
 };
 
-// Without an instance id it names the type, and so all switches.
-ConfigStoreObjectId SwitchId(const std::string& name = "") {
-  return {"switches", "network", kDefaultComponent, name};
-}
-
 // An object is not in the store until the store is given it.
-Switch MakeSwitch(const std::string& name) {
-  return std::make_shared<ConfigStoreObject>(SwitchId(name));
-}
-
-// A sub-object is a view: what it is given, the switch has.
-void AddPortGroup(const Switch& aSwitch, const std::string& name, int vlan) {
-  aSwitch->CreateSubObject(SubObjectId("portGroups", name))->SetValue("vlan", vlan);
+std::shared_ptr<ConfigStoreObject> MakeSwitch(const std::string& name, int mtu) {
+  Switch aSwitch(name);
+  aSwitch.SetMtu(mtu);
+  return aSwitch.Object();
 }
 
 void Print(const Switch& aSwitch) {
-  int mtu = 0;
-  const bool isDefault = aSwitch->GetValue("mtu", &mtu) == 2;  // 1: its own, 0: there is none
-  std::cout << "  " << aSwitch->GetConfigStoreObjectId().instanceId << ": MTU " << mtu
-            << (isDefault ? " by default" : "") << ", revision " << aSwitch->GetRevision() << "\n";
-  for (const auto& group : aSwitch->GetSubObjectInstances("portGroups")) {
-    int vlan = 0;
-    const bool isTagged = group->GetValue("vlan", &vlan) != 0;
-    std::cout << "    " << group->GetConfigStoreObjectId().instanceId << ", "
-              << (isTagged ? "VLAN " + std::to_string(vlan) : "no VLAN") << "\n";
+  const bool isDefault = !aSwitch.Object()->CheckKey("mtu");
+  std::cout << "  " << aSwitch.InstanceId() << ": MTU " << aSwitch.GetMtu().value()
+            << (isDefault ? " by default" : "") << ", revision " << aSwitch.Object()->GetRevision()
+            << "\n";
+  for (const auto& group : aSwitch.GetPortGroups()) {
+    const auto vlan = group.GetVlan();  // nothing where the group has none
+    std::cout << "    " << group.InstanceId() << ", "
+              << (vlan ? "VLAN " + std::to_string(*vlan) : "no VLAN") << "\n";
   }
 }
 
-void Print(const std::vector<Switch>& switches) {
-  for (const Switch& aSwitch : switches) {
-    Print(aSwitch);
+void PrintAll(const std::vector<std::shared_ptr<ConfigStoreObject>>& objects) {
+  for (const auto& object : objects) {
+    Print(Switch(object));
   }
 }
 
 void ManageSwitches() {
   auto store = ConfigStore::GetStore(sGlobalNamespace);
-  const auto all = std::make_shared<FilterSpecObject>(SwitchId());
 
   std::cout << "Two switches of ours, and those that the type came with, stored as one:\n";
-  const Switch edge = MakeSwitch("edge");
-  edge->SetValue("mtu", 9000);
-  AddPortGroup(edge, "Storage", 20);
-  AddPortGroup(edge, "Backup", 21);
-  const Switch lab = MakeSwitch("lab");
-  lab->CreateSubObject(SubObjectId("security"))->SetValue("promiscuous", true);
-  AddPortGroup(lab, "Experiments", 99);
-  std::vector<Switch> switches = {edge, lab};
-  AddDefaultConfigInstances(SwitchId(), switches);
+  Switch edge("edge");
+  edge.SetMtu(9000);
+  edge.MakePortGroups("Storage").SetVlan(20);  // a view: what it is given, the switch has
+  edge.MakePortGroups("Backup").SetVlan(21);
+  Switch lab("lab");
+  lab.MakeSecurity().SetPromiscuous(true);
+  lab.MakePortGroups("Experiments").SetVlan(99);
+  std::vector<std::shared_ptr<ConfigStoreObject>> switches = {edge.Object(), lab.Object()};
+  AddDefaultConfigInstances(Switch::Type(), switches);
   store->SetInstances(switches, EXTERNAL);  // a switch that is not in the list would be gone now
-  Print(store->GetInstances(all));
+  PrintAll(InstancesOf(*store, Switch::Type()));
 
   std::cout << "Those whose guests may listen to everything:\n";
-  const auto open = std::make_shared<FilterSpecObject>(SwitchId());
-  open->CreateSubObjectFilter(SubObjectId("security"))->SetValue("promiscuous", true);
-  Print(store->GetInstances(open));
+  const auto open = std::make_shared<FilterSpecObject>(Switch::Type());
+  open->CreateSubObjectFilter(SubObjectId("security"))->Set("promiscuous", true);
+  PrintAll(store->GetInstances(open));
 
   std::cout << "An update changes what it names, here one VLAN of one port group:\n";
-  const Switch change = MakeSwitch("edge");
-  AddPortGroup(change, "Backup", 22);
-  store->Update(change, EXTERNAL);
-  Print(store->Get(SwitchId("edge")));
+  Switch change("edge");
+  change.MakePortGroups("Backup").SetVlan(22);
+  store->Update(change.Object(), EXTERNAL);
+  Print(Switch::Read(*store, "edge").value());
 
   std::cout
       << "A transaction is whole or nothing. The second MTU is refused, so the first goes too:\n";
   try {
     ConfigStoreTransaction transaction(store);
     for (const auto& [name, mtu] : {std::pair("edge", 1500), std::pair("lab", 15000)}) {
-      const Switch resized = MakeSwitch(name);
-      resized->SetValue("mtu", mtu);
-      store->Update(resized, EXTERNAL);
+      store->Update(MakeSwitch(name, mtu), EXTERNAL);
     }
     transaction.Commit();
   } catch (const ValidationException& refusal) {
@@ -126,11 +117,13 @@ void ManageSwitches() {
       std::cout << "  " << finding.field << ": " << finding.error << "\n";
     }
   }
-  std::cout << "  edge still has " << store->Get(SwitchId("edge"))->GetPath("/mtu").value() << "\n";
+  std::cout << "  edge still has " << Switch::Read(*store, "edge")->GetMtu().value() << "\n";
 
   std::cout << "What is left when the open ones are deleted:\n";
   store->DeleteInstances(open);
-  Print(store->GetInstances(all));
+  for (const Switch& left : Switch::ReadAll(*store)) {
+    Print(left);
+  }
 }
 
 }  // namespace
@@ -145,7 +138,7 @@ int main(int argumentCount, char** arguments) {
     ManageSwitches();
     return 0;
   } catch (const std::exception& error) {  // all of the library's derive from it
-    std::cerr << "switches: " << error.what() << "\n";
+    std::cerr << "switches: " << Describe(error).ToString() << "\n";
     return 1;
   }
 }
