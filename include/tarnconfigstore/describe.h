@@ -18,21 +18,28 @@ struct FailureDescription {
   StoreError storeError;            ///< what the database said; NONE where it is not to blame
   ParseFailure parseFailure;  ///< which text or file, and where; no reason where there is none
 
-  /// Lines for a log: "[CODE] TEXT", what the database said, where the text is at fault, and a line
-  /// "  FIELD: ERROR" for each finding. Names in fields are not escaped: see ErrorInfo.
-  std::string ToString() const {
-    std::string lines = "[" + std::to_string(code) + "] " + text;
-    if (storeError.kind != StoreErrorKind::NONE && text.find(storeError.message) == text.npos) {
-      lines.append(": ").append(storeError.message);
-    }
+  /// \return the message, which text or file could not be read, and what the database said of it
+  std::string Message() const {
+    std::string message = text;
     if (parseFailure.reason[0] != '\0') {
-      lines.append(": ").append(parseFailure.source).append(": ");
+      message.append(" ").append(parseFailure.source).append(": ");
       if (parseFailure.line != 0) {
-        lines.append("line ").append(std::to_string(parseFailure.line));
-        lines.append(", column ").append(std::to_string(parseFailure.column)).append(": ");
+        message.append("line ").append(std::to_string(parseFailure.line));
+        message.append(", column ").append(std::to_string(parseFailure.column)).append(": ");
       }
-      lines.append(parseFailure.reason);
+      message.append(parseFailure.reason);
     }
+    if (storeError.kind != StoreErrorKind::NONE &&
+        message.find(storeError.message) == std::string::npos) {
+      message.append(": ").append(storeError.message);
+    }
+    return message;
+  }
+
+  /// Lines for a log: "[CODE] MESSAGE", and "  FIELD: ERROR" for each finding. Names in fields are not
+  /// escaped: see ErrorInfo.
+  std::string ToString() const {
+    std::string lines = "[" + std::to_string(code) + "] " + Message();
     for (const ErrorInfo& finding : findings) {
       lines.append("\n  ").append(finding.field).append(": ").append(finding.error);
     }
@@ -55,12 +62,17 @@ inline FailureDescription Describe(const std::exception& error) {
   if (const auto* failure = dynamic_cast<const ConfigStoreException*>(&error)) {
     description.code = failure->GetErrorCode();
   }
-  const bool isParse =
+  const bool isOfText =
       description.code == CS_JSON_PARSE_FAILED || description.code == CS_JSON_FILE_FAILED;
-  if (isParse) {
+  if (isOfText) {
     description.parseFailure = GetLastParseFailure();
   }
-  if (description.code != CS_SCHEMA_NOT_FOUND && description.code != CS_JSON_PARSE_FAILED) {
+  // What the caller gave, and a type that is not there, are no fault of the database.
+  const bool isOfDatabase = description.code == CS_JSON_FILE_FAILED ||
+                            (description.code != CS_SCHEMA_NOT_FOUND && !isOfText &&
+                             dynamic_cast<const InvalidArgumentException*>(&error) == nullptr &&
+                             dynamic_cast<const InvalidTypeException*>(&error) == nullptr);
+  if (isOfDatabase) {
     description.storeError = GetLastStoreError();
   }
   return description;

@@ -8,6 +8,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -23,6 +25,56 @@ inline std::vector<std::shared_ptr<ConfigStoreObject>> InstancesOf(
     ConfigStore& store, const ConfigStoreObjectId& type) {
   return store.GetInstances(std::make_shared<FilterSpecObject>(type));
 }
+
+/// A value that a member of type T is to be set to, as generated classes take it: where T is an
+/// integer any integer, where it is floating point any number, for bool and std::string the same and
+/// nothing that turns into it. So nothing is cut on the way: what does not fit is refused when it is
+/// written, with the member's name. For arguments only: it does not own texts.
+template <class T>
+class Given {
+ public:
+  template <class V,
+            class = std::enable_if_t<
+                std::is_same_v<T, V> || (Internal::kIsInteger<T> && Internal::kIsInteger<V>) ||
+                (Internal::kIsFloat<T> && (Internal::kIsInteger<V> || Internal::kIsFloat<V>))>>
+  Given(V value) : fits_(Fits(value)), value_(fits_ ? static_cast<T>(value) : T{}) {}
+
+  void WriteTo(StoreObject& object, const char* key) const {
+    if (!fits_) {
+      Internal::RaiseUnfitWrite(key);
+    }
+    object.Set(key, value_);
+  }
+
+ private:
+  template <class V>
+  static bool Fits(V value) {
+    if constexpr (std::is_same_v<T, V>) {
+      return true;  // the write itself judges what is not finite
+    } else {
+      return Internal::NumberFits<T>(value);
+    }
+  }
+
+  bool fits_;
+  T value_;
+};
+
+template <>
+class Given<std::string> {
+ public:
+  Given(const char* text) : text_(text == nullptr ? "" : text), isNull_(text == nullptr) {}
+  Given(std::string_view text) : text_(text) {}
+  Given(const std::string& text) : text_(text) {}
+
+  void WriteTo(StoreObject& object, const char* key) const {
+    isNull_ ? object.Set(key, static_cast<const char*>(nullptr)) : object.Set(key, text_);
+  }
+
+ private:
+  std::string_view text_;
+  bool isNull_ = false;
+};
 
 /// A handle with accessors for the members that a type describes; what generated classes derive from.
 /// Copies share the object. Thread safety is that of StoreObject.

@@ -1,6 +1,6 @@
 #include "failure.h"
 
-#include "tarnconfigstore/diagnostics.h"
+#include "tarnconfigstore/describe.h"
 
 #include "json/print.h"
 #include "json/utf8.h"
@@ -12,8 +12,6 @@
 namespace tarnctl {
 namespace {
 
-using TarnConfigStore::ConfigStoreException;
-using TarnConfigStore::StoreError;
 using TarnConfigStore::StoreErrorKind;
 using TarnConfigStore::ValidationException;
 
@@ -37,44 +35,17 @@ ExitCode ExitCodeFor(StoreErrorKind kind) {
 
 // What the library says names the operation that failed; only the database layer knows why, and
 // what mends it.
-void AddStoreError(Failure& failure) {
-  const StoreError error = TarnConfigStore::GetLastStoreError();
-  if (error.kind == StoreErrorKind::NONE) {
-    return;
-  }
-  failure.exitCode = ExitCodeFor(error.kind);
-  if (failure.message.find(error.message) == std::string::npos) {
-    failure.message += ": " + error.message;
-  }
-}
-
-// The library's message is the same for every text.
-void AddParseFailure(Failure& failure) {
-  const TarnConfigStore::ParseFailure last = TarnConfigStore::GetLastParseFailure();
-  if (last.reason[0] != '\0') {
-    const std::string place = last.line == 0 ? ""
-                                             : "line " + std::to_string(last.line) + ", column " +
-                                                   std::to_string(last.column) + ": ";
-    failure.message.append(" ").append(last.source).append(": ").append(place).append(last.reason);
-  }
-}
-
-Failure DescribeLibraryFailure(const ConfigStoreException& error) {
-  Failure failure{ExitCode::FAILED, error.GetErrorCode(), error.what(), {}};
-  switch (error.GetErrorCode()) {
-    case TarnConfigStore::CS_SCHEMA_NOT_FOUND:
-      failure.exitCode = ExitCode::NOT_FOUND;
-      break;
-    case TarnConfigStore::CS_JSON_PARSE_FAILED:
-      failure.exitCode = ExitCode::INVALID;
-      AddParseFailure(failure);
-      break;
-    case TarnConfigStore::CS_JSON_FILE_FAILED:
-      AddParseFailure(failure);
-      AddStoreError(failure);
-      break;
-    default:
-      AddStoreError(failure);
+Failure DescribeOthersFailure(const std::exception& error) {
+  TarnConfigStore::FailureDescription known = TarnConfigStore::Describe(error);
+  Failure failure{ExitCodeFor(known.storeError.kind), known.code, known.Message(),
+                  std::move(known.findings)};
+  if (dynamic_cast<const ValidationException*>(&error) != nullptr ||
+      known.code == TarnConfigStore::CS_JSON_PARSE_FAILED) {
+    failure.exitCode = ExitCode::INVALID;
+  } else if (known.code == TarnConfigStore::CS_SCHEMA_NOT_FOUND) {
+    failure.exitCode = ExitCode::NOT_FOUND;
+  } else if (known.code == 0) {
+    failure.code = TarnConfigStore::CS_GENERIC;
   }
   return failure;
 }
@@ -98,14 +69,8 @@ Failure DescribeCurrentException() {
     throw;
   } catch (const ToolError& error) {
     return error.GetFailure();
-  } catch (const ValidationException& error) {
-    return {ExitCode::INVALID, error.GetErrorCode(), error.what(), error.GetErrors()};
-  } catch (const ConfigStoreException& error) {
-    return DescribeLibraryFailure(error);
   } catch (const std::exception& error) {
-    Failure failure{ExitCode::FAILED, TarnConfigStore::CS_GENERIC, error.what(), {}};
-    AddStoreError(failure);
-    return failure;
+    return DescribeOthersFailure(error);
   }
 }
 
