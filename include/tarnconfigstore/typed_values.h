@@ -94,9 +94,9 @@ bool NumberFits(From value) {
     return IntegerFits<To>(value);
   } else if constexpr (kIsInteger<From>) {
     // One above the largest value is a power of two, which every floating-point type has.
+    constexpr From half = std::numeric_limits<From>::max() / 2 + 1;
     const To converted = static_cast<To>(value);
-    return converted < 2 * static_cast<To>(std::numeric_limits<From>::max() / 2 + 1) &&
-           static_cast<From>(converted) == value;
+    return converted < 2 * static_cast<To>(half) && static_cast<From>(converted) == value;
   } else {
     return std::isfinite(value) && std::fabs(static_cast<double>(value)) <=
                                        static_cast<double>(std::numeric_limits<To>::max());

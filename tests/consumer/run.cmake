@@ -29,6 +29,12 @@ build(examples)
 run("${WORK_DIR}/examples/switches" "${types}" OUTPUT_FILE "${WORK_DIR}/switches.printed")
 run(diff -u "${SOURCE_DIR}/examples/switches.expected" "${WORK_DIR}/switches.printed")
 
+# What these pages show is run, in the order in which they show it.
+foreach(page getting-started types errors)
+  run(bash "${SOURCE_DIR}/tests/consumer/run_page.sh" "${SOURCE_DIR}/docs/${page}.md" "${prefix}" "${COMPILER}"
+    "${WORK_DIR}/pages/${page}")
+endforeach()
+
 # What pkg-config says builds a program, wherever the package was moved to, and whichever directory is for libraries.
 function(try_pkg_config prefix libdir)
   set(ENV{PKG_CONFIG_PATH} "${prefix}/${libdir}/pkgconfig")
