@@ -4,14 +4,13 @@
 //
 // Everything happens on a host of its own, in a temporary directory. switches.expected has what it
 // prints.
-#include "tarn_types/network-switches.h"
-
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <tarn_types/network-switches.h>
 #include <tarnconfigstore/tarnconfigstore.h>
 #include <utility>
 #include <vector>
