@@ -1,5 +1,7 @@
 #include "codegen/cpp_header.h"
 
+#include "tarnconfigstore/object_text.h"
+
 #include "codegen/cpp_text.h"
 #include "codegen/cpp_types.h"
 #include "failure.h"
@@ -19,7 +21,7 @@ using Access = CppMember::Access;
 struct TypeName {
   std::string component, group, key, version;
 
-  std::string Path() const { return component + "/" + group + "/" + key; }
+  std::string Path() const { return TarnConfigStore::FormatObjectId({key, group, component}); }
 };
 
 std::string TextOf(const Json::Value& typeFile, const char* member) {
