@@ -6,9 +6,9 @@
 #include "admin/plain_schema.h"
 #include "fuzz_target.h"
 #include "json/pointer.h"
+#include "json/value_place.h"
 #include "objects/division.h"
 #include "validation/rule_sets.h"
-#include "yaml/value_place.h"
 
 #include <string>
 
@@ -19,7 +19,7 @@ using namespace TarnConfigStore;
 using TarnSchemaStore::SchemaObject;
 
 // Every place of a type, as deep as one would care to look: types may lead back to themselves.
-void Look(Json::SchemaPlace place, tarnctl::ValuePlace values, int depth) {
+void Look(Json::SchemaPlace place, Json::ValuePlace values, int depth) {
   if (!place || depth == 0) {
     return;
   }
@@ -69,7 +69,7 @@ void Run(std::string_view input) {
   Require(type->GetKey() == file.type.name.key && type->GetVersion() == file.type.version,
           "a kept type is the one that was checked");
   const Json::SchemaReferences references(type->GetSchemaDocument());
-  tarnctl::ValuePlaces places(references, type->GetSchemaDocument());
+  Json::ValuePlaces places(references, type->GetSchemaDocument());
   Look(type->GetSchemaPlace(), places.Root(), 6);
   CheckPlainSchema(*type);
   for (const TypeFiles::ShippedObject& shipped : file.shipped) {

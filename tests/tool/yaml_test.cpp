@@ -31,7 +31,7 @@ class Type {
  private:
   Json::Document schema_;
   std::optional<Json::SchemaReferences> references_;
-  std::optional<ValuePlaces> places_;
+  std::optional<Json::ValuePlaces> places_;
 };
 
 std::string Compact(const Json::Value& value) {

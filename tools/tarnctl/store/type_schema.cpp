@@ -6,7 +6,6 @@
 #include "json/pointer.h"
 #include "json/schema_keywords.h"
 #include "json/schema_parts.h"
-#include "yaml/schema_kinds.h"
 
 #include <utility>
 #include <vector>
@@ -15,6 +14,12 @@ namespace tarnctl {
 namespace {
 
 namespace Keyword = Json::Keyword;
+
+// A schema that says nothing.
+const Json::Value& AnySchema() {
+  static const Json::Value any(rapidjson::kObjectType);
+  return any;
+}
 
 // A null-valued member counts as absent.
 const Json::Value* FindMember(const Json::Value* value, const std::string& name) {

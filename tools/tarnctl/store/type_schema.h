@@ -6,15 +6,19 @@
 #include "failure.h"
 #include "given/object_name.h"
 #include "json/type_schema_view.h"
+#include "json/value_kinds.h"
+#include "json/value_place.h"
 #include "json_maker.h"
-#include "yaml/value_kinds.h"
-#include "yaml/value_place.h"
 
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace tarnctl {
+
+using Json::ValueKinds;
+using Json::ValuePlace;
+using Json::ValuePlaces;
 
 /// The schema of an installed type, read for the tool's own questions; whether data fits it is for
 /// the library to judge.

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "json/json.h"
-#include "yaml/value_place.h"
+#include "json/value_place.h"
 #include "yaml/yaml_lines.h"
 
 #include <functional>
@@ -13,6 +13,9 @@
 #include <vector>
 
 namespace tarnctl {
+
+using Json::ValueKinds;
+using Json::ValuePlace;
 
 /// What is wrong with a YAML text, and where: "line 2, column 7: ...", characters counted from 1.
 class YamlError : public std::runtime_error {

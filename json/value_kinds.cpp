@@ -1,8 +1,8 @@
-#include "yaml/value_kinds.h"
+#include "json/value_kinds.h"
 
 #include <array>
 
-namespace tarnctl {
+namespace Json {
 namespace {
 
 struct KindName {
@@ -32,7 +32,7 @@ ValueKinds ValueKinds::Named(std::string_view typeName) {
   return ValueKinds(0);
 }
 
-ValueKinds ValueKinds::Of(const Json::Value& value) {
+ValueKinds ValueKinds::Of(const Value& value) {
   switch (value.GetType()) {
     case rapidjson::kFalseType:
     case rapidjson::kTrueType:
@@ -63,4 +63,4 @@ std::string ValueKinds::Describe() const {
   return text.empty() ? "no value" : text;
 }
 
-}  // namespace tarnctl
+}  // namespace Json

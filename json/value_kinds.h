@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace tarnctl {
+namespace Json {
 
 /// A set of kinds of JSON value. JSON Schema's "number" is the integers and the fractions.
 class ValueKinds {
@@ -27,7 +27,7 @@ class ValueKinds {
   /// The set for one of JSON Schema's type names; empty for any other text.
   static ValueKinds Named(std::string_view typeName);
   /// The one kind that a value is of.
-  static ValueKinds Of(const Json::Value& value);
+  static ValueKinds Of(const Value& value);
 
   constexpr bool Holds(ValueKinds other) const { return (bits_ & other.bits_) == other.bits_; }
   constexpr bool Holds(std::uint8_t kind) const { return (bits_ & kind) == kind; }
@@ -47,4 +47,4 @@ class ValueKinds {
   std::uint8_t bits_;
 };
 
-}  // namespace tarnctl
+}  // namespace Json
