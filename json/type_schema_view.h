@@ -43,6 +43,8 @@ class SchemaPlace {
   /// Calls `visit(name, place)` for each property, in the schema's order.
   void ForEachProperty(
       const std::function<void(std::string_view name, SchemaPlace property)>& visit) const;
+  /// Something here that the schema has no name for.
+  SchemaPlace Unnamed() const { return {nullptr, kind_}; }
   /// The elements of the list here; nothing is known of the elements of a tuple.
   SchemaPlace Items() const;
 

@@ -7,6 +7,7 @@
 //   filter_spec_object.h                                 choosing instances
 //   next_boot_store.h, apply_next_boot.h, boot_state.h   what takes effect at the next boot
 //   typed.h, and what it includes                        the same with the types of C++
+//   parts.h, explain.h, taking_back.h                    what is set of it, by whom, and taking it back
 // The others stand alone: backup.h, default_instances.h, diagnostics.h, doctor.h, documents.h, drift.h, dry_run.h, file.h,
 // host.h, kernel_options.h, key_values.h, listing.h, process.h, stored_views.h, type_administration.h. Every header
 // compiles alone, as C++17.
@@ -48,6 +49,7 @@
 #include "tarnconfigstore/dry_run.h"
 #include "tarnconfigstore/error_codes.h"
 #include "tarnconfigstore/exceptions.h"
+#include "tarnconfigstore/explain.h"
 #include "tarnconfigstore/export.h"
 #include "tarnconfigstore/file.h"
 #include "tarnconfigstore/filter_spec_object.h"
@@ -58,9 +60,11 @@
 #include "tarnconfigstore/next_boot_store.h"
 #include "tarnconfigstore/object_id.h"
 #include "tarnconfigstore/object_text.h"
+#include "tarnconfigstore/parts.h"
 #include "tarnconfigstore/process.h"
 #include "tarnconfigstore/store_object.h"
 #include "tarnconfigstore/stored_views.h"
+#include "tarnconfigstore/taking_back.h"
 #include "tarnconfigstore/type_administration.h"
 #include "tarnconfigstore/typed.h"
 #include "tarnconfigstore/typed_object.h"

@@ -3,6 +3,7 @@
 #include "json/instance_ids.h"
 #include "json/pointer.h"
 #include "objects/generated_ids.h"
+#include "objects/named_places.h"
 
 #include <algorithm>
 #include <string_view>
@@ -12,12 +13,6 @@
 
 namespace TarnConfigStore {
 namespace {
-
-// The member that tells the elements apart for people; empty where they have none.
-std::string_view IdMember(Json::SchemaPlace list) {
-  const std::string_view member = list.Items().InstanceIdMember();
-  return member == Json::kGeneratedInstanceId ? std::string_view() : member;
-}
 
 // The elements by their ids; false where one has none, or two have the same.
 bool ReadIds(const Json::Value& list, std::string_view idMember,
@@ -84,7 +79,7 @@ class Comparison {
 
   bool CompareInstances(const Json::Value& expected, const Json::Value& found,
                         Json::SchemaPlace place, const std::string& pointer) {
-    const std::string_view idMember = IdMember(place);
+    const std::string_view idMember = ShownIdMember(place);
     std::vector<std::string_view> wanted;
     std::vector<std::string_view> there;
     if (idMember.empty() || !ReadIds(expected, idMember, wanted) ||
@@ -123,34 +118,6 @@ class Comparison {
 void FindDifferences(const Json::Value* expected, const Json::Value* found, Json::SchemaPlace place,
                      const std::string& pointer, const DifferenceVisitor& visit) {
   Comparison(visit).Compare(expected, found, place, pointer);
-}
-
-const Json::Value* FindInstance(const Json::Value& list, std::string_view idMember,
-                                std::string_view id) {
-  if (!list.IsArray()) {
-    return nullptr;
-  }
-  const auto found = std::find_if(list.Begin(), list.End(), [&](const Json::Value& element) {
-    const Json::Value* own = Json::FindMember(element, idMember);
-    return own != nullptr && own->IsString() && Json::Text(*own) == id;
-  });
-  return found == list.End() ? nullptr : &*found;
-}
-
-const Json::Value* FindByIds(const Json::Value& value, Json::SchemaPlace place,
-                             const std::string& pointer) {
-  const auto names = Json::ParsePointer(pointer);
-  const Json::Value* at = names ? &value : nullptr;
-  for (std::size_t i = 0; at != nullptr && i < names->size(); ++i) {
-    if (at->IsArray()) {
-      at = FindInstance(*at, IdMember(place), (*names)[i]);
-      place = place.Items();
-    } else {
-      at = Json::FindMember(*at, (*names)[i]);
-      place = place.Property((*names)[i]);
-    }
-  }
-  return at;
 }
 
 }  // namespace TarnConfigStore

@@ -22,12 +22,4 @@ using DifferenceVisitor =
 void FindDifferences(const Json::Value* expected, const Json::Value* found, Json::SchemaPlace place,
                      const std::string& pointer, const DifferenceVisitor& visit);
 
-/// What a pointer of that kind leads to, or null.
-const Json::Value* FindByIds(const Json::Value& value, Json::SchemaPlace place,
-                             const std::string& pointer);
-
-/// An element of a list by its instance id, or null.
-const Json::Value* FindInstance(const Json::Value& list, std::string_view idMember,
-                                std::string_view id);
-
 }  // namespace TarnConfigStore

@@ -6,6 +6,7 @@
 #include "json/json_doc.h"
 #include "json/secrets.h"
 #include "objects/generated_ids.h"
+#include "objects/named_places.h"
 #include "persistence/next_boot_records.h"
 
 #include <array>

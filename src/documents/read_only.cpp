@@ -2,9 +2,9 @@
 
 #include "platform/json_validator.h"
 
-#include "documents/difference.h"
 #include "json/equality.h"
 #include "json/pointer.h"
+#include "objects/named_places.h"
 #include "validation/object_validation.h"
 
 #include <algorithm>

@@ -3,6 +3,7 @@
 #include "platform/logger.h"
 
 #include "documents/drift_builder.h"
+#include "documents/next_boot_rows.h"
 #include "json/instance_ids.h"
 #include "objects/schema_lookup.h"
 #include "persistence/connection.h"
@@ -91,10 +92,7 @@ class Reference {
         row.user = stored.user ? DefaultsOf(*type) : std::nullopt;
         break;
       case ReferenceState::NEXT_BOOT:
-        row.user = stored.pending ? stored.pending : stored.user;
-        row.pending.reset();
-        row.confirmed = true;
-        break;
+        return AfterBoot(stored);
     }
     return row;
   }
@@ -139,28 +137,18 @@ class Reference {
         case NextBootAction::DELETE:
           for (auto& [other, states] : objects_) {
             if (IsSameType(other, id)) {
-              states.reference.reset();
+              ApplyStaged(row, states.reference);
             }
           }
           break;
         case NextBootAction::DELETE_INSTANCE:
           if (const auto known = objects_.find(id); known != objects_.end()) {
-            known->second.reference.reset();
+            ApplyStaged(row, known->second.reference);
           }
           break;
-        case NextBootAction::SET: {
-          const auto text = [&row](const char* column) {
-            const auto found = row.Find(column);
-            return found ? std::optional<std::string>(*found) : std::nullopt;
-          };
-          States& states = objects_[id];
-          StoredRow& coming = states.reference ? *states.reference : states.reference.emplace();
-          coming.user = text("UserValue");
-          coming.vital = text("VitalValue");
-          coming.cached = text("CachedValue");
-          coming.instanceId = id.instanceId;
+        case NextBootAction::SET:
+          ApplyStaged(row, objects_[id].reference);
           break;
-        }
       }
     });
   }
