@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <optional>
 #include <set>
-#include <utility>
+#include <tuple>
 
 namespace Json {
 namespace {
@@ -29,20 +29,21 @@ std::optional<Applies> AppliesUnder(std::string_view keyword) {
 
 std::vector<SchemaPart> PartsOf(const Value& schema, const SchemaReferences& references) {
   std::vector<SchemaPart> parts;
-  std::set<std::pair<const Value*, Applies>> seen;
-  const auto add = [&](const auto& self, const Value& part, Applies applies) -> void {
-    const SchemaPart found{references.Chain(part).back(), applies};
-    if (!seen.emplace(found.schema, found.applies).second) {
+  std::set<std::tuple<const Value*, Applies, bool>> seen;
+  const auto add = [&](const auto& self, const Value& part, Applies applies,
+                       bool isTested) -> void {
+    const SchemaPart found{references.Chain(part).back(), applies, isTested};
+    if (!seen.emplace(found.schema, found.applies, isTested).second) {
       return;
     }
     parts.push_back(found);
     ForEachSubschema(*found.schema, [&](const Value& inner, const Subschema& where) {
       if (const auto innerApplies = AppliesUnder(where.keyword)) {
-        self(self, inner, std::max(applies, *innerApplies));
+        self(self, inner, std::max(applies, *innerApplies), isTested || where.keyword == "if");
       }
     });
   };
-  add(add, schema, Applies::ALWAYS);
+  add(add, schema, Applies::ALWAYS, false);
   return parts;
 }
 

@@ -19,6 +19,7 @@ enum class Applies {
 struct SchemaPart {
   const Value* schema;
   Applies applies;
+  bool isTested = false;  ///< it stands in an "if": nothing is asked of the value by it
 };
 
 /// The schema, what its reference leads to being one with it, and those that it is composed of at any

@@ -24,13 +24,18 @@ struct ValuePlace::Node {
   std::vector<SchemaPart> parts;
   std::vector<bool> counts;  // of the parts
 
-  // What is said of a member that no schema names.
+  // What is said of a member that no schema names. Which pattern its name matches is for the validator
+  // to say.
   Sayings OtherMembers() const {
     Sayings all;
     for (const auto& [pattern, saying] : patterns) {
       all.push_back(saying);
     }
     all.insert(all.end(), others.begin(), others.end());
+    for (auto& saying : all) {
+      saying.applies =
+          patterns.empty() ? saying.applies : std::max(saying.applies, Applies::PERHAPS);
+    }
     return all;
   }
 };
@@ -55,13 +60,16 @@ ValueKinds ValuePlace::Kinds() const {
   }
   if (!node_->kinds) {
     // Those that count come first.
-    ValueKinds kinds(node_->sayings.front().counts ? 0 : ValueKinds::kAll);
-    for (const auto& saying : node_->sayings) {
-      kinds = saying.counts ? kinds | KindsOf(*saying.schema, places_->references_) : kinds;
-    }
-    node_->kinds = kinds;
+    node_->kinds = node_->sayings.front().counts ? places_->KindsOfAll(node_->sayings, true)
+                                                 : ValueKinds(ValueKinds::kAll);
   }
   return *node_->kinds;
+}
+
+ValueKinds ValuePlace::KindsInBranches() const {
+  return node_ == nullptr || node_->sayings.front().counts
+             ? Kinds()
+             : places_->KindsOfAll(node_->sayings, false);
 }
 
 ValuePlace ValuePlace::Member(std::string_view name) const {
@@ -90,7 +98,7 @@ ValuePlace ValuePlace::Element(std::size_t index) const {
   const Node& node = places_->Opened(*node_);
   for (std::size_t i = 0; i < node.parts.size(); ++i) {
     if (const Value* item = ItemOf(*node.parts[i].schema, index)) {
-      sayings.push_back({item, node.parts[i].applies, node.counts[i]});
+      sayings.push_back({item, node.parts[i].applies, node.counts[i], node.parts[i].isTested});
     }
   }
   return {places_, places_->NodeOf(sayings)};
@@ -105,6 +113,9 @@ const Value* ValuePlace::FindAnnotation(const char* keyword) const {
     return nullptr;
   }
   for (const auto& saying : node_->sayings) {
+    if (saying.isTested) {
+      continue;
+    }
     for (const Value* schema : places_->references_.Chain(*saying.schema)) {
       if (const Value* found = FindMember(*schema, keyword)) {
         return found;
@@ -158,7 +169,15 @@ ValuePlaces::ValuePlaces(const SchemaReferences& references, const Value& schema
 ValuePlaces::~ValuePlaces() = default;
 
 ValuePlace ValuePlaces::Root() {
-  return {this, NodeOf({{&schema_, Applies::ALWAYS, true}})};
+  return {this, NodeOf({{&schema_, Applies::ALWAYS, true, false}})};
+}
+
+ValueKinds ValuePlaces::KindsOfAll(const Sayings& sayings, bool counting) const {
+  ValueKinds kinds(0);
+  for (const Saying& saying : sayings) {
+    kinds = saying.counts == counting ? kinds | KindsOf(*saying.schema, references_) : kinds;
+  }
+  return kinds;
 }
 
 ValuePlaces::Node* ValuePlaces::NodeOf(const Sayings& sayings) {
@@ -188,7 +207,8 @@ ValuePlaces::Node& ValuePlaces::Opened(Node& node) {
       const std::vector<SchemaPart> parts = PartsOf(*saying.schema, references_);
       ReadMembers(node, saying, parts);
       for (const SchemaPart& part : parts) {
-        node.parts.push_back({part.schema, std::max(part.applies, saying.applies)});
+        node.parts.push_back({part.schema, std::max(part.applies, saying.applies),
+                              part.isTested || saying.isTested});
         node.counts.push_back(saying.counts);
       }
     }
@@ -211,32 +231,33 @@ void ValuePlaces::ReadMembers(Node& node, const Saying& about,
   }
   for (const SchemaPart& part : parts) {
     const Applies applies = std::max(part.applies, about.applies);
+    const bool isTested = part.isTested || about.isTested;
     const Value* properties = FindObject(*part.schema, Keyword::kProperties);
     if (properties != nullptr) {
       for (const auto& property : properties->GetObject()) {
         const auto first = always.find(Text(property.name));
+        const bool counts =
+            about.counts && (first == always.end() || first->second == &property.value);
         const auto [member, isNew] = node.members.try_emplace(Text(property.name));
-        member->second.push_back(
-            {&property.value, applies,
-             about.counts && (first == always.end() || first->second == &property.value)});
+        member->second.push_back({&property.value, applies, counts, isTested});
         if (isNew) {
           node.names.push_back(member->first);
         }
       }
     }
-    // Which pattern a name matches is for the validator to say.
     const Value* patterns = FindObject(*part.schema, Keyword::kPatternProperties);
-    const Applies otherwise = patterns == nullptr ? applies : std::max(applies, Applies::PERHAPS);
     if (patterns != nullptr) {
       for (const auto& pattern : patterns->GetObject()) {
-        node.patterns.push_back({Text(pattern.name), {&pattern.value, otherwise, about.counts}});
+        node.patterns.push_back(
+            {Text(pattern.name), {&pattern.value, applies, about.counts, isTested}});
       }
     }
     const Value* others = FindMember(*part.schema, Keyword::kAdditionalProperties);
     if (others != nullptr && !others->IsFalse()) {
-      node.others.push_back({others, otherwise, about.counts});
+      node.others.push_back({others, applies, about.counts, isTested});
     } else if (others == nullptr && patterns != nullptr && properties == nullptr) {
-      node.others.push_back({&any_, otherwise, about.counts});  // open to names that match none
+      // It is open to names that match none.
+      node.others.push_back({&any_, applies, about.counts, isTested});
     }
   }
 }

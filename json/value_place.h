@@ -31,6 +31,8 @@ class ValuePlace {
 
   /// All kinds where the schema says nothing.
   ValueKinds Kinds() const;
+  /// The same, but where that would be all, those that branches name which repeat something else.
+  ValueKinds KindsInBranches() const;
   ValuePlace Member(std::string_view name) const;
   ValuePlace Element(std::size_t index) const;
 
@@ -44,7 +46,7 @@ class ValuePlace {
   using Visit = std::function<void(std::string_view name, ValuePlace place)>;
   /// Calls `visit` for each member that some schema names, in the order in which they do.
   void ForEachMember(const Visit& visit) const;
-  /// The same for the patterns of names, and what stands at the names that match.
+  /// The same for the patterns of names, and what stands at a name that matches.
   void ForEachPattern(const Visit& visit) const;
   /// What stands at all other names; of nothing where there may be none, or nothing is said of them.
   ValuePlace OtherMembers() const;
@@ -80,11 +82,13 @@ class ValuePlaces {
     const Value* schema;
     Applies applies;
     bool counts;  // for the kinds; the others say more of what is described already
+    bool isTested;
 
     auto operator<=>(const Saying&) const = default;
   };
   using Sayings = std::vector<Saying>;
 
+  ValueKinds KindsOfAll(const Sayings& sayings, bool counting) const;
   Node* NodeOf(const Sayings& sayings);
   Node& Opened(Node& node);
   void ReadMembers(Node& node, const Saying& about, const std::vector<SchemaPart>& parts);

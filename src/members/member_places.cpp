@@ -70,7 +70,7 @@ std::unordered_set<std::string_view> RequiredMembers(const Json::ValuePlace& pla
 
 void AddLimits(const MemberPlace& place, bool masks, std::vector<MemberLimit>& limits) {
   for (const Json::SchemaPart& part : place.values.Parts()) {
-    if (!part.schema->IsObject()) {
+    if (part.isTested || !part.schema->IsObject()) {
       continue;
     }
     for (const auto& entry : part.schema->GetObject()) {
@@ -154,7 +154,7 @@ MemberDescription MemberPlace::Describe(std::string pointer, MemberToken token, 
   MemberDescription described;
   described.pointer = std::move(pointer);
   described.token = token;
-  const Json::ValueKinds kinds = values.Kinds();
+  const Json::ValueKinds kinds = values.KindsInBranches();
   described.type =
       kinds == Json::ValueKinds(Json::ValueKinds::kAll) ? "any value" : kinds.Describe();
   described.title = TextOf(values.FindAnnotation("title"));

@@ -27,8 +27,9 @@ Program MakeProgram() {
                          .valueName = "N",
                          .range = NumberRange{0, 4}}},
           .verbs = {InitVerb(),     TypeVerbs(),     GetVerb(),        SetVerb(),
-                    UpdateVerb(),   DeleteVerb(),    ValidateVerb(),   ListVerb(),
-                    RevisionVerb(), ExportVerb(),    ImportVerb(),     ApplyVerb(),
+                    UpdateVerb(),   UnsetVerb(),     ResetVerb(),      DeleteVerb(),
+                    ValidateVerb(), ListVerb(),      RevisionVerb(),   ExplainVerb(),
+                    DescribeVerb(), ExportVerb(),    ImportVerb(),     ApplyVerb(),
                     DiffVerb(),     NextBootVerbs(), BootVerbs(),      KernelOptionVerbs(),
                     EntryVerbs(),   BackupVerb(),    RestoreVerb(),    DoctorVerb(),
                     WatchVerb(),    HelpVerb(),      CompletionVerb(), CandidatesVerb()}};

@@ -1,4 +1,5 @@
 #include "tarnconfigstore/default_instances.h"
+#include "tarnconfigstore/explain.h"
 #include "tarnconfigstore/stored_views.h"
 
 #include "failure.h"
@@ -9,6 +10,7 @@
 #include "verbs/verbs.h"
 
 #include <memory>
+#include <utility>
 
 namespace tarnctl {
 namespace {
@@ -18,6 +20,7 @@ using TarnConfigStore::ConfigStoreObjectId;
 
 constexpr const char* kDefault = "--default";
 constexpr const char* kDuringBoot = "--during-boot";
+constexpr const char* kEffective = "--effective";
 constexpr const char* kPointer = "--pointer";
 constexpr const char* kWithShipped = "--with-shipped";
 constexpr const char* kChangedOnly = "--changed-only";
@@ -30,10 +33,27 @@ void RequireWith(const Given& given, const char* option, bool isRight, const std
 
 std::shared_ptr<ConfigStoreObject> ReadStored(const ConfigStoreObjectId& id) {
   auto stored = OpenStore()->Get(id);
+  if (!stored && TarnConfigStore::GetEffectiveConfig(id).hasDefaults) {
+    throw ToolError(ExitCode::NOT_FOUND, "no object " + FormatObject(id) +
+                                             " is stored; the defaults of its type are shown by "
+                                             "--effective");
+  }
   if (!stored) {
     RaiseNotStored(id);
   }
   return stored;
+}
+
+// What is not stored must not pass for being so.
+std::shared_ptr<ConfigStoreObject> ReadEffective(const ConfigStoreObjectId& id) {
+  auto effective = TarnConfigStore::GetEffectiveConfig(id);
+  if (!effective.isStored && !effective.hasDefaults) {
+    RaiseNotStored(id);
+  }
+  if (!effective.isStored) {
+    Say("no object " + FormatObject(id) + " is stored: these are the defaults of its type");
+  }
+  return std::move(effective.object);
 }
 
 std::shared_ptr<ConfigStoreObject> ReadShipped(const ConfigStoreObjectId& id) {
@@ -62,6 +82,7 @@ void GetObject(const Given& given, const Output& output) {
   const auto pointer =
       given.Has(kPointer) ? std::optional(ParsePlace(given.Text(kPointer))) : std::nullopt;
   const auto object = given.Has(kDefault)      ? ReadShipped(id)
+                      : given.Has(kEffective)  ? ReadEffective(id)
                       : given.Has(kDuringBoot) ? ReadDuringBoot(id, given.Has(kAutomatic))
                                                : ReadStored(id);
   if (pointer) {
@@ -90,7 +111,7 @@ void GetInstances(const Given& given, const Output& output) {
 // not all that is stored.
 void GetGroup(const Given& given, const Output& output) {
   const ConfigStoreObjectId prefix = ParsePrefix(given.Text(kObject));
-  for (const char* option : {kMember, kPointer, kDefault, kDuringBoot}) {
+  for (const char* option : {kMember, kPointer, kDefault, kEffective, kDuringBoot}) {
     if (given.Has(option)) {
       throw ToolError(ExitCode::USAGE, std::string(option) + " is of one OBJECT (see --help)");
     }
@@ -140,13 +161,17 @@ Verb GetVerb() {
                 "key; instances as a list.",
             .run = Get};
   verb.arguments.push_back(Flag(kDefault, "What the type came with, not what is stored"));
+  verb.arguments.push_back(Flag(kEffective,
+                                "With the defaults of absent members, also of an object that is "
+                                "not stored",
+                                {kAllInstances, kWhere, kDefault}));
   verb.arguments.push_back(
       {.name = kPointer,
        .help = "A place in the object as a JSON Pointer (RFC 6901), through lists too",
        .valueName = "POINTER",
        .excludes = {kAllInstances, kWhere}});
   verb.arguments.push_back(Flag(kDuringBoot, "What is seen of the object while the host boots",
-                                {kAllInstances, kWhere, kDefault}));
+                                {kAllInstances, kWhere, kDefault, kEffective}));
   verb.arguments.push_back(
       Flag(kAutomatic, "With --during-boot: what automatic configuration sees"));
   verb.arguments.push_back(

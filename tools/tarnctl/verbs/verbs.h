@@ -24,10 +24,14 @@ Verb GenerateCppVerb();
 Verb GetVerb();
 Verb ListVerb();
 Verb RevisionVerb();
+Verb ExplainVerb();
+Verb DescribeVerb();
 
 // Configuration objects, written, or judged and not written.
 Verb SetVerb();
 Verb UpdateVerb();
+Verb UnsetVerb();
+Verb ResetVerb();
 Verb DeleteVerb();
 Verb ValidateVerb();
 

@@ -1,0 +1,52 @@
+#include "given/part_name.h"
+
+#include "failure.h"
+#include "given/object_name.h"
+#include "json/pointer.h"
+
+#include <utility>
+
+namespace tarnctl {
+
+using TarnConfigStore::ConfigPart;
+
+Argument PartArgument(std::string help) {
+  return {.name = kPart, .help = std::move(help), .valueName = "user|automatic|vital|cached"};
+}
+
+std::optional<ConfigPart> PartOf(const Given& given) {
+  if (!given.Has(kPart)) {
+    return std::nullopt;
+  }
+  for (const ConfigPart part :
+       {ConfigPart::USER, ConfigPart::AUTOMATIC, ConfigPart::VITAL, ConfigPart::CACHED}) {
+    if (given.Text(kPart) == TarnConfigStore::NameOf(part)) {
+      return part;
+    }
+  }
+  throw ToolError(ExitCode::USAGE,
+                  "\"" + given.Text(kPart) + "\" is no part: user, automatic, vital or cached");
+}
+
+std::string PlaceOf(const std::string& text) {
+  if (text.find('/') != std::string::npos) {
+    std::string pointer = text.front() == '/' ? text : "/" + text;
+    ParsePlace(pointer);
+    return pointer;
+  }
+  std::string pointer;
+  for (const std::string& name : ParseMember(text)) {
+    Json::AppendToken(pointer, name);
+  }
+  return pointer;
+}
+
+std::string PlaceIfGiven(const std::string& text) {
+  return text.empty() ? std::string() : PlaceOf(text);
+}
+
+std::string ShownPlace(const std::string& pointer) {
+  return pointer.empty() ? "/" : pointer.substr(1);
+}
+
+}  // namespace tarnctl
