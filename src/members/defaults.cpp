@@ -14,7 +14,7 @@ class Filling {
   explicit Filling(Json::Allocator& allocator) : allocator_(allocator) {}
 
   void Fill(Json::Value& value, Json::SchemaPlace place, std::size_t depth) {
-    if (!place.HoldsDefaults() || depth == Json::kMaxDepth) {
+    if (!place || depth == Json::kMaxDepth) {
       return;
     }
     if (value.IsArray()) {
@@ -33,12 +33,12 @@ class Filling {
  private:
   void FillMember(Json::Value& object, std::string_view name, Json::SchemaPlace property,
                   std::size_t depth) {
-    if (!property.HoldsDefaults()) {
-      return;
-    }
     Json::Value* member = Json::FindMember(object, name);
     if (member != nullptr && !member->IsNull()) {
       Fill(*member, property, depth);
+      return;
+    }
+    if (!property.HoldsDefaults()) {
       return;
     }
     Json::Value absent = Absent(property, depth);

@@ -37,7 +37,7 @@ bool Erase(Json::Value& value, Json::SchemaPlace place, const PlaceNames& names,
       value.Erase(found);
     }
   } else if (isLast || (Json::IsEmptyContainer(*found) && !place.CanRequire(names[at]) &&
-                        !below.HoldsDefaults())) {
+                        !below.CanRequire(names[at + 1]) && !below.HoldsDefaults())) {
     EraseMember(value, names[at]);
   }
   return true;
@@ -61,10 +61,16 @@ Json::Value CopyFrom(const Json::Value& value, Json::SchemaPlace place, const Pl
     around.AddMember(Json::Copy(names[at], allocator), below, allocator);
     return around;
   }
-  if (Json::FindMember(below, idMember) == nullptr) {
-    below.AddMember(Json::Copy(idMember, allocator), Json::Copy(names[at], allocator), allocator);
+  if (!below.IsObject() || Json::FindMember(below, idMember) != nullptr) {
+    around.PushBack(below, allocator);
+    return around;
   }
-  around.PushBack(below, allocator);
+  Json::Value element(rapidjson::kObjectType);
+  element.AddMember(Json::Copy(idMember, allocator), Json::Copy(names[at], allocator), allocator);
+  for (auto& member : below.GetObject()) {
+    element.AddMember(member.name, member.value, allocator);
+  }
+  around.PushBack(element, allocator);
   return around;
 }
 

@@ -34,8 +34,8 @@ const Json::Value* FindByIds(const Json::Value& value, Json::SchemaPlace place,
                              const std::string& pointer);
 
 /// Takes away what names lead to, and the objects and lists around it that this leaves empty, as far
-/// as nothing requires them and they have no defaults: what reads back the same without them. Elements
-/// stay. Answers whether there was anything.
+/// as nothing requires them, nor in them what went, and they have no defaults: what reads back the same
+/// without them. Elements stay. Answers whether there was anything.
 bool EraseByIds(Json::Value& value, Json::SchemaPlace place, const PlaceNames& names);
 
 /// What names lead to, in the objects and elements on the way, which hold nothing else but their ids;
