@@ -4,7 +4,6 @@
 #include "json/schema_parts.h"
 #include "json/value_kinds.h"
 
-#include <compare>
 #include <cstddef>
 #include <deque>
 #include <functional>
@@ -12,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace Json {
@@ -84,7 +84,10 @@ class ValuePlaces {
     bool counts;  // for the kinds; the others say more of what is described already
     bool isTested;
 
-    auto operator<=>(const Saying&) const = default;
+    friend bool operator<(const Saying& a, const Saying& b) {
+      return std::tie(a.schema, a.applies, a.counts, a.isTested) <
+             std::tie(b.schema, b.applies, b.counts, b.isTested);
+    }
   };
   using Sayings = std::vector<Saying>;
 

@@ -72,6 +72,15 @@ inline std::string Told(const DocumentReport& report) {
   }
   return report.ToJson();
 }
+inline std::string Told(const MemberDescription& member) {
+  return member.pointer + member.type + std::to_string(member.limits.size());
+}
+inline std::string Told(const ExplainedMember& member) {
+  return member.pointer + member.value.value_or("-") + std::to_string(member.held.size());
+}
+inline std::string Told(const UnsetMember& member) {
+  return member.pointer + std::to_string(member.taken.size());
+}
 template <class List>
 requires requires(const List& list) {
   list.begin() != list.end();

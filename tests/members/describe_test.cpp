@@ -102,8 +102,9 @@ TEST_F(Describe, EndsWhereASchemaHoldsItself) {
   std::string definitions;
   for (int i = 0; i < 40; ++i) {
     const std::string next = R"({"$ref":"#/definitions/d)" + std::to_string(i + 1) + "\"}";
-    definitions += R"("d)" + std::to_string(i) + R"(":{"type":"object","properties":{"a":)" + next +
-                   R"(,"b":)" + next + "}},";
+    definitions.append("\"d").append(std::to_string(i));
+    definitions.append(R"(":{"type":"object","properties":{"a":)").append(next);
+    definitions.append(R"(,"b":)").append(next).append("}},");
   }
   const std::string doubling =
       R"({"type":"object","properties":{"m":{"$ref":"#/definitions/d0"}},"definitions":{)" +

@@ -8,7 +8,6 @@ namespace TarnConfigStore {
 namespace {
 
 using TestSupport::Lines;
-using TestSupport::Raised;
 using TestSupport::TypeFile;
 
 constexpr const char* kPlacesSchema = R"({"type":"object","properties":{
