@@ -7,6 +7,8 @@
 #include "fuzz_target.h"
 #include "json/pointer.h"
 #include "json/value_place.h"
+#include "members/defaults.h"
+#include "members/type_walk.h"
 #include "objects/division.h"
 #include "validation/rule_sets.h"
 
@@ -51,6 +53,25 @@ void CheckPlainSchema(const SchemaObject& type) {
   Require(Json::Serialize(definitions, text), "an exported schema can be written");
 }
 
+// What is told of a type is found where it is said to be.
+void Describe(const SchemaObject& type, const Json::Value& value) {
+  try {
+    int left = 20;
+    for (const MemberDescription& member : DescribeMembers(type, {}, false)) {
+      if (--left == 0) {
+        break;
+      }
+      Require(!DescribeMembers(type, member.pointer, true).empty(), "a member is found again",
+              member.pointer);
+    }
+    Json::Document filled;
+    filled.CopyFrom(value, filled.GetAllocator());
+    FillDefaults(filled, type.GetSchemaPlace(), filled.GetAllocator());
+  } catch (const ConfigStoreException&) {
+    // There may be more than anybody can hold.
+  }
+}
+
 void Run(std::string_view input) {
   const TypeFiles::TypeFile file = TypeFiles::Check("type.json", input);
   for (const auto& list : {file.findings, file.warnings}) {
@@ -72,6 +93,7 @@ void Run(std::string_view input) {
   Json::ValuePlaces places(references, type->GetSchemaDocument());
   Look(type->GetSchemaPlace(), places.Root(), 6);
   CheckPlainSchema(*type);
+  Describe(*type, *file.document->GetJsonValuePtr());
   for (const TypeFiles::ShippedObject& shipped : file.shipped) {
     Validate(*type, *shipped.value);
     (void)DivideValue(*shipped.value, *type, EXTERNAL);

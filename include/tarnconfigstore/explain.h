@@ -135,7 +135,8 @@ struct ObjectExplanation {
   bool changesAtBoot = false;      ///< something waits for the next boot
   bool removedAtBoot = false;      ///< the next boot deletes the object
   std::vector<ErrorInfo> misfits;  ///< why the next boot will not apply what is staged
-  /// In the schema's order; members that it does not name follow in that of the data.
+  /// In the schema's order; members that it does not name follow in that of the data. What only a
+  /// branch of the schema names is told of where it is there.
   std::vector<ExplainedMember> members;
 };
 

@@ -52,6 +52,16 @@ std::string TextOf(const Json::Value* annotation) {
                                                          : std::string();
 }
 
+// The kinds of value that a place takes; a schema may be "false", and take none.
+std::string TypeWords(const Json::ValuePlace& place) {
+  const std::vector<Json::SchemaPart> parts = place.Parts();
+  const bool takesNone = std::any_of(parts.begin(), parts.end(), [](const Json::SchemaPart& part) {
+    return part.applies == Json::Applies::ALWAYS && part.schema->IsFalse();
+  });
+  const Json::ValueKinds kinds = takesNone ? Json::ValueKinds(0) : place.KindsInBranches();
+  return kinds == Json::ValueKinds(Json::ValueKinds::kAll) ? "any value" : kinds.Describe();
+}
+
 std::unordered_set<std::string_view> RequiredMembers(const Json::ValuePlace& place) {
   std::unordered_set<std::string_view> names;
   for (const Json::SchemaPart& part : place.Parts()) {
@@ -154,9 +164,7 @@ MemberDescription MemberPlace::Describe(std::string pointer, MemberToken token, 
   MemberDescription described;
   described.pointer = std::move(pointer);
   described.token = token;
-  const Json::ValueKinds kinds = values.KindsInBranches();
-  described.type =
-      kinds == Json::ValueKinds(Json::ValueKinds::kAll) ? "any value" : kinds.Describe();
+  described.type = TypeWords(values);
   described.title = TextOf(values.FindAnnotation("title"));
   described.description = TextOf(values.FindAnnotation("description"));
   if (const Json::Value* value = owner.Default()) {

@@ -50,7 +50,7 @@ TEST_F(Describe, FollowsTheSchemaAndSaysWhatHoldsSometimes) {
       "t":{"type":"array","items":[{"type":"null"},{"type":"object","properties":{"d":{}}}],
         "additionalItems":{"type":"string"}},
       "p":{"type":"object","patternProperties":{"^a/":{"type":"integer","multipleOf":2}},
-        "additionalProperties":{"type":"object","properties":{"z":{"readOnly":true}}}}},
+        "additionalProperties":{"type":"object","properties":{"z":{"readOnly":true},"never":false}}}},
     "additionalProperties":{"format":"ipv4"}})"),
             R"(/n 0 integer|minimum1|maximum9 =4 required here
 /either 0 object
@@ -65,6 +65,7 @@ TEST_F(Describe, FollowsTheSchemaAndSaysWhatHoldsSometimes) {
 /p/^a~1 3 integer|multipleOf2
 /p/* 4 object
 /p/*/z 0 any value readOnly
+/p/*/never 0 no value
 /late 0 boolean required
 /* 4 any value|format"ipv4")");
 }

@@ -3,7 +3,9 @@
 #include "tarnconfigstore/config_store.h"
 #include "tarnconfigstore/documents.h"
 #include "tarnconfigstore/drift.h"
+#include "tarnconfigstore/explain.h"
 #include "tarnconfigstore/key_values.h"
+#include "tarnconfigstore/taking_back.h"
 
 #include "platform/db_testing.h"
 
@@ -115,6 +117,26 @@ TEST_F(NotificationTest, DocumentsAnnounceEachObjectThatTheyChange) {
               }).substr(0, 7),
               "VE 1091");
     EXPECT_EQ(Announced(daemon), "");
+  });
+}
+
+TEST_F(NotificationTest, TakingBackAnnouncesWhatItChanged) {
+  InstallType(host_, kPlainType);
+  Allow(R"(["tarn.test.plain"])");
+  InChild([&] {
+    const Listener daemon(kSocket);
+    const ConfigStoreObjectId plain("plain", "test", "tarn");
+    ImportConfig(R"({"format":1,"config":{"tarn":{"test":{"plain":{"name":"x","port":9}}}}})", {});
+    EXPECT_EQ(Announced(daemon), "tarn.test.plain ");
+    UnsetMembers(plain, {"/tags"});
+    ExplainObject(plain);
+    Raised([&] { UnsetMembers(plain, {"/name"}); });
+    EXPECT_EQ(Announced(daemon), "");
+    UnsetMembers(plain, {"/port"});
+    EXPECT_EQ(Announced(daemon), "tarn.test.plain ");
+    ResetObject(plain, ResetTarget::DEFAULTS);
+    ResetObject(plain, ResetTarget::DEFAULTS);
+    EXPECT_EQ(Announced(daemon), "tarn.test.plain ");
   });
 }
 

@@ -28,7 +28,7 @@ std::optional<ConfigPart> PartOf(const Given& given) {
                   "\"" + given.Text(kPart) + "\" is no part: user, automatic, vital or cached");
 }
 
-std::string PlaceOf(const std::string& text) {
+std::string ParsePlaceName(const std::string& text) {
   if (text.find('/') != std::string::npos) {
     std::string pointer = text.front() == '/' ? text : "/" + text;
     ParsePlace(pointer);
@@ -41,8 +41,8 @@ std::string PlaceOf(const std::string& text) {
   return pointer;
 }
 
-std::string PlaceIfGiven(const std::string& text) {
-  return text.empty() ? std::string() : PlaceOf(text);
+std::string ParsePlaceNameIfGiven(const std::string& text) {
+  return text.empty() ? std::string() : ParsePlaceName(text);
 }
 
 std::string ShownPlace(const std::string& pointer) {

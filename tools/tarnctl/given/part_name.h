@@ -21,9 +21,9 @@ std::optional<TarnConfigStore::ConfigPart> PartOf(const Given& given);
 /// A JSON Pointer from what people give for a place in an object: a dotted path, or, where there is a
 /// slash in it, a JSON Pointer whose first slash may be missing, as in "portGroups/Backup". Elements of
 /// lists of instances are named by their ids. Raises ToolError USAGE for what is neither.
-std::string PlaceOf(const std::string& text);
+std::string ParsePlaceName(const std::string& text);
 /// The same, and for an empty text the empty pointer, which means the whole object.
-std::string PlaceIfGiven(const std::string& text);
+std::string ParsePlaceNameIfGiven(const std::string& text);
 
 /// How such a place is named.
 inline constexpr const char* kPlaceHelp =

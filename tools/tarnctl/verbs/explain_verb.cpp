@@ -25,9 +25,9 @@ constexpr const char* kFrom = "--from";
                   of + " has no member \"" + ShownPlace(place) + "\"" + suggestion);
 }
 
-void Explain(const Given& given, const Output& output) {
+void PrintExplanation(const Given& given, const Output& output) {
   const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
-  const std::string place = PlaceIfGiven(given.Text(kMember));
+  const std::string place = ParsePlaceNameIfGiven(given.Text(kMember));
   RequireStore();
   const ObjectExplanation object = TarnConfigStore::ExplainObject(id, place, Reveals(given));
   if (object.members.empty() && !place.empty()) {
@@ -57,9 +57,9 @@ TypeDescription ReadDescription(const Given& given, const ConfigStoreObjectId& t
   return described;
 }
 
-void Describe(const Given& given, const Output& output) {
+void PrintDescription(const Given& given, const Output& output) {
   const ConfigStoreObjectId type = ParseType(given.Text(kType));
-  const std::string place = PlaceIfGiven(given.Text(kMember));
+  const std::string place = ParsePlaceNameIfGiven(given.Text(kMember));
   const TypeDescription described = ReadDescription(given, type, place);
   if (described.members.empty() && !place.empty()) {
     RaiseNoMember("the type " + FormatObject(type), place,
@@ -86,7 +86,7 @@ Verb ExplainVerb() {
           .note =
               "Shows the parts that a value comes from and those that it hides, the default, "
               "what the type allows, and what the next boot brings.",
-          .run = Explain};
+          .run = PrintExplanation};
 }
 
 Verb DescribeVerb() {
@@ -99,7 +99,7 @@ Verb DescribeVerb() {
                      .help = "Read the type from a type file; no host is needed then",
                      .valueName = "FILE"},
                     RevealArgument()},
-      .run = Describe};
+      .run = PrintDescription};
 }
 
 }  // namespace tarnctl

@@ -36,7 +36,7 @@ void RefuseStagedType(const ConfigStoreObjectId& id) {
                       " DATA\", or its deletion, with \"tarnctl next-boot delete\"");
 }
 
-std::string Names(const std::vector<ConfigPart>& parts) {
+std::string NamesOf(const std::vector<ConfigPart>& parts) {
   std::string names;
   for (const ConfigPart part : parts) {
     names += (names.empty() ? "" : " and ") + std::string(NameOf(part));
@@ -58,7 +58,7 @@ void RequireSet(const ConfigStoreObjectId& id, const UnsetResult& result) {
       findings.push_back(
           {member.pointer, member.left.empty()
                                ? "is not set" + TypeSchema(id).Suggest(ParsePlace(member.pointer))
-                               : "is set in another part: " + Names(member.left)});
+                               : "is set in another part: " + NamesOf(member.left)});
     }
   }
   if (!findings.empty()) {
@@ -68,11 +68,11 @@ void RequireSet(const ConfigStoreObjectId& id, const UnsetResult& result) {
   }
 }
 
-void Unset(const Given& given, const Output& /*output*/) {
+void UnsetGiven(const Given& given, const Output& /*output*/) {
   const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
   std::vector<std::string> places;
   std::transform(given.Texts(kMember).begin(), given.Texts(kMember).end(),
-                 std::back_inserter(places), PlaceOf);
+                 std::back_inserter(places), ParsePlaceName);
   const auto part = PartOf(given);
   RequireStore();
   RefuseStagedType(id);
@@ -80,7 +80,7 @@ void Unset(const Given& given, const Output& /*output*/) {
   RequireSet(id, result);
   for (const UnsetMember& member : result.members) {
     if (!member.left.empty()) {
-      Say(ShownPlace(member.pointer) + " is still set in another part: " + Names(member.left));
+      Say(ShownPlace(member.pointer) + " is still set in another part: " + NamesOf(member.left));
     }
   }
   SayPending(result.dropsPending);
@@ -97,9 +97,9 @@ ResetTarget TargetOf(const Given& given) {
   throw ToolError(ExitCode::USAGE, "\"" + target + "\" is neither default nor shipped");
 }
 
-void Reset(const Given& given, const Output& /*output*/) {
+void ResetGiven(const Given& given, const Output& /*output*/) {
   const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
-  const std::string place = PlaceIfGiven(given.Text(kMember));
+  const std::string place = ParsePlaceNameIfGiven(given.Text(kMember));
   const ResetTarget target = TargetOf(given);
   const ConfigPart part = PartOf(given).value_or(ConfigPart::USER);
   const auto store = OpenStore();
@@ -139,7 +139,7 @@ Verb UnsetVerb() {
                PartArgument("Take them out of this part alone; otherwise of all but what "
                             "automatic configuration set")},
           .note = "Nothing is written unless each MEMBER is set.",
-          .run = Unset};
+          .run = UnsetGiven};
 }
 
 Verb ResetVerb() {
@@ -153,7 +153,7 @@ Verb ResetVerb() {
                          .valueName = "default|shipped"},
                         PartArgument("Reset this part instead of the user's")},
           .note = "Other parts are kept: what automatic configuration set is read again.",
-          .run = Reset};
+          .run = ResetGiven};
 }
 
 }  // namespace tarnctl
