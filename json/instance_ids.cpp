@@ -3,6 +3,7 @@
 #include "json/utf8.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace Json {
 
@@ -40,6 +41,21 @@ void ClearGeneratedIds(Value& value) {
 std::optional<std::string_view> InstanceIdOf(const Value& object, std::string_view idMember) {
   const Value* id = idMember.empty() ? nullptr : FindMember(object, idMember);
   return id != nullptr && id->IsString() ? std::optional(Text(*id)) : std::nullopt;
+}
+
+std::optional<std::vector<std::string_view>> InstanceIdsOf(const Value& list,
+                                                           std::string_view idMember) {
+  std::vector<std::string_view> ids;
+  std::unordered_set<std::string_view> known;
+  ids.reserve(list.Size());
+  for (const Value& element : list.GetArray()) {
+    const auto id = InstanceIdOf(element, idMember);
+    if (!id || !known.insert(*id).second) {
+      return std::nullopt;
+    }
+    ids.push_back(*id);
+  }
+  return ids;
 }
 
 }  // namespace Json

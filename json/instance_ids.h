@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace Json {
 
@@ -31,5 +32,10 @@ void ClearGeneratedIds(Value& value);
 /// have no ids.
 /// \param idMember  the member's name, or empty: even then there may be a member that is named ""
 std::optional<std::string_view> InstanceIdOf(const Value& object, std::string_view idMember);
+
+/// The ids of a list's elements, in their order; nothing where they do not tell the elements apart:
+/// one has none, or two have the same.
+std::optional<std::vector<std::string_view>> InstanceIdsOf(const Value& list,
+                                                           std::string_view idMember);
 
 }  // namespace Json

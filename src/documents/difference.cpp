@@ -8,25 +8,10 @@
 #include <algorithm>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace TarnConfigStore {
 namespace {
-
-// The elements by their ids; false where one has none, or two have the same.
-bool ReadIds(const Json::Value& list, std::string_view idMember,
-             std::vector<std::string_view>& ids) {
-  std::unordered_set<std::string_view> known;
-  for (const Json::Value& element : list.GetArray()) {
-    const Json::Value* id = Json::FindMember(element, idMember);
-    if (id == nullptr || !id->IsString() || !known.insert(Json::Text(*id)).second) {
-      return false;
-    }
-    ids.push_back(Json::Text(*id));
-  }
-  return true;
-}
 
 class Comparison {
  public:
@@ -80,12 +65,16 @@ class Comparison {
   bool CompareInstances(const Json::Value& expected, const Json::Value& found,
                         Json::SchemaPlace place, const std::string& pointer) {
     const std::string_view idMember = ShownIdMember(place);
-    std::vector<std::string_view> wanted;
-    std::vector<std::string_view> there;
-    if (idMember.empty() || !ReadIds(expected, idMember, wanted) ||
-        !ReadIds(found, idMember, there)) {
+    if (idMember.empty()) {
       return false;
     }
+    const auto idsWanted = Json::InstanceIdsOf(expected, idMember);
+    const auto idsThere = Json::InstanceIdsOf(found, idMember);
+    if (!idsWanted || !idsThere) {
+      return false;
+    }
+    const std::vector<std::string_view>& wanted = *idsWanted;
+    const std::vector<std::string_view>& there = *idsThere;
     if (wanted != there &&
         std::is_permutation(wanted.begin(), wanted.end(), there.begin(), there.end())) {
       return false;
