@@ -130,6 +130,12 @@ class Elements {
 
 }  // namespace
 
+std::string TextWithMasks(const Value& value, SchemaPlace place) {
+  std::string text;
+  Serialize(Shown(value, place), text);
+  return text;
+}
+
 Sight Sight::Token(std::string_view token) const {
   const bool isIndex = !token.empty() && std::all_of(token.begin(), token.end(), [](char digit) {
     return digit >= '0' && digit <= '9';

@@ -49,6 +49,9 @@ std::string ShownPointer(std::string_view pointer, SchemaPlace root);
 void MaskSecrets(Value& value, SchemaPlace place, Allocator& allocator, std::string& pointer,
                  const std::function<void(const std::string& pointer)>& masked);
 
+/// The text of a value with the mask for each secret, and without generated ids.
+std::string TextWithMasks(const Value& value, SchemaPlace place);
+
 /// How masks are taken back.
 struct MaskedText {
   /// Whether a mask was put there; one that was not is refused.

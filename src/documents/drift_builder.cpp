@@ -157,17 +157,11 @@ std::optional<std::string> DriftBuilder::Shown(const Json::Value* value,
   if (value == nullptr) {
     return std::nullopt;
   }
-  std::string text;
-  if (reveal_) {
-    Json::Serialize(*value, text);
-    return text;
+  if (!reveal_) {
+    return Json::TextWithMasks(*value, place);
   }
-  JsonDoc copy;
-  Json::Value& shown = *copy.GetJsonValuePtr();
-  shown.CopyFrom(*value, copy.GetAllocator());
-  std::string pointer;
-  Json::MaskSecrets(shown, place, copy.GetAllocator(), pointer, {});
-  Json::Serialize(shown, text);
+  std::string text;
+  Json::Serialize(*value, text);
   return text;
 }
 

@@ -10,24 +10,10 @@
 #include "store/staged_content.h"
 #include "validation/object_validation.h"
 
-#include <array>
 #include <utility>
 
 namespace TarnConfigStore {
 namespace {
-
-// The record as the table would have it.
-RowMap RowOf(const ColumnValues& values) {
-  std::array<const char*, kStagedParts.size()> names;
-  std::array<const char*, kStagedParts.size()> texts;
-  for (std::size_t i = 0; i < kStagedParts.size(); ++i) {
-    names[i] = kStagedParts[i].column;
-    texts[i] = (values.*kStagedParts[i].text) ? (values.*kStagedParts[i].text)->c_str() : nullptr;
-  }
-  RowMap row;
-  row.Put(static_cast<int>(kStagedParts.size()), texts.data(), names.data());
-  return row;
-}
 
 bool IsStored(const NamedChange& change, const std::string& version, const ColumnValues& values,
               const RowMap* stored) {
@@ -99,7 +85,7 @@ void DocumentPlan::WorkOnRecord(const NamedChange& change, const std::shared_ptr
            }});
       Json::Serialize(value, (values.*kStagedParts[i].text).emplace());
     }
-    JudgeStagedContent(RowOf(values), change.id, type, findings);
+    JudgeStagedContent(StagedContentRow(values), change.id, type, findings);
   } else if (!type || change.action == NextBootAction::DELETE_INSTANCE) {
     ValidateIdentity(type, change.id, findings);
   } else if (!change.id.instanceId.empty()) {

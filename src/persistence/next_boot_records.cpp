@@ -8,6 +8,7 @@
 #include "persistence/boot_statements.h"
 #include "persistence/read_current.h"
 
+#include <array>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -177,6 +178,18 @@ void ForEachStagedChange(const DBStore::ConnectionHandle& connection, const RowV
   const DBStore::StatementHandle statement =
       DBStore::internal::Prepare(connection, READ_STAGED, DBStore::kWaitLimit);
   ForEachRow(connection, statement, "Get store rows failed.", receiver);
+}
+
+RowMap StagedContentRow(const ColumnValues& values) {
+  const auto text = [](const std::optional<std::string>& value) {
+    return value ? value->c_str() : nullptr;
+  };
+  constexpr std::array<const char*, 3> kNames = {"UserValue", "VitalValue", "CachedValue"};
+  const std::array<const char*, kNames.size()> texts = {text(values.user), text(values.vital),
+                                                        text(values.cached)};
+  RowMap row;
+  row.Put(static_cast<int>(kNames.size()), texts.data(), kNames.data());
+  return row;
 }
 
 void WriteStagedRecord(const ConfigStoreObjectId& id, NextBootAction action,

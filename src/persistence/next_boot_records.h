@@ -67,6 +67,9 @@ std::vector<ObjectHandle> GetRebootRequiredConfigInstancesInternal(
 /// store rows failed.".
 void ForEachStagedChange(const DBStore::ConnectionHandle& connection, const RowVisitor& receiver);
 
+/// Content as such a row would have it, without anything else.
+RowMap StagedContentRow(const ColumnValues& values);
+
 /// What such a row does. A text that is none of the three raises ConfigStoreException 2000, or answers
 /// with nothing.
 NextBootAction ActionFromRow(const RowMap& row);

@@ -23,4 +23,26 @@ ObjectHandle JudgeStagedContent(const RowMap& row, const ConfigStoreObjectId& id
   }
 }
 
+void JudgeContent(const ObjectHandle& content, const SchemaHandle& type,
+                  std::vector<ErrorInfo>& findings) {
+  try {
+    ValidateSet(type, content);
+  } catch (const ValidationException& refused) {
+    findings.insert(findings.end(), refused.GetErrors().begin(), refused.GetErrors().end());
+    return;
+  }
+  if (content->IsEmpty()) {
+    findings.push_back({"/", "Nothing is left of the object."});
+  }
+}
+
+std::string_view NewestUserColumn(const RowMap& row) {
+  return row.Find("DesiredValue") ? "DesiredValue" : "UserValue";
+}
+
+ObjectHandle NewestContent(const RowMap& row, const ConfigStoreObjectId& id,
+                           const SchemaHandle& type) {
+  return MergeParts(row, NewestUserColumn(row), id, type);
+}
+
 }  // namespace TarnConfigStore
