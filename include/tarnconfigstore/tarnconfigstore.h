@@ -5,7 +5,8 @@
 //   contexts.h, config_store.h                           storing it, reading it, transactions
 //   exceptions.h, error_codes.h                          what is thrown, and the codes
 //   filter_spec_object.h                                 choosing instances
-//   next_boot_store.h, apply_next_boot.h, boot_state.h   what takes effect at the next boot
+//   next_boot_store.h, next_boot_update.h, pending.h,
+//   apply_next_boot.h, boot_state.h                      what takes effect at the next boot
 //   typed.h, and what it includes                        the same with the types of C++
 //   parts.h, explain.h, taking_back.h                    what is set of it, by whom, and taking it back
 // The others stand alone: backup.h, default_instances.h, diagnostics.h, doctor.h, documents.h, drift.h, dry_run.h, file.h,
@@ -58,9 +59,11 @@
 #include "tarnconfigstore/key_values.h"
 #include "tarnconfigstore/listing.h"
 #include "tarnconfigstore/next_boot_store.h"
+#include "tarnconfigstore/next_boot_update.h"
 #include "tarnconfigstore/object_id.h"
 #include "tarnconfigstore/object_text.h"
 #include "tarnconfigstore/parts.h"
+#include "tarnconfigstore/pending.h"
 #include "tarnconfigstore/process.h"
 #include "tarnconfigstore/store_object.h"
 #include "tarnconfigstore/stored_views.h"

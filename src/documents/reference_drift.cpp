@@ -1,4 +1,4 @@
-#include "tarnconfigstore/drift.h"
+#include "documents/reference_drift.h"
 
 #include "platform/logger.h"
 
@@ -19,13 +19,6 @@
 
 namespace TarnConfigStore {
 namespace {
-
-struct Less {
-  bool operator()(const ConfigStoreObjectId& a, const ConfigStoreObjectId& b) const {
-    return std::tie(a.component, a.group, a.key, a.instanceId) <
-           std::tie(b.component, b.group, b.key, b.instanceId);
-  }
-};
 
 struct States {
   std::shared_ptr<const StoredRow> now;
@@ -157,10 +150,22 @@ class Reference {
   const ConfigStoreObjectId& prefix_;
   const DBStore::ConnectionHandle& connection_;
   SchemaCacheHandle schemas_ = TarnSchemaStore::SchemaStore::GetCache();
-  std::map<ConfigStoreObjectId, States, Less> objects_;
+  std::map<ConfigStoreObjectId, States, InOrderOfIds> objects_;
 };
 
 }  // namespace
+
+bool InOrderOfIds::operator()(const ConfigStoreObjectId& a, const ConfigStoreObjectId& b) const {
+  return std::tie(a.component, a.group, a.key, a.instanceId) <
+         std::tie(b.component, b.group, b.key, b.instanceId);
+}
+
+std::vector<DriftObject> FindDriftFrom(ReferenceState state, const ConfigStoreObjectId& prefix,
+                                       bool reveal, const DBStore::ConnectionHandle& connection) {
+  Reference reference(state, prefix, connection);
+  reference.Read();
+  return reference.Differences(reveal);
+}
 
 std::vector<DriftObject> ComputeDriftFrom(ReferenceState state, const DriftOptions& options) {
   CSLogger::Log(CSLogger::kTrace, "%s invoked", "ComputeDriftFrom");
