@@ -84,6 +84,27 @@ Json::Value Describe(const TarnConfigStore::StagedChange& change, JsonMaker& mak
                      "version", change.version, "values", NamePresent(values, make));
 }
 
+void AddSides(Json::Value& object, const std::optional<std::string>& base,
+              const std::optional<std::string>& staged, const std::optional<std::string>& current,
+              JsonMaker& make) {
+  const std::pair<const char*, const std::optional<std::string>*> sides[] = {
+      {"base", &base}, {"staged", &staged}, {"current", &current}};
+  for (const auto& [name, text] : sides) {
+    if (*text) {
+      make.Add(object, name, make.Parse(**text));
+    }
+  }
+}
+
+Json::Value DescribeConflicts(const std::vector<TarnConfigStore::ChangeConflict>& conflicts,
+                              JsonMaker& make) {
+  return make.List(conflicts, [&make](const TarnConfigStore::ChangeConflict& conflict) {
+    Json::Value described = make.Object("pointer", conflict.pointer);
+    AddSides(described, conflict.base, conflict.staged, conflict.current, make);
+    return described;
+  });
+}
+
 Json::Value DescribeStaged(const TarnConfigStore::ConfigStoreObjectId& prefix, JsonMaker& make) {
   return make.List(
       TarnConfigStore::ListStaged(prefix),

@@ -51,12 +51,26 @@ const char* Remark(DriftKind kind) {
 }  // namespace
 
 std::string DescribeDrift(const TarnConfigStore::DriftObject& object, bool inColour) {
-  std::string lines = Line(FormatObject(object.GetConfigStoreObjectId()) + Remark(object.GetKind()),
-                           kBold, inColour);
+  return Line(FormatObject(object.GetConfigStoreObjectId()) + Remark(object.GetKind()), kBold,
+              inColour) +
+         DescribeMembers(object, inColour);
+}
+
+std::string DescribeMembers(const TarnConfigStore::DriftObject& object, bool inColour) {
+  std::string lines;
   for (const DriftMember& member : object.GetMembers()) {
     lines += Line(member, inColour);
   }
   return lines;
+}
+
+Json::Value Describe(const TarnConfigStore::DriftObject& object, JsonMaker& make) {
+  Json::Value described = make.Object("object", FormatObject(object.GetConfigStoreObjectId()));
+  Json::Value content = make.Parse(object.ToJson());
+  for (auto& [name, value] : content.GetObject()) {
+    described.AddMember(name, value, make.GetAllocator());
+  }
+  return described;
 }
 
 bool ShowsColours() {

@@ -3,6 +3,8 @@
 
 #include "tarnconfigstore/drift.h"
 
+#include "json_maker.h"
+
 #include <string>
 
 namespace tarnctl {
@@ -11,6 +13,12 @@ namespace tarnctl {
 /// found and what is expected, "+" for what is expected and not there, "-" for what is there and not
 /// expected. Control characters are escaped.
 std::string DescribeDrift(const TarnConfigStore::DriftObject& object, bool inColour);
+
+/// The lines of the members alone.
+std::string DescribeMembers(const TarnConfigStore::DriftObject& object, bool inColour);
+
+/// {"object", "kind", "members"}, as the library tells of it.
+Json::Value Describe(const TarnConfigStore::DriftObject& object, JsonMaker& make);
 
 /// True when whoever reads standard output sees colours, and has not asked for none (NO_COLOR).
 bool ShowsColours();

@@ -1,4 +1,3 @@
-#include "tarnconfigstore/apply_next_boot.h"
 #include "tarnconfigstore/boot_state.h"
 #include "tarnconfigstore/key_values.h"
 #include "tarnconfigstore/listing.h"
@@ -10,26 +9,20 @@
 #include "verbs/option_names.h"
 #include "verbs/verbs.h"
 
-#include <algorithm>
-#include <cstddef>
 #include <utility>
 #include <vector>
 
 namespace tarnctl {
 namespace {
 
-using TarnConfigStore::ApplyResult;
 using TarnConfigStore::ConfigStoreException;
 using TarnConfigStore::ConfigStoreObjectId;
 using TarnConfigStore::StoredObject;
-using TarnConfigStore::UnappliedChange;
 
 // The entry that tells the host what its next boot is about.
 constexpr const char* kBootMode = "BOOT_MODE";
-constexpr const char* kNothingStaged = "0";
 constexpr const char* kRemediation = "1";
 
-constexpr const char* kRest = "--rest";
 constexpr const char* kAll = "--all";
 constexpr const char* kShared = "--shared";
 constexpr const char* kPart = "--part";
@@ -107,44 +100,6 @@ void ShowStatus(const Given& /*given*/, const Output& output) {
 
 void ShowInfo(const Given& /*given*/, const Output& output) {
   output.PrintMember(JsonMaker::Of(TarnConfigStore::GetBootInfo()));
-}
-
-Json::Value Describe(const ApplyResult& result, JsonMaker& make) {
-  Json::Value applied = make.List(result.applied, [&](const auto& change) {
-    return make.Object("object", FormatObject(change.id), "action", NameAction(change.action));
-  });
-  Json::Value staged = make.List(result.staged, [&](const UnappliedChange& change) {
-    return make.Object("object", FormatObject(change.id), "action", NameAction(change.action),
-                       "findings", ListFindings(change.findings, make));
-  });
-  return make.Object("applied", std::move(applied), "staged", std::move(staged));
-}
-
-std::string DescribeRefusal(const ApplyResult& result, bool applyRest) {
-  const auto unfit =
-      std::count_if(result.staged.begin(), result.staged.end(),
-                    [](const UnappliedChange& change) { return !change.findings.empty(); });
-  std::string text = std::to_string(unfit) + " of " +
-                     std::to_string(result.applied.size() + result.staged.size()) +
-                     " staged changes cannot be applied";
-  return text + (applyRest ? "" : "; nothing was applied: --rest applies the others");
-}
-
-// Makes the staged changes current, and ends the boot mode that staging began when nothing stays
-// staged.
-void Apply(const Given& given, const Output& output) {
-  const bool applyRest = given.Has(kRest);
-  const ApplyResult result = TarnConfigStore::ApplyNextBootConfig(
-      {.applyRest = applyRest, .bootModeWhenDone = kNothingStaged});
-  JsonMaker make;
-  output.PrintLenient(Describe(result, make));
-  if (!result.staged.empty()) {
-    throw ToolError({ExitCode::INVALID,
-                     TarnConfigStore::CS_GENERIC,
-                     DescribeRefusal(result, applyRest),
-                     {},
-                     output.AsJson()});
-  }
 }
 
 void JudgeObject(const ConfigStoreObjectId& id, bool isAccepted) {
@@ -260,10 +215,7 @@ Verb BootVerbs() {
                      .help = "Print what boots, what is staged, and what waits to be accepted",
                      .run = ShowStatus},
                     {.name = "info", .help = "Print the kind of the boot", .run = ShowInfo},
-                    {.name = "apply",
-                     .help = "Make the staged changes current: all of them, or none",
-                     .arguments = {Flag(kRest, "Apply those that fit even when others do not")},
-                     .run = Apply},
+                    BootApplyVerb(),
                     DesiredVerb(),
                     AcceptVerb(),
                     VerdictVerb("reject", "Drop the values that waited for this boot", false)}};

@@ -116,14 +116,8 @@ void Print(const Differences& differences, const Output& output) {
     return;
   }
   JsonMaker make;
-  output.PrintLenient(make.List(differences, [&](const DriftObject& object) {
-    Json::Value described = make.Object("object", FormatObject(object.GetConfigStoreObjectId()));
-    Json::Value content = make.Parse(object.ToJson());
-    for (auto& [name, value] : content.GetObject()) {
-      described.AddMember(name, value, make.GetAllocator());
-    }
-    return described;
-  }));
+  output.PrintLenient(make.List(
+      differences, [&make](const DriftObject& object) { return Describe(object, make); }));
 }
 
 void Diff(const Given& given, const Output& output) {

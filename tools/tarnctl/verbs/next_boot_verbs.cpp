@@ -1,5 +1,6 @@
 #include "tarnconfigstore/kernel_options.h"
 #include "tarnconfigstore/listing.h"
+#include "tarnconfigstore/next_boot_update.h"
 
 #include "failure.h"
 #include "given/given_object.h"
@@ -51,6 +52,37 @@ std::vector<Argument> StageArguments() {
   std::vector<Argument> arguments = DataOrSecretArguments();
   arguments.insert(arguments.begin(), ObjectArgument());
   return arguments;
+}
+
+// Answers whether anything was staged.
+bool ChangeStaged(const ConfigStoreObjectId& id, const ObjectData& data) {
+  bool isStaged = false;
+  UpdateObject(id, data, [&isStaged](auto&, const auto& object) {
+    isStaged = TarnConfigStore::UpdateNextBoot(object);
+  });
+  return isStaged;
+}
+
+void UpdateStaged(const Given& given, const Output& /*output*/) {
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
+  if (!ChangeStaged(id, DataOf(given))) {
+    Say("nothing was staged: " + FormatObject(id) + " is to be so already");
+  }
+}
+
+void UnsetStaged(const Given& given, const Output& /*output*/) {
+  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
+  ObjectData removals;
+  for (const std::string& member : given.Texts(kMember)) {
+    if (member.find('=') != std::string::npos) {
+      throw ToolError(ExitCode::USAGE, "\"" + member + "\" is no MEMBER");
+    }
+    removals.data.push_back(member + "=null");
+  }
+  if (!ChangeStaged(id, removals)) {
+    throw ToolError(ExitCode::NOT_FOUND,
+                    "nothing was staged: " + FormatObject(id) + " is to have no such member");
+  }
 }
 
 void StageDelete(const Given& given) {
@@ -130,6 +162,19 @@ Verb NextBootVerbs() {
            .help = "Stage the whole new content of an object",
            .arguments = StageArguments(),
            .run = Stage},
+          {.name = "update",
+           .help = "Stage a change of what is given, and keep the rest of what is staged or, where "
+                   "nothing is, current; MEMBER=null removes a member",
+           .arguments = StageArguments(),
+           .run = UpdateStaged},
+          {.name = "unset",
+           .help = "Stage the removal of members, and keep the rest as update does",
+           .arguments = {ObjectArgument(),
+                         {.name = kMember,
+                          .help = "A dotted path to what is to be removed",
+                          .takes = Takes::TEXTS,
+                          .isRequired = true}},
+           .run = UnsetStaged},
           {.name = "delete",
            .help = "Stage the deletion of an object, or of instances",
            .arguments = ObjectOrInstancesArguments(),

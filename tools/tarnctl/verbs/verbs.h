@@ -43,10 +43,14 @@ Verb DiffVerb();
 
 /// What is staged for the next boot.
 Verb NextBootVerbs();
+/// All that waits for it, and what was changed meanwhile.
+Verb PendingVerb();
 /// The options that the kernel gets at the next boot.
 Verb KernelOptionVerbs();
 /// What the store knows of the host's boot, and the part that the host plays in it.
 Verb BootVerbs();
+/// One of them: making what is staged current.
+Verb BootApplyVerb();
 
 /// Notifications, as they arrive.
 Verb WatchVerb();
