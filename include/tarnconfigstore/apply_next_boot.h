@@ -50,7 +50,7 @@ struct ChangeConflict {
   std::optional<std::string> current;  ///< now
 };
 
-/// A change that was applied. It is no longer staged.
+/// A change that was applied, or taken back. It is no longer staged.
 struct AppliedChange {
   ConfigStoreObjectId id;
   NextBootAction action;
@@ -58,6 +58,8 @@ struct AppliedChange {
   /// and where nobody knows what there was when the change was staged: it was applied as it stood.
   bool merged = false;
   std::vector<ChangeConflict> decided = {};  ///< conflicts that ApplyOptions::conflicts decided
+  /// CURRENT decided for the whole object: the change was taken back, and nothing was written.
+  bool takenBack = false;
 };
 
 /// A change that stays staged.

@@ -1,10 +1,11 @@
 #include "objects/three_way_merge.h"
 
+#include "json/equality.h"
 #include "json/instance_ids.h"
 #include "json/pointer.h"
-#include "objects/generated_ids.h"
 #include "objects/instance_order.h"
 
+#include <algorithm>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -16,11 +17,29 @@ bool IsThere(const Json::Value* value) {
   return value != nullptr && !value->IsNull();
 }
 
+bool IsSame(const Json::Value* a, const Json::Value* b);
+
+bool HoldsAllOf(const Json::Value& object, const Json::Value& other) {
+  return std::all_of(other.MemberBegin(), other.MemberEnd(), [&object](const auto& member) {
+    const std::string_view name = Json::Text(member.name);
+    return name == Json::kGeneratedInstanceId ||
+           IsSame(&member.value, Json::FindMember(object, name));
+  });
+}
+
+// Whatever ids the store gave to elements. In a list, null is a value.
 bool IsSame(const Json::Value* a, const Json::Value* b) {
   if (!IsThere(a) || !IsThere(b)) {
     return IsThere(a) == IsThere(b);
   }
-  return a == b || EqualButForGeneratedIds(*a, *b);
+  if (a->IsObject() && b->IsObject()) {
+    return a == b || (HoldsAllOf(*a, *b) && HoldsAllOf(*b, *a));
+  }
+  if (a->IsArray() && b->IsArray()) {
+    return std::equal(a->Begin(), a->End(), b->Begin(), b->End(),
+                      [](const auto& one, const auto& other) { return IsSame(&one, &other); });
+  }
+  return Json::Equal(*a, *b);
 }
 
 // The members of one side, found by their names. A stored text may name one twice: the first counts.

@@ -70,8 +70,8 @@ ApplyResult ApplyNextBootConfig(const ApplyOptions& options) {
     for (JudgedChange& change : changes) {
       if (applies && fits(change)) {
         Apply(change, connection);
-        result.applied.push_back(
-            {std::move(change.id), change.action, change.merged, std::move(change.conflicts)});
+        result.applied.push_back({std::move(change.id), change.action, change.merged,
+                                  std::move(change.conflicts), change.drops});
       } else {
         result.staged.push_back({std::move(change.id), change.action, std::move(change.findings),
                                  std::move(change.conflicts)});

@@ -51,6 +51,7 @@ Json::Value DescribeResult(const ApplyResult& result, bool merges, JsonMaker& ma
     if (merges) {
       make.Add(described, "merged", change.merged);
       make.Add(described, "decided", DescribeConflicts(change.decided, make));
+      make.Add(described, "takenBack", change.takenBack);
     }
     return described;
   });
