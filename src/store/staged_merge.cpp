@@ -5,7 +5,6 @@
 #include "json/secrets.h"
 #include "objects/access.h"
 #include "objects/generated_ids.h"
-#include "objects/merge.h"
 #include "persistence/staged_base_row.h"
 #include "persistence/statements.h"
 #include "store/staged_content.h"
@@ -37,14 +36,6 @@ const Json::Value* RootOrNull(const ObjectHandle& object) {
   return object ? &Internal::Access::Of(*object).GetRoot() : nullptr;
 }
 
-// Automatic configuration goes with the row, too.
-ObjectHandle ContentToDelete(const RowMap& row, const ConfigStoreObjectId& id,
-                             const SchemaHandle& type) {
-  return UpdateConfigInternal(NewestContent(row, id, type),
-                              MakeObjectFromRow(row, "AutoConfValue", id, type),
-                              type->GetSchemaPlace());
-}
-
 // A deletion, held against the row that it is about and, where it is about all of a type, the others.
 class Deletion {
  public:
@@ -74,16 +65,23 @@ class Deletion {
       return;
     }
     if (type_) {
-      const ObjectHandle before = ContentToDelete(base, id, type_);
-      const ObjectHandle now = ContentToDelete(current, id, type_);
-      if (!before || !EqualButForGeneratedIds(*RootOrNull(before), *RootOrNull(now))) {
-        Tell(pointer, RootOrNull(before), RootOrNull(now), type_->GetSchemaPlace());
-      }
+      // Automatic configuration goes with the row, be it read or hidden.
+      CheckValues(NewestContent(base, id, type_), NewestContent(current, id, type_), pointer);
+      CheckValues(MakeObjectFromRow(base, "AutoConfValue", id, type_),
+                  MakeObjectFromRow(current, "AutoConfValue", id, type_), pointer);
       return;
     }
     // Nobody knows what of it is secret.
     const Json::Value mask = Json::Reference(Json::kMask);
     Tell(pointer, HoldsValues(base) ? &mask : nullptr, &mask, {});
+  }
+
+  // What somebody took away meanwhile is gone either way.
+  void CheckValues(const ObjectHandle& before, const ObjectHandle& now,
+                   const std::string& pointer) {
+    if (now && (!before || !EqualButForGeneratedIds(*RootOrNull(before), *RootOrNull(now)))) {
+      Tell(pointer, RootOrNull(before), RootOrNull(now), type_->GetSchemaPlace());
+    }
   }
 
   void Tell(const std::string& pointer, const Json::Value* before, const Json::Value* now,
