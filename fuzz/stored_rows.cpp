@@ -6,6 +6,7 @@
 #include "tarnconfigstore/config_store.h"
 #include "tarnconfigstore/documents.h"
 #include "tarnconfigstore/listing.h"
+#include "tarnconfigstore/pending.h"
 #include "tarnconfigstore/stored_views.h"
 
 #include "fuzz_target.h"
@@ -121,6 +122,28 @@ void Read(const ConfigStoreObjectId& id) {
   Answer([&] { return ExportConfigText(everything, {.allParts = true, .skipUnknown = true}); });
 }
 
+// What is foretold of a merge is what comes of it.
+void ApplyMerged() {
+  std::size_t foretold = 0;
+  const std::string listed = Answer([&foretold] {
+    for (const PendingChange& change : ListPendingChanges({})) {
+      for (const MemberChange& member : change.meanwhile) {
+        foretold += member.conflicts ? 1 : 0;
+      }
+    }
+    return "done";
+  });
+  Answer([&] {
+    std::size_t found = 0;
+    for (const UnappliedChange& change :
+         ApplyNextBootConfig({.applyRest = true, .merge = ApplyMerge::MERGE}).staged) {
+      found += change.conflicts.size();
+    }
+    Require(listed != "done" || found == foretold, "conflicts are foretold");
+    return "done";
+  });
+}
+
 // Writes over the row do or do not take place, and then it can be deleted.
 void Write(const ConfigStoreObjectId& id) {
   const auto store = ConfigStore::GetStore("");
@@ -133,6 +156,7 @@ void Write(const ConfigStoreObjectId& id) {
     return "done";
   });
   Require(update != "refused" || rows.Rows() == before, "a refused write leaves the row as it was");
+  ApplyMerged();
   Answer([&] { return std::to_string(ApplyNextBootConfig({}).applied.size()); });
   if (Answer([&] { return store->Delete(id), "done"; }) == "done") {
     Require(rows.Rows().find("/" + id.key + "/" + id.instanceId + " ") == std::string::npos,

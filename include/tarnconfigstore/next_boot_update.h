@@ -31,6 +31,6 @@ namespace TarnConfigStore {
 ///         configuration."
 /// \throws ConfigStoreException 2000 "Begin Transaction failed for: UpdateNextBoot", also when the
 ///         calling thread holds a transaction on a store, and for any other failure of the database
-TARN_CONFIG_STORE_EXPORT bool UpdateNextBoot(std::shared_ptr<ConfigStoreObject> object);
+TARN_CONFIG_STORE_EXPORT bool UpdateNextBoot(const std::shared_ptr<ConfigStoreObject>& object);
 
 }  // namespace TarnConfigStore

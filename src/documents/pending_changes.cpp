@@ -46,6 +46,16 @@ MemberChange MemberChangeOf(const ChangedMeanwhile& changed, const char* part, b
           changed.conflicts};
 }
 
+// One that cannot be read hides nothing: it keeps everybody from reading the object.
+ObjectHandle AutomaticOf(const RowMap& row, const ConfigStoreObjectId& id,
+                         const SchemaHandle& type) {
+  try {
+    return MakeObjectFromRow(row, "AutoConfValue", id, type);
+  } catch (const InvalidArgumentException&) {
+    return nullptr;
+  }
+}
+
 // What waits under a prefix.
 class PendingList {
  public:
@@ -98,36 +108,33 @@ class PendingList {
       change.hasBase = ReadStagedBaseRow(change.id, connection_).has_value();
       return;
     }
-    try {
-      bool conflicts = false;
-      const MergedChange merged =
-          MergeStagedChange(change.id, change.action, type, content, false, connection_,
-                            [&](const ChangedMeanwhile& changed) {
-                              conflicts = conflicts || changed.conflicts;
-                              change.meanwhile.push_back(MemberChangeOf(
-                                  changed, PartName(changed.place), options_.reveal));
-                            });
-      change.hasBase = merged.hasBase;
-      if (!merged.content) {
-        change.mergedFindings = change.findings;
-      } else if (!conflicts) {
-        JudgeContent(merged.content, type, change.mergedFindings);
-      }
-      if (content && merged.hasBase) {
-        FindHiddenChanges(*content, type, change);
-      }
-    } catch (const InvalidArgumentException& notJson) {
-      change.mergedFindings.push_back({"/", notJson.what()});
+    bool conflicts = false;
+    const MergedChange merged =
+        MergeStagedChange(change.id, change.action, type, content, false, connection_,
+                          [&](const ChangedMeanwhile& changed) {
+                            conflicts = conflicts || changed.conflicts;
+                            change.meanwhile.push_back(
+                                MemberChangeOf(changed, PartName(changed.place), options_.reveal));
+                          });
+    change.hasBase = merged.hasBase;
+    change.mergedFindings = merged.content ? merged.findings : change.findings;
+    if (merged.content && !conflicts) {
+      JudgeContent(merged.content, type, change.mergedFindings);
+    }
+    if (!merged.findings.empty()) {
+      change.mergedFindings = merged.findings;
+    } else if (content && merged.hasBase) {
+      FindHiddenChanges(*content, type, change);
     }
   }
 
   // What automatic configuration changed of members that what is staged gives, and hides thereby.
   void FindHiddenChanges(const ConfigStoreObject& content, const SchemaHandle& type,
                          PendingChange& change) const {
-    const std::optional<RowMap> baseRow = ReadStagedBaseRow(change.id, connection_);
-    const ObjectHandle base = MakeObjectFromRow(*baseRow, "AutoConfValue", change.id, type);
-    const ObjectHandle current = MakeObjectFromRow(
-        ReadRowMap(connection_, READ_TABLE_CONFIG, change.id), "AutoConfValue", change.id, type);
+    const ObjectHandle base =
+        AutomaticOf(*ReadStagedBaseRow(change.id, connection_), change.id, type);
+    const ObjectHandle current =
+        AutomaticOf(ReadRowMap(connection_, READ_TABLE_CONFIG, change.id), change.id, type);
     if (!current) {
       return;
     }

@@ -83,27 +83,23 @@ class Judge {
   }
 
   void Merge(JudgedChange& change) {
-    try {
-      const MergedChange merged =
-          MergeStagedChange(change.id, change.action, change.schema, change.content,
-                            options_.conflicts == ConflictDecision::CURRENT, connection_,
-                            [&change](const ChangedMeanwhile& changed) {
-                              if (changed.conflicts) {
-                                change.conflicts.push_back(DescribeMeanwhile(changed, false));
-                              }
-                            });
-      change.merged = merged.hasBase;
-      change.drops = merged.drops;
-      if (change.drops) {
-        change.findings.clear();  // of what nobody will apply
-      }
-      // What is merged is of no use while nobody decides.
-      if (merged.content && IsDecided(change)) {
-        RecordAnew(change, merged.content);
-      }
-    } catch (const InvalidArgumentException& notJson) {
-      change.findings.push_back(
-          {"/", std::string("What it is to be merged with cannot be read: ") + notJson.what()});
+    const MergedChange merged =
+        MergeStagedChange(change.id, change.action, change.schema, change.content,
+                          options_.conflicts == ConflictDecision::CURRENT, connection_,
+                          [&change](const ChangedMeanwhile& changed) {
+                            if (changed.conflicts) {
+                              change.conflicts.push_back(DescribeMeanwhile(changed, false));
+                            }
+                          });
+    change.merged = merged.hasBase;
+    change.drops = merged.drops;
+    if (change.drops) {
+      change.findings.clear();  // of what nobody will apply
+    }
+    change.findings.insert(change.findings.end(), merged.findings.begin(), merged.findings.end());
+    // What is merged is of no use while nobody decides.
+    if (merged.content && IsDecided(change)) {
+      RecordAnew(change, merged.content);
     }
   }
 

@@ -13,6 +13,7 @@
 #include <array>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -158,13 +159,18 @@ MergedChange MergeStagedChange(const ConfigStoreObjectId& id, NextBootAction act
     return merged;
   }
   merged.hasBase = true;
-  if (action != NextBootAction::SET) {
-    merged.drops = Deletion(id, type, connection, visit).Check(action, *base) && currentWins;
-    return merged;
-  }
-  const RowMap current = ReadRowMap(connection, READ_TABLE_CONFIG, id);
-  if (!HoldsSameTexts(*base, current)) {
-    MergeContent(id, type, content, *base, current, currentWins, visit, merged);
+  try {
+    if (action == NextBootAction::SET) {
+      const RowMap current = ReadRowMap(connection, READ_TABLE_CONFIG, id);
+      if (!HoldsSameTexts(*base, current)) {
+        MergeContent(id, type, content, *base, current, currentWins, visit, merged);
+      }
+    } else {
+      merged.drops = Deletion(id, type, connection, visit).Check(action, *base) && currentWins;
+    }
+  } catch (const InvalidArgumentException& notJson) {
+    merged.findings.push_back(
+        {"/", std::string("What it is to be merged with cannot be read: ") + notJson.what()});
   }
   return merged;
 }

@@ -8,6 +8,8 @@
 #include "objects/handles.h"
 #include "objects/three_way_merge.h"
 
+#include <vector>
+
 namespace TarnConfigStore {
 
 struct MergedChange {
@@ -17,6 +19,8 @@ struct MergedChange {
   /// Of a change that gives content: what is to be recorded in its place. Empty where that is what is
   /// staged.
   ObjectHandle content = {};
+  /// What was or is stored cannot be read, so that there is no merging with it.
+  std::vector<ErrorInfo> findings = {};
 };
 
 /// Merges a staged change with what was written meanwhile. Reads; writes nothing.
@@ -25,8 +29,7 @@ struct MergedChange {
 /// \param content      what is staged; empty for a deletion
 /// \param currentWins  what is current counts where there is a conflict
 /// \param visit        gets each place that changed meanwhile, while the values live; may be empty
-/// Raises InvalidArgumentException 1080 where a value that was or is stored is not JSON, and as the
-/// readers of rows do.
+/// Raises as the readers of rows do.
 MergedChange MergeStagedChange(const ConfigStoreObjectId& id, NextBootAction action,
                                const SchemaHandle& type, const ObjectHandle& content,
                                bool currentWins, const DBStore::ConnectionHandle& connection,

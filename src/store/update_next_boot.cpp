@@ -109,7 +109,7 @@ class StagedUpdate {
 
 }  // namespace
 
-bool UpdateNextBoot(std::shared_ptr<ConfigStoreObject> object) {
+bool UpdateNextBoot(const std::shared_ptr<ConfigStoreObject>& object) {
   if (IsNull(object, "UpdateNextBoot")) {
     return false;
   }

@@ -156,6 +156,13 @@ std::string ApplyNextBoot(Caller& /*caller*/) {
   return Told(result.applied) + Told(result.staged);
 }
 
+std::string ApplyMerged(Caller& /*caller*/) {
+  const ApplyResult result = ApplyNextBootConfig({.bootModeWhenDone = "0",
+                                                  .merge = ApplyMerge::MERGE,
+                                                  .conflicts = ConflictDecision::CURRENT});
+  return Told(result.applied) + Told(result.staged);
+}
+
 std::string MakeHost(Caller& /*caller*/) {
   SetHostRoot(GetHostRoot() + "/made");
   return Told(InitializeHost().storePath);
@@ -229,6 +236,8 @@ void PrepareHost(const std::string& root) {
     SetKeyValue(key, value);
   }
   Run("UPDATE Config SET DesiredValue='{\"name\":\"m2\",\"mtu\":8}' WHERE Identifier='m2';"
+      "UPDATE Config SET UserValue='{\"name\":\"m1\",\"mtu\":3}', "
+      "VitalValue='{\"name\":\"m1\",\"serial\":\"w\"}' WHERE Identifier='m1';"
       "UPDATE Config SET Success=0 WHERE Identifier='s3';"
       "UPDATE Config SET Version='1.9' WHERE Identifier='s2'");
   // Changes are announced, to a daemon that is not there.
@@ -305,7 +314,11 @@ const std::vector<OperationGroup>& Groups() {
                                      {Make(StagedSwitch("m4"), R"({"name":"m4","mtu":4})")}))},
         {"NextBootDeleteInstances",
          RUNS(caller.NextBoot().DeleteInstances(Filter(kStagedSwitches, R"({"mtu":1})")))},
-        {"ApplyNextBootConfig", ApplyNextBoot}}},
+        {"UpdateNextBoot", TELLS(UpdateNextBoot(Make(StagedSwitch("m1"),
+                                                     R"({"name":"m1","serial":"u","mtu":null})")))},
+        {"ListPendingChanges", TELLS(ListPendingChanges({}))},
+        {"ApplyNextBootConfig", ApplyNextBoot},
+        {"ApplyMerged", ApplyMerged}}},
       {"Boot",
        {{"SetKeyValue", RUNS(SetKeyValue("some", "entry"))},
         {"GetKeyValue", TELLS(GetKeyValue("BOOT_INFO"))},

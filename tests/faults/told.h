@@ -44,10 +44,20 @@ inline std::string Told(const StagedChange& change) {
   return change.id.toString() + std::to_string(static_cast<int>(change.action));
 }
 inline std::string Told(const AppliedChange& change) {
-  return change.id.toString();
+  return change.id.toString() + std::to_string(change.decided.size());
 }
 inline std::string Told(const UnappliedChange& change) {
   return "not " + change.id.toString();
+}
+inline std::string Told(const PendingChange& change) {
+  std::string text = change.id.toString();
+  for (const DriftObject& object : change.difference) {
+    text += object.ToJson();
+  }
+  for (const MemberChange& member : change.meanwhile) {
+    text += member.pointer + member.current.value_or("-");
+  }
+  return text + std::to_string(change.findings.size() + change.mergedFindings.size());
 }
 inline std::string Told(const InstalledType& type) {
   return type.key + type.version + type.flags;
