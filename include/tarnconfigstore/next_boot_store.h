@@ -51,7 +51,8 @@ class TARN_CONFIG_STORE_EXPORT NextBootStore {
   virtual std::shared_ptr<ConfigStoreObject> Get(const ConfigStoreObjectId& csoId) = 0;
 
   /// Stages the content of an object. At the next boot it replaces the user, the vital and the
-  /// cached value. The data is cleaned and checked as ConfigStore::Set does.
+  /// cached value. The data is cleaned and checked as ConfigStore::Set does. UpdateNextBoot
+  /// (next_boot_update.h) stages a change of some members instead.
   /// \throws ValidationException 1089 with every finding, when the data does not fit the type
   /// \throws ValidationException 2000 "Empty object cannot be set for configurations tagged
   ///         @rebootRequiredConfigStore."

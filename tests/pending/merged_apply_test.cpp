@@ -177,6 +177,10 @@ TEST_F(MergedApply, WhatComesOutIsCheckedLikeWhatIsStaged) {
   nextBoot_->Set(Object(apart, R"({"y":1})"));
   database_.Run("UPDATE Config SET UserValue='{'");
   EXPECT_EQ(Apply(), "staged  | /; ") << "nobody knows what would be lost";
+  database_.Run("DELETE FROM Config; UPDATE DesiredUserConfig SET Value='{\"y\":\"text\"}'");
+  EXPECT_EQ(Apply(ConflictDecision::STAGED), R"(staged   {"x":1} {"y":"text"} - | /y; )");
+  EXPECT_EQ(Apply(ConflictDecision::CURRENT), R"( merged  {"x":1} {"y":"text"} - taken back; )")
+      << "what nobody applies need not fit";
 }
 
 TEST_F(MergedApply, NothingIsMergedWhereNobodyKnowsWhatThereWas) {
