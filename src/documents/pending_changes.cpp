@@ -6,6 +6,7 @@
 #include "documents/reference_drift.h"
 #include "documents/sections.h"
 #include "objects/access.h"
+#include "objects/named_places.h"
 #include "objects/schema_lookup.h"
 #include "persistence/connection.h"
 #include "persistence/next_boot_records.h"

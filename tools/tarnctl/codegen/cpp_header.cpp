@@ -7,7 +7,6 @@
 #include "failure.h"
 #include "json/schema_parts.h"
 #include "json/type_schema_view.h"
-#include "yaml/schema_kinds.h"
 
 #include <algorithm>
 #include <array>
@@ -289,7 +288,8 @@ std::string MakeCppHeader(const Json::Value& typeFile, const std::string& namesp
   const TypeName type{TextOf(typeFile, "component"), TextOf(typeFile, "group"),
                       TextOf(typeFile, "key"), TextOf(typeFile, "version")};
   const Json::Value* schema = Json::FindObject(typeFile, "schema");
-  const Json::TypeSchemaView view(schema != nullptr ? *schema : AnySchema());
+  const Json::Value any(rapidjson::kObjectType);
+  const Json::TypeSchemaView view(schema != nullptr ? *schema : any);
   std::string name = AloneName(type.key);
   name += IsTaken(name) ? "Config" : "";
   const CppTypes types = ReadCppTypes(view, name);

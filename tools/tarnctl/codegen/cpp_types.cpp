@@ -4,8 +4,8 @@
 #include "codegen/cpp_values.h"
 #include "json/print.h"
 #include "json/schema_keywords.h"
+#include "json/schema_kinds.h"
 #include "json/schema_parts.h"
-#include "yaml/schema_kinds.h"
 
 #include <algorithm>
 #include <map>
@@ -93,7 +93,7 @@ class Reader {
         !ReadList(member, value, typeName)) {
       made.without.push_back(
           Quoted(key) + ": " + value.kinds.Describe() +
-          (value.Is(ValueKinds::kArray) ? ", of elements without one C++ type" : ""));
+          (value.Is(Json::ValueKinds::kArray) ? ", of elements without one C++ type" : ""));
       return;
     }
     if (place.IsInstanceId()) {
@@ -124,7 +124,7 @@ class Reader {
     } else {
       bool hasMembers = false;
       place.ForEachProperty([&](std::string_view, Json::SchemaPlace) { hasMembers = true; });
-      if (!value.Is(ValueKinds::kObject) && !hasMembers) {
+      if (!value.Is(Json::ValueKinds::kObject) && !hasMembers) {
         return false;
       }
       member.access = Access::PART;
@@ -135,14 +135,14 @@ class Reader {
 
   bool ReadValue(CppMember& member, const ValueSchema& value, const std::string& typeName) {
     member.access = Access::PLAIN;
-    if (value.Is(ValueKinds::kBoolean)) {
+    if (value.Is(Json::ValueKinds::kBoolean)) {
       member.type = "bool";
-    } else if (value.Is(ValueKinds::kInteger)) {
+    } else if (value.Is(Json::ValueKinds::kInteger)) {
       member.access = Access::INTEGER;
       member.type = IntegerTypeOf(value.schema);
-    } else if (value.Is(ValueKinds::kNumber) || value.Is(ValueKinds::kFraction)) {
+    } else if (value.Is(Json::ValueKinds::kNumber) || value.Is(Json::ValueKinds::kFraction)) {
       member.type = "double";
-    } else if (value.Is(ValueKinds::kString)) {
+    } else if (value.Is(Json::ValueKinds::kString)) {
       const std::vector<std::string> texts = EnumTextsOf(value.schema);
       member.access = texts.empty() ? Access::PLAIN : Access::ENUMERATION;
       member.type = texts.empty() ? "::std::string" : EnumOf(value.schema, texts, typeName);
@@ -154,7 +154,7 @@ class Reader {
 
   bool ReadList(CppMember& member, const ValueSchema& value, const std::string& typeName) {
     const Json::Value* items = Json::FindObject(value.schema, Keyword::kItems);
-    if (!value.Is(ValueKinds::kArray) || items == nullptr) {
+    if (!value.Is(Json::ValueKinds::kArray) || items == nullptr) {
       return false;
     }
     const ValueSchema element(*items, view_.References());

@@ -1,6 +1,6 @@
 #include "codegen/cpp_values.h"
 
-#include "yaml/schema_kinds.h"
+#include "json/schema_kinds.h"
 
 #include <algorithm>
 #include <cmath>
@@ -80,9 +80,9 @@ bool Holds(const Range& range) {
 
 ValueSchema::ValueSchema(const Json::Value& place, const Json::SchemaReferences& references)
     : schema(*references.Chain(place).back()),
-      kinds(KindsOf(place, references)),
-      isNullable(kinds.Meets(ValueKinds::kNull)) {
-  kinds = kinds & ValueKinds(ValueKinds::kAll & ~ValueKinds::kNull);
+      kinds(Json::KindsOf(place, references)),
+      isNullable(kinds.Meets(Json::ValueKinds::kNull)) {
+  kinds = kinds & Json::ValueKinds(Json::ValueKinds::kAll & ~Json::ValueKinds::kNull);
 }
 
 std::string IntegerTypeOf(const Json::Value& schema) {

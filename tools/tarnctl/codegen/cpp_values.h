@@ -2,7 +2,7 @@
 #pragma once
 
 #include "json/schema_references.h"
-#include "yaml/value_kinds.h"
+#include "json/value_kinds.h"
 
 #include <string>
 #include <vector>
@@ -14,10 +14,10 @@ struct ValueSchema {
   ValueSchema(const Json::Value& schema, const Json::SchemaReferences& references);
 
   const Json::Value& schema;
-  ValueKinds kinds;  ///< without null
+  Json::ValueKinds kinds;  ///< without null
   bool isNullable;
 
-  bool Is(std::uint8_t kind) const { return kinds == ValueKinds(kind); }
+  bool Is(std::uint8_t kind) const { return kinds == Json::ValueKinds(kind); }
 };
 
 /// The smallest integer type that holds all integers that a schema allows, from its limits, "enum" or
