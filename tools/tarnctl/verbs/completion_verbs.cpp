@@ -1,7 +1,7 @@
 #include "tarnconfigstore/host.h"
 
 #include "completion/candidates.h"
-#include "completion/shell_functions.h"
+#include <completion/shell_functions.h>
 #include "completion/shell_line.h"
 #include "failure.h"
 #include "program.h"
