@@ -252,7 +252,7 @@ expect 5 '/parts/2/n: "\xc2\x9b2J" (user)' "" diff --with "$yaml"
 expect 5 '~ /tuple: [{"t":2}] -> [{"t":[1e+300]},2] (user)' "" diff --with "$yaml"
 expect 5 "- object: \"$shape\" kind: changed" "" --yaml diff --with "$yaml"
 
-# --- README's own example, whose remarks say what is printed
+# --- the example of docs/tool.md, whose remarks say what is printed
 export R=$work/readme HOME=$work PATH=${tarnctl%/*}:$PATH
 export GIT_AUTHOR_NAME=a GIT_AUTHOR_EMAIL=a@example GIT_COMMITTER_NAME=a GIT_COMMITTER_EMAIL=a@example
 TARN_HOST_ROOT=$R new_host
@@ -266,11 +266,11 @@ while IFS='#' read -r line remark; do
   case $line in
     tarnctl*apply* | tarnctl*diff*)
       remarks=$((remarks + 1))
-      matches "$work/out" "${remark:?}" || fail "README: $line does not print$remark"
+      matches "$work/out" "${remark:?}" || fail "docs/tool.md: $line does not print$remark"
       ;;
   esac
-done < <(sed -n '/^## Keep a host/,/^## Changes/{/^```sh/,/^```$/{/^```/!p}}' "$here/../../README.md")
-[ "$remarks" -ge 6 ] || fail "README's example was not found"
+done < <(sed -n '/^## Keep a host/,/^## Changes/{/^```sh/,/^```$/{/^```/!p}}' "$here/../../docs/tool.md")
+[ "$remarks" -ge 6 ] || fail "the page's example was not found"
 cd "$here" || exit 1
 
 # --- on a terminal

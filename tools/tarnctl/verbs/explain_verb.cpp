@@ -17,8 +17,6 @@ using TarnConfigStore::ConfigStoreObjectId;
 using TarnConfigStore::ObjectExplanation;
 using TarnConfigStore::TypeDescription;
 
-constexpr const char* kFrom = "--from";
-
 [[noreturn]] void RaiseNoMember(const std::string& of, const std::string& place,
                                 const std::string& suggestion) {
   throw ToolError(ExitCode::NOT_FOUND,

@@ -5,13 +5,13 @@
 #include "given/input_file.h"
 #include "given/object_name.h"
 #include "store/stored_objects.h"
+#include "verbs/option_names.h"
 #include "verbs/verbs.h"
 #include "whole_file.h"
 
 namespace tarnctl {
 namespace {
 
-constexpr const char* kFrom = "--from";
 constexpr const char* kHeader = "--output";
 constexpr const char* kNamespace = "--namespace";
 

@@ -8,6 +8,7 @@ inline constexpr const char* kKey = "KEY";
 inline constexpr const char* kAllParts = "--all-parts";
 inline constexpr const char* kAutomatic = "--auto";
 inline constexpr const char* kForce = "--force";
+inline constexpr const char* kFrom = "--from";
 inline constexpr const char* kReplace = "--replace";
 
 /// The key/value entries that mean something to the library and to the process that boots the host.
