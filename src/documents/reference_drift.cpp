@@ -41,8 +41,7 @@ class Reference {
               id, States{std::make_shared<const StoredRow>(stored), ReferenceOf(stored, type)});
         });
       } else {
-        CSLogger::Log(CSLogger::kProblem, "Not compared, its type is not installed: %s",
-                      id.toString().c_str());
+        LogNotCompared(id);
       }
     });
     if (state_ == ReferenceState::SHIPPED) {
@@ -73,6 +72,12 @@ class Reference {
   }
 
  private:
+  // Nobody knows its parts, nor what of it is secret.
+  static void LogNotCompared(const ConfigStoreObjectId& id) {
+    CSLogger::Log(CSLogger::kProblem, "Not compared, its type is not installed: %s",
+                  id.toString().c_str());
+  }
+
   SchemaHandle TypeOf(const ConfigStoreObjectId& id) { return FindSchema(schemas_, id); }
 
   std::optional<StoredRow> ReferenceOf(const StoredRow& stored, const SchemaHandle& type) const {
@@ -140,7 +145,11 @@ class Reference {
           }
           break;
         case NextBootAction::SET:
-          ApplyStaged(row, objects_[id].reference);
+          if (TypeOf(id)) {
+            ApplyStaged(row, objects_[id].reference);
+          } else {
+            LogNotCompared(id);
+          }
           break;
       }
     });

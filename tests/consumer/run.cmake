@@ -30,7 +30,7 @@ run("${WORK_DIR}/examples/switches" "${types}" OUTPUT_FILE "${WORK_DIR}/switches
 run(diff -u "${SOURCE_DIR}/examples/switches.expected" "${WORK_DIR}/switches.printed")
 
 # What these pages show is run, in the order in which they show it.
-foreach(page README docs/getting-started docs/types docs/parts docs/boots docs/documents docs/errors)
+foreach(page README docs/getting-started docs/types docs/parts docs/boots docs/documents docs/errors docs/operators-day)
   run(bash "${SOURCE_DIR}/tests/consumer/run_page.sh" "${SOURCE_DIR}/${page}.md" "${prefix}" "${COMPILER}"
     "${WORK_DIR}/pages/${page}")
 endforeach()

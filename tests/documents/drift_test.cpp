@@ -110,6 +110,10 @@ TEST_F(Documents, TheStoreIsComparedWithWhatItCouldBe) {
   PutRow("r", R"("mtu":1)", "", "", R"("serial":"s")", 1);
   nextBoot_->Delete(Many("q"));
   nextBoot_->Set(Mtu("r", 1));
+  // Of a type that is not there nobody knows what is secret.
+  database_.Run(
+      "INSERT INTO DesiredUserConfig(Component, ConfigGroup, Name, Identifier, Version, Value, "
+      "BootAction) VALUES('tarn', 'test', 'gone', '', '1', '{\"password\":\"top\"}', 'SET')");
   EXPECT_EQ(
       told(ReferenceState::NEXT_BOOT, {"", "", "tarn"}),
       R"(p{"kind":"changed","members":[{"pointer":"/mtu","expected":2,"found":1,"part":"user"},)"

@@ -294,7 +294,8 @@ std::vector<bool> Sweep::Alike(const Reference& reference, const Sort& sort, boo
   const Places& places = isFresh ? reference.fresh : reference.warm;
   std::vector<bool> alike(places.Count(sort.kind) + 1);
   for (unsigned point = 1; point < alike.size(); ++point) {
-    alike[point] = !known.insert(places.Of(sort.kind, point)).second && point > kClosely;
+    const bool isNew = known.insert(places.Of(sort.kind, point)).second;
+    alike[point] = !isNew && (isFresh || point > kClosely);
   }
   return alike;
 }
@@ -322,6 +323,7 @@ Tally Sweep::Run(const Operation& operation, const Reference& reference, const S
   }
   const SharedTally shared;
   const std::vector<bool> alike = Alike(reference, sort, stays, start);
+  shared->point = Next(0, false, alike);
   // A child does as many points as it can: in a fresh process one, else until the end, unless it dies
   // of one.
   constexpr int kMostDeaths = 5;
@@ -340,7 +342,7 @@ Tally Sweep::Run(const Operation& operation, const Reference& reference, const S
       for (;;) {
         const std::string problem =
             trial.Try(caller, sort, stays, shared->point, *shared, reference,
-                      extent_ != Extent::QUICK || shared->point % kOthersAsk == 0);
+                      extent_ > Extent::PLACES || shared->point % kOthersAsk == 0);
         if (!problem.empty()) {
           shared->Add(Words(operation.name, sort, stays, start, shared->point, problem));
         }

@@ -17,9 +17,10 @@
 
 namespace Faults {
 
-/// Which points are tried: a part that leaves a sanitizer time for the other tests; every one up to 60
-/// and then each that is called from another place than those before, in a fresh process than those of
-/// other operations, too; every one up to 60 and then each third; all.
+/// Which points are tried, from least to most: a part that leaves a sanitizer time for the other tests;
+/// every one up to 60 and then each that is called from another place than those before, in a fresh
+/// process each that is called from another place than those of the operations before, too; every one
+/// up to 60 and then each third; all.
 enum class Extent { QUICK, PLACES, BOUNDED, WHOLE };
 
 /// What an operation's sweep by one sort of faults came to.

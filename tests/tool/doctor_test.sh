@@ -11,7 +11,7 @@ kept() { find "$stores" -maxdepth 1 -name 'doctor-*' | sort | tail -n 1; }
 
 expect 0 "Usage: tarnctl doctor" "" doctor --help
 expect 2 "" "--repair" doctor --types "$types"
-expect 8 "damage directory-missing: /etc/kestrel/configstore" "see above" doctor
+expect 8 "damage directory-missing: $TARN_HOST_ROOT/etc/kestrel/configstore" "see above" doctor
 expect 1 "" "cannot be read" doctor --repair --types "$work/none"
 "$tarnctl" init >/dev/null
 "$tarnctl" schema install "$types" >/dev/null
@@ -26,7 +26,7 @@ expect 0 "note allowlist-missing" "" doctor --repair
 
 # --- a row that nobody can read keeps its type from being listed
 sqlite3 "$store" "UPDATE Config SET UserValue = '{\"name\":\"edge\",' WHERE Identifier = 'edge'"
-expect 4 "fault row-not-json: /etc/kestrel/configstore/current-store-1 Config tarn/network/switches/edge UserValue" "?" doctor
+expect 4 "fault row-not-json: $TARN_HOST_ROOT/etc/kestrel/configstore/current-store-1 Config tarn/network/switches/edge UserValue" "?" doctor
 expect 4 '"kind":"row-not-json"' "" --json doctor
 expect 0 "done row-not-json" "" doctor --repair
 grep -qF '{\"name\":\"edge\",' "$(kept)/put-aside.json" || fail "the text was not put aside"

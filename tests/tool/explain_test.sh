@@ -60,7 +60,7 @@ expect 0 "" "" update $resolver timeout=9
 refused 4 'member "servers" is required' unset $resolver servers
 refused 4 "/name: an instance id names its object" unset $edge name
 refused 4 "/uplinks/0: elements of this list have no ids" unset $edge uplinks/0
-refused 4 "tarnctl next-boot set tarn/tkernel/options DATA" unset tarn/tkernel/options secureBoot
+refused 4 "tarnctl next-boot unset tarn/tkernel/options MEMBER" unset tarn/tkernel/options secureBoot
 refused 4 "next-boot" reset tarn/tkernel/options --to default
 refused 2 "is no part" unset $edge mtu --part desired
 refused 2 "is no JSON Pointer" unset $edge /a~b

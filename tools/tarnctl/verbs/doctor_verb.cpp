@@ -1,5 +1,7 @@
 #include "tarnconfigstore/doctor.h"
+#include "tarnconfigstore/host.h"
 
+#include "advice/advice.h"
 #include "failure.h"
 #include "json/utf8.h"
 #include "verbs/verbs.h"
@@ -81,7 +83,7 @@ void Examine(const Given& given, const Output& output) {
     JsonMaker make;
     output.PrintLenient(make.Parse(report.ToJson()));
   } else {
-    output.PrintText(TextOf(report));
+    output.PrintText(UnderRoot(TextOf(report), TarnConfigStore::GetHostRoot()));
   }
   if (!report.IsHealthy()) {
     throw ToolError({report.IsDamaged() ? ExitCode::CORRUPT : ExitCode::INVALID,

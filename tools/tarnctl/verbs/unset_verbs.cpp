@@ -29,11 +29,10 @@ void RefuseStagedType(const ConfigStoreObjectId& id) {
     return;
   }
   throw ToolError(ExitCode::INVALID,
-                  FormatObject(id) +
-                      " changes at the next boot only: stage it as it is to be, with \"tarnctl "
-                      "next-boot set " +
+                  FormatObject(id) + " changes at the next boot only: \"tarnctl next-boot unset " +
                       FormatObject(id) +
-                      " DATA\", or its deletion, with \"tarnctl next-boot delete\"");
+                      " MEMBER\" stages it without a member, \"next-boot set\" as it "
+                      "is to be, \"next-boot delete\" its deletion");
 }
 
 std::string NamesOf(const std::vector<ConfigPart>& parts) {
