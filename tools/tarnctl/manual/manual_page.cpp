@@ -87,13 +87,14 @@ std::string Describe(const Argument& argument) {
 
 std::string Synopsis(const Argument& argument) {
   const bool isOption = IsOption(argument);
-  std::string text = (isOption ? "\\fB" : "\\fI") + Escape(argument.name) + "\\fR";
+  std::string text = argument.isRequired ? "" : "[";
+  text.append(isOption ? "\\fB" : "\\fI").append(Escape(argument.name)).append("\\fR");
   if (isOption && argument.takes != Takes::NOTHING) {
     text.append(" \\fI").append(Escape(argument.valueName.empty() ? "TEXT" : argument.valueName));
     text.append("\\fR");
   }
-  text += TakesMany(argument) && !isOption ? "..." : "";
-  return argument.isRequired ? text : "[" + text + "]";
+  text.append(TakesMany(argument) && !isOption ? "..." : "");
+  return text.append(argument.isRequired ? "" : "]");
 }
 
 void AddVerb(const Verb& verb, const std::string& before, std::string& page) {
