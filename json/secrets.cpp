@@ -71,8 +71,7 @@ class Elements {
       : list_(list),
         stored_(stored != nullptr && stored->IsArray() ? stored : nullptr),
         items_(items),
-        idMember_(items.InstanceIdMember() == kGeneratedInstanceId ? std::string_view()
-                                                                   : items.InstanceIdMember()) {}
+        idMember_(items.ShownIdMember()) {}
 
   const Value* StoredOf(SizeType index) const {
     if (stored_ == nullptr) {

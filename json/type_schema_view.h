@@ -65,6 +65,8 @@ class SchemaPlace {
   /// The member that holds the instance id of an object at this place, its own or a generated one;
   /// empty where it has none.
   std::string_view InstanceIdMember() const;
+  /// The same for people, who never see a generated one: empty where there is nothing else.
+  std::string_view ShownIdMember() const;
   /// A member of an object at this place is the one that holds its instance id. Ask here: where
   /// objects have no ids, a member named "" is one like any other.
   bool IsIdMember(std::string_view member) const;
