@@ -64,7 +64,7 @@ class Comparison {
 
   bool CompareInstances(const Json::Value& expected, const Json::Value& found,
                         Json::SchemaPlace place, const std::string& pointer) {
-    const std::string_view idMember = ShownIdMember(place);
+    const std::string_view idMember = place.Items().ShownIdMember();
     if (idMember.empty()) {
       return false;
     }

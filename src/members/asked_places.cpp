@@ -27,10 +27,10 @@ const char* FaultOf(const PlaceNames& names, Json::SchemaPlace place, const Json
     const bool isLast = i + 1 == names.size();
     const bool isElement = at != nullptr ? at->IsArray() : place.Items() && !place.Property(name);
     if (isElement) {
-      if (ShownIdMember(place).empty()) {
+      if (place.Items().ShownIdMember().empty()) {
         return kNoIds;
       }
-      at = at == nullptr ? nullptr : FindInstance(*at, ShownIdMember(place), name);
+      at = at == nullptr ? nullptr : FindInstance(*at, place.Items().ShownIdMember(), name);
       place = place.Items();
     } else {
       if (isLast && place.IsIdMember(name)) {

@@ -127,7 +127,7 @@ ExplainedValue ExplainedValue::Member(std::string_view name) const {
 }
 
 bool ExplainedValue::AreNamed(const MemberPlace& list) const {
-  const std::string_view idMember = ShownIdMember(list.owner);
+  const std::string_view idMember = list.owner.Items().ShownIdMember();
   if (idMember.empty()) {
     return false;
   }
@@ -153,7 +153,7 @@ std::vector<std::pair<std::string, ExplainedValue>> ExplainedValue::Elements(
     const MemberPlace& list) const {
   std::vector<std::pair<std::string, ExplainedValue>> elements;
   std::unordered_map<std::string_view, std::size_t> places;
-  const std::string_view idMember = ShownIdMember(list.owner);
+  const std::string_view idMember = list.owner.Items().ShownIdMember();
   const auto add = [&](const Json::Value* value, const auto& put) {
     if (value == nullptr || !value->IsArray()) {
       return;
@@ -180,7 +180,7 @@ std::vector<std::pair<std::string, ExplainedValue>> ExplainedValue::Elements(
 }
 
 ExplainedValue ExplainedValue::Element(const MemberPlace& list, std::string_view id) const {
-  const std::string_view idMember = ShownIdMember(list.owner);
+  const std::string_view idMember = list.owner.Items().ShownIdMember();
   return Below([&](const Json::Value& value) { return FindInstance(value, idMember, id); });
 }
 

@@ -13,7 +13,7 @@ namespace {
 const Json::Value* Step(const Json::Value& value, Json::SchemaPlace& place,
                         const std::string& name) {
   if (value.IsArray()) {
-    const Json::Value* element = FindInstance(value, ShownIdMember(place), name);
+    const Json::Value* element = FindInstance(value, place.Items().ShownIdMember(), name);
     place = place.Items();
     return element;
   }
@@ -21,8 +21,10 @@ const Json::Value* Step(const Json::Value& value, Json::SchemaPlace& place,
   return Json::FindMember(value, name);
 }
 
+// All of this name: one that a null hid would be read from then on.
 void EraseMember(Json::Value& object, const std::string& name) {
-  object.EraseMember(object.FindMember(Json::Reference(name)));
+  while (object.EraseMember(Json::Reference(name))) {
+  }
 }
 
 bool Erase(Json::Value& value, Json::SchemaPlace place, const PlaceNames& names, std::size_t at) {
@@ -49,7 +51,7 @@ Json::Value CopyFrom(const Json::Value& value, Json::SchemaPlace place, const Pl
     return Json::Value(value, allocator);
   }
   const bool isElement = value.IsArray();
-  const std::string_view idMember = isElement ? ShownIdMember(place) : std::string_view();
+  const std::string_view idMember = isElement ? place.Items().ShownIdMember() : std::string_view();
   const Json::Value* found = Step(value, place, names[at]);
   Json::Value below =
       found == nullptr ? Json::Value() : CopyFrom(*found, place, names, at + 1, allocator);
@@ -75,11 +77,6 @@ Json::Value CopyFrom(const Json::Value& value, Json::SchemaPlace place, const Pl
 }
 
 }  // namespace
-
-std::string_view ShownIdMember(Json::SchemaPlace list) {
-  const std::string_view member = list.Items().InstanceIdMember();
-  return member == Json::kGeneratedInstanceId ? std::string_view() : member;
-}
 
 const Json::Value* FindInstance(const Json::Value& list, std::string_view idMember,
                                 std::string_view id) {

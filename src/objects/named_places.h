@@ -14,10 +14,6 @@ namespace TarnConfigStore {
 /// The names on the way to a place, the tokens of its JSON Pointer.
 using PlaceNames = std::vector<std::string>;
 
-/// The member that tells the elements of a list apart for people; empty where they have none. What the
-/// store generates is none.
-std::string_view ShownIdMember(Json::SchemaPlace list);
-
 /// An element of a list by its instance id, or null; null, too, where elements have no ids.
 const Json::Value* FindInstance(const Json::Value& list, std::string_view idMember,
                                 std::string_view id);

@@ -76,6 +76,10 @@ TEST_F(TakingBack, TakesFromThePartsAskedForAndKeepsTheOthers) {
                                                  R"(v={"name":"s1","serial":"v"} c=- ok=1 rev=11)");
   EXPECT_EQ(Unset({"/mtu"}, ConfigPart::AUTOMATIC),
             R"(/mtu:a switch/s1 u=- d=- a=- v={"name":"s1","serial":"v"} c=- ok=1 rev=12)");
+  // A value that is written over a null stands behind it, and would come to light.
+  database_.Run(R"(UPDATE Config SET UserValue = '{"name":"s1","mtu":null,"mtu":9,"mtu":8}')");
+  EXPECT_EQ(Unset({"/mtu"}),
+            R"(/mtu:u switch/s1 u=- d=- a=- v={"name":"s1","serial":"v"} c=- ok=1 rev=13)");
 }
 
 TEST_F(TakingBack, WritesNothingUnlessAllIsSetAndFits) {
