@@ -209,12 +209,7 @@ std::string ShownText(const Json::Value& value, const MemberPlace& place, bool r
   if (place.isInSecret) {
     return value.IsNull() ? "null" : Json::Quoted(Json::kMask);
   }
-  JsonDoc copy;
-  Json::Value& shown = *copy.GetJsonValuePtr();
-  shown.CopyFrom(value, copy.GetAllocator());
-  std::string pointer;
-  Json::MaskSecrets(shown, place.owner, copy.GetAllocator(), pointer, {});
-  return Compact(shown);
+  return Json::TextWithMasks(value, place.owner);
 }
 
 std::vector<std::string> RequirePlace(const std::string& pointer) {
