@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <utility>
 
 namespace TarnConfigStore {
@@ -105,7 +106,8 @@ class PendingList {
     const bool setsContent = change.action == NextBootAction::SET;
     const ObjectHandle content =
         setsContent ? JudgeStagedContent(row, change.id, type, change.findings) : nullptr;
-    if (setsContent && !content) {
+    // What applies after the deletion of all has nothing left to be merged with.
+    if ((setsContent && !content) || (deleted_ && IsSameType(*deleted_, change.id))) {
       change.hasBase = ReadStagedBaseRow(change.id, connection_).has_value();
       return;
     }
@@ -118,6 +120,9 @@ class PendingList {
                                 MemberChangeOf(changed, PartName(changed.place), options_.reveal));
                           });
     change.hasBase = merged.hasBase;
+    if (change.action == NextBootAction::DELETE && !conflicts) {
+      deleted_ = change.id;
+    }
     change.mergedFindings = merged.content ? merged.findings : change.findings;
     if (merged.content && !conflicts) {
       JudgeContent(merged.content, type, change.mergedFindings);
@@ -160,15 +165,18 @@ class PendingList {
     return !pointer.empty() && root.IsIdMember(std::string_view(pointer).substr(1));
   }
 
-  void FindDifference(PendingChange& change) const {
+  void FindDifference(PendingChange& change) {
     if (!FindSchema(types_, change.id)) {
       return;  // nobody knows what of it is secret
     }
     const bool deletesAll = change.staged && change.action == NextBootAction::DELETE;
-    std::vector<DriftObject> found =
-        FindDriftFrom(ReferenceState::NEXT_BOOT, change.id, options_.reveal, connection_);
-    std::copy_if(std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()),
-                 std::back_inserter(change.difference), [&](const DriftObject& object) {
+    // What is staged besides the deletion of a type is applied after it, and comes after it here.
+    if (!drifted_ || !drifted_->instanceId.empty() || !IsSameType(*drifted_, change.id)) {
+      drift_ = FindDriftFrom(ReferenceState::NEXT_BOOT, change.id, options_.reveal, connection_);
+      drifted_ = change.id;
+    }
+    std::copy_if(drift_.begin(), drift_.end(), std::back_inserter(change.difference),
+                 [&](const DriftObject& object) {
                    return object.GetConfigStoreObjectId() == change.id ||
                           (deletesAll && object.GetKind() == DriftKind::EXTRA &&
                            changes_.count(object.GetConfigStoreObjectId()) == 0);
@@ -179,6 +187,9 @@ class PendingList {
   const DBStore::ConnectionHandle& connection_;
   SchemaCacheHandle types_ = TarnSchemaStore::SchemaStore::GetCache();
   std::map<ConfigStoreObjectId, PendingChange, InOrderOfIds> changes_;
+  std::optional<ConfigStoreObjectId> deleted_;  // the type of which all goes
+  std::vector<DriftObject> drift_;              // under drifted_
+  std::optional<ConfigStoreObjectId> drifted_;
 };
 
 }  // namespace
