@@ -54,7 +54,7 @@ class TARN_CONFIG_STORE_EXPORT StoreObject {
   bool CheckKey(const char* key) const;
 
   /// Reads one value.
-  /// \param out  int, long and long long take integers that fit them; a number that was written
+  /// \param out  int, long, long long and unsigned long long take integers that fit them; a number that was written
   ///             with a fraction or an exponent is no integer. unsigned int takes integers that fit
   ///             it; unsigned short and unsigned char take the same ones and keep the low bits.
   ///             double takes numbers that were written with a fraction or an exponent: 5.0, not 5
@@ -67,6 +67,7 @@ class TARN_CONFIG_STORE_EXPORT StoreObject {
   int GetValue(const char* key, unsigned int* out) const;
   int GetValue(const char* key, unsigned short* out) const;
   int GetValue(const char* key, unsigned char* out) const;
+  int GetValue(const char* key, unsigned long long* out) const;
   int GetValue(const char* key, bool* out) const;
 
   /// Writes one value.
@@ -83,6 +84,7 @@ class TARN_CONFIG_STORE_EXPORT StoreObject {
   void SetValue(const char* key, unsigned int value);
   void SetValue(const char* key, unsigned short value);
   void SetValue(const char* key, unsigned char value);
+  void SetValue(const char* key, unsigned long long value);
   void SetValue(const char* key, bool value);
 
   /// Reads one value or a list as a type that typed_values.h knows: include that header, or typed.h.

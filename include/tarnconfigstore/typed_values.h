@@ -17,7 +17,6 @@
 
 #include "tarnconfigstore/config_store_object.h"
 #include "tarnconfigstore/exceptions.h"
-#include "tarnconfigstore/filter_spec_object.h"
 
 #include <charconv>
 #include <cmath>
@@ -141,25 +140,6 @@ void Put(StoreObject& object, const char* key, const Stored& value) {
   }
 }
 
-/// A number that no SetValue takes goes in by way of the whole text, which changes all or nothing.
-inline void PutLarge(StoreObject& object, const char* key, unsigned long long value) {
-  const ConfigStoreObjectId nobody("", "", "");
-  FilterSpecObject name(nobody);
-  name.SetValue(key, 0);
-  std::string member = name.GetData();  // {"KEY":0}, escaped as JSON wants it
-  member.replace(member.size() - 2, 1, std::to_string(value));
-  FilterSpecObject whole(nobody);
-  whole.SetData(object.GetData().c_str());
-  while (whole.CheckKey(key)) {
-    whole.Remove(key);
-  }
-  std::string text = whole.GetData();
-  text.pop_back();
-  text += whole.IsEmpty() ? "" : ",";
-  text.append(member, 1);
-  object.SetData(text.c_str());
-}
-
 }  // namespace Internal
 
 template <>
@@ -233,7 +213,7 @@ struct TypedValue<T, std::enable_if_t<Internal::kIsInteger<T>>> {
     if (const auto stored = ToStored(value)) {
       Internal::Put<long long>(object, key, *stored);
     } else {
-      Internal::PutLarge(object, key, static_cast<unsigned long long>(value));
+      Internal::Put<unsigned long long>(object, key, static_cast<unsigned long long>(value));
     }
   }
   static std::optional<T> FromStored(long long value) {

@@ -69,6 +69,15 @@ struct JsonKind<unsigned char> : JsonKind<unsigned int> {
 };
 
 template <>
+struct JsonKind<unsigned long long> {
+  static bool Accepts(const Json::Value& value) { return value.IsUint64(); }
+  static unsigned long long Get(const Json::Value& value) { return value.GetUint64(); }
+  static Json::Value Make(unsigned long long value, Json::Allocator&) {
+    return Json::Value(static_cast<std::uint64_t>(value));
+  }
+};
+
+template <>
 struct JsonKind<bool> {
   static bool Accepts(const Json::Value& value) { return value.IsBool(); }
   static bool Get(const Json::Value& value) { return value.GetBool(); }

@@ -1,5 +1,6 @@
 #include "tarnconfigstore/typed.h"
 
+#include "objects/access.h"
 #include "support/store_fixture.h"
 
 #include <array>
@@ -136,6 +137,14 @@ TEST_F(TypedObjects, WritesTakeThePlaceOfANull) {
   EXPECT_EQ(object.GetData(), R"({"a":"in its place, whatever it was","b":2})");
   object.Set("q\"~/", ~0ULL);
   EXPECT_EQ(object.Get<std::uint64_t>("q\"~/"), ~0ULL);
+  // What the store gave to elements stays theirs.
+  ConfigStoreObject stored = Any("{}");
+  stored.SetData(R"({"l":[{"x":1}]})");
+  Json::Value& element = (*Internal::Access::Of(stored).FindMember("l"))[0];
+  element.AddMember("cs_generated_id", "id", Internal::Access::Of(stored).GetAllocator());
+  stored.Set("n", ~0ULL);
+  EXPECT_EQ(Internal::Access::Of(stored).GetSerializedData(),
+            R"({"l":[{"x":1,"cs_generated_id":"id"}],"n":18446744073709551615})");
   for (const char* key : {"", static_cast<const char*>(nullptr)}) {
     const std::string empty = "IAE 2000 key cannot be empty";
     EXPECT_EQ(Raised([&] { object.Set(key, 1); }), empty);
