@@ -82,19 +82,20 @@ int Examiner::Serve(const std::string& root) const {
   }
 }
 
-// Who asked before may have died before it had its answer.
+// Who asked before may have died before it had its answer: that one is waited for, and not taken for ours.
 const Examiner::Desk& Examiner::Ask(Task task, unsigned before, unsigned now) const {
-  if (desk_->answer != desk_->question) {
-    AwaitOrRaise(desk_->answered);
-  }
-  while (sem_trywait(&desk_->answered) == 0) {
-  }
+  const auto await = [this] {
+    while (desk_->answer != desk_->question) {
+      AwaitOrRaise(desk_->answered);
+    }
+  };
+  await();
   desk_->task = task;
   desk_->states[0] = before;
   desk_->states[1] = now;
   ++desk_->question;
   sem_post(&desk_->asked);
-  AwaitOrRaise(desk_->answered);
+  await();
   if (desk_->failed) {
     throw std::runtime_error(desk_->text);
   }

@@ -4,6 +4,7 @@
 #include "support/child_process.h"
 #include "support/shared_memory.h"
 
+#include <atomic>
 #include <optional>
 #include <semaphore.h>
 #include <string>
@@ -35,7 +36,7 @@ class Examiner {
     sem_t answered;
     Task task = Task::END;
     unsigned question = 0;
-    unsigned answer = 0;  // the number of the last question that has one
+    std::atomic<unsigned> answer = 0;  // the number of the last question that has one
     unsigned states[2] = {};
     bool failed = false;
     char text[std::size_t{1} << 14] = {};
