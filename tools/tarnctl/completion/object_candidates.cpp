@@ -1,9 +1,10 @@
 #include "completion/object_candidates.h"
 
+#include "tarnconfigstore/explain.h"
 #include "tarnconfigstore/listing.h"
 #include "tarnconfigstore/type_administration.h"
 
-#include "store/type_schema.h"
+#include "json/json.h"
 
 #include <set>
 
@@ -12,69 +13,61 @@ namespace {
 
 using TarnConfigStore::ConfigStoreObjectId;
 using TarnConfigStore::InstalledType;
+using TarnConfigStore::MemberDescription;
+using TarnConfigStore::MemberLimit;
+using TarnConfigStore::MemberToken;
 
-// The member that a dotted path leads to, and what of the word comes after the last dot.
-Json::SchemaPlace Follow(Json::SchemaPlace place, std::string_view path) {
-  for (const std::string& name : ParseMemberIfGiven(path)) {
-    place = place ? place.Property(name) : place;
+// What the library says of the type's members at and below a place.
+std::vector<MemberDescription> MembersBelow(const std::string& object, const MemberPath& place) {
+  ConfigStoreObjectId type = ParseObject(object);
+  type.instanceId.clear();
+  return TarnConfigStore::DescribeType(type, PointerTo(place)).members;
+}
+
+// Names that "." or `end` can follow.
+std::vector<std::string> MembersAt(const std::string& object, std::string_view word,
+                                   const char* end) {
+  const std::size_t dot = word.rfind('.');
+  const MemberPath place =
+      ParseMemberIfGiven(dot == std::string_view::npos ? "" : word.substr(0, dot));
+  std::set<std::string> members;
+  for (const MemberDescription& member : MembersBelow(object, place)) {
+    MemberPath names = ParsePlace(member.pointer);
+    if (member.token != MemberToken::NAME || names.size() <= place.size() ||
+        names.size() > place.size() + 2) {
+      continue;
+    }
+    const bool hasBelow = names.size() == place.size() + 2;
+    names.resize(place.size() + 1);
+    members.insert(FormatMember(names) + (hasBelow ? "." : end));
   }
-  return place;
+  return {members.begin(), members.end()};
 }
 
-bool HasMembers(const Json::SchemaPlace& place) {
-  bool has = false;
-  place.ForEachProperty([&has](std::string_view, const Json::SchemaPlace&) { has = true; });
-  return has;
-}
-
-// Scalars as MEMBER=VALUE takes them.
-std::vector<std::string> ValuesOf(const Json::SchemaPlace& place) {
+// Values that the type names, as MEMBER=VALUE takes them; none of a secret, which are masked.
+std::vector<std::string> ValuesOf(const std::string& object, std::string_view member) {
+  const std::vector<MemberDescription> described = MembersBelow(object, ParseMember(member));
   std::vector<std::string> values;
-  const Json::Value* const schema = place ? place.Schema() : nullptr;
-  if (schema == nullptr || !schema->IsObject()) {
+  if (described.empty()) {
     return values;
   }
-  if (const auto listed = schema->FindMember("enum");
-      listed != schema->MemberEnd() && listed->value.IsArray()) {
-    for (const Json::Value& value : listed->value.GetArray()) {
+  if (described.front().type.find("boolean") != std::string::npos) {
+    values = {"true", "false"};
+  }
+  for (const MemberLimit& limit : described.front().limits) {
+    Json::Document listed;
+    if (limit.keyword != "enum" || !Json::Parse(limit.value, listed) || !listed.IsArray()) {
+      continue;
+    }
+    for (const Json::Value& value : listed.GetArray()) {
       if (value.IsString()) {
-        values.emplace_back(value.GetString(), value.GetStringLength());
+        values.emplace_back(Json::Text(value));
       } else if (value.IsInt64()) {
         values.push_back(std::to_string(value.GetInt64()));
       }
     }
-  } else if (const auto type = schema->FindMember("type");
-             type != schema->MemberEnd() && type->value == "boolean") {
-    values = {"true", "false"};
   }
   return values;
-}
-
-std::vector<std::string> MembersAt(const Json::SchemaPlace& root, std::string_view word,
-                                   const char* end) {
-  const std::size_t dot = word.rfind('.');
-  const std::string_view path = dot == std::string_view::npos ? "" : word.substr(0, dot);
-  const Json::SchemaPlace place = Follow(root, path);
-  std::vector<std::string> members;
-  if (!place) {
-    return members;
-  }
-  place.ForEachProperty([&](std::string_view name, const Json::SchemaPlace& member) {
-    MemberPath names = ParseMemberIfGiven(path);
-    names.emplace_back(name);
-    const std::string text = FormatMember(names);
-    members.push_back(text + end);
-    if (HasMembers(member)) {
-      members.push_back(text + ".");
-    }
-  });
-  return members;
-}
-
-ConfigStoreObjectId TypeOf(const std::string& object) {
-  ConfigStoreObjectId id = ParseObject(object);
-  id.instanceId.clear();
-  return id;
 }
 
 }  // namespace
@@ -105,17 +98,15 @@ std::vector<std::string> FindNames(Named named, std::string_view word) {
 }
 
 std::vector<std::string> FindMembers(const std::string& object, std::string_view word) {
-  const TypeSchema type(TypeOf(object));
-  return MembersAt(type.Place(), word, "");
+  return MembersAt(object, word, "");
 }
 
 std::vector<std::string> FindAssignments(const std::string& object, std::string_view word) {
-  const TypeSchema type(TypeOf(object));
   const std::size_t equals = word.find('=');
   if (equals == std::string_view::npos) {
-    return MembersAt(type.Place(), word, "=");
+    return MembersAt(object, word, "=");
   }
-  std::vector<std::string> assignments = ValuesOf(Follow(type.Place(), word.substr(0, equals)));
+  std::vector<std::string> assignments = ValuesOf(object, word.substr(0, equals));
   for (std::string& value : assignments) {
     value.insert(0, word.substr(0, equals + 1));
   }

@@ -2,7 +2,6 @@
 
 #include "failure.h"
 #include "given/object_name.h"
-#include "json/pointer.h"
 #include "json/scan.h"
 #include "json/secrets.h"
 #include "json/utf8.h"
@@ -66,10 +65,7 @@ bool IsRefusedJson(const std::string& text, ValueKinds kinds) {
 
 [[noreturn]] void RaiseUnfit(const Assignment& given, ValueKinds kinds, bool isSecret,
                              const std::string& reason) {
-  std::string pointer;
-  for (const std::string& name : given.path) {
-    Json::AppendToken(pointer, name);
-  }
+  const std::string pointer = PointerTo(given.path);
   const std::string tail = reason.empty() ? "" : ": " + reason;
   throw ToolError(ExitCode::INVALID,
                   "the member \"" + given.member + "\" takes " + kinds.Describe() + ", not " +

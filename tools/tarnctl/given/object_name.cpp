@@ -86,6 +86,14 @@ std::string FormatMember(const MemberPath& path) {
   return text;
 }
 
+std::string PointerTo(const MemberPath& path) {
+  std::string pointer;
+  for (const std::string& name : path) {
+    Json::AppendToken(pointer, name);
+  }
+  return pointer;
+}
+
 Argument ObjectArgument() {
   return {.name = kObject, .isRequired = true};
 }

@@ -41,6 +41,9 @@ MemberPath ParsePlace(std::string_view pointer);
 /// The text that ParseMember takes.
 std::string FormatMember(const MemberPath& path);
 
+/// The JSON Pointer of a member.
+std::string PointerTo(const MemberPath& path);
+
 inline constexpr const char* kObject = "OBJECT";
 inline constexpr const char* kType = "TYPE";
 inline constexpr const char* kPrefix = "PREFIX";

@@ -2,7 +2,6 @@
 
 #include "failure.h"
 #include "given/object_name.h"
-#include "json/pointer.h"
 
 #include <utility>
 
@@ -34,11 +33,7 @@ std::string ParsePlaceName(const std::string& text) {
     ParsePlace(pointer);
     return pointer;
   }
-  std::string pointer;
-  for (const std::string& name : ParseMember(text)) {
-    Json::AppendToken(pointer, name);
-  }
-  return pointer;
+  return PointerTo(ParseMember(text));
 }
 
 std::string ParsePlaceNameIfGiven(const std::string& text) {

@@ -65,11 +65,7 @@ void PrintPlace(const ConfigStoreObject& object, const MemberPath& place, ShownD
     }
   }
   if (value == nullptr) {
-    std::string pointer;
-    for (const std::string& name : place) {
-      Json::AppendToken(pointer, name);
-    }
-    RaiseNoMember(object, "nothing at " + pointer);
+    RaiseNoMember(object, "nothing at " + PointerTo(place));
   }
   output.PrintMember(shown.At(way, *value, make));
 }
