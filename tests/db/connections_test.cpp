@@ -4,12 +4,7 @@
 #include "db/database.h"
 #include "support/database.h"
 
-#include <gmock/gmock.h>
-#include <sqlite3.h>
-
-#include <cerrno>
 #include <chrono>
-#include <fcntl.h>
 #include <functional>
 #include <sys/eventfd.h>
 #include <sys/stat.h>
@@ -22,14 +17,7 @@ using DBStore::BeginTransaction;
 using DBStore::CommitTransaction;
 using DBStore::ErrorKind;
 using DBStore::WriteKeyValue;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::StartsWith;
 namespace fs = std::filesystem;
-
-int WriteKey(const DBStore::ConnectionHandle& connection, const std::string& key) {
-  return WriteKeyValue(key, "", connection);
-}
 
 using Pool = DatabaseTest;
 

@@ -49,6 +49,10 @@ inline std::string Query(const DBStore::ConnectionHandle& connection, std::strin
   return Rows(connection, DBStore::internal::Prepare(connection, sql, DBStore::kWaitLimit));
 }
 
+inline int WriteKey(const DBStore::ConnectionHandle& connection, const std::string& key) {
+  return DBStore::WriteKeyValue(key, "", connection);
+}
+
 inline std::string ReadKey(const DBStore::ConnectionHandle& connection, const std::string& key) {
   std::string value;
   const int status = DBStore::ReadKeyValue(key, &value, connection);

@@ -1,6 +1,4 @@
 // What is told about a store that cannot be opened or written.
-#include "platform/type_files.h"
-
 #include "db/database.h"
 #include "support/database.h"
 
@@ -11,25 +9,18 @@
 #include <chrono>
 #include <fcntl.h>
 #include <functional>
-#include <sys/eventfd.h>
 #include <sys/stat.h>
-#include <thread>
 
 namespace {
 
 using namespace TestSupport;
 using DBStore::BeginTransaction;
-using DBStore::CommitTransaction;
 using DBStore::ErrorKind;
 using DBStore::WriteKeyValue;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 namespace fs = std::filesystem;
-
-int WriteKey(const DBStore::ConnectionHandle& connection, const std::string& key) {
-  return WriteKeyValue(key, "", connection);
-}
 
 class Opening : public testing::Test {
  protected:
