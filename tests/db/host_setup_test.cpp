@@ -21,15 +21,15 @@ using namespace TestSupport;
 using testing::ElementsAre;
 namespace fs = std::filesystem;
 
-class HostSetup : public testing::Test {
+class HostSetupRuns : public testing::Test {
  protected:
   TemporaryHost host_{TemporaryHost::Content::NOTHING};
   const std::string store_ = host_.Path(HostPaths::kStore);
 };
 
-TEST_F(HostSetup, MakesWhatIsMissingOnceAndWithTheRightModes) {
+TEST_F(HostSetupRuns, MakesWhatIsMissingOnceAndWithTheRightModes) {
   const mode_t mask = umask(077);
-  const auto first = ::HostSetup::Initialize();
+  const auto first = HostSetup::Initialize();
   umask(mask);
   EXPECT_TRUE(first.ok) << first.failure;
   EXPECT_THAT(first.created, ElementsAre(host_.Path("/etc"), host_.Path("/etc/kestrel"),
@@ -44,21 +44,21 @@ TEST_F(HostSetup, MakesWhatIsMissingOnceAndWithTheRightModes) {
   EXPECT_EQ(modes.str(), "755 755 755 640 640 640 640 ");
 
   ASSERT_EQ(DBStore::WriteKeyValue("key", "value", Connect()), 0);
-  const auto second = ::HostSetup::Initialize();
+  const auto second = HostSetup::Initialize();
   EXPECT_TRUE(second.ok);
   EXPECT_TRUE(second.created.empty());
   EXPECT_THAT(second.unchanged, ElementsAre(store_, host_.Path(HostPaths::kSchemaStore)));
   EXPECT_EQ(ReadKey(Connect(), "key"), "value");
 }
 
-TEST_F(HostSetup, NamesWhatIsInTheWayAndLeavesItAlone) {
+TEST_F(HostSetupRuns, NamesWhatIsInTheWayAndLeavesItAlone) {
   std::ofstream(host_.Path("/etc")).flush();
-  EXPECT_THAT(::HostSetup::Initialize().failure, testing::StartsWith("/etc: "));
+  EXPECT_THAT(HostSetup::Initialize().failure, testing::StartsWith("/etc: "));
   fs::remove(host_.Path("/etc"));
 
   fs::create_directories(fs::path(store_).parent_path());
   std::ofstream(store_).flush();
-  const auto result = ::HostSetup::Initialize();
+  const auto result = HostSetup::Initialize();
   EXPECT_FALSE(result.ok);
   EXPECT_THAT(result.failure, testing::StartsWith(std::string(HostPaths::kStore) + ": is empty"));
   EXPECT_EQ(fs::file_size(store_), 0U);
@@ -66,16 +66,16 @@ TEST_F(HostSetup, NamesWhatIsInTheWayAndLeavesItAlone) {
 
   ASSERT_EQ(chmod(host_.Root().c_str(), 0555), 0);
   EXPECT_EQ(AsPlainUser([] {
-              const bool ok = ::HostSetup::Initialize().ok;
+              const bool ok = HostSetup::Initialize().ok;
               return !ok && DBStore::GetLastError().kind == DBStore::ErrorKind::PERMISSION ? 0 : 1;
             }),
             0);
   ASSERT_EQ(chmod(host_.Root().c_str(), 0755), 0);
 }
 
-TEST_F(HostSetup, TwoProcessesAtOnceMakeOneStore) {
+TEST_F(HostSetupRuns, TwoProcessesAtOnceMakeOneStore) {
   const auto initialize = [] {
-    const auto result = ::HostSetup::Initialize();
+    const auto result = HostSetup::Initialize();
     return result.ok && result.created.size() + result.unchanged.size() >= 2 ? 0 : 1;
   };
   ChildProcess first(initialize);
@@ -87,16 +87,16 @@ TEST_F(HostSetup, TwoProcessesAtOnceMakeOneStore) {
 
 // Killed at many moments, an initialisation leaves a store that is whole or none, and the next one
 // succeeds.
-TEST_F(HostSetup, IsCompletedAfterItWasKilled) {
+TEST_F(HostSetupRuns, IsCompletedAfterItWasKilled) {
   for (int moment = 0; moment < 40; ++moment) {
-    ChildProcess child([] { return ::HostSetup::Initialize().ok ? 0 : 1; });
+    ChildProcess child([] { return HostSetup::Initialize().ok ? 0 : 1; });
     std::this_thread::sleep_for(std::chrono::microseconds(250 * moment));
     kill(child.Id(), SIGKILL);
     child.Wait();
     if (fs::exists(store_)) {
       EXPECT_EQ(Query(Connect(), "SELECT count(*) FROM Config, KeyValue"), "0");
     }
-    const auto result = ::HostSetup::Initialize();
+    const auto result = HostSetup::Initialize();
     EXPECT_TRUE(result.ok) << result.failure;
     EXPECT_FALSE(fs::exists(store_ + ".new"));
     fs::remove_all(host_.Path("/etc"));
@@ -104,8 +104,8 @@ TEST_F(HostSetup, IsCompletedAfterItWasKilled) {
 }
 
 // Whoever may open the directory may lock it.
-TEST_F(HostSetup, SaysWhoKeepsTheDirectoryLocked) {
-  ASSERT_TRUE(::HostSetup::Initialize().ok);
+TEST_F(HostSetupRuns, SaysWhoKeepsTheDirectoryLocked) {
+  ASSERT_TRUE(HostSetup::Initialize().ok);
   const std::string directory = fs::path(store_).parent_path();
   const std::string locked = host_.Root() + "/locked";
   ChildProcess other([&] {
@@ -117,7 +117,7 @@ TEST_F(HostSetup, SaysWhoKeepsTheDirectoryLocked) {
   while (!fs::exists(locked)) {
     std::this_thread::yield();
   }
-  const auto result = ::HostSetup::Initialize();
+  const auto result = HostSetup::Initialize();
   kill(other.Id(), SIGKILL);
   EXPECT_EQ(result.failure, "/etc/kestrel/configstore: process " + std::to_string(other.Id()) +
                                 " (some?[1m) has kept the directory locked for 3 s; try again, and "

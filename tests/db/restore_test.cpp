@@ -255,7 +255,7 @@ TEST_F(Restores, KilledWhereThereWasNoStoreLeaveNoneOrBoth) {
         // Making the stores does not take the place of what was begun.
         const bool begun = fs::exists(pending_) || fs::exists(store_);
         if (begun) {
-          EXPECT_TRUE(::HostSetup::Initialize().ok);
+          EXPECT_TRUE(HostSetup::Initialize().ok);
           EXPECT_EQ(Look(), kFirst);
         } else {
           EXPECT_THAT(Look(), HasSubstr("no such database"));

@@ -14,7 +14,7 @@ namespace {
 
 using TestSupport::Raised;
 
-class Writes : public TestSupport::StoreFixture {
+class ConfigWrites : public TestSupport::StoreFixture {
  protected:
   // Something in every value, unconfirmed.
   void PutFullRow(const char* instance = "s1") {
@@ -33,7 +33,7 @@ class Writes : public TestSupport::StoreFixture {
   const ObjectHandle serial_ = SwitchObject("s1", R"("serial":"new")");
 };
 
-TEST_F(Writes, EachKindChangesItsOwnValues) {
+TEST_F(ConfigWrites, EachKindChangesItsOwnValues) {
   const auto up = SwitchObject("s1", R"("state":{"up":true})");
   const auto all = SwitchObject("s1", R"("mtu":9,"serial":"new","state":{"up":true})");
   struct Case {
@@ -82,7 +82,7 @@ TEST_F(Writes, EachKindChangesItsOwnValues) {
   EXPECT_EQ(Row(), "u=9 d=- a=- v=- c=- ok=1 rev=1") << "the first write makes the row";
 }
 
-TEST_F(Writes, WhatAnUpdateMakesOfARowHasToFitItsType) {
+TEST_F(ConfigWrites, WhatAnUpdateMakesOfARowHasToFitItsType) {
   const auto update = [&](const char* json) {
     return Raised([&] { store_->Update(Object(plain_, json), EXTERNAL); });
   };
@@ -99,7 +99,7 @@ TEST_F(Writes, WhatAnUpdateMakesOfARowHasToFitItsType) {
   EXPECT_EQ(Data(store_->Get(plain_)), R"({"name":"a","tags":["z"],"nested":{}})");
 }
 
-TEST_F(Writes, AnUpdateTakesAwayWhatItGivesAsNullOrEmpty) {
+TEST_F(ConfigWrites, AnUpdateTakesAwayWhatItGivesAsNullOrEmpty) {
   const auto update = [&](const char* members, USERDATA_CONTEXT context = EXTERNAL) {
     const auto object = SwitchObject("s1", members);
     const std::string given = object->GetData();
@@ -136,7 +136,7 @@ TEST_F(Writes, AnUpdateTakesAwayWhatItGivesAsNullOrEmpty) {
   EXPECT_EQ(Data(store_->Get(plain_)), R"({"name":"a","tags":[]})") << "the user's list wins";
 }
 
-TEST_F(Writes, AMemberWithoutANameIsNoId) {
+TEST_F(ConfigWrites, AMemberWithoutANameIsNoId) {
   InstallType(host_,
               TestSupport::TypeFile("open", "1", R"({"type":"object","additionalProperties":{},
       "properties":{"u":{"type":"integer"},"v":{"type":"integer","vital":true}}})"));
@@ -152,7 +152,7 @@ TEST_F(Writes, AMemberWithoutANameIsNoId) {
   EXPECT_EQ(Data(store_->Get(open)), R"({"u":2})");
 }
 
-TEST_F(Writes, NothingIsWrittenOfAnIdAlone) {
+TEST_F(ConfigWrites, NothingIsWrittenOfAnIdAlone) {
   for (const char* data : {"{}", R"({"name":"s1"})", R"({"name":null})"}) {
     const auto object = Object(switch_, data);
     store_->Set(object, EXTERNAL);
@@ -163,7 +163,7 @@ TEST_F(Writes, NothingIsWrittenOfAnIdAlone) {
   }
 }
 
-TEST_F(Writes, WhatOnlyTakesAwayAddsNothing) {
+TEST_F(ConfigWrites, WhatOnlyTakesAwayAddsNothing) {
   InstallType(host_,
               TestSupport::TypeFile(
                   "spare", "1", R"({"type":"object","required":["name"],"additionalProperties":{},
@@ -195,7 +195,7 @@ TEST_F(Writes, WhatOnlyTakesAwayAddsNothing) {
 }
 
 // What other programs write between reading and writing is not undone.
-TEST_F(Writes, AnUpdateStartsAgainWhereTheRowChangedMeanwhile) {
+TEST_F(ConfigWrites, AnUpdateStartsAgainWhereTheRowChangedMeanwhile) {
   Set(switch_, R"({"name":"s1","mtu":1})");
   int begun = 0;
   DBStore::testing::SetHook([&](Operation asked, std::string_view) {
@@ -213,7 +213,7 @@ TEST_F(Writes, AnUpdateStartsAgainWhereTheRowChangedMeanwhile) {
             Named("s1", R"("serial":"new","mtu":9,"ports":[{"id":"p4"}])"));
 }
 
-TEST_F(Writes, NumbersAreStoredInTheKindOfTheirType) {
+TEST_F(ConfigWrites, NumbersAreStoredInTheKindOfTheirType) {
   InstallType(host_, TestSupport::TypeFile("numbers", "1", R"({"type":"object","properties":{
       "i":{"type":["integer","null"]},"n":{"type":"number","default":7},"any":{"type":["integer","number"]},
       "list":{"type":"array","items":{"type":"number"}},"free":{},
@@ -235,7 +235,7 @@ TEST_F(Writes, NumbersAreStoredInTheKindOfTheirType) {
   EXPECT_EQ(Data(store_->Get(numbers)), R"({"i":null,"n":1.0})");
 }
 
-TEST_F(Writes, ContextUpdatesDoNotCountAsWrites) {
+TEST_F(ConfigWrites, ContextUpdatesDoNotCountAsWrites) {
   const SchemaHandle schema = FindSchema(switch_);
   const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
   const auto object = SwitchObject("s1", R"("mtu":9,"serial":"new")");
@@ -254,7 +254,7 @@ TEST_F(Writes, ContextUpdatesDoNotCountAsWrites) {
   EXPECT_EQ(database_.Rows(), "") << "an update makes no row";
 }
 
-TEST_F(Writes, FailedStatementsSayWhichWriteItWas) {
+TEST_F(ConfigWrites, FailedStatementsSayWhichWriteItWas) {
   Fail(Operation::EXECUTE, 5);
   const std::string byContext = "CSE 2000 Database call to update configuration by context failed ";
   ExpectRaised(
@@ -268,7 +268,7 @@ TEST_F(Writes, FailedStatementsSayWhichWriteItWas) {
         [&] { store_->DeleteInstances(Filter(Switch(""))); }}});
 }
 
-TEST_F(Writes, InstancesThatAreReplacedKeepTheirHistory) {
+TEST_F(ConfigWrites, InstancesThatAreReplacedKeepTheirHistory) {
   PutFullRow("s2");
   PutFullRow("s3");
   store_->SetInstances(List(SwitchObject("s4", R"("mtu":4)"), SwitchObject("s5", R"("ports":[])"),
@@ -279,7 +279,7 @@ TEST_F(Writes, InstancesThatAreReplacedKeepTheirHistory) {
       << "the empty one is left out, and the others lie in the order of their ids";
 }
 
-TEST_F(Writes, BadListsAreRefusedBeforeAnythingIsWritten) {
+TEST_F(ConfigWrites, BadListsAreRefusedBeforeAnythingIsWritten) {
   PutFullRow();
   const std::string before = database_.Rows();
   const auto good = SwitchObject("s9");
@@ -301,7 +301,7 @@ TEST_F(Writes, BadListsAreRefusedBeforeAnythingIsWritten) {
 
 // Everything that an operation asks of the database is made to fail, one thing after the other: the
 // store is as it was before each time, and works as soon as the failing ends.
-TEST_F(Writes, AFailureAnywhereLeavesTheStoreAsItWas) {
+TEST_F(ConfigWrites, AFailureAnywhereLeavesTheStoreAsItWas) {
   const Objects mtus = List(SwitchObject("s2", R"("mtu":9)"), SwitchObject("s4", R"("mtu":9)"));
   const Objects serials = List(SwitchObject("s2", R"("serial":"y")"));
   const Objects states = List(SwitchObject("s2", R"("state":{"up":true})"));
