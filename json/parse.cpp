@@ -37,7 +37,7 @@ class Guard {
   bool Int64(std::int64_t /*value*/) { return false; }
   bool Uint64(std::uint64_t /*value*/) { return false; }
   bool Double(double /*value*/) { return false; }
-  // The text stands in the reader's own stack, so it is copied whatever the reader says.
+  // The text stands where it does not stay, so it is copied whatever the reader says.
   bool String(const char* text, rapidjson::SizeType length, bool /*copy*/) {
     return handler_.String(text, length, true);
   }
@@ -162,6 +162,14 @@ std::string ReasonOf(const rapidjson::ParseResult& outcome, std::string_view tex
              ? "a control character in a string"
              : rapidjson::GetParseError_En(outcome.Code());
 }
+
+}  // namespace
+}  // namespace Json
+
+TARN_PASS_PLAIN_STRINGS(Json::Guard)
+
+namespace Json {
+namespace {
 
 template <class Stream, unsigned flags>
 ParseResult ParseStream(std::string_view text, Document& into, Origin origin) {

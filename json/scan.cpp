@@ -63,6 +63,14 @@ class Scanner {
   bool wanted_ = false;
 };
 
+}  // namespace
+}  // namespace Json
+
+TARN_PASS_PLAIN_STRINGS(Json::Scanner)
+
+namespace Json {
+namespace {
+
 // Remembers the outermost value.
 struct FirstType {
   bool Null() { return Is(rapidjson::kNullType); }

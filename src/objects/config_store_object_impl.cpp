@@ -58,6 +58,24 @@ ConfigStoreObjectImpl::ConfigStoreObjectImpl(
       place_(place),
       schema_(schema) {}
 
+ConfigStoreObjectImpl::ConfigStoreObjectImpl(
+    const ConfigStoreObjectId& id, std::shared_ptr<JsonDoc> data,
+    std::shared_ptr<TarnSchemaStore::SchemaObject> const& schema, std::string_view version,
+    std::string_view creationTime, std::string_view modifiedTime, int revision)
+    : StoreObjectImpl(id, std::move(data)),
+      parent_(kEmptyString, kEmptyString, kEmptyString),
+      whole_(true),
+      version_(version),
+      creationTime_(creationTime),
+      modifiedTime_(modifiedTime),
+      revision_(revision),
+      schema_(schema) {
+  if (schema) {
+    idMap_ = schema->GetIdMap();
+    defaults_ = schema->GetDefaults();
+  }
+}
+
 const Json::Value* ConfigStoreObjectImpl::GetValuePtrDefault(const char* key,
                                                              bool& isDefault) const {
   isDefault = false;

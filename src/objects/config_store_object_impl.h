@@ -34,6 +34,12 @@ class ConfigStoreObjectImpl : public StoreObjectImpl {
                         std::shared_ptr<JsonDoc> const& idMap,
                         std::shared_ptr<JsonDoc> const& defaults);
 
+  /// The same of a whole object with the documents of its type, from texts that are copied once.
+  ConfigStoreObjectImpl(const ConfigStoreObjectId& id, std::shared_ptr<JsonDoc> data,
+                        std::shared_ptr<TarnSchemaStore::SchemaObject> const& schema,
+                        std::string_view version, std::string_view creationTime,
+                        std::string_view modifiedTime, int revision);
+
   /// A view of an object within another one. What the store knows about the parent holds for it.
   /// \param type  its type, never empty
   ConfigStoreObjectImpl(const ConfigStoreObjectImpl& parent, const SubObjectId& id,

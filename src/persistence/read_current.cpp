@@ -77,11 +77,11 @@ void ForEachKept(const std::shared_ptr<FilterSpecObject>& filter,
 
 ObjectHandle GetInternal(const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection,
                          const SchemaHandle& schema) {
-  const RowMap row = ReadRowMap(connection, READ_TABLE_CONFIG, id);
-  if (row.Empty()) {
-    return nullptr;
-  }
-  return MergeLayers(row, id, schema, MakeUserObject(row, id, schema, ReadUpgradeContext()));
+  ObjectHandle object;
+  VisitRow(connection, READ_TABLE_CONFIG, id, [&](const RowMap& row) {
+    object = MergeLayers(row, id, schema, MakeUserObject(row, id, schema, ReadUpgradeContext()));
+  });
+  return object;
 }
 
 ObjectHandle GetCurrentConfigInternal(const ConfigStoreObjectId& id,

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <limits>
 
 namespace TarnConfigStore {
@@ -18,6 +17,14 @@ void RunForType(const DBStore::ConnectionHandle& connection, std::string_view st
              [&id] { return "Read Instances failed for: " + id.toString(); });
 }
 
+void RunForInstance(const DBStore::ConnectionHandle& connection, const InstanceStatement& statement,
+                    const ConfigStoreObjectId& id, DBStore::RowCallback callback, void* context) {
+  const DBStore::StatementHandle handle =
+      statement.PrepareAndBind(connection, id.key, id.group, id.component, id.instanceId);
+  RunReading(connection, handle, callback, context,
+             [&id] { return "Get failed: " + id.toString(); });
+}
+
 struct RowReceiver {
   RowMap row;
   const RowVisitor& receive;
@@ -25,23 +32,17 @@ struct RowReceiver {
 
 int HandOn(void* receiver, int count, char** values, char** names) {
   auto& to = *static_cast<RowReceiver*>(receiver);
-  to.row.Clear();
-  to.row.Put(count, values, names);
+  to.row.Show(count, values, names);
   to.receive(to.row);
   return 0;
 }
 
 }  // namespace
 
-void RowMap::Clear() {
-  columns_.clear();
-  text_.clear();
-}
-
 std::optional<std::string_view> RowMap::Find(std::string_view column) const {
   for (const Column& candidate : columns_) {
-    if (Name(candidate) == column) {
-      return std::string_view(text_).substr(candidate.value, candidate.valueLength);
+    if (candidate.name == column) {
+      return candidate.value;
     }
   }
   return std::nullopt;
@@ -61,33 +62,44 @@ std::optional<std::string_view> RowMap::FindOnly(
 }
 
 void RowMap::Put(int count, const char* const* values, const char* const* names) {
-  // As much as most rows take; longer ones make it grow.
-  constexpr std::size_t kUsualLength = 768;
-  if (text_.capacity() < kUsualLength) {
-    text_.reserve(kUsualLength);
+  RowMap row;
+  row.Show(count, values, names);
+  for (const Column& earlier : columns_) {
+    if (!row.Find(earlier.name)) {
+      row.columns_.push_back(earlier);
+    }
   }
-  columns_.reserve(columns_.size() + static_cast<std::size_t>(count));
+  row.Keep();
+  *this = std::move(row);
+}
+
+void RowMap::Keep() {
+  std::size_t size = 0;
+  for (const Column& column : columns_) {
+    size += column.name.size() + column.value.size() + 2;
+  }
+  auto texts = std::make_unique_for_overwrite<char[]>(size);
+  char* next = texts.get();
+  const auto keep = [&next](std::string_view& text) {
+    char* const begin = next;
+    next = std::copy(text.begin(), text.end(), begin);
+    text = {begin, text.size()};
+    *next++ = '\0';
+  };
+  for (Column& column : columns_) {
+    keep(column.name);
+    keep(column.value);
+  }
+  texts_ = std::move(texts);
+}
+
+void RowMap::Show(int count, const char* const* values, const char* const* names) {
+  columns_.clear();
+  columns_.reserve(static_cast<std::size_t>(count));
   for (int i = 0; i < count; ++i) {
-    if (values[i] == nullptr) {
-      continue;
+    if (values[i] != nullptr) {
+      columns_.push_back({names[i], values[i]});
     }
-    Column* column = nullptr;
-    const std::string_view name = names[i];
-    for (Column& existing : columns_) {
-      if (Name(existing) == name) {
-        column = &existing;
-      }
-    }
-    if (column == nullptr) {
-      column = &columns_.emplace_back();
-      column->name = static_cast<std::uint32_t>(text_.size());
-      column->nameLength = static_cast<std::uint32_t>(name.size());
-      text_ += name;
-    }
-    const std::string_view value = values[i];
-    column->value = static_cast<std::uint32_t>(text_.size());
-    column->valueLength = static_cast<std::uint32_t>(value.size());
-    text_.append(value.data(), value.size() + 1);  // with the NUL that follows it
   }
 }
 
@@ -140,11 +152,14 @@ void ForEachRow(const DBStore::ConnectionHandle& connection,
 RowMap ReadRowMap(const DBStore::ConnectionHandle& connection, const InstanceStatement& statement,
                   const ConfigStoreObjectId& id) {
   RowMap row;
-  const DBStore::StatementHandle handle =
-      statement.PrepareAndBind(connection, id.key, id.group, id.component, id.instanceId);
-  RunReading(connection, handle, CollectRowMap, &row,
-             [&id] { return "Get failed: " + id.toString(); });
+  RunForInstance(connection, statement, id, CollectRowMap, &row);
   return row;
+}
+
+void VisitRow(const DBStore::ConnectionHandle& connection, const InstanceStatement& statement,
+              const ConfigStoreObjectId& id, const RowVisitor& receiver) {
+  RowReceiver rows{RowMap(), receiver};
+  RunForInstance(connection, statement, id, HandOn, &rows);
 }
 
 }  // namespace TarnConfigStore

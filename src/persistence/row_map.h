@@ -7,7 +7,6 @@
 
 #include "errors/raise.h"
 
-#include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -18,11 +17,18 @@
 
 namespace TarnConfigStore {
 
-/// One result row: the columns that are not NULL. Names and values stand one after the other in one
-/// block of memory, each value ended by a NUL; rows have a dozen columns, so finding one is a walk.
+/// One result row: the columns that are not NULL. Rows have a dozen columns, so finding one is a walk.
 class RowMap {
  public:
-  /// The column's text; nothing when it was NULL or is not part of the row.
+  RowMap() = default;
+  RowMap(RowMap&&) = default;
+  RowMap& operator=(RowMap&&) = default;
+  /// A row that keeps what it holds.
+  RowMap(const RowMap& other) : columns_(other.columns_) { Keep(); }
+  RowMap& operator=(const RowMap&) = delete;
+  ~RowMap() = default;
+
+  /// The column's text, followed by a NUL; nothing when it was NULL or is not part of the row.
   std::optional<std::string_view> Find(std::string_view column) const;
   /// The column's text, or an empty one.
   std::string_view Text(std::string_view column) const { return Find(column).value_or(""); }
@@ -30,29 +36,26 @@ class RowMap {
   std::optional<std::string_view> FindOnly(std::initializer_list<std::string_view> columns) const;
   bool Empty() const { return columns_.empty(); }
   /// The same columns in the same order, with the same texts.
-  bool operator==(const RowMap& other) const {
-    return columns_.size() == other.columns_.size() && text_ == other.text_;
-  }
+  bool operator==(const RowMap& other) const { return columns_ == other.columns_; }
 
-  /// Forgets the row, but keeps its memory for the next.
-  void Clear();
-
-  /// Puts a whole row in, over what is there already.
+  /// Puts a whole row in, over what is there already. No name stands twice in a row.
   void Put(int count, const char* const* values, const char* const* names);
+
+  /// Makes it a row that somebody else keeps: valid as long as that stays.
+  void Show(int count, const char* const* values, const char* const* names);
 
  private:
   struct Column {
-    std::uint32_t name;
-    std::uint32_t nameLength;
-    std::uint32_t value;
-    std::uint32_t valueLength;
+    std::string_view name;
+    std::string_view value;
+    bool operator==(const Column&) const = default;
   };
-  std::string_view Name(const Column& column) const {
-    return std::string_view(text_).substr(column.name, column.nameLength);
-  }
+
+  void Keep();
 
   std::vector<Column> columns_;
-  std::string text_;
+  // What has been put in, name after name and value after value, each ended by a NUL.
+  std::unique_ptr<char[]> texts_;
 };
 
 /// The rows of a result, in the database's order.
@@ -110,5 +113,11 @@ RowMap ReadRowMap(const DBStore::ConnectionHandle& connection,
                   const DBStore::SqlStatement<std::string_view, std::string_view, std::string_view,
                                               std::string_view>& statement,
                   const ConfigStoreObjectId& id);
+
+/// The same row, handed on where there is one.
+void VisitRow(const DBStore::ConnectionHandle& connection,
+              const DBStore::SqlStatement<std::string_view, std::string_view, std::string_view,
+                                          std::string_view>& statement,
+              const ConfigStoreObjectId& id, const RowVisitor& receiver);
 
 }  // namespace TarnConfigStore

@@ -1,7 +1,5 @@
 #include "persistence/row_objects.h"
 
-#include "platform/made_once.h"
-
 #include "errors/parse_failures.h"
 #include "errors/raise.h"
 #include "objects/access.h"
@@ -12,16 +10,6 @@
 #include <utility>
 
 namespace TarnConfigStore {
-namespace {
-
-constinit MadeOnce<const ConfigStoreObjectId> noParent;
-
-const ConfigStoreObjectId& NoParent() {
-  return noParent.Get([] { return ConfigStoreObjectId("", "", ""); });
-}
-
-}  // namespace
-
 ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
                                const ConfigStoreObjectId& id, const SchemaHandle& schema) {
   const auto text = row.Find(column);
@@ -34,9 +22,8 @@ ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
     ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);
   }
   return Internal::Access::Wrap(std::make_shared<ConfigStoreObjectImpl>(
-      id, NoParent(), std::nullopt, document, schema, std::string(row.Text("Version")),
-      std::string(row.Text("CreationTime")), std::string(row.Text("ModifiedTime")),
-      RevisionFrom(row.Text("Revision").data()), true, nullptr, nullptr));
+      id, std::move(document), schema, row.Text("Version"), row.Text("CreationTime"),
+      row.Text("ModifiedTime"), RevisionFrom(row.Text("Revision").data())));
 }
 
 ObjectHandle MakeObject(const std::string& text, const ConfigStoreObjectId& id,
@@ -46,9 +33,8 @@ ObjectHandle MakeObject(const std::string& text, const ConfigStoreObjectId& id,
 
 ObjectHandle MakeObject(const std::shared_ptr<JsonDoc>& data, const ConfigStoreObjectId& id,
                         const SchemaHandle& schema) {
-  return Internal::Access::Wrap(std::make_shared<ConfigStoreObjectImpl>(
-      id, NoParent(), std::nullopt, data, schema, kEmptyString, kEmptyString, kEmptyString,
-      kDefaultRevision, true, nullptr, nullptr));
+  return Internal::Access::Wrap(
+      std::make_shared<ConfigStoreObjectImpl>(id, data, schema, "", "", "", kDefaultRevision));
 }
 
 std::string_view UserColumn(const RowMap& row, int upgradeContext) {

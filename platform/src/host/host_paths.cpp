@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <string_view>
 
 namespace HostPaths {
 namespace {
@@ -41,7 +42,12 @@ std::string GetRoot() {
 }
 
 std::string Resolve(const char* fixedPath) {
-  return GetRoot() + fixedPath;
+  const std::string_view fixed = fixedPath;
+  std::string path;
+  const ProcessLocks::Guard guard(ProcessLocks::Rank::HOST_ROOT);
+  const std::string& under = TheRoot();
+  path.reserve(under.size() + fixed.size());
+  return path.append(under).append(fixed);
 }
 
 unsigned RootGeneration() noexcept {
