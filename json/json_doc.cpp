@@ -27,6 +27,36 @@ JsonDoc::JsonDoc(std::size_t capacity)
     : buffer_(new char[AtLeastMinimum(capacity)]),
       pool_(buffer_.get(), AtLeastMinimum(capacity), kChunkSize, &BaseAllocator()) {}
 
+// Allocates the block of a holder with more room behind it.
+template <class Block>
+struct JsonDoc::WithRoom {
+  using value_type = Block;
+
+  explicit WithRoom(Room& asked) : room(&asked) {}
+  template <class Other>
+  explicit(false) WithRoom(const WithRoom<Other>& other) : room(other.room) {}
+
+  Block* allocate(std::size_t count) {
+    char* const block = static_cast<char*>(::operator new(count * sizeof(Block) + room->size));
+    room->begin = block + count * sizeof(Block);
+    return reinterpret_cast<Block*>(block);
+  }
+  void deallocate(Block* block, std::size_t /*count*/) { ::operator delete(block); }
+  template <class Other>
+  bool operator==(const WithRoom<Other>& /*other*/) const {
+    return true;
+  }
+
+  Room* room;
+};
+
+std::shared_ptr<JsonDoc> JsonDoc::Make(std::size_t capacity) {
+  Room room{AtLeastMinimum(capacity)};
+  return std::allocate_shared<JsonDoc>(WithRoom<JsonDoc>(room), room);
+}
+
+JsonDoc::JsonDoc(const Room& room) : pool_(room.begin, room.size, kChunkSize, &BaseAllocator()) {}
+
 Json::ParseResult JsonDoc::Parse(std::string_view text, Json::Origin origin) {
   Json::Document parsed(&pool_, kParseStackSize, &BaseAllocator());
   Json::ParseResult result = Json::Parse(text, parsed, origin);

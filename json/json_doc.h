@@ -17,6 +17,8 @@ class JsonDoc {
  public:
   /// An empty (null) value with room for about this many bytes of values.
   explicit JsonDoc(std::size_t capacity = 0);
+  /// The same to be shared, with the room in the same block of memory.
+  static std::shared_ptr<JsonDoc> Make(std::size_t capacity = 0);
   JsonDoc(const JsonDoc&) = delete;
   JsonDoc& operator=(const JsonDoc&) = delete;
 
@@ -32,7 +34,19 @@ class JsonDoc {
   static std::size_t CapacityFor(std::size_t textLength) { return 2 * textLength + 24; }
 
  private:
-  std::unique_ptr<char[]> buffer_;
+  template <class Block>
+  struct WithRoom;
+  struct Room {
+    std::size_t size;
+    void* begin = nullptr;
+  };
+
+ public:
+  /// For Make. The room is there once the block is.
+  explicit JsonDoc(const Room& room);
+
+ private:
+  std::unique_ptr<char[]> buffer_;  // where the room is a block of its own
   Json::Allocator pool_;
   Json::Value root_;
 };

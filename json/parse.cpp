@@ -166,7 +166,7 @@ std::string ReasonOf(const rapidjson::ParseResult& outcome, std::string_view tex
 }  // namespace
 }  // namespace Json
 
-TARN_PASS_PLAIN_STRINGS(Json::Guard)
+TARN_PASS_PLAIN_VALUES(Json::Guard)
 
 namespace Json {
 namespace {

@@ -1,4 +1,4 @@
-// The run of characters that a JSON string holds as they are.
+// The values of a JSON text that can be taken as they stand there.
 #pragma once
 
 #include <bit>
@@ -33,6 +33,37 @@ inline const char* EndOfPlain(const char* at, const char* end) {
     ++at;
   }
   return at;
+}
+
+/// Where a number by JSON's grammar (RFC 8259, section 6) ends; null where there is none.
+inline const char* EndOfNumber(const char* at, const char* end) {
+  const auto skipDigits = [end](const char* from) {
+    while (from != end && *from >= '0' && *from <= '9') {
+      ++from;
+    }
+    return from;
+  };
+  at += at != end && *at == '-' ? 1 : 0;
+  const char* next = at != end && *at == '0' ? at + 1 : skipDigits(at);
+  if (next == at) {
+    return nullptr;
+  }
+  if (next != end && *next == '.') {
+    at = next + 1;
+    next = skipDigits(at);
+    if (next == at) {
+      return nullptr;
+    }
+  }
+  if (next != end && (*next == 'e' || *next == 'E')) {
+    at = next + 1;
+    at += at != end && (*at == '+' || *at == '-') ? 1 : 0;
+    next = skipDigits(at);
+    if (next == at) {
+      return nullptr;
+    }
+  }
+  return next;
 }
 
 }  // namespace Json

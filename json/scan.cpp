@@ -66,7 +66,7 @@ class Scanner {
 }  // namespace
 }  // namespace Json
 
-TARN_PASS_PLAIN_STRINGS(Json::Scanner)
+TARN_PASS_PLAIN_VALUES(Json::Scanner)
 
 namespace Json {
 namespace {

@@ -36,26 +36,40 @@ struct UnwatchedTextStream : TextStream {
   using TextStream::TextStream;
 };
 
-/// The rest of such a text, from a string on that has to be copied to be read.
-struct EscapedTextStream : TextStream {
-  explicit EscapedTextStream(const TextStream& text) : TextStream(text) {}
+/// The rest of such a text, from a value on that the reader has to look at more closely.
+struct CopiedTextStream : TextStream {
+  explicit CopiedTextStream(const TextStream& text) : TextStream(text) {}
 };
 
-/// What became of a string that the reader stands before.
-enum class Passed { YES, REFUSED, HAS_ESCAPES };
+/// What became of a value that the reader stands before.
+enum class Passed { YES, REFUSED, NOT_PLAIN };
 
 /// Hands a string without escapes on from where it stands, and leaves any other alone; the reader
 /// copies each before it hands it on.
 template <class Handler>
-Passed PassPlainString(UnwatchedTextStream& text, Handler& handler, bool isKey) {
+Passed PassString(UnwatchedTextStream& text, Handler& handler, bool isKey) {
   const char* const begin = text.next + 1;
   const char* const end = EndOfPlain(begin, text.end);
   if (end == text.end || *end != '"') {
-    return Passed::HAS_ESCAPES;
+    return Passed::NOT_PLAIN;
   }
   text.next = end + 1;
   const auto length = static_cast<rapidjson::SizeType>(end - begin);
   return (isKey ? handler.Key(begin, length, true) : handler.String(begin, length, true))
+             ? Passed::YES
+             : Passed::REFUSED;
+}
+
+/// The same for a number.
+template <class Handler>
+Passed PassNumber(UnwatchedTextStream& text, Handler& handler) {
+  const char* const begin = text.next;
+  const char* const end = EndOfNumber(begin, text.end);
+  if (end == nullptr) {
+    return Passed::NOT_PLAIN;
+  }
+  text.next = end;
+  return handler.RawNumber(begin, static_cast<rapidjson::SizeType>(end - begin), true)
              ? Passed::YES
              : Passed::REFUSED;
 }
@@ -69,7 +83,7 @@ struct rapidjson::StreamTraits<Json::UnwatchedTextStream> {
   enum { copyOptimization = 1 };
 };
 template <>
-struct rapidjson::StreamTraits<Json::EscapedTextStream> {
+struct rapidjson::StreamTraits<Json::CopiedTextStream> {
   enum { copyOptimization = 1 };
 };
 
@@ -77,7 +91,7 @@ struct rapidjson::StreamTraits<Json::EscapedTextStream> {
 // own on some processors, where it lets control characters pass.
 template <>
 template <>
-inline void Json::Reader::ScanCopyUnescapedString(Json::EscapedTextStream& from,
+inline void Json::Reader::ScanCopyUnescapedString(Json::CopiedTextStream& from,
                                                   Json::Reader::StackStream<char>& to) {
   const char* const end = Json::EndOfPlain(from.next, from.end);
   if (const auto length = static_cast<rapidjson::SizeType>(end - from.next); length > 0) {
@@ -86,18 +100,31 @@ inline void Json::Reader::ScanCopyUnescapedString(Json::EscapedTextStream& from,
   from.next = end;
 }
 
-/// Makes the reader, with numbers as strings, hand such strings on to one kind of handler in that way.
-#define TARN_PASS_PLAIN_STRINGS(Handler)                                           \
-  template <>                                                                      \
-  template <>                                                                      \
-  inline void Json::Reader::ParseString<rapidjson::kParseNumbersAsStringsFlag>(    \
-      Json::UnwatchedTextStream & text, Handler & handler, bool isKey) {           \
-    const Json::Passed passed = Json::PassPlainString(text, handler, isKey);       \
-    if (passed == Json::Passed::HAS_ESCAPES) {                                     \
-      Json::EscapedTextStream escaped(text);                                       \
-      ParseString<rapidjson::kParseNumbersAsStringsFlag>(escaped, handler, isKey); \
-      text.next = escaped.next;                                                    \
-    } else if (passed == Json::Passed::REFUSED) {                                  \
-      SetParseError(rapidjson::kParseErrorTermination, text.Tell());               \
-    }                                                                              \
+/// Makes the reader, with numbers as strings, hand values on to one kind of handler in that way.
+#define TARN_PASS_PLAIN_VALUES(Handler)                                           \
+  template <>                                                                     \
+  template <>                                                                     \
+  inline void Json::Reader::ParseString<rapidjson::kParseNumbersAsStringsFlag>(   \
+      Json::UnwatchedTextStream & text, Handler & handler, bool isKey) {          \
+    const Json::Passed passed = Json::PassString(text, handler, isKey);           \
+    if (passed == Json::Passed::NOT_PLAIN) {                                      \
+      Json::CopiedTextStream copied(text);                                        \
+      ParseString<rapidjson::kParseNumbersAsStringsFlag>(copied, handler, isKey); \
+      text.next = copied.next;                                                    \
+    } else if (passed == Json::Passed::REFUSED) {                                 \
+      SetParseError(rapidjson::kParseErrorTermination, text.Tell());              \
+    }                                                                             \
+  }                                                                               \
+  template <>                                                                     \
+  template <>                                                                     \
+  inline void Json::Reader::ParseNumber<rapidjson::kParseNumbersAsStringsFlag>(   \
+      Json::UnwatchedTextStream & text, Handler & handler) {                      \
+    const Json::Passed passed = Json::PassNumber(text, handler);                  \
+    if (passed == Json::Passed::NOT_PLAIN) {                                      \
+      Json::CopiedTextStream copied(text);                                        \
+      ParseNumber<rapidjson::kParseNumbersAsStringsFlag>(copied, handler);        \
+      text.next = copied.next;                                                    \
+    } else if (passed == Json::Passed::REFUSED) {                                 \
+      SetParseError(rapidjson::kParseErrorTermination, text.Tell());              \
+    }                                                                             \
   }

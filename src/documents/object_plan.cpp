@@ -142,7 +142,7 @@ ObjectHandle ObjectPlan::Known(Section section, const StoredRow* stored) const {
 }
 
 ObjectHandle ObjectPlan::MakeCopy(const Json::Value& value) const {
-  const auto data = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text_.size()));
+  const auto data = JsonDoc::Make(JsonDoc::CapacityFor(text_.size()));
   data->GetJsonValuePtr()->CopyFrom(value, data->GetAllocator());
   return MakeObject(data, object_.id, type_.schema);
 }

@@ -7,11 +7,11 @@
 namespace TarnConfigStore {
 
 std::shared_ptr<JsonDoc> CreateDocument() {
-  return std::make_shared<JsonDoc>();
+  return JsonDoc::Make();
 }
 
 std::shared_ptr<JsonDoc> CreateDocumentFromString(std::string_view text, Json::Origin origin) {
-  auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text.size()));
+  auto document = JsonDoc::Make(JsonDoc::CapacityFor(text.size()));
   if (const Json::ParseResult result = document->Parse(text, origin); !result) {
     ReportParseFailure("The text", result, text);
     ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);
@@ -26,7 +26,7 @@ std::shared_ptr<JsonDoc> CreateDocumentFromFile(const std::string& path) {
     ReportUnreadFile(path, file.Reason());
     ThrowException<InvalidArgumentException>(CS_JSON_FILE_FAILED, path);
   }
-  auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(file.text.size()));
+  auto document = JsonDoc::Make(JsonDoc::CapacityFor(file.text.size()));
   if (const Json::ParseResult result = document->Parse(file.text, Json::Origin::OUTSIDE); !result) {
     ReportParseFailure(path, result, file.text);
     ThrowException<InvalidArgumentException>(CS_JSON_FILE_FAILED, path);

@@ -16,7 +16,7 @@ ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
   if (!text) {
     return nullptr;
   }
-  auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text->size()));
+  auto document = JsonDoc::Make(JsonDoc::CapacityFor(text->size()));
   if (const Json::ParseResult result = document->Parse(*text, Json::Origin::STORED); !result) {
     ReportParseFailure(std::string(column) + " of " + id.toString(), result, *text);
     ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);

@@ -117,7 +117,7 @@ void MergeContent(const ConfigStoreObjectId& id, const SchemaHandle& type,
     merged.drops = currentWins;
     return;
   }
-  auto data = std::make_shared<JsonDoc>();
+  auto data = JsonDoc::Make();
   bool changed = false;
   std::optional<Json::Value> result = MergeThreeWay(
       values, place, currentWins, data->GetAllocator(), [&](const ChangedMeanwhile& found) {

@@ -108,6 +108,11 @@ TEST(Parse, RefusesIntegersThatItWouldAlter) {
 }
 
 TEST(Parse, TakesNumbersForWhatTheyMean) {
+  for (const std::string text :
+       {"01", "-", "-01", "+1", ".5", "1.", "1.e5", "1e", "1e+", "1e5.5", "0x1", "--1"}) {
+    EXPECT_NE(Refusal("[" + text + "]", Origin::STORED), "") << text;
+    EXPECT_NE(Refusal(text, Origin::STORED), "") << text;
+  }
   for (const auto& [text, means] : std::vector<std::pair<const char*, const char*>>{
            {"-0", "0"},
            {"[0e999,\"0e999\\\"\",-0.00E+400,0e-999,1e1]", "[0.0,\"0e999\\\"\",-0.0,0.0,10.0]"},

@@ -35,7 +35,7 @@ class LazyObject {
  private:
   Json::Allocator& Allocator() {
     if (!document_) {
-      document_ = std::make_shared<JsonDoc>(kUsualSize);
+      document_ = JsonDoc::Make(kUsualSize);
       document_->GetJsonValuePtr()->SetObject();
     }
     return document_->GetAllocator();

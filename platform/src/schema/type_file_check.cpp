@@ -85,7 +85,7 @@ void CheckSchemaOf(const Json::Value& file, TypeFile& result, Findings& findings
 TypeFile Check(std::string path, std::string_view text) {
   TypeFile result;
   result.path = std::move(path);
-  auto document = std::make_shared<JsonDoc>(JsonDoc::CapacityFor(text.size()));
+  auto document = JsonDoc::Make(JsonDoc::CapacityFor(text.size()));
   if (const auto parsed = document->Parse(text, Json::Origin::OUTSIDE); !parsed) {
     result.findings.push_back({"/", parsed.Describe(text)});
     return result;
