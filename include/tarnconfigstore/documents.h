@@ -23,10 +23,11 @@
 //               "revision", "version", "confirmed"}: what new rows get instead of that of this moment
 // Anything else in a document is refused. Texts are UTF-8 of at most 128 levels.
 //
-// All functions take a connection of their own and are thread-safe. Besides what they say, they throw
+// All functions but the one that is given a store take a connection of their own; all are thread-safe. Besides what they say, they throw
 // ConfigStoreException 2000 when the store or the schema store cannot be opened or read.
 #pragma once
 
+#include "tarnconfigstore/config_store.h"
 #include "tarnconfigstore/config_store_object.h"
 #include "tarnconfigstore/contexts.h"
 #include "tarnconfigstore/exceptions.h"
@@ -162,6 +163,10 @@ struct ImportOptions {
 /// \throws ValidationException 1089 with every finding of every object, each field a JSON Pointer
 ///         into the document; not with `check`
 TARN_CONFIG_STORE_EXPORT DocumentReport ImportConfig(std::string_view document,
+                                                     const ImportOptions& options);
+/// The same on a store: joins its transaction, if one is open, and announces the changes inside of it.
+/// \throws InvalidArgumentException 2000 for a store that ConfigStore::GetStore has not made
+TARN_CONFIG_STORE_EXPORT DocumentReport ImportConfig(ConfigStore& store, std::string_view document,
                                                      const ImportOptions& options);
 
 struct ApplyConfigOptions {

@@ -1,13 +1,14 @@
 // Taking back what was set of stored objects.
 //
 // What holds for both functions:
-// - They take a connection of their own, and one transaction: all of it takes effect, or none. While
-//   this thread has a transaction open on a store, they fail.
+// - All of it takes effect, or none. Given a store, they join its transaction, if one is open; else they
+//   take a connection of their own, and fail while this thread has a transaction open on a store.
 // - A type whose changes take effect at the next boot is refused: stage the change (next_boot_store.h).
 // - Other parts stay as they are, byte by byte; but the pending value goes where the user's part is
 //   written, as with every write of it. During an upgrade, what is pending is the user's part.
 // - A write counts in the revision, is of the type's present version, and is announced to the
-//   management daemon after the commit. A part that nothing is left of goes, and a row without parts.
+//   management daemon after the commit, or inside of the store's transaction. A part that nothing is
+//   left of goes, and a row without parts.
 // - Thread-safe.
 // Both throw, and have written nothing then,
 //   ConfigStoreException 1037 when the type is not installed,
@@ -15,11 +16,13 @@
 //     take effect at the next boot; and while the host boots and no upgrade runs, for the user's part
 //     of a type that is not accessible during boot,
 //   ValidationException 1090 with every finding, when what would be left does not fit the type,
-//   InvalidArgumentException 2000 for a place that is no JSON Pointer, and for the pending part,
+//   InvalidArgumentException 2000 for a place that is no JSON Pointer, for the pending part, and for a
+//     store that ConfigStore::GetStore has not made,
 //   InvalidArgumentException 1080 for a stored value that is no JSON, and
 //   ConfigStoreException 2000 for a failure of the database.
 #pragma once
 
+#include "tarnconfigstore/config_store.h"
 #include "tarnconfigstore/export.h"
 #include "tarnconfigstore/object_id.h"
 #include "tarnconfigstore/parts.h"
@@ -55,6 +58,11 @@ struct UnsetResult {
 TARN_CONFIG_STORE_EXPORT UnsetResult UnsetMembers(const ConfigStoreObjectId& csoId,
                                                   const std::vector<std::string>& places,
                                                   std::optional<ConfigPart> part = std::nullopt);
+/// The same on a store.
+TARN_CONFIG_STORE_EXPORT UnsetResult UnsetMembers(ConfigStore& store,
+                                                  const ConfigStoreObjectId& csoId,
+                                                  const std::vector<std::string>& places,
+                                                  std::optional<ConfigPart> part = std::nullopt);
 
 /// What a part of an object is reset to.
 enum class ResetTarget : int {
@@ -79,6 +87,11 @@ struct ResetResult {
 ///               is taken away, an element of a list that it has is put at its end where it is missing
 /// \param part   the user's, unless it is named: the others are kept whatever is reset
 TARN_CONFIG_STORE_EXPORT ResetResult ResetObject(const ConfigStoreObjectId& csoId,
+                                                 ResetTarget target, const std::string& place = {},
+                                                 ConfigPart part = ConfigPart::USER);
+/// The same on a store.
+TARN_CONFIG_STORE_EXPORT ResetResult ResetObject(ConfigStore& store,
+                                                 const ConfigStoreObjectId& csoId,
                                                  ResetTarget target, const std::string& place = {},
                                                  ConfigPart part = ConfigPart::USER);
 

@@ -9,6 +9,7 @@
 //   apply_next_boot.h, boot_state.h                      what takes effect at the next boot
 //   typed.h, and what it includes                        the same with the types of C++
 //   parts.h, explain.h, taking_back.h                    what is set of it, by whom, and taking it back
+//   compare_and_set.h                                    writing it, unless somebody else was faster
 // The others stand alone: backup.h, default_instances.h, diagnostics.h, doctor.h, documents.h, drift.h, dry_run.h, file.h,
 // host.h, kernel_options.h, key_values.h, listing.h, process.h, stored_views.h, type_administration.h. Every header
 // compiles alone, as C++17.
@@ -38,6 +39,7 @@
 #include "tarnconfigstore/apply_next_boot.h"
 #include "tarnconfigstore/backup.h"
 #include "tarnconfigstore/boot_state.h"
+#include "tarnconfigstore/compare_and_set.h"
 #include "tarnconfigstore/config_store.h"
 #include "tarnconfigstore/config_store_object.h"
 #include "tarnconfigstore/contexts.h"

@@ -7,6 +7,7 @@
 #include "notify/notification.h"
 #include "persistence/connection.h"
 #include "persistence/prefix_rows.h"
+#include "store/config_store_impl.h"
 #include "store/under_transaction.h"
 
 namespace TarnConfigStore {
@@ -21,13 +22,19 @@ namespace {
   ThrowException<ValidationException>(code, findings);
 }
 
+DBStore::ConnectionHandle OwnConnection() {
+  return GetDBStore(DBStore::Type::CURRENT_STORE, true);
+}
+
+template <class Connect>
 DocumentReport Bring(std::string_view text, const DocumentMode& mode, bool check,
-                     std::size_t longest, CSErrorCodes refused, const char* operation) {
+                     std::size_t longest, CSErrorCodes refused, const char* operation,
+                     const Connect& connect) {
   CSLogger::Log(CSLogger::kWriteCall, "%s invoked", operation);
   const ConfigDocument document = ReadConfigDocument(text, longest);
   DocumentPlan plan(document, mode);
   plan.Judge();
-  const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
+  const DBStore::ConnectionHandle connection = connect();
   if (check) {
     ReadAtOneMoment(connection, [&] {
       plan.Work(connection);
@@ -50,12 +57,24 @@ DocumentReport Bring(std::string_view text, const DocumentMode& mode, bool check
   return plan.TakeReport();
 }
 
+template <class Connect>
+DocumentReport Import(std::string_view document, const ImportOptions& options,
+                      const Connect& connect) {
+  DocumentMode mode;
+  mode.import = options.mode;
+  return Bring(document, mode, options.check, options.longest, CS_SET_INVALID, "ImportConfig",
+               connect);
+}
+
 }  // namespace
 
 DocumentReport ImportConfig(std::string_view document, const ImportOptions& options) {
-  DocumentMode mode;
-  mode.import = options.mode;
-  return Bring(document, mode, options.check, options.longest, CS_SET_INVALID, "ImportConfig");
+  return Import(document, options, OwnConnection);
+}
+
+DocumentReport ImportConfig(ConfigStore& store, std::string_view document,
+                            const ImportOptions& options) {
+  return Import(document, options, [&store] { return ConnectionOf(store); });
 }
 
 DocumentReport ApplyConfig(std::string_view document, const ApplyConfigOptions& options) {
@@ -63,8 +82,8 @@ DocumentReport ApplyConfig(std::string_view document, const ApplyConfigOptions& 
   mode.apply = true;
   mode.prune = options.prune;
   mode.stage = options.stage;
-  return Bring(document, mode, options.check, options.longest, CS_APPLY_FILE_INVALID,
-               "ApplyConfig");
+  return Bring(document, mode, options.check, options.longest, CS_APPLY_FILE_INVALID, "ApplyConfig",
+               OwnConnection);
 }
 
 }  // namespace TarnConfigStore

@@ -14,6 +14,7 @@
 #include "persistence/write_config.h"
 #include "persistence/write_values.h"
 #include "store/boot_context.h"
+#include "store/config_store_impl.h"
 #include "store/trace.h"
 #include "store/under_transaction.h"
 #include "validation/guards.h"
@@ -87,13 +88,15 @@ ObjectHandle ChangedRow::Read() const {
 }
 
 ChangeOutcome ChangeRow(
-    const ConfigStoreObjectId& id, const char* operation, std::optional<ConfigPart> part,
+    ConfigStore* store, const ConfigStoreObjectId& id, const char* operation,
+    std::optional<ConfigPart> part,
     const std::function<bool(ChangedRow&, const DBStore::ConnectionHandle&)>& change) {
   const USERDATA_CONTEXT context = part == ConfigPart::AUTOMATIC ? AUTO_CONFIG : EXTERNAL;
   LogStoreCall(CSLogger::kWriteCall, operation, id, context);
   const SchemaHandle type = FindSchema(id);
   RequireChangeable(id, type, part);
-  const DBStore::ConnectionHandle connection = GetDBStore(DBStore::Type::CURRENT_STORE, true);
+  const DBStore::ConnectionHandle connection =
+      store == nullptr ? GetDBStore(DBStore::Type::CURRENT_STORE, true) : ConnectionOf(*store);
   ChangeOutcome outcome;
   RunUnderTransaction(connection, operation, [&] {
     const int upgradeContext = ReadUpgradeContext();

@@ -1,6 +1,7 @@
 // Changing one row by itself.
 #pragma once
 
+#include "tarnconfigstore/config_store.h"
 #include "tarnconfigstore/parts.h"
 
 #include "objects/handles.h"
@@ -35,13 +36,15 @@ struct ChangeOutcome {
   bool dropsPending = false;  ///< a pending value went unused
 };
 
-/// Runs in one transaction on a connection of its own: reads the row, lets `change` work out what
-/// becomes of it, and writes it where it answers true; a row without parts goes. What is pending goes
-/// where the user's part changed; during an upgrade it is the user's part before. Announced after the
-/// commit. Raises what `change` does, and as taking_back.h says.
-/// \param part  the one that is to change, where it is one alone
+/// Runs in one transaction on a store's connection, or one of its own: reads the row, lets `change` work
+/// out what becomes of it, and writes it where it answers true; a row without parts goes. What is pending
+/// goes where the user's part changed; during an upgrade it is the user's part before. Announced after
+/// the commit. Raises what `change` does, and as taking_back.h says.
+/// \param store  null for a connection of its own
+/// \param part   the one that is to change, where it is one alone
 ChangeOutcome ChangeRow(
-    const ConfigStoreObjectId& id, const char* operation, std::optional<ConfigPart> part,
+    ConfigStore* store, const ConfigStoreObjectId& id, const char* operation,
+    std::optional<ConfigPart> part,
     const std::function<bool(ChangedRow&, const DBStore::ConnectionHandle&)>& change);
 
 /// Changes a part that is there as `change` does with its data; what then holds nothing but its id is

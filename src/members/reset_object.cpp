@@ -120,14 +120,12 @@ class Resetting {
   ResetResult& result_;
 };
 
-}  // namespace
-
-ResetResult ResetObject(const ConfigStoreObjectId& csoId, ResetTarget target,
-                        const std::string& place, ConfigPart part) {
+ResetResult Reset(ConfigStore* store, const ConfigStoreObjectId& csoId, ResetTarget target,
+                  const std::string& place, ConfigPart part) {
   ResetResult result;
   Resetting resetting(target, place, part, result);
   const ChangeOutcome outcome =
-      ChangeRow(csoId, "ResetObject", part,
+      ChangeRow(store, csoId, "ResetObject", part,
                 [&](ChangedRow& row, const DBStore::ConnectionHandle& connection) {
                   return resetting.Change(row, connection);
                 });
@@ -137,6 +135,18 @@ ResetResult ResetObject(const ConfigStoreObjectId& csoId, ResetTarget target,
   }
   result.dropsPending = outcome.dropsPending;
   return result;
+}
+
+}  // namespace
+
+ResetResult ResetObject(const ConfigStoreObjectId& csoId, ResetTarget target,
+                        const std::string& place, ConfigPart part) {
+  return Reset(nullptr, csoId, target, place, part);
+}
+
+ResetResult ResetObject(ConfigStore& store, const ConfigStoreObjectId& csoId, ResetTarget target,
+                        const std::string& place, ConfigPart part) {
+  return Reset(&store, csoId, target, place, part);
 }
 
 }  // namespace TarnConfigStore

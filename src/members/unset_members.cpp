@@ -99,17 +99,27 @@ class Unsetting {
   std::vector<AskedPlace> places_;
 };
 
+UnsetResult Unset(ConfigStore* store, const ConfigStoreObjectId& csoId,
+                  const std::vector<std::string>& places, std::optional<ConfigPart> part) {
+  UnsetResult result;
+  Unsetting unsetting(places, part, result);
+  const ChangeOutcome outcome =
+      ChangeRow(store, csoId, "UnsetMembers", part,
+                [&](ChangedRow& row, const auto& /*connection*/) { return unsetting.Change(row); });
+  result.dropsPending = outcome.dropsPending;
+  return result;
+}
+
 }  // namespace
 
 UnsetResult UnsetMembers(const ConfigStoreObjectId& csoId, const std::vector<std::string>& places,
                          std::optional<ConfigPart> part) {
-  UnsetResult result;
-  Unsetting unsetting(places, part, result);
-  const ChangeOutcome outcome =
-      ChangeRow(csoId, "UnsetMembers", part,
-                [&](ChangedRow& row, const auto& /*connection*/) { return unsetting.Change(row); });
-  result.dropsPending = outcome.dropsPending;
-  return result;
+  return Unset(nullptr, csoId, places, part);
+}
+
+UnsetResult UnsetMembers(ConfigStore& store, const ConfigStoreObjectId& csoId,
+                         const std::vector<std::string>& places, std::optional<ConfigPart> part) {
+  return Unset(&store, csoId, places, part);
 }
 
 }  // namespace TarnConfigStore

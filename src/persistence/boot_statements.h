@@ -48,6 +48,13 @@ inline constexpr InstanceStatement READ_STAGED_INSTANCE(
     "SELECT Version, Value as UserValue, VitalValue, CachedValue FROM DesiredUserConfig WHERE "
     "BootAction = 'SET' AND Name = ? AND ConfigGroup = ? AND Component = ? AND Identifier = ?");
 
+/// All that is staged of an object: its own change, and deletions of its whole type. Parameters: name,
+/// group, component, identifier.
+inline constexpr InstanceStatement READ_STAGED_OF_OBJECT(
+    "SELECT Identifier, Version, Value, VitalValue, CachedValue, BootAction FROM DesiredUserConfig "
+    "WHERE Name = ? AND ConfigGroup = ? AND Component = ? AND (Identifier = ? OR BootAction = "
+    "'DELETE')");
+
 /// Parameters: name, group, component.
 inline constexpr TypeStatement READ_STAGED_INSTANCES(
     "SELECT Version, Identifier, Value as UserValue, VitalValue, CachedValue FROM "

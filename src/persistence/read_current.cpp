@@ -78,10 +78,17 @@ void ForEachKept(const std::shared_ptr<FilterSpecObject>& filter,
 ObjectHandle GetInternal(const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection,
                          const SchemaHandle& schema) {
   ObjectHandle object;
-  VisitRow(connection, READ_TABLE_CONFIG, id, [&](const RowMap& row) {
-    object = MergeLayers(row, id, schema, MakeUserObject(row, id, schema, ReadUpgradeContext()));
-  });
+  VisitRow(connection, READ_TABLE_CONFIG, id,
+           [&](const RowMap& row) { object = MakeCurrent(row, id, schema); });
   return object;
+}
+
+ObjectHandle MakeCurrent(const RowMap& row, const ConfigStoreObjectId& id,
+                         const SchemaHandle& schema) {
+  if (row.Empty()) {
+    return nullptr;
+  }
+  return MergeLayers(row, id, schema, MakeUserObject(row, id, schema, ReadUpgradeContext()));
 }
 
 ObjectHandle GetCurrentConfigInternal(const ConfigStoreObjectId& id,

@@ -24,6 +24,10 @@ namespace TarnConfigStore {
 ObjectHandle GetInternal(const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection,
                          const SchemaHandle& schema);
 
+/// The same of a row that READ_TABLE_CONFIG gave.
+ObjectHandle MakeCurrent(const RowMap& row, const ConfigStoreObjectId& id,
+                         const SchemaHandle& schema);
+
 /// What the user and automatic configuration set for one object, merged; unconfirmed user values
 /// are left out.
 ObjectHandle GetCurrentConfigInternal(const ConfigStoreObjectId& id,

@@ -30,6 +30,14 @@ ConfigStoreImpl::ConfigStoreImpl(DBStore::ConnectionHandle connection)
 
 ConfigStoreImpl::~ConfigStoreImpl() = default;
 
+const DBStore::ConnectionHandle& ConnectionOf(ConfigStore& store) {
+  const auto* const own = dynamic_cast<ConfigStoreImpl*>(&store);
+  if (own == nullptr) {
+    ThrowArgument("The store has not been made by ConfigStore::GetStore.");
+  }
+  return own->connection_;
+}
+
 int ConfigStoreImpl::BeginTransaction() {
   return DBStore::BeginTransaction(connection_);
 }

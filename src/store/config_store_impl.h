@@ -68,7 +68,13 @@ class ConfigStoreImpl final : public ConfigStore {
   void SetPartInstances(ObjectList objects, ValidateData validate, DeleteValues deleteExisting,
                         WriteValues write, const char* operation);
 
+  friend const DBStore::ConnectionHandle& ConnectionOf(ConfigStore& store);
+
   DBStore::ConnectionHandle connection_;
 };
+
+/// The connection of a store, and so its transaction. Raises InvalidArgumentException 2000 for a store
+/// that GetStore has not made.
+const DBStore::ConnectionHandle& ConnectionOf(ConfigStore& store);
 
 }  // namespace TarnConfigStore

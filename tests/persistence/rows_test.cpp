@@ -269,7 +269,7 @@ TEST_F(Rows, AreFoundByTheKeyUnlessAllAreAskedFor) {
          READ_DEFAULT_INSTANCES, DELETE_DEFAULT_INSTANCES);
   expect("SEARCH DesiredUserConfig" + instance, UNSTAGE_INSTANCE, READ_STAGED_INSTANCE);
   expect("SEARCH DesiredUserConfig" + type + ")", UNSTAGE_TYPE, READ_STAGED_INSTANCES,
-         READ_STAGED_OF_TYPE, READ_STAGED_IDS);
+         READ_STAGED_OF_TYPE, READ_STAGED_IDS, READ_STAGED_OF_OBJECT);
   expect("SCAN DesiredUserConfig" + inOrder, READ_STAGED);
   // Its two halves are put together in a tree of a row or two.
   const std::string remediated = plan(std::string(READ_REMEDIATED_KERNEL_OPTIONS));
