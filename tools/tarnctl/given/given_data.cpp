@@ -50,8 +50,12 @@ GivenData GivenData::Read(const std::string& path, const FindPlace& findPlace, Y
   return given;
 }
 
+std::size_t GivenData::LineOf(const std::string& pointer) const {
+  return yaml_ ? yaml_->data.lines.Find(yaml_->data.value, pointer) : 0;
+}
+
 std::string GivenData::WithLine(const std::string& pointer, const std::string& text) const {
-  const std::size_t line = yaml_ ? yaml_->data.lines.Find(yaml_->data.value, pointer) : 0;
+  const std::size_t line = LineOf(pointer);
   return line == 0 ? text : "line " + std::to_string(line) + ": " + text;
 }
 

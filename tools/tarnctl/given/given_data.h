@@ -40,6 +40,9 @@ class GivenData {
   /// The same for one text.
   std::string WithLine(const std::string& pointer, const std::string& text) const;
 
+  /// The line, of a YAML file, that a JSON Pointer leads to; else 0.
+  std::size_t LineOf(const std::string& pointer) const;
+
   /// Makes a call, and raises the ValidationException that it raises as a ToolError WithLines.
   void Locate(const std::function<void()>& call) const;
 

@@ -39,7 +39,9 @@ std::vector<HiddenValue> AskFor(const std::vector<std::string>& members) {
 std::shared_ptr<ConfigStoreObject> CollectMembers(const ConfigStoreObjectId& id,
                                                   const ObjectData& members,
                                                   const TypeSchema& schema, Null null) {
-  WarnOfSecrets(members.data, schema);
+  if (members.areSeen) {
+    WarnOfSecrets(members.data, schema);
+  }
   auto object = std::make_shared<ConfigStoreObject>(id);
   JsonMaker make;
   Json::Value data = make.Parse(object->GetData());  // its instance id
@@ -77,12 +79,14 @@ bool TakesAway(const Json::Value& given) {
   throw ToolError(ExitCode::INVALID, std::string("nothing was written: ") + why);
 }
 
-void SayLeftOut(const GivenObject& given, const Json::Value& data, const TypeSchema& schema) {
+Notes NotesOfLeftOut(const GivenObject& given, const Json::Value& data, const TypeSchema& schema) {
   JsonMaker make;
+  Notes notes;
   for (const std::string& place : FindLeftOut(data, make.Parse(given.object->GetData()))) {
-    Say(given.source.WithLine(
+    notes.push_back(given.source.WithLine(
         place, Json::ShownPointer(place, schema.Place()) + " names nothing, and was left out"));
   }
+  return notes;
 }
 
 void RefuseMasks(const GivenObject& given, const TypeSchema& schema) {
@@ -95,6 +99,24 @@ void RefuseMasks(const GivenObject& given, const TypeSchema& schema) {
                     "nothing was written: the data hold a secret as it is shown, not as it is",
                     TarnConfigStore::CS_GENERIC, given.source.WithLines(std::move(masks)));
   }
+}
+
+PreparedWrite Prepare(const ConfigStoreObjectId& id, const ObjectData& data, Null null,
+                      const Write& write) {
+  const auto schema = std::make_shared<const TypeSchema>(id);
+  const auto given = std::make_shared<const GivenObject>(MakeObject(id, data, *schema, null));
+  return [schema, given, null, write](TarnConfigStore::ConfigStore& store) {
+    JsonMaker make;
+    const Json::Value before = make.Parse(given->object->GetData());
+    given->source.Locate([&] { write(store, given->object); });
+    // The library writes nothing, and says nothing, when cleaning leaves nothing to write. What only
+    // takes away leaves no data to write either; the id of vital or cached data stays.
+    if (given->object->IsEmpty() &&
+        (null == Null::OF_TYPE || schema->HoldsNothingBesideId(before) || !TakesAway(before))) {
+      RaiseNothingWritten(before, *schema);
+    }
+    return NotesOfLeftOut(*given, before, *schema);
+  };
 }
 
 }  // namespace
@@ -160,30 +182,28 @@ GivenObject MakeObject(const ConfigStoreObjectId& id, const ObjectData& data,
   return given;
 }
 
-void WriteObject(const ConfigStoreObjectId& id, const ObjectData& data, const Write& write) {
-  const TypeSchema schema(id);
-  const GivenObject given = MakeObject(id, data, schema);
-  JsonMaker make;
-  const Json::Value before = make.Parse(given.object->GetData());
-  given.source.Locate([&] { write(*OpenStore(), given.object); });
-  // The library writes nothing, and says nothing, when cleaning leaves nothing to write.
-  if (given.object->IsEmpty()) {
-    RaiseNothingWritten(before, schema);
+PreparedWrite PrepareObject(const ConfigStoreObjectId& id, const ObjectData& data,
+                            const Write& write) {
+  return Prepare(id, data, Null::OF_TYPE, write);
+}
+
+PreparedWrite PrepareUpdate(const ConfigStoreObjectId& id, const ObjectData& data,
+                            const Write& write) {
+  return Prepare(id, data, Null::REMOVES, write);
+}
+
+void Run(const PreparedWrite& write) {
+  for (const std::string& note : write(*OpenStore())) {
+    Say(note);
   }
-  SayLeftOut(given, before, schema);
+}
+
+void WriteObject(const ConfigStoreObjectId& id, const ObjectData& data, const Write& write) {
+  Run(PrepareObject(id, data, write));
 }
 
 void UpdateObject(const ConfigStoreObjectId& id, const ObjectData& data, const Write& write) {
-  const TypeSchema schema(id);
-  const GivenObject given = MakeObject(id, data, schema, Null::REMOVES);
-  JsonMaker make;
-  const Json::Value before = make.Parse(given.object->GetData());
-  given.source.Locate([&] { write(*OpenStore(), given.object); });
-  // What only takes away leaves no data to write either. The id of vital or cached data stays.
-  if (given.object->IsEmpty() && (schema.HoldsNothingBesideId(before) || !TakesAway(before))) {
-    RaiseNothingWritten(before, schema);
-  }
-  SayLeftOut(given, before, schema);
+  Run(PrepareUpdate(id, data, write));
 }
 
 }  // namespace tarnctl

@@ -31,6 +31,7 @@ bool IsFile(const std::vector<std::string>& data);
 struct ObjectData {
   std::vector<std::string> data = {};     ///< of kData
   std::vector<std::string> secrets = {};  ///< of kSecret
+  bool areSeen = true;  ///< by every user of the host, as the arguments of a process are
 };
 
 /// What was given for kData, and for kSecret where the verb takes it. Raises ToolError USAGE for
@@ -51,13 +52,28 @@ GivenObject MakeObject(const TarnConfigStore::ConfigStoreObjectId& id, const Obj
 using Write = std::function<void(TarnConfigStore::ConfigStore&,
                                  const std::shared_ptr<TarnConfigStore::ConfigStoreObject>&)>;
 
-/// The way that every verb takes which writes an object: makes it of what is given, and writes
-/// it. Says of each element that names nothing that it was left out. Raises as MakeObject does, what
-/// `write` raises, with the lines of a YAML file where it has findings, and ToolError INVALID when the store was left as it is because the object comes to nothing.
-void WriteObject(const TarnConfigStore::ConfigStoreObjectId& id, const ObjectData& data,
-                 const Write& write);
+/// A write that only needs a store, and does without more of the user. Answers what people are to be told
+/// of it beside.
+using Notes = std::vector<std::string>;
+using PreparedWrite = std::function<Notes(TarnConfigStore::ConfigStore&)>;
+
+/// The way that every verb takes which writes an object: makes it of what is given, and then writes it.
+/// The notes name each element that says nothing and was left out. Raises as MakeObject does; the write
+/// what `write` raises, with the lines of a YAML file where it has findings, and ToolError INVALID when
+/// the store was left as it is because the object comes to nothing.
+PreparedWrite PrepareObject(const TarnConfigStore::ConfigStoreObjectId& id, const ObjectData& data,
+                            const Write& write);
 
 /// The same for a write that changes the members given, and removes those that are given as null.
+PreparedWrite PrepareUpdate(const TarnConfigStore::ConfigStoreObjectId& id, const ObjectData& data,
+                            const Write& write);
+
+/// Opens the store, writes, and says the notes.
+void Run(const PreparedWrite& write);
+
+/// Both at once.
+void WriteObject(const TarnConfigStore::ConfigStoreObjectId& id, const ObjectData& data,
+                 const Write& write);
 void UpdateObject(const TarnConfigStore::ConfigStoreObjectId& id, const ObjectData& data,
                   const Write& write);
 

@@ -2,7 +2,7 @@
 
 #include "completion/candidates.h"
 #include <completion/shell_functions.h>
-#include "completion/shell_line.h"
+#include "shell/shell_line.h"
 #include "failure.h"
 #include "program.h"
 #include "verbs/verbs.h"

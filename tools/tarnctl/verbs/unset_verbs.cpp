@@ -7,9 +7,8 @@
 #include "store/stored_objects.h"
 #include "store/type_schema.h"
 #include "verbs/verbs.h"
-
-#include <algorithm>
-#include <iterator>
+#include "writes/if_revision.h"
+#include "writes/object_writes.h"
 
 namespace tarnctl {
 namespace {
@@ -18,71 +17,13 @@ using TarnConfigStore::ConfigPart;
 using TarnConfigStore::ConfigStoreObjectId;
 using TarnConfigStore::ResetOutcome;
 using TarnConfigStore::ResetTarget;
-using TarnConfigStore::UnsetMember;
-using TarnConfigStore::UnsetResult;
 
 constexpr const char* kTo = "--to";
 
-void RefuseStagedType(const ConfigStoreObjectId& id) {
-  // The type's own page has no members below such a place: only what is said of it as a whole.
-  if (!TarnConfigStore::DescribeType({id.key, id.group, id.component}, "/").needsReboot) {
-    return;
-  }
-  throw ToolError(ExitCode::INVALID,
-                  FormatObject(id) + " changes at the next boot only: \"tarnctl next-boot unset " +
-                      FormatObject(id) +
-                      " MEMBER\" stages it without a member, \"next-boot set\" as it "
-                      "is to be, \"next-boot delete\" its deletion");
-}
-
-std::string NamesOf(const std::vector<ConfigPart>& parts) {
-  std::string names;
-  for (const ConfigPart part : parts) {
-    names += (names.empty() ? "" : " and ") + std::string(NameOf(part));
-  }
-  return names;
-}
-
 void SayPending(bool dropped) {
   if (dropped) {
-    Say("what was pending for the next boot went with it");
+    Say(kPendingWent);
   }
-}
-
-// Nothing is taken away unless all of it was set.
-void RequireSet(const ConfigStoreObjectId& id, const UnsetResult& result) {
-  Findings findings;
-  for (const UnsetMember& member : result.members) {
-    if (member.taken.empty()) {
-      findings.push_back(
-          {member.pointer, member.left.empty()
-                               ? "is not set" + TypeSchema(id).Suggest(ParsePlace(member.pointer))
-                               : "is set in another part: " + NamesOf(member.left)});
-    }
-  }
-  if (!findings.empty()) {
-    throw ToolError(ExitCode::NOT_FOUND,
-                    "nothing was written: not all of it is set of " + FormatObject(id),
-                    TarnConfigStore::CS_GENERIC, std::move(findings));
-  }
-}
-
-void UnsetGiven(const Given& given, const Output& /*output*/) {
-  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
-  std::vector<std::string> places;
-  std::transform(given.Texts(kMember).begin(), given.Texts(kMember).end(),
-                 std::back_inserter(places), ParsePlaceName);
-  const auto part = PartOf(given);
-  RequireStore();
-  RefuseStagedType(id);
-  const UnsetResult result = TarnConfigStore::UnsetMembers(id, places, part);
-  RequireSet(id, result);
-  for (const UnsetMember& member : result.members) {
-    if (!member.left.empty()) {
-      Say(ShownPlace(member.pointer) + " is still set in another part: " + NamesOf(member.left));
-    }
-  }
-  SayPending(result.dropsPending);
 }
 
 ResetTarget TargetOf(const Given& given) {
@@ -113,7 +54,9 @@ void ResetGiven(const Given& given, const Output& /*output*/) {
                                              ShownPlace(place) + "\"" +
                                              TypeSchema(id).Suggest(ParsePlace(place)));
   }
-  const auto result = TarnConfigStore::ResetObject(id, target, place, part);
+  TarnConfigStore::ResetResult result;
+  AtRevision(*store, id, given,
+             [&] { result = TarnConfigStore::ResetObject(*store, id, target, place, part); });
   switch (result.outcome) {
     case ResetOutcome::NOT_SHIPPED:
       throw ToolError(ExitCode::NOT_FOUND, "no object " + FormatObject(id) + " is shipped");
@@ -136,9 +79,10 @@ Verb UnsetVerb() {
               {ObjectArgument(),
                {.name = kMember, .help = kPlaceHelp, .takes = Takes::TEXTS, .isRequired = true},
                PartArgument("Take them out of this part alone; otherwise of all but what "
-                            "automatic configuration set")},
+                            "automatic configuration set"),
+               IfRevisionArgument()},
           .note = "Nothing is written unless each MEMBER is set.",
-          .run = UnsetGiven};
+          .run = [](const Given& given, const Output& /*output*/) { Run(PrepareUnset(given)); }};
 }
 
 Verb ResetVerb() {
@@ -150,7 +94,8 @@ Verb ResetVerb() {
                          .help = "default: as if nothing had been set; shipped: as the type came",
                          .isRequired = true,
                          .valueName = "default|shipped"},
-                        PartArgument("Reset this part instead of the user's")},
+                        PartArgument("Reset this part instead of the user's"),
+                        IfRevisionArgument()},
           .note = "Other parts are kept: what automatic configuration set is read again.",
           .run = ResetGiven};
 }

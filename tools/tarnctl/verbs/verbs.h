@@ -34,6 +34,9 @@ Verb UnsetVerb();
 Verb ResetVerb();
 Verb DeleteVerb();
 Verb ValidateVerb();
+Verb EditVerb();
+/// Several objects as one.
+Verb TransactionVerb();
 
 // Whole documents.
 Verb ExportVerb();

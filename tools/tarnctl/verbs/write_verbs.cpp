@@ -6,6 +6,9 @@
 #include "store/stored_objects.h"
 #include "verbs/option_names.h"
 #include "verbs/verbs.h"
+#include "writes/if_revision.h"
+#include "writes/layers.h"
+#include "writes/object_writes.h"
 
 #include <cstddef>
 #include <memory>
@@ -18,32 +21,6 @@ using TarnConfigStore::ConfigStoreObject;
 using TarnConfigStore::ConfigStoreObjectId;
 using TarnConfigStore::FilterSpecObject;
 using TarnConfigStore::WriteKind;
-
-constexpr const char* kUser = "--user";
-constexpr const char* kVital = "--vital";
-constexpr const char* kCached = "--cached";
-
-void SetLayers(ConfigStore& store, const std::shared_ptr<ConfigStoreObject>& object,
-               const Given& given) {
-  if (given.Has(kUser)) {
-    store.SetUserData(object, TarnConfigStore::EXTERNAL);
-  } else if (given.Has(kAutomatic)) {
-    store.SetUserData(object, TarnConfigStore::AUTO_CONFIG);
-  } else if (given.Has(kVital)) {
-    store.SetVitalData(object);
-  } else if (given.Has(kCached)) {
-    store.SetCachedData(object);
-  } else {
-    store.Set(object, TarnConfigStore::EXTERNAL);
-  }
-}
-
-WriteKind KindOf(const Given& given) {
-  return given.Has(kVital)                           ? WriteKind::SET_VITAL_DATA
-         : given.Has(kCached)                        ? WriteKind::SET_CACHED_DATA
-         : given.Has(kUser) || given.Has(kAutomatic) ? WriteKind::SET_USER_DATA
-                                                     : WriteKind::SET;
-}
 
 // What a set with the same arguments would say.
 Findings FindFaults(const Given& given) {
@@ -60,22 +37,6 @@ Findings FindFaults(const Given& given) {
     return error.GetFailure().details;  // data that describes no object
   }
   return made.source.WithLines(TarnConfigStore::FindingsOfWrite(made.object, KindOf(given)));
-}
-
-void SetLayersOfInstances(ConfigStore& store,
-                          const std::vector<std::shared_ptr<ConfigStoreObject>>& objects,
-                          const Given& given) {
-  if (given.Has(kUser)) {
-    store.SetUserDataInstances(objects, TarnConfigStore::EXTERNAL);
-  } else if (given.Has(kAutomatic)) {
-    store.SetUserDataInstances(objects, TarnConfigStore::AUTO_CONFIG);
-  } else if (given.Has(kVital)) {
-    store.SetVitalDataInstances(objects);
-  } else if (given.Has(kCached)) {
-    store.SetCachedDataInstances(objects);
-  } else {
-    store.SetInstances(objects, TarnConfigStore::EXTERNAL);
-  }
 }
 
 const std::string& FileOfInstances(const Given& given) {
@@ -103,25 +64,8 @@ void Set(const Given& given, const Output& output) {
                           SetLayersOfInstances(store, objects, given);
                         });
   } else {
-    WriteObject(ParseObject(given.Text(kObject)), DataOf(given),
-                [&](ConfigStore& store, const auto& object) { SetLayers(store, object, given); });
+    Run(PrepareSet(given, DataOf(given)));
   }
-}
-
-void ChangeObject(const Given& given, const Output& /*output*/) {
-  const auto context =
-      given.Has(kAutomatic) ? TarnConfigStore::AUTO_CONFIG : TarnConfigStore::EXTERNAL;
-  UpdateObject(ParseObject(given.Text(kObject)), DataOf(given),
-               [&](ConfigStore& store, const auto& object) { store.Update(object, context); });
-}
-
-void DeleteObject(const Given& given) {
-  const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
-  const auto store = OpenStore();
-  if (store->GetRevision(id) == TarnConfigStore::kDefaultRevision) {
-    RaiseNotStored(id);
-  }
-  store->Delete(id);
 }
 
 // Rows are counted without being read where all are meant: what nobody can read can still be
@@ -156,13 +100,10 @@ std::vector<Argument> WriteArguments(const std::vector<Argument>& more) {
   return arguments;
 }
 
-Choice LayerChoice() {
-  return {.name = "Layers",
-          .help = "Replace one layer and keep the others",
-          .arguments = {Flag(kUser, "Replace what the user set"),
-                        Flag(kAutomatic, "Replace what automatic configuration set"),
-                        Flag(kVital, "Replace what the system must keep"),
-                        Flag(kCached, "Replace what the system remembers")}};
+std::vector<Argument> DeleteArguments() {
+  std::vector<Argument> arguments = ObjectOrInstancesArguments();
+  arguments.push_back(IfRevisionArgument({kAllInstances, kWhere}));
+  return arguments;
 }
 
 }  // namespace
@@ -170,8 +111,9 @@ Choice LayerChoice() {
 Verb SetVerb() {
   return {.name = "set",
           .help = "Replace an object, or one layer, by what is given",
-          .arguments = WriteArguments(
-              {InstancesFlag(), CheckArgument("List what would be refused; write nothing")}),
+          .arguments = WriteArguments({InstancesFlag(),
+                                       CheckArgument("List what would be refused; write nothing"),
+                                       IfRevisionArgument({kAllInstances, kCheck})}),
           .choice = LayerChoice(),
           .note =
               "With --all-instances, instances that are not listed are deleted; with a layer "
@@ -182,16 +124,23 @@ Verb SetVerb() {
 Verb UpdateVerb() {
   return {.name = "update",
           .help = "Change what is given, and keep the rest; MEMBER=null removes a member",
-          .arguments = WriteArguments({Flag(kAutomatic, "On behalf of automatic configuration")}),
-          .run = ChangeObject};
+          .arguments = WriteArguments(
+              {Flag(kAutomatic, "On behalf of automatic configuration"), IfRevisionArgument()}),
+          .run = [](const Given& given, const Output& /*output*/) {
+            Run(PrepareUpdate(given, DataOf(given)));
+          }};
 }
 
 Verb DeleteVerb() {
   return {.name = "delete",
           .help = "Delete an object, or instances",
-          .arguments = ObjectOrInstancesArguments(),
+          .arguments = DeleteArguments(),
           .run = [](const Given& given, const Output& /*output*/) {
-            (MeansInstances(given) ? DeleteInstances : DeleteObject)(given);
+            if (MeansInstances(given)) {
+              DeleteInstances(given);
+            } else {
+              Run(PrepareDelete(given));
+            }
           }};
 }
 

@@ -1,4 +1,8 @@
-#include "completion/shell_line.h"
+#include "shell/shell_line.h"
+
+#include "shell/shell_text.h"
+
+#include <utility>
 
 namespace tarnctl {
 namespace {
@@ -12,10 +16,9 @@ std::vector<std::string> SplitShellLine(std::string_view line) {
   std::vector<std::string> words;
   std::string word;
   bool isWord = false;
-  char quote = '\0';
-  for (std::size_t i = 0; i < line.size(); ++i) {
-    const char c = line[i];
-    if (quote == '\0' && (c == ' ' || c == '\t' || c == '\n')) {
+  ShellText text(line);
+  for (auto piece = text.Next(); piece != ShellText::Piece::END; piece = text.Next()) {
+    if (piece == ShellText::Piece::BLANK || piece == ShellText::Piece::LINE_END) {
       if (isWord) {
         words.push_back(std::move(word));
         word.clear();
@@ -24,21 +27,8 @@ std::vector<std::string> SplitShellLine(std::string_view line) {
       continue;
     }
     isWord = true;
-    if (c == '\\' && quote != '\'') {
-      // Inside double quotes a backslash is one, unless what follows would mean something.
-      const bool hasNext = i + 1 < line.size();
-      if (quote == '"' && hasNext &&
-          std::string_view("\"\\$`").find(line[i + 1]) == std::string_view::npos) {
-        word += c;
-      } else if (hasNext) {
-        word += line[++i];
-      }
-    } else if (quote == '\0' && (c == '\'' || c == '"')) {
-      quote = c;
-    } else if (c == quote) {
-      quote = '\0';
-    } else {
-      word += c;
+    if (piece == ShellText::Piece::CHARACTER) {
+      word += text.Character();
     }
   }
   words.push_back(std::move(word));
