@@ -37,7 +37,7 @@ class TARN_CONFIG_STORE_EXPORT StoredState {
   std::int32_t GetRevision() const;
 
  private:
-  friend struct Internal::Access;
+  friend class StoredStateImpl;
   explicit StoredState(std::shared_ptr<const StoredStateImpl> state);
 
   std::shared_ptr<const StoredStateImpl> state_;

@@ -1,7 +1,6 @@
 // The library's own way behind the public handles.
 #pragma once
 
-#include "tarnconfigstore/compare_and_set.h"
 #include "tarnconfigstore/config_store_object.h"
 #include "tarnconfigstore/filter_spec_object.h"
 
@@ -9,7 +8,6 @@
 #include "objects/filter_spec_object_impl.h"
 
 #include <memory>
-#include <utility>
 
 namespace TarnConfigStore::Internal {
 
@@ -18,7 +16,6 @@ namespace TarnConfigStore::Internal {
 struct Access {
   static ConfigStoreObjectImpl& Of(const ConfigStoreObject& object) { return *object.object_; }
   static FilterSpecObjectImpl& Of(const FilterSpecObject& filter) { return *filter.filter_; }
-  static const StoredStateImpl& Of(const StoredState& state) { return *state.state_; }
 
   static std::shared_ptr<ConfigStoreObject> Wrap(
       const std::shared_ptr<ConfigStoreObjectImpl>& implementation) {
@@ -27,9 +24,6 @@ struct Access {
   static std::shared_ptr<FilterSpecObject> Wrap(
       const std::shared_ptr<FilterSpecObjectImpl>& implementation) {
     return std::make_shared<Handle<FilterSpecObject>>(implementation);
-  }
-  static StoredState Wrap(std::shared_ptr<const StoredStateImpl> implementation) {
-    return StoredState(std::move(implementation));
   }
 
  private:

@@ -2,7 +2,6 @@
 
 #include "platform/logger.h"
 
-#include "objects/access.h"
 #include "objects/schema_lookup.h"
 #include "persistence/boot_statements.h"
 #include "persistence/read_current.h"
@@ -24,6 +23,11 @@ class StoredStateImpl {
   // and never be taken for what a reader of the row knew.
   StoredStateImpl(const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection)
       : id_(id), staged_(ReadStaged(id, connection)), row_(ReadRow(id, connection)) {}
+
+  static const StoredStateImpl& Of(const StoredState& state) { return *state.state_; }
+  static StoredState Wrap(std::shared_ptr<const StoredStateImpl> state) {
+    return StoredState(std::move(state));
+  }
 
   const ConfigStoreObjectId& Id() const { return id_; }
   const RowMap& Row() const { return row_; }
@@ -82,12 +86,12 @@ ObjectForChange GetForChange(ConfigStore& store, const ConfigStoreObjectId& csoI
   const SchemaHandle schema = FindSchema(csoId);
   auto state = ReadStateOf(csoId, schema, ConnectionOf(store));
   auto object = MakeCurrent(state->Row(), csoId, schema);
-  return {std::move(object), Internal::Access::Wrap(std::move(state))};
+  return {std::move(object), StoredStateImpl::Wrap(std::move(state))};
 }
 
 StoredState GetState(ConfigStore& store, const ConfigStoreObjectId& csoId) {
   LogStoreCall(CSLogger::kTrace, "GetState", csoId, EXTERNAL);
-  return Internal::Access::Wrap(ReadStateOf(csoId, FindSchema(csoId), ConnectionOf(store)));
+  return StoredStateImpl::Wrap(ReadStateOf(csoId, FindSchema(csoId), ConnectionOf(store)));
 }
 
 std::vector<ConfigStoreObjectId> FindChanged(ConfigStore& store,
@@ -96,7 +100,7 @@ std::vector<ConfigStoreObjectId> FindChanged(ConfigStore& store,
   const DBStore::Turn turn(connection);
   std::vector<ConfigStoreObjectId> changed;
   for (const StoredState& state : states) {
-    if (!Internal::Access::Of(state).IsCurrent(connection)) {
+    if (!StoredStateImpl::Of(state).IsCurrent(connection)) {
       changed.push_back(state.GetConfigStoreObjectId());
     }
   }

@@ -151,6 +151,16 @@ std::string CancelInside(Caller& caller) {
   return Told(outer.Commit());
 }
 
+std::string WriteOverWhatWasRead(Caller& caller) {
+  ConfigStore& store = *caller.Store();
+  const ObjectForChange read = GetForChange(store, Switch("s1"));
+  const auto changed = WriteIfUnchanged(store, {read.state}, [&store] {
+    UnsetMembers(store, Switch("s1"), {"/mtu"});
+    store.Delete(kPlain);
+  });
+  return Told(read.object) + std::to_string(changed.size());
+}
+
 std::string ApplyNextBoot(Caller& /*caller*/) {
   const ApplyResult result = ApplyNextBootConfig({.bootModeWhenDone = "0"});
   return Told(result.applied) + Told(result.staged);
@@ -301,7 +311,8 @@ const std::vector<OperationGroup>& Groups() {
                                       {Make(Switch("s3"), R"({"name":"s3","serial":"q"})")}))},
         {"Transaction", Commit},
         {"TransactionCancelled", Cancel},
-        {"TransactionInside", CancelInside}}},
+        {"TransactionInside", CancelInside},
+        {"WriteIfUnchanged", WriteOverWhatWasRead}}},
       {"NextBoot",
        {{"GetNextBootStore", TELLS(caller.Store()->GetNextBootStore() != nullptr)},
         {"NextBootGet", TELLS(caller.NextBoot().Get(StagedSwitch("m1")))},
