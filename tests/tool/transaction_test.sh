@@ -68,19 +68,23 @@ refused 4 "nothing was written: 10 lines are refused
   $script:11: the quote of line 11 has no end" transaction "$script"
 refused 5 'has revision 5, not 9' transaction - <<<"update $edge mtu=1502 --if-revision 9"
 refused 4 'has no line that says what to write' transaction - <<<'# nothing'
+printf 'update %s mtu=1\0' $edge >"$script"
+refused 2 ':1: there is a NUL' transaction "$script"
+printf 'update %s mtu=1501\r\n\r\n' $edge >"$script"
+expect 0 '?' '' transaction "$script"
 refused 1 'cannot read nowhere' transaction nowhere
 refused 1 ":1: cannot read nowhere" transaction - <<<"set $edge nowhere"
 
 # one revision of an object
 for call in "set $edge mtu=1600" "update $edge mtu=1600" "unset $edge mtu" "reset $edge --to default" "delete $edge"; do
   # shellcheck disable=SC2086
-  refused 5 'nothing was written: tarn/network/switches/edge has revision 5, not 4' $call --if-revision 4
+  refused 5 'nothing was written: tarn/network/switches/edge has revision 6, not 4' $call --if-revision 4
 done
 refused 5 'is not stored' set tarn/network/resolver resolver.yaml --if-revision 1
 refused 2 excludes set tarn/network/switches resolver.yaml --all-instances --if-revision 1
-expect 0 '' '' unset $edge mtu --if-revision 5
-expect 0 '' '' reset $edge --to default --if-revision 6
-expect 0 '' '' update $edge mtu=1600 --if-revision 7
+expect 0 '' '' unset $edge mtu --if-revision 6
+expect 0 '' '' reset $edge --to default --if-revision 7
+expect 0 '' '' update $edge mtu=1600 --if-revision 8
 
 # somebody else has the store, changes the object, and lets go
 mkfifo release

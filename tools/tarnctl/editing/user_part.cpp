@@ -15,7 +15,6 @@ namespace {
 
 using TarnConfigStore::ConfigStoreObjectId;
 using TarnConfigStore::ImportMode;
-using TarnConfigStore::ObjectOutcome;
 
 std::string PlaceInDocument(const ConfigStoreObjectId& id, bool hasInstances) {
   std::string place = "/config";

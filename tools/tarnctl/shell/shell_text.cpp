@@ -23,7 +23,7 @@ ShellText::Piece ShellText::Next() {
     if (c == '\\' && quote_ != '\'') {
       return AfterBackslash();
     }
-    if (c == quote_) {
+    if (quote_ != '\0' && c == quote_) {
       quote_ = '\0';
       return Piece::QUOTE;
     }

@@ -42,6 +42,7 @@ class Transaction {
     if (changed.empty()) {
       return;
     }
+    faults_.Raise();  // trying again would meet the same
     Findings findings;
     for (const auto& id : changed) {
       findings.push_back({FormatObject(id), "was changed meanwhile"});
@@ -56,12 +57,13 @@ class Transaction {
     Json::Value done(rapidjson::kArrayType);
     std::string text;
     for (const auto& [line, notes, revision] : written_) {
-      const std::string place = faults_.PlaceOf(line.number);
+      const std::string place = faults_.PlaceOf(line.number) + ": ";
       for (const std::string& note : notes) {
-        Say(place + ": " + note);
+        Say(std::string(place).append(note));
       }
       const std::string object = FormatObject(line.id);
-      text += Json::Utf8::WithoutControls(place + ": " + line.verb + " " + object) + "\n";
+      text.append(Json::Utf8::WithoutControls(place)).append(line.verb).append(" ");
+      text.append(Json::Utf8::WithoutControls(object)).append("\n");
       done.PushBack(
           make.Object("line", static_cast<int>(line.number), "verb", line.verb, "object", object,
                       "revision",

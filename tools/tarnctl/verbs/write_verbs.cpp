@@ -17,10 +17,8 @@ namespace tarnctl {
 namespace {
 
 using TarnConfigStore::ConfigStore;
-using TarnConfigStore::ConfigStoreObject;
 using TarnConfigStore::ConfigStoreObjectId;
 using TarnConfigStore::FilterSpecObject;
-using TarnConfigStore::WriteKind;
 
 // What a set with the same arguments would say.
 Findings FindFaults(const Given& given) {
