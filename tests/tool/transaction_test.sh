@@ -151,6 +151,15 @@ expect 0 '=[{"hits":5,"allow":"a"},{"hits":6,"allow":"b"}]' '' get test/tool/vau
 edit 'echo "master: x" >>"$file"' test/tool/vault
 verify 'an edit of a vital member' $? 4 '' '/master: line 6: belongs to the vital part'
 rm -rf tmp/*
+edit 'sed -i "s/password: .*/password: \"***\"/" "$file"' test/tool/vault --reveal
+verify 'an edit that reveals, and masks' $? 4 '' '/password: line 1: "***" is what a secret is shown as'
+grep -q 'password: geheim' seen || fail 'a revealed secret is not shown'
+rm -rf tmp/*
+options=tarn/tkernel/options
+expect 0 '' '' set $options maximumCpus=8
+expect 0 '' '' kernel-options set maximumCpus=16
+edit 'sed -i s/8/9/ "$file"' $options
+verify 'an edit over a pending value' $? 0 '' 'what was pending for the next boot went with it'
 edit true tarn/network/switches/nope
 verify 'an edit of nothing' $? 3 '' 'no object tarn/network/switches/nope is stored'
 

@@ -98,7 +98,7 @@ Json::Value UserPart::Read() {
 }
 
 void UserPart::RequireOwn(const Json::Value& edited) const {
-  Findings findings;
+  Findings findings = reveals_ ? FindMasks(edited, schema_) : Findings();  // nothing was masked
   const Json::Value* const id =
       HasInstances() ? Json::FindMember(edited, schema_.InstanceIdMember()) : nullptr;
   if (HasInstances() && (id == nullptr || !id->IsString() || Json::Text(*id) != id_.instanceId)) {

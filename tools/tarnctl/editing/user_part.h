@@ -40,9 +40,9 @@ class UserPart {
   TypeSchema schema_;
   std::string place_;  // of the object in a document
   TarnConfigStore::StoredState state_;
-  JsonMaker make_;
-  Json::Value data_;
   bool hasPending_ = false;
+  JsonMaker make_;
+  Json::Value data_;  // last: reading it fills in the others
 };
 
 }  // namespace tarnctl
