@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Writes that come out as one, or not at all, and never over somebody else's change:
 # transaction_test.sh TARNCTL TYPES
-# shellcheck source-path=SCRIPTDIR source=support.sh
+# shellcheck source-path=SCRIPTDIR source=support.sh disable=SC2016
 . "$(dirname "$0")/support.sh"
 
 edge=tarn/network/switches/edge
