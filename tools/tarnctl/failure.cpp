@@ -5,9 +5,13 @@
 #include "json/print.h"
 #include "json/utf8.h"
 #include "shown/output.h"
+#include "table/terminal.h"
+#include "table/text_width.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
+#include <unistd.h>
 
 namespace tarnctl {
 namespace {
@@ -50,8 +54,23 @@ Failure DescribeOthersFailure(const std::exception& error) {
   return failure;
 }
 
-std::string FormatFinding(const TarnConfigStore::ErrorInfo& finding) {
-  return Json::Utf8::WithoutControls(finding.field + ": " + finding.error);
+// A line for each; on a terminal the errors stand below each other, and are never cut.
+std::string LinesOf(const Findings& findings, const char* indent, const Terminal& terminal) {
+  constexpr std::size_t kWidest = 40;  // places that are longer push their errors to the right
+  std::size_t width = 0;
+  for (const auto& finding : findings) {
+    const std::size_t own = WidthOf(Json::Utf8::WithoutControls(finding.field));
+    width = own <= kWidest ? std::max(width, own) : width;
+  }
+  std::string lines;
+  for (const auto& finding : findings) {
+    const std::string field = Json::Utf8::WithoutControls(finding.field);
+    const std::size_t own = terminal.isOne ? WidthOf(field) : 0;
+    lines.append(indent).append(terminal.Coloured(field + ":", kRed)).append(" ");
+    lines.append(terminal.isOne && own < width ? width - own : 0, ' ');
+    lines.append(Json::Utf8::WithoutControls(finding.error)).append("\n");
+  }
+  return lines;
 }
 
 std::string Line(const std::string& text) {
@@ -87,10 +106,7 @@ void Report(const Failure& failure, bool asJson) {
     Json::Print(report, Json::Layout::ONE_LINE, Json::BadText::REPAIRED, text);
     text += "\n";
   } else {
-    text = Line(failure.message);
-    for (const auto& finding : failure.details) {
-      text += "  " + FormatFinding(finding) + "\n";
-    }
+    text = Line(failure.message) + LinesOf(failure.details, "  ", Terminal::Of(STDERR_FILENO));
   }
   std::fputs(text.c_str(), stderr);
 }
@@ -110,11 +126,7 @@ void PrintFindings(const Findings& findings, const Output& output) {
     JsonMaker make;
     output.PrintLenient(ListFindings(findings, make));
   } else {
-    std::string lines;
-    for (const auto& finding : findings) {
-      lines += FormatFinding(finding) + "\n";
-    }
-    output.PrintText(lines);
+    output.PrintText(LinesOf(findings, "", Terminal::Of(STDOUT_FILENO)));
   }
   if (!findings.empty()) {
     throw ToolError({ExitCode::INVALID,

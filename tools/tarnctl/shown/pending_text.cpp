@@ -21,25 +21,6 @@ std::string EscapedLine(const std::string& text) {
   return Json::Utf8::WithoutControls(text) + "\n";
 }
 
-std::string Heading(const PendingChange& change) {
-  std::string text = FormatObject(change.id);
-  const char* before = ": ";
-  const auto add = [&](const std::string& what) {
-    text.append(before).append(what);
-    before = ", ";
-  };
-  if (change.staged) {
-    add(NameAction(change.action));
-  }
-  if (change.pendingValue) {
-    add("a pending value");
-  }
-  if (change.unconfirmed) {
-    add("unconfirmed");
-  }
-  return EscapedLine(text);
-}
-
 std::string ValueOr(const std::optional<std::string>& value) {
   return value.value_or("nothing");
 }
@@ -54,12 +35,10 @@ std::string LineOf(const MemberChange& member) {
   return EscapedLine(text);
 }
 
-std::string FindingLines(const Findings& findings, const char* remark) {
+std::string FindingLines(const Findings& findings) {
   std::string lines;
   for (const auto& finding : findings) {
-    std::string text = "  ! ";
-    text.append(finding.field).append(": ").append(finding.error).append(remark);
-    lines += EscapedLine(text);
+    lines += EscapedLine("  ! " + finding.field + ": " + finding.error);
   }
   return lines;
 }
@@ -85,6 +64,35 @@ std::string MergeOutlook(const PendingChange& change) {
              : "";
 }
 
+}  // namespace
+
+std::string WhatWaits(const PendingChange& change) {
+  std::string text;
+  const auto add = [&text](const char* what) {
+    text.append(text.empty() ? "" : ", ").append(what);
+  };
+  if (change.staged) {
+    add(NameAction(change.action));
+  }
+  if (change.pendingValue) {
+    add("a pending value");
+  }
+  if (change.unconfirmed) {
+    add("unconfirmed");
+  }
+  return text;
+}
+
+Findings FindingsOf(const PendingChange& change) {
+  Findings findings = change.findings;
+  if (change.mergedFindings.size() != change.findings.size() || change.findings.empty()) {
+    for (const auto& finding : change.mergedFindings) {
+      findings.push_back({finding.field, finding.error + " (with --merge)"});
+    }
+  }
+  return findings;
+}
+
 std::string Outlook(const PendingChange& change) {
   if (!change.staged) {
     return change.pendingValue
@@ -100,21 +108,17 @@ std::string Outlook(const PendingChange& change) {
   return merged.empty() ? text : text + "; " + merged;
 }
 
-}  // namespace
-
-std::string DescribePending(const PendingChange& change, bool inColour) {
-  std::string lines = Heading(change);
+std::string DescribePending(const PendingChange& change, const Terminal& terminal) {
+  const std::string waits = WhatWaits(change);
+  std::string lines = EscapedLine(FormatObject(change.id) + (waits.empty() ? "" : ": ") + waits);
   for (const DriftObject& object : change.difference) {
     const bool isOwn = object.GetConfigStoreObjectId() == change.id;
-    lines += isOwn ? DescribeMembers(object, inColour) : DescribeDrift(object, inColour);
+    lines += isOwn ? DescribeMembers(object, terminal) : DescribeDrift(object, terminal);
   }
   for (const MemberChange& member : change.meanwhile) {
     lines += LineOf(member);
   }
-  lines += FindingLines(change.findings, "");
-  if (change.mergedFindings.size() != change.findings.size() || change.findings.empty()) {
-    lines += FindingLines(change.mergedFindings, " (with --merge)");
-  }
+  lines += FindingLines(FindingsOf(change));
   return lines + "  = " + EscapedLine(Outlook(change));
 }
 

@@ -46,6 +46,16 @@ ShownData::Way ShownData::WayTo(const Json::Value& data, const MemberPath& place
   return way;
 }
 
+bool ShownData::Read(const Json::Value& data, const MemberPath& place, const TypeSchema& type,
+                     JsonMaker& make, Json::Value& shown) const {
+  const Way way = WayTo(data, place, type);
+  const Json::Value* const value = type.Read(data, way.path);
+  if (value != nullptr) {
+    shown = At(way, *value, make);
+  }
+  return value != nullptr;
+}
+
 Json::Value ShownData::At(const Way& way, const Json::Value& value, JsonMaker& make) const {
   Json::Value shown(value, make.GetAllocator());
   if (!reveals_) {

@@ -33,6 +33,11 @@ class ShownData {
   };
   Way WayTo(const Json::Value& data, const MemberPath& place, const TypeSchema& type) const;
 
+  /// Puts what is shown of a member into `shown`, as it reads: the default where it is absent. False
+  /// where there is neither.
+  bool Read(const Json::Value& data, const MemberPath& place, const TypeSchema& type,
+            JsonMaker& make, Json::Value& shown) const;
+
   /// What is shown of the value at the end of a way, be it stored or a default.
   Json::Value At(const Way& way, const Json::Value& value, JsonMaker& make) const;
 

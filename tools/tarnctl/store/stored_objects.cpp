@@ -44,12 +44,11 @@ void PrintObject(const ConfigStoreObject& object, const MemberPath& member, Show
   }
   const Json::Value data = make.Parse(object.GetData());
   const TypeSchema& type = shown.TypeOf(object);
-  const ShownData::Way way = shown.WayTo(data, member, type);
-  const Json::Value* value = type.Read(data, way.path);
-  if (value == nullptr) {
+  Json::Value value;
+  if (!shown.Read(data, member, type, make, value)) {
     RaiseNoMember(object, "no member \"" + FormatMember(member) + "\"" + type.Suggest(member));
   }
-  output.PrintMember(shown.At(way, *value, make));
+  output.PrintMember(value);
 }
 
 void PrintPlace(const ConfigStoreObject& object, const MemberPath& place, ShownData shown,
@@ -68,12 +67,6 @@ void PrintPlace(const ConfigStoreObject& object, const MemberPath& place, ShownD
     RaiseNoMember(object, "nothing at " + PointerTo(place));
   }
   output.PrintMember(shown.At(way, *value, make));
-}
-
-void PrintObjects(const std::vector<std::shared_ptr<ConfigStoreObject>>& objects, ShownData shown,
-                  const Output& output) {
-  JsonMaker make;
-  output.Print(make.List(objects, [&](const auto& object) { return shown.Of(*object, make); }));
 }
 
 void SayHowMany(std::size_t count, const ConfigStoreObjectId& type, const char* what) {

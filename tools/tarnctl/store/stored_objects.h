@@ -38,10 +38,6 @@ void PrintObject(const TarnConfigStore::ConfigStoreObject& object, const MemberP
 void PrintPlace(const TarnConfigStore::ConfigStoreObject& object, const MemberPath& place,
                 ShownData shown, const Output& output);
 
-/// Prints an array of objects.
-void PrintObjects(const std::vector<std::shared_ptr<TarnConfigStore::ConfigStoreObject>>& objects,
-                  ShownData shown, const Output& output);
-
 /// Says on standard error how many instances of a type met something, as "deleted".
 void SayHowMany(std::size_t count, const TarnConfigStore::ConfigStoreObjectId& type,
                 const char* what);

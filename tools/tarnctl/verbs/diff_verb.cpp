@@ -8,10 +8,13 @@
 #include "shown/progress.h"
 #include "store/prefix_contents.h"
 #include "store/stored_objects.h"
+#include "table/change_tables.h"
 #include "verbs/verbs.h"
 
 #include <algorithm>
 #include <optional>
+#include <unistd.h>
+#include <utility>
 
 namespace tarnctl {
 namespace {
@@ -105,12 +108,21 @@ Compared Compare(const std::string& with, const DriftOptions& options) {
                                      : CompareWithFile(with, options);
 }
 
-void Print(const Differences& differences, const Output& output) {
+// A terminal gets the table where nothing of it would be cut: what differs may stand at the end of a
+// value.
+void Print(const Differences& differences, std::optional<ColumnTable> table, const Output& output) {
+  if (table) {
+    AddDrift(differences, *table);
+  }
+  if (table && table->IsWanted() && !differences.empty()) {
+    table->End();
+    return;
+  }
   if (!output.AsData()) {
-    const bool inColour = ShowsColours();
+    const Terminal terminal = Terminal::Of(STDOUT_FILENO);
     std::string lines;
     for (const DriftObject& object : differences) {
-      lines += DescribeDrift(object, inColour);
+      lines += DescribeDrift(object, terminal);
     }
     output.PrintText(lines);
     return;
@@ -127,13 +139,14 @@ void Diff(const Given& given, const Output& output) {
   options.complete = given.Has(kComplete);
   options.reveal = Reveals(given);
   options.longest = LimitOf(given);
+  auto table = ColumnTable::If(given, output, kDriftColumns);
   RequireStore();
   const Compared compared = Compare(given.Text(kWith), options);
   // A misspelled name has no differences either.
   if (compared.differences.empty() && !prefix.empty() && !HoldsAnything(options.prefix)) {
     throw ToolError(ExitCode::NOT_FOUND, "there is nothing under " + prefix + " to compare");
   }
-  Print(compared.differences, output);
+  Print(compared.differences, std::move(table), output);
   if (!compared.leftOut.empty()) {
     throw ToolError(compared.differences.empty() ? ExitCode::FAILED : ExitCode::CONFLICT,
                     "not everything was compared", TarnConfigStore::CS_GENERIC, compared.leftOut);
@@ -159,6 +172,7 @@ Verb DiffVerb() {
                      .valueName = "WHAT"},
                     Flag(kComplete, "The document has everything: show what it does not name, too"),
                     RevealArgument(),
+                    ColumnsArgument(NamesOf(kDriftColumns)),
                     LimitArgument()},
       .note =
           "Lines begin with ~ (what is found -> what is expected), + (expected, and not "

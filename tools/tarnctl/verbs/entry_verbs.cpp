@@ -2,6 +2,8 @@
 
 #include "failure.h"
 #include "json/json.h"
+#include "json/utf8.h"
+#include "table/columns.h"
 #include "verbs/option_names.h"
 #include "verbs/verbs.h"
 
@@ -64,7 +66,16 @@ void DeleteEntry(const Given& given, const Output& /*output*/) {
   TarnConfigStore::SetKeyValue(given.Text(kKey), "");
 }
 
-void ListEntries(const Given& /*given*/, const Output& output) {
+const Columns kEntryColumns = {{"key"}, {"value"}};
+
+void ListEntries(const Given& given, const Output& output) {
+  if (auto table = ColumnTable::If(given, output, kEntryColumns)) {
+    for (const char* const key : kKnownKeys) {
+      table->Add({key, Json::Utf8::Escaped(TarnConfigStore::GetKeyValue(key))});
+    }
+    table->End();
+    return;
+  }
   JsonMaker make;
   Json::Value entries = make.Object();
   for (const char* const key : kKnownKeys) {
@@ -81,6 +92,7 @@ Verb EntryVerbs() {
           .help = "Read and write the key/value entries",
           .verbs = {{.name = "list",
                      .help = "Print the entries that mean something to the library and to the boot",
+                     .arguments = {ColumnsArgument(NamesOf(kEntryColumns))},
                      .run = ListEntries},
                     {.name = "get",
                      .help = "Print an entry; nothing when it is absent",

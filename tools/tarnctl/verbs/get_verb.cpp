@@ -6,6 +6,7 @@
 #include "given/member_values.h"
 #include "shown/group_tree.h"
 #include "store/stored_objects.h"
+#include "table/instance_table.h"
 #include "verbs/option_names.h"
 #include "verbs/verbs.h"
 
@@ -78,6 +79,7 @@ std::shared_ptr<ConfigStoreObject> ReadDuringBoot(const ConfigStoreObjectId& id,
 void GetObject(const Given& given, const Output& output) {
   const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
   const MemberPath member = ParseMemberIfGiven(given.Text(kMember));
+  RequireNoColumns(given);
   RequireWith(given, kPointer, member.empty(), "the place of a MEMBER");
   const auto pointer =
       given.Has(kPointer) ? std::optional(ParsePlace(given.Text(kPointer))) : std::nullopt;
@@ -95,6 +97,7 @@ void GetObject(const Given& given, const Output& output) {
 void GetInstances(const Given& given, const Output& output) {
   const ConfigStoreObjectId type = ParseType(given.Text(kObject));
   const auto store = OpenStore();
+  InstancePrinter printer(given, output, type);
   const auto filter = MakeFilter(type, given.Texts(kWhere));
   auto objects =
       given.Has(kDefault) ? store->GetDefaultConfigInstances(filter) : store->GetInstances(filter);
@@ -104,13 +107,14 @@ void GetInstances(const Given& given, const Output& output) {
   if (given.Has(kChangedOnly)) {
     TarnConfigStore::FilterDefaultConfigInstances(type, objects);
   }
-  PrintObjects(objects, ShownData(given), output);
+  printer.Print(objects);
 }
 
 // What cannot be read is told after what can, and the verb fails: what stands on standard output is
 // not all that is stored.
 void GetGroup(const Given& given, const Output& output) {
   const ConfigStoreObjectId prefix = ParsePrefix(given.Text(kObject));
+  auto table = ColumnTable::If(given, output, kMemberColumns);
   for (const char* option : {kMember, kPointer, kDefault, kEffective, kDuringBoot}) {
     if (given.Has(option)) {
       throw ToolError(ExitCode::USAGE, std::string(option) + " is of one OBJECT (see --help)");
@@ -124,8 +128,13 @@ void GetGroup(const Given& given, const Output& output) {
   if (config.objects.empty() && config.notInstalled.empty()) {
     throw ToolError(ExitCode::NOT_FOUND, "nothing is stored under " + given.Text(kObject));
   }
-  JsonMaker make;
-  output.Print(MakeGroupTree(config.objects, !prefix.group.empty(), ShownData(given), make));
+  if (table) {
+    AddMembers(config.objects, ShownData(given), *table);
+    table->End();
+  } else {
+    JsonMaker make;
+    output.Print(MakeGroupTree(config.objects, !prefix.group.empty(), ShownData(given), make));
+  }
   Findings missing;
   for (const ConfigStoreObjectId& id : config.notInstalled) {
     missing.push_back({FormatObject(id), "its type is not installed"});
@@ -160,6 +169,9 @@ Verb GetVerb() {
                 "OBJECT may be COMPONENT[/GROUP] too: what is confirmed of each object there, by "
                 "key; instances as a list.",
             .run = Get};
+  verb.arguments.push_back(
+      ColumnsArgument("of instances, members by dotted paths; of a component or group, " +
+                      NamesOf(kMemberColumns)));
   verb.arguments.push_back(Flag(kDefault, "What the type came with, not what is stored"));
   verb.arguments.push_back(Flag(kEffective,
                                 "With the defaults of absent members, also of an object that is "

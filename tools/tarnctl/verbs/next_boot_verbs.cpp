@@ -7,6 +7,8 @@
 #include "given/member_values.h"
 #include "shown/descriptions.h"
 #include "store/stored_objects.h"
+#include "table/instance_table.h"
+#include "table/record_list.h"
 #include "verbs/verbs.h"
 
 #include <cstddef>
@@ -22,6 +24,7 @@ using TarnConfigStore::StagedChange;
 // upgraded.
 
 void GetStaged(const Given& given, const Output& output) {
+  RequireNoColumns(given);
   const ConfigStoreObjectId id = ParseObject(given.Text(kObject));
   const MemberPath member = ParseMemberIfGiven(given.Text(kMember));
   const auto staged = OpenStore()->GetNextBootStore()->Get(id);
@@ -37,8 +40,8 @@ void GetStaged(const Given& given, const Output& output) {
 void GetStagedInstances(const Given& given, const Output& output) {
   const ConfigStoreObjectId type = ParseType(given.Text(kObject));
   const auto nextBoot = OpenStore()->GetNextBootStore();
-  PrintObjects(nextBoot->GetInstances(MakeFilter(type, given.Texts(kWhere))), ShownData(given),
-               output);
+  InstancePrinter printer(given, output, type);
+  printer.Print(nextBoot->GetInstances(MakeFilter(type, given.Texts(kWhere))));
 }
 
 void Stage(const Given& given, const Output& /*output*/) {
@@ -46,6 +49,12 @@ void Stage(const Given& given, const Output& /*output*/) {
               [](TarnConfigStore::ConfigStore& store, const auto& object) {
                 store.GetNextBootStore()->Set(object);
               });
+}
+
+std::vector<Argument> ReadStagedArguments() {
+  std::vector<Argument> arguments = ReadArguments();
+  arguments.push_back(ColumnsArgument("of instances, members by dotted paths"));
+  return arguments;
 }
 
 std::vector<Argument> StageArguments() {
@@ -121,9 +130,16 @@ void Reset(const Given& given, const Output& /*output*/) {
   }
 }
 
+const Columns kStagedColumns = {{"object"}, {"action"}, {"version"}, {"values"}};
+
 void ListStagedChanges(const Given& given, const Output& output) {
-  JsonMaker make;
-  output.Print(DescribeStaged(ParsePrefixIfGiven(given.Text(kPrefix)), make));
+  RecordList list(given, output, kStagedColumns);
+  for (const StagedChange& change :
+       TarnConfigStore::ListStaged(ParsePrefixIfGiven(given.Text(kPrefix)))) {
+    JsonMaker make;
+    list.Add(Describe(change, make));
+  }
+  list.End();
 }
 
 ConfigStoreObjectId KernelOptions() {
@@ -153,7 +169,7 @@ Verb NextBootVerbs() {
       .verbs = {
           {.name = "get",
            .help = "Print what is staged: an object, a member, instances",
-           .arguments = ReadArguments(),
+           .arguments = ReadStagedArguments(),
            .run =
                [](const Given& given, const Output& output) {
                  (MeansInstances(given) ? GetStagedInstances : GetStaged)(given, output);
@@ -190,7 +206,7 @@ Verb NextBootVerbs() {
            .run = Reset},
           {.name = "list",
            .help = "List the staged changes",
-           .arguments = {PrefixArgument()},
+           .arguments = {PrefixArgument(), ColumnsArgument(NamesOf(kStagedColumns))},
            .run = ListStagedChanges}}};
 }
 

@@ -2,13 +2,14 @@
 
 #include "failure.h"
 #include "given/object_name.h"
-#include "shown/drift_text.h"
 #include "shown/pending_text.h"
 #include "store/prefix_contents.h"
 #include "store/stored_objects.h"
+#include "table/change_tables.h"
 #include "verbs/verbs.h"
 
 #include <string>
+#include <unistd.h>
 
 namespace tarnctl {
 namespace {
@@ -20,17 +21,28 @@ void ShowPending(const Given& given, const Output& output) {
   TarnConfigStore::PendingOptions options;
   options.prefix = ParsePrefixIfGiven(prefix);
   options.reveal = Reveals(given);
+  auto table = ColumnTable::If(given, output, kPendingColumns);
   RequireStore();
   const auto changes = TarnConfigStore::ListPendingChanges(options);
   // Nothing waits under a misspelled name either.
   if (changes.empty() && !prefix.empty() && !HoldsAnything(options.prefix)) {
     throw ToolError(ExitCode::NOT_FOUND, "there is nothing under " + prefix);
   }
+  for (const PendingChange& change : changes) {
+    if (table) {
+      AddPending(change, *table);
+    }
+  }
+  // A terminal gets the table where nothing of it would be cut.
+  if (table && table->IsWanted() && !changes.empty()) {
+    table->End();
+    return;
+  }
   if (!output.AsData()) {
-    const bool inColour = ShowsColours();
+    const Terminal terminal = Terminal::Of(STDOUT_FILENO);
     std::string lines;
     for (const PendingChange& change : changes) {
-      lines += DescribePending(change, inColour);
+      lines += DescribePending(change, terminal);
     }
     output.PrintText(lines);
     return;
@@ -43,15 +55,16 @@ void ShowPending(const Given& given, const Output& output) {
 }  // namespace
 
 Verb PendingVerb() {
-  return {.name = "pending",
-          .help =
-              "Show what waits for the next boot, what it will change, and what was changed "
-              "meanwhile",
-          .arguments = {PrefixArgument(), RevealArgument()},
-          .note =
-              "Members are shown as diff does: ~ (now -> then), + and -. Lines with ! are what "
-              "was changed since the change was staged, and what keeps it from being applied.",
-          .run = ShowPending};
+  return {
+      .name = "pending",
+      .help =
+          "Show what waits for the next boot, what it will change, and what was changed "
+          "meanwhile",
+      .arguments = {PrefixArgument(), RevealArgument(), ColumnsArgument(NamesOf(kPendingColumns))},
+      .note =
+          "Members are shown as diff does: ~ (now -> then), + and -. Lines with ! are what "
+          "was changed since the change was staged, and what keeps it from being applied.",
+      .run = ShowPending};
 }
 
 }  // namespace tarnctl

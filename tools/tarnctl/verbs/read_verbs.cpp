@@ -3,7 +3,10 @@
 #include "failure.h"
 #include "shown/descriptions.h"
 #include "store/stored_objects.h"
+#include "table/record_list.h"
 #include "verbs/verbs.h"
+
+#include <algorithm>
 
 namespace tarnctl {
 namespace {
@@ -12,21 +15,29 @@ using TarnConfigStore::ConfigStoreObjectId;
 
 constexpr const char* kOutdated = "--outdated";
 
+Columns ColumnsOf(bool outdated) {
+  Columns columns = {{"object"},       {"version", outdated}, {"revision"}, {"creationTime", false},
+                     {"modifiedTime"}, {"confirmed"},         {"values"}};
+  if (outdated) {
+    columns.push_back({"installedVersion"});
+  }
+  return columns;
+}
+
 void List(const Given& given, const Output& output) {
   const ConfigStoreObjectId prefix = ParsePrefixIfGiven(given.Text(kPrefix));
+  RecordList list(given, output, ColumnsOf(given.Has(kOutdated)));
+  const auto add = [&list](const auto& object) {
+    JsonMaker make;
+    list.Add(Describe(object, make));
+  };
   if (given.Has(kOutdated)) {
-    JsonMaker make;
-    output.Print(make.List(
-        TarnConfigStore::ListOutdated(prefix),
-        [&](const TarnConfigStore::OutdatedObject& object) { return Describe(object, make); }));
-    return;
+    const auto outdated = TarnConfigStore::ListOutdated(prefix);
+    std::for_each(outdated.begin(), outdated.end(), add);
+  } else {
+    TarnConfigStore::VisitStored(prefix, add);
   }
-  ListPrinter printer(output);
-  TarnConfigStore::VisitStored(prefix, [&](const TarnConfigStore::StoredObject& object) {
-    JsonMaker make;
-    printer.Add(Describe(object, make));
-  });
-  printer.End();
+  list.End();
 }
 
 void ShowRevisions(const Given& given, const Output& output) {
@@ -55,7 +66,9 @@ Verb ListVerb() {
       .name = "list",
       .help = "List the stored objects",
       .arguments = {PrefixArgument(),
-                    Flag(kOutdated, "Only those last written under another version of their type")},
+                    Flag(kOutdated, "Only those last written under another version of their type"),
+                    ColumnsArgument(NamesOf(ColumnsOf(false)) +
+                                    " and, with --outdated, installedVersion")},
       .run = List};
 }
 

@@ -5,6 +5,7 @@
 #include "failure.h"
 #include "shown/descriptions.h"
 #include "store/stored_objects.h"
+#include "table/record_list.h"
 #include "verbs/option_names.h"
 #include "verbs/verbs.h"
 
@@ -198,11 +199,16 @@ void CheckFiles(const Given& given, const Output& output) {
   }
 }
 
-void ListInstalled(const Given& /*given*/, const Output& output) {
+const Columns kTypeColumns = {{"type"}, {"version"}, {"instances"}, {"flags"}};
+
+void ListInstalled(const Given& given, const Output& output) {
+  RecordList list(given, output, kTypeColumns);
   RequireStore();
-  JsonMaker make;
-  output.Print(make.List(TarnConfigStore::ListTypes(),
-                         [&](const auto& type) { return Describe(type, make); }));
+  for (const auto& type : TarnConfigStore::ListTypes()) {
+    JsonMaker make;
+    list.Add(Describe(type, make));
+  }
+  list.End();
 }
 
 void Show(const Given& given, const Output& output) {
@@ -247,7 +253,10 @@ Verb TypeVerbs() {
            .help = "Check type files without a store, and list all that is wrong",
            .arguments = {path},
            .run = CheckFiles},
-          {.name = "list", .help = "List the installed types", .run = ListInstalled},
+          {.name = "list",
+           .help = "List the installed types",
+           .arguments = {ColumnsArgument(NamesOf(kTypeColumns))},
+           .run = ListInstalled},
           {.name = "show",
            .help = "Print the type file of a type",
            .arguments = {TypeArgument()},
