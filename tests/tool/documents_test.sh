@@ -275,7 +275,7 @@ cd "$here" || exit 1
 
 # --- on a terminal
 at_terminal() { TERM=xterm script -qec "$1" /dev/null 2>&1; }
-[[ $(at_terminal "'$tarnctl' diff $nics/c --with '$doc'") == *$'\033[32m  + /mtu: 1300 (user)\033[0m'* ]] || fail "there are no colours"
+[[ $(at_terminal "'$tarnctl' diff $nics/c --with '$doc'") == *$'\033[32m/mtu\033[0m'*$'\033[32m1300\033[0m'* ]] || fail "there are no colours"
 [[ $(NO_COLOR=1 at_terminal "'$tarnctl' diff $nics/c --with '$doc'") != *$'\033'* ]] || fail "there are colours that nobody wants"
 [[ $(at_terminal "(sleep 1.5; cat '$doc') | '$tarnctl' import --check -") == *"tarnctl: importing standard input, 1 s"$'\r\033[K'* ]] || fail "long work does not show"
 
