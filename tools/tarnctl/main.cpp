@@ -72,6 +72,7 @@ void ParseAndRun(int argumentCount, char** arguments) {
     call.verb->run(call.given, Output(FormatOf(call.options)));
   } catch (...) {
     Failure failure = DescribeCurrentException();
+    failure.message.insert(0, Concerned(failure, call.given));
     failure.message += Advise(failure, call.given);
     failure.message = UnderRoot(std::move(failure.message), TarnConfigStore::GetHostRoot());
     throw ToolError(std::move(failure));

@@ -18,7 +18,7 @@ std::string DirectoryOf(const std::string& path) {
   return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
 }
 
-std::string Lacking(const char* right, const std::string& path, const char* mend) {
+std::string Lacking(const std::string& right, const std::string& path, const char* mend) {
   std::string text = "user " + std::to_string(geteuid()) + " lacks the right to " + right;
   struct stat status {};
   if (stat(path.c_str(), &status) == 0) {
@@ -33,10 +33,12 @@ std::string Lacking(const char* right, const std::string& path, const char* mend
 }  // namespace
 
 std::string MissingReadRight(const std::string& path) {
-  const std::string directory = DirectoryOf(path);
-  if (!MayAccess(directory, X_OK)) {
-    return Lacking("search its directory", directory,
-                   "run as its owner or group, or change its mode");
+  for (std::size_t end = path.find('/', 1); end != std::string::npos;
+       end = path.find('/', end + 1)) {
+    if (const std::string directory = path.substr(0, end); !MayAccess(directory, X_OK)) {
+      return Lacking("search the directory " + directory, directory,
+                     "run as its owner or group, or change its mode");
+    }
   }
   return Lacking("read it", path, "run as its owner or group, or change its mode");
 }
@@ -51,7 +53,7 @@ std::string MissingWriteRight(const std::string& path) {
   for (const char* suffix : {"-wal", "-shm", "-journal"}) {
     const std::string beside = path + suffix;
     if (!MayAccess(beside, W_OK) && errno != ENOENT) {
-      return Lacking(("write the file " + std::string(suffix) + " beside it").c_str(), beside,
+      return Lacking("write the file " + std::string(suffix) + " beside it", beside,
                      "run as its owner, or change its mode");
     }
   }

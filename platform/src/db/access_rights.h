@@ -5,8 +5,8 @@
 
 namespace DBStore::internal {
 
-/// What keeps this process from reading a file: "user 1000 lacks the right to search its directory
-/// (...)". Names the right on the directory first, since without it the file cannot be looked at.
+/// What keeps this process from reading a file: "user 1000 lacks the right to search the directory
+/// /etc (...)". Names the first directory on the way that is closed: without it the file cannot be looked at.
 std::string MissingReadRight(const std::string& path);
 
 /// The same for writing the file, for making SQLite's files beside it, and for file systems mounted

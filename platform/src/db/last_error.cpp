@@ -3,6 +3,7 @@
 #include "platform/logger.h"
 
 #include "db/access_rights.h"
+#include "db/lock_holder.h"
 #include "json/utf8.h"
 
 #include <sqlite3.h>
@@ -98,6 +99,8 @@ void ReportSqliteFailure(sqlite3* database, int code, std::string_view path,
       mend.append("; ").append(MissingWriteRight(realPath));
     } else if (kind == ErrorKind::CORRUPT) {
       mend.append("; ").append(kRestoreIt);
+    } else if ((code & 0xff) == SQLITE_BUSY && !realPath.empty()) {
+      mend.append("; ").append(WhoLocksDatabase(realPath));
     }
   } catch (const std::bad_alloc&) {
     mend.clear();

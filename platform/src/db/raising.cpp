@@ -2,6 +2,7 @@
 
 #include "db/access_rights.h"
 #include "db/last_error.h"
+#include "db/lock_holder.h"
 
 #include <sqlite3.h>
 
@@ -43,7 +44,7 @@ void RaiseSqliteError(int code, std::string_view path, const std::string& realPa
   if (kind == ErrorKind::PERMISSION) {
     message.append("; ").append(MissingWriteRight(realPath));
   } else if (kind == ErrorKind::BUSY) {
-    message += "; others keep it locked: try again, or stop them";
+    message.append("; ").append(WhoLocksDatabase(realPath));
   }
   Raise(kind, code, message);
 }

@@ -110,10 +110,10 @@ void StoreConnection::GiveBackStatement(internal::CachedStatement* entry) noexce
 int StoreConnection::Execute(internal::CachedStatement* entry, RowCallback callback, void* context,
                              int limit) {
   const Guard guard(lock_);
-  const Action action("running", entry->text);
+  const Action action = Action::Of("running", entry->text);
   if (entry->running) {
     internal::ReportFailure(ErrorKind::MISUSE, SQLITE_MISUSE,
-                            {fixedPath_, ": \"", entry->text, "\" is running already"});
+                            {fixedPath_, ": ", action.Text().text, ": it is running already"});
     return SQLITE_ERROR;
   }
   QueuedWrite write(*this);
@@ -126,7 +126,7 @@ int StoreConnection::Execute(internal::CachedStatement* entry, RowCallback callb
     return SQLITE_ERROR;
   }
   if (const int code = entry->parameters.Bind(entry->statement); code != SQLITE_OK) {
-    Report(code, Action("binding the parameters of", entry->text));
+    Report(code, Action::Of("binding the parameters of", entry->text));
     return SQLITE_ERROR;
   }
 
@@ -159,7 +159,7 @@ int StoreConnection::Execute(internal::CachedStatement* entry, RowCallback callb
 
 int StoreConnection::StepThrough(internal::CachedStatement& entry, RowCallback callback,
                                  void* context) {
-  const Action action("running", entry.text);
+  const Action action = Action::Of("running", entry.text);
   int code = sqlite3_step(entry.statement);
   if (code == SQLITE_ROW && callback != nullptr) {
     const int columns = sqlite3_column_count(entry.statement);

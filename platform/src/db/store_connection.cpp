@@ -7,6 +7,7 @@
 #include "db/connection_pool.h"
 #include "db/last_error.h"
 #include "db/layout.h"
+#include "db/statement_words.h"
 #include "db/testing_hook.h"
 #include "db/waiting.h"
 #include "json/utf8.h"
@@ -59,21 +60,20 @@ bool StoreConnection::IsUsable() const noexcept {
 }
 
 StoreConnection::Action::Words StoreConnection::Action::Text() const noexcept {
+  constexpr std::size_t kMost = 64;
   Words words;
-  if (sql.empty()) {
-    std::snprintf(words.text, sizeof words.text, "%.*s", static_cast<int>(verb.size()),
-                  verb.data());
-    return words;
+  const std::string_view shown = Json::Utf8::Fitting(name, kMost);
+  const internal::StatementWords statement(sql);
+  const auto length = [](std::string_view text) { return static_cast<int>(text.size()); };
+  if (!sql.empty()) {
+    std::snprintf(words.text, sizeof words.text, "%.*s %s%.*s", length(verb), verb.data(),
+                  statement.does, length(statement.table), statement.table.data());
+  } else if (!name.empty()) {
+    std::snprintf(words.text, sizeof words.text, "%.*s \"%.*s%s\"", length(verb), verb.data(),
+                  length(shown), shown.data(), shown.size() < name.size() ? "..." : "");
+  } else {
+    std::snprintf(words.text, sizeof words.text, "%.*s", length(verb), verb.data());
   }
-  // Its first words tell a statement from the others; the rest would fill a page.
-  constexpr std::size_t kMost = 40;
-  const std::size_t blank = sql.size() > kMost ? sql.find_last_of(" (\n", kMost) : sql.size();
-  const std::string_view first =
-      Json::Utf8::Fitting(sql.substr(0, blank), blank == std::string_view::npos ? kMost : blank);
-  std::snprintf(words.text, sizeof words.text, "%.*s \"%.*s%s\"", static_cast<int>(verb.size()),
-                verb.data(), static_cast<int>(first.size()), first.data(),
-                first.size() < sql.size() ? "..." : "");
-  std::replace(words.text, words.text + std::strlen(words.text), '\n', ' ');
   return words;
 }
 
@@ -209,7 +209,7 @@ internal::CachedStatement* StoreConnection::TakeLocked(std::string_view sql, int
     return nullptr;
   }
   if (broken_) {
-    RefuseGone(Action("preparing", sql));
+    RefuseGone(Action::Of("preparing", sql));
     return nullptr;
   }
   LimitWaiting(limit);
@@ -224,7 +224,7 @@ internal::CachedStatement* StoreConnection::PrepareLocked(std::string_view sql) 
   const int code = sqlite3_prepare_v3(file_.handle.get(), sql.data(), static_cast<int>(sql.size()),
                                       SQLITE_PREPARE_PERSISTENT, &statement, &tail);
   if (code != SQLITE_OK) {
-    Report(code, Action("preparing", sql));
+    Report(code, Action::Of("preparing", sql));
     return nullptr;
   }
   // What follows a statement would be left out without a word.

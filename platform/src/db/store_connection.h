@@ -81,7 +81,12 @@ class StoreConnection {
   /// What was tried, for messages; put into words only when there is something to say.
   struct Action {
     Action(const char* what) : verb(what) {}
-    Action(const char* what, std::string_view text) : verb(what), sql(text) {}
+    Action(const char* what, std::string_view quoted) : verb(what), name(quoted) {}
+    static Action Of(const char* what, std::string_view sql) {
+      Action action(what);
+      action.sql = sql;
+      return action;
+    }
     /// In as many words as there is room for: failures are reported where there is no memory.
     struct Words {
       char text[128];
@@ -89,7 +94,8 @@ class StoreConnection {
     Words Text() const noexcept;
 
     std::string_view verb;
-    std::string_view sql = {};
+    std::string_view name = {};
+    std::string_view sql = {};  // nothing that people are shown
   };
   class BorrowedStatement;
   class QueuedWrite;

@@ -78,12 +78,26 @@ std::string Advise(const Failure& failure, const Given& given) {
   return {};
 }
 
+std::string Concerned(const Failure& failure, const Given& given) {
+  const bool isOfStore =
+      failure.exitCode == ExitCode::BUSY || failure.exitCode == ExitCode::PERMISSION;
+  for (const char* name : {kObject, kType}) {
+    if (isOfStore && given.Takes(name) && given.Has(name)) {
+      return given.Text(name) + ": ";
+    }
+  }
+  return {};
+}
+
 std::string UnderRoot(std::string message, const std::string& root) {
-  for (const std::string_view path : {"/etc/kestrel/", "/usr/lib/kestrel/", "/run/kestrel/"}) {
+  for (const std::string_view path : {"/etc/kestrel", "/usr/lib/kestrel", "/run/kestrel"}) {
     for (std::size_t at = message.find(path); !root.empty() && at != std::string::npos;
          at = message.find(path, at + root.size() + 1)) {
+      const std::size_t end = at + path.size();
+      const bool isWhole = end == message.size() || message[end] == '/' || message[end] == ':';
       // Some messages have the root already.
-      if (at < root.size() || message.compare(at - root.size(), root.size(), root) != 0) {
+      if (isWhole &&
+          (at < root.size() || message.compare(at - root.size(), root.size(), root) != 0)) {
         message.insert(at, root);
       }
     }

@@ -8,6 +8,7 @@
 #include "db/doctor/page_images.h"
 #include "db/doctor/statements.h"
 #include "db/last_error.h"
+#include "db/lock_holder.h"
 #include "db/query.h"
 
 #include <algorithm>
@@ -123,7 +124,7 @@ class Check {
       state_.isLost = true;
       Add(Weight::DAMAGE, "unreadable", "SQLite cannot read it: " + Said(code), kSalvage, true);
     } else if (kind == ErrorKind::BUSY) {
-      Add(Weight::FAULT, "busy", "others keep it locked: " + Said(code), "try again, or stop them");
+      Add(Weight::FAULT, "busy", "it is locked: " + Said(code), WhoLocksDatabase(path_));
     } else if (kind == ErrorKind::PERMISSION ||
                (handle_ && sqlite3_system_errno(handle_.get()) == EACCES)) {
       Add(Weight::FAULT, "not-readable", Said(code) + "; " + MissingReadRight(path_),
