@@ -75,6 +75,13 @@ struct DoctorReport {
 /// \throws std::bad_alloc; nothing else that it finds is an exception
 TARN_CONFIG_STORE_EXPORT DoctorReport ExamineHost();
 
+/// What keeps changes from being announced, as far as it lies with the host: what ExamineHost says of the
+/// allowlist, and that the announcements are switched off, which is no fault there. For whoever listens;
+/// whether somebody does is not looked at. Writes nothing. Thread-safe.
+/// \return empty where changes of all types on the allowlist are announced
+/// \throws std::bad_alloc; nothing else that it finds is an exception
+TARN_CONFIG_STORE_EXPORT std::vector<DoctorFinding> ExamineNotification();
+
 struct RepairOptions {
   /// Type files, or directories of them, from which types are installed that are not there any more, or
   /// are damaged. Types that are there stay as they are.

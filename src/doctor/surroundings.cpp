@@ -4,11 +4,15 @@
 #include "tarnconfigstore/file.h"
 
 #include "platform/host_paths.h"
+#include "platform/store_error.h"
+#include "platform/type_files.h"
 
 #include "notify/allowlist.h"
 #include "notify/notification.h"
 
 #include <algorithm>
+#include <optional>
+#include <stdexcept>
 #include <utility>
 
 namespace TarnConfigStore {
@@ -51,13 +55,23 @@ void CheckAllowlist(const KnownTypes* types, bool isUsed, std::vector<DoctorFind
     NotifyAllowlist list = ReadNotifyAllowlist();
     std::vector<std::string> entries(list.begin(), list.end());
     std::sort(entries.begin(), entries.end());
+    std::size_t named = 0;
     for (const std::string& entry : entries) {
-      if (types != nullptr && !Names(entry, *types)) {
+      if (types == nullptr || Names(entry, *types)) {
+        ++named;
+      } else {
         findings.push_back(Finding(DoctorSeverity::NOTE, "allowlist-unknown-type",
                                    HostPaths::kNotifyAllowlist,
                                    "it names \"" + entry + "\", and no such type is installed",
                                    "install the type, or take the entry out"));
       }
+    }
+    if (named == 0) {
+      findings.push_back(Finding(DoctorSeverity::NOTE, "allowlist-names-none",
+                                 HostPaths::kNotifyAllowlist,
+                                 "it names no type that is installed: nobody is told of any change",
+                                 "put the names of types in, COMPONENT.GROUP.KEY or "
+                                 "COMPONENT.GROUP.*"));
     }
   } catch (const ConfigStoreException& failure) {
     findings.push_back(Finding(
@@ -68,7 +82,43 @@ void CheckAllowlist(const KnownTypes* types, bool isUsed, std::vector<DoctorFind
   }
 }
 
+void CheckSwitch(std::vector<DoctorFinding>& findings) {
+  const DBStore::ConnectionHandle connection =
+      DBStore::GetConnection(DBStore::Type::CURRENT_STORE, false);
+  if (!connection) {
+    findings.push_back(
+        Finding(DoctorSeverity::FAULT, "switch-unreadable", HostPaths::kStore,
+                "whether changes are announced cannot be read: " + DBStore::GetLastError().message,
+                "`tarnctl doctor` says more"));
+  } else if (!IsKeeldNotificationEnabled(connection)) {
+    findings.push_back(Finding(DoctorSeverity::NOTE, "notification-off", HostPaths::kStore,
+                               "the entry NOTIFY_KEELD is not \"true\": no change is announced",
+                               "`tarnctl kv set NOTIFY_KEELD true` switches it on"));
+  }
+}
+
+std::optional<KnownTypes> TypesIfReadable() {
+  try {
+    return KnownTypes(TypeFiles::ReadAll());
+  } catch (const std::runtime_error&) {
+    return std::nullopt;  // what the allowlist names is not held against them then
+  }
+}
+
 }  // namespace
+
+std::vector<DoctorFinding> ExamineNotification() {
+  std::vector<DoctorFinding> findings;
+  CheckSwitch(findings);
+  const std::optional<KnownTypes> types = TypesIfReadable();
+  CheckAllowlist(types ? &*types : nullptr, true, findings);
+  // An entry of a type that is not there keeps no other one from being announced.
+  std::erase_if(findings, [](const DoctorFinding& finding) {
+    return finding.kind == "allowlist-unknown-type";
+  });
+  DBStore::ClearLastError();
+  return findings;
+}
 
 void CheckSurroundings(const KnownTypes* types, const DBStore::ConnectionHandle& connection,
                        std::vector<DoctorFinding>& findings) {

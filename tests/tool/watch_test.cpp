@@ -24,7 +24,15 @@ constexpr const char* kSocket = "kslLocalSocketKeeldNotifyWisp";
 // Runs tarnctl beside itself; what that prints goes to the files "out" and "err".
 class WatchTest : public testing::Test {
  protected:
-  WatchTest() { fs::current_path(host_.Root()); }
+  WatchTest() {
+    fs::current_path(host_.Root());
+    ::setenv("TARN_HOST_ROOT", host_.Root().c_str(), 1);
+    fs::create_directories(fs::path(allowlist_).parent_path());
+    std::ofstream(allowlist_) << R"(["tarn.test.*"])";
+    std::ofstream("type.json") << TestSupport::kPlainType;
+    EXPECT_EQ(Run({"schema", "install", "type.json"}), 0);
+    EXPECT_EQ(Run({"kv", "set", "NOTIFY_KEELD", "true"}), 0);
+  }
   using Process = std::unique_ptr<TestSupport::ChildProcess>;
   static Process Start(std::vector<const char*> arguments, int output = -1) {
     arguments.insert(arguments.begin(), "tarnctl");
@@ -71,16 +79,10 @@ class WatchTest : public testing::Test {
   }
 
   TestSupport::TemporaryHost host_;
+  const std::string allowlist_ = host_.Path(HostPaths::kNotifyAllowlist);
 };
 
 TEST_F(WatchTest, ShowsWhatSetAnnouncesUntilItIsStopped) {
-  std::ofstream("type.json") << TestSupport::kPlainType;
-  const std::string allowlist = host_.Path(HostPaths::kNotifyAllowlist);
-  fs::create_directories(fs::path(allowlist).parent_path());
-  std::ofstream(allowlist) << R"(["tarn.test.*"])";
-  ::setenv("TARN_HOST_ROOT", host_.Root().c_str(), 1);
-  ASSERT_EQ(Run({"schema", "install", "type.json"}), 0);
-  ASSERT_EQ(Run({"kv", "set", "NOTIFY_KEELD", "true"}), 0);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     const Process watch = StartWatch();
     EXPECT_EQ(fs::status(kSocket).permissions(), fs::perms::owner_read | fs::perms::owner_write);
@@ -169,6 +171,25 @@ TEST_F(WatchTest, TakesTheSocketFromNobodyAndLeavesOnlyItsOwn) {
   EXPECT_TRUE(fs::is_socket(kSocket)) << "it removed the file of another";
   EXPECT_EQ(Run({"watch", "--count", "0"}), 2);
   EXPECT_EQ(Run({"watch", "--socket", std::string(108, 'x').c_str()}), 2);
+}
+
+// Listening all the same: who watches may put it right.
+TEST_F(WatchTest, SaysWhatKeepsChangesFromBeingAnnounced) {
+  const auto told = [](const std::vector<std::string>& reasons) {
+    const Process watch = StartWatch();
+    for (int line = 0; const std::string& reason : reasons) {
+      EXPECT_THAT(AwaitLine("err", 2 + line++), HasSubstr(reason));
+    }
+    EXPECT_EQ(Stop(watch), 0);
+  };
+  ASSERT_EQ(Run({"kv", "set", "NOTIFY_KEELD", "yes", "--force"}), 0);
+  std::ofstream(allowlist_) << R"(["tarn.test.none"])";
+  told({"NOTIFY_KEELD is not \"true\"", "names no type that is installed"});
+  fs::remove(allowlist_);
+  fs::remove(host_.Path(HostPaths::kStore));
+  told({"cannot be read", allowlist_ + ": there is no such file"});
+  EXPECT_EQ(Run({"watch", "--socket", "none/socket"}), 1);
+  EXPECT_THAT(AwaitLine("err", 0), HasSubstr(host_.Root() + "/none: No such file"));
 }
 
 TEST_F(WatchTest, EndsWithItsCountOrItsReader) {

@@ -1,3 +1,7 @@
+#include "tarnconfigstore/doctor.h"
+#include "tarnconfigstore/host.h"
+
+#include "advice/advice.h"
 #include "failure.h"
 #include "verbs/verbs.h"
 #include "watch/watch_loop.h"
@@ -9,6 +13,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
+#include <filesystem>
 #include <limits>
 #include <sys/eventfd.h>
 #include <system_error>
@@ -82,11 +87,34 @@ void Print(const Notification& notification, const Output& output) {
   }
 }
 
+// Each program announces in its own working directory.
+std::string WhoseAnnouncements(const std::string& path) {
+  std::error_code error;
+  const std::string directory = std::filesystem::current_path(error).string();
+  return path.front() == '/' || error ? "" : ", for programs that work in " + directory;
+}
+
+// Nothing of this keeps it from listening: it may be put right meanwhile.
+void WarnOfSilence(const Output& output) {
+  Findings obstacles;
+  for (const auto& finding : TarnConfigStore::ExamineNotification()) {
+    const std::string root = TarnConfigStore::GetHostRoot();
+    obstacles.push_back({UnderRoot(finding.file, root),
+                         UnderRoot(finding.message, root) + " (" + finding.advice + ")"});
+  }
+  if (!obstacles.empty()) {
+    Report({ExitCode::DONE, TarnConfigStore::CS_GENERIC, "this stands in the way of announcements",
+            obstacles},
+           output.AsJson());
+  }
+}
+
 void Watch(const Given& given, const Output& output) {
   const std::string path = given.Has(kSocket) ? given.Text(kSocket) : kNotificationSocket;
   const int stop = CatchStopSignals();
   const WatchSocket socket(path);
-  Say("listening on " + path);
+  Say("listening on " + path + WhoseAnnouncements(path));
+  WarnOfSilence(output);
   WatchLoop loop(
       socket, stop, given.Number(kCount),
       [&](const Notification& notification) { Print(notification, output); }, output.AsJson());

@@ -3,6 +3,7 @@
 #include "failure.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
@@ -41,6 +42,21 @@ const sockaddr* Generic(const sockaddr_un& address) {
   return reinterpret_cast<const sockaddr*>(&address);
 }
 
+// Where a socket is to be made, and what its directory is like, for messages.
+std::string InDirectory(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::path directory =
+      std::filesystem::absolute(std::filesystem::path(path), error).parent_path();
+  struct stat status {};
+  if (error || ::stat(directory.c_str(), &status) != 0) {
+    return error ? "" : " in " + directory.string();
+  }
+  char mode[8];
+  std::snprintf(mode, sizeof mode, "%04o", static_cast<unsigned>(status.st_mode & 07777U));
+  return " in " + directory.string() + " (mode " + mode + ", owner " +
+         std::to_string(status.st_uid) + ", as user " + std::to_string(::geteuid()) + ")";
+}
+
 // Held while a file may be replaced, lest two that start together each take the other's for a
 // stale one. Ends with its descriptor, and leaves nothing behind.
 Descriptor LockDirectoryOf(const std::string& path) {
@@ -48,7 +64,7 @@ Descriptor LockDirectoryOf(const std::string& path) {
   Descriptor lock(
       ::open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!lock.IsOpen() || ::flock(lock.Get(), LOCK_EX) != 0) {
-    RaiseSystemError("cannot listen on " + path, errno);
+    RaiseSystemError("cannot listen on " + path + InDirectory(path), errno);
   }
   return lock;
 }
@@ -105,7 +121,7 @@ WatchSocket::WatchSocket(const std::string& path) : socket_(::socket(AF_UNIX, kS
   const int error = errno;
   ::umask(previous);
   if (!isBound) {
-    RaiseSystemError("cannot listen on " + path, error);
+    RaiseSystemError("cannot listen on " + path + InDirectory(path), error);
   }
   file_.emplace(path);
   if (::listen(socket_.Get(), SOMAXCONN) != 0) {
