@@ -119,11 +119,18 @@ struct InstallOptions {
 TARN_CONFIG_STORE_EXPORT std::vector<TypeReport> InstallTypes(const std::vector<std::string>& paths,
                                                               const InstallOptions& options);
 
+/// What becomes of a path that cannot be read.
+enum class UnreadFile : int {
+  RAISES = 0,      ///< nothing is told of the others
+  IS_INVALID = 1,  ///< it has a report, with the reason as its one error
+};
+
 /// Checks type files without a store.
 /// \param paths  as for InstallTypes
 /// \return a report for each file, VALID or INVALID
-/// \throws InvalidArgumentException 1081, with the path, when one cannot be read
-TARN_CONFIG_STORE_EXPORT std::vector<TypeReport> CheckTypes(const std::vector<std::string>& paths);
+/// \throws InvalidArgumentException 1081, with the path, when one cannot be read and that RAISES
+TARN_CONFIG_STORE_EXPORT std::vector<TypeReport> CheckTypes(const std::vector<std::string>& paths,
+                                                            UnreadFile unread = UnreadFile::RAISES);
 
 /// \return all installed types, sorted by component, group and key
 /// \throws ConfigStoreException 2000 when the schema store cannot be read

@@ -182,8 +182,8 @@ std::vector<TypeReport> InstallTypes(const std::vector<std::string>& paths,
   return reports;
 }
 
-std::vector<TypeReport> CheckTypes(const std::vector<std::string>& paths) {
-  return MakeReports(ReadTypeFiles(paths));
+std::vector<TypeReport> CheckTypes(const std::vector<std::string>& paths, UnreadFile unread) {
+  return MakeReports(ReadTypeFiles(paths, unread));
 }
 
 }  // namespace TarnConfigStore

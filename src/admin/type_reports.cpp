@@ -10,9 +10,15 @@
 namespace TarnConfigStore {
 namespace {
 
-[[noreturn]] void FailToRead(const std::string& path, const std::string& reason) {
-  ReportUnreadFile(path, reason);
-  ThrowException<InvalidArgumentException>(CS_JSON_FILE_FAILED, path);
+TypeFiles::TypeFile Unread(const std::string& path, const std::string& reason, UnreadFile unread) {
+  if (unread == UnreadFile::RAISES) {
+    ReportUnreadFile(path, reason);
+    ThrowException<InvalidArgumentException>(CS_JSON_FILE_FAILED, path);
+  }
+  TypeFiles::TypeFile file;
+  file.path = path;
+  file.findings.push_back({"/", "it cannot be read: " + reason});
+  return file;
 }
 
 // A type can come from one file only.
@@ -34,20 +40,19 @@ void FindRepetitions(std::vector<TypeFiles::TypeFile>& files) {
 
 }  // namespace
 
-std::vector<TypeFiles::TypeFile> ReadTypeFiles(const std::vector<std::string>& paths) {
+std::vector<TypeFiles::TypeFile> ReadTypeFiles(const std::vector<std::string>& paths,
+                                               UnreadFile unread) {
   std::vector<TypeFiles::TypeFile> files;
   for (const std::string& path : paths) {
     std::error_code error;
     const std::vector<std::string> found = TypeFiles::FilesAt(path, error);
     if (error) {
-      FailToRead(path, error.message());
+      files.push_back(Unread(path, error.message(), unread));
     }
     for (const std::string& file : found) {
       const Json::TextFile read = Json::ReadTextFile(file, TypeFiles::kLongestFile);
-      if (!read) {
-        FailToRead(file, read.Reason());
-      }
-      files.push_back(TypeFiles::Check(file, read.text));
+      files.push_back(read ? TypeFiles::Check(file, read.text)
+                           : Unread(file, read.Reason(), unread));
     }
   }
   FindRepetitions(files);

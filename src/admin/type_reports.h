@@ -13,8 +13,9 @@
 namespace TarnConfigStore {
 
 /// Reads and checks the files that the paths stand for; a type that two of them bring is a finding
-/// as well. Raises InvalidArgumentException 1081 for a path that cannot be read.
-std::vector<TypeFiles::TypeFile> ReadTypeFiles(const std::vector<std::string>& paths);
+/// as well. Raises InvalidArgumentException 1081 for a path that cannot be read, where that is to raise.
+std::vector<TypeFiles::TypeFile> ReadTypeFiles(const std::vector<std::string>& paths,
+                                               UnreadFile unread = UnreadFile::RAISES);
 
 /// The report about a file: INVALID with what was found, or VALID.
 TypeReport MakeReport(const TypeFiles::TypeFile& file);

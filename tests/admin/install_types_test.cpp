@@ -185,6 +185,10 @@ TEST_F(InstallTypes, PathThatCannotBeReadIsAnArgumentError) {
     EXPECT_EQ(GetLastParseFailure().source, row.named);
     EXPECT_EQ(GetLastParseFailure().reason, row.reason);
     EXPECT_EQ(log_.Count("0 " + row.named + " cannot be read: " + row.reason), 1);
+    const auto reports = CheckTypes({row.path, row.path}, UnreadFile::IS_INVALID);
+    ASSERT_EQ(reports.size(), 2U) << "it keeps the others from being told of";
+    EXPECT_EQ(reports[1].path, row.named);
+    EXPECT_EQ(reports[1].errors.front().error, "it cannot be read: " + row.reason);
   }
 }
 

@@ -8,6 +8,7 @@ import subprocess
 import sys
 import tempfile
 import termios
+import time
 
 tool, types = sys.argv[1:3]
 root = tempfile.mkdtemp()
@@ -91,6 +92,20 @@ tarnctl("next-boot", "set", "tarn/tkernel/options", "maximumCpus=8")
 lines = on_terminal(200, "pending", NO_COLOR="1")
 check("a table of what waits", lines[0].startswith("object") and "boot apply replaces" in lines[1]
       and any("/maximumCpus" in line and line.split()[2] == "+" for line in lines), lines)
+
+# One Ctrl-D ends what is typed, and only in the middle of a line it takes two.
+for typed in (b'{"timeout":99}\n\4', b'{"timeout":99}\4\4'):
+    process, terminal = pty.fork()
+    if process == 0:
+        os.execve(tool, [tool, "validate", "tarn/network/resolver", "-"], environment)
+    os.write(terminal, typed)
+    for _ in range(200):
+        ended, status = os.waitpid(process, os.WNOHANG)
+        if ended:
+            break
+        time.sleep(0.05)
+    check(f"what ends {typed}", ended and os.waitstatus_to_exitcode(status) == 4, ended)
+    os.close(terminal)
 
 # Findings stand below each other, secrets are masked, and a column that there is not is named.
 lines = on_terminal(80, "set", "tarn/network/resolver", "timeout=90", 'servers=["a"]', code=4, NO_COLOR="1")

@@ -277,13 +277,31 @@ tarn/system/sensors/fan1|{"sensor":"fan1","unit":"rpm","reading":1200.5}
 tarn/tkernel/options|{"console":{"port":"com1","baudRate":115200},"secureBoot":true,"hyperthreading":false}
 T
 
+# --- a value that the shell took the quotes from, and others that are no JSON either
+hint="single ones around the value: servers='...'"
+for value in '[10.0.0.1]' '[a b,fe80::1, [{x:y}]]' '{a:[b]}'; do
+  refused 4 "$hint" set $resolver "servers=$value"
+done
+for value in '[1,' '["a"b]' '[1 "a"]' 'a' '[a]]' '{a}' '[,a]' "$(printf '[%.0s' {1..300})"; do
+  refused 4 "/servers: expected array" set $resolver "servers=$value"
+  grep -q "single ones" "$work/err" && fail "$value never had quotes"
+done
+refused 2 "takes single quotes around it" set $resolver servers=[10.0.0.1, 10.0.0.2]
+
+# --- type files, all of them, and all that is wrong
+printf '{"component":1,"extra":2}' >"$work/two.json"
+echo '{' >"$work/broken.json"
+expect 4 "?" "=tarnctl: 8 findings" schema check "$work/none.json" "$work/two.json" "$work/broken.json"
+
 # --- output that goes nowhere
 "$tarnctl" list 2>"$work/err" >&-
 verify "list with standard output closed" $? 1 "?" "Bad file descriptor"
 mkfifo "$work/pipe"
 exec 3<>"$work/pipe" 4>"$work/pipe" 3<&-
 "$tarnctl" list >&4 2>"$work/err"
-verify "list into a closed pipe" $? 1 "?" "Broken pipe"
+verify "list into a closed pipe" $? 141 "?" ""
+(trap "" PIPE && exec "$tarnctl" list) >&4 2>"$work/err"
+verify "list into a closed pipe whose signal is ignored" $? 1 "?" "Broken pipe"
 exec 4>&-
 
 # --- busy, permission, corrupt, lost

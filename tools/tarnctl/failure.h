@@ -35,7 +35,8 @@ struct Failure {
   int code = TarnConfigStore::CS_GENERIC;
   std::string message;
   Findings details;
-  bool isTold = false;  // by what stands on standard output: nothing more is to be reported
+  bool isTold = false;       // by what stands on standard output: nothing more is to be reported
+  bool hasNoReader = false;  // of standard output any more
 };
 
 /// A failure that the tool itself finds.

@@ -79,12 +79,25 @@ void ParseAndRun(int argumentCount, char** arguments) {
   }
 }
 
+// Whoever stops reading wants no more: the tool ends as others do, by the signal, and says nothing.
+// Where that signal is ignored, it is a failure to write like any other.
+void EndByClosedPipe(const Failure& failure, void (*before)(int)) {
+  if (failure.hasNoReader && before != SIG_IGN) {
+    std::signal(SIGPIPE, SIG_DFL);
+    std::raise(SIGPIPE);
+  }
+}
+
 ExitCode Run(int argumentCount, char** arguments) {
+  // A closed pipe, or a limit of files' sizes, is a failure to write: what was begun is put away first.
+  void (*const before)(int) = std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   try {
     ParseAndRun(argumentCount, arguments);
     return ExitCode::DONE;
   } catch (...) {
     const Failure failure = DescribeCurrentException();
+    EndByClosedPipe(failure, before);
     Report(failure, AsksForJson(argumentCount, arguments));
     return failure.exitCode;
   }
@@ -95,8 +108,5 @@ ExitCode Run(int argumentCount, char** arguments) {
 
 int main(int argumentCount, char** arguments) {
   tarnctl::OccupyStandardDescriptors();
-  // A closed pipe, or a limit of files' sizes, is a failure to write, with its exit code.
-  std::signal(SIGPIPE, SIG_IGN);
-  std::signal(SIGXFSZ, SIG_IGN);
   return static_cast<int>(tarnctl::Run(argumentCount, arguments));
 }

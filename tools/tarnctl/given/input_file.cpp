@@ -5,8 +5,8 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 
 namespace tarnctl {
@@ -23,20 +23,24 @@ namespace {
                   TarnConfigStore::CS_JSON_PARSE_FAILED);
 }
 
-// Whoever feeds standard input may take any time.
+// Whoever feeds standard input may take any time. It is read past its end never: a terminal gives more
+// after one.
 std::string ReadStandardInput(std::size_t largest) {
   std::string text;
   std::array<char, 16384> block;
-  while (const std::size_t length = std::fread(block.data(), 1, block.size(), stdin)) {
-    text.append(block.data(), length);
+  for (;;) {
+    const ssize_t length = ::read(STDIN_FILENO, block.data(), block.size());
+    if (length == 0) {
+      return text;
+    }
+    if (length < 0 && errno != EINTR) {
+      RaiseUnreadable("-", std::generic_category().message(errno));
+    }
+    text.append(block.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
     if (text.size() > largest) {
       RaiseTooLarge("-", largest);
     }
   }
-  if (std::ferror(stdin) != 0) {
-    RaiseUnreadable("-", std::generic_category().message(errno));
-  }
-  return text;
 }
 
 }  // namespace

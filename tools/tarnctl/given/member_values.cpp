@@ -1,6 +1,7 @@
 #include "given/member_values.h"
 
 #include "failure.h"
+#include "given/lost_quotes.h"
 #include "given/object_name.h"
 #include "json/scan.h"
 #include "json/secrets.h"
@@ -39,7 +40,11 @@ Assignment Of(const HiddenValue& hidden) {
 Assignment Split(const std::string& argument) {
   const std::size_t end = argument.find('=');
   if (end == std::string::npos) {
-    throw ToolError(ExitCode::USAGE, "\"" + argument + "\" is not of the form MEMBER=VALUE");
+    // The rest of a list that the shell has cut at a blank.
+    const bool isRest = argument.ends_with(']') || argument.ends_with('}');
+    throw ToolError(ExitCode::USAGE,
+                    "\"" + argument + "\" is not of the form MEMBER=VALUE" +
+                        (isRest ? " (a VALUE with blanks in it takes single quotes around it)" : ""));
   }
   if (!Json::Utf8::IsValid(argument)) {
     throw ToolError(ExitCode::INVALID, "\"" + argument.substr(0, end) + "=...\" is not UTF-8",
@@ -63,15 +68,22 @@ bool IsRefusedJson(const std::string& text, ValueKinds kinds) {
   return type && kinds.Holds(ValueKinds::Of(Json::Value(*type)));
 }
 
+std::string QuotingHint(const Assignment& given) {
+  return !given.isHidden && HasLostItsQuotes(given.text)
+             ? " (if the shell took its quotes away, put single ones around the value: " +
+                   given.member + "='...')"
+             : "";
+}
+
 [[noreturn]] void RaiseUnfit(const Assignment& given, ValueKinds kinds, bool isSecret,
                              const std::string& reason) {
   const std::string pointer = PointerTo(given.path);
   const std::string tail = reason.empty() ? "" : ": " + reason;
-  throw ToolError(ExitCode::INVALID,
-                  "the member \"" + given.member + "\" takes " + kinds.Describe() + ", not " +
-                      (isSecret ? Json::kMask : "\"" + given.text + "\"") + tail,
-                  TarnConfigStore::CS_INCORRECT_TYPE,
-                  {{pointer, "expected " + kinds.Describe() + tail}});
+  throw ToolError(
+      ExitCode::INVALID,
+      "the member \"" + given.member + "\" takes " + kinds.Describe() + ", not " +
+          (isSecret ? Json::kMask : "\"" + given.text + "\"") + tail + QuotingHint(given),
+      TarnConfigStore::CS_INCORRECT_TYPE, {{pointer, "expected " + kinds.Describe() + tail}});
 }
 
 // The value at the end of the way is a secret, or lies in one, or holds some.

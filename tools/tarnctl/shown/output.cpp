@@ -24,8 +24,11 @@ void Output::PrintText(const std::string& text) const {
   // Flushed at once: what the stream still held at exit could fail to be written without anybody
   // seeing it.
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
-    throw ToolError(ExitCode::FAILED,
-                    "cannot write to standard output: " + std::generic_category().message(errno));
+    const int error = errno;
+    Failure failure;
+    failure.message = "cannot write to standard output: " + std::generic_category().message(error);
+    failure.hasNoReader = error == EPIPE;
+    throw ToolError(std::move(failure));
   }
 }
 

@@ -189,7 +189,8 @@ void CheckFiles(const Given& given, const Output& output) {
   if (IsHost()) {
     RequireStore();
   }
-  const auto reports = TarnConfigStore::CheckTypes(given.Texts(kPath));
+  const auto reports =
+      TarnConfigStore::CheckTypes(given.Texts(kPath), TarnConfigStore::UnreadFile::IS_INVALID);
   Warn(reports, output);
   const Findings errors = Listed(reports, &TypeReport::errors);
   if (errors.empty()) {
