@@ -26,7 +26,7 @@ TEST(Messages, NameWhoHasADatabaseLockedAsFarAsTheSystemTells) {
     off_t place;
     std::string told;
   };
-  const std::string nobody = "nobody is seen who has it locked now: try again";
+  const std::string nobody = "nobody is seen from here who has it locked now: try again";
   const std::string after = ": wait for that to end, or see what is being done there";
   const std::string writes = " has it locked for writing" + after;
   for (const Case& tried :

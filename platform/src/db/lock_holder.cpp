@@ -107,7 +107,7 @@ std::string WhoLocksDatabase(const std::string& path) {
   }
   const std::set<std::string>& told = writers.empty() ? readers : writers;
   if (told.empty()) {
-    return "nobody is seen who has it locked now: try again";
+    return "nobody is seen from here who has it locked now: try again";
   }
   std::string names;
   for (const std::string& holder : told) {

@@ -130,10 +130,11 @@ void AddMembers(const Objects& objects, ShownData shown, ColumnTable& table) {
     JsonMaker make;
     const std::string name = Json::Utf8::Escaped(FormatObject(object->GetConfigStoreObjectId()));
     const Json::Value data = shown.Of(*object, make);
-    if (data.ObjectEmpty()) {
-      table.Add({name, "", "{}"});
+    if (!data.IsObject() || data.ObjectEmpty()) {  // a secret as a whole, or nothing
+      table.Add({name, "", CellOf(data)});
+    } else {
+      AddMembersOf(data, name, "", table);
     }
-    AddMembersOf(data, name, "", table);
   }
 }
 
