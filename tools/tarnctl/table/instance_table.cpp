@@ -7,8 +7,6 @@
 namespace tarnctl {
 namespace {
 
-using TarnConfigStore::ConfigStoreObject;
-
 std::vector<std::string> MembersAtTop(const TypeSchema& type) {
   std::vector<std::string> names;
   type.Root().ForEachMember([&names](std::string_view name, const Json::ValuePlace& /*place*/) {
@@ -101,6 +99,7 @@ void InstancePrinter::PrintTable(const Objects& objects) const {
   const std::vector<std::string> names =
       columns_.empty() ? MembersThatSomeHave(objects, type_) : columns_;
   std::vector<MemberPath> paths;
+  paths.reserve(names.size());
   for (const std::string& name : names) {
     paths.push_back(columns_.empty() ? MemberPath{name} : ParseMember(name));
   }
