@@ -14,15 +14,10 @@ namespace {
 // each character takes one column.
 class CharactersOfUtf8 {
  public:
-  CharactersOfUtf8() : locale_(::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {
-    if (locale_ != nullptr) {
-      before_ = ::uselocale(locale_);
-    }
-  }
+  CharactersOfUtf8() : before_(Utf8() != nullptr ? ::uselocale(Utf8()) : nullptr) {}
   ~CharactersOfUtf8() {
-    if (locale_ != nullptr) {
+    if (before_ != nullptr) {
       ::uselocale(before_);
-      ::freelocale(locale_);
     }
   }
   CharactersOfUtf8(const CharactersOfUtf8&) = delete;
@@ -34,8 +29,13 @@ class CharactersOfUtf8 {
   }
 
  private:
-  locale_t locale_;
-  locale_t before_ = nullptr;
+  // Made once: making one takes longer than all that is asked of it.
+  static locale_t Utf8() {
+    static const locale_t locale = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    return locale;
+  }
+
+  locale_t before_;
 };
 
 bool IsAsciiText(std::string_view text) {
