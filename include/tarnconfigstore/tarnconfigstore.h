@@ -10,6 +10,7 @@
 //   typed.h, and what it includes                        the same with the types of C++
 //   parts.h, explain.h, taking_back.h                    what is set of it, by whom, and taking it back
 //   compare_and_set.h                                    writing it, unless somebody else was faster
+//   rehearsal.h                                          trying any of it on a copy of the host
 // The others stand alone: backup.h, default_instances.h, diagnostics.h, doctor.h, documents.h, drift.h, dry_run.h, file.h,
 // host.h, kernel_options.h, key_values.h, listing.h, process.h, stored_views.h, type_administration.h. Every header
 // compiles alone, as C++17.
@@ -67,6 +68,7 @@
 #include "tarnconfigstore/parts.h"
 #include "tarnconfigstore/pending.h"
 #include "tarnconfigstore/process.h"
+#include "tarnconfigstore/rehearsal.h"
 #include "tarnconfigstore/store_object.h"
 #include "tarnconfigstore/stored_views.h"
 #include "tarnconfigstore/taking_back.h"

@@ -118,7 +118,7 @@ void DriftBuilder::Compare(const char* name, const std::optional<std::string>& a
                       return;
                     }
                     DriftMember member{pointer, Shown(wanted, place), Shown(there, place), name};
-                    if (there == nullptr) {
+                    if (there == nullptr && elsewhere_ == FoundElsewhere::TOLD) {
                       FindElsewhere(row, member, place);
                     }
                     members_.push_back(std::move(member));

@@ -12,12 +12,19 @@
 
 namespace TarnConfigStore {
 
+/// What is told to have been found where a part has nothing.
+enum class FoundElsewhere {
+  TOLD,  ///< what is read there, of another part
+  LEFT,  ///< nothing: each part is told of by itself
+};
+
 /// Makes drift objects of what a plan would change.
 class DriftBuilder {
  public:
   /// \param userOnly  pending values and generated ids do not count
   /// \param reveal    secrets are shown as they are
-  DriftBuilder(bool userOnly, bool reveal) : userOnly_(userOnly), reveal_(reveal) {}
+  DriftBuilder(bool userOnly, bool reveal, FoundElsewhere elsewhere = FoundElsewhere::TOLD)
+      : userOnly_(userOnly), reveal_(reveal), elsewhere_(elsewhere) {}
 
   DriftObject Of(const DocumentPlan::PlannedStep& step);
   DriftObject Of(const DocumentPlan::PlannedRecord& record);
@@ -31,6 +38,7 @@ class DriftBuilder {
 
   const bool userOnly_;
   const bool reveal_;
+  const FoundElsewhere elsewhere_;
   Json::SchemaPlace place_;
   std::vector<DriftMember> members_;
 };

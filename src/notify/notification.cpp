@@ -10,6 +10,7 @@
 #include "notify/uds_client.h"
 #include "persistence/connection.h"
 
+#include <atomic>
 #include <exception>
 #include <stdexcept>
 #include <string>
@@ -20,6 +21,8 @@ namespace {
 
 constexpr const char* kSwitch = "NOTIFY_KEELD";
 constexpr const char* kEndpoint = "kslLocalSocketKeeldNotifyWisp";
+
+constinit std::atomic<int> silences{0};
 
 // "COMPONENT.GROUP.LAST", in one piece of memory.
 std::string DottedName(const ConfigStoreObjectId& id, const std::string& last) {
@@ -54,6 +57,9 @@ void Announce(const ConfigStoreObjectId& id, const std::string& typeName) {
 }
 
 void AnnounceIfAllowlisted(const ConfigStoreObjectId& id) {
+  if (silences.load(std::memory_order_acquire) != 0) {
+    return;
+  }
   const std::string typeName = DottedName(id, id.key);
   if (IsAllowlisted(id, typeName)) {
     Announce(id, typeName);
@@ -61,6 +67,14 @@ void AnnounceIfAllowlisted(const ConfigStoreObjectId& id) {
 }
 
 }  // namespace
+
+NotificationSilence::NotificationSilence() noexcept {
+  silences.fetch_add(1, std::memory_order_acq_rel);
+}
+
+NotificationSilence::~NotificationSilence() {
+  silences.fetch_sub(1, std::memory_order_acq_rel);
+}
 
 std::string WhyNobodyListens() {
   try {

@@ -24,6 +24,15 @@ void NotifyIfAllowlisted(const ConfigStoreObjectId& id) noexcept;
 void NotifyIfAllowlisted(const std::vector<ConfigStoreObjectId>& ids,
                          const DBStore::ConnectionHandle& connection) noexcept;
 
+/// As long as one lives, the process announces nothing: for changes that are no host's.
+class NotificationSilence {
+ public:
+  NotificationSilence() noexcept;
+  ~NotificationSilence();
+  NotificationSilence(const NotificationSilence&) = delete;
+  NotificationSilence& operator=(const NotificationSilence&) = delete;
+};
+
 /// Whether an announcement would find somebody who listens: connects as one does, with the time that it
 /// has, and sends nothing. Empty, or why it would not.
 std::string WhyNobodyListens();

@@ -2,6 +2,7 @@
 #include "store.h"
 
 #include "platform/host_backup.h"
+#include "platform/host_copy.h"
 #include "platform/host_paths.h"
 #include "platform/host_repair.h"
 #include "platform/host_setup.h"
@@ -260,6 +261,16 @@ HostBackup::Written HostBackup::Backup(const std::string& path, bool /*replace*/
 
 HostBackup::Restored HostBackup::Restore(const std::string& path, bool /*force*/) {
   RefuseFile(path);
+}
+
+void HostCopy::Copy(const std::string& first, const std::string& /*second*/) {
+  RefuseFile(first);
+}
+std::map<std::string, std::string> HostCopy::ReadEntries() {
+  return {};
+}
+std::string HostCopy::WhyNotWritable(const char* /*fixedPath*/) {
+  return {};
 }
 
 HostRepair::Examination HostRepair::Examine() {

@@ -8,6 +8,12 @@ constexpr const char* kBeginReading = "BEGIN; SELECT 1 FROM sqlite_schema";
 constexpr const char* kBeginWriting = "BEGIN IMMEDIATE";
 constexpr const char* kEnd = "ROLLBACK";
 
+// For a file that is thrown away when it could not be written.
+constexpr const char* kWriteUnsafely = "PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF";
+
+// Scans the table, which has a few rows: it is asked for all of them.
+constexpr const char* kReadEntries = "SELECT Key, Value FROM KeyValue WHERE Value <> ''";
+
 constexpr const char* kCheckIntegrity = "PRAGMA integrity_check(1)";
 constexpr const char* kPageSize = "PRAGMA page_size";
 
