@@ -161,7 +161,7 @@ network '"interfaces":[{"device":"a","mtu":1500,"enabled":true},{"device":"b","m
 plan="created $nics/a created $nics/b replaced $resolver"
 before=$(dump)
 expect 0 "=$plan" "=tarnctl: nothing was written; to change: 3, unchanged: 0" import --check "$doc"
-expect 0 "[{\"object\":\"$nics/a\",\"outcome\":\"created\"}," "" import --dry-run --json "$doc"
+expect 0 "[{\"object\":\"$nics/a\",\"outcome\":\"created\"}," "" import --check --json "$doc"
 unchanged "a check"
 expect 0 "=$plan" "=tarnctl: changed: 3, unchanged: 0" import - <"$doc"
 expect 0 "" "=tarnctl: changed: 0, unchanged: 3" import "$doc"
@@ -210,7 +210,7 @@ before=$(dump)
 expect 0 "" "=tarnctl: changed: 0, unchanged: 1" apply "$doc"
 unchanged "a second apply"
 network '"interfaces":[{"device":"b","mtu":1600}]' >"$doc"
-expect 0 "=replaced $nics/b removed $nics/a" "nothing was written" apply --prune --dry-run "$doc"
+expect 0 "=replaced $nics/b removed $nics/a" "nothing was written" apply --prune --check "$doc"
 unchanged "a dry run"
 expect 0 "=replaced $nics/b removed $nics/a" "?" apply --prune "$doc"
 expect 0 "10.0.0.2" "" get $resolver

@@ -103,7 +103,7 @@ refused 4 "=tarnctl: nothing was written: not all instances fit their type $told
 expect 4 "=$told" "=tarnctl: 3 findings" validate $nics --all-instances "$work/list.yaml"
 printf '[{"device":"b","mtu":1},{"device":"c","mtu":"x"},{"device":"d"}]' >"$list"
 refused 4 "/0/mtu: 1280 is the smallest value allowed, found 1 /1/mtu: " set $nics --all-instances "$list"
-expect 4 "/2: " "=tarnctl: 3 findings" set --dry-run $nics --all-instances "$list"
+expect 4 "/2: " "=tarnctl: 3 findings" set --check $nics --all-instances "$list"
 refused 4 "the list is empty" set $nics --all-instances - <<<'[]'
 refused 4 "is no JSON array" set $nics --all-instances - <<<'{}'
 refused 2 "takes one file" set $nics --all-instances mtu=1

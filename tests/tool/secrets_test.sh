@@ -122,9 +122,9 @@ for verb in set "set --user" update "next-boot set"; do
   refused 4 "/password:$said" $verb $vault password='***'
 done
 refused 4 "/password:$said" kernel-options set password='***' user=x
-expect 4 "/password:$said" "5 findings" set $vault --dry-run "$data"
+expect 4 "/password:$said" "5 findings" set $vault --check "$data"
 expect 4 "/keys/0:$said" "1 finding" validate $vault 'keys=["***"]'
-expect 4 "=/0/password:$said/1/password:$said" "2 findings" set $vaults --all-instances --dry-run "$work/list.json"
+expect 4 "=/0/password:$said/1/password:$said" "2 findings" set $vaults --all-instances --check "$work/list.json"
 refused 4 "/1/password:$said" set $vaults --all-instances "$work/list.json"
 expect 0 "" "$seen" set $vault user='***' 'box={"inner":"**"}'
 "$tarnctl" get $vaults --all-instances --reveal >"$work/list.json"
@@ -144,7 +144,7 @@ findings='/password: expected a text of at most 20 characters, found *** /pin: e
 for file in "$data" "$yaml"; do
   lined=$findings
   [ "$file" = "$yaml" ] && lined='/token: line 3: expected an object, found ***'
-  untold 4 "$lined" "findings" set $vault --dry-run "$file"
+  untold 4 "$lined" "findings" set $vault --check "$file"
   for verb in "set $vault" "set $vault --user" "update $vault" "next-boot set $vault" "kernel-options set"; do
     # shellcheck disable=SC2086
     untold 4 "" "$lined" --log 4 $verb "$file"
@@ -183,7 +183,7 @@ expect 0 '"password":""' "" get $vault --reveal
 untold 4 "" 'the member "pin" takes integer, not ***' update $vault --secret pin <<<"x$mark"
 untold 4 "" "text of at most 20 characters, found ***" update $vault --secret password <<<"$mark-$long"
 untold 4 "" 'the value of the member "password" is not UTF-8' update $vault --secret password < <(printf '8675309\xff')
-expect 4 "/password:$said" "1 finding" set $vault --dry-run --secret password <<<'***'
+expect 4 "/password:$said" "1 finding" set $vault --check --secret password <<<'***'
 refused 2 "standard input gives 0 values for 1 members" set $vault --secret password </dev/null
 refused 2 "standard input gives 1 values for 2 members" set $vault --secret password --secret pin <<<x
 refused 2 'the member "password" is given twice' set $vault password= --secret password <<<x

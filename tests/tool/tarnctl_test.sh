@@ -64,7 +64,7 @@ expect 0 "=[]" "" schema list
 expect 0 '"type":"tarn/network/resolver","version":"1.0","outcome":"valid"' "" schema install --check "$types"
 expect 0 '"outcome":"installed"' "" schema install "$types" "$here/types/values.json"
 expect 0 '"outcome":"unchanged"' "" schema install "$types"
-expect 0 '"outcome":"valid"' "" schema install --dry-run "$types"
+expect 0 '"outcome":"valid"' "" schema install --check "$types"
 expect 0 '{"type":"tarn/network/switches","version":"3.1","instances":true,"flags":["bootAccessible"]}' "" schema list
 expect 0 '{"component":"tarn","group":"network","key":"resolver","version":"1.0"' "" schema show $resolver
 sed 's/"integer"/"integral"/' "$types/network-resolver.json" >"$work/bad.json"
@@ -146,7 +146,7 @@ while IFS='|' read -r object data places; do
   [ "$(cut -d: -f1 "$work/out" | sort | paste -sd ' ')" = "$places" ] || fail "the findings on $data are not at $places"
   [ "$code" = 0 ] || [ "$places" = / ] || diff <("$tarnctl" set "$object" - <<<"$data" 2>&1 | grep '^  /') <(sed 's/^/  /' "$work/out") ||
     fail "set says something else of $data"
-  expect $code "=$(cat "$work/out")" "$told" set --dry-run "$object" - <<<"$data"
+  expect $code "=$(cat "$work/out")" "$told" set --check "$object" - <<<"$data"
   expect $code "=$(cat "$work/out")" "$told" set --check "$object" - <<<"$data"
 done <<T
 $values|{"text":"x","word":"never"}|

@@ -40,7 +40,7 @@ map:
 T
 expect 4 "" "/map/on: line 6: " set $values "$file"
 expect 4 "/whole: line 3: " "=tarnctl: 2 findings" validate $values "$file"
-expect 4 '{"field":"/whole","error":"line3:' "" --json set --dry-run $values "$file"
+expect 4 '{"field":"/whole","error":"line3:' "" --json set --check $values "$file"
 expect 4 '-field:"/whole"error:"line3:' "" --yaml validate $values "$file"
 yaml <<<$'enabled: true\naddresses:\n- {id: a, family: ipv4, address: 10.0.0.1, prefixLength: 24}\n- {}\n'
 expect 0 "" "line 4: /addresses/1 names nothing" set $nic "$file"

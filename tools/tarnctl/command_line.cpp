@@ -106,8 +106,7 @@ Argument Flag(std::string name, std::string help, std::vector<std::string> exclu
 }
 
 Argument CheckArgument(std::string help) {
-  return {
-      .name = kCheck, .help = std::move(help), .takes = Takes::NOTHING, .aliases = {"--dry-run"}};
+  return Flag(kCheck, std::move(help));
 }
 
 const std::vector<std::string>& Given::Texts(std::string_view name) const {

@@ -41,8 +41,10 @@ struct Argument {
 /// An option that takes nothing.
 Argument Flag(std::string name, std::string help, std::vector<std::string> excludes = {});
 
-/// The option with which a verb that writes only says what it would do.
+/// The option with which a verb that writes says what it would do, in a way of its own.
 inline constexpr const char* kCheck = "--check";
+/// The option with which any verb that writes is run on a copy of the host (rehearsal/dry_run.h).
+inline constexpr const char* kDryRun = "--dry-run";
 Argument CheckArgument(std::string help);
 
 /// Arguments of which at most one may be given.
@@ -85,6 +87,7 @@ struct Verb {
   std::function<void(const Given&, const Output&)> run = {};
   std::vector<Verb> verbs = {};
   bool isHidden = false;  ///< from help: for programs, not for people
+  bool writes = false;    ///< the host's stores
 };
 
 struct Program {

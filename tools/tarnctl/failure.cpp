@@ -73,6 +73,11 @@ std::string LinesOf(const Findings& findings, const char* indent, const Terminal
   return lines;
 }
 
+Wording::Put& CurrentWording() {
+  static Wording::Put put;
+  return put;
+}
+
 std::string Line(const std::string& text) {
   return "tarnctl: " + Json::Utf8::WithoutControls(text) + "\n";
 }
@@ -112,7 +117,15 @@ void Report(const Failure& failure, bool asJson) {
 }
 
 void Say(const std::string& text) {
-  std::fputs(Line(text).c_str(), stderr);
+  std::fputs(Line(CurrentWording() ? CurrentWording()(text) : text).c_str(), stderr);
+}
+
+Wording::Wording(Put put) {
+  CurrentWording() = std::move(put);
+}
+
+Wording::~Wording() {
+  CurrentWording() = nullptr;
 }
 
 Json::Value ListFindings(const Findings& findings, JsonMaker& make) {

@@ -7,6 +7,7 @@
 #include "json_maker.h"
 
 #include <exception>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -63,6 +64,16 @@ void Report(const Failure& failure, bool asJson);
 
 /// Writes a line for people to standard error, after the tool's name; control characters escaped.
 void Say(const std::string& text);
+
+/// As long as it lives, what is said is put as it puts it. One at a time.
+class Wording {
+ public:
+  using Put = std::function<std::string(const std::string&)>;
+  explicit Wording(Put put);
+  ~Wording();
+  Wording(const Wording&) = delete;
+  Wording& operator=(const Wording&) = delete;
+};
 
 /// An array of {"field", "error"}.
 Json::Value ListFindings(const Findings& findings, JsonMaker& make);

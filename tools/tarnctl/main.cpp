@@ -5,6 +5,7 @@
 #include "advice/usage_advice.h"
 #include "failure.h"
 #include "program.h"
+#include "rehearsal/dry_run.h"
 
 #include <csignal>
 #include <cstdio>
@@ -68,8 +69,10 @@ void ParseAndRun(int argumentCount, char** arguments) {
   Prepare(call.options);
   TarnConfigStore::ClearLastStoreError();
   TarnConfigStore::ClearLastParseFailure();
+  const Output output(FormatOf(call.options));
   try {
-    call.verb->run(call.given, Output(FormatOf(call.options)));
+    const bool isDry = call.verb->writes && call.given.Has(kDryRun);
+    (isDry ? RunDry(*call.verb, call.given, output) : call.verb->run(call.given, output));
   } catch (...) {
     Failure failure = DescribeCurrentException();
     failure.message.insert(0, Concerned(failure, call.given));

@@ -21,6 +21,10 @@ Json::Value JsonMaker::Parse(std::string_view text) {
 }
 
 void Output::PrintText(const std::string& text) const {
+  if (into_ != nullptr) {
+    *into_ += text;
+    return;
+  }
   // Flushed at once: what the stream still held at exit could fail to be written without anybody
   // seeing it.
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {

@@ -13,7 +13,8 @@ enum class Format { PLAIN, JSON, YAML };
 /// Prints data. All operations raise ToolError FAILED when standard output takes no more.
 class Output {
  public:
-  explicit Output(Format format) : format_(format) {}
+  /// \param into  gets what is printed, in the place of standard output
+  explicit Output(Format format, std::string* into = nullptr) : format_(format), into_(into) {}
 
   bool AsJson() const { return format_ == Format::JSON; }
   /// For whoever reads it as data, even where people get something shorter.
@@ -36,6 +37,7 @@ class Output {
   std::string Formatted(const Json::Value& value) const;
 
   Format format_;
+  std::string* into_;
 };
 
 /// Prints an array as Output::Print does, element by element. What has been printed when something

@@ -59,7 +59,8 @@ Verb RestoreVerb() {
           .arguments = {{.name = kFile, .isRequired = true},
                         Flag(kForce, "Also over a store that is there, whose content is lost")},
           .note = "Both change, or neither. Programs that have the store open see the new content.",
-          .run = Restore};
+          .run = Restore,
+          .writes = true};
 }
 
 }  // namespace tarnctl

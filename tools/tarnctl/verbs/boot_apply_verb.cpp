@@ -132,7 +132,8 @@ Verb BootApplyVerb() {
           .note =
               "Ends with 4 where changes do not fit their types and stay staged, and with 5 where "
               "they only conflict with what was changed since.",
-          .run = ApplyStaged};
+          .run = ApplyStaged,
+          .writes = true};
 }
 
 }  // namespace tarnctl

@@ -179,9 +179,9 @@ Verb VerdictVerb(const char* name, const char* help, bool isAccepted) {
                  .arguments = {{.name = kObject, .help = "A TYPE means all its instances"},
                                Flag(kAll, "Everything that waits"),
                                Flag(kShared, "What waits of the types shared with a SmartNIC")}},
-      .run = [isAccepted](const Given& given, const Output& /*output*/) {
-        Judge(given, isAccepted);
-      }};
+      .run = [isAccepted](const Given& given,
+                          const Output& /*output*/) { Judge(given, isAccepted); },
+      .writes = true};
 }
 
 Verb AcceptVerb() {

@@ -1,11 +1,12 @@
 #include "tarnconfigstore/host.h"
 
 #include "completion/candidates.h"
-#include <completion/shell_functions.h>
-#include "shell/shell_line.h"
 #include "failure.h"
 #include "program.h"
+#include "shell/shell_line.h"
 #include "verbs/verbs.h"
+
+#include <completion/shell_functions.h>
 
 namespace tarnctl {
 namespace {

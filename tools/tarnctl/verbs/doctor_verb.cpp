@@ -72,10 +72,53 @@ std::string TextOf(const DoctorReport& report) {
   return text.empty() ? "nothing was found\n" : text;
 }
 
+// What is wrong with files is not to be had on a copy: what a repair would do is what the examination
+// says that it mends.
+void ShowRepair(const Given& given, const Output& output) {
+  if (given.Has(kTypes)) {
+    throw ToolError(ExitCode::USAGE,
+                    "a dry run says nothing of --types; `schema install --dry-run` does");
+  }
+  DoctorReport report = TarnConfigStore::ExamineHost();
+  if (output.AsData()) {
+    JsonMaker make;
+    output.PrintLenient(make.Parse(report.ToJson()));
+  }
+  std::string mended;
+  std::vector<DoctorFinding> left;
+  for (DoctorFinding& finding : report.findings) {
+    if (finding.mendable) {
+      mended += "would mend " + Lines(finding);
+    } else {
+      left.push_back(std::move(finding));
+    }
+  }
+  report.findings = std::move(left);
+  if (!output.AsData()) {
+    output.PrintText(
+        UnderRoot(mended + (mended.empty() || !report.findings.empty() ? TextOf(report) : ""),
+                  TarnConfigStore::GetHostRoot()));
+    Say("nothing was written: this was a dry run");
+  }
+  if (!report.IsHealthy()) {
+    throw ToolError({report.IsDamaged() ? ExitCode::CORRUPT : ExitCode::INVALID,
+                     TarnConfigStore::CS_GENERIC,
+                     "not everything can be mended: see above",
+                     {},
+                     output.AsData()});
+  }
+}
+
 void Examine(const Given& given, const Output& output) {
   const bool isRepair = given.Has(kRepair);
-  if (!isRepair && given.Has(kTypes)) {
-    throw ToolError(ExitCode::USAGE, "--types is for --repair (see --help)");
+  for (const char* const ofRepair : {kTypes, kDryRun}) {
+    if (!isRepair && given.Has(ofRepair)) {
+      throw ToolError(ExitCode::USAGE, std::string(ofRepair) + " is for --repair (see --help)");
+    }
+  }
+  if (given.Has(kDryRun)) {
+    ShowRepair(given, output);
+    return;
   }
   const DoctorReport report = isRepair ? TarnConfigStore::RepairHost({given.Texts(kTypes)})
                                        : TarnConfigStore::ExamineHost();
@@ -106,7 +149,8 @@ Verb DoctorVerb() {
                     {.name = kTypes,
                      .help = "Type files for types that are lost",
                      .takes = Takes::REST,
-                     .valueName = "PATH..."}},
+                     .valueName = "PATH..."},
+                    Flag(kDryRun, "With --repair: say what it would mend, and write nothing")},
       .note =
           "Without --repair nothing is written. The exit code is 0 when all is well, 4 when "
           "there is something to be looked after, 8 when a store is damaged; after a "

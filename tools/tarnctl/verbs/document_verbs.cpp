@@ -143,7 +143,8 @@ Verb ImportVerb() {
                     CheckArgument("Say what would change, or be refused; write nothing"),
                     LimitArgument()},
       .note = kNote,
-      .run = Import};
+      .run = Import,
+      .writes = true};
 }
 
 Verb ApplyVerb() {
@@ -157,7 +158,8 @@ Verb ApplyVerb() {
                         CheckArgument("Say what would change, or be refused; write nothing"),
                         LimitArgument()},
           .note = kNote,
-          .run = ApplyDocument};
+          .run = ApplyDocument,
+          .writes = true};
 }
 
 }  // namespace tarnctl

@@ -103,11 +103,13 @@ Verb EntryVerbs() {
                      .arguments = {key,
                                    {.name = kValue, .isRequired = true},
                                    Flag(kForce, "Also a value that means nothing")},
-                     .run = SetEntry},
+                     .run = SetEntry,
+                     .writes = true},
                     {.name = "delete",
                      .help = "Empty an entry, which reads as one that is absent",
                      .arguments = {key},
-                     .run = DeleteEntry}}};
+                     .run = DeleteEntry,
+                     .writes = true}}};
 }
 
 }  // namespace tarnctl

@@ -23,8 +23,10 @@ void Initialize(const Given& /*given*/, const Output& output) {
 }  // namespace
 
 Verb InitVerb() {
-  return {
-      .name = "init", .help = "Make the directories and databases of the store", .run = Initialize};
+  return {.name = "init",
+          .help = "Make the directories and databases of the store",
+          .run = Initialize,
+          .writes = true};
 }
 
 }  // namespace tarnctl

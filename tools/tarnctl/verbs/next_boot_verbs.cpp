@@ -177,12 +177,14 @@ Verb NextBootVerbs() {
           {.name = "set",
            .help = "Stage the whole new content of an object",
            .arguments = StageArguments(),
-           .run = Stage},
+           .run = Stage,
+           .writes = true},
           {.name = "update",
            .help = "Stage a change of what is given, and keep the rest of what is staged or, where "
                    "nothing is, current; MEMBER=null removes a member",
            .arguments = StageArguments(),
-           .run = UpdateStaged},
+           .run = UpdateStaged,
+           .writes = true},
           {.name = "unset",
            .help = "Stage the removal of members, and keep the rest as update does",
            .arguments = {ObjectArgument(),
@@ -190,7 +192,8 @@ Verb NextBootVerbs() {
                           .help = "A dotted path to what is to be removed",
                           .takes = Takes::TEXTS,
                           .isRequired = true}},
-           .run = UnsetStaged},
+           .run = UnsetStaged,
+           .writes = true},
           {.name = "delete",
            .help = "Stage the deletion of an object, or of instances",
            .arguments = ObjectOrInstancesArguments(),
@@ -198,12 +201,14 @@ Verb NextBootVerbs() {
            .run =
                [](const Given& given, const Output& /*output*/) {
                  (MeansInstances(given) ? StageDeleteInstances : StageDelete)(given);
-               }},
+               },
+           .writes = true},
           {.name = "reset",
            .help = "Take back everything that is staged for an object's type",
            .arguments = {ObjectArgument()},
            .note = "All records of the type are cleared, those of other instances than OBJECT too.",
-           .run = Reset},
+           .run = Reset,
+           .writes = true},
           {.name = "list",
            .help = "List the staged changes",
            .arguments = {PrefixArgument(), ColumnsArgument(NamesOf(kStagedColumns))},
@@ -223,7 +228,8 @@ Verb KernelOptionVerbs() {
                .arguments = DataOrSecretArguments(),
                .note = "Replaces what automatic configuration set, too. Vital members are in force "
                        "at once, and gone at once where DATA has none; cached members are refused.",
-               .run = SetKernelOptions}}};
+               .run = SetKernelOptions,
+               .writes = true}}};
 }
 
 }  // namespace tarnctl

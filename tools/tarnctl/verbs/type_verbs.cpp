@@ -249,7 +249,8 @@ Verb TypeVerbs() {
                          Flag(kForce,
                               "Allow an older version than the installed one, and stored objects "
                               "that no longer fit")},
-           .run = Install},
+           .run = Install,
+           .writes = true},
           {.name = "check",
            .help = "Check type files without a store, and list all that is wrong",
            .arguments = {path},
@@ -269,7 +270,8 @@ Verb TypeVerbs() {
           {.name = "upgrade-rows",
            .help = "Bring stored objects up to date with the parts that their types have now",
            .arguments = {optionalType, CheckArgument("Only tell what would be done")},
-           .run = UpgradeStoredRows},
+           .run = UpgradeStoredRows,
+           .writes = true},
           {.name = "remove",
            .help = "Remove a type and its shipped objects",
            .arguments = {TypeArgument(),
@@ -277,7 +279,8 @@ Verb TypeVerbs() {
                              kForce,
                              "Even if objects of the type are stored, which stay, or changes of it "
                              "staged, which go")},
-           .run = Remove}}};
+           .run = Remove,
+           .writes = true}}};
 }
 
 }  // namespace tarnctl

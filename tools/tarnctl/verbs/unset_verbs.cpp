@@ -82,7 +82,8 @@ Verb UnsetVerb() {
                             "automatic configuration set"),
                IfRevisionArgument()},
           .note = "Nothing is written unless each MEMBER is set.",
-          .run = [](const Given& given, const Output& /*output*/) { Run(PrepareUnset(given)); }};
+          .run = [](const Given& given, const Output& /*output*/) { Run(PrepareUnset(given)); },
+          .writes = true};
 }
 
 Verb ResetVerb() {
@@ -97,7 +98,8 @@ Verb ResetVerb() {
                         PartArgument("Reset this part instead of the user's"),
                         IfRevisionArgument()},
           .note = "Other parts are kept: what automatic configuration set is read again.",
-          .run = ResetGiven};
+          .run = ResetGiven,
+          .writes = true};
 }
 
 }  // namespace tarnctl

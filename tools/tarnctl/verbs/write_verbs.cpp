@@ -116,7 +116,8 @@ Verb SetVerb() {
           .note =
               "With --all-instances, instances that are not listed are deleted; with a layer "
               "they lose that layer alone.",
-          .run = Set};
+          .run = Set,
+          .writes = true};
 }
 
 Verb UpdateVerb() {
@@ -124,22 +125,24 @@ Verb UpdateVerb() {
           .help = "Change what is given, and keep the rest; MEMBER=null removes a member",
           .arguments = WriteArguments(
               {Flag(kAutomatic, "On behalf of automatic configuration"), IfRevisionArgument()}),
-          .run = [](const Given& given, const Output& /*output*/) {
-            Run(PrepareUpdate(given, DataOf(given)));
-          }};
+          .run = [](const Given& given,
+                    const Output& /*output*/) { Run(PrepareUpdate(given, DataOf(given))); },
+          .writes = true};
 }
 
 Verb DeleteVerb() {
   return {.name = "delete",
           .help = "Delete an object, or instances",
           .arguments = DeleteArguments(),
-          .run = [](const Given& given, const Output& /*output*/) {
-            if (MeansInstances(given)) {
-              DeleteInstances(given);
-            } else {
-              Run(PrepareDelete(given));
-            }
-          }};
+          .run =
+              [](const Given& given, const Output& /*output*/) {
+                if (MeansInstances(given)) {
+                  DeleteInstances(given);
+                } else {
+                  Run(PrepareDelete(given));
+                }
+              },
+          .writes = true};
 }
 
 Verb ValidateVerb() {
