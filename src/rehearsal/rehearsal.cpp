@@ -10,9 +10,11 @@
 #include "rehearsal/host_changes.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <utility>
 
 namespace TarnConfigStore {
@@ -23,13 +25,13 @@ namespace fs = std::filesystem;
 // Another root for as long as it lives.
 class UnderRoot {
  public:
-  explicit UnderRoot(const std::string& root) { HostPaths::SetRoot(root); }
-  ~UnderRoot() { HostPaths::SetRoot(own_); }
+  explicit UnderRoot(std::string root) : own_(HostPaths::ExchangeRoot(std::move(root))) {}
+  ~UnderRoot() { HostPaths::ExchangeRoot(std::move(own_)); }
   UnderRoot(const UnderRoot&) = delete;
   UnderRoot& operator=(const UnderRoot&) = delete;
 
  private:
-  const std::string own_ = HostPaths::GetRoot();
+  std::string own_;
 };
 
 // What is read there and never written: whether the host is being upgraded.
@@ -59,6 +61,23 @@ bool IsWritten(const char* fixedPath, const std::string& before, const std::stri
          !AreEqual(before + fixedPath, after + fixedPath);
 }
 
+HostState StateUnder(const std::string& root) {
+  const UnderRoot there(root);
+  return ReadHostState();
+}
+
+// The type of each row that was changed; empty where it is not installed.
+std::vector<SchemaHandle> TypesUnder(const std::string& root, const HostState& state,
+                                     const std::vector<RowChange>& changes) {
+  const UnderRoot there(root);
+  std::vector<SchemaHandle> types(changes.size());
+  if (!state.types.empty()) {
+    std::transform(changes.begin(), changes.end(), types.begin(),
+                   [](const RowChange& change) { return FindSchema(change.id); });
+  }
+  return types;
+}
+
 }  // namespace
 
 struct Rehearsal::Copies {
@@ -68,16 +87,14 @@ struct Rehearsal::Copies {
     WithStoreFailures([this] { HostCopy::Copy(before, after); });
     LinkWhatIsRead(hostRoot, before);
     LinkWhatIsRead(hostRoot, after);
-    HostPaths::SetRoot(after);
+    root.emplace(after);
   }
-  ~Copies() { HostPaths::SetRoot(hostRoot); }
-  Copies(const Copies&) = delete;
-  Copies& operator=(const Copies&) = delete;
 
   const std::string hostRoot = HostPaths::GetRoot();
   const std::string before;
   const std::string after;
   const NotificationSilence silence;
+  std::optional<UnderRoot> root;
 };
 
 Rehearsal::Rehearsal(const std::string& directory) {
@@ -88,30 +105,15 @@ Rehearsal::Rehearsal(const std::string& directory) {
 Rehearsal::~Rehearsal() = default;
 
 HostDifference Rehearsal::Difference() const {
-  const auto read = [](const std::string& root) {
-    const UnderRoot there(root);
-    return ReadHostState();
-  };
-  const HostState before = read(copies_->before);
-  const HostState after = read(copies_->after);
+  const HostState before = StateUnder(copies_->before);
+  const HostState after = StateUnder(copies_->after);
   const std::vector<RowChange> changes = FindChangedRows(before, after);
-  const auto typesUnder = [&changes](const std::string& root) {
-    const UnderRoot there(root);
-    std::vector<SchemaHandle> types;
-    for (const RowChange& change : changes) {
-      types.push_back(FindSchema(change.id));
-    }
-    return types;
-  };
+  const std::vector<SchemaHandle> typesBefore = TypesUnder(copies_->before, before, changes);
+  const std::vector<SchemaHandle> typesAfter = TypesUnder(copies_->after, after, changes);
   HostDifference difference;
-  if (!changes.empty()) {
-    const auto typesBefore = before.types.empty() ? std::vector<SchemaHandle>(changes.size())
-                                                  : typesUnder(copies_->before);
-    const auto typesAfter = typesUnder(copies_->after);
-    for (std::size_t i = 0; i < changes.size(); ++i) {
-      if (auto told = TellOf(changes[i], typesBefore[i], typesAfter[i])) {
-        difference.objects.push_back(std::move(*told));
-      }
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    if (auto told = TellOf(changes[i], typesBefore[i], typesAfter[i])) {
+      difference.objects.push_back(std::move(*told));
     }
   }
   FindOtherChanges(before, after, difference);

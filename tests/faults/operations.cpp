@@ -8,8 +8,11 @@
 
 #include <sqlite3.h>
 
+#include <cstdio>
 #include <filesystem>
+#include <ftw.h>
 #include <stdexcept>
+#include <sys/stat.h>
 #include <thread>
 
 namespace Faults {
@@ -185,6 +188,19 @@ std::string BackUp(Caller& /*caller*/) {
 std::string Restore(Caller& /*caller*/) {
   return std::to_string(
       RestoreHost(GetHostRoot() + "/host.backup", {.force = true}).content.objects);
+}
+
+// What is written to the copy is lost with it. What differs is read by what other operations do.
+std::string Rehearse(Caller& /*caller*/) {
+  const std::string directory = GetHostRoot() + "-copy";
+  nftw(
+      directory.c_str(),
+      [](const char* path, const struct stat*, int, struct FTW*) { return std::remove(path); }, 8,
+      FTW_DEPTH | FTW_PHYS);
+  mkdir(directory.c_str(), S_IRWXU);
+  const Rehearsal rehearsal(directory);
+  SetKeyValue("rehearsed", "1");
+  return GetKeyValue("rehearsed") + rehearsal.WhyNotWritable();
 }
 
 }  // namespace
@@ -383,7 +399,8 @@ const std::vector<OperationGroup>& Groups() {
       {"Hosts",
        {{"InitializeHost", TELLS(InitializeHost().created.size() == 0)},
         {"MakeHost", MakeHost, true, true}}},
-      {"Backups", {{"BackupHost", BackUp}, {"RestoreHost", Restore, true}}}};
+      {"Backups", {{"BackupHost", BackUp}, {"RestoreHost", Restore, true}}},
+      {"Rehearsals", {{"Rehearsal", Rehearse}}}};
   return groups;
 }
 

@@ -20,6 +20,10 @@ constexpr const char* kUpgradeContext = "/run/kestrel/upgrade-context";
 void SetRoot(const std::string& root);
 std::string GetRoot();
 
+/// Sets a root that has no slash at its end, and answers the one before. Once there is a root, it asks for
+/// no memory.
+std::string ExchangeRoot(std::string root) noexcept;
+
 /// A fixed path under the root.
 std::string Resolve(const char* fixedPath);
 

@@ -41,6 +41,13 @@ std::string GetRoot() {
   return TheRoot();
 }
 
+std::string ExchangeRoot(std::string root) noexcept {
+  const ProcessLocks::Guard guard(ProcessLocks::Rank::HOST_ROOT);
+  TheRoot().swap(root);
+  generation.fetch_add(1, std::memory_order_release);
+  return root;
+}
+
 std::string Resolve(const char* fixedPath) {
   const std::string_view fixed = fixedPath;
   std::string path;

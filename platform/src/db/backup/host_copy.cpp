@@ -124,6 +124,11 @@ bool CopyBoth(const std::string& first, const std::string& second) {
   return true;
 }
 
+// What fails in passing is no right that is missing.
+bool RightsRefuse(const std::string& path) {
+  return !CanBeWritten(path) && (errno == EACCES || errno == EPERM || errno == EROFS);
+}
+
 }  // namespace
 
 void Copy(const std::string& first, const std::string& second) {
@@ -165,15 +170,15 @@ std::string WhyNotWritable(const char* fixedPath) {
   std::string path = HostPaths::Resolve(fixedPath);
   struct stat status {};
   if (lstat(path.c_str(), &status) == 0) {
-    return CanBeWritten(path) && CanBeWritten(path.substr(0, path.rfind('/')))
-               ? ""
-               : MissingWriteRight(path);
+    return RightsRefuse(path) || RightsRefuse(path.substr(0, path.rfind('/')))
+               ? MissingWriteRight(path)
+               : "";
   }
   // What would be made first is made in the first directory that is there.
   do {
     path.resize(path.rfind('/'));
   } while (!path.empty() && lstat(path.c_str(), &status) != 0);
-  return CanBeWritten(path.empty() ? "/" : path) ? "" : MissingWriteRight(path + "/-");
+  return RightsRefuse(path.empty() ? "/" : path) ? MissingWriteRight(path + "/-") : "";
 }
 
 }  // namespace HostCopy
