@@ -18,9 +18,6 @@
 #include <utility>
 
 namespace TarnConfigStore {
-namespace {
-
-namespace fs = std::filesystem;
 
 // Another root for as long as it lives.
 class UnderRoot {
@@ -33,6 +30,10 @@ class UnderRoot {
  private:
   std::string own_;
 };
+
+namespace {
+
+namespace fs = std::filesystem;
 
 // What is read there and never written: whether the host is being upgraded.
 void LinkWhatIsRead(const std::string& hostRoot, const std::string& root) {
