@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <unistd.h>
 #include <utility>
 
 namespace tarnctl {
@@ -66,7 +67,7 @@ Rehearsed RunOn(const Rehearsal& copy, const Verb& verb, const Given& given, boo
 
 void Print(const Rehearsed& rehearsed, const HostDifference& difference, const Output& output) {
   if (!output.AsData()) {
-    const std::string lines = DescribeChanges(difference, ShowsColours());
+    const std::string lines = DescribeChanges(difference, Terminal::Of(STDOUT_FILENO));
     const bool saysNothing = lines.empty() && rehearsed.printed.empty();
     output.PrintText(rehearsed.printed + (saysNothing ? "nothing would change\n" : lines));
     Say("nothing was written: this was a dry run");

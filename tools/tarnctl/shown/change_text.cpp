@@ -32,16 +32,16 @@ std::string LineOf(const std::string& text) {
   return Json::Utf8::WithoutControls(text) + "\n";
 }
 
-std::string LinesOf(const DriftObject& object, bool inColour) {
+std::string LinesOf(const DriftObject& object, const Terminal& terminal) {
   return LineOf(FormatObject(object.GetConfigStoreObjectId()) + ": " + NameOf(object.GetKind())) +
-         DescribeMembers(object, inColour);
+         DescribeMembers(object, terminal);
 }
 
 // What it was to change.
-std::string LinesOfSettled(const PendingChange& change, bool inColour) {
+std::string LinesOfSettled(const PendingChange& change, const Terminal& terminal) {
   std::string lines = LineOf("waits no longer: " + FormatObject(change.id));
   for (const DriftObject& object : change.difference) {
-    lines += DescribeMembers(object, inColour);
+    lines += DescribeMembers(object, terminal);
   }
   return lines;
 }
@@ -70,16 +70,16 @@ Json::Value DescribeObject(const DriftObject& object, JsonMaker& make) {
 
 }  // namespace
 
-std::string DescribeChanges(const HostDifference& difference, bool inColour) {
+std::string DescribeChanges(const HostDifference& difference, const Terminal& terminal) {
   std::string lines;
   for (const DriftObject& object : difference.objects) {
-    lines += LinesOf(object, inColour);
+    lines += LinesOf(object, terminal);
   }
   for (const PendingChange& change : difference.waiting) {
-    lines += "waits for the next boot: " + DescribePending(change, inColour);
+    lines += "waits for the next boot: " + DescribePending(change, terminal);
   }
   for (const PendingChange& change : difference.settled) {
-    lines += LinesOfSettled(change, inColour);
+    lines += LinesOfSettled(change, terminal);
   }
   for (const TypeDifference& type : difference.types) {
     lines += LineOf(type);

@@ -4,6 +4,7 @@
 #include "tarnconfigstore/rehearsal.h"
 
 #include "json_maker.h"
+#include "table/terminal.h"
 
 #include <string>
 
@@ -11,7 +12,8 @@ namespace tarnctl {
 
 /// Lines: each object with its members as DescribeMembers has them, what waits for the next boot as
 /// DescribePending does, types and entries. Control characters are escaped.
-std::string DescribeChanges(const TarnConfigStore::HostDifference& difference, bool inColour);
+std::string DescribeChanges(const TarnConfigStore::HostDifference& difference,
+                            const Terminal& terminal);
 
 /// {"objects": [{"object", "change", "members"}], "waits", "waitsNoLonger": as Describe tells of pending
 /// changes, "types": [{"type", "before", "after"}], "entries": [{"key", "before", "after"}]}; "change" is

@@ -138,9 +138,11 @@ Verb EditVerb() {
           "is told in the text, to be tried again. Where somebody else changes the object "
           "meanwhile, nothing is written (exit code 5), and the text is kept. Masked secrets "
           "stay as they are.",
-      .run = [](const Given& given, const Output& output) {
-        Editing(ParseObject(given.Text(kObject)), Reveals(given), output.AsJson()).Run();
-      }};
+      .run =
+          [](const Given& given, const Output& output) {
+            Editing(ParseObject(given.Text(kObject)), Reveals(given), output.AsJson()).Run();
+          },
+      .writes = true};
 }
 
 }  // namespace tarnctl

@@ -132,7 +132,8 @@ Verb TransactionVerb() {
           "redirect is refused. Each line sees what those before it wrote. All that is wrong "
           "is told, with its line. Where somebody else changes one of the objects meanwhile, "
           "nothing is written (exit code 5).",
-      .run = RunTransaction};
+      .run = RunTransaction,
+      .writes = true};
 }
 
 }  // namespace tarnctl
