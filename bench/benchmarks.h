@@ -7,13 +7,16 @@
 
 namespace Benchmarks {
 
+/// Registers all of them.
+void RegisterAll(Roads& roads, const std::string& root);
+
 // Each registers its comparisons; the roads have to live until they have run.
 void RegisterGets(Roads& roads);
 void RegisterSets(Roads& roads, const std::string& root);
 void RegisterInstances(Roads& roads);
 void RegisterBulkWrites(Roads& roads, const std::string& root);
 void RegisterNotifications(Roads& roads);
-void RegisterStagedChanges(Roads& roads);
+void RegisterStagedChanges(Roads& roads, const std::string& root);
 void RegisterDocuments(Roads& roads, const std::string& root);
 void RegisterFreshProcess(const std::string& root);
 void RegisterHeldMemory(const std::string& root);

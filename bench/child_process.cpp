@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <spawn.h>
 #include <stdexcept>
 #include <sys/wait.h>
@@ -71,6 +72,10 @@ std::string ReadAll(int file) {
 
 }  // namespace
 
+std::string OwnProgram() {
+  return std::filesystem::read_symlink("/proc/self/exe").string();
+}
+
 Child StartChild(ChildTask task, const std::string& root) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) {
@@ -79,7 +84,7 @@ Child StartChild(ChildTask task, const std::string& root) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-  std::string program = "/proc/self/exe";
+  std::string program = OwnProgram();
   std::string mark = kChild;
   std::string number = std::to_string(static_cast<int>(task));
   std::string rootArgument = root;

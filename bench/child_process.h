@@ -29,6 +29,9 @@ struct Child {
   int output;
 };
 
+/// The path of this program, also while valgrind runs it.
+std::string OwnProgram();
+
 /// Starts a child; the caller closes the pipe and waits for it. Raises std::runtime_error.
 Child StartChild(ChildTask task, const std::string& root);
 

@@ -1,8 +1,12 @@
 // One operation, measured on the library's road and on the floor's.
 #pragma once
 
+#include "allocation_count.h"
+#include "instruction_count.h"
+
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <exception>
 #include <functional>
 #include <string>
@@ -21,6 +25,7 @@ struct Comparison {
   Unit unit = Unit::TIME;
   int items = 1;            ///< objects that one operation handles
   bool ownClock = false;    ///< the bodies tell how long each iteration took
+  bool inChildren = false;  ///< the bodies start processes, which are what is measured
   std::string sibling{};    ///< a comparison that this one should stay close to, on both sides
   double siblingRatio = 0;  ///< how close
 };
@@ -42,6 +47,8 @@ const std::vector<Comparison>& Comparisons();
 
 /// The counter that carries the result of a comparison in bytes.
 constexpr const char* kBytes = "bytes";
+/// The counter that carries how often one operation allocates memory.
+constexpr const char* kAllocations = "allocations";
 
 constexpr const char* kLibrarySide = "/library";
 constexpr const char* kFloorSide = "/floor";
@@ -52,9 +59,37 @@ template <class Operation>
 void Measure(benchmark::State& state, Operation operation) {
   try {
     operation();
+    if (InstructionCount::IsTaken()) {
+      InstructionCount::Take(
+          state, [] {}, operation);
+      return;
+    }
+    state.counters[kAllocations] = AllocationsOf([] {}, operation);
     for ([[maybe_unused]] auto iteration : state) {
       auto result = operation();
       benchmark::DoNotOptimize(result);
+    }
+  } catch (const std::exception& failure) {
+    state.SkipWithError(failure.what());
+  }
+}
+
+/// The same for an operation that wants something prepared each time, which is not measured. Of a
+/// comparison whose bodies have a clock of their own.
+template <class Prepare, class Operation>
+void MeasurePrepared(benchmark::State& state, Prepare prepare, Operation operation) {
+  using Clock = std::chrono::steady_clock;
+  try {
+    if (InstructionCount::IsTaken()) {
+      InstructionCount::Take(state, prepare, operation);
+      return;
+    }
+    state.counters[kAllocations] = AllocationsOf(prepare, operation);
+    for ([[maybe_unused]] auto iteration : state) {
+      prepare();
+      const Clock::time_point start = Clock::now();
+      operation();
+      state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count());
     }
   } catch (const std::exception& failure) {
     state.SkipWithError(failure.what());

@@ -42,6 +42,12 @@ std::string Target(const Comparison& comparison) {
                                     : Readable(comparison.targetValue, comparison.unit);
 }
 
+std::string Count(double value) {
+  std::array<char, 32> text;
+  std::snprintf(text.data(), text.size(), value == std::floor(value) ? "%.0f" : "%.1f", value);
+  return std::isnan(value) ? "-" : text.data();
+}
+
 double MedianOf(std::vector<double> values) {
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
   std::nth_element(values.begin(), middle, values.end());
@@ -54,6 +60,9 @@ bool HasCpuTime(const Comparison& comparison) {
 }
 
 const char* Verdict(const Comparison& comparison, double library, double floor) {
+  if (comparison.targetRatio == 0 && comparison.targetValue == 0) {
+    return "for information";
+  }
   if (library == kNothing || floor == kNothing) {
     return "not measured";
   }
@@ -81,6 +90,9 @@ void ComparisonTable::ReportRuns(const std::vector<Run>& runs) {
       samples_[name].results.push_back(bytes == run.counters.end() ? run.GetAdjustedRealTime()
                                                                    : bytes->second.value);
       samples_[name].cpuTimes.push_back(run.GetAdjustedCPUTime());
+      if (const auto counted = run.counters.find(kAllocations); counted != run.counters.end()) {
+        samples_[name].allocations.push_back(counted->second.value);
+      }
     }
   }
 }
@@ -99,8 +111,21 @@ double ComparisonTable::CpuRatio(const std::string& name) const {
   return MedianOf(library->second.cpuTimes) / MedianOf(floor->second.cpuTimes);
 }
 
+double ComparisonTable::Allocations(const std::string& name) const {
+  const auto found = samples_.find(name);
+  return found == samples_.end() || found->second.allocations.empty()
+             ? NAN
+             : MedianOf(found->second.allocations);
+}
+
+double ComparisonTable::Instructions(const std::string& name) const {
+  const auto found = instructions_.find(name);
+  return found == instructions_.end() ? NAN : found->second;
+}
+
 void ComparisonTable::Finalize() {
   PrintRatios();
+  PrintCounts();
   PrintPerItem();
   PrintSiblings();
 }
@@ -120,6 +145,22 @@ void ComparisonTable::PrintRatios() const {
                 HasCpuTime(comparison) ? Plain(CpuRatio(comparison.name)).c_str() : "-",
                 Target(comparison).c_str(), Verdict(comparison, library, floor),
                 comparison.does.c_str());
+  }
+}
+
+void ComparisonTable::PrintCounts() const {
+  std::printf("\n%-26s %13s %13s %7s %13s %11s\n", "of one operation", "instructions", "floor's",
+              "ratio", "allocations", "floor's");
+  for (const Comparison& comparison : Comparisons()) {
+    const std::string library = comparison.name + kLibrarySide;
+    const std::string floor = comparison.name + kFloorSide;
+    if (const double ratio = Instructions(library) / Instructions(floor);
+        !std::isnan(ratio) || !std::isnan(Allocations(library))) {
+      std::printf("%-26s %13s %13s %7s %13s %11s\n", comparison.name.c_str(),
+                  Count(Instructions(library)).c_str(), Count(Instructions(floor)).c_str(),
+                  std::isnan(ratio) ? "-" : Plain(ratio).c_str(),
+                  Count(Allocations(library)).c_str(), Count(Allocations(floor)).c_str());
+    }
   }
 }
 

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Benchmarks {
@@ -18,6 +19,11 @@ class ComparisonTable : public benchmark::BenchmarkReporter {
   void ReportRuns(const std::vector<Run>& runs) override;
   void Finalize() override;
 
+  /// What CountInstructions told, to be printed beside the times.
+  void SetInstructions(std::map<std::string, double> instructions) {
+    instructions_ = std::move(instructions);
+  }
+
   /// True when a benchmark failed.
   bool HasFailures() const { return failed_; }
 
@@ -25,15 +31,20 @@ class ComparisonTable : public benchmark::BenchmarkReporter {
   struct Samples {
     std::vector<double> results;
     std::vector<double> cpuTimes;
+    std::vector<double> allocations;
   };
 
   double Median(const std::string& name) const;
   double CpuRatio(const std::string& name) const;
+  double Allocations(const std::string& name) const;
+  double Instructions(const std::string& name) const;
   void PrintRatios() const;
+  void PrintCounts() const;
   void PrintPerItem() const;
   void PrintSiblings() const;
 
   std::map<std::string, Samples> samples_;
+  std::map<std::string, double> instructions_;
   bool failed_ = false;
 };
 

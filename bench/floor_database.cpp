@@ -47,6 +47,10 @@ void FloorDatabase::Run(const char* sql) {
   Check(sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr), database_.get());
 }
 
+bool FloorDatabase::IsInTransaction() const noexcept {
+  return sqlite3_get_autocommit(database_.get()) == 0;
+}
+
 std::int64_t FloorDatabase::ReadNumber(const char* sql) {
   FloorStatement statement(*this, sql);
   return statement.Step() ? statement.Number(0) : 0;
@@ -76,6 +80,10 @@ void FloorStatement::Bind(int index, int number) {
   Check(sqlite3_bind_int(Prepared(), index, number), database_.database_.get());
 }
 
+void FloorStatement::BindNull(int index) {
+  Check(sqlite3_bind_null(Prepared(), index), database_.database_.get());
+}
+
 bool FloorStatement::Step() {
   const int code = sqlite3_step(Prepared());
   if (code != SQLITE_ROW && code != SQLITE_DONE) {
@@ -84,7 +92,20 @@ bool FloorStatement::Step() {
   return code == SQLITE_ROW;
 }
 
+void FloorStatement::Execute() {
+  const int code = sqlite3_step(Prepared());
+  if (code != SQLITE_DONE) {
+    sqlite3_reset(statement_.get());
+    Fail(database_.database_.get());
+  }
+  sqlite3_reset(statement_.get());
+}
+
 void FloorStatement::Reset() noexcept {
+  sqlite3_reset(statement_.get());
+}
+
+void FloorStatement::Clear() noexcept {
   sqlite3_reset(statement_.get());
   sqlite3_clear_bindings(statement_.get());
 }

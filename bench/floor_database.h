@@ -23,6 +23,7 @@ class FloorDatabase {
                 std::int64_t layout);
 
   void Run(const char* sql);
+  bool IsInTransaction() const noexcept;
 
  private:
   friend class FloorStatement;
@@ -44,11 +45,17 @@ class FloorStatement {
   /// Texts are not copied: they have to live until Reset.
   void Bind(int index, std::string_view text);
   void Bind(int index, int number);
+  void BindNull(int index);
 
   /// True for a row, false at the end.
   bool Step();
-  /// Makes the statement ready for the next run; what was not bound is NULL then.
+  /// Of a statement that returns no rows: Step and Reset, whatever happens.
+  void Execute();
+  /// Makes the statement ready for the next run. What was bound stays bound, also to a text that is
+  /// there no longer: whoever runs it again binds anew what has changed.
   void Reset() noexcept;
+  /// The same, and everything is NULL.
+  void Clear() noexcept;
 
   bool IsNull(int column) const noexcept;
   /// Valid until the next step; empty for NULL.

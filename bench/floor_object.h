@@ -3,40 +3,50 @@
 
 #include "json/json.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <string>
+#include <new>
+#include <span>
 #include <string_view>
 
 namespace Benchmarks {
 
-/// One object's data in a memory pool sized to its text, and the row's metadata.
+/// What a row says of an object.
+struct FloorMetadata {
+  std::string_view instanceId{};
+  std::string_view version{};
+  std::string_view creationTime{};
+  std::string_view modifiedTime{};
+  std::int64_t revision = 0;
+};
+
+/// One object's data and metadata, all in one block of memory.
 class FloorObject {
  public:
-  /// \param textSize  bytes of all the texts that will be parsed into it
-  explicit FloorObject(std::size_t textSize);
+  /// Parses the layers, each laid over the ones before member by member; those without data pointer are passed
+  /// by. As strict as the library: UTF-8 checked, numbers exact, no deeper than it. Raises std::runtime_error for
+  /// what is no JSON object.
+  static std::unique_ptr<FloorObject> Make(const FloorMetadata& metadata,
+                                           std::span<const std::string_view> layers);
+  static std::unique_ptr<FloorObject> Make(const FloorMetadata& metadata, std::string_view text) {
+    return Make(metadata, std::span(&text, 1));
+  }
   FloorObject(const FloorObject&) = delete;
   FloorObject& operator=(const FloorObject&) = delete;
-
-  /// Parses a text, as strictly as the library: UTF-8 checked, numbers in full precision. It
-  /// becomes the data, or is laid over the data that is there, member by member. Raises
-  /// std::runtime_error for what is no JSON object.
-  /// \param text  followed by a NUL
-  void Lay(std::string_view text);
+  static void operator delete(FloorObject* object, std::destroying_delete_t /*how*/);
 
   Json::Value& Data() { return data_; }
-
-  std::string instanceId;
-  std::string version;
-  std::string creationTime;
-  std::string modifiedTime;
-  std::int64_t revision = 0;
+  const FloorMetadata& Metadata() const { return metadata_; }
 
  private:
-  std::unique_ptr<char[]> buffer_;
+  FloorObject(char* values, std::size_t valuesSize);
+  ~FloorObject() = default;
+  void Lay(Json::Value layer);
+
   Json::Allocator pool_;
   Json::Value data_;
+  FloorMetadata metadata_;
+  bool isMerged_ = false;
 };
 
 }  // namespace Benchmarks

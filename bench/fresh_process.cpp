@@ -65,7 +65,8 @@ void RegisterFreshProcess(const std::string& root) {
        .does = "in a fresh process: open the store and the types, read one type of 2,000, get one "
                "object",
        .targetRatio = kTarget,
-       .ownClock = true},
+       .ownClock = true,
+       .inChildren = true},
       [root](benchmark::State& state) {
         MeasureChildren(state, ChildTask::FIRST_GET_LIBRARY, root);
       },

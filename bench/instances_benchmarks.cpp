@@ -15,7 +15,7 @@ int RepetitionsFor(int count) {
 
 void RegisterRead(Roads& roads, const std::string& key, Comparison comparison) {
   const TarnConfigStore::ConfigStoreObjectId id = IdOf(key);
-  comparison.targetRatio = 1.5;
+  comparison.targetRatio = 1.3;
   const Sides sides = Compare(
       comparison,
       [&roads, id](benchmark::State& state) {

@@ -42,7 +42,7 @@ void RegisterUnheard(Roads& roads, const char* name, const char* does, const cha
       {.name = name, .does = does, .targetRatio = kTarget},
       [switchValue](benchmark::State& state) { Notify(state, Host::kPlain, switchValue); },
       [&roads](benchmark::State& state) {
-        Measure(state, [&] { return roads.floor.ReadKeyValue("NOTIFY_KEELD"); });
+        Measure(state, [&] { return roads.floor.Holds("NOTIFY_KEELD", "true"); });
       });
 }
 
@@ -72,7 +72,7 @@ void RegisterNotifications(Roads& roads) {
         const std::string message = TarnConfigStore::MakeNotificationMessage(
             std::string("tarn.bench.") + Host::kWritten, getpid());
         Measure(state, [&] {
-          roads.floor.ReadKeyValue("NOTIFY_KEELD");
+          roads.floor.Holds("NOTIFY_KEELD", "true");
           SendBare(message);
           return &message;
         });

@@ -19,9 +19,9 @@ void CheckSame(const std::shared_ptr<ConfigStoreObject>& object, FloorObject* fl
   // Values of objects are equal whatever the order of their members.
   const bool same = Json::Parse(object->GetData(), data) &&
                     static_cast<const Json::Value&>(data) == floor->Data() &&
-                    object->GetRevision() == floor->revision &&
-                    object->GetModifiedTime() == floor->modifiedTime &&
-                    object->GetConfigStoreObjectId().instanceId == floor->instanceId;
+                    object->GetRevision() == floor->Metadata().revision &&
+                    object->GetModifiedTime() == floor->Metadata().modifiedTime &&
+                    object->GetConfigStoreObjectId().instanceId == floor->Metadata().instanceId;
   if (!same) {
     throw std::runtime_error("library and floor differ on " +
                              object->GetConfigStoreObjectId().toString() + ": " +
