@@ -1,15 +1,11 @@
 #include "tarnconfigstore/documents.h"
 #include "tarnconfigstore/drift.h"
 
-#include "platform/host_paths.h"
-
 #include "benchmarks.h"
 #include "comparison.h"
+#include "floor_export.h"
 #include "measured_host.h"
 #include "samples.h"
-
-#include <rapidjson/prettywriter.h>
-#include <rapidjson/reader.h>
 
 #include <array>
 #include <stdexcept>
@@ -18,12 +14,6 @@ namespace Benchmarks {
 namespace {
 
 using namespace TarnConfigStore;
-
-constexpr std::int64_t kStoreMark = 0x54435331;
-constexpr std::int64_t kStoreLayout = 2;
-constexpr const char* kReadTexts =
-    "SELECT Identifier, UserValue FROM Config WHERE Component = ? AND ConfigGroup = ? AND Name = ? "
-    "AND Success = 1 AND UserValue NOT NULL ORDER BY Identifier";
 
 std::string DocumentOf(const std::string& key, std::size_t count, unsigned variant) {
   const ConfigStoreObjectId id = IdOf(key);
@@ -35,58 +25,6 @@ std::string DocumentOf(const std::string& key, std::size_t count, unsigned varia
   }
   return text += "]}}}}";
 }
-
-// Reads the texts of a type's rows and writes them as one, indented, by hand: each is read strictly and
-// written as it is read.
-class FloorExport {
- public:
-  explicit FloorExport(const std::string& root)
-      : database_(root + HostPaths::kStore, FloorDatabase::Access::READ, kStoreMark, kStoreLayout),
-        texts_(database_, kReadTexts) {}
-
-  std::size_t Run(const ConfigStoreObjectId& type) {
-    texts_.Bind(1, type.component);
-    texts_.Bind(2, type.group);
-    texts_.Bind(3, type.key);
-    std::size_t written = 0;
-    buffer_.Clear();
-    Writer writer(buffer_);
-    writer.SetIndent(' ', 2);
-    writer.StartArray();
-    while (texts_.Step()) {
-      const std::string_view text = texts_.Text(1);
-      rapidjson::MemoryStream bytes(text.data(), text.size());
-      rapidjson::EncodedInputStream<Json::Encoding, rapidjson::MemoryStream> stream(bytes);
-      rapidjson::Reader reader;
-      if (!reader.Parse<rapidjson::kParseValidateEncodingFlag |
-                        rapidjson::kParseNumbersAsStringsFlag>(stream, writer)) {
-        throw std::runtime_error("a row is not JSON");
-      }
-      if (buffer_.GetSize() > kPiece) {
-        written += buffer_.GetSize();
-        buffer_.Clear();
-      }
-    }
-    writer.EndArray();
-    texts_.Reset();
-    return written + buffer_.GetSize();
-  }
-
- private:
-  static constexpr std::size_t kPiece = 64 * 1024;
-
-  // Numbers as they are written.
-  struct Writer : rapidjson::PrettyWriter<rapidjson::StringBuffer> {
-    using PrettyWriter::PrettyWriter;
-    bool RawNumber(const char* text, rapidjson::SizeType length, bool /*copy*/) {
-      return RawValue(text, length, rapidjson::kNumberType);
-    }
-  };
-
-  FloorDatabase database_;
-  FloorStatement texts_;
-  rapidjson::StringBuffer buffer_;
-};
 
 void Configure(const Sides& sides, std::size_t count) {
   const int repetitions = count > 10000 ? 5 : 9;
@@ -118,16 +56,17 @@ void RegisterExport(const std::string& root, std::size_t count) {
       count);
 }
 
-void RegisterImport(Roads& roads, std::size_t count) {
+void RegisterImport(Roads& roads, const std::string& root, std::size_t count) {
   constexpr double kTarget = 1.3;
-  const std::string key = Host::KeyOfWrittenInstances(count);
+  const ConfigStoreObjectId id = IdOf(Host::KeyOfWrittenInstances(count));
+  const auto type = std::make_shared<FloorType>(root, id);
   const auto documents = std::make_shared<std::array<std::string, 2>>(
-      std::array{DocumentOf(key, count, 0), DocumentOf(key, count, 1)});
+      std::array{DocumentOf(id.key, count, 0), DocumentOf(id.key, count, 1)});
   Configure(
       Compare(
           {.name = "import/" + std::to_string(count),
-           .does = "parse, validate and write instances that all change; the floor makes objects "
-                   "of the same texts and calls SetInstances",
+           .does = "parse a document, validate and write its instances, which all change, in one "
+                   "transaction",
            .targetRatio = kTarget,
            .items = static_cast<int>(count)},
           [documents](benchmark::State& state) {
@@ -137,20 +76,9 @@ void RegisterImport(Roads& roads, std::size_t count) {
                   .objects.size();
             });
           },
-          [&roads, key, count](benchmark::State& state) {
-            unsigned turn = 0;
-            Measure(state, [&] {
-              ++turn;
-              std::vector<std::shared_ptr<ConfigStoreObject>> objects;
-              for (std::size_t i = 0; i < count; ++i) {
-                const std::string id = InstanceId(i);
-                objects.push_back(std::make_shared<ConfigStoreObject>(IdOf(key, id)));
-                objects.back()->SetData(
-                    ObjectText(static_cast<unsigned>(i) + turn % 2, id).c_str());
-              }
-              roads.library->SetInstances(std::move(objects), EXTERNAL);
-              return turn;
-            });
+          [&roads, id, type, documents](benchmark::State& state) {
+            std::size_t turn = 0;
+            Measure(state, [&] { return roads.floor.Import(id, (*documents)[++turn % 2], *type); });
           }),
       count);
 }
@@ -206,7 +134,7 @@ void RegisterComparisons(Roads& roads, std::size_t count) {
 void RegisterDocuments(Roads& roads, const std::string& root) {
   RegisterExport(root, 10000);
   RegisterExport(root, Host::kMany);
-  RegisterImport(roads, 10000);
+  RegisterImport(roads, root, 10000);
   RegisterComparisons(roads, 1000);
   RegisterComparisons(roads, 10000);
 }

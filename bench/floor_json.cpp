@@ -163,11 +163,22 @@ void TextMaker::PutString(const Json::Value& value) {
     Put(quoted);
     return;
   }
-  char* to = Room(text.size() + 2);
+  PutQuoted(text);
+}
+
+void TextMaker::PutQuoted(std::string_view plain) {
+  char* to = Room(plain.size() + 2);
   *to++ = '"';
-  std::memcpy(to, text.data(), text.size());
-  to[text.size()] = '"';
-  used_ += text.size() + 2;
+  std::memcpy(to, plain.data(), plain.size());
+  to[plain.size()] = '"';
+  used_ += plain.size() + 2;
+}
+
+void TextMaker::PutLine(std::size_t blanks) {
+  char* const to = Room(blanks + 1);
+  *to = '\n';
+  std::memset(to + 1, ' ', blanks);
+  used_ += blanks + 1;
 }
 
 template <class Number>

@@ -167,16 +167,23 @@ class ScratchValue {
   Json::Value value_;
 };
 
-/// A value's text, made in memory that the next one takes over.
+/// Texts, made in memory that the next one takes over.
 class TextMaker {
  public:
-  /// Raises std::runtime_error for what JSON cannot say. Valid until the next call.
+  /// A value's text. Raises std::runtime_error for what JSON cannot say. Valid until the next call.
   std::string_view Make(const Json::Value& value);
+
+  void Put(char character) { *Room(1) = character, ++used_; }
+  void Put(std::string_view text);
+  /// A string that needs no escapes.
+  void PutQuoted(std::string_view plain);
+  /// A line's end, and blanks before the next.
+  void PutLine(std::size_t blanks);
+  std::size_t Size() const { return used_; }
+  void Cut(std::size_t size) { used_ = size; }
 
  private:
   char* Room(std::size_t size);
-  void Put(char character) { *Room(1) = character, ++used_; }
-  void Put(std::string_view text);
   void PutString(const Json::Value& value);
   void PutDouble(double value);
   template <class Number>

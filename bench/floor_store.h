@@ -88,6 +88,11 @@ class FloorStore {
                     const std::vector<std::unique_ptr<FloorObject>>& objects, const FloorType& type,
                     Rows rows = Rows::KEPT);
 
+  /// Parses a document of one type, validates its instances and replaces their rows in one transaction.
+  /// How many there were.
+  std::size_t Import(const TarnConfigStore::ConfigStoreObjectId& id, std::string_view document,
+                     const FloorType& type);
+
   /// Validates an object and stages it for the next boot, in a transaction of its own.
   void Stage(const TarnConfigStore::ConfigStoreObjectId& id, Json::Value& data,
              const FloorType& type);

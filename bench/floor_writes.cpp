@@ -150,6 +150,31 @@ void FloorStore::WriteFresh(const ConfigStoreObjectId& id, const FloorType& type
   }
 }
 
+std::size_t FloorStore::Import(const ConfigStoreObjectId& id, std::string_view document,
+                               const FloorType& type) {
+  RefuseDuringBoot();
+  Json::Value& config = scratch_.Parse(document)["config"];
+  Json::Value& instances = config[id.component.c_str()][id.group.c_str()][id.key.c_str()];
+  ConfigStoreObjectId instance = id;
+  for (Json::Value& data : instances.GetArray()) {
+    instance.instanceId = Json::Text(data["id"]);
+    Check(instance, data, type, TarnConfigStore::SetRules());
+  }
+  Transaction transaction(*this);
+  BindRow(write_, id, type.Version());
+  write_.Bind(6, 1);
+  write_.Bind(12, 0);
+  for (const Json::Value& data : instances.GetArray()) {
+    write_.Bind(1, Json::Text(data["id"]));
+    write_.Bind(8, text_.Make(data));
+    write_.Execute();
+  }
+  write_.Clear();
+  transaction.Commit();
+  RefuseToNotify();
+  return instances.Size();
+}
+
 void FloorStore::Fill(const ConfigStoreObjectId& id, const RowValues& values) {
   BindRow(write_, id, "1.0");
   write_.Bind(6, 1);

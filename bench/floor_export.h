@@ -1,0 +1,29 @@
+// Writing the rows of a type as one indented text, by hand.
+#pragma once
+
+#include "tarnconfigstore/object_id.h"
+
+#include "floor_database.h"
+#include "floor_json.h"
+
+#include <cstddef>
+#include <string>
+
+namespace Benchmarks {
+
+/// Reads each text strictly and writes it as it is read; nothing is made of it. Raises
+/// std::runtime_error for a text that is not JSON.
+class FloorExport {
+ public:
+  explicit FloorExport(const std::string& root);
+
+  /// The bytes that were written, in pieces that nobody keeps.
+  std::size_t Run(const TarnConfigStore::ConfigStoreObjectId& type);
+
+ private:
+  FloorDatabase database_;
+  FloorStatement texts_;
+  TextMaker text_;
+};
+
+}  // namespace Benchmarks
