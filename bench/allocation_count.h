@@ -11,7 +11,7 @@ std::uint64_t CountAllocations() noexcept;
 /// Allocations of one operation, as a mean of a few.
 template <class Prepare, class Operation>
 double AllocationsOf(Prepare prepare, Operation operation) {
-  constexpr int kRuns = 4;
+  constexpr int kRuns = 2;
   std::uint64_t counted = 0;
   for (int i = 0; i < kRuns; ++i) {
     prepare();

@@ -9,6 +9,8 @@
 namespace Benchmarks {
 namespace {
 
+constexpr std::string_view kResults = "--results=";
+
 // Many repetitions, each shorter than the time that the kernel gives a process in one go: one that
 // another process interrupts is an outlier that the median drops, and both sides see the same
 // noise. Ours come first: the caller's win.
@@ -37,6 +39,12 @@ Arguments::Arguments(int argc, char** argv) {
     const std::string_view argument = argv[i];
     if (argument == "--contention") {
       contends = true;
+    } else if (argument == "--sharing") {
+      shares = true;
+    } else if (argument == "--all") {
+      extent = Extent::ALL;
+    } else if (argument.starts_with(kResults)) {
+      results = argument.substr(kResults.size());
     } else if (argument == "--instructions") {
       countsInstructions = true;
     } else if (argument == kCountInstructions && i + 1 < argc) {

@@ -73,12 +73,15 @@ void RegisterSetInstances(Roads& roads, const std::string& root, std::size_t cou
 
 }  // namespace
 
-void RegisterBulkWrites(Roads& roads, const std::string& root) {
+void RegisterBulkWrites(Roads& roads, const std::string& root, Extent extent) {
   using enum FloorStore::Rows;
   RegisterSetInstances(roads, root, 10, 101, KEPT);
   RegisterSetInstances(roads, root, 1000, 31, KEPT);
   RegisterSetInstances(roads, root, 1000, 31, NEW);
   RegisterSetInstances(roads, root, 10000, 9, KEPT);
+  if (extent == Extent::ALL) {
+    RegisterSetInstances(roads, root, Host::kMany, 3, KEPT);
+  }
 }
 
 }  // namespace Benchmarks

@@ -2,9 +2,6 @@
 
 #include "tarnconfigstore/host.h"
 
-#include "contention.h"
-#include "daemon.h"
-
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -23,38 +20,8 @@ namespace {
 constexpr const char* kChild = "--measure-as-child";
 constexpr int kChildArguments = 4;
 
-double Perform(ChildTask task, const std::string& root) {
-  switch (task) {
-    case ChildTask::FIRST_GET_LIBRARY:
-      return MeasureFirstGetByLibrary();
-    case ChildTask::FIRST_GET_FLOOR:
-      return MeasureFirstGetByFloor(root);
-    case ChildTask::HELD_MEMORY_LIBRARY:
-      return MeasureMemoryOfLibrary();
-    case ChildTask::HELD_MEMORY_FLOOR:
-      return MeasureMemoryOfFloor(root);
-    case ChildTask::HELD_INSTANCES_LIBRARY:
-      return MeasureInstancesOfLibrary();
-    case ChildTask::HELD_INSTANCES_FLOOR:
-      return MeasureInstancesOfFloor(root);
-    case ChildTask::PEAK_OF_KEEP_ONE_LIBRARY:
-      return MeasurePeakOfLibrary();
-    case ChildTask::PEAK_OF_KEEP_ONE_FLOOR:
-      return MeasurePeakOfFloor(root);
-    case ChildTask::DAEMON_THAT_READS:
-      ServeAsDaemon(Daemon::Manner::READS);
-    case ChildTask::DAEMON_THAT_ACCEPTS:
-      ServeAsDaemon(Daemon::Manner::ACCEPTS_ONLY);
-    case ChildTask::DAEMON_THAT_HANGS:
-      ServeAsDaemon(Daemon::Manner::HANGS);
-    case ChildTask::WRITE_BESIDE_OTHERS:
-      return MeasureOneWrite();
-    case ChildTask::CONTEND:
-      Contend();
-      return 0;
-  }
-  throw std::runtime_error("no such task");
-}
+// Before any other constant is made.
+constinit const ChildTask* tasks = nullptr;
 
 std::string ReadAll(int file) {
   std::string text;
@@ -72,11 +39,25 @@ std::string ReadAll(int file) {
 
 }  // namespace
 
+ChildTask::ChildTask(const char* name, Perform perform)
+    : name_(name), perform_(perform), next_(tasks) {
+  tasks = this;
+}
+
+double ChildTask::PerformByName(const std::string& name, const std::string& root) {
+  for (const ChildTask* task = tasks; task != nullptr; task = task->next_) {
+    if (name == task->name_) {
+      return task->perform_(root);
+    }
+  }
+  throw std::runtime_error("no such task: " + name);
+}
+
 std::string OwnProgram() {
   return std::filesystem::read_symlink("/proc/self/exe").string();
 }
 
-Child StartChild(ChildTask task, const std::string& root) {
+Child StartChild(const ChildTask& task, const std::string& root) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) {
     throw std::runtime_error("cannot make a pipe");
@@ -86,9 +67,9 @@ Child StartChild(ChildTask task, const std::string& root) {
   posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
   std::string program = OwnProgram();
   std::string mark = kChild;
-  std::string number = std::to_string(static_cast<int>(task));
+  std::string name = task.Name();
   std::string rootArgument = root;
-  char* arguments[] = {program.data(), mark.data(), number.data(), rootArgument.data(), nullptr};
+  char* arguments[] = {program.data(), mark.data(), name.data(), rootArgument.data(), nullptr};
   pid_t child = -1;
   const int failure = posix_spawn(&child, program.c_str(), &actions, nullptr, arguments, environ);
   posix_spawn_file_actions_destroy(&actions);
@@ -112,7 +93,7 @@ std::string Collect(const Child& child) {
   return answer;
 }
 
-double MeasureInChild(ChildTask task, const std::string& root) {
+double MeasureInChild(const ChildTask& task, const std::string& root) {
   return std::strtod(Collect(StartChild(task, root)).c_str(), nullptr);
 }
 
@@ -122,7 +103,7 @@ bool ServeAsChild(int argc, char** argv) {
   }
   const std::string root = argv[3];
   TarnConfigStore::SetHostRoot(root);
-  std::printf("%.0f\n", Perform(static_cast<ChildTask>(std::atoi(argv[2])), root));
+  std::printf("%.0f\n", ChildTask::PerformByName(argv[2], root));
   return true;
 }
 

@@ -1,5 +1,7 @@
 #include "comparison.h"
 
+#include <cmath>
+#include <map>
 #include <utility>
 
 namespace Benchmarks {
@@ -8,6 +10,16 @@ namespace {
 std::vector<Comparison>& All() {
   static std::vector<Comparison> all;
   return all;
+}
+
+std::map<std::string, double>& Allocations() {
+  static std::map<std::string, double> allocations;
+  return allocations;
+}
+
+std::string& Measured() {
+  static std::string side;
+  return side;
 }
 
 // Counting is slow, and what many take tells no more than what fewer do.
@@ -29,8 +41,11 @@ benchmark::internal::Benchmark* Register(const Comparison& comparison, const cha
       }
     };
   }
-  benchmark::internal::Benchmark* side =
-      benchmark::RegisterBenchmark(name.c_str(), std::move(body));
+  benchmark::internal::Benchmark* side = benchmark::RegisterBenchmark(
+      name.c_str(), [name, measured = std::move(body)](benchmark::State& state) {
+        Measured() = name;
+        measured(state);
+      });
   return comparison.ownClock ? side->UseManualTime() : side->UseRealTime();
 }
 
@@ -40,6 +55,19 @@ Sides Compare(const Comparison& comparison, Body library, Body floor) {
   All().push_back(comparison);
   return {Register(comparison, kLibrarySide, std::move(library)),
           Register(comparison, kFloorSide, std::move(floor))};
+}
+
+bool WantsAllocations() {
+  return !Allocations().contains(Measured());
+}
+
+void KeepAllocations(double count) {
+  Allocations()[Measured()] = count;
+}
+
+double KeptAllocations(const std::string& side) {
+  const auto found = Allocations().find(side);
+  return found == Allocations().end() ? NAN : found->second;
 }
 
 const std::vector<Comparison>& Comparisons() {

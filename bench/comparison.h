@@ -19,9 +19,10 @@ enum class Unit { TIME, BYTES };
 /// What is measured, and what it should come to.
 struct Comparison {
   std::string name;
-  std::string does;        ///< what both sides do
-  double targetRatio = 0;  ///< of library to floor; 0 where another target is given
-  double targetValue = 0;  ///< of the library, in bytes
+  std::string does;               ///< what both sides do
+  double targetRatio = 0;         ///< of library to floor; 0 where another target is given
+  double targetValue = 0;         ///< of the library, in bytes
+  double targetInstructions = 0;  ///< of the library
   Unit unit = Unit::TIME;
   int items = 1;            ///< objects that one operation handles
   bool ownClock = false;    ///< the bodies tell how long each iteration took
@@ -47,11 +48,22 @@ const std::vector<Comparison>& Comparisons();
 
 /// The counter that carries the result of a comparison in bytes.
 constexpr const char* kBytes = "bytes";
-/// The counter that carries how often one operation allocates memory.
-constexpr const char* kAllocations = "allocations";
 
 constexpr const char* kLibrarySide = "/library";
 constexpr const char* kFloorSide = "/floor";
+
+/// How often the side that is measured allocates memory in one operation. One count is enough: they don't differ.
+bool WantsAllocations();
+void KeepAllocations(double count);
+/// The same of any side; not a number where it was not counted.
+double KeptAllocations(const std::string& side);
+
+template <class Prepare, class Operation>
+void CountAllocationsOnce(Prepare prepare, Operation operation) {
+  if (WantsAllocations()) {
+    KeepAllocations(AllocationsOf(prepare, operation));
+  }
+}
 
 /// Runs one operation again and again, and fails the benchmark if it throws. The first run is not
 /// measured: whatever was measured before may have taken the pages out of the caches.
@@ -64,7 +76,7 @@ void Measure(benchmark::State& state, Operation operation) {
           state, [] {}, operation);
       return;
     }
-    state.counters[kAllocations] = AllocationsOf([] {}, operation);
+    CountAllocationsOnce([] {}, operation);
     for ([[maybe_unused]] auto iteration : state) {
       auto result = operation();
       benchmark::DoNotOptimize(result);
@@ -84,7 +96,7 @@ void MeasurePrepared(benchmark::State& state, Prepare prepare, Operation operati
       InstructionCount::Take(state, prepare, operation);
       return;
     }
-    state.counters[kAllocations] = AllocationsOf(prepare, operation);
+    CountAllocationsOnce(prepare, operation);
     for ([[maybe_unused]] auto iteration : state) {
       prepare();
       const Clock::time_point start = Clock::now();

@@ -6,6 +6,8 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <fstream>
+#include <stdexcept>
 
 namespace Benchmarks {
 namespace {
@@ -61,7 +63,7 @@ bool HasCpuTime(const Comparison& comparison) {
 
 const char* Verdict(const Comparison& comparison, double library, double floor) {
   if (comparison.targetRatio == 0 && comparison.targetValue == 0) {
-    return "for information";
+    return comparison.targetInstructions > 0 ? "" : "for information";
   }
   if (library == kNothing || floor == kNothing) {
     return "not measured";
@@ -69,6 +71,13 @@ const char* Verdict(const Comparison& comparison, double library, double floor) 
   const bool reached = comparison.targetRatio > 0 ? library / floor <= comparison.targetRatio
                                                   : library <= comparison.targetValue;
   return reached ? "ok" : "over";
+}
+
+std::string VerdictOfInstructions(const Comparison& comparison, double library) {
+  const double target = comparison.targetInstructions;
+  return target == 0 || std::isnan(library)
+             ? ""
+             : "target " + Count(target) + (library <= target ? "  ok" : "  over");
 }
 
 }  // namespace
@@ -90,9 +99,6 @@ void ComparisonTable::ReportRuns(const std::vector<Run>& runs) {
       samples_[name].results.push_back(bytes == run.counters.end() ? run.GetAdjustedRealTime()
                                                                    : bytes->second.value);
       samples_[name].cpuTimes.push_back(run.GetAdjustedCPUTime());
-      if (const auto counted = run.counters.find(kAllocations); counted != run.counters.end()) {
-        samples_[name].allocations.push_back(counted->second.value);
-      }
     }
   }
 }
@@ -111,13 +117,6 @@ double ComparisonTable::CpuRatio(const std::string& name) const {
   return MedianOf(library->second.cpuTimes) / MedianOf(floor->second.cpuTimes);
 }
 
-double ComparisonTable::Allocations(const std::string& name) const {
-  const auto found = samples_.find(name);
-  return found == samples_.end() || found->second.allocations.empty()
-             ? NAN
-             : MedianOf(found->second.allocations);
-}
-
 double ComparisonTable::Instructions(const std::string& name) const {
   const auto found = instructions_.find(name);
   return found == instructions_.end() ? NAN : found->second;
@@ -128,6 +127,23 @@ void ComparisonTable::Finalize() {
   PrintCounts();
   PrintPerItem();
   PrintSiblings();
+}
+
+void ComparisonTable::Save(const std::string& path) const {
+  std::ofstream file(path);
+  file << "name\tunit\titems\tlibrary\tfloor\ttarget\n";
+  for (const Comparison& comparison : Comparisons()) {
+    const double library = Median(comparison.name + kLibrarySide);
+    const double floor = Median(comparison.name + kFloorSide);
+    if (library > kNothing && floor > kNothing) {
+      file << comparison.name << '\t' << (comparison.unit == Unit::BYTES ? "B" : "ns") << '\t'
+           << comparison.items << '\t' << library << '\t' << floor << '\t' << comparison.targetRatio
+           << '\n';
+    }
+  }
+  if (!file.flush()) {
+    throw std::runtime_error("cannot write " + path);
+  }
 }
 
 void ComparisonTable::PrintRatios() const {
@@ -155,11 +171,12 @@ void ComparisonTable::PrintCounts() const {
     const std::string library = comparison.name + kLibrarySide;
     const std::string floor = comparison.name + kFloorSide;
     if (const double ratio = Instructions(library) / Instructions(floor);
-        !std::isnan(ratio) || !std::isnan(Allocations(library))) {
-      std::printf("%-26s %13s %13s %7s %13s %11s\n", comparison.name.c_str(),
+        !std::isnan(ratio) || !std::isnan(KeptAllocations(library))) {
+      std::printf("%-26s %13s %13s %7s %13s %11s  %s\n", comparison.name.c_str(),
                   Count(Instructions(library)).c_str(), Count(Instructions(floor)).c_str(),
                   std::isnan(ratio) ? "-" : Plain(ratio).c_str(),
-                  Count(Allocations(library)).c_str(), Count(Allocations(floor)).c_str());
+                  Count(KeptAllocations(library)).c_str(), Count(KeptAllocations(floor)).c_str(),
+                  VerdictOfInstructions(comparison, Instructions(library)).c_str());
     }
   }
 }

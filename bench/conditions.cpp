@@ -5,6 +5,7 @@
 #include "platform/db_testing.h"
 
 #include "child_process.h"
+#include "contention.h"
 #include "daemon.h"
 #include "json_schema/compiled_schema.h"
 #include "measured_host.h"
@@ -95,7 +96,7 @@ bool NobodyIsHeldUp(Roads& roads, const std::string& root, Operation operation) 
   double waited = 0;
   {
     TarnConfigStore::ConfigStoreTransaction transaction(roads.library);
-    const Child other = StartChild(ChildTask::WRITE_BESIDE_OTHERS, root);
+    const Child other = StartChild(writeBesideOthers, root);
     for (int i = 0; i < kWrites; ++i) {
       operation();
     }

@@ -61,9 +61,7 @@ Figures UpdateAgainAndAgain() {
   return figures;
 }
 
-}  // namespace
-
-void Contend() {
+double Contend(const std::string& /*root*/) {
   const Clock::time_point start = Clock::now();
   std::vector<Figures> figures(kThreads);
   std::vector<std::thread> threads;
@@ -75,21 +73,29 @@ void Contend() {
     threads[static_cast<std::size_t>(i)].join();
     all.Add(figures[static_cast<std::size_t>(i)]);
   }
-  std::printf("%d %.3f %.3f %.3f\n", all.failed, all.total, all.longest, MillisecondsSince(start));
+  const double taken = MillisecondsSince(start);
+  std::printf("%d %.3f %.3f %.3f\n", all.failed, all.total, all.longest, taken);
+  return taken;
 }
 
-double MeasureOneWrite() {
+double WriteBesideOthers(const std::string& /*root*/) {
   const Clock::time_point start = Clock::now();
   TarnConfigStore::SetKeyValue("WRITTEN_BESIDE", "others");
   return MillisecondsSince(start) * 1e6;
 }
+
+const ChildTask contend("contend", Contend);
+
+}  // namespace
+
+const ChildTask writeBesideOthers("write-beside-others", WriteBesideOthers);
 
 bool MeasureContention(const std::string& root) {
   constexpr double kLongestOfMean = 10;
   constexpr double kSlowestOfMean = 0.5;
   std::vector<Child> children;
   for (int i = 0; i < kProcesses; ++i) {
-    children.push_back(StartChild(ChildTask::CONTEND, root));
+    children.push_back(StartChild(contend, root));
   }
   Figures all;
   double slowest = 0;

@@ -1,6 +1,8 @@
 // Many writers at once: who waits how long.
 #pragma once
 
+#include "child_process.h"
+
 #include <string>
 
 namespace Benchmarks {
@@ -10,7 +12,7 @@ namespace Benchmarks {
 /// the mean, or when a process got less than half of what the processes got on average.
 bool MeasureContention(const std::string& root);
 
-/// What each of the processes does; prints its figures.
-void Contend();
+/// One write to the store; answers how many nanoseconds it took.
+extern const ChildTask writeBesideOthers;
 
 }  // namespace Benchmarks

@@ -37,7 +37,7 @@ class FailureReporter : public benchmark::BenchmarkReporter {
 int ServeAsCounter(const std::string& root) {
   TarnConfigStore::SetHostRoot(root);
   Roads roads(root);
-  RegisterAll(roads, root);
+  RegisterAll(roads, root, Extent::USUAL);
   FailureReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   return reporter.HasFailures() ? 1 : 0;

@@ -56,9 +56,9 @@ void ReadToTheEnd(int sender) {
   }
 }
 
-}  // namespace
-
-void ServeAsDaemon(Daemon::Manner manner) {
+// Tells by a byte on standard output that it listens and, where it only accepts, by another one of each
+// sender, whom it keeps waiting. One that hangs has room for one sender, and accepts nobody.
+[[noreturn]] void Serve(Daemon::Manner manner) {
   constexpr int kBacklog = 128;
   AllowManyDescriptors();
   const int listener = Listen(manner == Daemon::Manner::HANGS ? 0 : kBacklog);
@@ -80,10 +80,22 @@ void ServeAsDaemon(Daemon::Manner manner) {
   }
 }
 
+const ChildTask daemonThatReads("daemon-that-reads", [](const std::string& /*root*/) -> double {
+  Serve(Daemon::Manner::READS);
+});
+const ChildTask daemonThatAccepts("daemon-that-accepts", [](const std::string& /*root*/) -> double {
+  Serve(Daemon::Manner::ACCEPTS_ONLY);
+});
+const ChildTask daemonThatHangs("daemon-that-hangs", [](const std::string& /*root*/) -> double {
+  Serve(Daemon::Manner::HANGS);
+});
+
+}  // namespace
+
 Daemon::Daemon(Manner manner)
-    : child_(StartChild(manner == Manner::READS          ? ChildTask::DAEMON_THAT_READS
-                        : manner == Manner::ACCEPTS_ONLY ? ChildTask::DAEMON_THAT_ACCEPTS
-                                                         : ChildTask::DAEMON_THAT_HANGS,
+    : child_(StartChild(manner == Manner::READS          ? daemonThatReads
+                        : manner == Manner::ACCEPTS_ONLY ? daemonThatAccepts
+                                                         : daemonThatHangs,
                         {})) {
   if (!ReadReports(1)) {
     throw std::runtime_error("the daemon does not listen");

@@ -28,11 +28,6 @@ class Daemon {
   Child child_;
 };
 
-/// What the process does: tells by a byte on standard output that it listens and, where it only
-/// accepts, by another one of each sender, whom it keeps waiting. One that hangs has room for one
-/// sender, and accepts nobody.
-[[noreturn]] void ServeAsDaemon(Daemon::Manner manner);
-
 /// Sends a message to the daemon with nothing in between: socket, connect, send, close. Raises
 /// std::runtime_error on any failure.
 void SendBare(const std::string& message);

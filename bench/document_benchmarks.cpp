@@ -131,12 +131,15 @@ void RegisterComparisons(Roads& roads, std::size_t count) {
 
 }  // namespace
 
-void RegisterDocuments(Roads& roads, const std::string& root) {
+void RegisterDocuments(Roads& roads, const std::string& root, Extent extent) {
   RegisterExport(root, 10000);
-  RegisterExport(root, Host::kMany);
   RegisterImport(roads, root, 10000);
   RegisterComparisons(roads, 1000);
-  RegisterComparisons(roads, 10000);
+  if (extent == Extent::ALL) {
+    RegisterExport(root, Host::kMany);
+    RegisterImport(roads, root, Host::kMany);
+    RegisterComparisons(roads, 10000);
+  }
 }
 
 }  // namespace Benchmarks

@@ -81,16 +81,18 @@ class Indenter {
   bool isNamed_ = false;
 };
 
-void Append(TextMaker& text, std::string_view row) {
+}  // namespace
+
+void PutIndented(TextMaker& text, std::string_view json) {
   const std::size_t before = text.Size();
   Indenter indenter(text);
-  if (Json::Utf8::IsValid(row) && PlainReader<Indenter>(row, indenter).Read()) {
+  if (Json::Utf8::IsValid(json) && PlainReader<Indenter>(json, indenter).Read()) {
     return;
   }
   text.Cut(before);
   Json::Document careful;
-  if (!Json::Parse(row, careful)) {
-    throw std::runtime_error("floor: a row that is not JSON");
+  if (!Json::Parse(json, careful)) {
+    throw std::runtime_error("floor: a text that is not JSON");
   }
   rapidjson::StringBuffer buffer;
   rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
@@ -98,8 +100,6 @@ void Append(TextMaker& text, std::string_view row) {
   careful.Accept(writer);
   text.Put({buffer.GetString(), buffer.GetSize()});
 }
-
-}  // namespace
 
 FloorExport::FloorExport(const std::string& root)
     : database_(root + HostPaths::kStore, FloorDatabase::Access::READ, kStoreMark, kStoreLayout),
@@ -113,7 +113,7 @@ std::size_t FloorExport::Run(const TarnConfigStore::ConfigStoreObjectId& type) {
   std::size_t written = 0;
   text_.Cut(0);
   while (texts_.Step()) {
-    Append(text_, texts_.Text(0));
+    PutIndented(text_, texts_.Text(0));
     text_.Put(',');
     if (text_.Size() > kPiece) {
       written += text_.Size();

@@ -8,8 +8,13 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace Benchmarks {
+
+/// Appends a JSON text, each member and element on a line of its own. It is followed by a NUL. Raises
+/// std::runtime_error for what is not JSON.
+void PutIndented(TextMaker& text, std::string_view json);
 
 /// Reads each text strictly and writes it as it is read; nothing is made of it. Raises
 /// std::runtime_error for a text that is not JSON.

@@ -180,6 +180,8 @@ class TextMaker {
   /// A line's end, and blanks before the next.
   void PutLine(std::size_t blanks);
   std::size_t Size() const { return used_; }
+  /// What was put so far.
+  std::string_view Text() const { return {text_.get(), used_}; }
   void Cut(std::size_t size) { used_ = size; }
 
  private:

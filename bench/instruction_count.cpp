@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -38,14 +39,14 @@ struct Sum {
 
 // Of each run a file, with lines like "desc: Trigger: Client Request: NAME" and "summary: NUMBER".
 void ReadDump(const std::filesystem::path& path, std::map<std::string, Sum>& sums) {
-  const std::string trigger = "desc: Trigger: Client Request: ";
+  const std::string trigger = "desc: Trigger: ";
   const std::string summary = "summary: ";
   std::ifstream file(path);
   std::string counted;
   for (std::string line; std::getline(file, line);) {
     if (line.starts_with(trigger)) {
       counted = line.substr(trigger.size());
-    } else if (line.starts_with(summary) && !counted.empty()) {
+    } else if (line.starts_with(summary)) {
       sums[counted].instructions += std::strtod(line.c_str() + summary.size(), nullptr);
       ++sums[counted].dumps;
       return;
@@ -53,24 +54,27 @@ void ReadDump(const std::filesystem::path& path, std::map<std::string, Sum>& sum
   }
 }
 
-void RunValgrind(const std::filesystem::path& dumps, const std::string& root,
-                 const std::vector<std::string>& filter) {
-  std::vector<std::string> words = {"valgrind",
-                                    "--tool=callgrind",
-                                    "--instr-atstart=no",
+// Keeps what the process prints, and valgrind says, from the table.
+void RunValgrind(const std::filesystem::path& dumps, const std::vector<std::string>& options,
+                 const std::vector<std::string>& command) {
+  std::vector<std::string> words = {"valgrind", "--tool=callgrind",
                                     "--callgrind-out-file=" + (dumps / "dump").string(),
-                                    "--log-file=" + (dumps / "log").string(),
-                                    OwnProgram(),
-                                    kCountInstructions,
-                                    root};
-  words.insert(words.end(), filter.begin(), filter.end());
+                                    "--log-file=" + (dumps / "log").string()};
+  words.insert(words.end(), options.begin(), options.end());
+  words.insert(words.end(), command.begin(), command.end());
   std::vector<char*> arguments;
   for (std::string& word : words) {
     arguments.push_back(word.data());
   }
   arguments.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
   pid_t child = -1;
-  if (posix_spawnp(&child, arguments[0], nullptr, nullptr, arguments.data(), environ) != 0) {
+  const int failure =
+      posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (failure != 0) {
     throw std::runtime_error("instructions are counted by valgrind, which is not there");
   }
   int status = 0;
@@ -79,6 +83,13 @@ void RunValgrind(const std::filesystem::path& dumps, const std::string& root,
   if (status != 0) {
     throw std::runtime_error("counting instructions failed; " + (dumps / "log").string());
   }
+}
+
+std::filesystem::path FreshDirectory(const char* leaf) {
+  const std::filesystem::path directory = std::filesystem::current_path() / leaf;
+  std::filesystem::remove_all(directory);
+  std::filesystem::create_directory(directory);
+  return directory;
 }
 
 }  // namespace
@@ -113,19 +124,30 @@ void InstructionCount::EndRun() {
 
 std::map<std::string, double> CountInstructions(const std::string& root,
                                                 const std::vector<std::string>& filter) {
-  const std::filesystem::path dumps = std::filesystem::current_path() / "instructions";
-  std::filesystem::remove_all(dumps);
-  std::filesystem::create_directory(dumps);
-  RunValgrind(dumps, root, filter);
+  const std::filesystem::path dumps = FreshDirectory("instructions");
+  std::vector<std::string> command = {OwnProgram(), kCountInstructions, root};
+  command.insert(command.end(), filter.begin(), filter.end());
+  RunValgrind(dumps, {"--instr-atstart=no"}, command);
   std::map<std::string, Sum> sums;
   for (const auto& entry : std::filesystem::directory_iterator(dumps)) {
     ReadDump(entry.path(), sums);
   }
   std::map<std::string, double> counts;
-  for (const auto& [counted, sum] : sums) {
-    counts[counted] = sum.instructions / sum.dumps;
+  const std::string request = "Client Request: ";
+  for (const auto& [trigger, sum] : sums) {
+    if (trigger.starts_with(request)) {
+      counts[trigger.substr(request.size())] = sum.instructions / sum.dumps;
+    }
   }
   return counts;
+}
+
+double CountWholeProcess(const std::vector<std::string>& command) {
+  const std::filesystem::path dumps = FreshDirectory("process-instructions");
+  RunValgrind(dumps, {}, command);
+  std::map<std::string, Sum> sums;
+  ReadDump(dumps / "dump", sums);
+  return sums["Program termination"].instructions;
 }
 
 }  // namespace Benchmarks

@@ -47,6 +47,9 @@ class InstructionCount {
 std::map<std::string, double> CountInstructions(const std::string& root,
                                                 const std::vector<std::string>& filter);
 
+/// The instructions of a process from its start to its end. Raises as the above.
+double CountWholeProcess(const std::vector<std::string>& command);
+
 /// The mark of such a process; its first argument, before the host's root.
 constexpr const char* kCountInstructions = "--count-instructions";
 

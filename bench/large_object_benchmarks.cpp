@@ -64,10 +64,15 @@ Json::Document SetMembersByHand(const std::vector<std::string>& names) {
 void RegisterBuilding(int count) {
   constexpr double kTarget = 10;
   const std::string number = std::to_string(count);
+  const auto repeat = [](const Sides& sides) {
+    constexpr int kRepetitions = 31;
+    sides.library->Repetitions(kRepetitions);
+    sides.floor->Repetitions(kRepetitions);
+  };
   const auto byHand = [names = Names(count)](benchmark::State& state) {
     Measure(state, [&] { return MakePartsByHand(names); });
   };
-  Compare(
+  repeat(Compare(
       {.name = "objects/create-" + number,
        .does = "make so many sub-objects of one object, each found to be new",
        .targetRatio = kTarget,
@@ -75,8 +80,8 @@ void RegisterBuilding(int count) {
       [names = Names(count)](benchmark::State& state) {
         Measure(state, [&] { return MakeParts(names); });
       },
-      byHand);
-  Compare(
+      byHand));
+  repeat(Compare(
       {.name = "objects/find-" + number,
        .does = "look so many sub-objects up by their ids, against making them by hand",
        .targetRatio = kTarget,
@@ -91,8 +96,8 @@ void RegisterBuilding(int count) {
           return found;
         });
       },
-      byHand);
-  Compare(
+      byHand));
+  repeat(Compare(
       {.name = "objects/set-" + number,
        .does = "give one object so many members, one by one",
        .targetRatio = kTarget,
@@ -108,7 +113,7 @@ void RegisterBuilding(int count) {
       },
       [names = Names(count)](benchmark::State& state) {
         Measure(state, [&] { return SetMembersByHand(names); });
-      });
+      }));
 }
 
 }  // namespace

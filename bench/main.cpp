@@ -10,11 +10,16 @@
 #include "instruction_count.h"
 #include "measured_host.h"
 #include "roads.h"
+#include "sharing.h"
+#include "whole_process.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <exception>
+#include <map>
+#include <string>
+#include <utility>
 
 namespace {
 
@@ -23,13 +28,21 @@ int RunAll(const Benchmarks::Arguments& arguments) {
   const Host host;
   ComparisonTable table;
   if (arguments.countsInstructions) {
-    table.SetInstructions(CountInstructions(host.Root(), arguments.choice));
+    std::map<std::string, double> counts = CountInstructions(host.Root(), arguments.choice);
+    counts.merge(CountWholeProcesses(host.Root()));
+    table.SetInstructions(std::move(counts));
   }
   Roads roads(host.Root());
   CheckSameAnswers(roads);
-  const bool holds = CheckConditions(roads, host.Root());
-  RegisterAll(roads, host.Root());
+  bool holds = CheckConditions(roads, host.Root());
+  RegisterAll(roads, host.Root(), arguments.extent);
   benchmark::RunSpecifiedBenchmarks(&table);
+  if (!arguments.results.empty()) {
+    table.Save(arguments.results);
+  }
+  if (arguments.extent == Extent::ALL) {
+    holds &= MeasureSharing(host.Root());
+  }
   return holds && !table.HasFailures() ? 0 : 1;
 }
 
@@ -47,6 +60,10 @@ int main(int argc, char** argv) {
     if (arguments.contends) {
       const Benchmarks::Host host;
       return Benchmarks::MeasureContention(host.Root()) ? 0 : 1;
+    }
+    if (arguments.shares) {
+      const Benchmarks::Host host;
+      return Benchmarks::MeasureSharing(host.Root()) ? 0 : 1;
     }
     return RunAll(arguments);
   } catch (const Benchmarks::WrongArguments&) {

@@ -131,12 +131,15 @@ void Host::InstallAllTypes() const {
   write(kLayered, TypeKind::MIXED);
   write(kRewritten, TypeKind::INSTANCES);
   write(KeyOfInstances(kMany), TypeKind::INSTANCES);
+  write(KeyOfWrittenInstances(kMany), TypeKind::INSTANCES);
   write(kBesideLarge, TypeKind::INSTANCES);
   write(kWithoutLarge, TypeKind::INSTANCES);
   write(kStaged, TypeKind::USER, Effect::AT_BOOT);
   write(kStagedInstances, TypeKind::INSTANCES, Effect::AT_BOOT);
-  std::ofstream(directory / "large.json") << LargeTypeFile(kLarge);
-  ++written;
+  for (const char* key : {kLarge, kMegabyte}) {
+    std::ofstream(directory / (std::string(key) + ".json")) << LargeTypeFile(key);
+    ++written;
+  }
   for (const std::size_t count : kInstanceCounts) {
     write(KeyOfInstances(count), TypeKind::INSTANCES);
     write(KeyOfWrittenInstances(count), TypeKind::INSTANCES);
@@ -161,6 +164,9 @@ void Host::FillStore() const {
   store.Fill(IdOf(kPlain), Row(1));
   store.Fill(IdOf(kWritten), Row(1));
   store.Fill(IdOf(kLayered), DividedObject(1));
+  RowValues megabyte;
+  megabyte.user = MegabyteText(1);
+  store.Fill(IdOf(kMegabyte), megabyte);
   for (const std::size_t count : kInstanceCounts) {
     FillInstances(store, KeyOfInstances(count), count);
     FillInstances(store, KeyOfWrittenInstances(count), count);

@@ -26,13 +26,14 @@ class Host {
   static constexpr const char* kStagedInstances = "staged-instances";  ///< the same, with instances
   static constexpr const char* kRewritten = "instances-rewritten";     ///< 10,000, each ten times
   static constexpr const char* kLarge = "large";                       ///< any members, and parts
+  static constexpr const char* kMegabyte = "megabyte";                 ///< one object of 1 MB
   static constexpr const char* kBesideLarge = "instances-beside-large";  ///< kNeighbours and 4 MB
   static constexpr const char* kWithoutLarge = "instances-without";      ///< the same without
   static constexpr std::size_t kNeighbours = 10000;
   static constexpr std::size_t kMany = 100000;
   /// A type with so many instances: 10, 1,000, 10,000 or kMany.
   static std::string KeyOfInstances(std::size_t count);
-  /// The same but kMany, for the writes.
+  /// The same for the writes; of kMany there are none yet.
   static std::string KeyOfWrittenInstances(std::size_t count);
 
  private:

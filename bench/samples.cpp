@@ -8,6 +8,7 @@ namespace Benchmarks {
 namespace {
 
 constexpr const char* kGroup = "bench";
+constexpr unsigned kWidth = 500;
 
 __attribute__((format(printf, 1, 2))) std::string Format(const char* format, ...) {
   std::array<char, 2048> buffer;
@@ -92,6 +93,40 @@ RowValues DividedObject(unsigned variant) {
                                   R"(","enabled":true,"mode":"active"})");
   row.user = user.substr(others);
   return row;
+}
+
+std::string MegabyteText(unsigned variant) {
+  constexpr unsigned kMembers = 2500;
+  std::string text;
+  for (unsigned i = 0; i < kMembers; ++i) {
+    text += (i == 0 ? "{\"" : ",\"") + InstanceId(i) + "\":" + ObjectText(i + variant);
+  }
+  return text + "}";
+}
+
+std::string WideSchema() {
+  std::string text = R"({"type":"object","properties":{)";
+  for (unsigned i = 0; i < kWidth; ++i) {
+    text += Format(
+        R"(%s"part-%u":{"type":"object","required":["address"],"properties":{)"
+        R"("address":{"type":"string","format":"ipv4"},)"
+        R"("name":{"type":"string","pattern":"^[a-z][a-z0-9-]*%u$","maxLength":64},)"
+        R"("mode":{"enum":["active","standby","failover"]},)"
+        R"("port":{"anyOf":[{"type":"integer","minimum":1},{"type":"string","maxLength":%u}]},)"
+        R"("servers":{"type":"array","maxItems":16,"items":{"type":"string"}}}})",
+        i == 0 ? "" : ",", i, i, i + 1);
+  }
+  return text + "}}";
+}
+
+std::string WideObject() {
+  std::string text = "{";
+  for (unsigned i = 0; i < kWidth; ++i) {
+    text += Format(R"(%s"part-%u":{"address":"192.0.2.1","name":"part-%u","mode":"active",)"
+                   R"("port":7,"servers":["a","b"]})",
+                   i == 0 ? "" : ",", i, i);
+  }
+  return text + "}";
 }
 
 TarnConfigStore::ConfigStoreObjectId IdOf(const std::string& key, const std::string& instanceId) {

@@ -41,6 +41,14 @@ std::string ObjectText(unsigned variant, const std::string& instanceId = std::st
 /// user values overlap in one member.
 RowValues DividedObject(unsigned variant);
 
+/// An object of a large type: 2,500 members, each as ObjectText makes them. 1 MB.
+std::string MegabyteText(unsigned variant);
+
+/// A schema that takes long to compile: objects of many members, with formats, patterns and choices.
+std::string WideSchema();
+/// What fits it.
+std::string WideObject();
+
 TarnConfigStore::ConfigStoreObjectId IdOf(const std::string& key,
                                           const std::string& instanceId = std::string());
 

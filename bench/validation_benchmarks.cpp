@@ -105,9 +105,47 @@ class Contest {
   ValijsonValidator valijson_;
 };
 
+void RegisterFirstValidation() {
+  constexpr double kTarget = 1.0;
+  constexpr int kFirstRepetitions = 31;
+  struct Wide {
+    Json::Document schema = Parsed(WideSchema());
+    Json::Document object = Parsed(WideObject());
+  };
+  const auto wide = std::make_shared<Wide>();
+  const auto require = [](bool accepted) {
+    if (!accepted) {
+      throw std::runtime_error("a sample that does not fit");
+    }
+    return accepted;
+  };
+  const Sides sides = Compare(
+      {.name = "validate/first-of-wide-type",
+       .does = "compile a schema of 500 objects of five members, and check one object by it",
+       .targetRatio = kTarget},
+      [wide, require](benchmark::State& state) {
+        Measure(state, [&] {
+          const Json::TypeSchemaView view(wide->schema);
+          const JsonValidator::Registration registration(view);
+          Json::Document findings;
+          JsonValidator::Validate(wide->schema, wide->object, findings, TarnConfigStore::SetRules(),
+                                  {});
+          return require(findings.Empty());
+        });
+      },
+      [wide, require](benchmark::State& state) {
+        Measure(state,
+                [&] { return require(RapidJsonValidator(wide->schema).Accepts(wide->object)); });
+      });
+  for (benchmark::internal::Benchmark* side : {sides.library, sides.floor}) {
+    side->Repetitions(kFirstRepetitions);
+  }
+}
+
 }  // namespace
 
 void RegisterValidation() {
+  RegisterFirstValidation();
   const auto contest = std::make_shared<Contest>();
   const Body library = [contest](benchmark::State& state) {
     Measure(state, [&] { return contest->Library(); });

@@ -1,0 +1,79 @@
+#include "whole_process.h"
+
+#include "benchmarks.h"
+#include "comparison.h"
+#include "instruction_count.h"
+#include "measured_host.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <spawn.h>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace Benchmarks {
+namespace {
+
+constexpr const char* kName = "process/tarnctl-get";
+
+std::vector<std::string> CommandOfTool(const std::string& root) {
+  return {TARN_TOOL, "--root", root, "get", std::string("tarn/bench/") + Host::kPlain};
+}
+
+std::vector<std::string> CommandOfFloor(const std::string& root) {
+  return {TARN_FLOOR_GET, root, "tarn", "bench", Host::kPlain};
+}
+
+void RunToItsEnd(std::vector<std::string> command) {
+  std::vector<char*> words;
+  for (std::string& word : command) {
+    words.push_back(word.data());
+  }
+  words.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  pid_t child = -1;
+  const int failure = posix_spawn(&child, words[0], &actions, nullptr, words.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  int status = failure;
+  while (failure == 0 && waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (status != 0) {
+    throw std::runtime_error("failed: " + command[0]);
+  }
+}
+
+Body Running(const std::vector<std::string>& command) {
+  return [command](benchmark::State& state) {
+    Measure(state, [&command] {
+      RunToItsEnd(command);
+      return &command;
+    });
+  };
+}
+
+}  // namespace
+
+void RegisterWholeProcess(const std::string& root) {
+  constexpr double kHalfOfOnce = 5.4e6;
+  constexpr int kRepetitions = 101;
+  const Sides sides = Compare(
+      {.name = kName,
+       .does = "a process that prints one object; by hand without a command line to speak of",
+       .targetInstructions = kHalfOfOnce,
+       .inChildren = true},
+      Running(CommandOfTool(root)), Running(CommandOfFloor(root)));
+  for (benchmark::internal::Benchmark* side : {sides.library, sides.floor}) {
+    side->Repetitions(kRepetitions);
+  }
+}
+
+std::map<std::string, double> CountWholeProcesses(const std::string& root) {
+  return {{std::string(kName) + kLibrarySide, CountWholeProcess(CommandOfTool(root))},
+          {std::string(kName) + kFloorSide, CountWholeProcess(CommandOfFloor(root))}};
+}
+
+}  // namespace Benchmarks
