@@ -19,7 +19,7 @@ using PlainDocument = rapidjson::GenericDocument<Json::Encoding, Json::Allocator
 
 constexpr std::size_t kStack = 4096;
 constexpr std::size_t kChunk = 512;
-constexpr std::size_t kHeader = 64;  // no less than a pool's own
+constexpr std::size_t kHeader = 32;  // no less than a pool's own
 
 Json::SystemAllocator& System() {
   static Json::SystemAllocator allocator;

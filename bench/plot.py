@@ -48,7 +48,7 @@ def bars(rows, top):
         y = top + ROW * number
         colour = GOOD if row["ratio"] <= row["target"] else OVER
         start, end = sorted((place(1), place(row["ratio"])))
-        parts.append(text(LEFT - 60, y + 16, row["name"], "end"))
+        parts.append(text(LEFT - 14, y + 16, row["name"], "end"))
         parts.append(f'<rect x="{start:.1f}" y="{y + 6}" width="{max(end - start, 1):.1f}" height="12" fill="{colour}"/>')
         parts.append(line(place(row["target"]), y + 3, place(row["target"]), y + 21, TARGET, 2))
         parts.append(text(RIGHT + 12, y + 16, f'{row["ratio"]:.2f} × ({readable(row["library"])} : '
@@ -69,20 +69,20 @@ def growth(rows, top):
     shown = [row for found in families.values() for row in found]
     values = [row[side] / row["items"] for row in shown for side in ("library", "floor")]
     sizes = sorted({row["items"] for row in shown})
-    low, high = math.floor(math.log2(min(values))), math.ceil(math.log2(max(values)))
+    low, high = math.floor(math.log10(min(values))), math.ceil(math.log10(max(values)))
     bottom = top + 260
 
     def across(size):
         return LEFT + (RIGHT - LEFT) * math.log(size / sizes[0]) / math.log(sizes[-1] / sizes[0])
 
     def up(value):
-        return bottom - (bottom - top) * (math.log2(value) - low) / (high - low)
+        return bottom - (bottom - top) * (math.log10(value) - low) / (high - low)
 
     parts = [text(LEFT, top - 14, "Time for each object, by how many one operation handles: library, and dashed its floor",
                   colour=FAINT, size=12)]
     for power in range(low, high + 1):
-        parts += [line(LEFT, up(2.0 ** power), RIGHT, up(2.0 ** power), GRID),
-                  text(LEFT - 10, up(2.0 ** power) + 4, readable(2.0 ** power), "end", FAINT, 12)]
+        parts += [line(LEFT, up(10.0 ** power), RIGHT, up(10.0 ** power), GRID),
+                  text(LEFT - 10, up(10.0 ** power) + 4, readable(10.0 ** power), "end", FAINT, 12)]
     for size in sizes:
         parts.append(text(across(size), bottom + 18, f"{size:,}", "middle", FAINT, 12))
     labels = []
