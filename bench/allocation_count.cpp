@@ -3,11 +3,11 @@
 #include <cstddef>
 
 // The C library's own, by the names under which it lets itself be reached beside a replacement.
-extern "C" void* __libc_malloc(std::size_t size);  // NOLINT(bugprone-reserved-identifier)
-extern "C" void* __libc_calloc(std::size_t count,
-                               std::size_t size);  // NOLINT(bugprone-reserved-identifier)
-extern "C" void* __libc_realloc(void* block,
-                                std::size_t size);  // NOLINT(bugprone-reserved-identifier)
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" void* __libc_malloc(std::size_t size);
+extern "C" void* __libc_calloc(std::size_t count, std::size_t size);
+extern "C" void* __libc_realloc(void* block, std::size_t size);
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 

@@ -82,7 +82,7 @@ Child StartChild(const ChildTask& task, const std::string& root) {
 }
 
 std::string Collect(const Child& child) {
-  const std::string answer = ReadAll(child.output);
+  std::string answer = ReadAll(child.output);
   close(child.output);
   int status = 0;
   while (waitpid(child.process, &status, 0) < 0 && errno == EINTR) {

@@ -33,6 +33,7 @@ class FloorObject {
   }
   FloorObject(const FloorObject&) = delete;
   FloorObject& operator=(const FloorObject&) = delete;
+  ~FloorObject() = default;
   static void operator delete(FloorObject* object, std::destroying_delete_t /*how*/);
 
   Json::Value& Data() { return data_; }
@@ -40,7 +41,6 @@ class FloorObject {
 
  private:
   FloorObject(char* values, std::size_t valuesSize);
-  ~FloorObject() = default;
   void Lay(Json::Value layer);
 
   Json::Allocator pool_;

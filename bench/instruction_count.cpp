@@ -63,6 +63,7 @@ void RunValgrind(const std::filesystem::path& dumps, const std::vector<std::stri
   words.insert(words.end(), options.begin(), options.end());
   words.insert(words.end(), command.begin(), command.end());
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) {
     arguments.push_back(word.data());
   }
@@ -86,7 +87,7 @@ void RunValgrind(const std::filesystem::path& dumps, const std::vector<std::stri
 }
 
 std::filesystem::path FreshDirectory(const char* leaf) {
-  const std::filesystem::path directory = std::filesystem::current_path() / leaf;
+  std::filesystem::path directory = std::filesystem::current_path() / leaf;
   std::filesystem::remove_all(directory);
   std::filesystem::create_directory(directory);
   return directory;
