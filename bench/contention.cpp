@@ -65,6 +65,7 @@ double Contend(const std::string& /*root*/) {
   const Clock::time_point start = Clock::now();
   std::vector<Figures> figures(kThreads);
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (Figures& own : figures) {
     threads.emplace_back([&own] { own = UpdateAgainAndAgain(); });
   }
@@ -94,6 +95,7 @@ bool MeasureContention(const std::string& root) {
   constexpr double kLongestOfMean = 10;
   constexpr double kSlowestOfMean = 0.5;
   std::vector<Child> children;
+  children.reserve(kProcesses);
   for (int i = 0; i < kProcesses; ++i) {
     children.push_back(StartChild(contend, root));
   }

@@ -143,6 +143,7 @@ const Side floorSide = {"floor",
 
 bool ShareAmongWriters(const Side& side, int writers, const std::string& root) {
   std::vector<Child> children;
+  children.reserve(static_cast<std::size_t>(writers));
   for (int i = 0; i < writers; ++i) {
     children.push_back(StartChild(side.writes, root));
   }
