@@ -19,6 +19,7 @@
 #include <valgrind/callgrind.h>
 #else
 // Nobody counts then.
+#define TARN_WITHOUT_VALGRIND
 #define RUNNING_ON_VALGRIND 0
 #define CALLGRIND_ZERO_STATS
 #define CALLGRIND_START_INSTRUMENTATION
@@ -56,6 +57,10 @@ void ReadDump(const std::filesystem::path& path, Runs& runsOf) {
 // Keeps what the process prints, and valgrind says, from the table.
 void RunValgrind(const std::filesystem::path& dumps, const std::vector<std::string>& options,
                  const std::vector<std::string>& command) {
+#ifdef TARN_WITHOUT_VALGRIND
+  throw std::runtime_error(
+      "instructions are counted by valgrind, which was not there when this was built");
+#endif
   std::vector<std::string> words = {"valgrind", "--tool=callgrind",
                                     "--callgrind-out-file=" + (dumps / "dump").string(),
                                     "--log-file=" + (dumps / "log").string()};
