@@ -5,7 +5,6 @@
 #include "failure.h"
 #include "rehearsal/scratch_directory.h"
 #include "shown/change_text.h"
-#include "shown/drift_text.h"
 
 #include <algorithm>
 #include <memory>
