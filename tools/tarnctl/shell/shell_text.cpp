@@ -90,8 +90,8 @@ std::vector<ShellCommand> ReadShellCommands(std::string_view text) {
     }
     command = {};
   };
-  const auto refuse = [&](std::string fault) {
-    command.fault = std::move(fault);
+  const auto refuse = [&](const std::string& fault) {
+    command.fault = fault;
     pieces.SkipLine();
   };
   for (auto piece = pieces.Next(); piece != Piece::END; piece = pieces.Next()) {
