@@ -58,9 +58,14 @@ std::shared_ptr<JsonDoc> JsonDoc::Make(std::size_t capacity) {
 JsonDoc::JsonDoc(const Room& room) : pool_(room.begin, room.size, kChunkSize, &BaseAllocator()) {}
 
 Json::ParseResult JsonDoc::Parse(std::string_view text, Json::Origin origin) {
+  return ParseBeside(text, origin, root_);
+}
+
+Json::ParseResult JsonDoc::ParseBeside(std::string_view text, Json::Origin origin,
+                                       Json::Value& value) {
   Json::Document parsed(&pool_, kParseStackSize, &BaseAllocator());
   Json::ParseResult result = Json::Parse(text, parsed, origin);
-  root_.Swap(static_cast<Json::Value&>(parsed));
+  value.Swap(static_cast<Json::Value&>(parsed));
   return result;
 }
 

@@ -29,6 +29,9 @@ class JsonDoc {
   /// Replaces the value by a parsed text; on failure the value is null. See Json::Parse.
   Json::ParseResult Parse(std::string_view text, Json::Origin origin);
 
+  /// Parses a text into a value that this holder has the memory of; on failure it is null.
+  Json::ParseResult ParseBeside(std::string_view text, Json::Origin origin, Json::Value& value);
+
   /// The room that the values of a parsed text of this length take up, as a rule, and the memory's
   /// own header.
   static std::size_t CapacityFor(std::size_t textLength) { return 2 * textLength + 24; }

@@ -35,10 +35,11 @@ class Members {
     return found == Json::TextIndex::kNowhere ? nullptr : &At(found).value;
   }
 
-  void Add(std::string_view name, const Json::Value& value, Json::Allocator& allocator) {
-    Json::AddMember(object_, Json::Copy(name, allocator), Json::Value(value, allocator), allocator);
+  void Add(Json::Value&& name, Json::Value&& value, Json::Allocator& allocator) {
+    Json::AddMember(object_, std::move(name), std::move(value), allocator);
     if (index_) {
-      index_->Add(name, object_.MemberCount() - 1);
+      const rapidjson::SizeType last = object_.MemberCount() - 1;
+      index_->Add(Json::Text(At(last).name), last);
     }
   }
 
@@ -51,24 +52,44 @@ class Members {
   std::optional<Json::TextIndex> index_;
 };
 
-void MergeMembers(const Json::Value& source, Json::Value& target, Json::SchemaPlace schema,
+// A source that stays is copied; one whose memory is the target's is moved.
+Json::Value Take(const Json::Value& value, Json::Allocator& allocator) {
+  return {value, allocator};
+}
+Json::Value Take(Json::Value& value, Json::Allocator& /*allocator*/) {
+  return std::move(value);
+}
+void Replace(Json::Value& target, const Json::Value& source, Json::Allocator& allocator) {
+  Json::CopyInto(target, source, allocator);
+}
+void Replace(Json::Value& target, Json::Value& source, Json::Allocator& /*allocator*/) {
+  target = std::move(source);
+}
+
+template <class Source>
+void Merge(Source& source, Json::Value& target, Json::SchemaPlace schema,
+           Json::Allocator& allocator);
+
+template <class Source>
+void MergeMembers(Source& source, Json::Value& target, Json::SchemaPlace schema,
                   Json::Allocator& allocator) {
   Members members(target, source.MemberCount());
-  for (const auto& member : source.GetObject()) {
+  for (auto& member : source.GetObject()) {
     const std::string_view name = Json::Text(member.name);
     if (Json::Value* existing = members.Find(name)) {
       if (member.value.IsNull()) {
         continue;  // says nothing beside a value
       }
-      MergeValue(member.value, *existing, schema.Property(name), allocator);
+      Merge(member.value, *existing, schema.Property(name), allocator);
     } else {
-      members.Add(name, member.value, allocator);
+      members.Add(Take(member.name, allocator), Take(member.value, allocator), allocator);
     }
   }
 }
 
 // Elements without an id cannot be told apart, so they are always new ones.
-void MergeInstances(const Json::Value& source, Json::Value& target, Json::SchemaPlace items,
+template <class Source>
+void MergeInstances(Source& source, Json::Value& target, Json::SchemaPlace items,
                     std::string_view idMember, Json::Allocator& allocator) {
   std::unordered_map<std::string, rapidjson::SizeType> places;
   places.reserve(target.Size() + source.Size());
@@ -77,27 +98,23 @@ void MergeInstances(const Json::Value& source, Json::Value& target, Json::Schema
       places.emplace(*id, i);
     }
   }
-  for (const Json::Value& element : source.GetArray()) {
+  for (auto& element : source.GetArray()) {
     const auto id = Json::InstanceIdOf(element, idMember);
     const auto place = id ? places.find(std::string(*id)) : places.end();
     if (place != places.end()) {
-      MergeValue(element, target[place->second], items, allocator);
+      Merge(element, target[place->second], items, allocator);
       continue;
     }
     if (id) {
       places.emplace(*id, target.Size());
     }
-    target.PushBack(Json::Value(element, allocator), allocator);
+    target.PushBack(Take(element, allocator), allocator);
   }
 }
 
-}  // namespace
-
-void MergeValue(const Json::Value& source, Json::Value& target, Json::SchemaPlace schema,
-                Json::Allocator& allocator) {
-  if (&source == &target) {
-    return;
-  }
+template <class Source>
+void Merge(Source& source, Json::Value& target, Json::SchemaPlace schema,
+           Json::Allocator& allocator) {
   if (source.IsObject() && target.IsObject()) {
     MergeMembers(source, target, schema, allocator);
     return;
@@ -110,7 +127,21 @@ void MergeValue(const Json::Value& source, Json::Value& target, Json::SchemaPlac
       return;
     }
   }
-  Json::CopyInto(target, source, allocator);
+  Replace(target, source, allocator);
+}
+
+}  // namespace
+
+void MergeValue(const Json::Value& source, Json::Value& target, Json::SchemaPlace schema,
+                Json::Allocator& allocator) {
+  if (&source != &target) {
+    Merge(source, target, schema, allocator);
+  }
+}
+
+void MergeValue(Json::Value&& source, Json::Value& target, Json::SchemaPlace schema,
+                Json::Allocator& allocator) {
+  Merge(source, target, schema, allocator);
 }
 
 std::shared_ptr<ConfigStoreObject> UpdateConfigInternal(

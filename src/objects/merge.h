@@ -15,6 +15,9 @@ namespace TarnConfigStore {
 /// replaced by the source's. A null-valued member adds nothing.
 void MergeValue(const Json::Value& source, Json::Value& target, Json::SchemaPlace schema,
                 Json::Allocator& allocator);
+/// The same of a source whose memory is the target's; what is left of it is of no use.
+void MergeValue(Json::Value&& source, Json::Value& target, Json::SchemaPlace schema,
+                Json::Allocator& allocator);
 
 /// Lays the properties of one configuration object over another and returns the result: the target,
 /// or, where the target is empty, the source. Both may be empty pointers.

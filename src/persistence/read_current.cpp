@@ -17,14 +17,16 @@
 namespace TarnConfigStore {
 namespace {
 
+// What an upgrade context of this number shows of the user's values.
+constexpr int kConfirmedOnly = 0;
+
 // All layers of a row: what automatic configuration set, over it the cached and the vital values,
 // over them the user's.
 ObjectHandle MergeLayers(const RowMap& row, const ConfigStoreObjectId& id,
-                         const SchemaHandle& schema, const ObjectHandle& user) {
-  return MergeConfig(MakeObjectFromRow(row, "AutoConfValue", id, schema),
-                     MakeObjectFromRow(row, "CachedValue", id, schema),
-                     MakeObjectFromRow(row, "VitalValue", id, schema), user,
-                     schema->GetSchemaPlace());
+                         const SchemaHandle& schema, int upgradeContext) {
+  return MergeColumns(
+      row, {"AutoConfValue", "CachedValue", "VitalValue", UserColumn(row, upgradeContext)}, id,
+      schema);
 }
 
 // The one column that a row's object is made of; nothing where there are several, or none.
@@ -49,23 +51,22 @@ void ForEachKept(const std::shared_ptr<FilterSpecObject>& filter,
   const InstanceFilter conditions(*filter, schema->GetSchemaPlace());
   const bool streams = conditions.CanStream();
   const bool looks = streams && !filter->IsEmpty();
-  std::vector<ObjectHandle> objects = ObjectsOfType(
-      connection, GET_INSTANCES.Text(), filter->GetConfigStoreObjectId(),
-      [&](const RowMap& row, const ConfigStoreObjectId& instance) -> ObjectHandle {
-        const auto only = looks ? OnlyLayer(row, upgradeContext) : std::nullopt;
-        if (only && conditions.RulesOut(*only)) {
-          return nullptr;
-        }
-        ObjectHandle object = MergeLayers(row, instance, schema,
-                                          MakeUserObject(row, instance, schema, upgradeContext));
-        if (!streams) {
-          return object;
-        }
-        if (object && conditions.Keeps(*object)) {
-          receive(std::move(object));
-        }
-        return nullptr;
-      });
+  std::vector<ObjectHandle> objects =
+      ObjectsOfType(connection, GET_INSTANCES.Text(), filter->GetConfigStoreObjectId(),
+                    [&](const RowMap& row, const ConfigStoreObjectId& instance) -> ObjectHandle {
+                      const auto only = looks ? OnlyLayer(row, upgradeContext) : std::nullopt;
+                      if (only && conditions.RulesOut(*only)) {
+                        return nullptr;
+                      }
+                      ObjectHandle object = MergeLayers(row, instance, schema, upgradeContext);
+                      if (!streams) {
+                        return object;
+                      }
+                      if (object && conditions.Keeps(*object)) {
+                        receive(std::move(object));
+                      }
+                      return nullptr;
+                    });
   if (!streams) {
     for (ObjectHandle& object : FilterConfigStoreObjects(std::move(objects), filter)) {
       receive(std::move(object));
@@ -88,7 +89,7 @@ ObjectHandle MakeCurrent(const RowMap& row, const ConfigStoreObjectId& id,
   if (row.Empty()) {
     return nullptr;
   }
-  return MergeLayers(row, id, schema, MakeUserObject(row, id, schema, ReadUpgradeContext()));
+  return MergeLayers(row, id, schema, ReadUpgradeContext());
 }
 
 ObjectHandle GetCurrentConfigInternal(const ConfigStoreObjectId& id,
@@ -154,9 +155,7 @@ ObjectHandle GetConfigByBootAndContext(const ConfigStoreObjectId& id, const Sche
   if (context != EXTERNAL) {
     return MakeObjectFromRow(row, "AutoConfValue", id, schema);
   }
-  return MergeLayers(row, id, schema,
-                     pendingVisible ? MakeUserObject(row, id, schema, upgradeContext)
-                                    : MakeConfirmedUserObject(row, id, schema));
+  return MergeLayers(row, id, schema, pendingVisible ? upgradeContext : kConfirmedOnly);
 }
 
 std::vector<ObjectHandle> GetBulkConfigInternal(const std::string& component,
@@ -191,8 +190,7 @@ std::vector<ObjectHandle> GetBulkConfigInternal(const std::string& component,
       }
       continue;
     }
-    if (ObjectHandle object =
-            MergeLayers(*row, id, schema, MakeConfirmedUserObject(*row, id, schema))) {
+    if (ObjectHandle object = MergeLayers(*row, id, schema, kConfirmedOnly)) {
       objects.push_back(std::move(object));
     } else if (leftOut != nullptr && row->Find("UserValue")) {
       leftOut->unconfirmed.push_back(id);

@@ -12,14 +12,39 @@
 namespace TarnConfigStore {
 ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
                                const ConfigStoreObjectId& id, const SchemaHandle& schema) {
-  const auto text = row.Find(column);
-  if (!text) {
-    return nullptr;
+  return MergeColumns(row, {column}, id, schema);
+}
+
+ObjectHandle MergeColumns(const RowMap& row, std::initializer_list<std::string_view> columns,
+                          const ConfigStoreObjectId& id, const SchemaHandle& schema) {
+  std::size_t length = 0;
+  for (const std::string_view column : columns) {
+    length += row.Text(column).size();
   }
-  auto document = JsonDoc::Make(JsonDoc::CapacityFor(text->size()));
-  if (const Json::ParseResult result = document->Parse(*text, Json::Origin::STORED); !result) {
-    ReportParseFailure(std::string(column) + " of " + id.toString(), result, *text);
-    ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);
+  std::shared_ptr<JsonDoc> document;
+  for (const std::string_view column : columns) {
+    const auto text = row.Find(column);
+    if (!text) {
+      continue;
+    }
+    const bool isFirst = !document;
+    if (isFirst) {
+      document = JsonDoc::Make(JsonDoc::CapacityFor(length));
+    }
+    Json::Value& data = *document->GetJsonValuePtr();
+    Json::Value over;
+    const Json::ParseResult result =
+        document->ParseBeside(*text, Json::Origin::STORED, isFirst ? data : over);
+    if (!result) {
+      ReportParseFailure(std::string(column) + " of " + id.toString(), result, *text);
+      ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);
+    }
+    if (!isFirst) {
+      MergeValue(std::move(over), data, schema->GetSchemaPlace(), document->GetAllocator());
+    }
+  }
+  if (!document) {
+    return nullptr;
   }
   return Internal::Access::Wrap(std::make_shared<ConfigStoreObjectImpl>(
       id, std::move(document), schema, row.Text("Version"), row.Text("CreationTime"),
@@ -57,9 +82,7 @@ ObjectHandle MakeUserObject(const RowMap& row, const ConfigStoreObjectId& id,
 
 ObjectHandle MergeParts(const RowMap& row, std::string_view userColumn,
                         const ConfigStoreObjectId& id, const SchemaHandle& schema) {
-  return MergeConfig(nullptr, MakeObjectFromRow(row, "CachedValue", id, schema),
-                     MakeObjectFromRow(row, "VitalValue", id, schema),
-                     MakeObjectFromRow(row, userColumn, id, schema), schema->GetSchemaPlace());
+  return MergeColumns(row, {"CachedValue", "VitalValue", userColumn}, id, schema);
 }
 
 std::vector<ObjectHandle> ObjectsOfType(

@@ -5,6 +5,7 @@
 #include "persistence/row_map.h"
 
 #include <functional>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,6 +17,12 @@ namespace TarnConfigStore {
 /// is not JSON.
 ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
                                const ConfigStoreObjectId& id, const SchemaHandle& schema);
+
+/// One object of several value columns, each laid over those before it, with the row's metadata; an
+/// empty pointer when all of them are NULL. A column without a name is none. Raises as
+/// MakeObjectFromRow.
+ObjectHandle MergeColumns(const RowMap& row, std::initializer_list<std::string_view> columns,
+                          const ConfigStoreObjectId& id, const SchemaHandle& schema);
 
 /// An object from a text that did not come from a row; it has no metadata. Raises
 /// InvalidArgumentException 1080 when the text is not JSON.

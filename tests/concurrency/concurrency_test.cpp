@@ -1,6 +1,8 @@
 // What threads that share a store, or any other value, may rely on, and the children of their process: a
 // child has none of its parent's other threads, but a copy of everything that they held when it was forked.
+#include "tarnconfigstore/compare_and_set.h"
 #include "tarnconfigstore/host.h"
+#include "tarnconfigstore/typed.h"
 
 #include "platform/json_validator.h"
 #include "platform/made_once.h"
@@ -181,6 +183,33 @@ TEST(MadeOnce, ThreadsThatMakeAValueAtOnceGetTheSameOneAndTheOthersAreFreed) {
   for (const Value* one : seen) {
     EXPECT_EQ(one, value.Find());
   }
+}
+
+using Sharing = StoreFixture;
+
+TEST_F(Sharing, LosesNothingWhereProcessesWriteWhatTheyWorkedOutFromARead) {
+  constexpr int kProcesses = 4;
+  constexpr int kRounds = 25;
+  Set(switch_, R"({"name":"s1","mtu":1500})");
+  store_.reset();
+  std::vector<std::unique_ptr<ChildProcess>> writers;
+  for (int i = 0; i < kProcesses; ++i) {
+    writers.push_back(std::make_unique<ChildProcess>([this] {
+      const auto store = ConfigStore::GetStore("");
+      for (int written = 0; written < kRounds;) {
+        const TarnConfigStore::ObjectForChange read = GetForChange(*store, switch_);
+        read.object->Set("mtu", *read.object->Get<int>("mtu") + 1);
+        const auto changed = WriteIfUnchanged(*store, {read.state},
+                                              [&] { store->SetUserData(read.object, EXTERNAL); });
+        written += changed.empty() ? 1 : 0;
+      }
+      return 0;
+    }));
+  }
+  for (const auto& writer : writers) {
+    EXPECT_EQ(writer->Wait(), 0);
+  }
+  EXPECT_EQ(ConfigStore::GetStore("")->Get(switch_)->Get<int>("mtu"), 1500 + kProcesses * kRounds);
 }
 
 }  // namespace

@@ -5,13 +5,11 @@
 #include "tarnconfigstore/taking_back.h"
 #include "tarnconfigstore/typed.h"
 
-#include "support/child_process.h"
 #include "support/next_boot_fixture.h"
 
 namespace TarnConfigStore {
 namespace {
 
-using TestSupport::ChildProcess;
 using TestSupport::Raised;
 
 class CompareAndSet : public TestSupport::NextBootFixture {
@@ -76,7 +74,8 @@ TEST_F(CompareAndSet, WritesAllOrNothing) {
   const auto write = [&] {
     store_->Set(Object(plain_, R"({"name":"p"})"), EXTERNAL);
     UnsetMembers(*store_, switch_, {"/mtu"});
-    ImportConfig(*store_, R"({"format":1,"config":{"tarn":{"test":{"switch":[{"name":"s2","mtu":9}]}}}})",
+    ImportConfig(*store_,
+                 R"({"format":1,"config":{"tarn":{"test":{"switch":[{"name":"s2","mtu":9}]}}}})",
                  {});
   };
   const std::string before = State();
@@ -123,32 +122,6 @@ TEST_F(CompareAndSet, JoinsTheCallersTransactionAndSaysWhatFails) {
                 {"VE 2000", [&] {
                    GetForChange(*store_, {"plain", "test", "tarn", "instance"});
                  }}});
-}
-
-TEST_F(CompareAndSet, LosesNothingWhereProcessesReadAndWriteTheSame) {
-  constexpr int kProcesses = 4;
-  constexpr int kRounds = 25;
-  Set(switch_, R"({"name":"s1","mtu":1500})");
-  store_.reset();
-  nextBoot_.reset();
-  std::vector<std::unique_ptr<ChildProcess>> writers;
-  for (int i = 0; i < kProcesses; ++i) {
-    writers.push_back(std::make_unique<ChildProcess>([this] {
-      const auto store = ConfigStore::GetStore("");
-      for (int written = 0; written < kRounds;) {
-        const ObjectForChange read = GetForChange(*store, switch_);
-        read.object->Set("mtu", *read.object->Get<int>("mtu") + 1);
-        const auto changed = WriteIfUnchanged(*store, {read.state},
-                                              [&] { store->SetUserData(read.object, EXTERNAL); });
-        written += changed.empty() ? 1 : 0;
-      }
-      return 0;
-    }));
-  }
-  for (const auto& writer : writers) {
-    EXPECT_EQ(writer->Wait(), 0);
-  }
-  EXPECT_EQ(ConfigStore::GetStore("")->Get(switch_)->Get<int>("mtu"), 1500 + kProcesses * kRounds);
 }
 
 }  // namespace

@@ -108,6 +108,10 @@ exec 5>&-
 wait %2 %3
 [ -s "$work/heard" ] && fail "a dry run was announced"
 "$tarnctl" update $switch mtu=1600
+for _ in $(seq 100); do
+  [ -s "$work/heard" ] && break
+  sleep 0.05
+done
 kill -TERM $watcher
 wait $watcher
 [ "$(grep -c object "$work/heard")" -eq 1 ] || fail "the daemon did not hear"

@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 #include <stdexcept>
@@ -66,34 +67,56 @@ void Collect(const CLI::App& app, const std::vector<Argument>& arguments, Given&
   }
 }
 
+void AddVerb(CLI::App& parent, const Verb& verb, Call& call);
+
+void FillVerb(CLI::App& app, const Verb& verb, Call& call) {
+  for (const Verb& inner : verb.verbs) {
+    AddVerb(app, inner, call);
+  }
+  if (!verb.run) {
+    app.require_subcommand(1);
+    return;
+  }
+  AddArguments(app, verb.arguments);
+  if (verb.choice) {
+    CLI::App* choice = app.add_option_group(verb.choice->name, verb.choice->help);
+    choice->fallthrough(false);  // as for those that are there before parsing begins
+    AddArguments(*choice, verb.choice->arguments);
+    choice->require_option(verb.choice->isRequired ? 1 : 0, 1);
+  }
+  if (!verb.note.empty()) {
+    app.footer(verb.note + "\n\n" + app.get_footer());
+  }
+  app.callback([&app, &verb, &call] {
+    call.verb = &verb;
+    Collect(app, verb.arguments, call.given);
+    if (verb.choice) {
+      Collect(app, verb.choice->arguments, call.given);
+    }
+  });
+}
+
+// What a verb takes is added once it is named: one of forty is.
 void AddVerb(CLI::App& parent, const Verb& verb, Call& call) {
   CLI::App* app = parent.add_subcommand(verb.name, verb.help);
   if (verb.isHidden) {
     app->group("");
   }
-  for (const Verb& inner : verb.verbs) {
-    AddVerb(*app, inner, call);
-  }
-  if (!verb.run) {
-    app->require_subcommand(1);
-    return;
-  }
-  AddArguments(*app, verb.arguments);
-  if (verb.choice) {
-    CLI::App* choice = app->add_option_group(verb.choice->name, verb.choice->help);
-    AddArguments(*choice, verb.choice->arguments);
-    choice->require_option(verb.choice->isRequired ? 1 : 0, 1);
-  }
-  if (!verb.note.empty()) {
-    app->footer(verb.note + "\n\n" + app->get_footer());
-  }
-  app->callback([app, &verb, &call] {
-    call.verb = &verb;
-    Collect(*app, verb.arguments, call.given);
-    if (verb.choice) {
-      Collect(*app, verb.choice->arguments, call.given);
+  app->preparse_callback([app, &verb, &call](std::size_t) { FillVerb(*app, verb, call); });
+}
+
+// Those that can be meant; where none is named, as in help, all.
+void AddVerbs(CLI::App& app, const std::vector<Verb>& verbs, const std::vector<std::string>& line,
+              Call& call) {
+  const auto isNamed = [&line](const Verb& verb) {
+    return std::find(line.begin(), line.end(), verb.name) != line.end();
+  };
+  const bool isAnyNamed = std::any_of(verbs.begin(), verbs.end(), isNamed);
+  for (const Verb& verb : verbs) {
+    if (!isAnyNamed || isNamed(verb)) {
+      AddVerb(app, verb, call);
     }
-  });
+  }
 }
 
 }  // namespace
@@ -140,9 +163,7 @@ Call ParseCommandLine(const Program& program, int argumentCount, char** argument
   app.get_formatter()->label("REQUIRED", "");
   app.require_subcommand(1);
   app.fallthrough();
-  for (const Verb& verb : program.verbs) {
-    AddVerb(app, verb, call);
-  }
+  AddVerbs(app, program.verbs, {arguments, arguments + argumentCount}, call);
   try {
     app.parse(argumentCount, arguments);
     Collect(app, program.arguments, call.options);
