@@ -54,11 +54,11 @@ TEST(Allocations, StayBelowTheirBounds) {
     int times;  // what one run does
     double most;
   } operations[] = {
-      {"Get", [&] { EXPECT_TRUE(store->Get(id)); }, 1, 22},
+      {"Get", [&] { EXPECT_TRUE(store->Get(id)); }, 1, 17},
       {"GetInstances, each", [&] { EXPECT_EQ(store->GetInstances(all).size(), kInstances); },
-       kInstances, 13},
-      {"Set", [&] { store->Set(object, EXTERNAL); }, 1, 36},
-      {"Update", [&] { store->Update(change, EXTERNAL); }, 1, 74},
+       kInstances, 8},
+      {"Set", [&] { store->Set(object, EXTERNAL); }, 1, 35},
+      {"Update", [&] { store->Update(change, EXTERNAL); }, 1, 64},
       {"GetRevision", [&] { EXPECT_GT(store->GetRevision(id), 0); }, 1, 4},
   };
   for (const auto& [name, run, times, most] : operations) {
