@@ -87,6 +87,14 @@ struct rapidjson::StreamTraits<Json::CopiedTextStream> {
   enum { copyOptimization = 1 };
 };
 
+template <>
+inline void rapidjson::SkipWhitespace(Json::UnwatchedTextStream& text) {
+  while (text.next != text.end &&
+         (*text.next == ' ' || *text.next == '\n' || *text.next == '\r' || *text.next == '\t')) {
+    ++text.next;
+  }
+}
+
 // The reader's own way through the characters of a string is one at a time, but for streams of its
 // own on some processors, where it lets control characters pass.
 template <>
@@ -100,6 +108,7 @@ inline void Json::Reader::ScanCopyUnescapedString(Json::CopiedTextStream& from,
   from.next = end;
 }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a type stands in none
 /// Makes the reader, with numbers as strings, hand values on to one kind of handler in that way.
 #define TARN_PASS_PLAIN_VALUES(Handler)                                           \
   template <>                                                                     \
@@ -128,3 +137,4 @@ inline void Json::Reader::ScanCopyUnescapedString(Json::CopiedTextStream& from,
       SetParseError(rapidjson::kParseErrorTermination, text.Tell());              \
     }                                                                             \
   }
+// NOLINTEND(bugprone-macro-parentheses)

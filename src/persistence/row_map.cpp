@@ -41,7 +41,9 @@ int HandOn(void* receiver, int count, char** values, char** names) {
 
 std::optional<std::string_view> RowMap::Find(std::string_view column) const {
   for (const Column& candidate : columns_) {
-    if (candidate.name == column) {
+    // Most names of one length differ in their first letter.
+    if (candidate.name.size() == column.size() &&
+        (column.empty() || candidate.name.front() == column.front()) && candidate.name == column) {
       return candidate.value;
     }
   }

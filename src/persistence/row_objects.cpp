@@ -7,9 +7,17 @@
 #include "objects/document.h"
 #include "objects/merge.h"
 
+#include <array>
 #include <utility>
 
 namespace TarnConfigStore {
+namespace {
+
+// The value columns of a row.
+constexpr std::size_t kMostLayers = 5;
+
+}  // namespace
+
 ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
                                const ConfigStoreObjectId& id, const SchemaHandle& schema) {
   return MergeColumns(row, {column}, id, schema);
@@ -17,34 +25,36 @@ ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
 
 ObjectHandle MergeColumns(const RowMap& row, std::initializer_list<std::string_view> columns,
                           const ConfigStoreObjectId& id, const SchemaHandle& schema) {
+  struct Layer {
+    std::string_view column;
+    std::string_view text;
+  };
+  std::array<Layer, kMostLayers> layers;
+  std::size_t count = 0;
   std::size_t length = 0;
   for (const std::string_view column : columns) {
-    length += row.Text(column).size();
+    if (const auto text = row.Find(column)) {
+      layers.at(count++) = {column, *text};
+      length += text->size();
+    }
   }
-  std::shared_ptr<JsonDoc> document;
-  for (const std::string_view column : columns) {
-    const auto text = row.Find(column);
-    if (!text) {
-      continue;
-    }
-    const bool isFirst = !document;
-    if (isFirst) {
-      document = JsonDoc::Make(JsonDoc::CapacityFor(length));
-    }
-    Json::Value& data = *document->GetJsonValuePtr();
+  if (count == 0) {
+    return nullptr;
+  }
+  auto document = JsonDoc::Make(JsonDoc::CapacityFor(length));
+  Json::Value& data = *document->GetJsonValuePtr();
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto& [column, text] = layers[i];
     Json::Value over;
     const Json::ParseResult result =
-        document->ParseBeside(*text, Json::Origin::STORED, isFirst ? data : over);
+        document->ParseBeside(text, Json::Origin::STORED, i == 0 ? data : over);
     if (!result) {
-      ReportParseFailure(std::string(column) + " of " + id.toString(), result, *text);
+      ReportParseFailure(std::string(column) + " of " + id.toString(), result, text);
       ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);
     }
-    if (!isFirst) {
+    if (i > 0) {
       MergeValue(std::move(over), data, schema->GetSchemaPlace(), document->GetAllocator());
     }
-  }
-  if (!document) {
-    return nullptr;
   }
   return Internal::Access::Wrap(std::make_shared<ConfigStoreObjectImpl>(
       id, std::move(document), schema, row.Text("Version"), row.Text("CreationTime"),

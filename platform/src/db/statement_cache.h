@@ -21,7 +21,11 @@ struct CachedStatement {
   sqlite3_stmt* statement;
   std::string text;
   Parameters parameters;
-  std::vector<std::string> columns;  ///< names of the result's columns, once it had a row
+  struct Column {
+    std::string name;
+    int kind = 0;  ///< of its last value, as the engine counts kinds; 0 before there was one
+  };
+  std::vector<Column> columns;  ///< of the result, once it had a row
   bool taken = false;                ///< somebody uses it
   bool running = false;              ///< it is being stepped through
   std::uint64_t lastUse = 0;

@@ -36,28 +36,34 @@ class RowTexts {
       entry.columns.clear();
       for (int column = 0; column < columns_; ++column) {
         const char* name = sqlite3_column_name(entry.statement, column);
-        entry.columns.emplace_back(name == nullptr ? "" : name);
+        entry.columns.push_back({name == nullptr ? "" : name});
       }
     }
     char** next = Names();
-    for (std::string& name : entry.columns) {
-      *next++ = name.data();
+    for (internal::CachedStatement::Column& column : entry.columns) {
+      *next++ = column.name.data();
     }
   }
 
-  /// False when there is no memory for a text.
-  bool FetchValues(sqlite3_stmt* statement) noexcept {
+  /// False when there is no memory for a text. A column's values are of one kind as a rule: texts are
+  /// asked for as such, and what is none is looked at.
+  bool FetchValues(internal::CachedStatement& entry) noexcept {
     for (int column = 0; column < columns_; ++column) {
-      const int type = sqlite3_column_type(statement, column);
-      if (type == SQLITE_INTEGER) {
-        Values()[column] = Write(sqlite3_column_int64(statement, column), digits_[column]);
+      int& kind = entry.columns[static_cast<std::size_t>(column)].kind;
+      char*& value = Values()[column];
+      value = kind == SQLITE_TEXT ? Text(entry.statement, column) : nullptr;
+      if (value != nullptr) {
         continue;
       }
-      const unsigned char* text = sqlite3_column_text(statement, column);
-      if (text == nullptr && type != SQLITE_NULL) {
-        return false;
+      kind = sqlite3_column_type(entry.statement, column);
+      if (kind == SQLITE_INTEGER) {
+        value = Write(sqlite3_column_int64(entry.statement, column), digits_[column]);
+      } else if (kind != SQLITE_NULL) {
+        value = Text(entry.statement, column);
+        if (value == nullptr) {
+          return false;
+        }
       }
-      Values()[column] = const_cast<char*>(reinterpret_cast<const char*>(text));
     }
     return true;
   }
@@ -68,6 +74,10 @@ class RowTexts {
   static char* Write(sqlite3_int64 number, Digits& digits) noexcept {
     *std::to_chars(digits.data(), digits.data() + digits.size() - 1, number).ptr = '\0';
     return digits.data();
+  }
+
+  static char* Text(sqlite3_stmt* statement, int column) noexcept {
+    return const_cast<char*>(reinterpret_cast<const char*>(sqlite3_column_text(statement, column)));
   }
 
   static constexpr std::size_t kUsualColumns = 32;
@@ -166,7 +176,7 @@ int StoreConnection::StepThrough(internal::CachedStatement& entry, RowCallback c
     RowTexts row(columns);
     row.FetchNames(entry);
     do {
-      if (!row.FetchValues(entry.statement)) {
+      if (!row.FetchValues(entry)) {
         code = SQLITE_NOMEM;
         break;
       }
