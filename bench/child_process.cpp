@@ -57,6 +57,29 @@ std::string OwnProgram() {
   return std::filesystem::read_symlink("/proc/self/exe").string();
 }
 
+std::optional<int> RunProgram(std::vector<std::string> words) {
+  std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
+  for (std::string& word : words) {
+    arguments.push_back(word.data());
+  }
+  arguments.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  pid_t child = -1;
+  const int failure =
+      posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (failure != 0) {
+    return std::nullopt;
+  }
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  return status;
+}
+
 Child StartChild(const ChildTask& task, const std::string& root) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) {

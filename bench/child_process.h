@@ -1,8 +1,10 @@
 // Measuring in a process of its own: this program, started once more.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <sys/types.h>
+#include <vector>
 
 namespace Benchmarks {
 
@@ -32,6 +34,10 @@ struct Child {
   pid_t process;
   int output;
 };
+
+/// Runs a program, found as a shell finds it, to its end; what it prints is dropped.
+/// \return what waitpid tells of it; nothing where it could not be started
+std::optional<int> RunProgram(std::vector<std::string> words);
 
 /// The path of this program, also while valgrind runs it.
 std::string OwnProgram();

@@ -12,6 +12,16 @@ struct sqlite3_stmt;
 
 namespace Benchmarks {
 
+/// How a host's two databases are known.
+inline constexpr std::int64_t kStoreMark = 0x54435331;
+inline constexpr std::int64_t kStoreLayout = 2;
+inline constexpr std::int64_t kSchemaStoreMark = 0x54535331;
+inline constexpr std::int64_t kSchemaStoreLayout = 1;
+
+/// Parameters: component, group, key.
+inline constexpr const char* kReadType =
+    "SELECT Document FROM Types WHERE Component = ? AND ConfigGroup = ? AND Name = ?";
+
 /// An open database. Everything here raises std::runtime_error with SQLite's text on failure. Used
 /// by one thread.
 class FloorDatabase {

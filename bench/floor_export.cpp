@@ -12,8 +12,6 @@
 namespace Benchmarks {
 namespace {
 
-constexpr std::int64_t kStoreMark = 0x54435331;
-constexpr std::int64_t kStoreLayout = 2;
 constexpr const char* kReadTexts =
     "SELECT UserValue FROM Config WHERE Component = ? AND ConfigGroup = ? AND Name = ? AND Success "
     "= 1 AND UserValue NOT NULL ORDER BY Identifier";

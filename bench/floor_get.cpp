@@ -15,12 +15,6 @@ namespace {
 
 using namespace Benchmarks;
 
-constexpr std::int64_t kStoreMark = 0x54435331;
-constexpr std::int64_t kStoreLayout = 2;
-constexpr std::int64_t kSchemaStoreMark = 0x54535331;
-constexpr std::int64_t kSchemaStoreLayout = 1;
-constexpr const char* kReadType =
-    "SELECT Document FROM Types WHERE Component = ? AND ConfigGroup = ? AND Name = ?";
 constexpr const char* kReadObject =
     "SELECT AutoConfValue, CachedValue, VitalValue, UserValue FROM Config WHERE Component = ? AND "
     "ConfigGroup = ? AND Name = ? AND Identifier = '' AND Success = 1";

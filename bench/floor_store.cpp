@@ -11,13 +11,6 @@
 namespace Benchmarks {
 namespace {
 
-constexpr std::int64_t kStoreMark = 0x54435331;
-constexpr std::int64_t kStoreLayout = 2;
-constexpr std::int64_t kSchemaStoreMark = 0x54535331;
-constexpr std::int64_t kSchemaStoreLayout = 1;
-
-constexpr const char* kReadType =
-    "SELECT Document FROM Types WHERE Component = ? AND ConfigGroup = ? AND Name = ?";
 constexpr const char* kReadKeyValue = "SELECT Value FROM KeyValue WHERE Key = ?";
 constexpr const char* kWriteKeyValue =
     "INSERT INTO KeyValue(Key, Value) VALUES(?1, ?2) ON CONFLICT(Key) DO UPDATE SET Value = "

@@ -3,17 +3,14 @@
 #include "child_process.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <set>
-#include <spawn.h>
 #include <stdexcept>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <utility>
 
 #if __has_include(<valgrind/callgrind.h>)
 #include <valgrind/callgrind.h>
@@ -66,26 +63,11 @@ void RunValgrind(const std::filesystem::path& dumps, const std::vector<std::stri
                                     "--log-file=" + (dumps / "log").string()};
   words.insert(words.end(), options.begin(), options.end());
   words.insert(words.end(), command.begin(), command.end());
-  std::vector<char*> arguments;
-  arguments.reserve(words.size() + 1);
-  for (std::string& word : words) {
-    arguments.push_back(word.data());
-  }
-  arguments.push_back(nullptr);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-  pid_t child = -1;
-  const int failure =
-      posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  if (failure != 0) {
+  const std::optional<int> status = RunProgram(std::move(words));
+  if (!status) {
     throw std::runtime_error("instructions are counted by valgrind, which is not there");
   }
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
-  if (status != 0) {
+  if (*status != 0) {
     throw std::runtime_error("counting instructions failed; " + (dumps / "log").string());
   }
 }

@@ -1,17 +1,13 @@
 #include "whole_process.h"
 
 #include "benchmarks.h"
+#include "child_process.h"
 #include "comparison.h"
 #include "instruction_count.h"
 #include "measured_host.h"
 
-#include <cerrno>
 #include <exception>
-#include <fcntl.h>
-#include <spawn.h>
 #include <stdexcept>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
 namespace Benchmarks {
@@ -27,22 +23,8 @@ std::vector<std::string> CommandOfFloor(const std::string& root) {
   return {TARN_FLOOR_GET, root, "tarn", "bench", Host::kPlain};
 }
 
-void RunToItsEnd(std::vector<std::string> command) {
-  std::vector<char*> words;
-  for (std::string& word : command) {
-    words.push_back(word.data());
-  }
-  words.push_back(nullptr);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-  pid_t child = -1;
-  const int failure = posix_spawn(&child, words[0], &actions, nullptr, words.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  int status = failure;
-  while (failure == 0 && waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
-  if (status != 0) {
+void RunToItsEnd(const std::vector<std::string>& command) {
+  if (RunProgram(command) != 0) {
     throw std::runtime_error("failed: " + command[0]);
   }
 }
