@@ -1,6 +1,8 @@
 // The values of a JSON text that can be taken as they stand there.
 #pragma once
 
+#include "json/characters.h"
+
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -38,7 +40,7 @@ inline const char* EndOfPlain(const char* at, const char* end) {
 /// Where a number by JSON's grammar (RFC 8259, section 6) ends; null where there is none.
 inline const char* EndOfNumber(const char* at, const char* end) {
   const auto skipDigits = [end](const char* from) {
-    while (from != end && *from >= '0' && *from <= '9') {
+    while (from != end && IsDigit(*from)) {
       ++from;
     }
     return from;

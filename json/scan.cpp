@@ -106,7 +106,7 @@ std::optional<rapidjson::Type> TypeByGrammar(std::string_view text) {
     return std::nullopt;
   }
   const std::string cut = WithoutExponents(text, Exponents::ALL);
-  UnwatchedTextStream stream(cut);
+  CopiedTextStream stream{TextStream(cut)};
   FirstType first;
   Reader reader;
   constexpr unsigned kFlags =

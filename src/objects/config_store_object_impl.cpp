@@ -46,17 +46,13 @@ ConfigStoreObjectImpl::ConfigStoreObjectImpl(
     std::shared_ptr<TarnSchemaStore::SchemaObject> const& schema, const std::string& version,
     const std::string& creationTime, const std::string& modifiedTime, int revision, bool whole,
     std::shared_ptr<JsonDoc> const& idMap, std::shared_ptr<JsonDoc> const& defaults)
-    : StoreObjectImpl(id, data),
-      idMap_(idMap || !schema ? idMap : schema->GetIdMap()),
-      parent_(parent),
-      whole_(whole),
-      version_(version),
-      defaults_(defaults || !schema ? defaults : schema->GetDefaults()),
-      creationTime_(creationTime),
-      modifiedTime_(modifiedTime),
-      revision_(revision),
-      place_(place),
-      schema_(schema) {}
+    : ConfigStoreObjectImpl(id, data, schema, version, creationTime, modifiedTime, revision) {
+  parent_ = parent;
+  place_ = place;
+  whole_ = whole;
+  idMap_ = idMap ? idMap : idMap_;
+  defaults_ = defaults ? defaults : defaults_;
+}
 
 ConfigStoreObjectImpl::ConfigStoreObjectImpl(
     const ConfigStoreObjectId& id, std::shared_ptr<JsonDoc> data,

@@ -78,7 +78,7 @@ const ConfigStoreObjectId& StoredState::GetConfigStoreObjectId() const {
 
 std::int32_t StoredState::GetRevision() const {
   const auto text = state_->Row().Find("Revision");
-  return text ? RevisionFrom(std::string(*text).c_str()) : kDefaultRevision;
+  return text ? RevisionFrom(text->data()) : kDefaultRevision;
 }
 
 ObjectForChange GetForChange(ConfigStore& store, const ConfigStoreObjectId& csoId) {
