@@ -23,7 +23,8 @@
 //               "revision", "version", "confirmed"}: what new rows get instead of that of this moment
 // Anything else in a document is refused. Texts are UTF-8 of at most 128 levels.
 //
-// All functions but the one that is given a store take a connection of their own; all are thread-safe. Besides what they say, they throw
+// All functions but the one that is given a store take a connection of their own; all are thread-safe.
+// Besides what they say, they throw
 // ConfigStoreException 2000 when the store or the schema store cannot be opened or read.
 #pragma once
 

@@ -54,8 +54,8 @@ class TARN_CONFIG_STORE_EXPORT StoreObject {
   bool CheckKey(const char* key) const;
 
   /// Reads one value.
-  /// \param out  int, long, long long and unsigned long long take integers that fit them; a number that was written
-  ///             with a fraction or an exponent is no integer. unsigned int takes integers that fit
+  /// \param out  int, long, long long and unsigned long long take integers that fit them; a number
+  ///             that was written with a fraction or an exponent is no integer. unsigned int takes integers that fit
   ///             it; unsigned short and unsigned char take the same ones and keep the low bits.
   ///             double takes numbers that were written with a fraction or an exponent: 5.0, not 5
   /// \return 0, 1 or 2, see the class

@@ -26,7 +26,8 @@ void ReportFailure(ErrorKind kind, int code,
                    std::initializer_list<std::string_view> message) noexcept;
 
 /// Reports the failure that SQLite told last on a connection, as "PATH: ACTION: what SQLite says",
-/// with the right that is missing where the file cannot be written, or who has it locked. The action says what was tried.
+/// with the right that is missing where the file cannot be written, or who has it locked. The action
+/// says what was tried.
 /// \param path       the database in messages
 /// \param realPath   where it lies
 void ReportSqliteFailure(sqlite3* database, int code, std::string_view path,
