@@ -1,6 +1,28 @@
 #include "json/escapes.h"
 
+#include "json/text_stream.h"
+
 namespace Json {
+namespace {
+
+struct OneString : rapidjson::BaseReaderHandler<Encoding, OneString> {
+  explicit OneString(std::string& gets) : text(gets) {}
+  bool Default() { return false; }
+  bool String(const char* characters, rapidjson::SizeType length, bool /*copy*/) {
+    text.assign(characters, length);
+    return true;
+  }
+
+  std::string& text;
+};
+
+}  // namespace
+
+bool ReadEscapes(std::string_view quoted, std::string& text) {
+  TextStream stream(quoted);
+  OneString string(text);
+  return !Reader().Parse<rapidjson::kParseNoFlags>(stream, string).IsError();
+}
 
 std::size_t FindLoneSurrogate(std::string_view text) noexcept {
   constexpr std::size_t kShort = 2;         // "\n"

@@ -1,7 +1,8 @@
-// Escapes in JSON text that RapidJSON's reader lets pass.
+// Escapes in JSON text.
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace Json {
@@ -10,5 +11,8 @@ namespace Json {
 /// without the first; npos where it does not. The reader makes of it what is not UTF-8. (Of a first
 /// half without the second it says so itself.)
 std::size_t FindLoneSurrogate(std::string_view text) noexcept;
+
+/// What a JSON string, its quotes included, says by its escapes. False where it is none.
+bool ReadEscapes(std::string_view quoted, std::string& text);
 
 }  // namespace Json

@@ -65,16 +65,33 @@ using Buffer = rapidjson::GenericStringBuffer<Encoding, SystemAllocator>;
 
 }  // namespace Json
 
-// Its own copies by way of a document whose stack comes from RapidJSON's own allocator.
+// Its own copies by way of a document, whose stack comes from its own allocator, and which copies each
+// list of members and elements once more.
 template <>
 template <>
 inline Json::Value::GenericValue(const Json::Value& source, Json::Allocator& allocator) : data_() {
-  if (source.IsObject() || source.IsArray()) {
-    constexpr std::size_t kUsualStack = 1024;
-    Json::SystemAllocator stackAllocator;
-    Json::Document copy(&allocator, kUsualStack, &stackAllocator);
-    source.Accept(copy);
-    RawAssign(*copy.stack_.Pop<Json::Value>(1));
+  if (source.IsObject()) {
+    const rapidjson::SizeType count = source.data_.o.size;
+    Member* const members = static_cast<Member*>(allocator.Malloc(count * sizeof(Member)));
+    const Member* from = source.GetMembersPointer();
+    for (Member* to = members; to != members + count; ++to, ++from) {
+      new (&to->name) Json::Value(from->name, allocator);
+      new (&to->value) Json::Value(from->value, allocator);
+    }
+    data_.f.flags = kObjectFlag;
+    SetMembersPointer(members);
+    data_.o.size = data_.o.capacity = count;
+  } else if (source.IsArray()) {
+    const rapidjson::SizeType count = source.data_.a.size;
+    Json::Value* const elements =
+        static_cast<Json::Value*>(allocator.Malloc(count * sizeof(Json::Value)));
+    const Json::Value* from = source.GetElementsPointer();
+    for (Json::Value* to = elements; to != elements + count; ++to, ++from) {
+      new (to) Json::Value(*from, allocator);
+    }
+    data_.f.flags = kArrayFlag;
+    SetElementsPointer(elements);
+    data_.a.size = data_.a.capacity = count;
   } else if (source.IsString() && source.data_.f.flags != kConstStringFlag) {
     SetStringRaw(StringRefType(source.GetString(), source.GetStringLength()), allocator);
   } else {

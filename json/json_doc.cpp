@@ -1,5 +1,7 @@
 #include "json/json_doc.h"
 
+#include "json/plain_value.h"
+
 #include <utility>
 
 namespace TarnConfigStore {
@@ -27,32 +29,28 @@ JsonDoc::JsonDoc(std::size_t capacity)
     : buffer_(new char[AtLeastMinimum(capacity)]),
       pool_(buffer_.get(), AtLeastMinimum(capacity), kChunkSize, &BaseAllocator()) {}
 
-// Allocates the block of a holder with more room behind it.
-template <class Block>
-struct JsonDoc::WithRoom {
-  using value_type = Block;
-
-  explicit WithRoom(Room& asked) : room(&asked) {}
-  template <class Other>
-  explicit(false) WithRoom(const WithRoom<Other>& other) : room(other.room) {}
-
-  Block* allocate(std::size_t count) {
-    char* const block = static_cast<char*>(::operator new(count * sizeof(Block) + room->size));
-    room->begin = block + count * sizeof(Block);
-    return reinterpret_cast<Block*>(block);
-  }
-  void deallocate(Block* block, std::size_t /*count*/) { ::operator delete(block); }
-  template <class Other>
-  bool operator==(const WithRoom<Other>& /*other*/) const {
-    return true;
-  }
-
-  Room* room;
-};
-
 std::shared_ptr<JsonDoc> JsonDoc::Make(std::size_t capacity) {
-  Room room{AtLeastMinimum(capacity)};
-  return std::allocate_shared<JsonDoc>(WithRoom<JsonDoc>(room), room);
+  return MakeWithRoom<JsonDoc>(AtLeastMinimum(capacity));
+}
+
+std::shared_ptr<JsonDoc> JsonDoc::MakeOf(std::string_view text, Json::ParseResult& result) {
+  if (text.size() <= Json::PlainValue::kLongestText) {
+    if (Json::PlainValue value(text, Json::Origin::STORED); value) {
+      result = {};
+      auto document = Make(kHeader + value.Room());
+      document->root_ = value.MoveTo(document->pool_);
+      return document;
+    }
+  }
+  auto document = Make(CapacityFor(text.size()));
+  result = document->Parse(text, Json::Origin::STORED);
+  return document;
+}
+
+std::shared_ptr<JsonDoc> JsonDoc::CopyOf(const JsonDoc& source) {
+  auto copy = Make(kHeader + source.Size());
+  Json::CopyInto(copy->root_, source.root_, copy->pool_);
+  return copy;
 }
 
 JsonDoc::JsonDoc(const Room& room) : pool_(room.begin, room.size, kChunkSize, &BaseAllocator()) {}

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "json/json.h"
+#include "json/with_room.h"
 
 #include <cstddef>
 #include <memory>
@@ -19,12 +20,21 @@ class JsonDoc {
   explicit JsonDoc(std::size_t capacity = 0);
   /// The same to be shared, with the room in the same block of memory.
   static std::shared_ptr<JsonDoc> Make(std::size_t capacity = 0);
+  /// A copy of the value in a holder with just the room for it.
+  static std::shared_ptr<JsonDoc> CopyOf(const JsonDoc& source);
+  /// A holder of the value of a stored text, with no more room than that takes up where the text is
+  /// short. On failure the value is null.
+  static std::shared_ptr<JsonDoc> MakeOf(std::string_view text, Json::ParseResult& result);
+  /// For Make.
+  explicit JsonDoc(const Room& room);
   JsonDoc(const JsonDoc&) = delete;
   JsonDoc& operator=(const JsonDoc&) = delete;
 
   Json::Value* GetJsonValuePtr() { return &root_; }
   const Json::Value* GetJsonValuePtr() const { return &root_; }
   Json::Allocator& GetAllocator() { return pool_; }
+  /// Bytes that its values take up, and those that they left behind.
+  std::size_t Size() const { return pool_.Size(); }
 
   /// Replaces the value by a parsed text; on failure the value is null. See Json::Parse.
   Json::ParseResult Parse(std::string_view text, Json::Origin origin);
@@ -34,21 +44,11 @@ class JsonDoc {
 
   /// The room that the values of a parsed text of this length take up, as a rule, and the memory's
   /// own header.
-  static std::size_t CapacityFor(std::size_t textLength) { return 2 * textLength + 24; }
+  static std::size_t CapacityFor(std::size_t textLength) { return 2 * textLength + kHeader; }
 
  private:
-  template <class Block>
-  struct WithRoom;
-  struct Room {
-    std::size_t size;
-    void* begin = nullptr;
-  };
+  static constexpr std::size_t kHeader = 24;
 
- public:
-  /// For Make. The room is there once the block is.
-  explicit JsonDoc(const Room& room);
-
- private:
   std::unique_ptr<char[]> buffer_;  // where the room is a block of its own
   Json::Allocator pool_;
   Json::Value root_;

@@ -34,8 +34,8 @@ bool IsBelowOne(std::string_view text) noexcept {
 
 }  // namespace
 
-NumberText::NumberText(std::string_view text) noexcept {
-  if (text.find_first_of(".eE") != std::string_view::npos) {
+NumberText::NumberText(std::string_view text, bool isInteger) noexcept {
+  if (!isInteger) {
     ReadReal(text, Kind::FLOATING);
   } else if (Read(text, signed_) != std::errc()) {
     kind_ = Kind::UNSIGNED;

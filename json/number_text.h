@@ -21,9 +21,19 @@ class NumberText {
   };
 
   /// \param text  a number by JSON's grammar
-  explicit NumberText(std::string_view text) noexcept;
+  explicit NumberText(std::string_view text) noexcept
+      : NumberText(text, text.find_first_of(".eE") == std::string_view::npos) {}
+  /// \param isInteger  whether it has neither a point nor an exponent
+  NumberText(std::string_view text, bool isInteger) noexcept;
 
   Kind GetKind() const noexcept { return kind_; }
+
+  /// Whether such a number is no TOO_LARGE one, whatever it says; where it is not sure, it has to be read.
+  static bool SurelyFits(std::string_view text, bool isInteger) noexcept {
+    constexpr std::size_t kMostDigits = 300;
+    return text.size() <= kMostDigits &&
+           (isInteger || text.find_first_of("eE") == std::string_view::npos);
+  }
 
   /// Hands the number on to one who takes a reader's events; not one that is too large.
   template <class Handler>

@@ -2,8 +2,9 @@
 #include "json/exponents.h"
 #include "json/json.h"
 #include "json/number_text.h"
+#include "json/plain_value.h"
+#include "json/seen_names.h"
 #include "json/text_stream.h"
-#include "json/utf8.h"
 
 #include <rapidjson/error/en.h>
 
@@ -26,7 +27,7 @@ class Guard {
   bool Null() { return handler_.Null(); }
   bool Bool(bool value) { return handler_.Bool(value); }
   bool RawNumber(const char* text, rapidjson::SizeType length, bool /*copy*/) {
-    const NumberText number({text, length});
+    const NumberText number(std::string_view(text, length));
     tooLarge_ = number.GetKind() == NumberText::Kind::TOO_LARGE;
     tooLong_ = number.GetKind() == NumberText::Kind::LONG_INTEGER && origin_ == Origin::OUTSIDE;
     return !tooLarge_ && !tooLong_ && number.HandOn(handler_);
@@ -71,23 +72,11 @@ class Guard {
   bool tooLarge_ = false;
 };
 
-// Few members are compared with each other; many go through a hash set.
-constexpr rapidjson::SizeType kFewMembers = 16;
-
 const Value* DuplicateName(const Value& object) {
-  if (object.MemberCount() <= kFewMembers) {
-    for (auto member = object.MemberBegin(); member != object.MemberEnd(); ++member) {
-      for (auto earlier = object.MemberBegin(); earlier != member; ++earlier) {
-        if (Text(earlier->name) == Text(member->name)) {
-          return &member->name;
-        }
-      }
-    }
-    return nullptr;
-  }
-  std::unordered_set<std::string_view> names;
+  SeenNames seen(object);
+  rapidjson::SizeType index = 0;
   for (const auto& member : object.GetObject()) {
-    if (!names.insert(Text(member.name)).second) {
+    if (seen.Note(Text(member.name), index++)) {
       return &member.name;
     }
   }
@@ -163,24 +152,18 @@ std::string ReasonOf(const rapidjson::ParseResult& outcome, std::string_view tex
              : rapidjson::GetParseError_En(outcome.Code());
 }
 
-}  // namespace
-}  // namespace Json
-
-TARN_PASS_PLAIN_VALUES(Json::Guard)
-
-namespace Json {
-namespace {
-
-template <class Stream, unsigned flags>
-ParseResult ParseStream(std::string_view text, Document& into, Origin origin) {
-  Stream stream(text);
+// Finds out the place and the reason of what is wrong.
+ParseResult ParseCarefully(std::string_view text, Document& into, Origin origin) {
+  constexpr unsigned kFlags =
+      rapidjson::kParseValidateEncodingFlag | rapidjson::kParseNumbersAsStringsFlag;
+  TextStream stream(text);
   rapidjson::ParseResult outcome;
   std::string stopped;
   into.SetNull();
   auto generate = [&](Document& document) {
     Reader reader;
     Guard guard(document, origin);
-    outcome = reader.Parse<flags | rapidjson::kParseNumbersAsStringsFlag>(stream, guard);
+    outcome = reader.Parse<kFlags>(stream, guard);
     if (outcome.Code() == rapidjson::kParseErrorTermination) {
       stopped = guard.Reason();
     }
@@ -206,16 +189,11 @@ ParseResult ParseStream(std::string_view text, Document& into, Origin origin) {
   return {};
 }
 
-// The encoding is checked at once for the whole text. What is refused is read again by the reader's own
-// careful way, which knows the place, and without the exponents that it would take for too large.
+// The careful reader takes some exponents for too large, and is given the text without.
 ParseResult ParseText(std::string_view text, Document& into, Origin origin) {
-  if (Utf8::IsValid(text)) {
-    if (ParseStream<UnwatchedTextStream, rapidjson::kParseNoFlags>(text, into, origin)) {
-      return {};
-    }
-  }
-  return ParseStream<TextStream, rapidjson::kParseValidateEncodingFlag>(
-      WithoutExponents(text, Exponents::OF_ZERO), into, origin);
+  return ReadPlain(text, origin, into, into.GetAllocator())
+             ? ParseResult()
+             : ParseCarefully(WithoutExponents(text, Exponents::OF_ZERO), into, origin);
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 #include "json/scan.h"
 
-#include "json/escapes.h"
 #include "json/exponents.h"
 #include "json/number_text.h"
+#include "json/plain_reader.h"
 #include "json/text_stream.h"
 #include "json/utf8.h"
 
@@ -15,28 +15,35 @@ class Scanner {
   explicit Scanner(MemberReceiver& receiver) : receiver_(receiver) {}
   bool Null() { return Scalar(Value()); }
   bool Bool(bool value) { return Scalar(Value(value)); }
-  bool RawNumber(const char* text, rapidjson::SizeType length, bool /*copy*/) {
-    const NumberText number({text, length});
+  bool Number(std::string_view text, bool isInteger) {
+    if (!wanted_ && NumberText::SurelyFits(text, isInteger)) {
+      return depth_ > 0;
+    }
+    const NumberText number(text, isInteger);
     return number.GetKind() != NumberText::Kind::TOO_LARGE && number.HandOn(*this);
   }
   // Of the number's text.
   bool Int64(std::int64_t value) { return Scalar(Value(value)); }
   bool Uint64(std::uint64_t value) { return Scalar(Value(value)); }
   bool Double(double value) { return Scalar(Value(value)); }
-  // The reader hands every number on as its text.
-  bool Int(int /*value*/) { return false; }
-  bool Uint(unsigned /*value*/) { return false; }
-  bool String(const char* text, rapidjson::SizeType length, bool /*copy*/) {
-    return !wanted_ || Scalar(Reference({text, length}));
+  bool String(std::string_view text, bool /*stays*/) {
+    return wanted_ ? Scalar(Reference(text)) : depth_ > 0;
   }
-  bool Key(const char* text, rapidjson::SizeType length, bool /*copy*/) {
-    wanted_ = depth_ == 1 && receiver_.Wants({text, length});
+  bool Key(std::string_view text, bool /*stays*/) {
+    wanted_ = depth_ == 1 && receiver_.Wants(text);
     return true;
   }
-  bool StartObject() { return Enter(rapidjson::kObjectType); }
-  bool EndObject(rapidjson::SizeType /*count*/) { return Leave(); }
-  bool StartArray() { return depth_ > 0 && Enter(rapidjson::kArrayType); }
-  bool EndArray(rapidjson::SizeType /*count*/) { return Leave(); }
+  bool Open(bool isObject) {
+    if (wanted_) {
+      receiver_.Receive(Value(isObject ? rapidjson::kObjectType : rapidjson::kArrayType));
+      wanted_ = false;
+    }
+    return ++depth_ <= kMaxDepth && (isObject || depth_ > 1);
+  }
+  bool Close(bool /*isObject*/, std::size_t /*count*/) {
+    --depth_;
+    return true;
+  }
 
  private:
   bool Scalar(const Value& value) {
@@ -46,30 +53,11 @@ class Scanner {
     }
     return depth_ > 0;
   }
-  bool Enter(rapidjson::Type type) {
-    if (wanted_) {
-      receiver_.Receive(Value(type));
-      wanted_ = false;
-    }
-    return ++depth_ <= kMaxDepth;
-  }
-  bool Leave() {
-    --depth_;
-    return true;
-  }
 
   MemberReceiver& receiver_;
   std::size_t depth_ = 0;
   bool wanted_ = false;
 };
-
-}  // namespace
-}  // namespace Json
-
-TARN_PASS_PLAIN_VALUES(Json::Scanner)
-
-namespace Json {
-namespace {
 
 // Remembers the outermost value.
 struct FirstType {
@@ -106,7 +94,7 @@ std::optional<rapidjson::Type> TypeByGrammar(std::string_view text) {
     return std::nullopt;
   }
   const std::string cut = WithoutExponents(text, Exponents::ALL);
-  CopiedTextStream stream{TextStream(cut)};
+  TextStream stream(cut);
   FirstType first;
   Reader reader;
   constexpr unsigned kFlags =
@@ -118,16 +106,8 @@ std::optional<rapidjson::Type> TypeByGrammar(std::string_view text) {
 }
 
 bool ScanMembers(std::string_view text, MemberReceiver& receiver) {
-  if (!Utf8::IsValid(text)) {
-    return false;
-  }
-  UnwatchedTextStream stream(text);
   Scanner scanner(receiver);
-  Reader reader;
-  const auto outcome = reader.Parse<rapidjson::kParseNumbersAsStringsFlag>(stream, scanner);
-  // The reader takes a NUL for the end of the text.
-  return !outcome.IsError() && stream.Tell() == text.size() &&
-         FindLoneSurrogate(text) == std::string_view::npos;
+  return PlainReader(text, scanner).Read();
 }
 
 }  // namespace Json

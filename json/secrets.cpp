@@ -131,7 +131,11 @@ class Elements {
 
 std::string TextWithMasks(const Value& value, SchemaPlace place) {
   std::string text;
-  Serialize(Shown(value, place), text);
+  if (place.HoldsSecrets() || HasGeneratedId(value)) {
+    Serialize(Shown(value, place), text);
+  } else {
+    Serialize(value, text);
+  }
   return text;
 }
 

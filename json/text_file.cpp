@@ -16,10 +16,10 @@ namespace {
 // cancelled there.
 class OpenFile {
  public:
-  explicit OpenFile(const std::string& path) {
+  explicit OpenFile(const char* path) {
     pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState_);
     do {
-      number_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+      number_ = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     } while (number_ < 0 && errno == EINTR);
   }
   ~OpenFile() {
@@ -83,7 +83,7 @@ std::string TextFile::Reason() const {
   }
 }
 
-TextFile ReadTextFile(const std::string& path, std::size_t most) {
+TextFile ReadTextFile(const char* path, std::size_t most) {
   TextFile result;
   result.most = most;
   const OpenFile file(path);

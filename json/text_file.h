@@ -23,6 +23,9 @@ struct TextFile {
 /// Reads a regular file, through symbolic links, of at most so many bytes, however it grows
 /// meanwhile. Never waits for anybody: not for a pipe's writer, a device, or the holder of a lease.
 /// Not a point at which the thread is cancelled. Throws nothing but std::bad_alloc.
-TextFile ReadTextFile(const std::string& path, std::size_t most);
+TextFile ReadTextFile(const char* path, std::size_t most);
+inline TextFile ReadTextFile(const std::string& path, std::size_t most) {
+  return ReadTextFile(path.c_str(), most);
+}
 
 }  // namespace Json

@@ -2,30 +2,12 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 
 namespace Json::Utf8 {
 namespace {
 
 bool InRange(unsigned char byte, unsigned char low, unsigned char high) {
   return byte >= low && byte <= high;
-}
-
-/// Eight bytes at a time, as most texts are.
-bool IsAscii(std::string_view text) {
-  using Word = std::uint64_t;
-  constexpr Word kHighBits = 0x8080808080808080U;
-  Word bits = 0;
-  const char* at = text.data();
-  std::size_t rest = text.size();
-  for (Word word = 0; rest >= sizeof(word); rest -= sizeof(word), at += sizeof(word)) {
-    std::memcpy(&word, at, sizeof(word));
-    bits |= word;
-  }
-  for (; rest > 0; --rest) {
-    bits |= static_cast<unsigned char>(*at++);
-  }
-  return (bits & kHighBits) == 0;
 }
 
 }  // namespace
@@ -79,10 +61,7 @@ char32_t CodePointOf(std::string_view character) noexcept {
   return codePoint;
 }
 
-bool IsValid(std::string_view text) noexcept {
-  if (IsAscii(text)) {
-    return true;
-  }
+bool IsValidBeyondAscii(std::string_view text) noexcept {
   constexpr std::size_t kStride = 8;
   while (!text.empty()) {
     if (text.size() >= kStride && IsAscii(text.substr(0, kStride))) {

@@ -1,14 +1,30 @@
 // UTF-8 as checks and printing need it.
 #pragma once
 
+#include "json/text_words.h"
+
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace Json::Utf8 {
 
+/// Asked of every text and name.
+inline bool IsAscii(std::string_view text) noexcept {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+  std::uint64_t bits = 0;
+  ForEachWord(text, [&bits](std::uint64_t word) { bits |= word; });
+  return (bits & kHighBits) == 0;
+}
+
+/// The same as IsValid, for a text that is hardly ASCII.
+bool IsValidBeyondAscii(std::string_view text) noexcept;
+
 /// No overlong forms, no surrogates, nothing past U+10FFFF.
-bool IsValid(std::string_view text) noexcept;
+inline bool IsValid(std::string_view text) noexcept {
+  return IsAscii(text) || IsValidBeyondAscii(text);
+}
 
 /// Characters (code points) of a valid text.
 std::size_t CountCharacters(std::string_view text) noexcept;

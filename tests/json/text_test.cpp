@@ -1,8 +1,10 @@
 // JSON text, read and written.
 #include "json/equality.h"
+#include "json/indent.h"
 #include "json/json_doc.h"
 #include "json/near_miss.h"
 #include "json/print.h"
+#include "json/text_match.h"
 
 #include <gtest/gtest.h>
 
@@ -66,6 +68,45 @@ TEST(Parse, SeesWhatIsNotPlainAtEachPlace) {
       Document document;
       ASSERT_TRUE(Parse(text, document)) << text;
       EXPECT_EQ(Serialized(document), text);
+    }
+  }
+}
+
+// A text is put together in pieces of some size: where one ends, nothing is lost.
+TEST(Serialize, GoesOnWhereverAPieceEnds) {
+  const std::string rest = R"(,{"name":-9223372036854775808,"":0.1},true,null,"a\"\u0001ä",[],{}])";
+  for (std::size_t length = 4000; length < 4120; ++length) {
+    const std::string text = "[\"" + std::string(length, 'p') + "\"" + rest;
+    Document document;
+    ASSERT_TRUE(Parse(text, document));
+    EXPECT_EQ(Serialized(document), text);
+  }
+}
+
+// Made in passing and moved to where it stays, a value is the same.
+TEST(Parse, MakesTheSameOfAStoredTextWithNoMoreRoomThanItTakes) {
+  std::string many = "[[]";
+  for (int i = 0; i < 1000; ++i) {
+    many += ",[]";
+  }
+  for (const std::string& text :
+       {std::string(
+            R"({"a name that is long":{"b":[1,-2.5,"a text that is long",{"c":null}]},"d":{}})"),
+        std::string(
+            R"(["short","with \"quotes\" and \u00e4, longer",true,18446744073709551615,[]])"),
+        std::string("\"a text alone, which is long\""), std::string(" 1e300 "), many + "]",
+        "[\"" + std::string(5000, 'x') + "\",1]", std::string("[1,]"), std::string("{\"a\":1e999}"),
+        std::string(R"(["\udc00"])")}) {
+    Document parsed;
+    ParseResult moved;
+    const auto document = TarnConfigStore::JsonDoc::MakeOf(text, moved);
+    const ParseResult read = Parse(text, parsed);
+    EXPECT_EQ(moved.message, read.message);
+    EXPECT_EQ(Serialized(*document->GetJsonValuePtr()), Serialized(parsed)) << text;
+    if (read && parsed.IsArray()) {
+      document->GetJsonValuePtr()->PushBack(Copy(text, document->GetAllocator()),
+                                            document->GetAllocator());
+      EXPECT_EQ(Text(*(document->GetJsonValuePtr()->End() - 1)), text);
     }
   }
 }
@@ -154,6 +195,55 @@ TEST(Print, IndentsAndKeepsWhatWasRead) {
   Document document;
   ASSERT_TRUE(Parse(text, document, Origin::OUTSIDE));
   EXPECT_EQ(Printed(document, Layout::INDENTED), kText);
+}
+
+// What is read in one go with something else is read as Parse reads it, whichever character is wrong.
+TEST(Text, IsTheSameToEveryoneWhoLooksAtIt) {
+  const std::string whole =
+      R"({"id":"1","s":"\\\u00e9 \"","n":[-1.5e3, {},[ ],0,true,null],"o":{"id":"b"},"u":"ä","id":"é"} )";
+  Document given;
+  ASSERT_TRUE(Parse(R"({"id":"1","s":"plain","n":[-1500.0,{},[],7,true,null],"o":{"u":"ä"}})",
+                    given, Origin::OUTSIDE));
+  std::string same = R"({"id":"1","s":"plain","n":[-1.5e3,{},[],7,true,null],"o":{"u":"ä"}})";
+  int indented = 0;
+  int matched = 0;
+  const auto look = [&](const std::string& text) {
+    Document document;
+    const bool sound = !!Parse(text, document) && document.IsObject();
+    Buffer lines;
+    std::string expected;
+    const auto id = sound ? document.MemberEnd() - 1 : Value::MemberIterator();
+    if (sound && !document.ObjectEmpty() && id->name == "id" && id->value == "é") {
+      AppendIndented(text, 3, expected);
+      ++indented;
+    }
+    const bool fits = AppendIndentedIfSound(text, {"id", "é"}, 3, lines);
+    EXPECT_EQ(fits ? std::string(lines.GetString(), lines.GetSize()) : "", expected) << text;
+
+    const TextMatch match = MatchText(text, given);
+    const bool equal = sound && Equal(given, document);
+    EXPECT_NE(match, equal ? TextMatch::OTHER : TextMatch::SAME) << text;
+    matched += match == TextMatch::SAME ? 1 : 0;
+  };
+  for (const std::string& text : {whole, same}) {
+    look(text);
+    for (std::size_t at = 0; at < text.size(); ++at) {
+      look(text.substr(0, at));
+      for (const char other :
+           {'"', '\\', '}', ']', '{', ',', ':', '\0', '\x1f', '\xff', 'e', '0'}) {
+        look(std::string(text).replace(at, 1, 1, other));
+        look(std::string(text).insert(at, 1, other));
+      }
+    }
+  }
+  EXPECT_GT(indented, 100);
+  EXPECT_GT(matched, 0);
+  for (const char* other : {R"({"id":"2"})", R"({"id":"1"})", R"({"id":"1","s":"plainer"})"}) {
+    EXPECT_EQ(MatchText(other, given), TextMatch::OTHER) << other;
+  }
+  Buffer lines;
+  EXPECT_FALSE(AppendIndentedIfSound(R"({"a":1e999})", {}, 0, lines));
+  EXPECT_FALSE(AppendIndentedIfSound(R"({"a":"\ud800"})", {}, 0, lines));
 }
 
 // A number as it is serialized, and as it is printed.

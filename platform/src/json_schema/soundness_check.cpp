@@ -1,67 +1,12 @@
 #include "json_schema/soundness_check.h"
 
+#include "json/seen_names.h"
 #include "json/utf8.h"
 #include "json_schema/describe.h"
 
 #include <cmath>
-#include <cstdint>
-#include <string_view>
-#include <unordered_set>
 
 namespace JsonValidator {
-namespace {
-
-/// A set of names that answers for a handful of them without allocating: most objects are small,
-/// and their names differ in length or at their ends.
-class SeenNames {
- public:
-  explicit SeenNames(const Json::Value& object) : object_(object) {}
-
-  /// Notes the name of the member at this index, and tells whether a member before has it, too.
-  bool Note(std::string_view name, rapidjson::SizeType index) {
-    constexpr rapidjson::SizeType kFew = 32;
-    if (index >= kFew) {
-      if (many_.empty()) {
-        for (rapidjson::SizeType i = 0; i < index; ++i) {
-          many_.insert(NameAt(i));
-        }
-      }
-      return !many_.insert(name).second;
-    }
-    const std::uint64_t bit = BitOf(name);
-    const bool maybeSeen = (bits_ & bit) != 0;
-    bits_ |= bit;
-    for (rapidjson::SizeType i = 0; maybeSeen && i < index; ++i) {
-      if (NameAt(i) == name) {
-        return true;
-      }
-    }
-    return false;
-  }
-
- private:
-  static std::uint64_t BitOf(std::string_view name) {
-    if (name.empty()) {
-      return 1;
-    }
-    const auto byte = [&](std::size_t i) {
-      return std::size_t{static_cast<unsigned char>(name[i])};
-    };
-    const std::size_t mix =
-        name.size() * 7 + byte(0) * 31 + byte(name.size() / 2) * 3 + byte(name.size() - 1);
-    return std::uint64_t{1} << (mix % 64);
-  }
-
-  std::string_view NameAt(rapidjson::SizeType index) const {
-    return Json::Text((object_.MemberBegin() + static_cast<std::ptrdiff_t>(index))->name);
-  }
-
-  const Json::Value& object_;
-  std::uint64_t bits_ = 0;
-  std::unordered_set<std::string_view> many_;
-};
-
-}  // namespace
 
 bool SoundnessCheck::Check(const Json::Value& value) {
   return Walk(value, Place{}, 1);
@@ -72,7 +17,9 @@ bool SoundnessCheck::Walk(const Json::Value& value, const Place& place, std::siz
   if (value.IsString()) {
     constexpr rapidjson::SizeType kBytesOfOne = 8;
     size_ += value.GetStringLength() / kBytesOfOne;
-    CheckText(value, place);
+    if (!Json::Utf8::IsValid(Json::Text(value))) {
+      NoteText(value, place);
+    }
     return true;
   }
   if (value.IsDouble()) {
@@ -104,7 +51,9 @@ bool SoundnessCheck::Walk(const Json::Value& value, const Place& place, std::siz
   }
   for (const auto& member : value.GetObject()) {
     const Place memberPlace{&place, &member.name, index++};
-    CheckName(member.name, memberPlace);
+    if (!Json::Utf8::IsValid(Json::Text(member.name))) {
+      NoteName(memberPlace);
+    }
     if (!Walk(member.value, memberPlace, depth + 1)) {
       return false;
     }
@@ -112,24 +61,20 @@ bool SoundnessCheck::Walk(const Json::Value& value, const Place& place, std::siz
   return true;
 }
 
-void SoundnessCheck::CheckText(const Json::Value& text, const Place& place) {
-  if (!Json::Utf8::IsValid(Json::Text(text))) {
-    textsAreSound_ = false;
-    findings_.Add(place, findings_.WordsOf(place).Text(Json::Text(text)) + " is not valid UTF-8");
-  }
+void SoundnessCheck::NoteText(const Json::Value& text, const Place& place) {
+  textsAreSound_ = false;
+  findings_.Add(place, findings_.WordsOf(place).Text(Json::Text(text)) + " is not valid UTF-8");
 }
 
-void SoundnessCheck::CheckName(const Json::Value& name, const Place& member) {
-  if (!Json::Utf8::IsValid(Json::Text(name))) {
-    textsAreSound_ = false;
-    findings_.Add(*member.parent, "the member name " +
-                                      findings_.WordsOf(member).Name(Json::Text(name)) +
-                                      " is not valid UTF-8");
-  }
+void SoundnessCheck::NoteName(const Place& member) {
+  textsAreSound_ = false;
+  findings_.Add(*member.parent, "the member name " +
+                                    findings_.WordsOf(member).Name(Json::Text(*member.name)) +
+                                    " is not valid UTF-8");
 }
 
 void SoundnessCheck::CheckNamesAreUnique(const Json::Value& object, const Place& place) {
-  SeenNames seen(object);
+  Json::SeenNames seen(object);
   rapidjson::SizeType index = 0;
   for (const auto& member : object.GetObject()) {
     if (seen.Note(Json::Text(member.name), index)) {

@@ -28,8 +28,8 @@ class SoundnessCheck {
 
  private:
   bool Walk(const Json::Value& value, const Place& place, std::size_t depth);
-  void CheckText(const Json::Value& text, const Place& place);
-  void CheckName(const Json::Value& name, const Place& member);
+  void NoteText(const Json::Value& text, const Place& place);
+  void NoteName(const Place& member);
   void CheckNamesAreUnique(const Json::Value& object, const Place& place);
 
   bool uniqueNames_;
