@@ -53,6 +53,29 @@ TEST(Rules, MembersHaveToBeDeclaredAndGivenOnce) {
   Check({2, 6, 10, 11, 13, 1000, -1}, R"({"unknown": 1, "mtu": 1, "mtu": "x"})", "");
 }
 
+// The check of the assertions looks at names, too, and spares the rules a walk of their own.
+TEST(Rules, MembersAreDeclaredOrNotWhetherAssertionsAreAskedOrNot) {
+  const std::string closed = R"({"properties": {"a": {}}})";
+  for (const auto& [schema, value] : {
+           std::pair<std::string, std::string>(closed, R"({"x": 1})"),
+           {R"({"$ref": "#/definitions/d", "definitions": {"d": )" + closed + "}}", R"({"x": 1})"},
+           {R"({"properties": {"p": {"items": )" + closed + "}}}", R"({"p": [{}, {"x": 1}]})"},
+           {R"({"items": [{}, )" + closed + "]}", R"([{"x": 1}, {"a": 1, "x": 1}])"},
+           {R"({"patternProperties": {"^p": )" + closed + "}}", R"({"p1": {"x": 1}})"},
+           {R"({"additionalProperties": )" + closed + "}", R"({"p": {"x": 1}})"},
+           {R"({"allOf": [)" + closed + R"(, {"properties": {"b": {}}}]})", R"({"b": 1, "x": 1})"},
+           {R"({"anyOf": [)" + closed + ", false]}", R"({"x": 1})"},
+           {R"({"items": {"oneOf": [{"items": )" + closed + "}, false]}}", R"([[{"x": 1}]])"},
+       }) {
+    const std::string findings = FindingsOf(schema, value, {0, 1});
+    EXPECT_NE(findings.find(R"(member "x" is not known)"), std::string::npos) << schema;
+    EXPECT_EQ(findings, FindingsOf(schema, value, {0}));
+  }
+  EXPECT_EQ(FindingsOf(R"({"allOf": [)" + closed + R"(, {"properties": {"b": {}}}]})",
+                       R"({"a": 1, "b": 1})", {0, 1}),
+            "");
+}
+
 TEST(Rules, WhatIsRequiredIsARuleOfItsOwn) {
   const std::string required = R"(/: member "name" is required)";
   const std::string small = "/mtu: 68 is the smallest value allowed, found 1";

@@ -77,6 +77,10 @@ bool AssertionCheck::VisitMember(const ObjectRules& rules, const Property* prope
           StepsOfUnknownMember(rules));
     }
   }
+  if (!declared && findings != nullptr &&
+      (rules.additional == nullptr || rules.additional->refusesAll)) {
+    findings->NoteUndeclared();
+  }
   return (rules.propertyNames == nullptr || !Asserting(findings) ||
           VisitName(*rules.propertyNames, member.name, place, findings)) &&
          ok;

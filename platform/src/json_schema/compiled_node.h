@@ -5,6 +5,7 @@
 
 #include "json/json.h"
 #include "json_schema/formats.h"
+#include "json_schema/number.h"
 #include "json_schema/pattern.h"
 #include "json_schema/property_table.h"
 
@@ -28,14 +29,27 @@ constexpr TypeSet kObjectType = 64;
 constexpr TypeSet kAnyType = 127;
 
 /// The one type of a value.
-TypeSet TypeOf(const Json::Value& value);
+inline TypeSet TypeOf(const Json::Value& value) {
+  constexpr TypeSet kTypes[] = {kNullType,   kBooleanType, kBooleanType,
+                                kObjectType, kArrayType,   kTextType};
+  static_assert(rapidjson::kNullType == 0 && rapidjson::kFalseType == 1 &&
+                rapidjson::kTrueType == 2 && rapidjson::kObjectType == 3 &&
+                rapidjson::kArrayType == 4 && rapidjson::kStringType == 5);
+  const rapidjson::Type type = value.GetType();
+  if (type == rapidjson::kNumberType) {
+    return IsWhole(value) ? kIntegerType : kNumberType;
+  }
+  return kTypes[type];
+}
 
 using Tags = std::uint8_t;
 constexpr Tags kVitalTag = 1;
 constexpr Tags kCachedTag = 2;
 constexpr Tags kReadOnlyTag = 4;
 constexpr Tags kInstanceIdTag = 8;
-constexpr Tags kDeclares = 16;  ///< no annotation: the schema says which members an object may have
+// No annotations:
+constexpr Tags kDeclares = 16;  ///< the schema says which members an object may have
+constexpr Tags kBranches = 32;  ///< "anyOf" or "oneOf"
 
 struct Node;
 using Nodes = std::vector<const Node*>;

@@ -34,15 +34,25 @@ bool IsPrefix(std::string_view text, bool (*isAddress)(std::string_view), std::u
 }  // namespace
 
 bool IsIpv4(std::string_view text) {
-  int parts = 0;
-  for (std::size_t begin = 0; begin <= text.size(); ++parts) {
-    const std::size_t end = std::min(text.find('.', begin), text.size());
-    if (!IsDecimal(text.substr(begin, end - begin), 0, 255)) {
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  for (int part = 0; part < 4; ++part) {
+    if (part > 0 && (at == end || *at++ != '.')) {
       return false;
     }
-    begin = end + 1;
+    if (at == end || !Json::IsDigit(*at)) {
+      return false;
+    }
+    int number = *at++ - '0';
+    for (; at != end && Json::IsDigit(*at); ++at) {
+      const bool leadingZero = number == 0;
+      number = number * 10 + (*at - '0');
+      if (leadingZero || number > 255) {
+        return false;
+      }
+    }
   }
-  return parts == 4;
+  return at == end;
 }
 
 bool IsIpv6(std::string_view text) {

@@ -15,6 +15,13 @@
 namespace JsonValidator {
 namespace {
 
+/// What the rules on members can still find in a value that fits. The check of the assertions has
+/// been to every object that a schema closes, unless a branch does, which is asked quietly.
+RuleSet RulesLeft(RuleSet rules, const Node& root, const Findings& findings) {
+  const bool allDeclared = !findings.SawUndeclared() && (root.reachableTags & kBranches) == 0;
+  return RulesOfUse(allDeclared ? rules.Without(RULE_DECLARED_MEMBERS) : rules, root.reachableTags);
+}
+
 void CheckAgainst(const CompiledSchema& schema, const Json::Value& value, RuleSet rules,
                   Findings& findings) {
   SoundnessCheck soundness(rules.Has(RULE_DECLARED_MEMBERS), findings);
@@ -28,7 +35,11 @@ void CheckAgainst(const CompiledSchema& schema, const Json::Value& value, RuleSe
   if (scope.assertions || scope.required) {
     AssertionCheck(scope).Check(schema.Root(), value, Place{}, findings);
   }
-  MemberRules(rules, scope, findings).Check(schema.Root(), schema.View().Root(), value);
+  const RuleSet left =
+      assertions && findings.Empty() ? RulesLeft(rules, schema.Root(), findings) : rules;
+  if (!left.OnMembers().Empty()) {
+    MemberRules(left, scope, findings).Check(schema.Root(), schema.View().Root(), value);
+  }
 }
 
 }  // namespace

@@ -26,8 +26,9 @@ bool HoldsOnlyIds(const Json::Value& value, Json::SchemaPlace at) {
                      [&](const auto& member) { return at.IsIdMember(Json::Text(member.name)); });
 }
 
-/// The rules that can still find anything under a place.
-RuleSet StillOfUse(RuleSet rules, Tags reachable) {
+}  // namespace
+
+RuleSet RulesOfUse(RuleSet rules, Tags reachable) {
   const auto drop = [&](Rule rule, Tags needed) {
     if ((reachable & needed) == 0) {
       rules = rules.Without(rule);
@@ -40,8 +41,6 @@ RuleSet StillOfUse(RuleSet rules, Tags reachable) {
   return rules;
 }
 
-}  // namespace
-
 void MemberRules::Check(const Node& root, Json::SchemaPlace at, const Json::Value& value) {
   if (rules_.Empty() || check_.Work().Spent()) {
     return;
@@ -51,7 +50,7 @@ void MemberRules::Check(const Node& root, Json::SchemaPlace at, const Json::Valu
   for (const Applied& applied : applied_) {
     reachable |= applied.node->reachableTags;
   }
-  const RuleSet rules = StillOfUse(rules_, reachable);
+  const RuleSet rules = RulesOfUse(rules_, reachable);
   if (rules.Empty()) {
     return;
   }
@@ -164,6 +163,9 @@ void MemberRules::VisitObject(std::size_t begin, const Json::Value& object, cons
   for (const auto& member : object.GetObject()) {
     const Place memberPlace{&place, &member.name, index++};
     const bool visit = looksAtAll || Json::IsContainer(member.value);
+    if (!visit && !closed && check_.Reports()) {
+      continue;  // what its patterns leave open has been said
+    }
     bool declared = false;
     for (std::size_t i = begin; i < end; ++i) {
       const Applied applied = applied_[i];
@@ -273,7 +275,7 @@ void MemberRules::VisitChild(std::size_t begin, const Json::Value& value, const 
     findings_.Add(Nameable(place), "is read-only and may not be given");
     rules = rules.Without(RULE_NO_READ_ONLY);
   }
-  rules = StillOfUse(CheckPart(value, place, rules, at), reachable);
+  rules = RulesOfUse(CheckPart(value, place, rules, at), reachable);
   if (rules.Empty()) {
     return;
   }

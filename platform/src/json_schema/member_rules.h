@@ -18,6 +18,10 @@
 
 namespace JsonValidator {
 
+/// Those of the rules that can find anything under a place.
+/// \param reachable  of the schemas that apply there
+RuleSet RulesOfUse(RuleSet rules, Tags reachable);
+
 /// Walks a value together with all the schemas that apply at each place of it: those that a schema
 /// refers to or takes in, the branches of "anyOf" and "oneOf" that the value fits (all when it fits
 /// none, which is a finding already), "if" and the branch that follows from it, and what the
@@ -31,8 +35,7 @@ class MemberRules {
  public:
   /// \param scope  of the check of the assertions, so that nothing is said twice
   MemberRules(RuleSet rules, AssertionCheck::Scope scope, Findings& findings)
-      : rules_(rules.Only({RULE_DECLARED_MEMBERS, RULE_NO_VITAL_OR_CACHED, RULE_NO_READ_ONLY,
-                           RULE_VITAL_ONLY, RULE_INSTANCE_IDS, RULE_CACHED_ONLY})),
+      : rules_(rules.OnMembers()),
         check_(
             {scope.assertions, scope.required, scope.textsAreSound, scope.budget, ~0U, scope.root}),
         findings_(findings) {}

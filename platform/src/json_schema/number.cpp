@@ -61,10 +61,6 @@ std::uint64_t PowerOfTenModulo(int exponent, std::uint64_t modulus) {
 
 }  // namespace
 
-bool IsWhole(const Json::Value& number) {
-  return !number.IsDouble() || number.GetDouble() == std::trunc(number.GetDouble());
-}
-
 bool IsMultipleOf(const Json::Value& number, const Json::Value& divisor) {
   if (number.IsUint64() && divisor.IsUint64()) {
     return number.GetUint64() % divisor.GetUint64() == 0;

@@ -36,6 +36,12 @@ class RuleSet {
 
   RuleSet Without(Rule rule) const { return RuleSet(bits_ & ~(1U << static_cast<unsigned>(rule))); }
 
+  /// Those that say which members may be given.
+  RuleSet OnMembers() const {
+    return Only({RULE_DECLARED_MEMBERS, RULE_NO_VITAL_OR_CACHED, RULE_NO_READ_ONLY, RULE_VITAL_ONLY,
+                 RULE_INSTANCE_IDS, RULE_CACHED_ONLY});
+  }
+
   /// Whether anything is asked of "required".
   bool AsksForMembers() const {
     return HasAny(

@@ -72,6 +72,9 @@ void FindLoops(const std::deque<Node>& nodes, std::vector<SchemaFault>& faults) 
 
 void LinkTags(std::deque<Node>& nodes) {
   for (Node& node : nodes) {
+    if (node.composition && !(node.composition->anyOf.empty() && node.composition->oneOf.empty())) {
+      node.reachableTags |= kBranches;
+    }
     if (!node.object) {
       continue;
     }

@@ -30,6 +30,10 @@ class Findings {
 
   bool Empty() const { return findings_.empty(); }
 
+  /// Notes that an object has a member which a schema of it does not declare; that alone is no fault.
+  void NoteUndeclared() { undeclared_ = true; }
+  bool SawUndeclared() const { return undeclared_; }
+
   /// Whether what was meant may be looked for. Nobody reads so much of what is wrong everywhere.
   bool AreWordy() const { return wordy_ && findings_.size() < kMostWordy; }
 
@@ -47,6 +51,7 @@ class Findings {
 
   Json::SchemaPlace root_;
   bool wordy_;
+  bool undeclared_ = false;
   std::vector<Finding> findings_;
 };
 
