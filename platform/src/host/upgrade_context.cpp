@@ -4,6 +4,7 @@
 
 #include "json/text_file.h"
 
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <stdexcept>
@@ -28,11 +29,33 @@ std::string_view Trimmed(std::string_view text) {
                            what);
 }
 
+// Every read asks for the file: a thread puts its path together once. Of no more than a text, since a thread's
+// last call may come when it has destroyed what it had.
+struct KnownPath {
+  unsigned rootGeneration = 0;
+  std::array<char, 256> text = {};
+};
+constinit thread_local KnownPath known;
+
+Json::TextFile ReadContext(std::size_t longest) {
+  // Before the path, which may be of a later one.
+  const unsigned generation = HostPaths::RootGeneration();
+  if (known.rootGeneration != generation) {
+    const std::string path = HostPaths::Resolve(HostPaths::kUpgradeContext);
+    if (path.size() >= known.text.size()) {
+      return Json::ReadTextFile(path, longest);
+    }
+    known.text[path.copy(known.text.data(), path.size())] = '\0';
+    known.rootGeneration = generation;
+  }
+  return Json::ReadTextFile(known.text.data(), longest);
+}
+
 }  // namespace
 
 int GetUpgradeCtx() {
   constexpr std::size_t kLongest = 63;
-  const Json::TextFile content = Json::ReadTextFile(HostPaths::Resolve(HostPaths::kUpgradeContext), kLongest);
+  const Json::TextFile content = ReadContext(kLongest);
   if (content.error == ENOENT || content.error == ENOTDIR) {
     return 0;
   }

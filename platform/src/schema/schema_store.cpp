@@ -7,12 +7,13 @@
 #include "process/clock.h"
 #include "schema/file_stamp.h"
 #include "schema/schema_database.h"
-#include "schema/type_cache.h"
 #include "schema/used_types.h"
 
+#include <array>
 #include <atomic>
 #include <exception>
 #include <optional>
+#include <utility>
 
 namespace TarnSchemaStore {
 namespace {
@@ -29,6 +30,8 @@ struct Observation {
   mutable std::atomic<std::int64_t> pathSeen = 0;   // when the path last led to the watched file
   std::optional<std::int64_t> generation;
   std::shared_ptr<UsedTypes> types;
+  // Of them, some that were asked for, by their names; read and changed under the lock.
+  mutable std::array<std::shared_ptr<SchemaObject>, 8> askedFor;
 };
 
 using ProcessLocks::Guard;
@@ -93,14 +96,19 @@ std::shared_ptr<UsedTypes> Observe() {
 // asked for at every look-up, so that nobody is told that there is no such type when there is. That
 // a directory above the file now leads elsewhere is seen by following its path, which costs several
 // times as much: now and then will do.
+bool WasSeenInTick(const Observation& seen, std::int64_t now) {
+  return seen.settled && seen.rootGeneration == HostPaths::RootGeneration() &&
+         now == seen.stampSeen.load(std::memory_order_relaxed) && !seen.types->KnowsOfAbsentTypes();
+}
+
 bool IsUpToDate(const Observation& seen) {
   constexpr std::int64_t kFollowPathEvery = 100'000'000;
+  const std::int64_t now = Clock::CoarseNow();
+  if (WasSeenInTick(seen, now)) {
+    return true;
+  }
   if (!seen.settled || seen.rootGeneration != HostPaths::RootGeneration()) {
     return false;
-  }
-  const std::int64_t now = Clock::CoarseNow();
-  if (now == seen.stampSeen.load(std::memory_order_relaxed) && !seen.types->KnowsOfAbsentTypes()) {
-    return true;
   }
   if (seen.watch->Stamp() != seen.stamp) {
     return false;
@@ -123,6 +131,46 @@ std::shared_ptr<UsedTypes> CurrentTypes() {
   return last != nullptr && IsUpToDate(*last) ? last->types : Observe();
 }
 
+// Answers from the types at each moment. One that was asked for in the same tick is found in one turn of one
+// lock, without a share in all that it belongs to.
+class StoreOfNow final : public SchemaStore {
+ public:
+  std::shared_ptr<SchemaObject> GetSchemaObject(const std::string& component,
+                                                const std::string& group,
+                                                const std::string& key) override {
+    const std::size_t place =
+        (key.size() + (key.empty() ? 0U : static_cast<unsigned char>(key.back()))) % kPlaces;
+    {
+      const Guard guard(Rank::CURRENT_TYPES);
+      const ObservationHandle& seen = current.Get();
+      if (seen != nullptr && WasSeenInTick(*seen, Clock::CoarseNow())) {
+        const std::shared_ptr<SchemaObject>& type = seen->askedFor[place];
+        if (type && type->GetKey() == key && type->GetGroup() == group &&
+            type->GetComponent() == component) {
+          return type;
+        }
+      }
+    }
+    const std::shared_ptr<UsedTypes> types = CurrentTypes();
+    std::shared_ptr<SchemaObject> type = types->GetSchemaObject(component, group, key);
+    Keep(place, types, type);
+    return type;
+  }
+
+ private:
+  static constexpr std::size_t kPlaces = std::tuple_size_v<decltype(Observation::askedFor)>;
+
+  static void Keep(std::size_t place, const std::shared_ptr<UsedTypes>& of,
+                   std::shared_ptr<SchemaObject> type) {
+    // What was there is freed when the lock is given up.
+    const Guard guard(Rank::CURRENT_TYPES);
+    const ObservationHandle& seen = current.Get();
+    if (seen != nullptr && seen->types == of) {
+      seen->askedFor[place].swap(type);
+    }
+  }
+};
+
 }  // namespace
 
 void ForgetCurrentTypes() noexcept {
@@ -132,11 +180,13 @@ void ForgetCurrentTypes() noexcept {
 }
 
 std::shared_ptr<SchemaStore> SchemaStore::GetStore(bool /*flag*/) {
-  return CurrentTypes();
+  // Leaked: callers may ask while the process exits.
+  static StoreOfNow& store = *new StoreOfNow;
+  return {std::shared_ptr<void>(), &store};
 }
 
 std::shared_ptr<SchemaObjectCache> SchemaStore::GetCache() {
-  return std::make_shared<TypeCache>(CurrentTypes());
+  return CurrentTypes();
 }
 
 }  // namespace TarnSchemaStore

@@ -34,11 +34,15 @@ bool UsedTypes::Equal::operator()(const NameView& a, const TypeName& b) const no
 
 bool UsedTypes::Find(const NameView& name, std::shared_ptr<SchemaObject>& type) const {
   const Guard guard(Rank::USED_TYPES);
-  const auto found = types_.find(name);
-  if (found == types_.end()) {
-    return false;
+  // Most ask for the type that was asked for before: comparing it is cheaper than a hash of its name.
+  if (last_ == nullptr || !Equal()(name, last_->first)) {
+    const auto found = types_.find(name);
+    if (found == types_.end()) {
+      return false;
+    }
+    last_ = &*found;
   }
-  type = found->second;
+  type = last_->second;
   return true;
 }
 

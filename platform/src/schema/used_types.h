@@ -12,9 +12,9 @@ namespace TarnSchemaStore {
 /// The types of the schema store as it was at one moment; a change of the store is answered with a
 /// new one of these. Each type is read on its first use, and one that is not there is remembered
 /// too.
-class UsedTypes final : public SchemaStore {
+class UsedTypes final : public SchemaObjectCache {
  public:
-  std::vector<TypeName> GetTypes() const;
+  std::vector<TypeName> GetTypes() const override;
   std::shared_ptr<SchemaObject> GetSchemaObject(const std::string& component,
                                                 const std::string& group,
                                                 const std::string& key) override;
@@ -44,7 +44,10 @@ class UsedTypes final : public SchemaStore {
 
   bool Find(const NameView& name, std::shared_ptr<SchemaObject>& type) const;
 
-  std::unordered_map<TypeName, std::shared_ptr<SchemaObject>, Hash, Equal> types_;
+  using Types = std::unordered_map<TypeName, std::shared_ptr<SchemaObject>, Hash, Equal>;
+
+  Types types_;                                      // nothing is taken out of it
+  mutable const Types::value_type* last_ = nullptr;  // of them, found last
   std::atomic<std::size_t> absent_ = 0;
 };
 
