@@ -3,10 +3,13 @@
 
 #include "db/store_connection.h"
 
+#include <sqlite3.h>
+
 namespace DBStore {
 
-/// Takes a cached statement and gives it back reset, while the connection's lock is held. False
-/// when the statement could not be prepared; the failure is then reported.
+/// Takes a cached statement, whose user binds it himself, and gives it back reset and unbound, while the
+/// connection's lock is held. False when the statement could not be prepared; the failure is then
+/// reported.
 class StoreConnection::BorrowedStatement {
  public:
   BorrowedStatement(StoreConnection& connection, std::string_view sql, int limit = kWaitLimit)
@@ -14,6 +17,9 @@ class StoreConnection::BorrowedStatement {
   ~BorrowedStatement() {
     if (entry_ != nullptr) {
       connection_.statements_.GiveBack(entry_);
+      if (entry_->statement != nullptr) {
+        sqlite3_clear_bindings(entry_->statement);
+      }
     }
   }
   BorrowedStatement(const BorrowedStatement&) = delete;

@@ -4,12 +4,15 @@
 
 namespace DBStore::internal {
 
-bool Parameters::Set(int index, const Value& value) noexcept {
+bool Parameters::Set(int index, Kind kind, int number, std::string_view text) noexcept {
   if (index < 1 || static_cast<std::size_t>(index) > values_.size()) {
     return false;
   }
-  values_[static_cast<std::size_t>(index) - 1] = value;
-  changed_ = true;
+  Value& value = values_[static_cast<std::size_t>(index) - 1];
+  value.kind = kind == Kind::NOTHING && !value.isBound ? Kind::KEPT : kind;
+  value.number = number;
+  value.text = text;
+  changed_ |= value.kind != Kind::KEPT;
   return true;
 }
 
@@ -39,6 +42,7 @@ int Parameters::Bind(sqlite3_stmt* statement) noexcept {
     if (code != SQLITE_OK) {
       return code;
     }
+    value.isBound = value.kind != Kind::NOTHING;
     value.kind = Kind::KEPT;
   }
   changed_ = false;
@@ -46,11 +50,10 @@ int Parameters::Bind(sqlite3_stmt* statement) noexcept {
 }
 
 void Parameters::Clear() noexcept {
-  if (changed_) {
-    for (Value& value : values_) {
-      value.kind = Kind::KEPT;
-    }
-    changed_ = false;
+  changed_ = false;
+  for (Value& value : values_) {
+    value.kind = value.isBound ? Kind::NOTHING : Kind::KEPT;
+    changed_ |= value.isBound;
   }
 }
 

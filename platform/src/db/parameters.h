@@ -17,15 +17,16 @@ class Parameters {
   explicit Parameters(std::size_t count) : values_(count) {}
 
   // False when there is no such parameter; the first one is 1.
-  bool SetNull(int index) noexcept { return Set(index, {Kind::NOTHING, 0, {}}); }
-  bool SetInteger(int index, int value) noexcept { return Set(index, {Kind::INTEGER, value, {}}); }
+  bool SetNull(int index) noexcept { return Set(index, Kind::NOTHING, 0, {}); }
+  bool SetInteger(int index, int value) noexcept { return Set(index, Kind::INTEGER, value, {}); }
   bool SetText(int index, std::string_view text) noexcept {
-    return Set(index, {Kind::TEXT, 0, text});
+    return Set(index, Kind::TEXT, 0, text);
   }
 
   /// Binds what was set since it last did. Returns SQLite's result code.
   int Bind(sqlite3_stmt* statement) noexcept;
-  /// Forgets what was set and not bound.
+  /// Forgets what was set. What is bound stays so until the next Bind, which makes it NULL where nothing
+  /// else was set: as a rule everything is.
   void Clear() noexcept;
 
  private:
@@ -34,8 +35,9 @@ class Parameters {
     Kind kind = Kind::KEPT;
     int number = 0;
     std::string_view text;
+    bool isBound = false;  // to something; NULL is what there is at first
   };
-  bool Set(int index, const Value& value) noexcept;
+  bool Set(int index, Kind kind, int number, std::string_view text) noexcept;
 
   std::vector<Value> values_;
   bool changed_ = false;

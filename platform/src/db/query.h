@@ -51,6 +51,11 @@ class Query {
                : std::string(reinterpret_cast<const char*>(text),
                              static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)));
   }
+  /// Whether the column holds this text. Takes no memory but SQLite's.
+  bool Is(int column, std::string_view text) const noexcept {
+    const unsigned char* held = sqlite3_column_text(statement_, column);
+    return held != nullptr && reinterpret_cast<const char*>(held) == text;
+  }
   int Number(int column) const noexcept { return sqlite3_column_int(statement_, column); }
 
   /// SQLITE_OK as long as nothing failed.

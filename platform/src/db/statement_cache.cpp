@@ -64,7 +64,6 @@ CachedStatement* StatementCache::Add(std::string_view text, sqlite3_stmt* statem
 void StatementCache::GiveBack(CachedStatement* entry) noexcept {
   if (entry->statement != nullptr) {
     sqlite3_reset(entry->statement);
-    sqlite3_clear_bindings(entry->statement);
   }
   entry->parameters.Clear();
   entry->taken = false;

@@ -26,8 +26,8 @@ struct CachedStatement {
     int kind = 0;  ///< of its last value, as the engine counts kinds; 0 before there was one
   };
   std::vector<Column> columns;  ///< of the result, once it had a row
-  bool taken = false;                ///< somebody uses it
-  bool running = false;              ///< it is being stepped through
+  bool taken = false;           ///< somebody uses it
+  bool running = false;         ///< it is being stepped through
   std::uint64_t lastUse = 0;
 };
 
@@ -44,7 +44,7 @@ class StatementCache {
   /// Keeps a new statement and lends it at once; the statement least recently used makes room. Owns
   /// the statement also when it throws.
   CachedStatement* Add(std::string_view text, sqlite3_stmt* statement);
-  /// Resets the statement, clears its bindings and makes it idle.
+  /// Resets the statement, has its parameters cleared and makes it idle.
   void GiveBack(CachedStatement* entry) noexcept;
   /// Nobody has one of them.
   bool AreIdle() const noexcept;
