@@ -62,13 +62,14 @@ auto UdsClient::CallWithinDeadline(Call call) {
     }
     now = Clock::now();
   } while (now < deadline_);
+  errno = EAGAIN;  // the time is up, though it was a signal that ended the last wait
   return result;
 }
 
 // With errno. "Try again" is what a wait ends with that was too long, or not to be.
 void UdsClient::Fail(const char* what) {
   const int error = errno;
-  if (error == EAGAIN || error == EINTR) {
+  if (error == EAGAIN) {
     DaemonPatience::NoteTimeout();
   }
   throw std::runtime_error(what + std::string(std::strerror(error)));
