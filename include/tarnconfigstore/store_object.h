@@ -55,9 +55,10 @@ class TARN_CONFIG_STORE_EXPORT StoreObject {
 
   /// Reads one value.
   /// \param out  int, long, long long and unsigned long long take integers that fit them; a number
-  ///             that was written with a fraction or an exponent is no integer. unsigned int takes integers that fit
-  ///             it; unsigned short and unsigned char take the same ones and keep the low bits.
-  ///             double takes numbers that were written with a fraction or an exponent: 5.0, not 5
+  ///             that was written with a fraction or an exponent is no integer. unsigned int takes
+  ///             integers that fit it; unsigned short and unsigned char take the same ones and keep
+  ///             the low bits. double takes numbers that were written with a fraction or an
+  ///             exponent: 5.0, not 5
   /// \return 0, 1 or 2, see the class
   int GetValue(const char* key, std::string* out) const;
   int GetValue(const char* key, int* out) const;

@@ -26,17 +26,15 @@ const Json::Value* FindPath(const Json::Value& root, const std::string& pointer)
   return hidden ? nullptr : Json::FindAt(root, *names);
 }
 
+std::size_t SizeOfTexts(const ConfigStoreObjectImpl::Metadata& metadata) {
+  return metadata.version.size() + metadata.creationTime.size() + metadata.modifiedTime.size();
+}
+
 }  // namespace
 
 ConfigStoreObjectImpl::ConfigStoreObjectImpl(const ConfigStoreObjectId& id)
-    : StoreObjectImpl(id),
-      parent_(kEmptyString, kEmptyString, kEmptyString),
-      whole_(true),
-      revision_(kDefaultRevision) {
-  const auto schema = RequireSchema(id);
-  idMap_ = schema->GetIdMap();
-  defaults_ = schema->GetDefaults();
-  schema_ = schema;
+    : StoreObjectImpl(id), whole_(true), revision_(kDefaultRevision), schema_(RequireSchema(id)) {
+  defaults_ = schema_->GetDefaults();
   SetInstanceIdFromCsoId();
 }
 
@@ -46,30 +44,47 @@ ConfigStoreObjectImpl::ConfigStoreObjectImpl(
     std::shared_ptr<TarnSchemaStore::SchemaObject> const& schema, const std::string& version,
     const std::string& creationTime, const std::string& modifiedTime, int revision, bool whole,
     std::shared_ptr<JsonDoc> const& idMap, std::shared_ptr<JsonDoc> const& defaults)
-    : ConfigStoreObjectImpl(id, data, schema, version, creationTime, modifiedTime, revision) {
-  parent_ = parent;
+    : ConfigStoreObjectImpl(Room{0}, id, data, schema,
+                            {version, creationTime, modifiedTime, revision}) {
+  parent_ = std::make_unique<const ConfigStoreObjectId>(parent);
   place_ = place;
   whole_ = whole;
-  idMap_ = idMap ? idMap : idMap_;
+  idMap_ = idMap;
   defaults_ = defaults ? defaults : defaults_;
 }
 
-ConfigStoreObjectImpl::ConfigStoreObjectImpl(
+std::shared_ptr<ConfigStoreObjectImpl> ConfigStoreObjectImpl::Make(
     const ConfigStoreObjectId& id, std::shared_ptr<JsonDoc> data,
-    std::shared_ptr<TarnSchemaStore::SchemaObject> const& schema, std::string_view version,
-    std::string_view creationTime, std::string_view modifiedTime, int revision)
+    std::shared_ptr<TarnSchemaStore::SchemaObject> const& schema, const Metadata& metadata) {
+  return MakeWithRoom<ConfigStoreObjectImpl>(SizeOfTexts(metadata), id, std::move(data), schema,
+                                             metadata);
+}
+
+ConfigStoreObjectImpl::ConfigStoreObjectImpl(
+    const Room& room, const ConfigStoreObjectId& id, std::shared_ptr<JsonDoc> data,
+    std::shared_ptr<TarnSchemaStore::SchemaObject> const& schema, const Metadata& metadata)
     : StoreObjectImpl(id, std::move(data)),
-      parent_(kEmptyString, kEmptyString, kEmptyString),
       whole_(true),
-      version_(version),
-      creationTime_(creationTime),
-      modifiedTime_(modifiedTime),
-      revision_(revision),
+      defaults_(schema ? schema->GetDefaults() : nullptr),
+      revision_(metadata.revision),
       schema_(schema) {
-  if (schema) {
-    idMap_ = schema->GetIdMap();
-    defaults_ = schema->GetDefaults();
+  char* next = room.begin;
+  if (next == nullptr) {
+    ownTexts_ = std::make_unique_for_overwrite<char[]>(SizeOfTexts(metadata));
+    next = ownTexts_.get();
   }
+  const auto keep = [&next](std::string_view text) {
+    char* const begin = next;
+    next = std::copy(text.begin(), text.end(), begin);
+    return std::string_view(begin, text.size());
+  };
+  version_ = keep(metadata.version);
+  creationTime_ = keep(metadata.creationTime);
+  modifiedTime_ = keep(metadata.modifiedTime);
+}
+
+std::shared_ptr<JsonDoc> ConfigStoreObjectImpl::IdMap() const {
+  return idMap_ || !schema_ ? idMap_ : schema_->GetIdMap();
 }
 
 const Json::Value* ConfigStoreObjectImpl::GetValuePtrDefault(const char* key,
@@ -88,17 +103,18 @@ const Json::Value* ConfigStoreObjectImpl::GetValuePtrDefault(const char* key,
 
 void ConfigStoreObjectImpl::SetInstanceIdFromCsoId() {
   const ConfigStoreObjectId& id = GetConfigStoreObjectId();
-  if (!idMap_ || !ConfigStoreDocument::ValueExists(*idMap_->GetJsonValuePtr(), id.key.c_str())) {
+  const auto idMap = IdMap();
+  if (!idMap || !ConfigStoreDocument::ValueExists(*idMap->GetJsonValuePtr(), id.key.c_str())) {
     return;
   }
-  const Json::Value& name = (*idMap_->GetJsonValuePtr())[id.key.c_str()];
+  const Json::Value& name = (*idMap->GetJsonValuePtr())[id.key.c_str()];
   SetValue(name.GetString(), std::string_view(id.instanceId));
 }
 
 std::string ConfigStoreObjectImpl::GetIdMapStr() const {
   std::string text = "{}";
-  if (idMap_) {
-    ConfigStoreDocument::SerializeValue(*idMap_->GetJsonValuePtr(), text);
+  if (const auto idMap = IdMap()) {
+    ConfigStoreDocument::SerializeValue(*idMap->GetJsonValuePtr(), text);
   }
   return text;
 }

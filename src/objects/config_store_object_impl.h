@@ -5,12 +5,14 @@
 
 #include "platform/schema_store.h"
 
+#include "json/with_room.h"
 #include "objects/store_object_impl.h"
 
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace TarnConfigStore {
@@ -34,11 +36,24 @@ class ConfigStoreObjectImpl : public StoreObjectImpl {
                         std::shared_ptr<JsonDoc> const& idMap,
                         std::shared_ptr<JsonDoc> const& defaults);
 
-  /// The same of a whole object with the documents of its type, from texts that are copied once.
-  ConfigStoreObjectImpl(const ConfigStoreObjectId& id, std::shared_ptr<JsonDoc> data,
+  /// What a row says of the object in it.
+  struct Metadata {
+    std::string_view version;
+    std::string_view creationTime;
+    std::string_view modifiedTime;
+    std::int32_t revision = kDefaultRevision;
+  };
+
+  /// The same of a whole object with the documents of its type, and one block of memory for all but the
+  /// data.
+  static std::shared_ptr<ConfigStoreObjectImpl> Make(
+      const ConfigStoreObjectId& id, std::shared_ptr<JsonDoc> data,
+      std::shared_ptr<TarnSchemaStore::SchemaObject> const& schema, const Metadata& metadata);
+  /// For Make. A room that is not there is made.
+  ConfigStoreObjectImpl(const Room& room, const ConfigStoreObjectId& id,
+                        std::shared_ptr<JsonDoc> data,
                         std::shared_ptr<TarnSchemaStore::SchemaObject> const& schema,
-                        std::string_view version, std::string_view creationTime,
-                        std::string_view modifiedTime, int revision);
+                        const Metadata& metadata);
 
   /// A view of an object within another one. What the store knows about the parent holds for it.
   /// \param type  its type, never empty
@@ -61,9 +76,9 @@ class ConfigStoreObjectImpl : public StoreObjectImpl {
   void DeleteSubObjectInstances(const std::string& key);
   std::optional<std::string> GetPath(const std::string& pointer) const;
 
-  const std::string& GetVersion() const { return version_; }
-  const std::string& GetCreationTime() const { return creationTime_; }
-  const std::string& GetModifiedTime() const { return modifiedTime_; }
+  std::string GetVersion() const { return std::string(version_); }
+  std::string GetCreationTime() const { return std::string(creationTime_); }
+  std::string GetModifiedTime() const { return std::string(modifiedTime_); }
   std::int32_t GetRevision() const { return revision_; }
   /// Its type; empty where the object was made without.
   const std::shared_ptr<TarnSchemaStore::SchemaObject>& GetSchema() const { return schema_; }
@@ -82,17 +97,20 @@ class ConfigStoreObjectImpl : public StoreObjectImpl {
 
  private:
   std::string SerializedForCallers(const Json::Value& value) const;
+  std::shared_ptr<JsonDoc> IdMap() const;
 
-  std::shared_ptr<JsonDoc> idMap_;
-  ConfigStoreObjectId parent_;
+  std::shared_ptr<JsonDoc> idMap_;                     // where it is not the type's
+  std::unique_ptr<const ConfigStoreObjectId> parent_;  // where there is one and no place tells it
   bool whole_;
-  std::string version_;
+  // The texts lie behind the object, in ownTexts_ or, of a view, in its parent.
+  std::string_view version_;
   std::shared_ptr<JsonDoc> defaults_;
-  std::string creationTime_;
-  std::string modifiedTime_;
+  std::string_view creationTime_;
+  std::string_view modifiedTime_;
   std::int32_t revision_;
   std::optional<unsigned long> place_;
   std::shared_ptr<TarnSchemaStore::SchemaObject> schema_;
+  std::unique_ptr<char[]> ownTexts_;
 };
 
 /// Name of the member that holds the instance id of a type's objects. Raises ConfigStoreException

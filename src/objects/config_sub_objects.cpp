@@ -94,8 +94,6 @@ ConfigStoreObjectImpl::ConfigStoreObjectImpl(const ConfigStoreObjectImpl& parent
                                              const SubObjectId& id, const Type& type,
                                              std::unique_ptr<const SubObjectPlace> place)
     : StoreObjectImpl(id, std::move(place)),
-      idMap_(type->GetIdMap()),
-      parent_(parent.GetConfigStoreObjectId()),
       whole_(false),
       version_(parent.version_),
       defaults_(type->GetDefaults()),

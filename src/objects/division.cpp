@@ -14,6 +14,8 @@ namespace TarnConfigStore {
 namespace {
 
 constexpr std::size_t kParts = 3;
+constexpr std::array<Json::Kind, kParts> kKinds = {Json::Kind::USER, Json::Kind::VITAL,
+                                                   Json::Kind::CACHED};
 
 // A value for each part that gets something.
 using Parts = std::array<std::optional<Json::Value>, kParts>;
@@ -156,19 +158,36 @@ void GiveGeneratedIds(const ConfigStoreObject& object,
   }
 }
 
+DividedValue::DividedValue(const Json::Value& value, Json::SchemaPlace type) {
+  // Most types belong to one part as a whole, and nothing needs to be taken apart.
+  if (!type.IsMixed()) {
+    parts_[Index(type.WholeKind())] = &value;
+    return;
+  }
+  taken_ = Divider(memory_).Divide(value, type);
+  for (std::size_t i = 0; i < kParts; ++i) {
+    parts_[i] = taken_[i] ? &*taken_[i] : nullptr;
+  }
+}
+
+const Json::Value* DividedValue::Of(Json::Kind part) const {
+  return parts_[Index(part)];
+}
+
+unsigned DividedValue::Parts() const {
+  unsigned parts = 0;
+  for (const Json::Kind kind : kKinds) {
+    parts |= Of(kind) == nullptr ? 0U : static_cast<unsigned>(kind);
+  }
+  return parts;
+}
+
 ColumnValues DivideValue(const Json::Value& value, const TarnSchemaStore::SchemaObject& schema,
                          const USERDATA_CONTEXT& context) {
+  const DividedValue divided(value, schema.GetSchemaPlace());
   ColumnValues columns;
-  const Json::SchemaPlace root = schema.GetSchemaPlace();
-  // Most types belong to one part as a whole, and nothing needs to be taken apart.
-  if (!root.IsMixed()) {
-    ColumnOf(columns, root.WholeKind(), context) = Serialized(value);
-    return columns;
-  }
-  Json::Document scratch;
-  const Parts parts = Divider(scratch.GetAllocator()).Divide(value, root);
-  for (const Json::Kind part : {Json::Kind::USER, Json::Kind::VITAL, Json::Kind::CACHED}) {
-    if (const std::optional<Json::Value>& of = parts[Index(part)]) {
+  for (const Json::Kind part : kKinds) {
+    if (const Json::Value* of = divided.Of(part)) {
       ColumnOf(columns, part, context) = Serialized(*of);
     }
   }

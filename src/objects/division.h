@@ -8,7 +8,9 @@
 #include "platform/schema_store.h"
 
 #include "json/json.h"
+#include "json/type_schema_view.h"
 
+#include <array>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,13 +36,32 @@ struct ColumnMapEntry {
 using ColumnMap = std::vector<ColumnMapEntry>;
 
 /// Divides a value of a type by the "vital" and "cached" tags of its schema, at any depth
-/// (Json::SchemaPlace tells what belongs where). What is not tagged goes to the user's value, or to
-/// the automatic one in an automatic context. An object's instance id goes into every part that
-/// gets anything else of it; an array of instances with members of several parts goes into each
-/// part that gets any, with all its elements in order. What is empty, or holds nothing but ids,
-/// goes to the part of the place where it stands.
-/// Merging the parts gives back the value, up to the order of members and null-valued ones. Raises
-/// ConfigStoreException 2000 when the value holds what JSON cannot say.
+/// (Json::SchemaPlace tells what belongs where). What is not tagged is the user's. An object's
+/// instance id goes into every part that gets anything else of it; an array of instances with
+/// members of several parts goes into each part that gets any, with all its elements in order. What
+/// is empty, or holds nothing but ids, goes to the part of the place where it stands.
+/// Merging the parts gives back the value, up to the order of members and null-valued ones.
+class DividedValue {
+ public:
+  /// \param value  has to outlive this, as it is: a type that belongs to one part as a whole is not
+  ///               taken apart
+  DividedValue(const Json::Value& value, Json::SchemaPlace type);
+  DividedValue(const DividedValue&) = delete;
+  DividedValue& operator=(const DividedValue&) = delete;
+
+  /// Null where the part gets nothing.
+  const Json::Value* Of(Json::Kind part) const;
+  /// The parts that get anything, as bits of Json::Kind.
+  unsigned Parts() const;
+
+ private:
+  Json::Allocator memory_;                           // takes none until something is taken apart
+  std::array<std::optional<Json::Value>, 3> taken_;  // from what is taken apart
+  std::array<const Json::Value*, 3> parts_{};
+};
+
+/// The texts of such parts. What is the user's goes to the automatic value in an automatic context.
+/// Raises ConfigStoreException 2000 when the value holds what JSON cannot say.
 ColumnValues DivideValue(const Json::Value& value, const TarnSchemaStore::SchemaObject& schema,
                          const USERDATA_CONTEXT& context);
 

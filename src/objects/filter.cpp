@@ -11,6 +11,7 @@
 #include "objects/filter_spec_object_impl.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace TarnConfigStore {
 namespace {
@@ -43,32 +44,42 @@ bool Keeps(const FilterSpecObjectImpl& filter, const ConfigStoreObjectImpl& obje
 // Compares what can be compared without an object: of each condition's member, the first of its name.
 class Conditions : public Json::MemberReceiver {
  public:
-  explicit Conditions(const Json::Value& conditions)
-      : conditions_(conditions), met_(conditions.MemberCount(), false) {}
+  static constexpr std::size_t kMost = 64;
+
+  /// \param conditions  at most so many
+  explicit Conditions(const Json::Value& conditions) : conditions_(conditions) {
+    for (const auto& condition : conditions.GetObject()) {
+      lengths_ |= LengthBit(condition.name.GetStringLength());
+      open_ = open_ << 1U | 1U;
+    }
+  }
 
   bool Wants(std::string_view name) override {
-    for (at_ = 0; at_ < met_.size(); ++at_) {
+    // Most members' names have another length than those that are asked for.
+    if ((lengths_ & LengthBit(name.size())) == 0 || failed_) {
+      return false;
+    }
+    for (at_ = 0; at_ < conditions_.MemberCount(); ++at_) {
       if (Json::Text(Condition().name) == name) {
-        return !met_[at_] && !failed_;
+        return IsOpen();
       }
     }
     return false;
   }
   void Receive(const Json::Value& value) override {
     const std::string_view name = Json::Text(Condition().name);
-    for (; at_ < met_.size(); ++at_) {
+    for (; at_ < conditions_.MemberCount(); ++at_) {
       if (Json::Text(Condition().name) == name) {
         failed_ = failed_ || !MayBePart(Condition().value, value);
-        met_[at_] = true;
+        open_ &= ~(std::uint64_t{1} << at_);
       }
     }
   }
 
-  bool MayMeet() const {
-    return !failed_ && std::all_of(met_.begin(), met_.end(), [](bool met) { return met; });
-  }
+  bool MayMeet() const { return !failed_ && open_ == 0; }
 
  private:
+  static std::uint64_t LengthBit(std::size_t length) { return std::uint64_t{1} << (length % 64); }
   static bool MayBePart(const Json::Value& wanted, const Json::Value& value) {
     return wanted.IsObject() || wanted.IsArray() ? wanted.GetType() == value.GetType()
                                                  : IsSubset(wanted, value);
@@ -76,9 +87,11 @@ class Conditions : public Json::MemberReceiver {
   const Json::Value::Member& Condition() const {
     return *(conditions_.MemberBegin() + static_cast<std::ptrdiff_t>(at_));
   }
+  bool IsOpen() const { return (open_ >> at_ & 1U) != 0; }
 
   const Json::Value& conditions_;
-  std::vector<bool> met_;
+  std::uint64_t lengths_ = 0;
+  std::uint64_t open_ = 0;  // a bit for each condition whose member has not come
   std::size_t at_ = 0;
   bool failed_ = false;
 };
@@ -139,6 +152,9 @@ bool InstanceFilter::CanStream() const {
 }
 
 bool InstanceFilter::RulesOut(std::string_view text) const {
+  if (conditions_.GetRoot().MemberCount() > Conditions::kMost) {
+    return false;
+  }
   Conditions conditions(conditions_.GetRoot());
   return Json::ScanMembers(text, conditions) && !conditions.MayMeet();
 }

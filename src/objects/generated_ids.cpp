@@ -72,6 +72,9 @@ void DropGeneratedIds(Json::Value& value) {
 }
 
 bool EqualButForGeneratedIds(const Json::Value& a, const Json::Value& b) {
+  if (!Json::HasGeneratedId(a) && !Json::HasGeneratedId(b)) {
+    return Json::Equal(a, b);
+  }
   const auto cleared = [](const Json::Value& value, JsonDoc& copy) -> const Json::Value& {
     if (!Json::HasGeneratedId(value)) {
       return value;

@@ -46,6 +46,8 @@ class StoreObjectImpl {
   Json::Value& RootForValues() const {
     return document_ ? *document_->GetJsonValuePtr() : ViewedRoot();
   }
+  /// The document of a whole object.
+  const JsonDoc& GetDocument() const { return *document_; }
   /// Where everything in the data is allocated.
   Json::Allocator& GetAllocator();
   /// Puts another document in the place of a whole object's, and returns the one there was.

@@ -41,24 +41,33 @@ ObjectHandle MergeColumns(const RowMap& row, std::initializer_list<std::string_v
   if (count == 0) {
     return nullptr;
   }
-  auto document = JsonDoc::Make(JsonDoc::CapacityFor(length));
-  Json::Value& data = *document->GetJsonValuePtr();
-  for (std::size_t i = 0; i < count; ++i) {
-    const auto& [column, text] = layers[i];
-    Json::Value over;
-    const Json::ParseResult result =
-        document->ParseBeside(text, Json::Origin::STORED, i == 0 ? data : over);
+  const auto require = [&id](const Layer& layer, const Json::ParseResult& result) {
     if (!result) {
-      ReportParseFailure(std::string(column) + " of " + id.toString(), result, text);
+      ReportParseFailure(std::string(layer.column) + " of " + id.toString(), result, layer.text);
       ThrowException<InvalidArgumentException>(CS_JSON_PARSE_FAILED);
     }
-    if (i > 0) {
-      MergeValue(std::move(over), data, schema->GetSchemaPlace(), document->GetAllocator());
+  };
+  Json::ParseResult result;
+  std::shared_ptr<JsonDoc> document;
+  if (count == 1) {
+    document = JsonDoc::MakeOf(layers[0].text, result);
+    require(layers[0], result);
+  } else {
+    document = JsonDoc::Make(JsonDoc::CapacityFor(length));
+    Json::Value& data = *document->GetJsonValuePtr();
+    for (std::size_t i = 0; i < count; ++i) {
+      Json::Value over;
+      result = document->ParseBeside(layers[i].text, Json::Origin::STORED, i == 0 ? data : over);
+      require(layers[i], result);
+      if (i > 0) {
+        MergeValue(std::move(over), data, schema->GetSchemaPlace(), document->GetAllocator());
+      }
     }
   }
-  return Internal::Access::Wrap(std::make_shared<ConfigStoreObjectImpl>(
-      id, std::move(document), schema, row.Text("Version"), row.Text("CreationTime"),
-      row.Text("ModifiedTime"), RevisionFrom(row.Text("Revision").data())));
+  return Internal::Access::Wrap(ConfigStoreObjectImpl::Make(
+      id, std::move(document), schema,
+      {row.Text("Version"), row.Text("CreationTime"), row.Text("ModifiedTime"),
+       RevisionFrom(row.Text("Revision").data())}));
 }
 
 ObjectHandle MakeObject(const std::string& text, const ConfigStoreObjectId& id,
@@ -69,7 +78,7 @@ ObjectHandle MakeObject(const std::string& text, const ConfigStoreObjectId& id,
 ObjectHandle MakeObject(const std::shared_ptr<JsonDoc>& data, const ConfigStoreObjectId& id,
                         const SchemaHandle& schema) {
   return Internal::Access::Wrap(
-      std::make_shared<ConfigStoreObjectImpl>(id, data, schema, "", "", "", kDefaultRevision));
+      ConfigStoreObjectImpl::Make(id, data, schema, ConfigStoreObjectImpl::Metadata()));
 }
 
 std::string_view UserColumn(const RowMap& row, int upgradeContext) {

@@ -4,6 +4,8 @@
 
 #include "errors/raise.h"
 #include "objects/access.h"
+#include "objects/config_store_object_impl.h"
+#include "objects/document.h"
 #include "objects/merge.h"
 #include "validation/object_validation.h"
 
@@ -16,25 +18,15 @@
 namespace TarnConfigStore {
 namespace {
 
-unsigned PartsOf(const ColumnValues& values) {
-  const auto part = [](bool given, Json::Kind kind) {
-    return given ? static_cast<unsigned>(kind) : 0U;
-  };
-  return part(values.user || values.automatic, Json::Kind::USER) |
-         part(values.vital.has_value(), Json::Kind::VITAL) |
-         part(values.cached.has_value(), Json::Kind::CACHED);
-}
-
 // One value of a row, with a change laid over it.
 class Layer {
  public:
   Layer(const RowMap& row, std::string_view column, const ConfigStoreObjectId& id,
         const SchemaHandle& schema)
-      : id_(id), schema_(schema), object_(MakeObjectFromRow(row, column, id, schema)) {
-    if (const auto text = row.Find(column)) {
-      text_ = *text;
-    }
-  }
+      : id_(id),
+        schema_(schema),
+        object_(MakeObjectFromRow(row, column, id, schema)),
+        given_(row.Find(column)) {}
 
   /// Answers whether there was anything to take.
   bool Take(const Removals& removals) {
@@ -47,31 +39,40 @@ class Layer {
     } else {
       text_ = Internal::Access::Of(*object_).GetSerializedData();
     }
+    given_.reset();
     return true;
   }
 
-  void LayOver(const std::optional<std::string>& change) {
-    if (!change) {
+  /// \param change  null where this part gets nothing
+  void LayOver(const Json::Value* change) {
+    if (change == nullptr) {
       return;
     }
-    ObjectHandle over = MakeObject(*change, id_, schema_);
     if (!object_) {
-      object_ = std::move(over);
-      text_ = *change;
-    } else {
-      object_ = UpdateConfigInternal(over, object_, schema_->GetSchemaPlace());
-      text_ = Internal::Access::Of(*object_).GetSerializedData();
+      object_ = MakeObject(CreateDocument(), id_, schema_);
     }
+    ConfigStoreObjectImpl& data = Internal::Access::Of(*object_);
+    if (data.GetRoot().IsNull()) {
+      Json::CopyInto(data.GetRoot(), *change, data.GetAllocator());
+    } else {
+      MergeValue(*change, data.GetRoot(), schema_->GetSchemaPlace(), data.GetAllocator());
+    }
+    text_ = data.GetSerializedData();
+    given_.reset();
   }
 
   const ObjectHandle& Object() const { return object_; }
-  std::optional<std::string>& Text() { return text_; }
+  /// What was not changed keeps its very text.
+  std::optional<std::string> TakeText() {
+    return given_ ? std::optional<std::string>(*given_) : std::move(text_);
+  }
 
  private:
   const ConfigStoreObjectId& id_;
   const SchemaHandle& schema_;
   ObjectHandle object_;
-  std::optional<std::string> text_;
+  std::optional<std::string_view> given_;  // the row's, until it is changed
+  std::optional<std::string> text_;        // of what it was changed to
 };
 
 [[noreturn]] void Refuse(std::vector<ErrorInfo> findings) {
@@ -124,7 +125,7 @@ LayerUpdate::LayerUpdate(const ObjectHandle& object, const Removals& removals,
   // What only takes away has nothing to lay over any part.
   if (removals.Empty() ||
       !schema->GetSchemaPlace().HoldsNothingBesideId(Internal::Access::Of(*object).GetRoot())) {
-    changes_ = DivideObject(*object, *schema, context).values;
+    changes_.emplace(Internal::Access::Of(*object).GetRoot(), schema->GetSchemaPlace());
   }
 }
 
@@ -135,7 +136,7 @@ ColumnValues LayerUpdate::Over(const RowMap& row, bool duringUpgrade) const {
   // A user's change is laid over what a reader of this moment sees as the user's.
   const bool pending = duringUpgrade && row.Find("DesiredValue");
   Layer user(row, pending ? "DesiredValue" : "UserValue", id_, schema_);
-  unsigned written = PartsOf(changes_);
+  unsigned written = changes_ ? changes_->Parts() : 0U;
   if (!removals_.Empty()) {
     for (const auto& [layer, kind] :
          {std::pair(byUser_ ? &user : &automatic, Json::Kind::USER),
@@ -143,16 +144,17 @@ ColumnValues LayerUpdate::Over(const RowMap& row, bool duringUpgrade) const {
       written |= layer->Take(removals_) ? static_cast<unsigned>(kind) : 0U;
     }
   }
-  automatic.LayOver(changes_.automatic);
-  cached.LayOver(changes_.cached);
-  vital.LayOver(changes_.vital);
-  user.LayOver(changes_.user);
+  if (changes_) {
+    (byUser_ ? user : automatic).LayOver(changes_->Of(Json::Kind::USER));
+    cached.LayOver(changes_->Of(Json::Kind::CACHED));
+    vital.LayOver(changes_->Of(Json::Kind::VITAL));
+  }
 
   const ObjectHandle result = MergeConfig(automatic.Object(), cached.Object(), vital.Object(),
                                           user.Object(), schema_->GetSchemaPlace());
   CheckRemovals(removals_, result, byUser_ ? "automatic" : "the user's", schema_->GetSchemaPlace());
   ValidateUpdated(schema_, result, written);
-  return {user.Text(), automatic.Text(), vital.Text(), cached.Text()};
+  return {user.TakeText(), automatic.TakeText(), vital.TakeText(), cached.TakeText()};
 }
 
 }  // namespace TarnConfigStore

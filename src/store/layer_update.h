@@ -7,6 +7,8 @@
 #include "persistence/row_objects.h"
 #include "store/removals.h"
 
+#include <optional>
+
 namespace TarnConfigStore {
 
 /// Validates what an update is given, and takes its nulls out of it. Raises ValidationException 1090.
@@ -17,7 +19,7 @@ void ValidateChange(const ObjectHandle& object, const Removals& removals,
 class LayerUpdate {
  public:
   /// All of these have to outlive it.
-  /// \param object    has been validated
+  /// \param object    has been validated; its data stay as they are
   /// \param removals  what it takes away
   LayerUpdate(const ObjectHandle& object, const Removals& removals, const SchemaHandle& schema,
               const USERDATA_CONTEXT& context);
@@ -33,7 +35,7 @@ class LayerUpdate {
   const Removals& removals_;
   const SchemaHandle& schema_;
   const bool byUser_;
-  ColumnValues changes_;
+  std::optional<DividedValue> changes_;
 };
 
 }  // namespace TarnConfigStore

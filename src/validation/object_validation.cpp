@@ -136,8 +136,7 @@ bool StoringChangesData(const SchemaHandle& schema, const ObjectHandle& object) 
     return false;
   }
   const Json::SchemaPlace place = schema->GetSchemaPlace();
-  return data.MemberCount() == 1 ||  // perhaps nothing but the id
-         HoldsEmptyContent(data) ||
+  return (!data.ObjectEmpty() && place.HoldsNothingBesideId(data)) || HoldsEmptyContent(data) ||
          LacksId(data, IdMember(schema, object->GetConfigStoreObjectId())) ||
          !Json::NumbersAreSettled(data, place) ||
          (place.HoldsGeneratedIds() && LacksGeneratedInstanceId(place, data));
@@ -215,7 +214,7 @@ void ValidateNames(const SchemaHandle& schema, const ObjectHandle& object) {
 }
 
 void ValidateUpdated(const SchemaHandle& schema, const ObjectHandle& object, unsigned written) {
-  Require(schema, object, UpdatedRules(written), CS_UPDATE_INVALID);
+  RequireAsItIs(schema, object, UpdatedRules(written), CS_UPDATE_INVALID);
 }
 
 void ValidateRestored(const SchemaHandle& schema, const ObjectHandle& object) {
