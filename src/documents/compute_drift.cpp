@@ -26,10 +26,9 @@ std::vector<DriftObject> ComputeDrift(std::string_view text, const DriftOptions&
   }
   std::vector<DriftObject> objects;
   DriftBuilder drift(document.IsOfUserOnly(), options.reveal);
+  objects.reserve(plan.Steps().size() + plan.Records().size());
   for (const DocumentPlan::PlannedStep& step : plan.Steps()) {
-    if (step.step != DocumentPlan::Step::CLEAR) {
-      objects.push_back(drift.Of(step));
-    }
+    objects.push_back(drift.Of(step));
   }
   for (const DocumentPlan::PlannedRecord& record : plan.Records()) {
     objects.push_back(drift.Of(record));

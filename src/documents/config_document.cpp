@@ -56,6 +56,11 @@ ConfigDocument ReadConfigDocument(std::string_view text, std::size_t longest) {
   ConfigDocument document;
   document.text = CreateDocumentFromString(text, Json::Origin::OUTSIDE);
   DocumentReader(document).Read(*document.text->GetJsonValuePtr());
+  std::size_t objects = 1;
+  for (const NamedType& type : document.types) {
+    objects += type.objects.size();
+  }
+  document.bytesOfObject = text.size() / objects;
   return document;
 }
 

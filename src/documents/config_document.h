@@ -4,6 +4,7 @@
 #include "tarnconfigstore/exceptions.h"
 #include "tarnconfigstore/listing.h"
 
+#include "documents/instance_index.h"
 #include "documents/sections.h"
 #include "documents/staged_parts.h"
 #include "json/json_doc.h"
@@ -51,6 +52,7 @@ struct NamedType {
   SchemaHandle schema;     ///< empty when it is not installed
   bool inConfig = false;   ///< "config" names it, perhaps with no instances at all
   std::vector<NamedObject> objects;
+  InstanceIndex places;  ///< of the objects
 };
 
 /// A record of "staged".
@@ -65,6 +67,7 @@ struct NamedChange {
 /// A document that has been read: values and types live as long as it.
 struct ConfigDocument {
   std::shared_ptr<JsonDoc> text;
+  std::size_t bytesOfObject = 0;  ///< of text, as a rule
   std::vector<NamedType> types;
   std::vector<NamedChange> staged;
   std::array<bool, kSections> parts = {true};  ///< which it speaks of

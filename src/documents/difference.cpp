@@ -15,10 +15,10 @@ namespace {
 
 class Comparison {
  public:
-  explicit Comparison(const DifferenceVisitor& visit) : visit_(visit) {}
+  Comparison(const std::string& pointer, const DifferenceVisitor& visit)
+      : visit_(visit), pointer_(pointer) {}
 
-  void Compare(const Json::Value* expected, const Json::Value* found, Json::SchemaPlace place,
-               const std::string& pointer) {
+  void Compare(const Json::Value* expected, const Json::Value* found, Json::SchemaPlace place) {
     expected = expected != nullptr && expected->IsNull() ? nullptr : expected;
     found = found != nullptr && found->IsNull() ? nullptr : found;
     if (expected == nullptr && found == nullptr) {
@@ -26,34 +26,41 @@ class Comparison {
     }
     if (expected != nullptr && found != nullptr) {
       if (expected->IsObject() && found->IsObject() && !place.IsSecret()) {
-        CompareObjects(*expected, *found, place, pointer);
+        CompareObjects(*expected, *found, place);
         return;
       }
       if (EqualButForGeneratedIds(*expected, *found)) {
         return;
       }
       if (expected->IsArray() && found->IsArray() && !place.IsSecret() &&
-          CompareInstances(*expected, *found, place, pointer)) {
+          CompareInstances(*expected, *found, place)) {
         return;
       }
     }
-    visit_(pointer, expected, found, place);
+    visit_(pointer_, expected, found, place);
   }
 
  private:
+  void CompareBelow(std::string_view name, const Json::Value* expected, const Json::Value* found,
+                    Json::SchemaPlace place) {
+    const std::size_t above = pointer_.size();
+    Json::AppendToken(pointer_, name);
+    Compare(expected, found, place);
+    pointer_.resize(above);
+  }
+
   void CompareObjects(const Json::Value& expected, const Json::Value& found,
-                      Json::SchemaPlace place, const std::string& pointer) {
+                      Json::SchemaPlace place) {
     for (const auto& member : expected.GetObject()) {
       const std::string_view name = Json::Text(member.name);
       if (!IsGenerated(name, place)) {
-        Compare(&member.value, Json::FindMember(found, name), place.Property(name),
-                Json::PointerBelow(pointer, name));
+        CompareBelow(name, &member.value, Json::FindMember(found, name), place.Property(name));
       }
     }
     for (const auto& member : found.GetObject()) {
       const std::string_view name = Json::Text(member.name);
       if (!IsGenerated(name, place) && Json::FindMember(expected, name) == nullptr) {
-        Compare(nullptr, &member.value, place.Property(name), Json::PointerBelow(pointer, name));
+        CompareBelow(name, nullptr, &member.value, place.Property(name));
       }
     }
   }
@@ -63,7 +70,7 @@ class Comparison {
   }
 
   bool CompareInstances(const Json::Value& expected, const Json::Value& found,
-                        Json::SchemaPlace place, const std::string& pointer) {
+                        Json::SchemaPlace place) {
     const std::string_view idMember = place.Items().ShownIdMember();
     if (idMember.empty()) {
       return false;
@@ -85,28 +92,29 @@ class Comparison {
     }
     for (rapidjson::SizeType i = 0; i < expected.Size(); ++i) {
       const auto at = places.find(wanted[i]);
-      Compare(&expected[i], at == places.end() ? nullptr : &found[at->second], place.Items(),
-              Json::PointerBelow(pointer, wanted[i]));
+      CompareBelow(wanted[i], &expected[i], at == places.end() ? nullptr : &found[at->second],
+                   place.Items());
       if (at != places.end()) {
         places.erase(at);
       }
     }
     for (rapidjson::SizeType i = 0; i < found.Size(); ++i) {
       if (places.count(there[i]) != 0) {
-        Compare(nullptr, &found[i], place.Items(), Json::PointerBelow(pointer, there[i]));
+        CompareBelow(there[i], nullptr, &found[i], place.Items());
       }
     }
     return true;
   }
 
   const DifferenceVisitor& visit_;
+  std::string pointer_;  // of the place
 };
 
 }  // namespace
 
 void FindDifferences(const Json::Value* expected, const Json::Value* found, Json::SchemaPlace place,
                      const std::string& pointer, const DifferenceVisitor& visit) {
-  Comparison(visit).Compare(expected, found, place, pointer);
+  Comparison(pointer, visit).Compare(expected, found, place);
 }
 
 }  // namespace TarnConfigStore

@@ -152,8 +152,9 @@ void DocumentReader::ReadOneInfo(const ConfigStoreObjectId& type, const Json::Va
   members.AllowOnly({kInstanceName, kCreatedName, kRevisionName, kVersionName, kConfirmedName});
   const std::string instance = members.Text(kInstanceName).value_or("");
   const auto known = types_.find(type);
-  const auto* objects = known == types_.end() ? nullptr : &objects_[known->second];
-  if (objects == nullptr || objects->find(instance) == objects->end()) {
+  NamedType* const named = known == types_.end() ? nullptr : &document_.types[known->second];
+  const auto place = named == nullptr ? std::nullopt : named->places.Find(instance);
+  if (!place) {
     Add(pointer, "is of no object of the document");
     return;
   }
@@ -161,7 +162,7 @@ void DocumentReader::ReadOneInfo(const ConfigStoreObjectId& type, const Json::Va
     Add(pointer, "is of an object that another one is of, too");
     return;
   }
-  RowInfo& info = document_.types[known->second].objects[objects->at(instance)].info;
+  RowInfo& info = named->objects[*place].info;
   info.created = members.Text(kCreatedName);
   if (info.created && !IsTime(*info.created)) {
     members.Add(kCreatedName, "is no time of the form \"YYYY-MM-DD HH:MM:SS\"");

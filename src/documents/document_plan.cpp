@@ -17,7 +17,6 @@
 #include <unordered_set>
 
 namespace TarnConfigStore {
-
 namespace {
 
 // Asking for each row costs more than reading all of a type once there are so many.
@@ -74,6 +73,11 @@ void DocumentPlan::Judge() {
 
 void DocumentPlan::Work(const DBStore::ConnectionHandle& connection) {
   upgradeContext_ = ReadUpgradeContext();
+  std::size_t objects = 0;
+  for (const std::vector<ObjectPlan>& plans : plans_) {
+    objects += plans.size();
+  }
+  report_.objects.reserve(objects);
   for (std::size_t i = 0; i < plans_.size(); ++i) {
     if (document_.types[i].schema) {
       WorkOnType(document_.types[i], plans_[i], connection);
@@ -92,20 +96,35 @@ bool DocumentPlan::Stages(const NamedType& type) const {
   return mode_.stage && type.schema->IsRebootRequired();
 }
 
-DocumentPlan::Rows DocumentPlan::ReadRows(const NamedType& type,
+DocumentPlan::Rows DocumentPlan::ReadRows(const NamedType& type, std::vector<ObjectPlan>& plans,
                                           const DBStore::ConnectionHandle& connection) const {
   Rows rows;
-  const auto keep = [&rows](const StoredRow& row) {
-    const auto kept = std::make_shared<const StoredRow>(row);
-    rows.byInstance.emplace(kept->instanceId, kept);
-  };
-  if ((mode_.prune && type.inConfig) || type.objects.size() > kFewRows) {
-    rows.isWholeType = ForEachStoredRow(type.id, connection, keep) == 0;
+  rows.ofObjects.resize(plans.size());
+  const bool prunes = mode_.prune && type.inConfig;
+  if (!prunes && plans.size() <= kFewRows) {
+    for (std::size_t i = 0; i < plans.size(); ++i) {
+      VisitStoredRow(type.objects[i].id, connection, [&](const StoredRow& row) {
+        plans[i].Meet({row.instanceId, row.user, row.confirmed});
+        rows.ofObjects[i] = std::make_shared<const StoredRow>(row);
+        ++rows.count;
+      });
+    }
     return rows;
   }
-  for (const NamedObject& object : type.objects) {
-    VisitStoredRow(object.id, connection, keep);
-  }
+  std::optional<std::size_t> place;
+  std::size_t next = 0;
+  const auto wants = [&](const RowTexts& row) {
+    ++rows.count;
+    place = type.places.Find(row.instanceId, next);
+    next = place ? *place + 1 : next;
+    // Others as far as a document of the user's part could name them.
+    return place ? !plans[*place].Meet(row) || Stages(type) : prunes && row.user && row.confirmed;
+  };
+  const auto keep = [&](StoredRow&& row) {
+    auto kept = std::make_shared<const StoredRow>(std::move(row));
+    place ? rows.ofObjects[*place] = std::move(kept) : rows.others.emplace_back(std::move(kept));
+  };
+  rows.isWholeType = TakeStoredRows(type.id, connection, wants, keep) == 0;
   return rows;
 }
 
@@ -122,17 +141,25 @@ DocumentPlan::Staged DocumentPlan::ReadStaged(const NamedType& type,
 
 void DocumentPlan::WorkOnType(const NamedType& type, std::vector<ObjectPlan>& plans,
                               const DBStore::ConnectionHandle& connection) {
-  const Rows rows = ReadRows(type, connection);
+  Rows rows = ReadRows(type, plans, connection);
   const Staged staged = ReadStaged(type, connection);
+  // Steps are large: they are not moved again and again.
   const std::size_t before = steps_.size();
+  const auto changed = static_cast<std::size_t>(std::count_if(
+      plans.begin(), plans.end(), [](const ObjectPlan& plan) { return !plan.StaysAsItIs(); }));
+  if (before + changed > steps_.capacity()) {
+    steps_.reserve(std::max(before + changed, 2 * before));
+  }
   for (std::size_t i = 0; i < plans.size(); ++i) {
     const NamedObject& object = type.objects[i];
     if (!IsUnder(mode_.prefix, object.id)) {
       continue;
     }
-    const auto found = rows.byInstance.find(object.id.instanceId);
-    const std::shared_ptr<const StoredRow> stored =
-        found == rows.byInstance.end() ? nullptr : found->second;
+    if (plans[i].StaysAsItIs() && !Stages(type)) {
+      Say(object.id, ObjectOutcome::UNCHANGED);
+      continue;
+    }
+    const Row& stored = rows.ofObjects[i];
     if (std::optional<StoredRow> after = plans[i].After(stored.get(), upgradeContext_)) {
       Decide(type, object, plans[i], stored, std::move(*after), staged);
     } else {
@@ -142,18 +169,18 @@ void DocumentPlan::WorkOnType(const NamedType& type, std::vector<ObjectPlan>& pl
   if (mode_.prune && type.inConfig && type.schema->IsNonSingleton()) {
     Prune(type, rows, staged);
   }
-  ClearFirst(type, before, rows);
+  ClearFirst(before, rows);
 }
 
 // Replacing rows one by one costs more than deleting all of them at once, where none is to stay as it
 // is. What a row keeps, it is given.
-void DocumentPlan::ClearFirst(const NamedType& type, std::size_t firstStep, const Rows& rows) {
+void DocumentPlan::ClearFirst(std::size_t firstStep, const Rows& rows) {
   const auto first = steps_.begin() + static_cast<std::ptrdiff_t>(firstStep);
   const auto replaces = [](const PlannedStep& step) {
     return step.step == Step::WRITE && step.before;
   };
   const auto replaced = static_cast<std::size_t>(std::count_if(first, steps_.end(), replaces));
-  if (!rows.isWholeType || replaced <= kFewRows || replaced != rows.byInstance.size()) {
+  if (!rows.isWholeType || replaced <= kFewRows || replaced != rows.count) {
     return;
   }
   for (auto step = first; step != steps_.end(); ++step) {
@@ -162,12 +189,11 @@ void DocumentPlan::ClearFirst(const NamedType& type, std::size_t firstStep, cons
       step->info.revision = step->before->revision + 1;
     }
   }
-  steps_.insert(first, PlannedStep{Step::CLEAR, type.id, type.schema, nullptr});
+  first->clearsFirst = true;
 }
 
 void DocumentPlan::Decide(const NamedType& type, const NamedObject& object, const ObjectPlan& plan,
-                          const std::shared_ptr<const StoredRow>& stored, StoredRow after,
-                          const Staged& staged) {
+                          const Row& stored, StoredRow after, const Staged& staged) {
   const bool differs = stored == nullptr || plan.DiffersFromRow() ||
                        !SaysTheSame(*stored, after, !document_.IsOfUserOnly());
   if (Stages(type)) {
@@ -196,30 +222,20 @@ void DocumentPlan::Decide(const NamedType& type, const NamedObject& object, cons
   }
 }
 
-void DocumentPlan::Prune(const NamedType& type, const Rows& rows, const Staged& staged) {
-  std::unordered_set<std::string_view> named;
-  for (const NamedObject& object : type.objects) {
-    named.insert(object.id.instanceId);
-  }
-  std::vector<std::string_view> others;
-  for (const auto& [instanceId, row] : rows.byInstance) {
-    // As far as a document of the user's part could name them.
-    if (row->user && row->confirmed && named.count(instanceId) == 0) {
-      others.push_back(instanceId);
-    }
-  }
-  std::sort(others.begin(), others.end());
-  for (const std::string_view instanceId : others) {
-    const ConfigStoreObjectId id = InstanceOf(type.id, std::string(instanceId));
+void DocumentPlan::Prune(const NamedType& type, Rows& rows, const Staged& staged) {
+  std::sort(rows.others.begin(), rows.others.end(),
+            [](const Row& a, const Row& b) { return a->instanceId < b->instanceId; });
+  for (Row& row : rows.others) {
+    const ConfigStoreObjectId id = InstanceOf(type.id, row->instanceId);
     const auto record = staged.find(id.instanceId);
     if (!Stages(type)) {
       Say(id, ObjectOutcome::REMOVED);
-      steps_.push_back({Step::REMOVE, id, type.schema, rows.byInstance.at(id.instanceId)});
+      steps_.push_back({Step::REMOVE, id, type.schema, std::move(row)});
     } else if (record != staged.end() && ActionFromRow(*record->second) != NextBootAction::SET) {
       Say(id, ObjectOutcome::UNCHANGED);
     } else {
       Say(id, ObjectOutcome::STAGED);
-      steps_.push_back({Step::STAGE_REMOVAL, id, type.schema, rows.byInstance.at(id.instanceId)});
+      steps_.push_back({Step::STAGE_REMOVAL, id, type.schema, std::move(row)});
     }
   }
 }
@@ -282,6 +298,7 @@ void DocumentPlan::RequireAllowed(const DBStore::ConnectionHandle& connection) c
 }
 
 void DocumentPlan::Write(const DBStore::ConnectionHandle& connection) const {
+  std::optional<ImportedRows> rows;
   bool stages = false;
   const auto stage = [&](const ConfigStoreObjectId& id, NextBootAction action,
                          const std::string& version, const ColumnValues& values) {
@@ -289,13 +306,15 @@ void DocumentPlan::Write(const DBStore::ConnectionHandle& connection) const {
     stages = true;
   };
   for (const PlannedStep& step : steps_) {
+    if (step.clearsFirst) {
+      DeleteInstancesInternal({step.id.key, step.id.group, step.id.component}, connection);
+    }
     switch (step.step) {
       case Step::WRITE:
-        WriteImportedRow(step.id, step.row, step.info.created, step.info.revision.value_or(1),
-                         connection);
-        break;
-      case Step::CLEAR:
-        DeleteInstancesInternal(step.id, connection);
+        if (!rows) {
+          rows.emplace(connection);
+        }
+        rows->Write(step.id, step.row, step.info.created, step.info.revision.value_or(1));
         break;
       case Step::REMOVE:
         DeleteInternal(step.id, connection);

@@ -23,7 +23,7 @@ namespace TarnConfigStore {
 /// moment of the store, then perhaps Write in the same transaction.
 class DocumentPlan {
  public:
-  enum class Step { WRITE, REMOVE, STAGE, STAGE_REMOVAL, CLEAR };
+  enum class Step { WRITE, REMOVE, STAGE, STAGE_REMOVAL };
   struct PlannedStep {
     Step step;
     ConfigStoreObjectId id;
@@ -31,6 +31,7 @@ class DocumentPlan {
     std::shared_ptr<const StoredRow> before;  ///< empty where there is no row
     StoredRow row = {};                       ///< to be written or staged
     RowInfo info = {};                        ///< of a new row
+    bool clearsFirst = false;                 ///< before it, all rows of its type go
   };
   /// A change that is to be staged, or one that is to be taken back.
   struct PlannedRecord {
@@ -64,22 +65,26 @@ class DocumentPlan {
   std::vector<ConfigStoreObjectId> Changed() const;
 
  private:
+  using Row = std::shared_ptr<const StoredRow>;
+  // The rows of a type, but for those that stay as they are.
   struct Rows {
-    std::unordered_map<std::string_view, std::shared_ptr<const StoredRow>> byInstance;
-    bool isWholeType = false;  // there are no others
+    std::vector<Row> ofObjects;  // empty for an object that has none
+    std::vector<Row> others;     // what the document does not name; only those that may have to go
+    std::size_t count = 0;       // of all that hold something
+    bool isWholeType = false;    // there are no others
   };
   using Staged = std::unordered_map<std::string, std::shared_ptr<RowMap>>;
 
-  Rows ReadRows(const NamedType& type, const DBStore::ConnectionHandle& connection) const;
+  Rows ReadRows(const NamedType& type, std::vector<ObjectPlan>& plans,
+                const DBStore::ConnectionHandle& connection) const;
   Staged ReadStaged(const NamedType& type, const DBStore::ConnectionHandle& connection) const;
   bool Stages(const NamedType& type) const;
   void WorkOnType(const NamedType& type, std::vector<ObjectPlan>& plans,
                   const DBStore::ConnectionHandle& connection);
   void Decide(const NamedType& type, const NamedObject& object, const ObjectPlan& plan,
-              const std::shared_ptr<const StoredRow>& stored, StoredRow after,
-              const Staged& staged);
-  void ClearFirst(const NamedType& type, std::size_t firstStep, const Rows& rows);
-  void Prune(const NamedType& type, const Rows& rows, const Staged& staged);
+              const Row& stored, StoredRow after, const Staged& staged);
+  void ClearFirst(std::size_t firstStep, const Rows& rows);
+  void Prune(const NamedType& type, Rows& rows, const Staged& staged);
   void RemoveOthers(const DBStore::ConnectionHandle& connection);
   void WorkOnRecords(const DBStore::ConnectionHandle& connection);
   void WorkOnRecord(const NamedChange& change, const std::shared_ptr<RowMap>& stored,

@@ -8,6 +8,20 @@
 #include <utility>
 
 namespace TarnConfigStore {
+namespace {
+
+// The place of an object, which is there from now on.
+std::size_t PlaceOf(NamedType& type, std::string_view instanceId, std::size_t likely = 0) {
+  if (const auto known = type.places.Find(instanceId, likely)) {
+    return *known;
+  }
+  type.objects.push_back({type.id, {}, {}});
+  type.objects.back().id.instanceId = instanceId;
+  type.places.Add(instanceId);
+  return type.objects.size() - 1;
+}
+
+}  // namespace
 
 DocumentReader::DocumentReader(ConfigDocument& document)
     : document_(document), schemas_(TarnSchemaStore::SchemaStore::GetCache()) {}
@@ -124,19 +138,9 @@ void DocumentReader::ForEachType(const Json::Value& section, const std::string& 
 NamedType& DocumentReader::TypeOf(const ConfigStoreObjectId& id) {
   const auto [known, isNew] = types_.try_emplace(id, document_.types.size());
   if (isNew) {
-    document_.types.push_back({id, FindSchema(schemas_, id), false, {}});
-    objects_.emplace_back();
+    document_.types.push_back({id, FindSchema(schemas_, id), false, {}, {}});
   }
   return document_.types[known->second];
-}
-
-NamedObject& DocumentReader::ObjectOf(NamedType& type, const std::string& instanceId) {
-  auto& objects = objects_[static_cast<std::size_t>(&type - document_.types.data())];
-  const auto [known, isNew] = objects.try_emplace(instanceId, type.objects.size());
-  if (isNew) {
-    type.objects.push_back({{type.id.key, type.id.group, type.id.component, instanceId}, {}, {}});
-  }
-  return type.objects[known->second];
 }
 
 void DocumentReader::ReadType(Section section, const ConfigStoreObjectId& id,
@@ -153,7 +157,7 @@ void DocumentReader::ReadType(Section section, const ConfigStoreObjectId& id,
       Add(pointer, "expected an object: the type has no instances");
       return;
     }
-    ObjectOf(type, "").parts[static_cast<std::size_t>(section)] = {&value, -1};
+    type.objects[PlaceOf(type, "")].parts[static_cast<std::size_t>(section)] = {&value, -1};
     return;
   }
   if (!value.IsArray()) {
@@ -161,6 +165,7 @@ void DocumentReader::ReadType(Section section, const ConfigStoreObjectId& id,
     return;
   }
   type.objects.reserve(value.Size());
+  type.places.Reserve(value.Size());
   ReadInstances(section, type, value, pointer);
 }
 
@@ -168,6 +173,7 @@ void DocumentReader::ReadInstances(Section section, NamedType& type, const Json:
                                    const std::string& pointer) {
   const std::string_view idMember = type.schema->GetSchemaPlace().InstanceIdMember();
   std::int32_t index = -1;
+  std::size_t next = 0;
   for (const Json::Value& element : list.GetArray()) {
     ++index;
     const auto place = [&] { return Json::PointerBelow(pointer, std::to_string(index)); };
@@ -187,8 +193,9 @@ void DocumentReader::ReadInstances(Section section, NamedType& type, const Json:
           "is no instance id: 1 to 255 bytes of UTF-8 without control characters");
       continue;
     }
-    NamedObject::Part& part =
-        ObjectOf(type, std::string(Json::Text(*id))).parts[static_cast<std::size_t>(section)];
+    const std::size_t found = PlaceOf(type, Json::Text(*id), next);
+    next = found + 1;
+    NamedObject::Part& part = type.objects[found].parts[static_cast<std::size_t>(section)];
     if (part.value != nullptr) {
       Add(Json::PointerBelow(place(), idMember), "is the id of element " +
                                                      std::to_string(part.index) +

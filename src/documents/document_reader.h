@@ -44,14 +44,11 @@ class DocumentReader {
   void ForEachType(const Json::Value& section, const std::string& pointer,
                    const TypeVisitor& visit);
   NamedType& TypeOf(const ConfigStoreObjectId& id);
-  NamedObject& ObjectOf(NamedType& type, const std::string& instanceId);
   void Add(std::string field, std::string error);
 
   ConfigDocument& document_;
   SchemaCacheHandle schemas_;
   std::unordered_map<ConfigStoreObjectId, std::size_t> types_;
-  // By type, instance ids and their places among the type's objects.
-  std::vector<std::unordered_map<std::string, std::size_t>> objects_;
   std::unordered_set<ConfigStoreObjectId> informed_;  // what metadata has something of
   std::unordered_set<ConfigStoreObjectId> staged_;    // what has a record
 };

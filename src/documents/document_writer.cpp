@@ -100,8 +100,7 @@ void DocumentWriter::OpenType(const ConfigStoreObjectId& id, bool isInstance) {
   }
 }
 
-void DocumentWriter::AddObject(const ConfigStoreObjectId& id, bool isInstance,
-                               std::string_view json) {
+void DocumentWriter::BeginObject(const ConfigStoreObjectId& id, bool isInstance) {
   if (!isInstance || !IsSameType(id)) {
     OpenType(id, isInstance);
   }
@@ -113,8 +112,26 @@ void DocumentWriter::AddObject(const ConfigStoreObjectId& id, bool isInstance,
     Json::AppendLine(level_, out_);
     ++index_;
   }
+}
+
+void DocumentWriter::AddObject(const ConfigStoreObjectId& id, bool isInstance,
+                               std::string_view json) {
+  BeginObject(id, isInstance);
   Json::AppendIndented(json, level_, out_);
   FlushIfLong();
+}
+
+void DocumentWriter::AddIndented(const ConfigStoreObjectId& id, bool isInstance,
+                                 std::string_view lines) {
+  BeginObject(id, isInstance);
+  out_ += lines;
+  FlushIfLong();
+}
+
+unsigned DocumentWriter::LevelOfObject(bool isInstance) const {
+  constexpr unsigned kAboveTypes = 2;  // component and group
+  const unsigned ofTypes = typeLevels_ == 3 ? kAboveTypes + (isList_ ? 1 : 0) : 0;
+  return level_ - ofTypes + kAboveTypes + (isInstance ? 1 : 0);
 }
 
 std::string DocumentWriter::PointerTo(const ConfigStoreObjectId& id, bool isInstance) const {

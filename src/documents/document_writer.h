@@ -25,6 +25,9 @@ class DocumentWriter {
   /// the other, as do types of one group and groups of one component.
   /// \param isInstance  it is an element of the list of its type
   void AddObject(const ConfigStoreObjectId& id, bool isInstance, std::string_view json);
+  /// The same of a text that is indented already, by this many levels.
+  void AddIndented(const ConfigStoreObjectId& id, bool isInstance, std::string_view lines);
+  unsigned LevelOfObject(bool isInstance) const;
   /// The JSON Pointer that AddObject would give to an object.
   std::string PointerTo(const ConfigStoreObjectId& id, bool isInstance) const;
   /// Closes what AddObject has opened.
@@ -36,6 +39,7 @@ class DocumentWriter {
  private:
   bool IsSameType(const ConfigStoreObjectId& id) const;
   void BeginMember(std::string_view name);
+  void BeginObject(const ConfigStoreObjectId& id, bool isInstance);
   void OpenType(const ConfigStoreObjectId& id, bool isInstance);
   void CloseType();
   void CloseLevel();

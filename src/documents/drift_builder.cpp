@@ -3,6 +3,7 @@
 #include "documents/difference.h"
 #include "documents/sections.h"
 #include "documents/staged_parts.h"
+#include "json/equality.h"
 #include "json/json_doc.h"
 #include "json/secrets.h"
 #include "objects/generated_ids.h"
@@ -18,12 +19,15 @@ namespace {
 // What a part holds, parsed; null where it holds nothing.
 class Part {
  public:
-  explicit Part(const std::optional<std::string>& text)
+  Part(const std::optional<std::string>& text, bool withIds)
       : value_(text ? JsonDoc::CapacityFor(text->size()) : 0),
         there_(text && value_.Parse(*text, Json::Origin::STORED)) {
-    DropGeneratedIds(*value_.GetJsonValuePtr());
+    if (!withIds) {
+      DropIds();
+    }
   }
   const Json::Value* Value() const { return there_ ? value_.GetJsonValuePtr() : nullptr; }
+  void DropIds() { DropGeneratedIds(*value_.GetJsonValuePtr()); }
 
  private:
   JsonDoc value_;
@@ -102,12 +106,18 @@ DriftObject DriftBuilder::Of(const DocumentPlan::PlannedRecord& record) {
 
 void DriftBuilder::Compare(const char* name, const std::optional<std::string>& after,
                            const std::optional<std::string>& before, const StoredRow& row) {
-  if (HoldTheSame(after, before, !userOnly_)) {
+  if (after == before) {
     return;
   }
+  Part expected(after, !userOnly_);
+  Part found(before, !userOnly_);
+  if (expected.Value() != nullptr && found.Value() != nullptr &&
+      Json::Equal(*expected.Value(), *found.Value())) {
+    return;
+  }
+  expected.DropIds();
+  found.DropIds();
   const std::size_t told = members_.size();
-  const Part expected(after);
-  const Part found(before);
   // What one side does not have at all is told member by member.
   const Json::Value empty(rapidjson::kObjectType);
   FindDifferences(expected.Value() == nullptr ? &empty : expected.Value(),
@@ -141,7 +151,7 @@ void DriftBuilder::FindElsewhere(const StoredRow& row, DriftMember& member,
     if (member.part == other.name) {
       continue;
     }
-    const Part part(row.*other.text);
+    const Part part(row.*other.text, false);
     const Json::Value* found =
         part.Value() == nullptr ? nullptr : FindByIds(*part.Value(), place_, member.pointer);
     if (found != nullptr && !found->IsNull()) {

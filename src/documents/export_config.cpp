@@ -10,9 +10,9 @@
 #include "documents/staged_parts.h"
 #include "errors/parse_failures.h"
 #include "errors/raise.h"
+#include "json/indent.h"
 #include "json/instance_ids.h"
 #include "json/json_doc.h"
-#include "json/scan.h"
 #include "json/secrets.h"
 #include "json/utf8.h"
 #include "objects/generated_ids.h"
@@ -35,24 +35,6 @@ constexpr std::array<const PrefixStatements*, kSections> kValues = {
     &READ_USER_VALUES, &READ_AUTOMATIC_VALUES, &READ_VITAL_VALUES, &READ_CACHED_VALUES,
     &READ_PENDING_VALUES};
 
-// Looks whether an object names an instance in its id member; of none where it needs no such member.
-class IdSearch final : public Json::MemberReceiver {
- public:
-  IdSearch(std::string_view member, std::string_view id)
-      : member_(member), id_(id), found_(id.empty()) {}
-  bool Found() const { return found_; }
-
-  bool Wants(std::string_view name) override { return name == member_ && !id_.empty(); }
-  void Receive(const Json::Value& value) override {
-    found_ = value.IsString() && Json::Text(value) == id_;
-  }
-
- private:
-  std::string_view member_;
-  std::string_view id_;
-  bool found_;
-};
-
 class Export {
  public:
   Export(const ConfigStoreObjectId& prefix, const ExportOptions& options,
@@ -61,7 +43,9 @@ class Export {
         options_(options),
         connection_(GetDBStore(DBStore::Type::CURRENT_STORE, true)),
         schemas_(TarnSchemaStore::SchemaStore::GetCache()),
-        writer_(write) {}
+        writer_(write),
+        id_(prefix),
+        isOfOneType_(!prefix.component.empty() && !prefix.group.empty() && !prefix.key.empty()) {}
 
   ExportReport Run() {
     ReadAtOneMoment(connection_, [this] { Write(); });
@@ -85,18 +69,18 @@ class Export {
   void WriteSection(std::size_t section) {
     writer_.Open(kSectionNames[section]);
     ForEachRowUnder(prefix_, *kValues[section], connection_, [&](const RowMap& row) {
-      ConfigStoreObjectId id = IdFromRow(row);
+      const ConfigStoreObjectId& id = IdOf(row);
       if (!CanName(id)) {
         return;
       }
       if (!options_.allParts && row.Text("Success") != "1") {
-        report_.unconfirmed.push_back(std::move(id));
+        report_.unconfirmed.push_back(id);
         return;
       }
       const bool isInstance = type_->IsNonSingleton();
       const std::string_view text = row.Text("Value");
       if (IsShownAsItIs(text, id)) {
-        writer_.AddObject(id, isInstance, text);
+        writer_.AddIndented(id, isInstance, {indented_.GetString(), indented_.GetSize()});
       } else {
         writer_.AddObject(
             id, isInstance,
@@ -191,6 +175,19 @@ class Export {
     writer_.Close();
   }
 
+  // The identifier of a row with a value. Most differ from the one before in nothing but the instance.
+  const ConfigStoreObjectId& IdOf(const RowMap& row) {
+    const bool isSameType =
+        isOfOneType_ || (row.Text("Name") == id_.key && row.Text("ConfigGroup") == id_.group &&
+                         row.Text("Component") == id_.component);
+    if (isSameType) {
+      id_.instanceId = row.Text("Identifier");
+    } else {
+      id_ = IdFromRow(row);
+    }
+    return id_;
+  }
+
   // Looks up the type of a row. False for one that is left out.
   bool Knows(const ConfigStoreObjectId& id) {
     if (!looked_ || !IsSameType(known_, id)) {
@@ -259,15 +256,17 @@ class Export {
     }
   }
 
-  // Whether a row's text is sound, and nothing in it is to be masked, to go or to be added.
-  bool IsShownAsItIs(std::string_view text, const ConfigStoreObjectId& id) const {
+  // Whether a row's text is sound, and nothing in it is to be masked, to go or to be added. It is
+  // indented then.
+  bool IsShownAsItIs(std::string_view text, const ConfigStoreObjectId& id) {
     const Json::SchemaPlace place = type_->GetSchemaPlace();
     if ((!options_.reveal && place.HoldsSecrets()) ||
         (!options_.allParts && place.HoldsGeneratedIds())) {
       return false;
     }
-    IdSearch search(place.InstanceIdMember(), id.instanceId);
-    return Json::ScanMembers(text, search) && search.Found();
+    indented_.Clear();
+    return Json::AppendIndentedIfSound(text, {place.InstanceIdMember(), id.instanceId},
+                                       writer_.LevelOfObject(type_->IsNonSingleton()), indented_);
   }
 
   // A row's text as the document has it.
@@ -335,6 +334,9 @@ class Export {
   std::unordered_set<std::string> unknown_;
   bool looked_ = false;
   ConfigStoreObjectId known_{"", "", ""};
+  ConfigStoreObjectId id_;  // of the row that was read last
+  const bool isOfOneType_;
+  Json::Buffer indented_;  // its text
   SchemaHandle type_;
 };
 

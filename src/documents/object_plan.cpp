@@ -4,11 +4,11 @@
 #include "admin/row_views.h"
 #include "documents/empty_elements.h"
 #include "documents/part_rules.h"
-#include "documents/quick_difference.h"
 #include "documents/read_only.h"
 #include "json/equality.h"
 #include "json/json_doc.h"
 #include "json/secrets.h"
+#include "json/text_match.h"
 #include "objects/access.h"
 #include "objects/division.h"
 #include "objects/generated_ids.h"
@@ -96,7 +96,7 @@ void ObjectPlan::Judge() {
 }
 
 std::optional<StoredRow> ObjectPlan::After(const StoredRow* stored, int upgradeContext) {
-  if (!HasFaults() && stored != nullptr && IsStored(*stored)) {
+  if (StaysAsItIs()) {
     return *stored;
   }
   if (!HasFaults() && mode_.import == ImportMode::MERGE && stored != nullptr) {
@@ -111,21 +111,19 @@ std::optional<StoredRow> ObjectPlan::After(const StoredRow* stored, int upgradeC
   return Replaced(stored, upgradeContext);
 }
 
-bool ObjectPlan::IsStored(const StoredRow& stored) {
-  if (IsDivided() || !stored.confirmed || !stored.user) {
+bool ObjectPlan::Meet(const RowTexts& row) {
+  if (IsDivided() || !row.confirmed || !row.user) {
     return false;
   }
-  const Json::Value& given = *object_.Of(Section::USER).value;
-  if (!Json::Serialize(given, text_)) {
-    return false;
-  }
-  const auto equals = [&given](const std::string& text) {
+  const Json::Value& given = Given();
+  const auto equals = [&given](std::string_view text) {
     JsonDoc known(JsonDoc::CapacityFor(text.size()));
     return known.Parse(text, Json::Origin::STORED) && Json::Equal(given, *known.GetJsonValuePtr());
   };
+  const Json::TextMatch match = Json::MatchText(*row.user, given);
   const bool same =
-      text_ == *stored.user || (!DiffersAtOnce(*stored.user, given) && equals(*stored.user));
-  differs_ = !same;
+      match == Json::TextMatch::SAME || (match == Json::TextMatch::UNKNOWN && equals(*row.user));
+  match_ = same ? Match::SAME : Match::OTHER;
   return same;
 }
 
@@ -142,7 +140,7 @@ ObjectHandle ObjectPlan::Known(Section section, const StoredRow* stored) const {
 }
 
 ObjectHandle ObjectPlan::MakeCopy(const Json::Value& value) const {
-  const auto data = JsonDoc::Make(JsonDoc::CapacityFor(text_.size()));
+  const auto data = JsonDoc::Make(JsonDoc::CapacityFor(document_.bytesOfObject));
   data->GetJsonValuePtr()->CopyFrom(value, data->GetAllocator());
   return MakeObject(data, object_.id, type_.schema);
 }
@@ -228,6 +226,9 @@ void ObjectPlan::JudgeWhole(const StoredRow* stored) {
 
 void ObjectPlan::Take(const ConfigStoreObject& object) {
   static_cast<ColumnValues&>(given_) = DivideObject(object, *type_.schema, EXTERNAL).values;
+  const Json::SchemaPlace place = type_.schema->GetSchemaPlace();
+  isAsGiven_ = !place.IsMixed() && !place.HoldsGeneratedIds() &&
+               Json::Equal(Internal::Access::Of(object).GetRoot(), Given());
 }
 
 // What the object lacks may be held by parts of the row that stay as they are.
@@ -241,7 +242,7 @@ bool ObjectPlan::FitsRow(const ObjectHandle& object, const StoredRow* stored) {
     return false;
   }
   Take(*object);
-  StoredRow row = WithParts(stored);
+  StoredRow row = WithParts(stored, given_);
   row.pending.reset();
   row.confirmed = true;
   std::vector<Misfit> misfits;
@@ -277,7 +278,7 @@ void ObjectPlan::JudgeParts(const StoredRow* stored) {
     return;
   }
   std::vector<Misfit> misfits;
-  JudgeRow(WithParts(stored), object_.id, type_.schema, misfits);
+  JudgeRow(WithParts(stored, given_), object_.id, type_.schema, misfits);
   for (Misfit& misfit : misfits) {
     const std::string pointer = object_.Pointer();
     findings_.push_back(
@@ -317,25 +318,37 @@ std::optional<StoredRow> ObjectPlan::Merged(const StoredRow& stored, int upgrade
   return row;
 }
 
-StoredRow ObjectPlan::WithParts(const StoredRow* stored) const {
-  StoredRow row = stored == nullptr ? StoredRow() : *stored;
-  row.instanceId = object_.id.instanceId;
-  for (std::size_t i = 0; i < kSections; ++i) {
-    const auto section = static_cast<Section>(i);
-    const std::optional<std::string>& given = given_.*TextOf(section);
-    // Of whole objects a row keeps what they do not hold.
-    if (document_.SpeaksOf(section) || (!IsDivided() && given)) {
-      row.*TextOf(section) = given;
+StoredRow ObjectPlan::WithParts(const StoredRow* stored, StoredRow given) const {
+  StoredRow row = std::move(given);
+  if (stored != nullptr) {
+    for (std::size_t i = 0; i < kSections; ++i) {
+      const auto section = static_cast<Section>(i);
+      // Of whole objects a row keeps what they do not hold.
+      if (!document_.SpeaksOf(section) && (IsDivided() || !(row.*TextOf(section)))) {
+        row.*TextOf(section) = stored->*TextOf(section);
+      }
     }
+    row.version = stored->version;
+    row.creationTime = stored->creationTime;
+    row.revision = stored->revision;
+    row.confirmed = stored->confirmed;
   }
+  row.instanceId = object_.id.instanceId;
   if (IsDivided()) {
     row.confirmed = object_.info.confirmed;
   }
   return row;
 }
 
-StoredRow ObjectPlan::Replaced(const StoredRow* stored, int upgradeContext) const {
-  StoredRow row = WithParts(stored);
+// Validation may add to data, and settle how their numbers are written.
+bool ObjectPlan::IsTakenAsGiven() const {
+  std::string text;
+  return given_.user && (isAsGiven_ || (Json::Serialize(Given(), text) && text == *given_.user));
+}
+
+StoredRow ObjectPlan::Replaced(const StoredRow* stored, int upgradeContext) {
+  differs_ = match_ == Match::OTHER && IsTakenAsGiven();
+  StoredRow row = WithParts(stored, std::move(given_));
   row.version = object_.info.version && stored == nullptr ? *object_.info.version
                                                           : type_.schema->GetVersion();
   const bool stays = stored != nullptr && stored->confirmed && !DiffersFromRow() &&

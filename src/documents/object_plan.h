@@ -36,13 +36,17 @@ class ObjectPlan {
 
   /// Checks what can be checked without the row, so that nobody waits meanwhile.
   void Judge();
-  /// The row that is to be there; nothing where there are findings.
-  /// \param stored          null where there is no row
+  /// Holds the object against its row. True where the row says what the document says, and stays.
+  bool Meet(const RowTexts& row);
+  /// Whether it does; false as well where it met none.
+  bool StaysAsItIs() const { return match_ == Match::SAME; }
+  /// The row that is to be there; nothing where there are findings. To be asked once.
+  /// \param stored          null where there is no row; otherwise it was met
   /// \param upgradeContext  what ReadUpgradeContext answered
   std::optional<StoredRow> After(const StoredRow* stored, int upgradeContext);
 
   /// It is known already that the row is to change; otherwise they have to be compared.
-  bool DiffersFromRow() const { return differs_ && given_.user == text_; }
+  bool DiffersFromRow() const { return differs_; }
 
   /// Each field is a JSON Pointer into the document.
   const std::vector<ErrorInfo>& Findings() const { return findings_; }
@@ -50,14 +54,15 @@ class ObjectPlan {
 
  private:
   bool IsDivided() const { return !document_.IsOfUserOnly(); }
+  const Json::Value& Given() const { return *object_.Of(Section::USER).value; }
   void JudgeWhole(const StoredRow* stored);
   void RefuseEmpty();
   void JudgeParts(const StoredRow* stored);
   std::optional<StoredRow> Merged(const StoredRow& stored, int upgradeContext);
-  StoredRow Replaced(const StoredRow* stored, int upgradeContext) const;
-  StoredRow WithParts(const StoredRow* stored) const;
+  StoredRow Replaced(const StoredRow* stored, int upgradeContext);
+  StoredRow WithParts(const StoredRow* stored, StoredRow given) const;
+  bool IsTakenAsGiven() const;
 
-  bool IsStored(const StoredRow& stored);
   ObjectHandle Known(Section section, const StoredRow* stored) const;
   ObjectHandle MakeCopy(const Json::Value& value) const;
   ObjectHandle MakeGiven(Section section, const StoredRow* stored);
@@ -74,8 +79,9 @@ class ObjectPlan {
   const NamedObject& object_;
   const DocumentMode& mode_;
   bool judged_ = false;
-  std::string text_;      // of the data in the document, once it was held against the row's
-  bool differs_ = false;  // from that
+  enum class Match { UNKNOWN, SAME, OTHER } match_ = Match::UNKNOWN;  // of the data and the row
+  bool isAsGiven_ = false;  // validation left the data as the document has them
+  bool differs_ = false;
   std::vector<ErrorInfo> findings_;
   StoredRow given_;  // its texts: the parts, as they are to be written
 };

@@ -129,7 +129,7 @@ ChangeOutcome ChangeRow(
       DeleteInternal(id, connection);
       outcome.fate = RowFate::REMOVED;
     } else {
-      WriteImportedRow(id, row, std::nullopt, 1, connection);
+      ImportedRows(connection).Write(id, row, std::nullopt, 1);
       outcome.fate = RowFate::WRITTEN;
     }
   });

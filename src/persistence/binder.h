@@ -31,6 +31,13 @@ class Binder {
     (BindNullable(values), ...);
     return *this;
   }
+  /// Leaves so many parameters as they were bound before.
+  Binder& Skip(int count) {
+    index_ += count;
+    return *this;
+  }
+
+  bool IsBound() const { return !failed_; }
 
   /// Runs the statement, which returns no rows. False when a parameter could not be bound or the
   /// statement failed.

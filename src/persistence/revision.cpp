@@ -3,20 +3,13 @@
 #include "persistence/row_map.h"
 #include "persistence/statements.h"
 
-#include <string_view>
-
 namespace TarnConfigStore {
 namespace {
 
-// The columns of a row by name; a null pointer where there is no such column or it is NULL.
-const char* Column(std::string_view name, int count, char** values, char** names) {
-  for (int i = 0; i < count; ++i) {
-    if (values[i] != nullptr && names[i] == name) {
-      return values[i];
-    }
-  }
-  return nullptr;
-}
+// Where the statements here have what they read; an absent one is null.
+constexpr int kIdentifier = 0;
+constexpr int kRevision = 1;
+constexpr int kCreationTime = 2;
 
 const char* OrEmpty(const char* text) {
   return text == nullptr ? "" : text;
@@ -35,30 +28,28 @@ List ReadRows(const TypeStatement& statement, DBStore::RowCallback add,
   return list;
 }
 
-int TakeRevision(void* revision, int count, char** values, char** names) {
-  if (const char* text = Column("Revision", count, values, names)) {
-    *static_cast<std::int32_t*>(revision) = RevisionFrom(text);
+int TakeRevision(void* revision, int /*count*/, char** values, char** /*names*/) {
+  if (values[kRevision] != nullptr) {
+    *static_cast<std::int32_t*>(revision) = RevisionFrom(values[kRevision]);
   }
   return 0;
 }
 
 int AddId(void* ids, int /*count*/, char** values, char** /*names*/) {
-  static_cast<std::list<std::string>*>(ids)->emplace_back(OrEmpty(values[0]));
+  static_cast<std::list<std::string>*>(ids)->emplace_back(OrEmpty(values[kIdentifier]));
   return 0;
 }
 
-int AddRevision(void* revisions, int count, char** values, char** names) {
+int AddRevision(void* revisions, int /*count*/, char** values, char** /*names*/) {
   static_cast<std::list<std::pair<std::string, std::int32_t>>*>(revisions)->emplace_back(
-      OrEmpty(Column("Identifier", count, values, names)),
-      RevisionFrom(Column("Revision", count, values, names)));
+      OrEmpty(values[kIdentifier]), RevisionFrom(values[kRevision]));
   return 0;
 }
 
-int AddExisting(void* instances, int count, char** values, char** names) {
-  static_cast<ExistingInstances*>(instances)->insert_or_assign(
-      OrEmpty(Column("Identifier", count, values, names)),
-      std::pair(RevisionFrom(Column("Revision", count, values, names)),
-                std::string(OrEmpty(Column("CreationTime", count, values, names)))));
+int AddExisting(void* instances, int /*count*/, char** values, char** /*names*/) {
+  static_cast<ExistingInstances*>(instances)->Add(OrEmpty(values[kIdentifier]),
+                                                  RevisionFrom(values[kRevision]),
+                                                  OrEmpty(values[kCreationTime]));
   return 0;
 }
 

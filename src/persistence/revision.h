@@ -5,7 +5,7 @@
 
 #include "platform/db_store.h"
 
-#include "persistence/write_config.h"
+#include "persistence/existing_instances.h"
 
 #include <cstdint>
 #include <list>

@@ -50,7 +50,7 @@ inline constexpr std::string_view READ_CONFIRMED_CONTENTS =
     "SELECT Name, %1$s as Value, AutoConfValue, Component, Identifier, Version, ConfigGroup, "
     "CreationTime, ModifiedTime, Revision FROM Config WHERE Success=1 AND %1$s IS NOT NULL";
 
-// Revisions and instance ids:
+// Revisions and instance ids, read by the places of the columns:
 
 /// Parameters: name, group, component, identifier.
 inline constexpr InstanceStatement READ_REVISION(
@@ -235,33 +235,35 @@ inline constexpr std::array<std::string_view, 5> LIST_STAGED = {
 };
 #undef TARN_STAGED_COLUMNS
 
-/// One value of all rows that hold it, as "Value", by a prefix.
-#define TARN_ONE_VALUE(column)                                        \
-  "SELECT Component, ConfigGroup, Name, Identifier, Success, " column \
-  " AS Value FROM Config WHERE " column " NOT NULL"
-#define TARN_BY_PREFIX(select)                                                          \
+#define TARN_BY_PREFIX(select, ofType)                                                  \
   {                                                                                     \
     select TARN_STORED_ORDER, select " AND Component = ?" TARN_STORED_ORDER,            \
         select " AND Component = ? AND ConfigGroup = ?" TARN_STORED_ORDER,              \
-        select " AND Component = ? AND ConfigGroup = ? AND Name = ?" TARN_STORED_ORDER, \
-        select " AND Component = ? AND ConfigGroup = ? AND Name = ? AND Identifier = ?" \
+        ofType " AND Component = ? AND ConfigGroup = ? AND Name = ?" TARN_STORED_ORDER, \
+        ofType " AND Component = ? AND ConfigGroup = ? AND Name = ? AND Identifier = ?" \
   }
-inline constexpr std::array<std::string_view, 5> READ_USER_VALUES =
-    TARN_BY_PREFIX(TARN_ONE_VALUE("UserValue"));
+/// One value of all rows that hold it, as "Value", by a prefix. Of one type, no row says again which.
+#define TARN_ONE_VALUE(column, type) \
+  "SELECT " type "Identifier, Success, " column " AS Value FROM Config WHERE " column " NOT NULL"
+#define TARN_VALUES(column)                                                \
+  TARN_BY_PREFIX(TARN_ONE_VALUE(column, "Component, ConfigGroup, Name, "), \
+                 TARN_ONE_VALUE(column, ""))
+inline constexpr std::array<std::string_view, 5> READ_USER_VALUES = TARN_VALUES("UserValue");
 inline constexpr std::array<std::string_view, 5> READ_AUTOMATIC_VALUES =
-    TARN_BY_PREFIX(TARN_ONE_VALUE("AutoConfValue"));
-inline constexpr std::array<std::string_view, 5> READ_VITAL_VALUES =
-    TARN_BY_PREFIX(TARN_ONE_VALUE("VitalValue"));
-inline constexpr std::array<std::string_view, 5> READ_CACHED_VALUES =
-    TARN_BY_PREFIX(TARN_ONE_VALUE("CachedValue"));
-inline constexpr std::array<std::string_view, 5> READ_PENDING_VALUES =
-    TARN_BY_PREFIX(TARN_ONE_VALUE("DesiredValue"));
+    TARN_VALUES("AutoConfValue");
+inline constexpr std::array<std::string_view, 5> READ_VITAL_VALUES = TARN_VALUES("VitalValue");
+inline constexpr std::array<std::string_view, 5> READ_CACHED_VALUES = TARN_VALUES("CachedValue");
+inline constexpr std::array<std::string_view, 5> READ_PENDING_VALUES = TARN_VALUES("DesiredValue");
+#undef TARN_VALUES
 #undef TARN_ONE_VALUE
 
 /// Everything that is staged, by a prefix, in the order in which it is applied.
-inline constexpr std::array<std::string_view, 5> READ_STAGED_RECORDS = TARN_BY_PREFIX(
-    "SELECT Component, ConfigGroup, Name, Identifier, Version, BootAction, Value AS UserValue, "
-    "VitalValue, CachedValue FROM DesiredUserConfig WHERE true");
+#define TARN_RECORDS                                                                           \
+  "SELECT Component, ConfigGroup, Name, Identifier, Version, BootAction, Value AS UserValue, " \
+  "VitalValue, CachedValue FROM DesiredUserConfig WHERE true"
+inline constexpr std::array<std::string_view, 5> READ_STAGED_RECORDS =
+    TARN_BY_PREFIX(TARN_RECORDS, TARN_RECORDS);
+#undef TARN_RECORDS
 #undef TARN_BY_PREFIX
 #undef TARN_STORED_ORDER
 

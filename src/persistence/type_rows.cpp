@@ -45,28 +45,29 @@ void Write(const ConfigStoreObjectId& type, const std::string& version, const De
   }
 }
 
-// Answers whether the row holds a value.
-bool HandOn(const RowMap& row, std::string instanceId,
-            const std::function<void(const StoredRow&)>& receiver) {
+bool HoldsValue(const RowMap& row) {
+  return std::any_of(kValueColumns.begin(), kValueColumns.end(), [&row](const ValueColumn& column) {
+    return row.Find(column.name).has_value();
+  });
+}
+
+bool IsConfirmed(const RowMap& row) {
+  return row.Text("Success") == "1";
+}
+
+StoredRow MakeStoredRow(const RowMap& row, std::string_view instanceId) {
   StoredRow stored;
-  bool holds = false;
   for (const ValueColumn& column : kValueColumns) {
     if (const auto text = row.Find(column.name)) {
       stored.*column.text = *text;
-      holds = true;
     }
   }
-
-  stored.instanceId = std::move(instanceId);
+  stored.instanceId = instanceId;
   stored.version = row.Text("Version");
   stored.creationTime = row.Text("CreationTime");
-  stored.revision = RevisionFrom(std::string(row.Text("Revision")).c_str());
-  stored.confirmed = row.Text("Success") == "1";
-
-  if (holds) {
-    receiver(stored);
-  }
-  return holds;
+  stored.revision = RevisionFrom(row.Text("Revision").data());
+  stored.confirmed = IsConfirmed(row);
+  return stored;
 }
 
 void ForEachType(const DBStore::ConnectionHandle& connection, std::string_view sql,
@@ -127,9 +128,22 @@ int CountStoredInstances(const ConfigStoreObjectId& type,
 std::size_t ForEachStoredRow(const ConfigStoreObjectId& type,
                              const DBStore::ConnectionHandle& connection,
                              const std::function<void(const StoredRow&)>& receiver) {
+  return TakeStoredRows(
+      type, connection, [](const RowTexts& /*row*/) { return true; }, receiver);
+}
+
+std::size_t TakeStoredRows(const ConfigStoreObjectId& type,
+                           const DBStore::ConnectionHandle& connection,
+                           const std::function<bool(const RowTexts&)>& wants,
+                           const std::function<void(StoredRow&&)>& receiver) {
   std::size_t without = 0;
   ForEachRow(connection, GET_INSTANCES.Text(), type, [&](const RowMap& row) {
-    without += HandOn(row, std::string(row.Text("Identifier")), receiver) ? 0U : 1U;
+    const RowTexts texts{row.Text("Identifier"), row.Find("UserValue"), IsConfirmed(row)};
+    if (!texts.user && !HoldsValue(row)) {
+      ++without;
+    } else if (wants(texts)) {
+      receiver(MakeStoredRow(row, texts.instanceId));
+    }
   });
   return without;
 }
@@ -137,8 +151,8 @@ std::size_t ForEachStoredRow(const ConfigStoreObjectId& type,
 void VisitStoredRow(const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection,
                     const std::function<void(const StoredRow&)>& receiver) {
   const RowMap row = ReadRowMap(connection, READ_TABLE_CONFIG, id);
-  if (!row.Empty()) {
-    HandOn(row, id.instanceId, receiver);
+  if (HoldsValue(row)) {
+    receiver(MakeStoredRow(row, id.instanceId));
   }
 }
 

@@ -14,6 +14,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace TarnConfigStore {
@@ -79,6 +80,19 @@ inline constexpr std::array<ValueColumn, 5> kValueColumns = {
 std::size_t ForEachStoredRow(const ConfigStoreObjectId& type,
                              const DBStore::ConnectionHandle& connection,
                              const std::function<void(const StoredRow&)>& receiver);
+
+/// What there is of a row before it is copied. Valid during the call.
+struct RowTexts {
+  std::string_view instanceId;
+  std::optional<std::string_view> user;
+  bool confirmed = true;
+};
+
+/// The same of the rows that are wanted, each of which the receiver may take. All are asked about.
+std::size_t TakeStoredRows(const ConfigStoreObjectId& type,
+                           const DBStore::ConnectionHandle& connection,
+                           const std::function<bool(const RowTexts&)>& wants,
+                           const std::function<void(StoredRow&&)>& receiver);
 
 /// The same for one row, where it is there and holds a value. Raises ConfigStoreException 2000 "Get
 /// failed: IDENTIFIER".

@@ -3,7 +3,6 @@
 #include "errors/raise.h"
 #include "objects/division.h"
 #include "objects/schema_lookup.h"
-#include "persistence/binder.h"
 #include "persistence/statements.h"
 
 #include <algorithm>
@@ -20,36 +19,37 @@ ColumnMapEntry DivideForWriting(const ConfigStoreObject& object,
   return DivideObject(object, schema, context);
 }
 
-void WriteComplete(const ConfigStoreObjectId& type, const std::string& instanceId,
-                   const std::string& version, int success, const ColumnValues& values,
-                   DBStore::NullableSV creationTime, int revisionBase,
-                   const DBStore::ConnectionHandle& connection) {
-  const DBStore::StatementHandle statement =
-      DBStore::internal::Prepare(connection, WRITE_COMPLETE, DBStore::kWaitLimit);
-  if (!Binder(connection, statement)
-           .Text(instanceId, type.key, type.group, type.component, version)
-           .Number(success)
-           .Nullable(values.automatic, values.user, values.vital, values.cached, creationTime)
-           .Number(revisionBase)
-           .Execute()) {
-    ThrowFailure("WriteComplete failed");
-  }
-}
+// The schema of one type after the other; rows are of the same type as a rule.
+class SchemaOfRows {
+ public:
+  explicit SchemaOfRows(const SchemaCacheHandle& cache) : cache_(cache) {}
 
-void WriteRow(const ColumnMapEntry& row, const std::string& version,
-              const ExistingInstances::mapped_type* existing,
-              const DBStore::ConnectionHandle& connection) {
-  WriteComplete(*row.id, row.id->instanceId, version, kConfirmed, row.values,
-                existing == nullptr ? DBStore::NullableSV() : DBStore::NullableSV(existing->second),
-                existing == nullptr ? 0 : existing->first, connection);
-}
+  /// Answers whether the type is another one than the row's before. Raises as RequireSchema.
+  bool MoveTo(const ConfigStoreObjectId& id) {
+    if (type_ != nullptr && IsSameType(*type_, id)) {
+      return false;
+    }
+    schema_ = RequireSchema(cache_, id);
+    type_ = &id;
+    return true;
+  }
+  const TarnSchemaStore::SchemaObject& operator*() const { return *schema_; }
+
+ private:
+  const SchemaCacheHandle& cache_;
+  SchemaHandle schema_;
+  const ConfigStoreObjectId* type_ = nullptr;
+};
 
 }  // namespace
 
 void SetInternal(const ObjectHandle& object, const SchemaCacheHandle& schemaCache,
                  const USERDATA_CONTEXT& context, const DBStore::ConnectionHandle& connection) {
   const SchemaHandle schema = RequireSchema(schemaCache, object->GetConfigStoreObjectId());
-  WriteRow(DivideForWriting(*object, *schema, context), schema->GetVersion(), nullptr, connection);
+  const auto [id, values] = DivideForWriting(*object, *schema, context);
+  CompleteWriter writer(connection);
+  writer.SetType(*id, schema->GetVersion(), kConfirmed);
+  writer.Write(id->instanceId, values, {}, 0);
 }
 
 void SetInstancesInternal(const std::vector<ObjectHandle>& objects, const USERDATA_CONTEXT& context,
@@ -58,9 +58,10 @@ void SetInstancesInternal(const std::vector<ObjectHandle>& objects, const USERDA
                           const std::optional<ExistingInstances>& existing) {
   ColumnMap rows;
   rows.reserve(objects.size());
+  SchemaOfRows schema(schemaCache);
   for (const ObjectHandle& object : objects) {
-    rows.push_back(DivideForWriting(
-        *object, *RequireSchema(schemaCache, object->GetConfigStoreObjectId()), context));
+    schema.MoveTo(object->GetConfigStoreObjectId());
+    rows.push_back(DivideForWriting(*object, *schema, context));
   }
   // New rows lie in the order in which they are written, and are read in that of their ids.
   const auto isBefore = [](const ColumnMapEntry& a, const ColumnMapEntry& b) {
@@ -76,25 +77,35 @@ void WriteCompleteConfigInstances(const ColumnMap& rows,
                                   const DBStore::ConnectionHandle& connection,
                                   const SchemaCacheHandle& schemaCache,
                                   const std::optional<ExistingInstances>& existing) {
-  for (const ColumnMapEntry& row : rows) {
-    const ExistingInstances::mapped_type* known = nullptr;
-    if (existing) {
-      const auto found = existing->find(row.id->instanceId);
-      known = found == existing->end() ? nullptr : &found->second;
+  CompleteWriter writer(connection);
+  SchemaOfRows schema(schemaCache);
+  std::size_t next = 0;
+  for (const auto& [id, values] : rows) {
+    if (schema.MoveTo(*id)) {
+      writer.SetType(*id, (*schema).GetVersion(), kConfirmed);
     }
-    WriteRow(row, RequireSchema(schemaCache, *row.id)->GetVersion(), known, connection);
+    const auto known = existing ? existing->Find(id->instanceId, next) : std::nullopt;
+    writer.Write(id->instanceId, values,
+                 known ? DBStore::NullableSV(known->creationTime) : DBStore::NullableSV(),
+                 known ? known->revision : 0);
   }
 }
 
-void WriteImportedRow(const ConfigStoreObjectId& type, const StoredRow& row,
-                      const std::optional<std::string>& creationTime, int revision,
-                      const DBStore::ConnectionHandle& connection) {
-  WriteComplete(type, row.instanceId, row.version, row.confirmed ? kConfirmed : 0, row,
+void ImportedRows::Write(const ConfigStoreObjectId& type, const StoredRow& row,
+                         const std::optional<std::string>& creationTime, int revision) {
+  const bool isLikeTheOneBefore = type_ != nullptr && IsSameType(*type_, type) &&
+                                  before_->version == row.version &&
+                                  before_->confirmed == row.confirmed;
+  if (!isLikeTheOneBefore) {
+    writer_.SetType(type, row.version, row.confirmed ? kConfirmed : 0);
+    type_ = &type;
+    before_ = &row;
+  }
+  writer_.Write(row.instanceId, row,
                 creationTime ? DBStore::NullableSV(*creationTime) : DBStore::NullableSV(),
-                revision - 1,  // the statement adds one
-                connection);
+                revision - 1);  // the statement adds one
   if (row.pending) {
-    RedivideRow(type, row, connection);
+    RedivideRow(type, row, connection_);
   }
 }
 

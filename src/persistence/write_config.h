@@ -7,20 +7,17 @@
 #include "platform/schema_store.h"
 
 #include "objects/division.h"
+#include "persistence/complete_writer.h"
+#include "persistence/existing_instances.h"
 #include "persistence/row_objects.h"
 #include "persistence/type_rows.h"
 
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace TarnConfigStore {
-
-/// Revision and creation time of instances that existed before a bulk write, by instance id.
-using ExistingInstances = std::map<std::string, std::pair<int, std::string>>;
 
 /// Replaces an object's row by its data, divided among the value columns; array elements that need
 /// a generated instance id get one. The object has been validated. Raises ConfigStoreException 2000
@@ -41,12 +38,24 @@ void WriteCompleteConfigInstances(const ColumnMap& rows,
                                   const SchemaCacheHandle& schemaCache,
                                   const std::optional<ExistingInstances>& existing);
 
-/// Writes a row as a document has it, all values, the pending one and the version included. A new row
-/// gets the creation time, where there is one, and the number of writes; one that is there keeps its
-/// own, and counts a write. Raises as SetInternal.
-/// \param type  names the type; the row has the instance id
-void WriteImportedRow(const ConfigStoreObjectId& type, const StoredRow& row,
-                      const std::optional<std::string>& creationTime, int revision,
-                      const DBStore::ConnectionHandle& connection);
+/// Writes rows as a document has them, all values, the pending one and the version included.
+class ImportedRows {
+ public:
+  explicit ImportedRows(const DBStore::ConnectionHandle& connection)
+      : connection_(connection), writer_(connection) {}
+
+  /// A new row gets the creation time, where there is one, and the number of writes; one that is there
+  /// keeps its own, and counts a write. Raises as SetInternal.
+  /// \param type  names the type; the row has the instance id. Both have to outlive this
+  void Write(const ConfigStoreObjectId& type, const StoredRow& row,
+             const std::optional<std::string>& creationTime, int revision);
+
+ private:
+  const DBStore::ConnectionHandle& connection_;
+  CompleteWriter writer_;
+  // What is bound.
+  const ConfigStoreObjectId* type_ = nullptr;
+  const StoredRow* before_ = nullptr;
+};
 
 }  // namespace TarnConfigStore

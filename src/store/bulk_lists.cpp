@@ -11,9 +11,9 @@
 
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 namespace TarnConfigStore {
-
 namespace {
 
 // The findings name members only, which all the instances have.
@@ -30,6 +30,28 @@ namespace {
   ThrowException<ValidationException>(static_cast<CSErrorCodes>(refused.GetErrorCode()), findings);
 }
 
+// Ids come in their order as a rule: then each is compared with the one before it alone.
+class SeenIds {
+ public:
+  explicit SeenIds(std::size_t most) { ascending_.reserve(most); }
+
+  /// Answers whether it is the first of its kind.
+  bool Add(std::string_view id) {
+    if (known_.empty() && (ascending_.empty() || ascending_.back() < id)) {
+      ascending_.push_back(id);
+      return true;
+    }
+    if (known_.empty()) {
+      known_.insert(ascending_.begin(), ascending_.end());
+    }
+    return known_.insert(id).second;
+  }
+
+ private:
+  std::vector<std::string_view> ascending_;
+  std::unordered_set<std::string_view> known_;  // all of them, once one was out of order
+};
+
 }  // namespace
 
 ConfigStoreObjectId DropEmptyHandles(ObjectList& objects, const char* operation) {
@@ -42,8 +64,7 @@ ConfigStoreObjectId DropEmptyHandles(ObjectList& objects, const char* operation)
 
 void CheckInstances(const ObjectList& objects, const ConfigStoreObjectId& type,
                     const std::function<void(const ObjectHandle&)>& validate) {
-  std::unordered_set<std::string_view> instances;
-  instances.reserve(objects.size());
+  SeenIds instances(objects.size());
   for (const auto& object : objects) {
     const ConfigStoreObjectId& id = object->GetConfigStoreObjectId();
     if (!IsSameType(id, type)) {
@@ -51,7 +72,7 @@ void CheckInstances(const ObjectList& objects, const ConfigStoreObjectId& type,
     }
     validateInstanceId(id);
     ValidateWritableInstanceId(id);
-    if (!instances.insert(id.instanceId).second) {
+    if (!instances.Add(id.instanceId)) {
       ThrowArgument("The instance is listed twice: " + id.toString());
     }
     try {
