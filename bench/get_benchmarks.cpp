@@ -27,6 +27,31 @@ void RegisterGet(Roads& roads, const char* name, const char* does, const char* k
   sides.floor->Repetitions(repetitions);
 }
 
+// What the store holds of a row that nobody changed; the floor reads it each time.
+template <class Library, class Floor>
+void RegisterUnchanged(const char* name, Library library, Floor floor) {
+  constexpr double kTarget = 0.4;
+  Compare(
+      {.name = name,
+       .does = "the same of an object that did not change since; the floor reads it anew",
+       .targetRatio = kTarget},
+      [library](benchmark::State& state) {
+        TarnConfigStore::SetRowHolding(true);
+        library();
+        library();
+        Measure(state, library);
+        TarnConfigStore::SetRowHolding(false);
+      },
+      [floor](benchmark::State& state) { Measure(state, floor); });
+}
+
+void RegisterUnchangedGet(Roads& roads, const char* name, const char* key) {
+  const TarnConfigStore::ConfigStoreObjectId id = IdOf(key);
+  RegisterUnchanged(
+      name, [&roads, id] { return roads.library->Get(id); },
+      [&roads, id] { return roads.floor.Get(id); });
+}
+
 // Pages that were not read a moment ago, at random, the same on both sides.
 void RegisterRandomGets(Roads& roads, std::size_t count) {
   constexpr double kRandomTarget = 1.35;
@@ -66,6 +91,8 @@ void RegisterGets(Roads& roads) {
   RegisterGet(roads, "get/four-columns",
               "the same with four texts of 400 bytes together, merged member by member",
               Host::kLayered, kLayeredTarget);
+  RegisterUnchangedGet(roads, "get/unchanged", Host::kPlain);
+  RegisterUnchangedGet(roads, "get/unchanged-four-columns", Host::kLayered);
   constexpr double kMegabyteTarget = 1.5;
   constexpr int kFew = 31;
   RegisterGet(roads, "get/1MB", "the same with an object of 1 MB in 2,500 members", Host::kMegabyte,
@@ -84,6 +111,9 @@ void RegisterGets(Roads& roads) {
       [&roads, id](benchmark::State& state) {
         Measure(state, [&] { return roads.floor.GetRevision(id); });
       });
+  RegisterUnchanged(
+      "revision/unchanged", [&roads, id] { return roads.library->GetRevision(id); },
+      [&roads, id] { return roads.floor.GetRevision(id); });
 }
 
 }  // namespace Benchmarks

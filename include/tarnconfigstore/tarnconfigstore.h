@@ -12,7 +12,7 @@
 //   compare_and_set.h                                    writing it, unless somebody else was faster
 //   rehearsal.h                                          trying any of it on a copy of the host
 // The others stand alone: backup.h, default_instances.h, diagnostics.h, doctor.h, documents.h, drift.h, dry_run.h, file.h,
-// host.h, kernel_options.h, key_values.h, listing.h, process.h, stored_views.h, type_administration.h. Every header
+// held_rows.h, host.h, kernel_options.h, key_values.h, listing.h, process.h, stored_views.h, type_administration.h. Every header
 // compiles alone, as C++17.
 //
 // Set, Get and a filter, on a type with instances:
@@ -57,6 +57,7 @@
 #include "tarnconfigstore/export.h"
 #include "tarnconfigstore/file.h"
 #include "tarnconfigstore/filter_spec_object.h"
+#include "tarnconfigstore/held_rows.h"
 #include "tarnconfigstore/host.h"
 #include "tarnconfigstore/kernel_options.h"
 #include "tarnconfigstore/key_values.h"

@@ -9,6 +9,7 @@
 #include "objects/schema_lookup.h"
 #include "persistence/boot_flags.h"
 #include "persistence/connection.h"
+#include "persistence/held_reads.h"
 #include "persistence/statements.h"
 
 #include <optional>
@@ -78,9 +79,19 @@ void ForEachKept(const std::shared_ptr<FilterSpecObject>& filter,
 
 ObjectHandle GetInternal(const ConfigStoreObjectId& id, const DBStore::ConnectionHandle& connection,
                          const SchemaHandle& schema) {
+  if (ObjectHandle held = FindHeldObject(id, connection, schema)) {
+    return held;
+  }
+  const DBStore::Turn turn(connection);
   ObjectHandle object;
-  VisitRow(connection, READ_TABLE_CONFIG, id,
-           [&](const RowMap& row) { object = MakeCurrent(row, id, schema); });
+  int upgradeContext = 0;
+  VisitRow(connection, READ_TABLE_CONFIG, id, [&](const RowMap& row) {
+    upgradeContext = ReadUpgradeContext();
+    object = MergeLayers(row, id, schema, upgradeContext);
+  });
+  if (object) {
+    HoldObject(*object, connection, schema, upgradeContext);
+  }
   return object;
 }
 

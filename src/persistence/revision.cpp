@@ -1,5 +1,6 @@
 #include "persistence/revision.h"
 
+#include "persistence/held_reads.h"
 #include "persistence/row_map.h"
 #include "persistence/statements.h"
 
@@ -57,11 +58,16 @@ int AddExisting(void* instances, int /*count*/, char** values, char** /*names*/)
 
 std::int32_t GetRevisionInternal(const ConfigStoreObjectId& id,
                                  const DBStore::ConnectionHandle& connection) {
+  if (const auto held = FindHeldRevision(id, connection)) {
+    return *held;
+  }
+  const DBStore::Turn turn(connection);
   std::int32_t revision = kDefaultRevision;
   const DBStore::StatementHandle statement =
       READ_REVISION.PrepareAndBind(connection, id.key, id.group, id.component, id.instanceId);
   RunReading(connection, statement, TakeRevision, &revision,
              [] { return "GetRevision command failed"; });
+  HoldRevision(id, connection, revision);
   return revision;
 }
 

@@ -1,9 +1,12 @@
 #include "store/config_store_impl.h"
 
+#include "tarnconfigstore/held_rows.h"
+
+#include "platform/held_rows.h"
+
 #include "errors/raise.h"
 #include "persistence/connection.h"
 #include "store/boot_context.h"
-
 #include "store/next_boot_store_impl.h"
 
 #include <utility>
@@ -29,6 +32,10 @@ ConfigStoreImpl::ConfigStoreImpl(DBStore::ConnectionHandle connection)
     : connection_(std::move(connection)) {}
 
 ConfigStoreImpl::~ConfigStoreImpl() = default;
+
+void SetRowHolding(bool hold) noexcept {
+  DBStore::SetRowHolding(hold);
+}
 
 const DBStore::ConnectionHandle& ConnectionOf(ConfigStore& store) {
   const auto* const own = dynamic_cast<ConfigStoreImpl*>(&store);
@@ -60,7 +67,7 @@ int ConfigStoreImpl::CancelTransaction() noexcept {
 }
 
 std::shared_ptr<NextBootStore> ConfigStoreImpl::GetNextBootStore() {
-    RequireNextBootStore(connection_);
+  RequireNextBootStore(connection_);
 
   return std::make_shared<NextBootStoreImpl>(connection_);
 }

@@ -1,5 +1,7 @@
 // Statements and key/value entries. A statement is prepared anew for each user, and its rows are
 // collected before anybody gets one.
+#include "platform/held_rows.h"
+
 #include "store.h"
 
 #include <optional>
@@ -176,5 +178,19 @@ int internal::Bind(const ConnectionHandle&, const StatementHandle& statement, in
                sqlite3_bind_text64(statement.get(), index, address, text.size(), SQLITE_STATIC,
                                    SQLITE_UTF8));
 }
+
+// Nothing is held: a connection looks at a copy of the store, which is made anew for each read.
+void SetRowHolding(bool /*hold*/) noexcept {}
+
+MadeOfRow FindHeld(const ConnectionHandle& /*connection*/, const RowQuery& /*query*/) noexcept {
+  return nullptr;
+}
+
+bool IsWorthHolding(const ConnectionHandle& /*connection*/, const RowQuery& /*query*/) noexcept {
+  return false;
+}
+
+void Hold(const ConnectionHandle& /*connection*/, const RowQuery& /*query*/, MadeOfRow /*made*/,
+          std::size_t /*size*/) noexcept {}
 
 }  // namespace DBStore

@@ -86,6 +86,9 @@ int StoreConnection::Enter(std::unique_lock<std::mutex>& lock, Access access, in
       return internal::Fail(SQLITE_BUSY, "another connection's transaction goes on");
     }
   }
+  if (access != UNDO && depth == 0 && internal::CurrentStore() != &store) {
+    return internal::Fail(SQLITE_MISUSE, "the host root is another one since this was opened");
+  }
   if (access != UNDO && !InOrder()) {
     return internal::Fail(SQLITE_ABORT_ROLLBACK, "the transaction was ended by somebody else");
   }

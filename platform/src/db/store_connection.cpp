@@ -241,6 +241,7 @@ internal::CachedStatement* StoreConnection::PrepareLocked(std::string_view sql) 
 
 bool StoreConnection::MakeReusable() noexcept {
   const Guard guard(lock_);
+  held_.Clear();
   if (!broken_ && depth_ > 0 && sqlite3_get_autocommit(file_.handle.get()) == 0) {
     RollBack();
   }
@@ -302,6 +303,7 @@ void StoreConnection::Close() noexcept {
 
 void StoreConnection::CloseUnshared() noexcept {
   statements_.Clear();
+  held_.Close();
   transaction_.Clear();
   file_.handle.reset();
 }

@@ -4,12 +4,14 @@
 #include "platform/db_store.h"
 
 #include "db/database_file.h"
+#include "db/held_rows.h"
 #include "db/recursive_lock.h"
 #include "db/statement_cache.h"
 #include "db/transaction_statements.h"
 #include "db/write_queue.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -47,6 +49,10 @@ class StoreConnection {
   internal::CachedStatement* TakeStatement(std::string_view sql, int limit);
   void GiveBackStatement(internal::CachedStatement* entry) noexcept;
   int Execute(internal::CachedStatement* entry, RowCallback callback, void* context, int limit);
+
+  MadeOfRow FindHeld(const RowQuery& query) noexcept;
+  bool IsWorthHolding(const RowQuery& query) noexcept;
+  void Hold(const RowQuery& query, MadeOfRow made, std::size_t size) noexcept;
 
   int ReadKeyValue(const std::string& key, std::string* value);
   int WriteKeyValue(const std::string& key, const std::string& value);
@@ -116,6 +122,7 @@ class StoreConnection {
   internal::CachedStatement* TakeLocked(std::string_view sql, int limit);
   internal::CachedStatement* PrepareLocked(std::string_view sql);
   int CheckReading(const Action& action);
+  bool IsBetweenOperations() const noexcept;
   /// Waits for this connection's turn to write, up to the limit, of which it leaves the rest.
   int EnterQueue(int& limit, const Action& action);
   void LeaveQueue() noexcept;
@@ -136,6 +143,7 @@ class StoreConnection {
   internal::WriteQueue::Place place_;
   bool queued_ = false;
   internal::StatementCache statements_;
+  internal::HeldRows held_;
   internal::TransactionStatements transaction_;
   int waitLimit_ = kWaitLimit;
   int depth_ = 0;      // levels that were begun and neither committed nor cancelled
