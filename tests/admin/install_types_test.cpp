@@ -118,30 +118,6 @@ b  7 {} - -)";
   EXPECT_THAT(folder_.Install(), ElementsAre("a.json unchanged", "b.json unchanged"));
 }
 
-TEST_F(InstallTypes, FailureOfTheStoreLeavesTheTypesAndDefaultsAsTheyWere) {
-  WriteTagged("1", "", R"({"instance":"","value":{"a":1}})");
-  folder_.Install();
-  database_.Run(
-      "INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, UserValue) VALUES "
-      R"(('tarn','test','b','','1','{"m":1}'))");
-  WriteTagged("2", R"("vital":true)", R"({"instance":"","value":{"a":2}})");
-  folder_.Write("a.json", TypeFile("a", "1", kObject, kEmpty));
-  const auto look = [&] {
-    std::string text = Defaults() + database_.Rows();
-    for (const std::string& type : InstalledTypes()) {
-      text += " " + type;
-    }
-    return text;
-  };
-  Fail(Operation::GET_CONNECTION);
-  EXPECT_THAT(Raised([&] { folder_.Install(); }), StartsWith("CSE 2000 "));
-  EXPECT_GE(FailEachStep(
-                "install", [&] { folder_.Install(); }, look),
-            8);
-  EXPECT_EQ(look(), R"(a  1 {} - -
-b  2 {"a":2} - -tarn/test/b/ u=- d=- a=- v={"m":1} c=- ok=1 rev=1 a 1 b 2)");
-}
-
 // A reader that does not let go keeps the schemas from being committed, after the rows were.
 TEST_F(InstallTypes, InstallationThatStoppedBetweenTheCommitsIsMendedByAnother) {
   WriteTagged("1", "");

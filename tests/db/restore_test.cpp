@@ -281,31 +281,6 @@ TEST_F(Restores, ThatFailAtAnyStepLeaveBeforeOrAreToldToBeUnfinished) {
   }
 }
 
-TEST_F(Restores, WithoutRoomLeaveEverythingAsItWas) {
-  int status = 1;
-  for (rlim_t room = 0; status != 0; room += 8'000) {
-    ASSERT_LT(room, 3 * fs::file_size(backup_));
-    const TemporaryHost smaller;
-    ASSERT_TRUE(SetState(2));
-    const auto restoreFrom = [&](std::string_view from) {
-      return InChild([=, this] {
-        DBStore::testing::SetHook([=](auto, std::string_view step) {
-          const rlimit limit = {room, RLIM_INFINITY};
-          return step == from ? setrlimit(RLIMIT_FSIZE, &limit) : 0;
-        });
-        signal(SIGXFSZ, SIG_IGN);
-        return Restoring(backup_) == "nothing" ? 0 : 1;
-      });
-    };
-    status = restoreFrom("opening the backup");
-    EXPECT_EQ(Look(), status == 0 ? kFirst : kSecond) << room;
-    // The copy of the backup, the largest of all files, is there by then.
-    ASSERT_TRUE(SetState(2));
-    const int later = restoreFrom("locking out writers");
-    EXPECT_EQ(Look(), later == 0 ? kFirst : kSecond) << room;
-  }
-}
-
 TEST_F(Restores, WaitForProcessesThatInstallAndWriteAndHoldThemUpNoLonger) {
   const std::string ends = host_.Root() + "/ends";
   ChildProcess child([&] {
@@ -342,23 +317,6 @@ TEST_F(Restores, LetChildrenThatAreForkedMeanwhileUseTheStores) {
   }
   ends = true;
   restoring.join();
-}
-
-TEST_F(Restores, KilledAtAnyTimeLeaveBeforeOrAfter) {
-  int before = 0;
-  for (int round = 0; round < 40; ++round) {
-    ASSERT_TRUE(SetState(2));
-    ChildProcess child([&] {
-      HostBackup::Restore(backup_, true);
-      return 0;
-    });
-    std::this_thread::sleep_for(std::chrono::microseconds(700 * round));
-    kill(child.Id(), SIGKILL);
-    child.Wait();
-    ExpectBeforeOrAfter();
-    before += Look() == kSecond ? 1 : 0;
-  }
-  EXPECT_GT(before, 0);
 }
 
 TEST_F(Restores, LeftUnfinishedHoldUpWhoMayNotCompleteThem) {

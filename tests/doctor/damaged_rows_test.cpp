@@ -10,8 +10,6 @@
 #include "support/captured_log.h"
 #include "support/raised.h"
 
-#include <sqlite3.h>
-
 #include <algorithm>
 
 using namespace TarnConfigStore;
@@ -39,13 +37,7 @@ class DamagedRows : public TestSupport::DoctoredHost {
   }
   /// The installed type can no longer be read.
   void Damage(const std::string& key) const {
-    sqlite3* database = nullptr;
-    sqlite3_open(types_.c_str(), &database);
-    EXPECT_EQ(sqlite3_exec(database,
-                           ("UPDATE Types SET Document = '{' WHERE Name = '" + key + "'").c_str(),
-                           nullptr, nullptr, nullptr),
-              SQLITE_OK);
-    sqlite3_close(database);
+    Database(types_).Run("UPDATE Types SET Document = '{' WHERE Name = '" + key + "'");
   }
   std::string Row(const std::string& key, const std::string& id) const {
     const std::string rows = Database(host_).Rows();

@@ -41,6 +41,17 @@ class DoctoredHost : public ::testing::Test {
   }
 
   std::vector<std::string> Sql(const std::string& sql) const { return Database(host_).Run(sql); }
+  /// By a process that ends with the database open, as one does that is killed.
+  static void SqlOfAnother(const std::string& path, const std::vector<std::string>& statements) {
+    ASSERT_EQ(InChild([&] {
+                auto* const database = new Database(path);
+                for (const std::string& sql : statements) {
+                  database->Run(sql);
+                }
+                return 0;
+              }),
+              0);
+  }
   /// All of the log is in the store.
   void Settle() const { Sql("PRAGMA wal_checkpoint(TRUNCATE)"); }
 

@@ -5,8 +5,6 @@
 #include "doctor/doctored_host.h"
 #include "support/captured_log.h"
 
-#include <sqlite3.h>
-
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -94,11 +92,7 @@ TEST_F(Surroundings, AreFoundWhereAnAdministratorPutsThem) {
   std::filesystem::rename(Directory(), elsewhere);
   std::filesystem::create_directory_symlink(elsewhere, Directory());
   EXPECT_EQ(Kinds(ExamineHost().findings), "");
-  TestSupport::InChild([&] {
-    sqlite3* database = nullptr;
-    sqlite3_open((elsewhere + "/current-store-1").c_str(), &database);
-    return sqlite3_exec(database, "DROP TRIGGER ConfigModified", nullptr, nullptr, nullptr);
-  });
+  SqlOfAnother(elsewhere + "/current-store-1", {"DROP TRIGGER ConfigModified"});
   EXPECT_EQ(Actions(RepairHost({})), "backup trigger-missing");
   EXPECT_EQ(Kinds(ExamineHost().findings), "");
 }
@@ -124,10 +118,7 @@ TEST_F(Surroundings, ARestoreThatWasBegun) {
 
 TEST_F(Surroundings, NothingIsFoundInAStoreThatOthersWriteMeanwhile) {
   TestSupport::ChildProcess writer([this] {
-    sqlite3* database = nullptr;
-    sqlite3_open(store_.c_str(), &database);
-    sqlite3_busy_timeout(database, 3000);
-    int failures = 0;
+    TestSupport::Database database(store_);
     for (int i = 0; i < 400; ++i) {
       // Now and then much at once, now and then something that is taken back, and the log anew.
       const std::string sql =
@@ -136,9 +127,9 @@ TEST_F(Surroundings, NothingIsFoundInAStoreThatOthersWriteMeanwhile) {
           : i % 50 == 2 ? "PRAGMA wal_checkpoint(RESTART)"
                         : "UPDATE Config SET Revision = Revision + 1 WHERE Identifier = 's" +
                               std::to_string(i % 300) + "'";
-      failures += sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr) == 0 ? 0 : 1;
+      database.Run(sql);
     }
-    return failures;
+    return 0;
   });
   for (int i = 0; i < 15; ++i) {
     EXPECT_EQ(Kinds(ExamineHost().findings), "");

@@ -57,6 +57,54 @@ TEST_F(Documents, ApplyingWritesWhatDiffersAndNothingElse) {
   EXPECT_EQ(Rows(), before);
 }
 
+TEST_F(Documents, ManyInstancesAreFoundInWhicheverOrderTheyAreNamed) {
+  constexpr int kMany = 40;
+  const auto id = [](int i) { return "s" + std::to_string(i); };
+  for (int i = 0; i < kMany; ++i) {
+    Set({"switch", "test", "tarn", id(i)}, Named(id(i), "\"mtu\":" + std::to_string(i)).c_str());
+  }
+  PutRow(Switch("vital"), "", "", "", Named("vital", R"("serial":"s")"), "", 1);
+  std::string list;
+  std::string said;
+  // Of four, one stays, one is written otherwise, one changes, and one is left out.
+  for (int i = kMany + 3; i >= 0; --i) {
+    if (i % 4 == 3) {
+      continue;
+    }
+    const std::string mtu = "\"mtu\":" + std::to_string(i % 4 == 2 ? 1000 : i);
+    list += (list.empty() ? "" : ",") +
+            (i % 4 == 1 ? "{" + mtu + R"(,"name":")" + id(i) + "\"}" : Named(id(i), mtu));
+    said += (said.empty() ? "" : ",") + (R"({"object":"tarn/test/switch/)" + id(i)) +
+            R"(","outcome":")" +
+            (i >= kMany   ? "created"
+             : i % 4 == 2 ? "replaced"
+                          : "unchanged") +
+            "\"}";
+  }
+  const std::string document = Config("\"switch\":[" + list + "]");
+  EXPECT_EQ(ApplyConfig(document, {}).ToJson(), "[" + said + "]");
+  EXPECT_FALSE(ApplyConfig(document, {}).Changes());
+  EXPECT_TRUE(ComputeDrift(document, {}).empty());
+  EXPECT_EQ(ApplyConfig(document, {.prune = true}).objects.size(), 33U + 10U);
+  EXPECT_EQ(WithoutBlanks(Export({}, Switch("s2"))),
+            Config(R"("switch":[{"name":"s2","mtu":1000}])"));
+  EXPECT_EQ(database_.Lines("SELECT COUNT(*) FROM Config"), "34");
+  // Where every row changes, they go all at once, and keep what they keep.
+  database_.Run("UPDATE Config SET CreationTime = '2001-01-01 00:00:00'");
+  database_.Run("DELETE FROM Config WHERE UserValue IS NULL");
+  for (std::size_t at = 0; (at = list.find("\"mtu\":", at)) != std::string::npos; at += 7) {
+    list.insert(at + 6, "5");
+  }
+  ApplyConfig(Config("\"switch\":[" + list + "]"), {});
+  EXPECT_EQ(database_.Lines("SELECT DISTINCT CreationTime, MIN(Revision) FROM Config"),
+            "2001-01-01 00:00:00 2");
+  // An id that is named twice is seen wherever it stands.
+  EXPECT_EQ(Raised([&] {
+              ApplyConfig(Config("\"switch\":[" + list + "," + Named("s9", "") + "]"), {});
+            }).substr(0, 7),
+            "VE 1091");
+}
+
 TEST_F(Documents, ChangesOfTypesThatNeedARebootAreStagedOnRequest) {
   PutRow("a", R"("mtu":1)", "", R"("mtu":7)", R"("serial":"s")", 1);
   PutRow("b", R"("mtu":1)", "", "", "", 1);

@@ -1,5 +1,4 @@
 #include "documents/documents_fixture.h"
-#include "support/child_process.h"
 
 #include <sstream>
 
@@ -7,8 +6,6 @@ namespace TarnConfigStore {
 namespace {
 
 using TestSupport::Raised;
-
-constexpr int kKilled = 42;
 
 TEST_F(Documents, ModesReplaceMoreAndMore) {
   const auto reset = [this] {
@@ -178,55 +175,12 @@ TEST_F(Documents, MasksAreNeverStored) {
   EXPECT_EQ(Rows(), "");
 }
 
-TEST_F(Documents, AKillAtAnyStepLeavesBeforeOrAfter) {
-  const std::string stored = Config(
-      R"("plain":{"name":"x"},"switch":[{"name":"a","mtu":1,"serial":"s"},{"name":"b","mtu":1}])");
-  const std::string wanted = R"({"format":1,"config":{"tarn":{"test":{"plain":{"name":"y"},)"
-                             R"("switch":[{"name":"a","mtu":2},{"name":"c","mtu":3}],)"
-                             R"("many-switch":[{"name":"m","mtu":4}]}}}})";
-  const std::vector<std::function<void()>> calls = {
-      [&] { ImportConfig(wanted, {.mode = ImportMode::REPLACE_ALL}); },
-      [&] { ApplyConfig(wanted, {.prune = true, .stage = true}); }};
-  for (const auto& call : calls) {
-    ImportConfig(stored, {.mode = ImportMode::REPLACE_ALL});
-    database_.Run("DELETE FROM DesiredUserConfig");
-    const auto state = [this] { return database_.Rows() + "|" + database_.Staged(); };
-    std::vector<std::string> seen = {state()};
-    int kills = 0;
-    for (int status = kKilled; status == kKilled; ++kills) {
-      status = TestSupport::InChild([&] {
-        int countdown = kills;
-        DBStore::testing::SetHook([&](Operation /*asked*/, std::string_view /*detail*/) {
-          if (countdown-- == 0) {
-            _exit(kKilled);
-          }
-          return 0;
-        });
-        call();
-        _exit(0);
-        return 0;
-      });
-      ASSERT_TRUE(status == 0 || status == kKilled) << status;
-      if (state() != seen.back()) {
-        seen.push_back(state());
-      }
-    }
-    // Before, and from the commit on after; what follows it is announced.
-    EXPECT_EQ(seen.size(), 2U);
-    EXPECT_GT(kills, 10);
-    EXPECT_EQ(seen.back().find("\"x\""), std::string::npos);
-  }
-}
-
 TEST_F(Documents, ObjectsAreMadeFromTexts) {
   EXPECT_EQ(CreateObject(Switch(""), R"({"name":"a","mtu":1})")->GetConfigStoreObjectId(),
             Switch("a"));
   const Objects objects = CreateObjects(Config(R"("switch":[{"name":"b"}],"plain":{"port":1})"));
   EXPECT_EQ(Data(objects), R"(b{"name":"b"} {"port":1} )");
-  ExpectRaised({{"CSE 1037",
-                 [] {
-                   CreateObject({"gone", "test", "tarn"}, "{}");
-                 }},
+  ExpectRaised({{"CSE 1037", [] { CreateObject(Id("gone", "test", "tarn"), "{}"); }},
                 {"IAE 1080", [this] { CreateObject(plain_, "{"); }},
                 {"IAE 1082", [this] { CreateObject(plain_, "[]"); }},
                 {"CSE 1032", [] { CreateObject(Switch(""), R"({"mtu":1})"); }},

@@ -154,6 +154,11 @@ TEST_F(PowerLoss, LeavesStagingApplyingAndImportingWhole) {
                    },
                    [&] { ApplyNextBootConfig({}); },
                    [&] { ImportConfig(document, {.mode = ImportMode::REPLACE_ALL}); },
+                   [&] {
+                     ApplyConfig(R"({"format":1,"config":{"tarn":{"test":{"plain":{"name":"y"},)"
+                                 R"("switch":[{"name":"a","mtu":2}],"many-switch":[]}}}})",
+                                 {.prune = true, .stage = true});
+                   },
                    [&] { database_.Run("PRAGMA wal_checkpoint(TRUNCATE)"); },
                },
                host_, disk_);

@@ -1,10 +1,7 @@
-// What lives on where memory runs out: objects that are changed, and what is thought of patterns.
+// What lives on where memory runs out: objects that are changed.
 #include "tarnconfigstore/config_store_object.h"
 
-#include "platform/json_validator.h"
-
 #include "faults/injected.h"
-#include "json/json.h"
 #include "support/child_process.h"
 #include "support/test_types.h"
 
@@ -17,7 +14,6 @@ namespace Faults {
 namespace {
 
 using TarnConfigStore::ConfigStoreObject;
-using TarnConfigStore::SubObjectId;
 
 // Answers how often the change failed before it came to its end.
 int FailEachAllocation(ConfigStoreObject& object, const std::function<void()>& change) {
@@ -58,36 +54,6 @@ void ChangeAnObject() {
   EXPECT_EQ(list, std::vector<std::string>(kMembers, text));
 }
 
-// A schema with all that has a memory of its own, and data that fit it.
-void ValidateData() {
-  Json::Document schema;
-  ASSERT_TRUE(
-      Json::Parse(R"({"properties":{"a":{"pattern":"^(x|y)*z[^\\d]+$"},"b":{"format":"regex"},
-      "c":{"format":"idn-hostname"}},"patternProperties":{"^x-":{"uniqueItems":true}}})",
-                  schema));
-  Json::Document data;
-  ASSERT_TRUE(Json::Parse(
-      R"({"a":"xyza","b":"^[a-z]{1,3}$","c":"b\u00fccher.example","x-l":[1,2,[3]]})", data));
-  const auto validate = [&] {
-    Json::Document findings;
-    JsonValidator::Validate(schema, data, findings, {0, 1}, "");
-    return findings.Size();
-  };
-  validate();  // tables that are made once would have the first allocations fail again and again
-  unsigned failures = 0;
-  for (bool struck = true; struck; ++failures) {
-    Arm(Kind::ALLOCATION, failures + 1, false);
-    try {
-      const unsigned found = validate();
-      struck = Disarm();
-      EXPECT_EQ(found, 0U) << "after failure " << failures;
-    } catch (const std::bad_alloc&) {
-      Disarm();
-    }
-  }
-  EXPECT_GT(failures, 50U);
-}
-
 // In children: the sweeps of this program begin with processes that have done nothing yet.
 int InPeace(void (*test)()) {
   return TestSupport::InChild([test] {
@@ -98,10 +64,6 @@ int InPeace(void (*test)()) {
 
 TEST(WithoutMemory, ObjectsAreAsTheyWereAndCanBeChanged) {
   EXPECT_EQ(InPeace(ChangeAnObject), 0);
-}
-
-TEST(WithoutMemory, NoPatternOrNameIsTakenForWrong) {
-  EXPECT_EQ(InPeace(ValidateData), 0);
 }
 
 }  // namespace

@@ -31,44 +31,7 @@ inline std::string Told(const std::shared_ptr<ConfigStoreObject>& object) {
 inline std::string Told(const std::pair<std::string, std::int32_t>& revision) {
   return revision.first + std::to_string(revision.second);
 }
-inline std::string Told(const ErrorInfo& error) {
-  return error.field + ":" + error.error;
-}
-inline std::string Told(const StoredObject& stored) {
-  return stored.id.toString() + std::to_string(stored.revision) + Told(stored.hasPending);
-}
-inline std::string Told(const OutdatedObject& outdated) {
-  return Told(outdated.stored) + outdated.installedVersion;
-}
-inline std::string Told(const StagedChange& change) {
-  return change.id.toString() + std::to_string(static_cast<int>(change.action));
-}
-inline std::string Told(const AppliedChange& change) {
-  return change.id.toString() + std::to_string(change.decided.size());
-}
-inline std::string Told(const UnappliedChange& change) {
-  return "not " + change.id.toString();
-}
-inline std::string Told(const PendingChange& change) {
-  std::string text = change.id.toString();
-  for (const DriftObject& object : change.difference) {
-    text += object.ToJson();
-  }
-  for (const MemberChange& member : change.meanwhile) {
-    text += member.pointer + member.current.value_or("-");
-  }
-  return text + std::to_string(change.findings.size() + change.mergedFindings.size());
-}
-inline std::string Told(const InstalledType& type) {
-  return type.key + type.version + type.flags;
-}
-inline std::string Told(const RowReport& row) {
-  return row.object.toString() + std::to_string(static_cast<int>(row.outcome));
-}
-inline std::string Told(const DriftObject& drift) {
-  return drift.ToJson();
-}
-// A file that could not be read is told in the report.
+// A file that could not be read, or a document that was refused, is told in its report.
 inline std::string Told(const TypeReport& type) {
   if (type.outcome == TypeOutcome::INVALID) {
     throw std::runtime_error(type.errors.empty() ? "misfits" : type.errors.front().error);
@@ -82,23 +45,45 @@ inline std::string Told(const DocumentReport& report) {
   }
   return report.ToJson();
 }
-inline std::string Told(const MemberDescription& member) {
-  return member.pointer + member.type + std::to_string(member.limits.size());
+inline std::string Told(const OutdatedObject& outdated) {
+  return outdated.stored.id.toString() + outdated.installedVersion;
 }
-inline std::string Told(const ExplainedMember& member) {
-  return member.pointer + member.value.value_or("-") + std::to_string(member.held.size());
+inline std::string Told(const PendingChange& change) {
+  std::string text = change.id.toString();
+  for (const DriftObject& object : change.difference) {
+    text += object.ToJson();
+  }
+  for (const MemberChange& member : change.meanwhile) {
+    text += member.pointer + member.current.value_or("-");
+  }
+  return text + std::to_string(change.findings.size() + change.mergedFindings.size());
 }
-inline std::string Told(const UnsetMember& member) {
-  return member.pointer + std::to_string(member.taken.size());
-}
-template <class List>
-requires requires(const List& list) {
-  list.begin() != list.end();
-}
-std::string Told(const List& list) {
+// Of everything else, its name and what tells it apart.
+template <class Thing>
+std::string Told(const Thing& thing) {
   std::string text;
-  for (const auto& element : list) {
-    text += Told(element) + " ";
+  if constexpr (requires { thing.ToJson(); }) {
+    text = thing.ToJson();
+  } else if constexpr (requires { thing.begin() != thing.end(); }) {
+    for (const auto& element : thing) {
+      text += Told(element) + " ";
+    }
+  } else if constexpr (requires { thing.pointer; }) {
+    text = thing.pointer;
+    if constexpr (requires { thing.value; }) {
+      text += thing.value.value_or("-");
+    }
+  } else if constexpr (requires { thing.error; }) {
+    text = thing.field + ":" + thing.error;
+  } else if constexpr (requires { thing.flags; }) {
+    text = thing.key + thing.version + thing.flags;
+  } else if constexpr (requires { thing.object; }) {
+    text = thing.object.toString() + std::to_string(static_cast<int>(thing.outcome));
+  } else {
+    text = thing.id.toString();
+    if constexpr (requires { thing.action; }) {
+      text += std::to_string(static_cast<int>(thing.action));
+    }
   }
   return text;
 }

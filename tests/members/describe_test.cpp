@@ -13,7 +13,7 @@ class Describe : public TestSupport::StoreFixture {
   /// Installs a schema, and tells of each member in a line: "/n integer|minimum 1? user".
   std::string Told(const std::string& schema, const std::string& place = "", bool reveal = false) {
     TestSupport::InstallType(host_, TypeFile("told", std::to_string(++version_), schema));
-    return Lines(DescribeType({"told", "test", "tarn"}, place, reveal));
+    return Lines(DescribeType(Id("told", "test", "tarn"), place, reveal));
   }
   static std::string Lines(const TypeDescription& type) {
     std::string lines;
@@ -85,7 +85,7 @@ TEST_F(Describe, TellsPartsIdsAndSecretsAndFindsPlaces) {
   EXPECT_EQ(Told(schema, "/key/k", true), R"(/key/k 0 string|enum["x"] ="x" vital secret)");
   EXPECT_EQ(Told(schema, "/els/anything/e"), "/els/*/e 0 integer vital");
   EXPECT_EQ(Told(schema, "/els/*/none") + Told(schema, "/none"), "");
-  const TypeDescription type = DescribeType({"switch", "test", "tarn"});
+  const TypeDescription type = DescribeType(Id("switch", "test", "tarn"));
   EXPECT_TRUE(type.hasInstances && !type.needsReboot);
   EXPECT_NE(
       Lines(type).find(
@@ -112,13 +112,8 @@ TEST_F(Describe, EndsWhereASchemaHoldsItself) {
       definitions + R"("d40":{"type":"integer","default":1}}})";
   const std::string tooMany = "CSE 2000 There are more than 100000 members";
   ExpectRaised({{tooMany, [&] { Told(doubling); }},
-                {tooMany,
-                 [] {
-                   ExplainObject({"told", "test", "tarn"});
-                 }},
-                {tooMany, [] {
-                   GetEffectiveConfig({"told", "test", "tarn"});
-                 }}});
+                {tooMany, [] { ExplainObject(Id("told", "test", "tarn")); }},
+                {tooMany, [] { GetEffectiveConfig(Id("told", "test", "tarn")); }}});
 }
 
 TEST_F(Describe, ATypeFileNeedsNoHost) {
@@ -137,13 +132,8 @@ TEST_F(Describe, ATypeFileNeedsNoHost) {
                  [&] { DescribeTypeFile(path); }},
                 {"IAE 1081", [&] { DescribeTypeFile(path + "x"); }},
                 {"IAE 2000", [&] { DescribeTypeFile(host_.Root() + "/etc"); }},
-                {"CSE 1037",
-                 [] {
-                   DescribeType({"file", "test", "tarn"});
-                 }},
-                {"IAE 2000", [] {
-                   DescribeType({"plain", "test", "tarn"}, "~");
-                 }}});
+                {"CSE 1037", [] { DescribeType(Id("file", "test", "tarn")); }},
+                {"IAE 2000", [] { DescribeType(Id("plain", "test", "tarn"), "~"); }}});
 }
 
 }  // namespace

@@ -171,14 +171,8 @@ TEST_F(Explain, RaisesWhatReadsRaise) {
   PutRow(plain_, "{", "", "", "", "", 1);
   ExpectRaised({{"IAE 1080", [this] { ExplainObject(plain_); }},
                 {"IAE 2000 \"x\" is no JSON Pointer.", [this] { ExplainObject(plain_, "x"); }},
-                {"CSE 1037",
-                 [] {
-                   ExplainObject({"no", "test", "tarn"});
-                 }},
-                {"CSE 1037",
-                 [] {
-                   GetEffectiveConfig({"no", "test", "tarn"});
-                 }},
+                {"CSE 1037", [] { ExplainObject(Id("no", "test", "tarn")); }},
+                {"CSE 1037", [] { GetEffectiveConfig(Id("no", "test", "tarn")); }},
                 {"VE 2000", [] { ExplainObject(Switch("")); }}});
   Fail(Operation::GET_CONNECTION, 14);
   ExpectRaised({{"CSE 2000 Failed to connect", [this] { ExplainObject(plain_); }},

@@ -140,10 +140,7 @@ TEST_F(TakingBack, KeepsToTheRulesOfThoseWhoWriteTheUsersPart) {
                 {staged, [this] { ResetObject(one_, ResetTarget::SHIPPED); }},
                 {"IAE 2000", [this] { UnsetMembers(switch_, {"/mtu"}, ConfigPart::PENDING); }},
                 {"IAE 2000", [this] { UnsetMembers(switch_, {"mtu"}); }},
-                {"CSE 1037",
-                 [] {
-                   UnsetMembers({"no", "test", "tarn"}, {"/a"});
-                 }},
+                {"CSE 1037", [] { UnsetMembers(Id("no", "test", "tarn"), {"/a"}); }},
                 {"VE 2000", [] { ResetObject(Switch(""), ResetTarget::DEFAULTS); }}});
   PutRow(switch_, "{", "", "", "", "", 1);
   ExpectRaised({{"IAE 1080", [this] { UnsetMembers(switch_, {"/mtu"}); }}});

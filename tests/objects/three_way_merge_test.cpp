@@ -187,211 +187,49 @@ TEST(ThreeWayMerge, ASecretIsOneValue) {
             std::set<std::string>{"/keys"});
 }
 
-// A small model of the same: an object as its paths, each with a text. Containers that are opened are
-// paths, too.
-using Paths = std::map<std::string, std::string>;
-
-std::string IdOf(const Json::Value& element, Json::SchemaPlace items) {
-  const Json::Value* id = Json::FindMember(element, items.InstanceIdMember());
-  return std::string(Json::Text(*id));
-}
-
-void Flatten(const Json::Value& value, Json::SchemaPlace place, const std::string& path,
-             Paths& paths) {
-  if (value.IsObject()) {
-    paths[path] = "{";
-    for (const auto& member : value.GetObject()) {
-      const std::string name(Json::Text(member.name));
-      if (!member.value.IsNull()) {
-        Flatten(member.value, place.Property(name), path + "/" + name, paths);
-      }
-    }
-  } else if (value.IsArray() && !place.Items().InstanceIdMember().empty()) {
-    paths[path] = "[";
-    for (const Json::Value& element : value.GetArray()) {
-      Flatten(element, place.Items(), path + "/" + IdOf(element, place.Items()), paths);
-    }
-  } else {
-    paths[path] = Canonical(value);
-  }
-}
-
-// A path and all below it.
-Paths Below(const Paths& paths, const std::string& path) {
-  Paths below;
-  for (const auto& [name, text] : paths) {
-    if (name == path || name.starts_with(path + "/")) {
-      below.emplace(name, text);
-    }
-  }
-  return below;
-}
-
-std::string At(const Paths& paths, const std::string& path) {
-  const auto found = paths.find(path);
-  return found == paths.end() ? "" : found->second;
-}
-
-struct Modelled {
-  Paths merged;
-  std::set<std::string> conflicts;
-};
-
-Modelled Model(const Paths& base, const Paths& staged, const Paths& current, bool currentWins) {
-  Modelled model;
-  std::set<std::string> names;
-  for (const Paths* side : {&base, &staged, &current}) {
-    for (const auto& [name, text] : *side) {
-      names.insert(name);
-    }
-  }
-  std::set<std::string> closed;  // decided as a whole
-  for (const std::string& name : names) {
-    if (std::any_of(closed.begin(), closed.end(),
-                    [&name](const std::string& above) { return name.starts_with(above + "/"); })) {
-      continue;
-    }
-    const std::string kind = At(staged, name);
-    const bool opens = (kind == "{" || kind == "[") && kind == At(current, name) &&
-                       (At(base, name).empty() || At(base, name) == kind);
-    if (opens) {
-      model.merged[name] = kind;
-      continue;
-    }
-    closed.insert(name);
-    const Paths was = Below(base, name);
-    const Paths wanted = Below(staged, name);
-    const Paths is = Below(current, name);
-    const bool conflicts = was != wanted && was != is && wanted != is;
-    model.merged.merge(Paths(was == wanted || (conflicts && currentWins) ? is : wanted));
-    if (conflicts) {
-      model.conflicts.insert(name);
-    }
-  }
-  return model;
-}
-
-// The model knows nothing of orders.
-Json::Value Sorted(const Json::Value& value, Json::SchemaPlace place, Json::Allocator& allocator) {
-  Json::Value sorted(value.GetType());
-  if (value.IsObject()) {
-    for (const auto& member : value.GetObject()) {
-      const std::string_view name = Json::Text(member.name);
-      if (name != "rules") {  // nor of generated ids
-        sorted.AddMember(Json::Copy(name, allocator),
-                         Sorted(member.value, place.Property(name), allocator), allocator);
-      }
-    }
-  } else if (value.IsArray() && !place.Items().InstanceIdMember().empty()) {
-    std::map<std::string, const Json::Value*> elements;
-    for (const Json::Value& element : value.GetArray()) {
-      elements[IdOf(element, place.Items())] = &element;
-    }
-    for (const auto& [id, element] : elements) {
-      sorted.PushBack(Sorted(*element, place.Items(), allocator), allocator);
-    }
-  } else {
-    sorted.CopyFrom(value, allocator);
-  }
-  return sorted;
-}
-
-// Objects of which each has some places of another.
-class Mixer {
- public:
-  explicit Mixer(Random& random) : random_(random) {}
-
-  Json::Value Mix(const Json::Value& own, const Json::Value& other, Json::SchemaPlace place,
-                  Json::Allocator& allocator) {
-    Json::Value mixed(own.GetType());
-    if (own.IsObject() && other.IsObject()) {
-      std::set<std::string> names;
-      for (const Json::Value* side : {&own, &other}) {
-        for (const auto& member : side->GetObject()) {
-          names.insert(std::string(Json::Text(member.name)));
-        }
-      }
-      for (const std::string& name : names) {
-        auto value = Choose(Json::FindMember(own, name), Json::FindMember(other, name),
-                            place.Property(name), place.IsIdMember(name), allocator);
-        if (value) {
-          mixed.AddMember(Json::Copy(name, allocator), std::move(*value), allocator);
-        }
-      }
-    } else if (own.IsArray() && other.IsArray() && !place.Items().InstanceIdMember().empty()) {
-      std::map<std::string, std::pair<const Json::Value*, const Json::Value*>> elements;
-      for (const Json::Value& element : own.GetArray()) {
-        elements[IdOf(element, place.Items())].first = &element;
-      }
-      for (const Json::Value& element : other.GetArray()) {
-        elements[IdOf(element, place.Items())].second = &element;
-      }
-      for (const auto& [id, sides] : elements) {
-        if (auto value = Choose(sides.first, sides.second, place.Items(), false, allocator)) {
-          mixed.PushBack(std::move(*value), allocator);
-        }
-      }
-    } else {
-      mixed.CopyFrom(other, allocator);
-    }
-    return mixed;
-  }
-
- private:
-  std::optional<Json::Value> Choose(const Json::Value* own, const Json::Value* other,
-                                    Json::SchemaPlace place, bool isId,
-                                    Json::Allocator& allocator) {
-    const auto copy = [&](const Json::Value* value) {
-      return value == nullptr ? std::nullopt
-                              : std::optional<Json::Value>(std::in_place, *value, allocator);
-    };
-    if (own != nullptr && other != nullptr && (isId || random_.OneIn(2))) {
-      return Mix(*own, *other, place, allocator);
-    }
-    return copy(random_.OneIn(3) ? other : own);
-  }
-
-  Random& random_;
-};
-
-TEST(ThreeWayMerge, IsWhatAModelOfPathsSays) {
-  const Type type(TestSupport::kManyWaysType);
+// What holds of any three objects; where each side of two changed other members, each keeps its own.
+TEST(ThreeWayMerge, TakesAnySidesAndLosesNothingOfEither) {
+  // Ids that are made anew with each object say nothing here.
+  std::string file = TestSupport::kManyWaysType;
+  const std::string_view generated = "\"generatedInstanceId\": true,";
+  const Type type(file.erase(file.find(generated), generated.size()).c_str());
   Random random;
   TestSupport::RandomObjects objects(random, 4);
-  Mixer mixer(random);
   int conflicting = 0;
   int merging = 0;
   for (int round = 0; round < TestSupport::Rounds(5000); ++round) {
-    Json::Document holder;
-    const auto make = [&] {
-      return Sorted(Parsed(objects.Make(type.Root(), "s")), type.Root(), holder.GetAllocator());
+    const std::string base = objects.Make(type.Root(), "s");
+    const std::string one = objects.Make(type.Root(), "s");
+    const std::string other = objects.Make(type.Root(), "s");
+    SCOPED_TRACE("seed " + std::to_string(random.Seed()) + "\n" + base + "\n" + one + "\n" + other);
+    const auto same = [](const Outcome& outcome, const std::string& expected) {
+      return outcome.conflicts.empty() &&
+             Canonical(Parsed(outcome.merged)) == Canonical(Parsed(expected));
     };
-    const Json::Value base = make();
-    Json::Value sides[2];
-    for (Json::Value& side : sides) {
-      side = mixer.Mix(base, make(), type.Root(), holder.GetAllocator());
+    ASSERT_TRUE(same(Merge(type, base, one, base), one));
+    ASSERT_TRUE(same(Merge(type, base, base, other), other));
+    ASSERT_TRUE(same(Merge(type, base, one, one), one));
+    const Outcome wins[] = {Merge(type, base, one, other), Merge(type, base, one, other, true)};
+    ASSERT_EQ(wins[0].told, wins[1].told);
+    ASSERT_TRUE(!wins[0].conflicts.empty() || wins[0].merged == wins[1].merged);
+    // Members that nobody else holds, merged as they are: each stands where its side put it.
+    const Json::Document sides[] = {Parsed(base), Parsed(one), Parsed(other),
+                                    Parsed(wins[0].merged), Parsed(wins[1].merged)};
+    for (const char* name : {"u1", "u2", "v1", "v2", "c1", "c2", "null"}) {
+      std::string values[5];
+      for (std::size_t i = 0; i < 5; ++i) {
+        const Json::Value* value = Json::FindMember(sides[i], name);
+        values[i] = value == nullptr || value->IsNull() ? "-" : TextOf(value);
+      }
+      const bool changed = values[0] != values[1];
+      const bool conflicts = changed && values[0] != values[2] && values[1] != values[2];
+      ASSERT_EQ(wins[0].conflicts.contains(std::string("/") + name), conflicts) << name;
+      ASSERT_EQ(values[3], changed ? values[1] : values[2]) << name;
+      ASSERT_EQ(values[4], changed && !conflicts ? values[1] : values[2]) << name;
     }
-    Paths paths[3];
-    Flatten(base, type.Root(), "", paths[0]);
-    Flatten(sides[0], type.Root(), "", paths[1]);
-    Flatten(sides[1], type.Root(), "", paths[2]);
-    const bool currentWins = round % 2 == 0;
-    const Modelled expected = Model(paths[0], paths[1], paths[2], currentWins);
-    SCOPED_TRACE("seed " + std::to_string(random.Seed()) + "\n" + TextOf(&base) + "\n" +
-                 TextOf(&sides[0]) + "\n" + TextOf(&sides[1]));
-    const Outcome outcome =
-        Merge(type, TextOf(&base), TextOf(&sides[0]), TextOf(&sides[1]), currentWins);
-    Paths merged;
-    Flatten(Parsed(outcome.merged), type.Root(), "", merged);
-    ASSERT_EQ(merged, expected.merged);
-    ASSERT_EQ(outcome.conflicts, expected.conflicts);
-    conflicting += expected.conflicts.empty() ? 0 : 1;
-    merging += expected.conflicts.empty() && paths[0] != paths[1] && paths[0] != paths[2] &&
-                       paths[1] != paths[2]
-                   ? 1
-                   : 0;
+    ++(wins[0].conflicts.empty() ? merging : conflicting);
   }
-  EXPECT_GT(std::min(conflicting, merging), TestSupport::Rounds(200)) << "both happen";
+  EXPECT_GT(std::min(conflicting, merging), TestSupport::Rounds(100)) << "both happen";
 }
 
 }  // namespace

@@ -193,16 +193,5 @@ TEST_F(MergedApply, NothingIsMergedWhereNobodyKnowsWhatThereWas) {
   EXPECT_EQ(Data(store_->Get(Many("s1"))), R"({"name":"s1","mtu":9})");
 }
 
-TEST_F(MergedApply, AFailureAnywhereLeavesTheStoreAsItWas) {
-  PutRow("s1", R"("mtu":1)", "", "", "", 1);
-  PutRow("s2", R"("mtu":1)", "", "", "", 1);
-  nextBoot_->Set(Mtu("s1", 9));
-  nextBoot_->Delete(Many("s2"));
-  Change("s1", R"("serial":"b","rules":[{"allow":"x"}])");
-  EXPECT_GE(FailEachStep(
-                "apply", [] { Apply(); }, [&] { return State(); }),
-            12);
-}
-
 }  // namespace
 }  // namespace TarnConfigStore

@@ -169,15 +169,6 @@ TEST_F(Rows, ListingSkipsRowsWithoutValues) {
             "std enoughplain switch ");
 }
 
-TEST_F(Rows, BootIsExactlyTrue) {
-  EXPECT_EQ(GetKeyValue("IS_BOOT"), "");
-  for (const char* value : {"TRUE", "1", "", "true ", "true"}) {
-    SetKeyValue("IS_BOOT", value);
-    EXPECT_EQ(IsBoot(), value == std::string("true")) << value;
-    EXPECT_EQ(GetKeyValue("IS_BOOT"), value);
-  }
-}
-
 TEST_F(Rows, FailuresOfTheDatabaseNameWhatFailed) {
   Fail(Operation::EXECUTE);
   ExpectRaised({{"CSE 2000 Get failed: comp tarn grp test key plain", [&] { store_->Get(plain_); }},

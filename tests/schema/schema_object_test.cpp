@@ -43,24 +43,6 @@ TEST(SchemaObject, KindOfATypeComesFromItsLeaves) {
   }
 }
 
-TEST(SchemaObject, FlagsAndNamesComeFromTheRoot) {
-  const Handle type = Load(R"({"rebootRequired":true,"shared":true,"vital":true,
-                               "properties":{"b":{},"a":{}}})");
-  EXPECT_TRUE(type->IsRebootRequired());
-  EXPECT_FALSE(type->IsBootAccessible());
-  EXPECT_FALSE(type->IsConfirmedDuringUpgrade());
-  EXPECT_TRUE(type->IsVital());
-  EXPECT_FALSE(type->IsCached());
-  EXPECT_FALSE(type->IsNonSingleton());
-  EXPECT_EQ(type->GetValueType(), "tarn-shared");
-  EXPECT_EQ(type->GetVersion(), "1.0");
-  EXPECT_EQ(type->GetComponent() + "/" + type->GetGroup() + "/" + type->GetKey(),
-            "tarn/test/sample");
-  EXPECT_THAT(type->GetPropertyNames(), ElementsAre("b", "a"));
-  EXPECT_EQ(Text(type->GetIdMap()), "none");
-  EXPECT_EQ(Text(type->GetDefaults()), "none");
-}
-
 TEST(SchemaObject, IdMapNamesTheMemberOfTheTypeAndOfEachArrayOfInstances) {
   const Handle type = LoadProperties(R"(
       "name":{"type":"string","instanceId":true},

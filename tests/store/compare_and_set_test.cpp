@@ -111,17 +111,13 @@ TEST_F(CompareAndSet, JoinsTheCallersTransactionAndSaysWhatFails) {
   DBStore::testing::SetHook([](Operation asked, std::string_view) {
     return asked == Operation::BEGIN || asked == Operation::EXECUTE ? 1 : 0;
   });
-  ExpectRaised({{"CSE 2000 Failed to start a transaction.",
-                 [&] { (void)WriteIfUnchanged(*store_, {absent}, [] {}); }},
-                {"CSE 2000 Get failed: ", [&] { (void)FindChanged(*store_, {absent}); }},
-                {"CSE 2000 Get failed: ", [&] { GetState(*store_, plain_); }},
-                {"CSE 1037",
-                 [&] {
-                   GetState(*store_, {"no", "such", "type"});
-                 }},
-                {"VE 2000", [&] {
-                   GetForChange(*store_, {"plain", "test", "tarn", "instance"});
-                 }}});
+  ExpectRaised(
+      {{"CSE 2000 Failed to start a transaction.",
+        [&] { (void)WriteIfUnchanged(*store_, {absent}, [] {}); }},
+       {"CSE 2000 Get failed: ", [&] { (void)FindChanged(*store_, {absent}); }},
+       {"CSE 2000 Get failed: ", [&] { GetState(*store_, plain_); }},
+       {"CSE 1037", [&] { GetState(*store_, Id("no", "such", "type")); }},
+       {"VE 2000", [&] { GetForChange(*store_, Id("plain", "test", "tarn", "instance")); }}});
 }
 
 }  // namespace

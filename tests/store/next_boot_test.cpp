@@ -2,12 +2,9 @@
 
 #include "platform/staged_base.h"
 
-#include "support/child_process.h"
 #include "support/next_boot_fixture.h"
 
 #include <gmock/gmock.h>
-
-#include <csignal>
 
 namespace TarnConfigStore {
 namespace {
@@ -305,57 +302,6 @@ TEST_F(Applying, AFailureAnywhereLeavesTheStoreAsItWas) {
   const ConfigStoreTransaction transaction(store_);
   EXPECT_EQ(Raised(apply), "CSE 2000 Begin Transaction failed for: ApplyNextBootConfig")
       << "a thread with a transaction of its own would wait for itself";
-}
-
-// No connection is open when the child is forked: its parent's locks would not be its own.
-TEST(ApplyingKilled, LeavesAllOrNothing) {
-  const TestSupport::TemporaryHost host;
-  const TestSupport::CapturedLog log;
-  InstallType(host, TestSupport::Staged(TestSupport::kSwitchType, "many"));
-  const auto look = [&] {
-    TestSupport::Database database(host);
-    return database.Rows() + "\n| " + database.Staged();
-  };
-  const auto stage = [&] {
-    TestSupport::Database(host).Run(R"(DELETE FROM Config; DELETE FROM DesiredUserConfig;
-        INSERT INTO Config (Component, ConfigGroup, Name, Identifier, Version, UserValue)
-          VALUES ('tarn','test','many-switch','s1','1','{"name":"s1","mtu":1}'),
-                 ('tarn','test','many-switch','s2','1','{"name":"s2","mtu":1}'),
-                 ('tarn','test','other','','1','{}');
-        INSERT INTO DesiredUserConfig
-          VALUES ('tarn','test','many-switch','s1','1','{"name":"s1","mtu":9}',NULL,NULL,'SET'),
-                 ('tarn','test','many-switch','s2','1',NULL,NULL,NULL,'DELETE_INSTANCE'),
-                 ('tarn','test','other','','1',NULL,NULL,NULL,'DELETE'),
-                 ('tarn','test','unfit','','1',NULL,NULL,NULL,'SET'))");
-    return look();
-  };
-  const std::string before = stage();
-  const std::string after =
-      "tarn/test/many-switch/s1 u={\"name\":\"s1\",\"mtu\":9} d=- a=- v=- c=- ok=1 rev=2\n| "
-      "tarn/test/unfit/ SET "
-      "u=- v=- c=- 1";
-  const auto applied = [] { return ApplyNextBootConfig({.applyRest = true}).applied.size(); };
-  constexpr int kKilled = 1000 + SIGKILL;
-  int kills = 0;
-  for (int status = kKilled; status == kKilled;) {
-    ASSERT_EQ(stage(), before);
-    status = TestSupport::InChild([&] {
-      int countdown = kills;
-      DBStore::testing::SetHook([&countdown](DBStore::testing::Operation, std::string_view) {
-        return countdown-- == 0 ? kill(getpid(), SIGKILL) : 0;
-      });
-      return applied() == 3 ? 0 : 1;
-    });
-    if (status == kKilled) {
-      ++kills;
-      ASSERT_EQ(look(), before) << kills;
-      EXPECT_EQ(applied(), 3U) << kills;
-    } else {
-      EXPECT_EQ(status, 0);
-    }
-    ASSERT_EQ(look(), after) << kills;
-  }
-  EXPECT_GE(kills, 18) << "connection, mode, statements and commit in turn";
 }
 
 }  // namespace

@@ -63,10 +63,7 @@ TEST_F(StoredViews, DuringBootAutomaticConfigurationSeesWhatItSet) {
       EXPECT_EQ(seen(EXTERNAL), Data(store_->Get(plain_))) << upgrade << boots;
     }
   }
-  ExpectRaised({{"CSE 1037",
-                 [] {
-                   GetConfigDuringBoot({"no", "test", "tarn"}, EXTERNAL);
-                 }},
+  ExpectRaised({{"CSE 1037", [] { GetConfigDuringBoot(Id("no", "test", "tarn"), EXTERNAL); }},
                 {"VE 2000", [] { GetConfigDuringBoot(Switch(""), EXTERNAL); }}});
 }
 

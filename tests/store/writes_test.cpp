@@ -279,6 +279,21 @@ TEST_F(ConfigWrites, InstancesThatAreReplacedKeepTheirHistory) {
       << "the empty one is left out, and the others lie in the order of their ids";
 }
 
+// Rows are written by one statement, which keeps what is bound.
+TEST_F(ConfigWrites, InstancesTakeNothingFromThoseBeforeThem) {
+  PutFullRow("s2");
+  const auto s1 = SwitchObject("s1", R"("mtu":1,"serial":"x","state":{"up":true})");
+  const auto s2 = SwitchObject("s2", R"("serial":"y")");
+  const auto s3 = SwitchObject("s3", R"("mtu":3)");
+  store_->SetInstances(List(s3, s1, s2), EXTERNAL);
+  EXPECT_EQ(database_.Lines("SELECT Identifier, UserValue IS NULL, VitalValue IS NULL, CachedValue "
+                            "IS NULL, AutoConfValue IS NULL, Revision, CreationTime < '2021' FROM "
+                            "Config ORDER BY Identifier"),
+            "s1 0 0 0 1 1 0\ns2 1 0 1 1 8 1\ns3 0 1 1 1 1 0");
+  EXPECT_EQ(Raised([&] { store_->SetInstances(List(s2, s3, s1, s3), EXTERNAL); }),
+            "IAE 2000 The instance is listed twice: " + Switch("s3").toString());
+}
+
 TEST_F(ConfigWrites, BadListsAreRefusedBeforeAnythingIsWritten) {
   PutFullRow();
   const std::string before = database_.Rows();

@@ -16,9 +16,13 @@ namespace TestSupport {
 /// A connection of its own to the store of a temporary host.
 class Database {
  public:
-  explicit Database(const TemporaryHost& /*whose store it is*/) {
-    if (sqlite3_open_v2(DBStore::testing::StoreName().c_str(), &database_,
-                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI, nullptr) != SQLITE_OK) {
+  explicit Database(const TemporaryHost& /*whose store it is*/)
+      : Database(DBStore::testing::StoreName()) {}
+  /// To any database.
+  explicit Database(const std::string& path) {
+    if (sqlite3_open_v2(path.c_str(), &database_,
+                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI,
+                        nullptr) != SQLITE_OK) {
       throw std::runtime_error(sqlite3_errmsg(database_));
     }
     sqlite3_busy_timeout(database_, 5000);

@@ -1,11 +1,5 @@
-"""Holds the exported schema against an independent validator, and against what tarnctl itself says of the same data.
-
-usage: schema_export_check.py TARNCTL [SEED [ROUNDS [show]]]
-"""
-import copy
+"""Holds the exported schema against an independent validator: schema_export_check.py TARNCTL"""
 import json
-import os
-import random
 import subprocess
 import sys
 
@@ -35,38 +29,6 @@ def document(name, value):
     return {"format": 1, "config": {component: {group: {key: [value] if instance else value}}}}
 
 
-def places(value, here=()):
-    yield here
-    items = value.items() if isinstance(value, dict) else enumerate(value) if isinstance(value, list) else ()
-    for key, inner in items:
-        yield from places(inner, (*here, key))
-
-
-def at(value, place):
-    for key in place:
-        value = value[key]
-    return value
-
-
-def mutated(value):
-    """The value with one thing changed, added or taken away, which mostly is wrong."""
-    value = copy.deepcopy(value)
-    place = random.choice(list(places(value)))
-    target = at(value, place)
-    other = random.choice([None, True, -1, 7, 1.5, "x", "1500", [], {}, [1], {"t": 1}])
-    if isinstance(target, dict) and random.random() < 0.6:
-        target[random.choice(["unknown", "a", "n1", "left", "x", "q", "label", "code2", "p"])] = other
-    elif isinstance(target, list) and random.random() < 0.6:
-        target.append(other)
-    elif place:
-        around = at(value, place[:-1])
-        if random.random() < 0.3:
-            del around[place[-1]]
-        else:
-            around[place[-1]] = other
-    return value
-
-
 def check_keywords(schema, known):
     """Only draft-07's own keywords stand where schemas do."""
     if isinstance(schema, bool):
@@ -90,14 +52,6 @@ def main(tarnctl):
     # The meta-schema had forgotten "writeOnly" at first, of which draft-07 speaks beside "readOnly".
     check_keywords(schema, {*jsonschema.Draft7Validator.META_SCHEMA["properties"], "writeOnly"})
 
-    def allows(name, value):
-        return validator.is_valid(document(name, value))
-
-    def is_taken(name, value):
-        run = subprocess.run([tarnctl, "validate", name, "-"], input=json.dumps(value), text=True, capture_output=True)
-        assert run.returncode in (0, 4), run.stderr
-        return run.returncode == 0, run.stdout
-
     whole = {"format": 1, "config": {}}
     good = [whole, {**whole, "metadata": {"any": 1}, "staged": {"any": []}, "automatic": {}}]
     good += [document(name, value) for name, value in OBJECTS.items()]
@@ -107,6 +61,8 @@ def main(tarnctl):
     good.append(document("test/tool/vault", {"password": "***", "pin": "***", "keys": [{"key": "***"}], "token": "***"}))
     for each in good:
         assert validator.is_valid(each), list(validator.iter_errors(each))
+    for name, value in OBJECTS.items():
+        subprocess.run([tarnctl, "validate", name, "-"], input=json.dumps(value), text=True, check=True)
     bad = [[], {"format": 1}, {"config": {}}, {**whole, "format": 2}, {**whole, "conifg": {}}, {**whole, "metadata": []},
            {**whole, "config": {"tarn": {"netwrok": {}}}}, {**whole, "config": {"tarn": {"network": {"resovler": {}}}}},
            {**whole, "config": {"tarn": {"network": {"resolver": [{"servers": []}]}}}},
@@ -118,27 +74,6 @@ def main(tarnctl):
            document("test/tool/shapes/s", {"id": "s", "tree": {"label": "t", "below": [{"label": "u", "x": 1}]}})]
     for each in bad:
         assert not validator.is_valid(each), each
-
-    seed = random.randrange(1 << 32) if len(sys.argv) < 3 else int(sys.argv[2])
-    random.seed(seed)
-    both = 0
-    rounds = int(os.environ.get("TARN_TEST_ROUNDS", 150)) if len(sys.argv) < 4 else int(sys.argv[3])
-    for _ in range(rounds):
-        name, value = random.choice(list(OBJECTS.items()))
-        value = mutated(value)
-        if not isinstance(value, dict):
-            continue
-        if name.count("/") == 3 and value.get(next(iter(OBJECTS[name]))) != name.split("/")[3]:
-            continue  # an instance of another name
-        taken, why = is_taken(name, value)
-        allowed = allows(name, value)
-        # What is empty is left out by the one, and may be refused by the other.
-        empty = any(at(value, place) in ({}, []) for place in places(value))
-        assert allowed or not taken or empty, f"seed {seed}: {name} {value} is refused by the schema alone"
-        both += not allowed and not taken
-        if len(sys.argv) > 4 and allowed and not taken:
-            print(name, value, why)
-    assert both > rounds / 4, f"seed {seed}: {both} of {rounds} found"
 
 
 main(sys.argv[1])

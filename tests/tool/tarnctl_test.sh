@@ -64,7 +64,6 @@ expect 0 "=[]" "" schema list
 expect 0 '"type":"tarn/network/resolver","version":"1.0","outcome":"valid"' "" schema install --check "$types"
 expect 0 '"outcome":"installed"' "" schema install "$types" "$here/types/values.json"
 expect 0 '"outcome":"unchanged"' "" schema install "$types"
-expect 0 '"outcome":"valid"' "" schema install --check "$types"
 expect 0 '{"type":"tarn/network/switches","version":"3.1","instances":true,"flags":["bootAccessible"]}' "" schema list
 expect 0 '{"component":"tarn","group":"network","key":"resolver","version":"1.0"' "" schema show $resolver
 sed 's/"integer"/"integral"/' "$types/network-resolver.json" >"$work/bad.json"
@@ -103,24 +102,6 @@ expect 0 "" "" set $resolver - <"$work/data"
 expect 4 "" "/timeout:" set $resolver 'servers=["10.0.0.3"]' timeout=99
 expect 4 "" '{"code":1089,"message":' --json set $resolver 'servers=["nowhere"]'
 expect 4 "" "nothing was written" set $values 'list=[]'
-open='"component":"test","group":"tool","key":"open","version":"1.0"'
-echo "{$open,\"schema\":{\"type\":\"object\",\"additionalProperties\":{}}}" >"$work/open.json"
-expect 0 "installed" "" schema install "$work/open.json"
-for verb in set update; do
-  expect 0 "" "" $verb test/tool/open - <<<'{"":"x"}'
-  expect 0 '={"":"x"}' "" get test/tool/open
-done
-expect 0 "" "" delete test/tool/open
-expect 0 "" "" schema remove test/tool/open
-vital='"vital":true,"properties":{"id":{"type":"string","instanceId":true}}'
-echo "{${open/open/kept},\"schema\":{\"type\":\"object\",$vital}}" >"$work/kept.json"
-expect 0 "installed" "" schema install "$work/kept.json"
-expect 4 "" "nothing was written" update test/tool/kept/a - <<<'{}'
-expect 0 "=[]" "" list test/tool/kept
-expect 0 "" "" update test/tool/kept/a - <<<'{"id":"a"}'
-expect 0 '={"id":"a"}' "" get test/tool/kept/a
-expect 0 "" "" delete test/tool/kept/a
-expect 0 "" "" schema remove test/tool/kept
 while IFS='|' read -r data reason; do
   # shellcheck disable=SC2059
   printf "$data" >"$work/refused"
@@ -147,7 +128,6 @@ while IFS='|' read -r object data places; do
   [ "$code" = 0 ] || [ "$places" = / ] || diff <("$tarnctl" set "$object" - <<<"$data" 2>&1 | grep '^  /') <(sed 's/^/  /' "$work/out") ||
     fail "set says something else of $data"
   expect $code "=$(cat "$work/out")" "$told" set --check "$object" - <<<"$data"
-  expect $code "=$(cat "$work/out")" "$told" set --check "$object" - <<<"$data"
 done <<T
 $values|{"text":"x","word":"never"}|
 $values|{"text":5,"whole":101,"list":[1,"x"],"map":{"on":1},"level":"3"}|/level /list/1 /map/on /text /whole
@@ -159,8 +139,6 @@ tarn/network/switches|{"ports":32}|/
 T
 [ "$(sqlite3 "$stores/current-store-1" .dump)" = "$before" ] || fail "refused data or validation changed the store"
 expect 4 '=[{"field":"/timeout","error":"60 is the largest value allowed, found 99"}]' "" --json validate $resolver - <<<'{"servers":["10.0.0.1"],"timeout":99}'
-expect 3 "" "tarn" validate tarn/no/type "$work/data"
-expect 1 "" "No such file" validate $resolver "$work/absent"
 
 # a narrower type names the stored objects that it no longer allows, and takes their place only by force
 sed 's/"1.0"/"1.1"/; s/"maximum": 60/"maximum": 6/' "$types/network-resolver.json" >"$work/narrow.json"
@@ -179,52 +157,35 @@ while IFS='|' read -r argument wanted; do
   expect 0 "=$wanted" "" get $values
 done <<'T'
 text=5|{"text":"5"}
-text={"a":1}|{"text":"{\"a\":1}"}
 text=a=b|{"text":"a=b"}
 whole=-9223372036854775808|{"whole":-9223372036854775808}
-fraction=2|{"fraction":2.0}
-fraction=9007199254740993|{"fraction":9007199254740993}
 fraction=0e999|{"fraction":0.0}
-text=1e400|{"text":"1e400"}
 list=[1, 2]|{"list":[1,2]}
-map={"inner":"5"}|{"map":{"inner":"5"}}
-map.inner=true|{"map":{"inner":"true"}}
 map.on=true|{"map":{"on":true}}
 either=12|{"either":12}
-either=true|{"either":"true"}
-anything=[1.5]|{"anything":[1.5]}
 anything=plain words|{"anything":"plain words"}
 level=1|{"level":"1"}
-word=30|{"word":30}
 deep.leaf=4|{"deep":{"leaf":4}}
 T
 while IFS='|' read -r argument wanted; do
   expect 4 "" "$wanted" set $values "$argument"
 done <<'T'
 whole=1.5|"whole" takes integer, not "1.5"
-whole=|"whole" takes integer
 whole=99999999999999999999|an integer of more than 64 bits
-whole=1e400|line 1, column 1: a number that is too large
 either=4e308|line 1, column 1: a number that is too large
 anything=[{"a":1,"a":2}]|line 1, column 12: member "a" is named twice
-flag=yes|"flag" takes boolean, not "yes"
-fraction="1"|"fraction" takes number
-list=1,2|"list" takes array
 list.0=1|objects only
 whole=101|/whole:
-unknown=1|/unknown:
 T
 expect 4 "" '{"code":1030,"message":"the member \"whole\" takes integer, not \"x\"","details":[{"field":"/whole","error":"expected integer"}]}' \
   --json set $values whole=x
 expect 2 "" "given twice" set $values whole=1 whole=2
 expect 2 "" "given as a whole" set $values anything=1 anything.a=2
-expect 2 "" "given twice" set $values anything.a=1 anything=2
 expect 4 "" "is not UTF-8" set $values text=$'\xff'
 expect 2 "" "MEMBER=VALUE" set $values whole=1 "$work/data"
 expect 0 "" "" set $values text=x
 expect 0 "=3" "" get $values deep.leaf
 expect 3 "" 'no member "whole"' get $values whole
-expect 3 "" 'no member "text.inner"' get $values text.inner
 expect 3 "" 'no member "deep.laef"; did you mean "leaf"?' get $values deep.laef
 
 # what would move a terminal's cursor is never shown as it is
@@ -240,11 +201,8 @@ expect 0 "?" "" list
 objects=$(grep -o '"object": "[^"]*"' "$work/out")
 [ "$objects" = $'"object": "tarn/network/resolver"\n"object": "tarn/network/switches/edge/0"\n"object": "test/tool/values"' ] ||
   fail "list is not the sorted stored objects"
-expect 0 "=[]" "" list tarn/net
 expect 0 "" "" kv set list "-5 init"
 expect 0 "=-5init" "" kv get list
-expect 0 '="-5init"' "" --json kv get list
-expect 0 "=" "" kv get absent
 for entry in "IS_BOOT TRUE" "NOTIFY_KEELD 1" "BOOT_MODE -1" "BOOT_INFO []" 'BOOT_INFO {"type":"x"}'; do
   # shellcheck disable=SC2086
   expect 4 "" "means nothing: expected" kv set $entry
@@ -254,28 +212,9 @@ expect 0 '={"BOOT_INFO":"","BOOT_MODE":"x","IS_BOOT":"","NOTIFY_KEELD":""}' "" k
 expect 0 "" "" kv delete BOOT_MODE
 expect 0 "=" "" kv get BOOT_MODE
 expect 0 "=x" "<4>" --log 4 get $values text
-expect 0 "=x" "" --log 3 get $values text
 expect 1 "" "values: 1." schema remove $values
 expect 0 "" "" schema remove --force $values
-
-# --- every sample type takes an object of its kind, and gives back what was given
-while IFS='|' read -r object data; do
-  expect 0 "" "" set "$object" - <<<"$data"
-  expect 0 "=$data" "" get "$object"
-done <<'T'
-tarn/services/time|{"enabled":true,"servers":[{"address":"a.example"},{"address":"a.example","keyNumber":7}],"maximumStep":0.5}
-tarn/services/syslog|{"localSeverity":"info","targets":[{"name":"main","host":"logs","transport":"tls","severity":"error"}],"directory":"/var/log"}
-tarn/services/remoteShell|{"hostKeyFingerprint":"SHA256:47DEQpj8HBSa+/TImW+5JCeuQeRkm5NMpJWZG3hSuFU","enabled":true,"idleTimeout":600,"listenAddresses":["::1","10.0.0.1"]}
-tarn/network/firewallRules/web|{"name":"web","hits":12,"direction":"inbound","ports":[443,"8000-8099"],"sources":["10.0.0.0/8"]}
-tarn/storage/adapters/hba0|{"device":"hba0","state":{"model":"x","targets":[{"id":"t0","units":[0,1]}]},"worldWideName":"5006048452a86d39","queueDepth":32}
-tarn/storage/mounts/backup|{"label":"backup","hosts":["nas"],"share":"/export","credentials":{"user":"u","keytab":"/k"}}
-tarn/security/accountPolicy|{"password":{"minimumLength":14,"maximumAgeDays":90},"lockout":{"attempts":3,"seconds":60}}
-tarn/power/policy|{"profile":"custom","custom":{"loadThreshold":0.25}}
-tarn/boot/device|{"diskId":"naa.600508b1001c","partition":5}
-tarn/system/identity|{"hardware":{"model":"m","memoryBytes":8589934592},"uuid":"01234567-89ab-cdef-0123-456789abcdef","hostName":"host1"}
-tarn/system/sensors/fan1|{"sensor":"fan1","unit":"rpm","reading":1200.5}
-tarn/tkernel/options|{"console":{"port":"com1","baudRate":115200},"secureBoot":true,"hyperthreading":false}
-T
+expect 0 "" "" set tarn/tkernel/options secureBoot=true
 
 # --- a value that the shell took the quotes from, and others that are no JSON either
 hint="single ones around the value: servers='...'"

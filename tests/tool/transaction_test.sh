@@ -73,7 +73,6 @@ refused 2 ':1: there is a NUL' transaction "$script"
 printf 'update %s mtu=1501\r\n\r\n' $edge >"$script"
 expect 0 '?' '' transaction "$script"
 refused 1 'cannot read nowhere' transaction nowhere
-refused 1 ":1: cannot read nowhere" transaction - <<<"set $edge nowhere"
 
 # one revision of an object
 for call in "set $edge mtu=1600" "update $edge mtu=1600" "unset $edge mtu" "reset $edge --to default" "delete $edge"; do
@@ -81,7 +80,6 @@ for call in "set $edge mtu=1600" "update $edge mtu=1600" "unset $edge mtu" "rese
   refused 5 'nothing was written: tarn/network/switches/edge has revision 6, not 4' $call --if-revision 4
 done
 refused 5 'is not stored' set tarn/network/resolver resolver.yaml --if-revision 1
-refused 2 excludes set tarn/network/switches resolver.yaml --all-instances --if-revision 1
 expect 0 '' '' unset $edge mtu --if-revision 6
 expect 0 '' '' reset $edge --to default --if-revision 7
 expect 0 '' '' update $edge mtu=1600 --if-revision 8
