@@ -32,14 +32,16 @@ def line(x1, y1, x2, y2, colour, width=1.0, dash=""):
 def bars(rows, top):
     """Library and target as multiples of the floor, one line for each operation; the floor is 1."""
     most = max(max(row["ratio"], row["target"]) for row in rows)
-    span = math.log2(max(most * 1.1, 2)) + 1  # from one half of the floor
+    least = min(0.5, *(row["ratio"] for row in rows), *(row["target"] for row in rows))
+    first = 2.0 ** math.floor(math.log2(least))
+    span = math.log2(max(most * 1.1, 2) / first)
 
     def place(ratio):
-        return LEFT + (RIGHT - LEFT) * (math.log2(max(ratio, 0.5)) + 1) / span
+        return LEFT + (RIGHT - LEFT) * math.log2(ratio / first) / span
 
     bottom = top + ROW * len(rows)
     parts = []
-    tick = 0.5
+    tick = first
     while tick <= most * 1.1:
         parts.append(line(place(tick), top, place(tick), bottom, INK if tick == 1 else GRID))
         parts.append(text(place(tick), top - 8, "floor" if tick == 1 else f"{tick:g} ×", "middle", FAINT, 12))
