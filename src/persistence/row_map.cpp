@@ -39,15 +39,28 @@ int HandOn(void* receiver, int count, char** values, char** names) {
 
 }  // namespace
 
+RowMap::RowMap(const RowMap& other) {
+  Keep(other.Columns());
+}
+
 std::optional<std::string_view> RowMap::Find(std::string_view column) const {
-  for (const Column& candidate : columns_) {
-    // Most names of one length differ in their first letter.
-    if (candidate.name.size() == column.size() &&
-        (column.empty() || candidate.name.front() == column.front()) && candidate.name == column) {
-      return candidate.value;
+  // Most names differ in their first letter.
+  for (std::size_t i = 0; i < count_ && !column.empty(); ++i) {
+    if (names_[i][0] == column[0] && names_[i] == column) {
+      return values_[i] == nullptr ? std::nullopt : std::optional<std::string_view>(values_[i]);
     }
   }
   return std::nullopt;
+}
+
+std::vector<RowMap::Column> RowMap::Columns() const {
+  std::vector<Column> columns;
+  for (std::size_t i = 0; i < count_; ++i) {
+    if (values_[i] != nullptr) {
+      columns.push_back({names_[i], values_[i]});
+    }
+  }
+  return columns;
 }
 
 std::optional<std::string_view> RowMap::FindOnly(
@@ -66,43 +79,43 @@ std::optional<std::string_view> RowMap::FindOnly(
 void RowMap::Put(int count, const char* const* values, const char* const* names) {
   RowMap row;
   row.Show(count, values, names);
-  for (const Column& earlier : columns_) {
+  std::vector<Column> columns = row.Columns();
+  for (const Column& earlier : Columns()) {
     if (!row.Find(earlier.name)) {
-      row.columns_.push_back(earlier);
+      columns.push_back(earlier);
     }
   }
-  row.Keep();
+  row.Keep(columns);
   *this = std::move(row);
 }
 
-void RowMap::Keep() {
+void RowMap::Keep(const std::vector<Column>& columns) {
   std::size_t size = 0;
-  for (const Column& column : columns_) {
+  for (const Column& column : columns) {
     size += column.name.size() + column.value.size() + 2;
   }
-  auto texts = std::make_unique_for_overwrite<char[]>(size);
-  char* next = texts.get();
-  const auto keep = [&next](std::string_view& text) {
+  texts_ = std::make_unique_for_overwrite<char[]>(size);
+  namesAndValues_.resize(2 * columns.size());
+  count_ = columns.size();
+  names_ = namesAndValues_.data();
+  values_ = names_ + count_;
+  char* next = texts_.get();
+  const auto keep = [&next](std::string_view text) {
     char* const begin = next;
     next = std::copy(text.begin(), text.end(), begin);
-    text = {begin, text.size()};
     *next++ = '\0';
+    return begin;
   };
-  for (Column& column : columns_) {
-    keep(column.name);
-    keep(column.value);
+  for (std::size_t i = 0; i < count_; ++i) {
+    namesAndValues_[i] = keep(columns[i].name);
+    namesAndValues_[count_ + i] = keep(columns[i].value);
   }
-  texts_ = std::move(texts);
 }
 
 void RowMap::Show(int count, const char* const* values, const char* const* names) {
-  columns_.clear();
-  columns_.reserve(static_cast<std::size_t>(count));
-  for (int i = 0; i < count; ++i) {
-    if (values[i] != nullptr) {
-      columns_.push_back({names[i], values[i]});
-    }
-  }
+  count_ = static_cast<std::size_t>(count);
+  names_ = names;
+  values_ = values;
 }
 
 std::int32_t RevisionFrom(const char* text) {

@@ -7,6 +7,7 @@
 
 #include "errors/raise.h"
 
+#include <cstddef>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -24,7 +25,7 @@ class RowMap {
   RowMap(RowMap&&) = default;
   RowMap& operator=(RowMap&&) = default;
   /// A row that keeps what it holds.
-  RowMap(const RowMap& other) : columns_(other.columns_) { Keep(); }
+  RowMap(const RowMap& other);
   RowMap& operator=(const RowMap&) = delete;
   ~RowMap() = default;
 
@@ -34,9 +35,9 @@ class RowMap {
   std::string_view Text(std::string_view column) const { return Find(column).value_or(""); }
   /// The text of the one column among these that has any; nothing where several have, or none.
   std::optional<std::string_view> FindOnly(std::initializer_list<std::string_view> columns) const;
-  bool Empty() const { return columns_.empty(); }
+  bool Empty() const { return Columns().empty(); }
   /// The same columns in the same order, with the same texts.
-  bool operator==(const RowMap& other) const { return columns_ == other.columns_; }
+  bool operator==(const RowMap& other) const { return Columns() == other.Columns(); }
 
   /// Puts a whole row in, over what is there already. No name stands twice in a row.
   void Put(int count, const char* const* values, const char* const* names);
@@ -51,10 +52,15 @@ class RowMap {
     bool operator==(const Column&) const = default;
   };
 
-  void Keep();
+  std::vector<Column> Columns() const;
+  void Keep(const std::vector<Column>& columns);
 
-  std::vector<Column> columns_;
-  // What has been put in, name after name and value after value, each ended by a NUL.
+  // The row as callbacks get it; a value is null where it was NULL.
+  std::size_t count_ = 0;
+  const char* const* names_ = nullptr;
+  const char* const* values_ = nullptr;
+  // Of a row that keeps what it holds, all of that.
+  std::vector<const char*> namesAndValues_;
   std::unique_ptr<char[]> texts_;
 };
 
