@@ -1,7 +1,9 @@
 #include "json/json_doc.h"
 
+#include "json/arena.h"
 #include "json/plain_value.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace TarnConfigStore {
@@ -33,8 +35,25 @@ std::shared_ptr<JsonDoc> JsonDoc::Make(std::size_t capacity) {
   return MakeWithRoom<JsonDoc>(AtLeastMinimum(capacity));
 }
 
-std::shared_ptr<JsonDoc> JsonDoc::MakeOf(std::string_view text, Json::ParseResult& result) {
+std::shared_ptr<JsonDoc> JsonDoc::MakeIn(Arena& arena, std::string_view text) {
+  constexpr std::size_t kLeast = 8;
+  Room room = arena.RoomBeside<JsonDoc>(CapacityFor(text.size()));
+  Json::Value value;
+  const auto size = Json::ReadPlainInPlace(text, room.begin, room.size, value);
+  if (!size) {
+    return nullptr;
+  }
+  room.size = Json::HeaderOfPool() + std::max(*size, kLeast);
+  return arena.MakeBeside<JsonDoc>(room, std::move(value), *size);
+}
+
+std::shared_ptr<JsonDoc> JsonDoc::MakeOf(std::string_view text, Json::ParseResult& result,
+                                         Arena* arena) {
   if (text.size() <= Json::PlainValue::kLongestText) {
+    if (auto document = arena == nullptr ? nullptr : MakeIn(*arena, text)) {
+      result = {};
+      return document;
+    }
     if (Json::PlainValue value(text, Json::Origin::STORED); value) {
       result = {};
       auto document = Make(kHeader + value.Room());
@@ -54,6 +73,11 @@ std::shared_ptr<JsonDoc> JsonDoc::CopyOf(const JsonDoc& source) {
 }
 
 JsonDoc::JsonDoc(const Room& room) : pool_(room.begin, room.size, kChunkSize, &BaseAllocator()) {}
+
+JsonDoc::JsonDoc(const Room& room, Json::Value&& value, std::size_t size) : JsonDoc(room) {
+  pool_.Malloc(size);
+  root_ = std::move(value);
+}
 
 Json::ParseResult JsonDoc::Parse(std::string_view text, Json::Origin origin) {
   return ParseBeside(text, origin, root_);

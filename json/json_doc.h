@@ -10,6 +10,8 @@
 
 namespace TarnConfigStore {
 
+class Arena;
+
 /// Owns one JSON value and the memory of everything in it. The first block of memory is sized to
 /// the text that the value comes from, because RapidJSON's own default of 64 KB an object is the
 /// largest waste there is in a store of small objects. Memory is given back only when the holder
@@ -24,9 +26,13 @@ class JsonDoc {
   static std::shared_ptr<JsonDoc> CopyOf(const JsonDoc& source);
   /// A holder of the value of a stored text, with no more room than that takes up where the text is
   /// short. On failure the value is null.
-  static std::shared_ptr<JsonDoc> MakeOf(std::string_view text, Json::ParseResult& result);
+  /// \param arena  where it is made, unless it is null or the text long
+  static std::shared_ptr<JsonDoc> MakeOf(std::string_view text, Json::ParseResult& result,
+                                         Arena* arena = nullptr);
   /// For Make.
   explicit JsonDoc(const Room& room);
+  /// For MakeOf, of a value that lies in the room already.
+  JsonDoc(const Room& room, Json::Value&& value, std::size_t size);
   JsonDoc(const JsonDoc&) = delete;
   JsonDoc& operator=(const JsonDoc&) = delete;
 
@@ -48,6 +54,8 @@ class JsonDoc {
 
  private:
   static constexpr std::size_t kHeader = 24;
+
+  static std::shared_ptr<JsonDoc> MakeIn(Arena& arena, std::string_view text);
 
   std::unique_ptr<char[]> buffer_;  // where the room is a block of its own
   Json::Allocator pool_;

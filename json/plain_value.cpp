@@ -94,16 +94,6 @@ class Builder {
   std::size_t depth_ = 0;
 };
 
-// Where a pool's memory begins in the block that it was given.
-std::size_t HeaderOfPool() {
-  static const auto size = [] {
-    alignas(std::max_align_t) std::array<char, 128> block;
-    Allocator pool(block.data(), block.size(), kStack, &System());
-    return static_cast<std::size_t>(static_cast<char*>(pool.Malloc(1)) - block.data());
-  }();
-  return size;
-}
-
 }  // namespace
 
 bool ReadPlain(std::string_view text, Origin origin, Value& value, Allocator& pool) {
@@ -121,6 +111,24 @@ bool ReadPlain(std::string_view text, Origin origin, Value& value, Allocator& po
     value = std::move(static_cast<Value&>(document));
   }
   return done;
+}
+
+std::size_t HeaderOfPool() {
+  static const auto size = [] {
+    alignas(std::max_align_t) std::array<char, 128> block;
+    Allocator pool(block.data(), block.size(), kStack, &System());
+    return static_cast<std::size_t>(static_cast<char*>(pool.Malloc(1)) - block.data());
+  }();
+  return size;
+}
+
+std::optional<std::size_t> ReadPlainInPlace(std::string_view text, char* memory, std::size_t size,
+                                            Value& value) {
+  Allocator pool(memory, size, kStack, &System());
+  const std::size_t inOnePiece = pool.Capacity();
+  return ReadPlain(text, Origin::STORED, value, pool) && pool.Capacity() == inOnePiece
+             ? std::optional(pool.Size())
+             : std::nullopt;
 }
 
 PlainValue::PlainValue(std::string_view text, Origin origin)

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string_view>
 
 namespace Json {
@@ -12,6 +13,14 @@ namespace Json {
 /// Reads a text into a value; false where the careful reader has to look at it, which is at all that Parse
 /// refuses, but for names that stand twice.
 bool ReadPlain(std::string_view text, Origin origin, Value& value, Allocator& pool);
+
+/// Reads a stored text into a value whose parts lie where a pool in this memory has what it is asked for
+/// first: behind its own header.
+/// \return how much it has to be asked for; nothing where the careful reader has to look at the text, or
+///         the memory is too small
+std::optional<std::size_t> ReadPlainInPlace(std::string_view text, char* memory, std::size_t size,
+                                            Value& value);
+std::size_t HeaderOfPool();
 
 /// The value of a short text, made in memory that is gone again soon: only then it is known how much room
 /// it takes up, which it is moved to as it is.

@@ -17,9 +17,11 @@ struct Access {
   static ConfigStoreObjectImpl& Of(const ConfigStoreObject& object) { return *object.object_; }
   static FilterSpecObjectImpl& Of(const FilterSpecObject& filter) { return *filter.filter_; }
 
+  /// \param arena  where the handle is made, unless it is null
   static std::shared_ptr<ConfigStoreObject> Wrap(
-      const std::shared_ptr<ConfigStoreObjectImpl>& implementation) {
-    return std::make_shared<Handle<ConfigStoreObject>>(implementation);
+      const std::shared_ptr<ConfigStoreObjectImpl>& implementation, Arena* arena = nullptr) {
+    return arena == nullptr ? std::make_shared<Handle<ConfigStoreObject>>(implementation)
+                            : arena->Make<Handle<ConfigStoreObject>>(implementation);
   }
   static std::shared_ptr<FilterSpecObject> Wrap(
       const std::shared_ptr<FilterSpecObjectImpl>& implementation) {

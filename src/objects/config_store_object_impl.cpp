@@ -55,9 +55,15 @@ ConfigStoreObjectImpl::ConfigStoreObjectImpl(
 
 std::shared_ptr<ConfigStoreObjectImpl> ConfigStoreObjectImpl::Make(
     const ConfigStoreObjectId& id, std::shared_ptr<JsonDoc> data,
-    std::shared_ptr<TarnSchemaStore::SchemaObject> const& schema, const Metadata& metadata) {
-  return MakeWithRoom<ConfigStoreObjectImpl>(SizeOfTexts(metadata), id, std::move(data), schema,
-                                             metadata);
+    std::shared_ptr<TarnSchemaStore::SchemaObject> const& schema, const Metadata& metadata,
+    Arena* arena) {
+  const std::size_t size = SizeOfTexts(metadata);
+  if (arena == nullptr) {
+    return MakeWithRoom<ConfigStoreObjectImpl>(size, id, std::move(data), schema, metadata);
+  }
+  Room room = arena->RoomBeside<ConfigStoreObjectImpl>(size);
+  room.size = size;
+  return arena->MakeBeside<ConfigStoreObjectImpl>(room, id, std::move(data), schema, metadata);
 }
 
 ConfigStoreObjectImpl::ConfigStoreObjectImpl(

@@ -5,6 +5,7 @@
 
 #include "platform/schema_store.h"
 
+#include "json/arena.h"
 #include "json/with_room.h"
 #include "objects/store_object_impl.h"
 
@@ -46,9 +47,11 @@ class ConfigStoreObjectImpl : public StoreObjectImpl {
 
   /// The same of a whole object with the documents of its type, and one block of memory for all but the
   /// data.
+  /// \param arena  where it is made, unless it is null
   static std::shared_ptr<ConfigStoreObjectImpl> Make(
       const ConfigStoreObjectId& id, std::shared_ptr<JsonDoc> data,
-      std::shared_ptr<TarnSchemaStore::SchemaObject> const& schema, const Metadata& metadata);
+      std::shared_ptr<TarnSchemaStore::SchemaObject> const& schema, const Metadata& metadata,
+      Arena* arena = nullptr);
   /// For Make. A room that is not there is made.
   ConfigStoreObjectImpl(const Room& room, const ConfigStoreObjectId& id,
                         std::shared_ptr<JsonDoc> data,

@@ -24,10 +24,10 @@ constexpr int kConfirmedOnly = 0;
 // All layers of a row: what automatic configuration set, over it the cached and the vital values,
 // over them the user's.
 ObjectHandle MergeLayers(const RowMap& row, const ConfigStoreObjectId& id,
-                         const SchemaHandle& schema, int upgradeContext) {
+                         const SchemaHandle& schema, int upgradeContext, Arena* arena = nullptr) {
   return MergeColumns(
       row, {"AutoConfValue", "CachedValue", "VitalValue", UserColumn(row, upgradeContext)}, id,
-      schema);
+      schema, arena);
 }
 
 // The one column that a row's object is made of; nothing where there are several, or none.
@@ -52,22 +52,23 @@ void ForEachKept(const std::shared_ptr<FilterSpecObject>& filter,
   const InstanceFilter conditions(*filter, schema->GetSchemaPlace());
   const bool streams = conditions.CanStream();
   const bool looks = streams && !filter->IsEmpty();
-  std::vector<ObjectHandle> objects =
-      ObjectsOfType(connection, GET_INSTANCES.Text(), filter->GetConfigStoreObjectId(),
-                    [&](const RowMap& row, const ConfigStoreObjectId& instance) -> ObjectHandle {
-                      const auto only = looks ? OnlyLayer(row, upgradeContext) : std::nullopt;
-                      if (only && conditions.RulesOut(*only)) {
-                        return nullptr;
-                      }
-                      ObjectHandle object = MergeLayers(row, instance, schema, upgradeContext);
-                      if (!streams) {
-                        return object;
-                      }
-                      if (object && conditions.Keeps(*object)) {
-                        receive(std::move(object));
-                      }
-                      return nullptr;
-                    });
+  Arena arena;
+  std::vector<ObjectHandle> objects = ObjectsOfType(
+      connection, GET_INSTANCES.Text(), filter->GetConfigStoreObjectId(),
+      [&](const RowMap& row, const ConfigStoreObjectId& instance) -> ObjectHandle {
+        const auto only = looks ? OnlyLayer(row, upgradeContext) : std::nullopt;
+        if (only && conditions.RulesOut(*only)) {
+          return nullptr;
+        }
+        ObjectHandle object = MergeLayers(row, instance, schema, upgradeContext, &arena);
+        if (!streams) {
+          return object;
+        }
+        if (object && conditions.Keeps(*object)) {
+          receive(std::move(object));
+        }
+        return nullptr;
+      });
   if (!streams) {
     for (ObjectHandle& object : FilterConfigStoreObjects(std::move(objects), filter)) {
       receive(std::move(object));

@@ -24,7 +24,7 @@ ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
 }
 
 ObjectHandle MergeColumns(const RowMap& row, std::initializer_list<std::string_view> columns,
-                          const ConfigStoreObjectId& id, const SchemaHandle& schema) {
+                          const ConfigStoreObjectId& id, const SchemaHandle& schema, Arena* arena) {
   struct Layer {
     std::string_view column;
     std::string_view text;
@@ -50,7 +50,7 @@ ObjectHandle MergeColumns(const RowMap& row, std::initializer_list<std::string_v
   Json::ParseResult result;
   std::shared_ptr<JsonDoc> document;
   if (count == 1) {
-    document = JsonDoc::MakeOf(layers[0].text, result);
+    document = JsonDoc::MakeOf(layers[0].text, result, arena);
     require(layers[0], result);
   } else {
     document = JsonDoc::Make(JsonDoc::CapacityFor(length));
@@ -64,10 +64,13 @@ ObjectHandle MergeColumns(const RowMap& row, std::initializer_list<std::string_v
       }
     }
   }
-  return Internal::Access::Wrap(ConfigStoreObjectImpl::Make(
-      id, std::move(document), schema,
-      {row.Text("Version"), row.Text("CreationTime"), row.Text("ModifiedTime"),
-       RevisionFrom(row.Text("Revision").data())}));
+  return Internal::Access::Wrap(
+      ConfigStoreObjectImpl::Make(
+          id, std::move(document), schema,
+          {row.Text("Version"), row.Text("CreationTime"), row.Text("ModifiedTime"),
+           RevisionFrom(row.Text("Revision").data())},
+          arena),
+      arena);
 }
 
 ObjectHandle MakeObject(const std::string& text, const ConfigStoreObjectId& id,

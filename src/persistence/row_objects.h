@@ -1,6 +1,7 @@
 // Configuration objects from result rows.
 #pragma once
 
+#include "json/arena.h"
 #include "objects/handles.h"
 #include "persistence/row_map.h"
 
@@ -21,8 +22,10 @@ ObjectHandle MakeObjectFromRow(const RowMap& row, std::string_view column,
 /// One object of several value columns, each laid over those before it, with the row's metadata; an
 /// empty pointer when all of them are NULL. A column without a name is none. Raises as
 /// MakeObjectFromRow.
+/// \param arena  where the object is made, unless it is null
 ObjectHandle MergeColumns(const RowMap& row, std::initializer_list<std::string_view> columns,
-                          const ConfigStoreObjectId& id, const SchemaHandle& schema);
+                          const ConfigStoreObjectId& id, const SchemaHandle& schema,
+                          Arena* arena = nullptr);
 
 /// An object from a text that did not come from a row; it has no metadata. Raises
 /// InvalidArgumentException 1080 when the text is not JSON.

@@ -1,4 +1,5 @@
 // JSON text, read and written.
+#include "json/arena.h"
 #include "json/equality.h"
 #include "json/indent.h"
 #include "json/json_doc.h"
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <memory>
 
 namespace Json {
 namespace {
@@ -83,8 +85,10 @@ TEST(Serialize, GoesOnWhereverAPieceEnds) {
   }
 }
 
-// Made in passing and moved to where it stays, a value is the same.
+// Made in passing and moved to where it stays, or made there between others that grow, a value is the same.
 TEST(Parse, MakesTheSameOfAStoredTextWithNoMoreRoomThanItTakes) {
+  auto arena = std::make_unique<TarnConfigStore::Arena>();
+  std::vector<std::pair<std::shared_ptr<TarnConfigStore::JsonDoc>, std::string>> made;
   std::string many = "[[]";
   for (int i = 0; i < 1000; ++i) {
     many += ",[]";
@@ -98,16 +102,26 @@ TEST(Parse, MakesTheSameOfAStoredTextWithNoMoreRoomThanItTakes) {
         "[\"" + std::string(5000, 'x') + "\",1]", std::string("[1,]"), std::string("{\"a\":1e999}"),
         std::string(R"(["\udc00"])")}) {
     Document parsed;
-    ParseResult moved;
-    const auto document = TarnConfigStore::JsonDoc::MakeOf(text, moved);
     const ParseResult read = Parse(text, parsed);
-    EXPECT_EQ(moved.message, read.message);
-    EXPECT_EQ(Serialized(*document->GetJsonValuePtr()), Serialized(parsed)) << text;
-    if (read && parsed.IsArray()) {
-      document->GetJsonValuePtr()->PushBack(Copy(text, document->GetAllocator()),
-                                            document->GetAllocator());
-      EXPECT_EQ(Text(*(document->GetJsonValuePtr()->End() - 1)), text);
+    for (int i = 0; i < 100; ++i) {
+      ParseResult moved;
+      const auto document =
+          TarnConfigStore::JsonDoc::MakeOf(text, moved, i == 0 ? nullptr : arena.get());
+      EXPECT_EQ(moved.message, read.message);
+      EXPECT_EQ(Serialized(*document->GetJsonValuePtr()), Serialized(parsed)) << text;
+      if (read && parsed.IsArray()) {
+        document->GetJsonValuePtr()->PushBack(Copy(text, document->GetAllocator()),
+                                              document->GetAllocator());
+        EXPECT_EQ(Text(*(document->GetJsonValuePtr()->End() - 1)), text);
+      }
+      if (i % 2 == 0) {
+        made.emplace_back(document, Serialized(*document->GetJsonValuePtr()));
+      }
     }
+  }
+  arena.reset();
+  for (const auto& [document, text] : made) {
+    EXPECT_EQ(Serialized(*document->GetJsonValuePtr()), text);
   }
 }
 
