@@ -63,12 +63,10 @@ class PlainReader {
   }
   bool Number() {
     const char* const begin = at_;
-    at_ = EndOfNumber(begin, end_);
-    if (at_ == nullptr) {
-      return false;
-    }
-    const std::string_view text(begin, static_cast<std::size_t>(at_ - begin));
-    return handler_.Number(text, text.find_first_of(".eE") == std::string_view::npos);
+    bool isInteger = false;
+    at_ = EndOfNumber(begin, end_, isInteger);
+    return at_ != nullptr &&
+           handler_.Number({begin, static_cast<std::size_t>(at_ - begin)}, isInteger);
   }
   /// \param handOn  gets the text and whether it stays
   template <class HandOn>

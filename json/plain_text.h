@@ -59,7 +59,8 @@ inline bool IsPlainAscii(std::string_view text) {
 }
 
 /// Where a number by JSON's grammar (RFC 8259, section 6) ends; null where there is none.
-inline const char* EndOfNumber(const char* at, const char* end) {
+/// \param isInteger  becomes whether it is written without a fraction and an exponent
+inline const char* EndOfNumber(const char* at, const char* end, bool& isInteger) {
   const auto skipDigits = [end](const char* from) {
     while (from != end && IsDigit(*from)) {
       ++from;
@@ -71,6 +72,7 @@ inline const char* EndOfNumber(const char* at, const char* end) {
   if (next == at) {
     return nullptr;
   }
+  const char* const endOfInteger = next;
   if (next != end && *next == '.') {
     at = next + 1;
     next = skipDigits(at);
@@ -86,6 +88,7 @@ inline const char* EndOfNumber(const char* at, const char* end) {
       return nullptr;
     }
   }
+  isInteger = next == endOfInteger;
   return next;
 }
 

@@ -70,14 +70,12 @@ class Walk {
 
   TextMatch MatchNumber(const Value& expected) {
     const char* const begin = at_;
-    const char* const end = EndOfNumber(begin, end_);
+    bool isWhole = false;
+    const char* const end = EndOfNumber(begin, end_, isWhole);
     if (end == nullptr) {
       return UNKNOWN;
     }
     at_ = end;
-    const bool isWhole =
-        std::string_view(begin, static_cast<std::size_t>(end - begin)).find_first_of(".eE") ==
-        std::string_view::npos;
     if (isWhole != !expected.IsDouble()) {
       return UNKNOWN;
     }

@@ -3,8 +3,11 @@
 #include "persistence/statements.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
+#include <system_error>
 
 namespace TarnConfigStore {
 namespace {
@@ -46,7 +49,8 @@ RowMap::RowMap(const RowMap& other) {
 std::optional<std::string_view> RowMap::Find(std::string_view column) const {
   // Most names differ in their first letter.
   for (std::size_t i = 0; i < count_ && !column.empty(); ++i) {
-    if (names_[i][0] == column[0] && names_[i] == column) {
+    if (names_[i][0] == column[0] && std::strncmp(names_[i], column.data(), column.size()) == 0 &&
+        names_[i][column.size()] == '\0') {
       return values_[i] == nullptr ? std::nullopt : std::optional<std::string_view>(values_[i]);
     }
   }
@@ -121,7 +125,13 @@ void RowMap::Show(int count, const char* const* values, const char* const* names
 std::int32_t RevisionFrom(const char* text) {
   constexpr int kDecimal = 10;
   constexpr long kLargest = std::numeric_limits<std::int32_t>::max();
-  const long revision = text == nullptr ? 0 : std::strtol(text, nullptr, kDecimal);
+  const std::string_view digits = text == nullptr ? "" : text;
+  std::int32_t usual = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), usual);
+  if (error == std::errc() && *end == '\0' && usual >= 0) {
+    return usual;
+  }
+  const long revision = std::strtol(digits.data(), nullptr, kDecimal);
   return static_cast<std::int32_t>(std::clamp(revision, -kLargest, kLargest));
 }
 
