@@ -95,8 +95,8 @@ struct Program {
   std::string help;
   std::string footer;  ///< of every help
   std::string version;
-  std::vector<Argument> arguments;  ///< that can stand before or after any verb's own
-  std::vector<Verb> verbs;
+  std::vector<Argument> arguments = {};  ///< that can stand before or after any verb's own
+  std::vector<Verb> verbs = {};
 };
 
 /// What a command line asks for: a verb, or a text.

@@ -14,28 +14,29 @@ constexpr const char* kFooter =
 }  // namespace
 
 Program MakeProgram() {
-  Program program = {
-      .name = "tarnctl",
-      .help = "Looks at the host's configuration store and changes it.",
-      .footer = kFooter,
-      .version = "tarnctl " TARNCTL_VERSION,
-      .arguments = {Flag("--json", "Print everything as JSON, errors too"),
-                    Flag("--yaml", "Print data as YAML", {"--json"}),
-                    {.name = "--root",
-                     .help = "Directory that the host's paths are resolved under",
-                     .valueName = "DIR"},
-                    {.name = "--log",
-                     .help = "Print log lines of priority up to N on standard error",
-                     .valueName = "N",
-                     .range = NumberRange{0, 4}}},
-      .verbs = {InitVerb(),     TypeVerbs(),       GetVerb(),           SetVerb(),
-                UpdateVerb(),   UnsetVerb(),       ResetVerb(),         DeleteVerb(),
-                EditVerb(),     TransactionVerb(), ValidateVerb(),      ListVerb(),
-                RevisionVerb(), ExplainVerb(),     DescribeVerb(),      ExportVerb(),
-                ImportVerb(),   ApplyVerb(),       DiffVerb(),          NextBootVerbs(),
-                PendingVerb(),  BootVerbs(),       KernelOptionVerbs(), EntryVerbs(),
-                BackupVerb(),   RestoreVerb(),     DoctorVerb(),        WatchVerb(),
-                HelpVerb(),     CompletionVerb(),  CandidatesVerb()}};
+  Program program = {.name = "tarnctl",
+                     .help = "Looks at the host's configuration store and changes it.",
+                     .footer = kFooter,
+                     .version = "tarnctl " TARNCTL_VERSION,
+                     .arguments = {Flag("--json", "Print everything as JSON, errors too"),
+                                   Flag("--yaml", "Print data as YAML", {"--json"}),
+                                   {.name = "--root",
+                                    .help = "Directory that the host's paths are resolved under",
+                                    .valueName = "DIR"},
+                                   {.name = "--log",
+                                    .help = "Print log lines of priority up to N on standard error",
+                                    .valueName = "N",
+                                    .range = NumberRange{0, 4}}}};
+  for (Verb (*const make)() :
+       {InitVerb,      TypeVerbs,  GetVerb,           SetVerb,     UpdateVerb,
+        UnsetVerb,     ResetVerb,  DeleteVerb,        EditVerb,    TransactionVerb,
+        ValidateVerb,  ListVerb,   RevisionVerb,      ExplainVerb, DescribeVerb,
+        ExportVerb,    ImportVerb, ApplyVerb,         DiffVerb,    NextBootVerbs,
+        PendingVerb,   BootVerbs,  KernelOptionVerbs, EntryVerbs,  BackupVerb,
+        RestoreVerb,   DoctorVerb, WatchVerb,         HelpVerb,    CompletionVerb,
+        CandidatesVerb}) {
+    program.verbs.push_back(make());
+  }
   OfferDryRun(program.verbs);
   return program;
 }
