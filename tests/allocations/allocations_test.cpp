@@ -76,7 +76,7 @@ TEST(Allocations, StayBelowTheirBounds) {
     int times;  // what one run does
     double most;
   } operations[] = {
-      {"Get", [&] { EXPECT_TRUE(store->Get(id)); }, 1, 14},
+      {"Get", [&] { EXPECT_TRUE(store->Get(id)); }, 1, 11},
       {"GetInstances, each", [&] { EXPECT_EQ(store->GetInstances(all).size(), kInstances); },
        kInstances, 1.5},
       {"Set", [&] { store->Set(object, EXTERNAL); }, 1, 30},
