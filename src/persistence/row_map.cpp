@@ -8,6 +8,7 @@
 #include <cstring>
 #include <limits>
 #include <system_error>
+#include <utility>
 
 namespace TarnConfigStore {
 namespace {
@@ -44,6 +45,14 @@ int HandOn(void* receiver, int count, char** values, char** names) {
 
 RowMap::RowMap(const RowMap& other) {
   Keep(other.Columns());
+}
+
+void RowMap::Swap(RowMap& other) noexcept {
+  std::swap(count_, other.count_);
+  std::swap(names_, other.names_);
+  std::swap(values_, other.values_);
+  namesAndValues_.swap(other.namesAndValues_);
+  texts_.swap(other.texts_);
 }
 
 std::optional<std::string_view> RowMap::Find(std::string_view column) const {

@@ -22,8 +22,11 @@ namespace TarnConfigStore {
 class RowMap {
  public:
   RowMap() = default;
-  RowMap(RowMap&&) = default;
-  RowMap& operator=(RowMap&&) = default;
+  RowMap(RowMap&& other) noexcept { Swap(other); }
+  RowMap& operator=(RowMap&& other) noexcept {
+    Swap(other);
+    return *this;
+  }
   /// A row that keeps what it holds.
   RowMap(const RowMap& other);
   RowMap& operator=(const RowMap&) = delete;
@@ -52,6 +55,7 @@ class RowMap {
     bool operator==(const Column&) const = default;
   };
 
+  void Swap(RowMap& other) noexcept;
   std::vector<Column> Columns() const;
   void Keep(const std::vector<Column>& columns);
 
