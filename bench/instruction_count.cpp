@@ -123,10 +123,8 @@ std::map<std::string, double> CountInstructions(const std::string& root,
   const std::string request = "Client Request: ";
   for (auto& [trigger, counted] : runsOf) {
     if (trigger.starts_with(request)) {
-      // In some run the C library tidies up what others left behind.
-      const auto middle = counted.begin() + static_cast<std::ptrdiff_t>(counted.size() / 2);
-      std::nth_element(counted.begin(), middle, counted.end());
-      counts[trigger.substr(request.size())] = *middle;
+      // In some runs a tick of the clock passes, or the C library tidies up what others left behind.
+      counts[trigger.substr(request.size())] = *std::min_element(counted.begin(), counted.end());
     }
   }
   return counts;
