@@ -44,7 +44,8 @@ def bars(rows, top):
     tick = first
     while tick <= most * 1.1:
         parts.append(line(place(tick), top, place(tick), bottom, INK if tick == 1 else GRID))
-        parts.append(text(place(tick), top - 8, "floor" if tick == 1 else f"{tick:g} ×", "middle", FAINT, 12))
+        times = "floor" if tick == 1 else f"{tick:g} ×" if tick > 1 else f"1/{1 / tick:g} ×"
+        parts.append(text(place(tick), top - 8, times, "middle", FAINT, 12))
         tick *= 2
     for number, row in enumerate(rows):
         y = top + ROW * number
