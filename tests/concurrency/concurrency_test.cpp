@@ -138,6 +138,27 @@ TEST_F(SharedStore, WhatIsAcknowledgedIsThere) {
       "s1 600 600\ns2 600 600\ns3 600 600");
 }
 
+// Neighbours share memory; who drops which of them, and in what order, is their callers' business.
+TEST_F(SharedStore, InstancesAreChangedAndDroppedByAnybody) {
+  constexpr std::size_t kThreads = 4;
+  Objects written;
+  for (int i = 0; i < 200; ++i) {
+    written.push_back(SwitchObject("s" + std::to_string(i), R"("mtu":)" + std::to_string(i)));
+  }
+  store_->SetInstances(written, EXTERNAL);
+  Objects read = store_->GetInstances(Filter({"switch", "test", "tarn"}));
+  ASSERT_EQ(read.size(), written.size());
+  InThreads(kThreads, [&](int thread) {
+    for (std::size_t i = static_cast<std::size_t>(thread); i < read.size(); i += kThreads) {
+      int mtu = 0;
+      read[i]->GetValue("mtu", &mtu);
+      read[i]->SetValue("name", std::string(1000, 'x'));
+      EXPECT_EQ("s" + std::to_string(mtu), read[i]->GetConfigStoreObjectId().instanceId);
+      read[i].reset();
+    }
+  });
+}
+
 #ifndef __SANITIZE_THREAD__  // which knows nothing of threads that are cancelled
 TEST_F(SharedStore, AThreadThatIsCancelledLeavesItInOrder) {
   for (int i = 0; i < 40; ++i) {
