@@ -20,6 +20,7 @@
 #define RUNNING_ON_VALGRIND 0
 #define CALLGRIND_ZERO_STATS
 #define CALLGRIND_START_INSTRUMENTATION
+#define CALLGRIND_TOGGLE_COLLECT
 #define CALLGRIND_DUMP_STATS_AT(label) static_cast<void>(label)
 #endif
 
@@ -101,11 +102,17 @@ void InstructionCount::Begin() {
   CALLGRIND_START_INSTRUMENTATION;
 }
 
-void InstructionCount::BeginRun() {
+// Takes long, as keeping a count does.
+void InstructionCount::Clear() {
   CALLGRIND_ZERO_STATS;
 }
 
+void InstructionCount::BeginRun() {
+  CALLGRIND_TOGGLE_COLLECT;
+}
+
 void InstructionCount::EndRun() {
+  CALLGRIND_TOGGLE_COLLECT;
   CALLGRIND_DUMP_STATS_AT(name.c_str());
 }
 
@@ -114,7 +121,7 @@ std::map<std::string, double> CountInstructions(const std::string& root,
   const std::filesystem::path dumps = FreshDirectory("instructions");
   std::vector<std::string> command = {OwnProgram(), kCountInstructions, root};
   command.insert(command.end(), filter.begin(), filter.end());
-  RunValgrind(dumps, {"--instr-atstart=no"}, command);
+  RunValgrind(dumps, {"--instr-atstart=no", "--collect-atstart=no"}, command);
   Runs runsOf;
   for (const auto& entry : std::filesystem::directory_iterator(dumps)) {
     ReadDump(entry.path(), runsOf);

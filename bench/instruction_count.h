@@ -20,6 +20,7 @@ class InstructionCount {
   static void Take(benchmark::State& state, Prepare prepare, Operation operation) {
     Begin();
     for (int i = 0; i < Runs(); ++i) {
+      Clear();
       prepare();
       BeginRun();
       operation();
@@ -37,6 +38,7 @@ class InstructionCount {
  private:
   static int Runs();
   static void Begin();
+  static void Clear();
   static void BeginRun();
   static void EndRun();
 };
