@@ -12,13 +12,11 @@
 
 namespace TarnConfigStore {
 
-/// Blocks of memory in which objects lie one behind the other. A block goes with the last of its objects:
-/// one that is kept keeps no more than its block. One thread makes the objects; who has them, shares and
-/// drops them as any others.
+/// Blocks of memory, of 64 KB at most as a rule, in which objects lie one behind the other. A block goes
+/// with the last of its objects: one that is kept keeps no more than its block. One thread makes the
+/// objects; who has them, shares and drops them as any others.
 class Arena {
  public:
-  static constexpr std::size_t kLargestBlock = 64U << 10U;
-
   Arena() = default;
   Arena(const Arena&) = delete;
   Arena& operator=(const Arena&) = delete;
@@ -51,6 +49,7 @@ class Arena {
   // What std::allocate_shared puts around an object, and what rounding up takes.
   static constexpr std::size_t kAround = 64;
   static constexpr std::size_t kFirstBlock = 2U << 10U;
+  static constexpr std::size_t kLargestBlock = 64U << 10U;
 
   struct alignas(kAlignment) Block {
     // Objects that are there, and while more may come, one for each that may.

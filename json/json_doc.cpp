@@ -56,7 +56,7 @@ std::shared_ptr<JsonDoc> JsonDoc::MakeOf(std::string_view text, Json::ParseResul
     }
     if (Json::PlainValue value(text, Json::Origin::STORED); value) {
       result = {};
-      auto document = Make(kHeader + value.Room());
+      auto document = Make(Json::HeaderOfPool() + value.Room());
       document->root_ = value.MoveTo(document->pool_);
       return document;
     }
@@ -67,7 +67,7 @@ std::shared_ptr<JsonDoc> JsonDoc::MakeOf(std::string_view text, Json::ParseResul
 }
 
 std::shared_ptr<JsonDoc> JsonDoc::CopyOf(const JsonDoc& source) {
-  auto copy = Make(kHeader + source.Size());
+  auto copy = Make(Json::HeaderOfPool() + source.Size());
   Json::CopyInto(copy->root_, source.root_, copy->pool_);
   return copy;
 }

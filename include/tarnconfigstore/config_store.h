@@ -162,8 +162,8 @@ class TARN_CONFIG_STORE_EXPORT ConfigStore {
   virtual void DeleteInstances(const std::shared_ptr<FilterSpecObject>& filter) = 0;
 
   /// Reads instances of a type.
-  /// \return those that the filter keeps, each merged as Get merges it, in the order of their ids. Neighbours
-  ///         share blocks of memory, of 64 KB at most: one that is kept keeps its block
+  /// \return those that the filter keeps, each merged as Get merges it, in the order of their ids.
+  ///         Neighbours share blocks of memory, of 64 KB at most: one that is kept keeps its block
   virtual std::vector<std::shared_ptr<ConfigStoreObject>> GetInstances(
       const std::shared_ptr<FilterSpecObject>& filter) = 0;
 

@@ -24,7 +24,8 @@
 // Anything else in a document is refused. Texts are UTF-8 of at most 128 levels.
 //
 // All functions but the one that is given a store take a connection of their own; all are thread-safe.
-// Besides what they say, they throw ConfigStoreException 2000 when the store or the schema store cannot be opened or read.
+// Besides what they say, they throw ConfigStoreException 2000 when the store or the schema store cannot
+// be opened or read.
 #pragma once
 
 #include "tarnconfigstore/config_store.h"

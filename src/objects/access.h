@@ -4,6 +4,7 @@
 #include "tarnconfigstore/config_store_object.h"
 #include "tarnconfigstore/filter_spec_object.h"
 
+#include "json/arena.h"
 #include "objects/config_store_object_impl.h"
 #include "objects/filter_spec_object_impl.h"
 

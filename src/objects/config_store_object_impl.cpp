@@ -4,6 +4,7 @@
 #include "platform/generated_instance_id.h"
 
 #include "errors/raise.h"
+#include "json/arena.h"
 #include "json/pointer.h"
 #include "objects/json_kinds.h"
 #include "objects/schema_lookup.h"

@@ -5,7 +5,6 @@
 
 #include "platform/schema_store.h"
 
-#include "json/arena.h"
 #include "json/with_room.h"
 #include "objects/store_object_impl.h"
 
@@ -17,6 +16,8 @@
 #include <vector>
 
 namespace TarnConfigStore {
+
+class Arena;
 
 /// Contracts as for ConfigStoreObject, whose operations forward to those of the same name here.
 class ConfigStoreObjectImpl : public StoreObjectImpl {

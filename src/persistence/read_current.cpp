@@ -4,6 +4,7 @@
 #include "platform/logger.h"
 
 #include "errors/raise.h"
+#include "json/arena.h"
 #include "objects/filter.h"
 #include "objects/merge.h"
 #include "objects/schema_lookup.h"

@@ -66,6 +66,10 @@ std::optional<std::string_view> RowMap::Find(std::string_view column) const {
   return std::nullopt;
 }
 
+bool RowMap::Empty() const {
+  return std::all_of(values_, values_ + count_, [](const char* value) { return value == nullptr; });
+}
+
 std::vector<RowMap::Column> RowMap::Columns() const {
   std::vector<Column> columns;
   for (std::size_t i = 0; i < count_; ++i) {

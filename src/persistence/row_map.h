@@ -38,7 +38,7 @@ class RowMap {
   std::string_view Text(std::string_view column) const { return Find(column).value_or(""); }
   /// The text of the one column among these that has any; nothing where several have, or none.
   std::optional<std::string_view> FindOnly(std::initializer_list<std::string_view> columns) const;
-  bool Empty() const { return Columns().empty(); }
+  bool Empty() const;
   /// The same columns in the same order, with the same texts.
   bool operator==(const RowMap& other) const { return Columns() == other.Columns(); }
 

@@ -1,7 +1,6 @@
 // Configuration objects from result rows.
 #pragma once
 
-#include "json/arena.h"
 #include "objects/handles.h"
 #include "persistence/row_map.h"
 
@@ -12,6 +11,8 @@
 #include <vector>
 
 namespace TarnConfigStore {
+
+class Arena;
 
 /// The object in one value column, with the row's metadata; an empty pointer when the column is
 /// NULL. Raises InvalidArgumentException 1080, after logging the row and the column, when the text
